@@ -1,0 +1,23 @@
+# vantrel_library(NAME [libraries...]): the static library of the sources in this folder.
+function(vantrel_library name)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    if(NOT sources)
+        add_library(${name} INTERFACE)
+        return()
+    endif()
+    add_library(${name} STATIC ${sources})
+    target_link_libraries(${name} PUBLIC vantrel_flags ${ARGN})
+endfunction()
+
+# vantrel_test(NAME [libraries...]): the test program of the *_test.cpp files in this folder; every case is a
+# test of its own to ctest.
+function(vantrel_test name)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE vantrel_flags ${ARGN} GTest::gmock GTest::gtest GTest::gtest_main)
+    gtest_discover_tests(${name} PROPERTIES TIMEOUT 300 DISCOVERY_TIMEOUT 60)
+endfunction()
