@@ -1,0 +1,141 @@
+#include "platform/settings_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace vantrel::platform {
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr std::array<std::pair<char, char>, 5> kEscapes{{{'\\', '\\'}, {'\t', 't'}, {'\n', 'n'}, {'\r', 'r'}, {'\0', '0'}}};
+
+std::string escaped(std::string_view text) {
+    std::string result;
+    for (char c : text) {
+        char code = 0;
+        for (const auto& [plain, letter] : kEscapes)
+            if (plain == c) code = letter;
+        if (code != 0)
+            (result += '\\') += code;
+        else
+            result += c;
+    }
+    return result;
+}
+
+std::optional<std::string> unescaped(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\') {
+            result += text[i];
+            continue;
+        }
+        if (++i == text.size()) return std::nullopt;
+        bool known = false;
+        for (const auto& [plain, letter] : kEscapes) {
+            if (letter != text[i]) continue;
+            result += plain;
+            known = true;
+        }
+        if (!known) return std::nullopt;
+    }
+    return result;
+}
+
+std::optional<MemorySettings::Entry> parseLine(std::string_view line) {
+    const auto first = line.find('\t');
+    const auto second = first == std::string_view::npos ? first : line.find('\t', first + 1);
+    if (second == std::string_view::npos) return std::nullopt;
+    const auto section = unescaped(line.substr(0, first));
+    const auto key = unescaped(line.substr(first + 1, second - first - 1));
+    const auto value = unescaped(line.substr(second + 1));
+    if (!section || !key || !value) return std::nullopt;
+    return MemorySettings::Entry{*section, *key, *value};
+}
+
+[[noreturn]] void fail(const std::string& what, const std::filesystem::path& file) {
+    throw std::system_error(errno, std::generic_category(), what + " " + file.string());
+}
+
+/// Writes a whole new file that has reached the disk when this returns.
+void writeFlushed(const std::filesystem::path& file, std::string_view text) {
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (descriptor < 0) fail("Can't create", file);
+    bool good = true;
+    while (good && !text.empty()) {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (written < 0 && errno == EINTR) continue;
+        good = written > 0;
+        if (good) text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    good = good && ::fsync(descriptor) == 0;
+    const int error = errno;
+    ::close(descriptor);
+    errno = error;
+    if (!good) fail("Can't write", file);
+}
+
+}  // namespace
+
+SettingsFile::SettingsFile(std::filesystem::path file) : file_(std::move(file)) { load(); }
+
+void SettingsFile::write(const std::string& section, const std::string& key, const std::string& value) {
+    if (settings_.read(section, key) == value) return;
+    MemorySettings changed = settings_;
+    changed.write(section, key, value);
+    save(changed);
+    settings_ = std::move(changed);
+}
+
+void SettingsFile::remove(const std::string& section, const std::string& key) {
+    if (!settings_.read(section, key)) return;
+    MemorySettings changed = settings_;
+    changed.remove(section, key);
+    save(changed);
+    settings_ = std::move(changed);
+}
+
+void SettingsFile::load() {
+    if (!std::filesystem::exists(file_)) return;
+    std::ifstream stream(file_, std::ios::binary);
+    if (!stream) fail("Can't read", file_);
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+
+    bool damaged = !text.empty() && text.back() != '\n';
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const auto end = rest.find('\n');
+        if (const auto entry = parseLine(rest.substr(0, end)))
+            settings_.write(entry->section, entry->key, entry->value);
+        else
+            damaged = true;
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    }
+    if (!damaged) return;
+    std::error_code ignored;
+    std::filesystem::copy_file(file_, file_.string() + ".damaged", std::filesystem::copy_options::overwrite_existing,
+                               ignored);
+}
+
+void SettingsFile::save(const MemorySettings& settings) const {
+    std::string text;
+    for (const auto& [name, entry] : settings.entries())
+        text += escaped(entry.section) + '\t' + escaped(entry.key) + '\t' + escaped(entry.value) + '\n';
+
+    if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path());
+    const std::filesystem::path fresh = file_.string() + ".new";
+    writeFlushed(fresh, text);
+    std::filesystem::rename(fresh, file_);
+}
+
+}  // namespace vantrel::platform

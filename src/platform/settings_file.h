@@ -1,0 +1,34 @@
+// The settings of a user in one file that is always whole.
+#pragma once
+
+#include <filesystem>
+
+#include "platform/settings_root.h"
+
+namespace vantrel::platform {
+
+/// Reads the file once and writes it anew at every change: first a neighbour file, flushed to the disk, then a
+/// rename over the old one, so that a crash at any moment leaves the old or the new file. Lines read
+/// "section<TAB>key<TAB>value", with backslash escapes for tab, line feed, carriage return, NUL and backslash;
+/// lines that can't be understood are left out, and the damaged file is kept beside the new one as ".damaged".
+class SettingsFile : public SettingsRoot {
+  public:
+    /// A file that does not exist yet is an empty store; one that can't be read throws std::runtime_error.
+    explicit SettingsFile(std::filesystem::path file);
+
+    std::optional<std::string> read(const std::string& section, const std::string& key) const override {
+        return settings_.read(section, key);
+    }
+    void write(const std::string& section, const std::string& key, const std::string& value) override;
+    void remove(const std::string& section, const std::string& key) override;
+    bool isEmpty() const override { return settings_.isEmpty(); }
+
+  private:
+    void load();
+    void save(const MemorySettings& settings) const;
+
+    std::filesystem::path file_;
+    MemorySettings settings_;
+};
+
+}  // namespace vantrel::platform
