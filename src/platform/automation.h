@@ -1,7 +1,7 @@
 // Late-bound automation: objects of outside programs, reached by ProgID and driven by member name.
 //
-// An AutomationHost creates objects; an AutomationObject has get, put and call; a Value is what travels. Names
-// of members and ProgIDs are compared without regard to case. Every failure is an AutomationError.
+// An AutomationHost creates objects; an AutomationObject has get, put and call; a Value is what travels.
+// Names of members and ProgIDs are compared without regard to case. Every failure is an AutomationError.
 #pragma once
 
 #include <cstdint>
@@ -27,14 +27,14 @@ using ImageRef = std::shared_ptr<const ImageArray>;
 class Value {
   public:
     Value() = default;
-    Value(bool value) : held_(value) {}                       // NOLINT(google-explicit-constructor)
-    Value(int value) : held_(std::int64_t{value}) {}          // NOLINT(google-explicit-constructor)
-    Value(std::int64_t value) : held_(value) {}               // NOLINT(google-explicit-constructor)
-    Value(double value) : held_(value) {}                     // NOLINT(google-explicit-constructor)
-    Value(const char* value) : held_(std::string(value)) {}   // NOLINT(google-explicit-constructor)
-    Value(std::string value) : held_(std::move(value)) {}     // NOLINT(google-explicit-constructor)
-    Value(ObjectRef value) : held_(std::move(value)) {}       // NOLINT(google-explicit-constructor)
-    Value(ImageRef value) : held_(std::move(value)) {}        // NOLINT(google-explicit-constructor)
+    Value(bool value) : held_(value) {}                      // NOLINT(google-explicit-constructor)
+    Value(int value) : held_(std::int64_t{value}) {}         // NOLINT(google-explicit-constructor)
+    Value(std::int64_t value) : held_(value) {}              // NOLINT(google-explicit-constructor)
+    Value(double value) : held_(value) {}                    // NOLINT(google-explicit-constructor)
+    Value(const char* value) : held_(std::string(value)) {}  // NOLINT(google-explicit-constructor)
+    Value(std::string value) : held_(std::move(value)) {}    // NOLINT(google-explicit-constructor)
+    Value(ObjectRef value) : held_(std::move(value)) {}      // NOLINT(google-explicit-constructor)
+    Value(ImageRef value) : held_(std::move(value)) {}       // NOLINT(google-explicit-constructor)
 
     bool isEmpty() const { return std::holds_alternative<std::monostate>(held_); }
     bool toBool() const;
@@ -58,7 +58,8 @@ class AutomationObject {
   public:
     virtual ~AutomationObject() = default;
 
-    /// The class that the object belongs to: its ProgID, or a name of its own for objects that others hand out.
+    /// The class that the object belongs to: its ProgID, or a name of its own for objects that others hand
+    /// out.
     virtual std::string className() const = 0;
 
     virtual Value get(const std::string& member, const Arguments& arguments = {}) = 0;
@@ -77,7 +78,8 @@ class AutomationHost {
     virtual std::string serverPath(const std::string& progId) const = 0;
 
     /// The description registered for a driver of this device type; empty when there is none.
-    virtual std::string profileDescription(const std::string& deviceType, const std::string& progId) const = 0;
+    virtual std::string profileDescription(const std::string& deviceType,
+                                           const std::string& progId) const = 0;
 };
 
 /// The object, or failure 91 when there is none: for members used on an object that may be missing.

@@ -36,7 +36,8 @@ std::string ClassRegistry::serverPath(const std::string& progId) const {
     return entry == nullptr ? std::string() : entry->automationClass.serverPath;
 }
 
-std::string ClassRegistry::profileDescription(const std::string& deviceType, const std::string& progId) const {
+std::string ClassRegistry::profileDescription(const std::string& deviceType,
+                                              const std::string& progId) const {
     const Entry* entry = find(progId);
     if (entry == nullptr || !equalIgnoringCase(entry->automationClass.deviceType, deviceType)) return {};
     return entry->automationClass.description;

@@ -75,9 +75,11 @@ std::optional<Instant> parseInstant(const std::string& text) {
                     &used) != 6)
         return std::nullopt;
     const std::string rest = text.substr(static_cast<std::size_t>(used));
-    const std::chrono::year_month_day date{std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
+    const std::chrono::year_month_day date{std::chrono::year{year},
+                                           std::chrono::month{static_cast<unsigned>(month)},
                                            std::chrono::day{static_cast<unsigned>(day)}};
-    if (!(rest.empty() || rest == "Z") || !date.ok() || hour > 23 || minute > 59 || !(second >= 0 && second < 61))
+    if (!(rest.empty() || rest == "Z") || !date.ok() || hour > 23 || minute > 59 ||
+        !(second >= 0 && second < 61))
         return std::nullopt;
     return std::chrono::sys_days{date} + std::chrono::hours{hour} + std::chrono::minutes{minute} +
            Milliseconds{static_cast<long long>(second * 1000 + 0.5)};

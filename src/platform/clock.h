@@ -31,7 +31,8 @@ CivilTime civilUtc(Instant instant);
 /// In the machine's time zone.
 CivilTime civilLocal(Instant instant);
 
-/// "HH:mm:ss", "HH_mm_ss", "HHmmss", "yyyyMMdd": fields of two digits (the year of four), everything else as is.
+/// "HH:mm:ss", "HH_mm_ss", "HHmmss", "yyyyMMdd": fields of two digits (the year of four), everything else as
+/// is.
 std::string formatTime(const CivilTime& time, std::string_view pattern);
 
 /// An instant in UTC written "2026-11-24T20:00:00Z", with or without a fraction of the second and the Z.

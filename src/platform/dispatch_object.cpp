@@ -55,7 +55,8 @@ Value DispatchObject::call(const std::string& member, const Arguments& arguments
 void DispatchObject::property(const std::string& name, Getter getter, Setter setter) {
     Member& member = members_[toLower(name)];
     member.getter = [getter = std::move(getter)](const Arguments&) { return getter(); };
-    if (setter) member.setter = [setter = std::move(setter)](const Value& value, const Arguments&) { setter(value); };
+    if (setter)
+        member.setter = [setter = std::move(setter)](const Value& value, const Arguments&) { setter(value); };
 }
 
 void DispatchObject::indexedProperty(const std::string& name, IndexedGetter getter, IndexedSetter setter) {
@@ -64,7 +65,9 @@ void DispatchObject::indexedProperty(const std::string& name, IndexedGetter gett
     member.setter = std::move(setter);
 }
 
-void DispatchObject::method(const std::string& name, Method body) { members_[toLower(name)].method = std::move(body); }
+void DispatchObject::method(const std::string& name, Method body) {
+    members_[toLower(name)].method = std::move(body);
+}
 
 const Value& DispatchObject::argument(const Arguments& arguments, std::size_t index) {
     if (index >= arguments.size())

@@ -9,8 +9,8 @@
 
 namespace vantrel::platform {
 
-/// Derived classes name their members in the constructor. A member that isn't in the table raises failure 438,
-/// exceptions of other kinds arrive at the caller as a driver's exception with the class as source.
+/// Derived classes name their members in the constructor. A member that isn't in the table raises failure
+/// 438, exceptions of other kinds arrive at the caller as a driver's exception with the class as source.
 class DispatchObject : public AutomationObject {
   public:
     explicit DispatchObject(std::string className) : className_(std::move(className)) {}

@@ -1,8 +1,8 @@
 // The one thread that everything the operator sees runs on.
 //
-// A procedure that has to wait calls yield (run what is due) or sleep (let time pass; what falls due meanwhile
-// runs). Handlers that run inside such a wait may wait themselves: the inner wait ends first. A handler is
-// never alone on the stack; disabling a control is what keeps it from being entered again.
+// A procedure that has to wait calls yield (run what is due) or sleep (let time pass; what falls due
+// meanwhile runs). Handlers that run inside such a wait may wait themselves: the inner wait ends first. A
+// handler is never alone on the stack; disabling a control is what keeps it from being entered again.
 #pragma once
 
 #include <functional>

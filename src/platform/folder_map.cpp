@@ -70,7 +70,8 @@ std::string FolderMap::text(const std::filesystem::path& real) const {
     };
     for (const Mapping& mapping : mappings_)
         if (const auto rest = below(mapping.real)) return mapping.folder + *rest;
-    if (const auto rest = below(drives_); rest && rest->size() >= 2 && (rest->size() == 2 || (*rest)[2] == '\\'))
+    if (const auto rest = below(drives_);
+        rest && rest->size() >= 2 && (rest->size() == 2 || (*rest)[2] == '\\'))
         return toUpper(rest->substr(1, 1)) + ":" + (rest->size() == 2 ? "\\" : rest->substr(2));
     return real.string();
 }

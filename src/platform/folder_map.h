@@ -8,14 +8,15 @@
 
 namespace vantrel::platform {
 
-/// Each drive letter is a folder below one drives folder; single folders can be mapped elsewhere (the profile's
-/// documents to the desktop's own). Names are otherwise kept as they are. A text that begins with "/" is a real
-/// path already. Folder names never lead out of their drive: ".." parts are dropped.
+/// Each drive letter is a folder below one drives folder; single folders can be mapped elsewhere (the
+/// profile's documents to the desktop's own). Names are otherwise kept as they are. A text that begins with
+/// "/" is a real path already. Folder names never lead out of their drive: ".." parts are dropped.
 class FolderMap {
   public:
     explicit FolderMap(std::filesystem::path drives) : drives_(std::move(drives)) {}
 
-    /// From now on `folder` ("C:\Users\me\Documents") stands for the real folder. Matched without regard to case.
+    /// From now on `folder` ("C:\Users\me\Documents") stands for the real folder. Matched without regard to
+    /// case.
     void map(const std::string& folder, std::filesystem::path real);
 
     std::filesystem::path real(const std::string& folder) const;

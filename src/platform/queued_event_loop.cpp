@@ -25,7 +25,8 @@ TimerHandle QueuedEventLoop::after(Milliseconds delay, std::function<void()> han
     return startTimer(delay, Milliseconds{0}, std::move(handler));
 }
 
-TimerHandle QueuedEventLoop::startTimer(Milliseconds delay, Milliseconds interval, std::function<void()> handler) {
+TimerHandle QueuedEventLoop::startTimer(Milliseconds delay, Milliseconds interval,
+                                        std::function<void()> handler) {
     auto held = std::make_shared<std::function<void()>>(std::move(handler));
     timers_.push_back({time_.utc() + delay, interval, nextOrder_++, held});
     return held;
@@ -79,8 +80,8 @@ bool QueuedEventLoop::runNext() {
 }
 
 void QueuedEventLoop::runDue() {
-    // What is queued or falls due while this runs waits for the next turn, so that a handler that posts itself
-    // can't keep a yield from returning.
+    // What is queued or falls due while this runs waits for the next turn, so that a handler that posts
+    // itself can't keep a yield from returning.
     for (std::size_t turns = queue_.size() + timers_.size(); turns > 0 && runNext(); --turns) {
     }
 }

@@ -24,7 +24,8 @@ class TimeKeeper : public Clock {
 /// endless wait into an exception.
 class VirtualTime : public TimeKeeper {
   public:
-    explicit VirtualTime(Instant start, Milliseconds limit = std::chrono::hours{24 * 400}, long stepLimit = 200'000'000);
+    explicit VirtualTime(Instant start, Milliseconds limit = std::chrono::hours{24 * 400},
+                         long stepLimit = 200'000'000);
 
     Instant utc() const override { return now_; }
     Milliseconds sinceStart() const override { return now_ - start_; }

@@ -23,7 +23,8 @@ class RecordingHost::Recorder {
     std::optional<Value> note(JournalEntry entry) {
         auto fault = strike(entry);
         journal_.push_back(std::move(entry));
-        if (journal_.size() > kLongestJournal) journal_.erase(journal_.begin(), journal_.begin() + kLongestJournal / 2);
+        if (journal_.size() > kLongestJournal)
+            journal_.erase(journal_.begin(), journal_.begin() + kLongestJournal / 2);
         if (!fault) return std::nullopt;
         if (!fault->returns) throw fault->error;
         return fault->returns;
@@ -33,9 +34,9 @@ class RecordingHost::Recorder {
 
     std::vector<JournalEntry> take(const std::string& className) {
         std::vector<JournalEntry> taken;
-        const auto rest = std::stable_partition(journal_.begin(), journal_.end(), [&](const JournalEntry& entry) {
-            return !matches(className, entry.object);
-        });
+        const auto rest = std::stable_partition(
+            journal_.begin(), journal_.end(),
+            [&](const JournalEntry& entry) { return !matches(className, entry.object); });
         std::move(rest, journal_.end(), std::back_inserter(taken));
         journal_.erase(rest, journal_.end());
         return taken;
@@ -58,7 +59,8 @@ class RecordingHost::Recorder {
   private:
     std::optional<Fault> strike(const JournalEntry& entry) {
         for (Fault& fault : faults_) {
-            if (!matches(fault.object, entry.object) || !equalIgnoringCase(fault.member, entry.member)) continue;
+            if (!matches(fault.object, entry.object) || !equalIgnoringCase(fault.member, entry.member))
+                continue;
             if (fault.after > 0) {
                 --fault.after;
                 continue;
@@ -92,7 +94,8 @@ class RecordingHost::RecordedObject : public AutomationObject {
     void put(const std::string& member, const Value& value, const Arguments& arguments) override {
         Arguments noted = arguments;
         noted.push_back(value);
-        if (!recorder_->note({className(), "put", member, std::move(noted)})) inner_->put(member, value, arguments);
+        if (!recorder_->note({className(), "put", member, std::move(noted)}))
+            inner_->put(member, value, arguments);
     }
 
     Value call(const std::string& member, const Arguments& arguments) override {
@@ -111,7 +114,8 @@ class RecordingHost::RecordedObject : public AutomationObject {
     std::shared_ptr<Recorder> recorder_;
 };
 
-RecordingHost::RecordingHost(AutomationHost& inner) : inner_(inner), recorder_(std::make_shared<Recorder>()) {}
+RecordingHost::RecordingHost(AutomationHost& inner)
+    : inner_(inner), recorder_(std::make_shared<Recorder>()) {}
 
 RecordingHost::~RecordingHost() = default;
 
@@ -122,7 +126,9 @@ ObjectRef RecordingHost::create(const std::string& progId) {
 
 void RecordingHost::inject(Fault fault) { recorder_->inject(std::move(fault)); }
 
-std::vector<JournalEntry> RecordingHost::takeJournal(const std::string& className) { return recorder_->take(className); }
+std::vector<JournalEntry> RecordingHost::takeJournal(const std::string& className) {
+    return recorder_->take(className);
+}
 
 ObjectRef RecordingHost::newest(const std::string& className) const { return recorder_->newest(className); }
 

@@ -1,4 +1,5 @@
-// An automation host that writes down what the program does with outside programs and lets them fail on demand.
+// An automation host that writes down what the program does with outside programs and lets them fail on
+// demand.
 //
 // It wraps another host. Objects that members hand out (a current document, a star collection) are wrapped as
 // well, under their own class name, so that everything passes through here.
@@ -23,9 +24,9 @@ struct JournalEntry {
     Arguments arguments;  // of a put: the value last
 };
 
-/// What shall go wrong: the member of the class (or of every class, "*") fails from the use after `after` more
-/// uses on, `times` times (-1: for ever). A fault with a value returns that instead of failing. The member
-/// "create" stands for the creation of an object.
+/// What shall go wrong: the member of the class (or of every class, "*") fails from the use after `after`
+/// more uses on, `times` times (-1: for ever). A fault with a value returns that instead of failing. The
+/// member "create" stands for the creation of an object.
 struct Fault {
     std::string object;
     std::string member;
@@ -51,7 +52,8 @@ class RecordingHost : public AutomationHost {
     /// The uses of the class ("*": of every class) since this was last asked for it.
     std::vector<JournalEntry> takeJournal(const std::string& className);
 
-    /// The newest object of the class that is still held, without the recording around it; empty when none is.
+    /// The newest object of the class that is still held, without the recording around it; empty when none
+    /// is.
     ObjectRef newest(const std::string& className) const;
 
   private:

@@ -1,8 +1,5 @@
 #include "platform/settings_file.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <array>
 #include <cerrno>
 #include <fstream>
@@ -12,12 +9,16 @@
 #include <system_error>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace vantrel::platform {
 namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::array<std::pair<char, char>, 5> kEscapes{{{'\\', '\\'}, {'\t', 't'}, {'\n', 'n'}, {'\r', 'r'}, {'\0', '0'}}};
+constexpr std::array<std::pair<char, char>, 5> kEscapes{
+    {{'\\', '\\'}, {'\t', 't'}, {'\n', 'n'}, {'\r', 'r'}, {'\0', '0'}}};
 
 std::string escaped(std::string_view text) {
     std::string result;
@@ -123,8 +124,8 @@ void SettingsFile::load() {
     }
     if (!damaged) return;
     std::error_code ignored;
-    std::filesystem::copy_file(file_, file_.string() + ".damaged", std::filesystem::copy_options::overwrite_existing,
-                               ignored);
+    std::filesystem::copy_file(file_, file_.string() + ".damaged",
+                               std::filesystem::copy_options::overwrite_existing, ignored);
 }
 
 void SettingsFile::save(const MemorySettings& settings) const {

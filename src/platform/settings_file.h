@@ -7,10 +7,11 @@
 
 namespace vantrel::platform {
 
-/// Reads the file once and writes it anew at every change: first a neighbour file, flushed to the disk, then a
-/// rename over the old one, so that a crash at any moment leaves the old or the new file. Lines read
-/// "section<TAB>key<TAB>value", with backslash escapes for tab, line feed, carriage return, NUL and backslash;
-/// lines that can't be understood are left out, and the damaged file is kept beside the new one as ".damaged".
+/// Reads the file once and writes it anew at every change: first a neighbour file, flushed to the disk, then
+/// a rename over the old one, so that a crash at any moment leaves the old or the new file. Lines read
+/// "section<TAB>key<TAB>value", with backslash escapes for tab, line feed, carriage return, NUL and
+/// backslash; lines that can't be understood are left out, and the damaged file is kept beside the new one as
+/// ".damaged".
 class SettingsFile : public SettingsRoot {
   public:
     /// A file that does not exist yet is an empty store; one that can't be read throws std::runtime_error.

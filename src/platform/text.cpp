@@ -119,7 +119,8 @@ std::string formatNumber(double value, std::string_view pattern) {
     std::string shownFraction = digits.substr(digits.size() - fraction.size());
     std::string shownWhole = digits.substr(0, digits.size() - fraction.size());
     shownWhole.erase(0, std::min(shownWhole.find_first_not_of('0'), shownWhole.size()));
-    if (shownWhole.size() < countZeros(whole)) shownWhole.insert(0, countZeros(whole) - shownWhole.size(), '0');
+    if (shownWhole.size() < countZeros(whole))
+        shownWhole.insert(0, countZeros(whole) - shownWhole.size(), '0');
 
     const auto lastZero = fraction.rfind('0');
     const std::size_t least = lastZero == std::string_view::npos ? 0 : lastZero + 1;
@@ -133,8 +134,8 @@ std::string formatNumber(double value, std::string_view pattern) {
 
 std::string toText(double value) {
     std::array<char, 32> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                      std::chars_format::general, 15);
+    const auto result =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 15);
     std::string text(buffer.data(), result.ptr);
     return text == "-0" ? "0" : text;
 }

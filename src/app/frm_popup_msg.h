@@ -1,0 +1,21 @@
+// The borderless window of a message that closes by itself.
+#pragma once
+
+#include "platform/form.h"
+
+namespace vantrel::app {
+
+class frmPopupMsg : public platform::Form {
+  public:
+    explicit frmPopupMsg(platform::Screen& screen)
+        : Form(screen, "frmPopupMsg", "", {0, 0, 0, 0}),
+          txtMsg(*this, "txtMsg"),
+          txtDummy(*this, "txtDummy") {
+        txtMsg.setReadOnly(true);
+        txtDummy.setVisible(false);
+    }
+
+    platform::TextBox txtMsg, txtDummy;
+};
+
+}  // namespace vantrel::app

@@ -1,0 +1,26 @@
+#include "app/setup_panel.h"
+
+namespace vantrel::app {
+
+SetupPanel::SetupPanel(platform::Form& form)
+    : txtImagePath(form, "txtImagePath"),
+      txtLogPath(form, "txtLogPath"),
+      Command1(form, "Command1", "..."),
+      cmdSetLogPath(form, "cmdSetLogPath", "..."),
+      chkSaveImages(form, "chkSaveImages", "Save images"),
+      txtSiteLat(form, "txtSiteLat"),
+      txtSiteLong(form, "txtSiteLong"),
+      chkUseTelescopeLocation(form, "chkUseTelescopeLocation", "Use telescope"),
+      txtMsgDisplayTime(form, "txtMsgDisplayTime", "3"),
+      cmdTelescope(form, "cmdTelescope", "Tele- scope"),
+      cmdLog(form, "cmdLog", "Log"),
+      mnuFileExit(form, "mnuFileExit", "Exit"),
+      mnuSetOnTop(form, "mnuSetOnTop", "OnTop"),
+      mnuSetOptions(form, "mnuSetOptions", "Options"),
+      mnuFormHelp(form, "mnuFormHelp", "Help"),
+      mnuAbout(form, "mnuAbout", "About") {
+    txtSiteLat.setToolTip(" xxd xxm xx.xs  N = + / S = -");
+    txtSiteLong.setToolTip(" xxd xxm xx.xs  E =+ / W= -");
+}
+
+}  // namespace vantrel::app

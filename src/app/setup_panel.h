@@ -1,0 +1,21 @@
+// The main form's set-up tab and its menus.
+#pragma once
+
+#include "platform/form.h"
+
+namespace vantrel::app {
+
+struct SetupPanel {
+    explicit SetupPanel(platform::Form& form);
+
+    platform::TextBox txtImagePath, txtLogPath;
+    platform::Button Command1, cmdSetLogPath;  // "..." beside them
+    platform::CheckBox chkSaveImages;
+    platform::TextBox txtSiteLat, txtSiteLong;
+    platform::CheckBox chkUseTelescopeLocation;
+    platform::TextBox txtMsgDisplayTime;  // seconds
+    platform::Button cmdTelescope, cmdLog;
+    platform::MenuItem mnuFileExit, mnuSetOnTop, mnuSetOptions, mnuFormHelp, mnuAbout;
+};
+
+}  // namespace vantrel::app

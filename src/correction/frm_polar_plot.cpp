@@ -1,0 +1,28 @@
+#include "correction/frm_polar_plot.h"
+
+namespace vantrel::correction {
+
+frmPolarPlot::frmPolarPlot(platform::Screen& screen)
+    : Form(screen, "frmPolarPlot", "Polar Plot", {120, 120, 560, 420}),
+      picPolarPlot(*this, "picPolarPlot"),
+      txtMagnitude(*this, "txtMagnitude"),
+      txtAngle(*this, "txtAngle"),
+      lblRA_Unit(*this, "lblRA_Unit", ""),
+      lblFromPole(*this, "lblFromPole", ""),
+      txtAltitudeError(*this, "txtAltitudeError"),
+      txtAzimuthError(*this, "txtAzimuthError"),
+      lblElevation_Unit(*this, "lblElevation_Unit", ""),
+      lblUpFromPole(*this, "lblUpFromPole", ""),
+      lblAzimuth_Unit(*this, "lblAzimuth_Unit", ""),
+      lblRightOfPole(*this, "lblRightOfPole", ""),
+      lblUnits(*this, "lblUnits", ""),
+      txtOffsetRA(*this, "txtOffsetRA"),
+      txtOffsetDec(*this, "txtOffsetDec"),
+      txtPositionEastWest(*this, "txtPositionEastWest"),
+      txtPositionUpDown(*this, "txtPositionUpDown") {
+    for (platform::TextBox* box : {&txtMagnitude, &txtAngle, &txtAltitudeError, &txtAzimuthError,
+                                   &txtOffsetRA, &txtOffsetDec, &txtPositionEastWest, &txtPositionUpDown})
+        box->setReadOnly(true);
+}
+
+}  // namespace vantrel::correction

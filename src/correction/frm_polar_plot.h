@@ -1,0 +1,23 @@
+// The polar plot window: where the mount's axis points, and its error in figures with units.
+#pragma once
+
+#include "platform/form.h"
+
+namespace vantrel::correction {
+
+class frmPolarPlot : public platform::Form {
+  public:
+    explicit frmPolarPlot(platform::Screen& screen);
+
+    platform::Picture picPolarPlot;
+    platform::TextBox txtMagnitude,
+        txtAngle;  // distance from the pole and its direction, degrees CCW from up
+    platform::Label lblRA_Unit, lblFromPole;
+    platform::TextBox txtAltitudeError, txtAzimuthError;
+    platform::Label lblElevation_Unit, lblUpFromPole, lblAzimuth_Unit, lblRightOfPole;
+    platform::Label lblUnits;  // companion of the unit labels
+    platform::TextBox txtOffsetRA, txtOffsetDec;
+    platform::TextBox txtPositionEastWest, txtPositionUpDown;
+};
+
+}  // namespace vantrel::correction

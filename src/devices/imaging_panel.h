@@ -1,0 +1,21 @@
+// The main form's choice of the imaging program.
+#pragma once
+
+#include "platform/form.h"
+
+namespace vantrel::devices {
+
+struct ImagingPanel {
+    explicit ImagingPanel(platform::Form& form)
+        : frmImagingSW(form, "frmImagingSW", "Imaging SW"),
+          optCCDSoft(form, programs, "optImagingSoftware(0)", "CCDSoft"),
+          optMaxIm(form, programs, "optImagingSoftware(1)", "MaxIm DL"),
+          chkUseCCDSoftSubFrame(form, "chkUseCCDSoftSubFrame", "Use CCDSoft sub-frame") {}
+
+    platform::Frame frmImagingSW;
+    platform::OptionGroup programs;
+    platform::OptionButton optCCDSoft, optMaxIm;
+    platform::CheckBox chkUseCCDSoftSubFrame;
+};
+
+}  // namespace vantrel::devices

@@ -1,0 +1,22 @@
+// The main form's controls that the run, the correction and the manual exposures share.
+#pragma once
+
+#include "platform/form.h"
+
+namespace vantrel::engine {
+
+struct RunPanel {
+    explicit RunPanel(platform::Form& form);
+
+    platform::Button cmdRun, cmdStop, cmdNext, cmdSkip, cmdExpose;
+    platform::TextBox txtInstructions;
+    platform::TextBox txtDeltaRA, txtExposeInterval, txtDelayAfterSlew, txtPostExpDelay;
+    platform::OptionGroup slewDirection;
+    platform::OptionButton optSlewEast, optSlewWest;
+    platform::Label lblSlew, lblExpose, lblSolve;
+    platform::Label lblFrame1, lblFrame2, lblFrame3;
+    platform::Label lblMeasure;
+    platform::Label lblAlt, lblAz;
+};
+
+}  // namespace vantrel::engine

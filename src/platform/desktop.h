@@ -1,0 +1,34 @@
+// What the program asks of the desktop and the machine around it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vantrel::platform {
+
+/// The operating system's version record, with the platform's own codes.
+struct SystemVersion {
+    int platformId = 0;
+    int major = 0, minor = 0;
+    std::string servicePackText;
+    int servicePackMajor = 0, servicePackMinor = 0;
+    int suiteMask = 0;
+    std::uint32_t productType = 0;
+};
+
+class Desktop {
+  public:
+    virtual ~Desktop() = default;
+
+    /// Nothing when the query fails.
+    virtual std::optional<SystemVersion> systemVersion() const = 0;
+
+    /// The folder of the user's profile, with drive letter and backslashes.
+    virtual std::string userProfile() const = 0;
+
+    /// Opens a document or page with the program that the desktop has for it; false when that fails.
+    virtual bool open(const std::string& file) = 0;
+};
+
+}  // namespace vantrel::platform

@@ -1,0 +1,30 @@
+// Dialogs that block until the operator has answered. The fronts show them; scripts and tests answer in
+// advance.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vantrel::platform {
+
+class Dialogs {
+  public:
+    virtual ~Dialogs() = default;
+
+    enum class Icon { kInformation, kExclamation, kCritical };
+
+    virtual void messageBox(const std::string& title, const std::string& text, Icon icon) = 0;
+
+    /// A folder with drive letter and backslashes; empty when the operator cancels.
+    virtual std::string chooseFolder(const std::string& title) = 0;
+
+    struct Choice {
+        std::string id;
+        std::string description;
+    };
+    /// The id of one of the choices; empty when the operator cancels.
+    virtual std::string choose(const std::string& title, const std::vector<Choice>& choices,
+                               const std::string& current) = 0;
+};
+
+}  // namespace vantrel::platform

@@ -1,0 +1,43 @@
+// What a picture shows: shapes in the picture's own coordinates.
+#pragma once
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "platform/color.h"
+
+namespace vantrel::platform {
+
+/// The coordinates at the picture's edges; y may grow upwards or downwards.
+struct DrawingScale {
+    double left = 0, top = 1, right = 1, bottom = 0;
+    bool operator==(const DrawingScale&) const = default;
+};
+
+struct Circle {
+    double x = 0, y = 0, radius = 0;
+    bool filled = false;
+    Color color = color::kBlack;
+};
+
+struct Line {
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    Color color = color::kBlack;
+};
+
+/// Text whose upper left corner is at (x, y).
+struct Text {
+    double x = 0, y = 0;
+    std::string text;
+    Color color = color::kBlack;
+};
+
+using Shape = std::variant<Circle, Line, Text>;
+
+struct Drawing {
+    DrawingScale scale;
+    std::vector<Shape> shapes;
+};
+
+}  // namespace vantrel::platform
