@@ -1,0 +1,44 @@
+// The message log: every line since the start, in the Log window and in a dated file.
+#pragma once
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "engine/ports.h"
+#include "platform/clock.h"
+#include "platform/folder_map.h"
+#include "platform/signal.h"
+
+namespace vantrel::app {
+
+class frmLog;
+
+class MessageLog : public engine::LogPort {
+  public:
+    MessageLog(const platform::Clock& clock, const platform::FolderMap& folders, frmLog& window);
+
+    /// Adds "HH:mm:ss" (local time), three blanks and the text to the window and the file. Never fails;
+    /// without a writable file the line is in the window only.
+    void AddToLog(const std::string& text) override;
+
+    /// Makes sure that the folder exists and, unless it is the current one, opens a new log file in it. An
+    /// empty folder is ignored.
+    void SetLogStream(const std::string& folder);
+
+    /// Every entry so far: time, three blanks, text.
+    const std::vector<std::string>& lines() const { return lines_; }
+
+    platform::Signal<const std::string&> lineAdded;
+
+  private:
+    const platform::Clock& clock_;
+    const platform::FolderMap& folders_;
+    frmLog& window_;
+    std::vector<std::string> lines_;
+    std::string shown_;  // the end of all lines, as much as the window shows
+    std::string folder_;
+    std::ofstream file_;
+};
+
+}  // namespace vantrel::app
