@@ -1,0 +1,98 @@
+#include "observatory/sky/tangent_wcs.h"
+
+#include <cmath>
+#include <numbers>
+
+#include "observatory/sky/fits_header.h"
+
+namespace vantrel::observatory {
+
+namespace {
+
+constexpr double kDegree = std::numbers::pi / 180;
+
+}  // namespace
+
+std::optional<PlanePosition> toTangentPlane(SkyPosition position, SkyPosition centre) {
+    const double sinDec = std::sin(position.decDeg * kDegree);
+    const double cosDec = std::cos(position.decDeg * kDegree);
+    const double sin0 = std::sin(centre.decDeg * kDegree);
+    const double cos0 = std::cos(centre.decDeg * kDegree);
+    const double dRa = (position.raDeg - centre.raDeg) * kDegree;
+    const double depth = sinDec * sin0 + cosDec * cos0 * std::cos(dRa);
+    if (!(depth > 1e-9)) return std::nullopt;
+    return PlanePosition{cosDec * std::sin(dRa) / depth / kDegree,
+                         (sinDec * cos0 - cosDec * sin0 * std::cos(dRa)) / depth / kDegree};
+}
+
+SkyPosition fromTangentPlane(PlanePosition position, SkyPosition centre) {
+    const double xi = position.xi * kDegree;
+    const double eta = position.eta * kDegree;
+    const double sin0 = std::sin(centre.decDeg * kDegree);
+    const double cos0 = std::cos(centre.decDeg * kDegree);
+    const double across = cos0 - eta * sin0;
+    const double ra = centre.raDeg + std::atan2(xi, across) / kDegree;
+    const double dec = std::atan2(sin0 + eta * cos0, std::hypot(xi, across)) / kDegree;
+    const double turned = std::fmod(ra, 360.0);
+    return {turned < 0 ? turned + 360.0 : turned, dec};
+}
+
+double separationDeg(SkyPosition a, SkyPosition b) {
+    const double sinDec = std::sin((a.decDeg - b.decDeg) * kDegree / 2);
+    const double sinRa = std::sin((a.raDeg - b.raDeg) * kDegree / 2);
+    const double h =
+        sinDec * sinDec + std::cos(a.decDeg * kDegree) * std::cos(b.decDeg * kDegree) * sinRa * sinRa;
+    return 2 * std::atan2(std::sqrt(h), std::sqrt(std::fmax(0.0, 1 - h))) / kDegree;
+}
+
+SkyPosition TangentWcs::toSky(PixelPosition pixel) const {
+    const double dx = pixel.x - referencePixel.x;
+    const double dy = pixel.y - referencePixel.y;
+    return fromTangentPlane({cd[0] * dx + cd[1] * dy, cd[2] * dx + cd[3] * dy}, reference);
+}
+
+std::optional<PixelPosition> TangentWcs::toPixel(SkyPosition position) const {
+    const auto plane = toTangentPlane(position, reference);
+    const double det = cd[0] * cd[3] - cd[1] * cd[2];
+    if (!plane || det == 0) return std::nullopt;
+    return PixelPosition{referencePixel.x + (cd[3] * plane->xi - cd[1] * plane->eta) / det,
+                         referencePixel.y + (cd[0] * plane->eta - cd[2] * plane->xi) / det};
+}
+
+std::optional<TangentWcs> wcsFromHeader(const FitsHeader& header, double height, bool bottomUp) {
+    const auto type1 = header.text("CTYPE1");
+    const auto type2 = header.text("CTYPE2");
+    if (!type1 || !type2 || !type1->starts_with("RA---TAN") || !type2->starts_with("DEC--TAN"))
+        return std::nullopt;
+    const auto ra = header.number("CRVAL1");
+    const auto dec = header.number("CRVAL2");
+    const auto x = header.number("CRPIX1");
+    const auto y = header.number("CRPIX2");
+    if (!ra || !dec || !x || !y || std::abs(*dec) > 90) return std::nullopt;
+
+    TangentWcs wcs{{*ra, *dec}, {*x - 1, bottomUp ? height - *y : *y - 1}};
+    const auto step1 = header.number("CDELT1");
+    const auto step2 = header.number("CDELT2");
+    if (header.number("CD1_1") || header.number("CD1_2")) {
+        const char* keywords[] = {"CD1_1", "CD1_2", "CD2_1", "CD2_2"};
+        for (int i = 0; i < 4; ++i) wcs.cd[i] = header.number(keywords[i]).value_or(0);
+    } else if (step1 && step2) {
+        const double turn = header.number("CROTA2").value_or(0) * kDegree;
+        const bool matrix = header.number("PC1_1") || header.number("PC1_2") || header.number("PC2_1");
+        wcs.cd[0] = *step1 * (matrix ? header.number("PC1_1").value_or(1) : std::cos(turn));
+        wcs.cd[1] = matrix ? *step1 * header.number("PC1_2").value_or(0) : -*step2 * std::sin(turn);
+        wcs.cd[2] = matrix ? *step2 * header.number("PC2_1").value_or(0) : *step1 * std::sin(turn);
+        wcs.cd[3] = *step2 * (matrix ? header.number("PC2_2").value_or(1) : std::cos(turn));
+    } else {
+        return std::nullopt;
+    }
+    if (bottomUp) {
+        wcs.cd[1] = -wcs.cd[1];
+        wcs.cd[3] = -wcs.cd[3];
+    }
+    const double det = wcs.cd[0] * wcs.cd[3] - wcs.cd[1] * wcs.cd[2];
+    if (!(std::abs(det) > 1e-16) || std::abs(det) > 100) return std::nullopt;
+    return wcs;
+}
+
+}  // namespace vantrel::observatory
