@@ -189,4 +189,15 @@ std::string trimmed(std::string_view text) {
     return std::string(text);
 }
 
+std::string joinLines(std::initializer_list<std::string_view> lines) {
+    std::string joined;
+    const char* separator = "";
+    for (const std::string_view line : lines) {
+        joined += separator;
+        joined += line;
+        separator = kCrLf;
+    }
+    return joined;
+}
+
 }  // namespace vantrel::platform

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,5 +42,8 @@ bool equalIgnoringCase(std::string_view a, std::string_view b);
 bool containsIgnoringCase(std::string_view text, std::string_view part);
 
 std::string trimmed(std::string_view text);
+
+/// The lines with CR LF between them.
+std::string joinLines(std::initializer_list<std::string_view> lines);
 
 }  // namespace vantrel::platform

@@ -1,0 +1,392 @@
+#include "engine/measurement_run.h"
+
+#include <cmath>
+
+#include "engine/angles.h"
+#include "engine/simulator_exposure.h"
+#include "engine/waiting.h"
+#include "platform/errors.h"
+#include "platform/text.h"
+
+namespace vantrel::engine {
+
+using platform::Alignment;
+using platform::formatNumber;
+using platform::joinLines;
+
+namespace {
+
+std::string numbered(const std::string& before, int number, const std::string& after = {}) {
+    return before + std::to_string(number) + after;
+}
+
+}  // namespace
+
+MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt,
+                               const Services& services)
+    : panel_(panel), state_(state), prompt_(prompt), services_(services), indicators_(services.settings) {}
+
+void MeasurementRun::cmdRun_Click() {
+    try {
+        measure();
+    } catch (const Closing&) {
+        return;
+    } catch (const StopExit&) {
+        if (state_.AppUnloading) return;
+        log("Align Aborted");
+    } catch (...) {
+        state_.LastMessage = platform::errorReport(platform::currentError(), "mod cmdRun");
+        log(state_.LastMessage);
+        services_.messages.ShowPopupMessage(state_.LastMessage, 5);
+    }
+    cleanUp();
+}
+
+void MeasurementRun::measure() {
+    beginRun();
+    const double chosenSlew = validatedSlewHours();
+    logSettings();
+
+    std::array<Plate, 3> plates{{{.number = 1}, {.number = 2}, {.number = 3}}};
+    auto& [first, second, third] = plates;
+    readStartPosition(first);
+    takeFirstPlate(first);
+    slewOn(chosenSlew);
+    logPosition(Style::kDecimal);
+    waitForMountToSettle();
+    readPosition(second);
+    const double slew = takeSecondPlate(second, first, chosenSlew);
+    slewOn(slew);
+    logPosition(Style::kSexagesimal);
+    waitForMountToSettle();
+    readPosition(third);
+    takeThirdPlate(third, first, second);
+    check();
+
+    const PolarErrorResult result = solveForAxis(plates);
+    showResult(plates, result);
+    returnToStart(slew);
+    if (result.BadSolution) {
+        log("Polar Align Error Calculation Failed");
+        failurePrompt(joinLines({"***ERROR***ERROR***", "Polar Align Error ", "Calculation Failed!", "",
+                                 "Try new conditions, click Next"}),
+                      std::nullopt);
+    }
+    offerCorrection(result.error);
+    if (state_.AppUnloading) throw Closing{};
+    log("Alignment Run Complete");
+}
+
+void MeasurementRun::beginRun() {
+    if (state_.PlateSolveMethod.empty()) {
+        log("No Plate solve method selected");
+        throw StopExit{};
+    }
+    state_.StopRequested = false;
+    panel_.cmdRun.setEnabled(false);
+    indicators_.SetActiveColors(panel_.cmdRun);
+    panel_.cmdStop.setEnabled(true);
+    panel_.cmdNext.setEnabled(false);
+    panel_.cmdSkip.setEnabled(false);
+    panel_.cmdExpose.setEnabled(false);
+    services_.display.clearPolarPlot();
+    panel_.txtInstructions.setAlignment(Alignment::kCentre);
+    panel_.txtInstructions.setText(joinLines({"Measuring", "Polar Alignment Error", "", "", "Please Wait"}));
+}
+
+/// The configured slew in hours; its direction comes from elsewhere, so a sign is ignored.
+double MeasurementRun::validatedSlewHours() {
+    const double degrees = std::abs(platform::toNumber(panel_.txtDeltaRA.text()));
+    if (degrees < 1 || degrees > 45)
+        failurePrompt(joinLines({"***ERROR***ERROR***", "Telescope Slew must be ",
+                                 "between 1 and 45 degrees!", "", "Enter a new value, click Next"}),
+                      std::nullopt);
+    return degrees * (1.0 / 15);
+}
+
+void MeasurementRun::logSettings() {
+    log("");
+    log("Start Alignment Run");
+    if (services_.solver.pinPointSelected()) {
+        log("Plate solve method is PinPoint");
+        log("Selected catalog is " + services_.solver.selectedCatalog());
+    } else {
+        log("Plate solve method is Auto-Astrometry");
+    }
+    log("Telescope Slew is " + panel_.txtDeltaRA.text() + " degrees");
+    log("Exposure is " + panel_.txtExposeInterval.text() + " sec");
+}
+
+void MeasurementRun::readStartPosition(Plate& plate) {
+    state_.ExposureDec = services_.telescope.GetTelescopeDec();
+    state_.ExposureRA = NormalizeRAHours(services_.telescope.GetTelescopeRA());
+    indicators_.SetActiveColors(panel_.lblFrame1);
+    services_.loop.yield();
+    logPosition(Style::kSexagesimal);
+    readPosition(plate);
+}
+
+void MeasurementRun::takeFirstPlate(Plate& plate) {
+    log("***** Exposing Image 1 *****");
+    indicators_.SetActiveColors(panel_.lblExpose);
+    services_.loop.yield();
+    const std::string image = expose();
+    Indicators::switchOff(panel_.lblExpose);
+    indicators_.SetActiveColors(panel_.lblSolve);
+    check();
+    log("Start Solving Plate 1");
+    const auto solution = solve(plate, image, 0, 0);
+    if (!solution)
+        abortedPrompt(joinLines({"Plate Solve Failed !!", "1. Is Scope is Synced to Star?",
+                                 "2. Check Plate Solve Settings", "", "Click Next to try again"}));
+    record(plate, *solution);
+}
+
+/// Returns the slew between the plates, in hours: half the chosen one when the plate was only solved there.
+double MeasurementRun::takeSecondPlate(Plate& plate, const Plate& first, double slewHours) {
+    log("***** Exposing Image 2 *****");
+    Indicators::switchOff(panel_.lblFrame1);
+    indicators_.SetActiveColors(panel_.lblFrame2);
+    Indicators::switchOff(panel_.lblSlew);
+    indicators_.SetActiveColors(panel_.lblExpose);
+    check();
+    services_.loop.yield();
+    const std::string image = expose();
+    announceSolving(plate);
+    if (const auto solution = solve(plate, image, first.raError, first.decError)) {
+        record(plate, *solution);
+        return slewHours;
+    }
+    if (!retryWithHalfTheSlew(plate, first, slewHours))
+        abortedPrompt(joinLines({"Second Plate Solve Failed !!", "", "1. Try smaller Telescope Slew", "",
+                                 "Click Next to try again"}));
+    return slewHours / 2;
+}
+
+bool MeasurementRun::retryWithHalfTheSlew(Plate& plate, const Plate& first, double slewHours) {
+    log("Trying again with half Telescope Slew");
+    moveExposurePosition(-slewHours / 2);
+    check();
+    services_.telescope.SlewToCoordinates(state_.ExposureRA, state_.ExposureDec);
+    logPosition(Style::kDecimal);
+    waitForMountToSettle();
+    readPosition(plate);
+    check();
+    const std::string image = expose();
+    log(numbered("Start Solving Plate ", plate.number));
+    check();
+    const auto solution = solve(plate, image, first.raError, first.decError);
+    if (solution) record(plate, *solution);
+    return solution.has_value();
+}
+
+void MeasurementRun::takeThirdPlate(Plate& plate, const Plate& first, const Plate& second) {
+    log("***** Exposing Image 3 *****");
+    Indicators::switchOff(panel_.lblFrame2);
+    indicators_.SetActiveColors(panel_.lblFrame3);
+    Indicators::switchOff(panel_.lblSlew);
+    indicators_.SetActiveColors(panel_.lblExpose);
+    services_.loop.yield();
+    const std::string image = expose();
+    announceSolving(plate);
+    const auto solution = solve(plate, image, NormalizeRAHours(2 * second.raError - first.raError),
+                                2 * second.decError - first.decError);
+    if (!solution)
+        abortedPrompt(joinLines({"Third Plate Solve Failed !!", "", "1. Try smaller Telescope Slew", "",
+                                 "Click Next to try again"}));
+    record(plate, *solution);
+}
+
+PolarErrorResult MeasurementRun::solveForAxis(const std::array<Plate, 3>& plates) {
+    std::array<PlatePosition, 3> positions{};
+    for (std::size_t i = 0; i < plates.size(); ++i)
+        positions[i] = {NormalizeRAHours(plates[i].lst - plates[i].ra), plates[i].dec, plates[i].scopeHA};
+    const PolarErrorResult result = CalcPolarError(positions, state_.ExposureDec);
+    if (result.BadSolution) {
+        services_.display.showBadSolution();
+        return result;
+    }
+    log("A = " + formatNumber(result.A, "0.0000") + "  C = " + formatNumber(result.C, "0.0000") +
+        "  Theta = " + formatNumber(result.Theta, "0.0000"));
+    log("Gamma = " + formatNumber(result.Gamma, "0.0000"));
+    return result;
+}
+
+/// Also after a bad solution, so that the display never shows an older measurement.
+void MeasurementRun::showResult(const std::array<Plate, 3>& plates, const PolarErrorResult& result) {
+    const PolarError& error = result.error;
+    PerPlate plateRAs{};
+    PerPlate decErrors{};
+    for (std::size_t i = 0; i < plates.size(); ++i) {
+        plateRAs[i] = plates[i].ra;
+        decErrors[i] = plates[i].decError;
+    }
+    services_.display.showOffsets(formatNumber(error.OffsetRA, "0.0000"),
+                                  formatNumber(error.OffsetDec, "0.0000"));
+    services_.display.PlotPolar(error.ErrorAmplitude, error.ErrorAngle);
+    services_.display.PlotError(plateRAs, decErrors);
+    log("Error Amplitude = " + formatNumber(error.ErrorAmplitude, "0.0000") +
+        " Degrees from Pole (Dec units)");
+    log("Error Angle = " + formatNumber(error.ErrorAngle, "0.0000") + " Degrees CCW from Up");
+    log("RA Offset = " + formatNumber(error.OffsetRA, "0.0000") +
+        ", Dec Offset = " + formatNumber(error.OffsetDec, "0.000"));
+}
+
+void MeasurementRun::returnToStart(double slewHours) {
+    slewOn(-2 * slewHours);
+    logPosition(Style::kDecimal);
+    Indicators::switchOff(panel_.lblFrame3);
+    Indicators::switchOff(panel_.lblSlew);
+    check();
+}
+
+void MeasurementRun::offerCorrection(const PolarError& error) {
+    panel_.txtInstructions.setAlignment(Alignment::kLeft);
+    panel_.txtInstructions.setText(
+        joinLines({"Polar Align Measurement", "Completed Successfully !!", "1. Click Next to correct",
+                   "      misalignment, or click", "      Skip Button to end"}));
+    panel_.cmdNext.setEnabled(true);
+    panel_.cmdSkip.setEnabled(true);
+    const bool correct = prompt_.WaitForNextOrSkipClick();
+    Indicators::switchOff(panel_.cmdNext);
+    if (state_.StopRequested) throw StopExit{};
+    if (state_.AppUnloading) throw Closing{};
+    if (correct) services_.correction.CorrectMisAlignment(error.ErrorAmplitude, error.ErrorAngle);
+}
+
+/// Takes an image and saves it; returns its file name.
+std::string MeasurementRun::expose() {
+    const bool ownName =
+        platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "SaveImages", "0")) == 1;
+    const auto now = platform::civilLocal(services_.loop.clock().utc());
+    const std::string imageFileName =
+        ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image.fit" : "SavedImage.fit";
+    check();
+    if (state_.UsingAxisSimulator) {
+        exposeWithSimulator(services_);
+        check();
+        saveSimulatorImage(services_, state_);
+    } else {
+        services_.camera.AcquireImage(platform::toNumber(panel_.txtExposeInterval.text()));
+        check();
+        services_.camera.SaveImageToFile(imageFileName);
+    }
+    return imageFileName;
+}
+
+void MeasurementRun::announceSolving(const Plate& plate) {
+    log(numbered("Start Solving Plate ", plate.number));
+    Indicators::switchOff(panel_.lblExpose);
+    indicators_.SetActiveColors(panel_.lblSolve);
+    check();
+}
+
+std::optional<PlateSolution> MeasurementRun::solve(const Plate& plate, const std::string& imageFileName,
+                                                   double raOffset, double decOffset) {
+    state_.SpiralSearchAllowed = true;
+    auto solution = services_.solver.SolvePlate(imageFileName, raOffset, decOffset);
+    if (!state_.PlateSolved) return std::nullopt;
+    log(numbered("Plate ", plate.number, " Solved"));
+    return solution;
+}
+
+void MeasurementRun::record(Plate& plate, const PlateSolution& solution) {
+    plate.raError = NormalizeRAHours(state_.PlateRAError);
+    plate.decError = state_.PlateDecError;
+    plate.ra = NormalizeRAHours(solution.ra);
+    plate.dec = solution.dec;
+    log(numbered("Plate ", plate.number, " RA = ") + services_.utility.HoursToHMS(plate.ra));
+    log(numbered("Plate ", plate.number, " Dec = ") + services_.utility.DegreesToDMS(plate.dec));
+}
+
+/// Slews by these hours in the chosen direction, or back when they are negative.
+void MeasurementRun::slewOn(double hours) {
+    moveExposurePosition(hours);
+    Indicators::switchOff(panel_.lblSolve);
+    indicators_.SetActiveColors(panel_.lblSlew);
+    check();
+    services_.telescope.SlewToCoordinates(state_.ExposureRA, state_.ExposureDec);
+}
+
+void MeasurementRun::moveExposurePosition(double hours) {
+    state_.ExposureRA = NormalizeRAHours(state_.ExposureRA + (state_.SlewEast ? hours : -hours));
+}
+
+void MeasurementRun::waitForMountToSettle() {
+    if (!state_.UsingAxisSimulator)
+        WaitSeconds(services_.loop, platform::toNumber(panel_.txtDelayAfterSlew.text()));
+}
+
+void MeasurementRun::readPosition(Plate& plate) {
+    plate.lst = services_.telescope.SiderealTime();
+    plate.scopeHA = NormalizeRAHours(plate.lst - state_.ExposureRA);
+}
+
+void MeasurementRun::logPosition(Style style) {
+    if (style == Style::kSexagesimal)
+        log("Telescope at RA = " + services_.utility.HoursToHMS(state_.ExposureRA) +
+            "  Dec = " + services_.utility.DegreesToDMS(state_.ExposureDec));
+    else
+        log("Telescope at RA = " + formatNumber(state_.ExposureRA, "0.00000") +
+            "  Dec = " + formatNumber(state_.ExposureDec, "0.00000"));
+}
+
+/// Shows the text until the operator clicks Next or Stop, and ends the run. Without an alignment the box
+/// keeps the one it has.
+void MeasurementRun::failurePrompt(const std::string& text, std::optional<Alignment> alignment) {
+    if (alignment) panel_.txtInstructions.setAlignment(*alignment);
+    panel_.txtInstructions.setText(text);
+    panel_.cmdNext.setEnabled(true);
+    panel_.cmdSkip.setEnabled(false);
+    prompt_.WaitForNextOrSkipClick();
+    Indicators::switchOff(panel_.cmdNext);
+    throw StopExit{};
+}
+
+void MeasurementRun::abortedPrompt(const std::string& text) {
+    log("Polar Align Aborted !!");
+    failurePrompt(text, Alignment::kLeft);
+}
+
+void MeasurementRun::check() {
+    services_.loop.yield();
+    if (state_.StopRequested) throw StopExit{};
+    if (state_.AppUnloading) throw Closing{};
+}
+
+void MeasurementRun::cleanUp() {
+    if (state_.AppUnloading) return;
+    SwitchAllIndicatorsOff();
+    panel_.cmdRun.setEnabled(true);
+    panel_.cmdStop.setEnabled(false);
+    panel_.cmdNext.setEnabled(false);
+    panel_.cmdSkip.setEnabled(false);
+    panel_.cmdExpose.setEnabled(true);
+    Indicators::switchOff(panel_.cmdNext);
+    ShowStartingInstructions();
+    panel_.lblMeasure.setCaption("Measure");
+}
+
+void MeasurementRun::ShowStartingInstructions() {
+    panel_.txtInstructions.setAlignment(Alignment::kLeft);
+    panel_.txtInstructions.setText(
+        joinLines({"Polar Align Measurement Start", "1. Slew and Sync Telescope", "     to any Star",
+                   "2. Click Run Button to start", "     Alignment Measurement"}));
+}
+
+void MeasurementRun::SwitchAllIndicatorsOff() {
+    for (platform::Button* button : {&panel_.cmdRun, &panel_.cmdStop, &panel_.cmdExpose})
+        Indicators::switchOff(*button);
+    for (platform::Label* label :
+         {&panel_.lblExpose, &panel_.lblSolve, &panel_.lblSlew, &panel_.lblFrame1, &panel_.lblFrame2,
+          &panel_.lblFrame3, &panel_.lblMeasure, &panel_.lblAlt, &panel_.lblAz})
+        Indicators::switchOff(*label);
+    panel_.lblAlt.setVisible(false);
+    panel_.lblAz.setVisible(false);
+    panel_.lblFrame1.setVisible(true);
+    panel_.lblFrame2.setVisible(true);
+    panel_.lblFrame3.setVisible(true);
+    services_.loop.yield();
+}
+
+}  // namespace vantrel::engine

@@ -1,0 +1,22 @@
+// Everything the engine's procedures call, in one hand.
+#pragma once
+
+#include "engine/ports.h"
+#include "platform/event_loop.h"
+
+namespace vantrel::engine {
+
+struct Services {
+    platform::EventLoop& loop;
+    SettingsPort& settings;
+    LogPort& log;
+    MessagePort& messages;
+    TelescopePort& telescope;
+    CameraPort& camera;
+    PlateSolverPort& solver;
+    UtilityPort& utility;
+    ResultDisplayPort& display;
+    CorrectionPort& correction;
+};
+
+}  // namespace vantrel::engine
