@@ -7,16 +7,11 @@
 // are left out.
 #pragma once
 
+#include "observatory/sky/sky_position.h"
 #include "observatory/sky/vector3.h"
 #include "platform/clock.h"
 
 namespace vantrel::observatory {
-
-/// Right ascension in [0, 360) and declination, both in degrees.
-struct SkyPosition {
-    double ra = 0;
-    double dec = 0;
-};
 
 Vector3 directionOf(const SkyPosition& position);
 SkyPosition positionOf(const Vector3& direction);

@@ -1,24 +1,18 @@
 #include "observatory/sky/tangent_wcs.h"
 
 #include <cmath>
-#include <numbers>
 
 #include "observatory/sky/fits_header.h"
+#include "observatory/sky/vector3.h"
 
 namespace vantrel::observatory {
 
-namespace {
-
-constexpr double kDegree = std::numbers::pi / 180;
-
-}  // namespace
-
 std::optional<PlanePosition> toTangentPlane(SkyPosition position, SkyPosition centre) {
-    const double sinDec = std::sin(position.decDeg * kDegree);
-    const double cosDec = std::cos(position.decDeg * kDegree);
-    const double sin0 = std::sin(centre.decDeg * kDegree);
-    const double cos0 = std::cos(centre.decDeg * kDegree);
-    const double dRa = (position.raDeg - centre.raDeg) * kDegree;
+    const double sinDec = std::sin(position.dec * kDegree);
+    const double cosDec = std::cos(position.dec * kDegree);
+    const double sin0 = std::sin(centre.dec * kDegree);
+    const double cos0 = std::cos(centre.dec * kDegree);
+    const double dRa = (position.ra - centre.ra) * kDegree;
     const double depth = sinDec * sin0 + cosDec * cos0 * std::cos(dRa);
     if (!(depth > 1e-9)) return std::nullopt;
     return PlanePosition{cosDec * std::sin(dRa) / depth / kDegree,
@@ -28,20 +22,19 @@ std::optional<PlanePosition> toTangentPlane(SkyPosition position, SkyPosition ce
 SkyPosition fromTangentPlane(PlanePosition position, SkyPosition centre) {
     const double xi = position.xi * kDegree;
     const double eta = position.eta * kDegree;
-    const double sin0 = std::sin(centre.decDeg * kDegree);
-    const double cos0 = std::cos(centre.decDeg * kDegree);
+    const double sin0 = std::sin(centre.dec * kDegree);
+    const double cos0 = std::cos(centre.dec * kDegree);
     const double across = cos0 - eta * sin0;
-    const double ra = centre.raDeg + std::atan2(xi, across) / kDegree;
+    const double ra = centre.ra + std::atan2(xi, across) / kDegree;
     const double dec = std::atan2(sin0 + eta * cos0, std::hypot(xi, across)) / kDegree;
     const double turned = std::fmod(ra, 360.0);
     return {turned < 0 ? turned + 360.0 : turned, dec};
 }
 
 double separationDeg(SkyPosition a, SkyPosition b) {
-    const double sinDec = std::sin((a.decDeg - b.decDeg) * kDegree / 2);
-    const double sinRa = std::sin((a.raDeg - b.raDeg) * kDegree / 2);
-    const double h =
-        sinDec * sinDec + std::cos(a.decDeg * kDegree) * std::cos(b.decDeg * kDegree) * sinRa * sinRa;
+    const double sinDec = std::sin((a.dec - b.dec) * kDegree / 2);
+    const double sinRa = std::sin((a.ra - b.ra) * kDegree / 2);
+    const double h = sinDec * sinDec + std::cos(a.dec * kDegree) * std::cos(b.dec * kDegree) * sinRa * sinRa;
     return 2 * std::atan2(std::sqrt(h), std::sqrt(std::fmax(0.0, 1 - h))) / kDegree;
 }
 

@@ -6,14 +6,11 @@
 
 #include <optional>
 
+#include "observatory/sky/sky_position.h"
+
 namespace vantrel::observatory {
 
 class FitsHeader;
-
-struct SkyPosition {
-    double raDeg = 0;
-    double decDeg = 0;
-};
 
 struct PixelPosition {
     double x = 0;
