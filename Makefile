@@ -1,0 +1,31 @@
+# make run    installs what is missing, builds, and opens the program
+# make test   the same, and runs all tests
+# make build  the programs in build/release/bin/
+# make check  format, clang-tidy and the tests under sanitizers
+# make bench  the benchmarks
+
+.PHONY: run test build check bench dependencies
+
+run: build
+	scripts/run.sh
+
+build: dependencies
+	cmake --preset release
+	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve
+
+test: dependencies
+	cmake --preset release
+	cmake --build --preset release
+	ctest --preset release
+
+check:
+	scripts/install_dependencies.sh check
+	scripts/check.sh
+
+bench: dependencies
+	cmake --preset bench
+	cmake --build --preset bench
+	scripts/bench.sh
+
+dependencies:
+	scripts/install_dependencies.sh
