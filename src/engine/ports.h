@@ -118,6 +118,23 @@ class ResultDisplayPort {
     virtual void PlotError(const PerPlate& plateRAs, const PerPlate& decErrors) = 0;
 };
 
+/// Column and row in the image array, from 0.
+struct PixelPosition {
+    double x = 0, y = 0;
+};
+
+/// Marks burnt into the image that the imaging program shows. Failures are logged; the image is then
+/// unchanged.
+class OverlayPort {
+  public:
+    virtual ~OverlayPort() = default;
+    /// A horizontal and a vertical band across the whole image; through its centre without a position.
+    virtual void CrossHair(const std::optional<PixelPosition>& centre) = 0;
+    /// The outline of a centred rectangle of this fraction of width and height, held in [0, 1].
+    virtual void DrawCenteredRectangles(double fraction) = 0;
+    virtual void DrawLineOnImage(int x1, int y1, int x2, int y2) = 0;
+};
+
 class CorrectionPort {
   public:
     virtual ~CorrectionPort() = default;

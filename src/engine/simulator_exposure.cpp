@@ -5,7 +5,7 @@ namespace vantrel::engine {
 void exposeWithSimulator(const Services& services) { services.telescope.simulatorExpose(); }
 
 void saveSimulatorImage(const Services& services, RunState& state) {
-    state.LastSavedImage = kSimulatorImage;
+    state.LastSavedImage = kSavedImage;
     services.telescope.simulatorSaveImage(services.settings.GetSetting("PolarAlign", "ImagePath", "C:") +
                                           "\\" + state.LastSavedImage + ".fit");
 }

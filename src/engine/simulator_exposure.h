@@ -6,8 +6,8 @@
 
 namespace vantrel::engine {
 
-/// File name, without ending, of the image that the simulator saves.
-inline constexpr const char* kSimulatorImage = "SavedImage";
+/// The image that exposures outside a run are saved as, without ending.
+inline constexpr const char* kSavedImage = "SavedImage";
 
 /// Takes an image with the simulator driver; throws OperationError.
 void exposeWithSimulator(const Services& services);

@@ -1,0 +1,122 @@
+#include "engine/manual_exposures.h"
+
+#include "engine/angles.h"
+#include "engine/simulator_exposure.h"
+#include "engine/waiting.h"
+#include "platform/errors.h"
+#include "platform/text.h"
+
+namespace vantrel::engine {
+
+ManualExposures::ManualExposures(ExposurePanel& panel, RunPanel& run, RunState& state,
+                                 const Services& services, OverlayPort& overlays)
+    : panel_(panel),
+      run_(run),
+      state_(state),
+      services_(services),
+      overlays_(overlays),
+      indicators_(services.settings) {}
+
+bool ManualExposures::SimpleShortExpose() {
+    exposeShort();
+    services_.loop.yield();
+    return state_.StopRequested;
+}
+
+/// With the simulator the image is saved as well, since nothing else holds it.
+void ManualExposures::exposeShort() {
+    if (state_.UsingAxisSimulator) {
+        exposeWithSimulator(services_);
+        saveSimulatorImage(services_, state_);
+    } else {
+        services_.camera.AcquireImage(platform::toNumber(panel_.txtContinuousExposeInterval.text()));
+    }
+}
+
+void ManualExposures::cmdExpose_Click() {
+    state_.StopRequested = false;
+    if (Indicators::isLit(run_.cmdExpose)) {
+        stopSeries_ = true;
+        run_.cmdExpose.setCaption("Stoping Exp.");
+        return;
+    }
+    lockRunButtons();
+    try {
+        exposeSeries();
+    } catch (...) {
+        reportError("mod cmdRun");
+    }
+    endSeries();
+}
+
+void ManualExposures::exposeSeries() {
+    do {
+        exposeShort();
+        services_.loop.yield();
+        if (!state_.StopRequested && panel_.chkCrossHairEnable.ticked()) overlays_.CrossHair(std::nullopt);
+        services_.loop.yield();
+        if (state_.StopRequested) {
+            services_.log.AddToLog("Aborted");
+            return;
+        }
+        WaitSeconds(services_.loop,
+                    platform::parseNumber(panel_.txtContinuousExposeDelay.text()).value_or(0));
+    } while (!stopSeries_ && !state_.CameraFailed && panel_.chkExposeContinuousEnable.ticked());
+}
+
+void ManualExposures::lockRunButtons() {
+    stopSeries_ = false;
+    enabledBefore_ = {run_.cmdRun.enabled(), run_.cmdStop.enabled(), run_.cmdNext.enabled(),
+                      run_.cmdSkip.enabled()};
+    indicators_.SetActiveColors(run_.cmdExpose);
+    run_.cmdExpose.setCaption("Stop Expose");
+    for (platform::Button* button : {&run_.cmdRun, &run_.cmdStop, &run_.cmdNext, &run_.cmdSkip})
+        button->setEnabled(false);
+}
+
+void ManualExposures::endSeries() {
+    Indicators::switchOff(run_.cmdExpose);
+    run_.cmdExpose.setCaption("Expose");
+    run_.cmdRun.setEnabled(enabledBefore_[0]);
+    run_.cmdStop.setEnabled(enabledBefore_[1]);
+    run_.cmdNext.setEnabled(enabledBefore_[2]);
+    run_.cmdSkip.setEnabled(enabledBefore_[3]);
+}
+
+void ManualExposures::cmdExposeSolve_Click() {
+    try {
+        exposeAndSolve();
+    } catch (...) {
+        reportError("mod cmdExposeSolve");
+    }
+}
+
+void ManualExposures::exposeAndSolve() {
+    services_.log.AddToLog("");
+    services_.log.AddToLog("** Expose & Plate Solve **");
+    state_.ExposureDec = services_.telescope.GetTelescopeDec();
+    state_.ExposureRA = NormalizeRAHours(services_.telescope.GetTelescopeRA());
+    if (state_.UsingAxisSimulator) {
+        exposeWithSimulator(services_);
+        saveSimulatorImage(services_, state_);
+    } else {
+        services_.camera.AcquireImage(platform::toNumber(run_.txtExposeInterval.text()));
+        services_.loop.yield();
+        if (state_.StopRequested) return;
+        services_.loop.yield();
+        services_.camera.SaveImageToFile(kSavedImage);
+    }
+    state_.SpiralSearchAllowed = true;
+    services_.solver.SolvePlate(kSavedImage, 0, 0);
+    if (state_.PlateSolved) return;
+    services_.log.AddToLog("Plate Solve failed");
+    services_.log.AddToLog("Check Plate Solve Settings");
+}
+
+void ManualExposures::reportError(const char* label) {
+    state_.LastMessage = platform::errorReport(platform::currentError(), label);
+    services_.log.AddToLog(state_.LastMessage);
+    services_.messages.ShowPopupMessage(state_.LastMessage, 5);
+}
+
+}  // namespace vantrel::engine
