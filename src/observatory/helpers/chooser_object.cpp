@@ -1,0 +1,25 @@
+#include "observatory/helpers/chooser_object.h"
+
+namespace vantrel::observatory {
+
+using platform::Arguments;
+using platform::Value;
+
+ChooserObject::ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog)
+    : DispatchObject("DriverHelper.Chooser"), classes_(classes), dialog_(std::move(dialog)) {
+    property(
+        "DeviceType", [this] { return Value(deviceType_); },
+        [this](const Value& value) { deviceType_ = value.toText(); });
+    method("Choose", [this](const Arguments& arguments) {
+        return Value(choose(arguments.empty() ? "" : arguments[0].toText()));
+    });
+}
+
+std::string ChooserObject::choose(const std::string& current) const {
+    std::vector<DriverChoice> drivers;
+    for (const std::string& progId : classes_.installed(deviceType_))
+        drivers.push_back({progId, classes_.profileDescription(deviceType_, progId)});
+    return dialog_ ? dialog_(deviceType_ + " Chooser", drivers, current) : "";
+}
+
+}  // namespace vantrel::observatory

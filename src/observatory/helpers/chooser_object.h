@@ -1,0 +1,37 @@
+// The automation class "DriverHelper.Chooser": lets the operator pick a driver.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/class_registry.h"
+#include "platform/dispatch_object.h"
+
+namespace vantrel::observatory {
+
+struct DriverChoice {
+    std::string progId;
+    std::string description;
+};
+
+/// Shows the drivers under this title and returns the ProgID that was picked, empty when the operator
+/// cancelled. The current one may be empty or not among them.
+using ChooserDialog = std::function<std::string(
+    const std::string& title, const std::vector<DriverChoice>& drivers, const std::string& current)>;
+
+/// "DeviceType" says which drivers are offered ("Telescope" at the start); "Choose"(current ProgID) returns
+/// the chosen ProgID, or an empty text.
+class ChooserObject : public platform::DispatchObject {
+  public:
+    ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog);
+
+  private:
+    std::string choose(const std::string& current) const;
+
+    const platform::ClassRegistry& classes_;
+    ChooserDialog dialog_;
+    std::string deviceType_ = "Telescope";
+};
+
+}  // namespace vantrel::observatory
