@@ -1,0 +1,46 @@
+// The built-in observatory: plays the outside programs and drivers of an observing evening.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "observatory/helpers/chooser_object.h"
+#include "observatory/sky/noise.h"
+#include "observatory/telescopes/telescope_driver.h"
+#include "platform/class_registry.h"
+#include "platform/event_loop.h"
+#include "platform/folder_map.h"
+#include "platform/settings_root.h"
+
+namespace vantrel::observatory {
+
+/// Where the observatory needs somebody's answer or a place to keep things. All may be left out: choosers are
+/// then cancelled, setup dialogs close at once, the profile forgets.
+struct ObservatorySeams {
+    ChooserDialog chooser;
+    SetupDialog setup;
+    std::shared_ptr<platform::SettingsRoot> profile;
+};
+
+/// Owns the devices. Must outlive the registry that it installs its classes in, and the objects of these.
+class Observatory {
+  public:
+    /// All noise comes from the seed.
+    Observatory(platform::EventLoop& loop, const platform::FolderMap& folders, std::uint64_t seed,
+                ObservatorySeams seams = {});
+
+    /// Registers every class; the registry's owner may uninstall some again.
+    void install(platform::ClassRegistry& classes);
+
+  private:
+    void installHelpers(platform::ClassRegistry& classes);
+    void installTelescopes(platform::ClassRegistry& classes);
+
+    platform::EventLoop& loop_;
+    const platform::FolderMap& folders_;
+    ObservatorySeams seams_;
+    NoiseSource noise_;
+    std::shared_ptr<TelescopeDevice> scopeSim_;
+};
+
+}  // namespace vantrel::observatory

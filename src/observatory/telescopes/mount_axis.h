@@ -1,0 +1,44 @@
+// Where a misaligned mount's axis points, and with it everything the mount carries.
+//
+// The local equatorial frame: x towards hour angle 0 on the equator, y towards hour angle 18h (east), z
+// towards the north celestial pole of date. A mount whose axis is perfect counts its own hour angle and
+// declination in this frame; an error turns the frame that the mount counts in.
+#pragma once
+
+#include "observatory/sky/vector3.h"
+
+namespace vantrel::observatory {
+
+/// The axis against the celestial pole of date that is above the horizon (the northern at latitude 0).
+struct AxisError {
+    /// Arc-minutes of azimuth, an angle about the vertical. Positive: the axis lies east of the pole, in both
+    /// hemispheres. At latitude 60 one degree of azimuth moves the axis by half a degree of sky.
+    double azimuth = 0;
+    /// Arc-minutes of altitude. Positive: the axis points above the pole, in both hemispheres.
+    double elevation = 0;
+};
+
+/// Turns mount directions into true ones: first the elevation adjuster's turn about the east-west line, then
+/// the azimuth adjuster's about the vertical, as the hinges of a real mount stand. Latitude in degrees.
+Matrix3 mountToSky(const AxisError& error, double latitude);
+
+/// Direction at an hour angle and a declination, both in degrees; declinations beyond 90 lead over the pole.
+Vector3 hourAngleDirection(double hourAngle, double declination);
+
+struct HourAnglePosition {
+    double hourAngle = 0;    // degrees, (-180, 180]
+    double declination = 0;  // degrees
+};
+HourAnglePosition hourAnglePosition(const Vector3& direction);
+
+struct HorizonPosition {
+    double altitude = 0;  // degrees
+    double azimuth = 0;   // degrees from north through east, [0, 360)
+};
+HorizonPosition horizonPosition(const Vector3& direction, double latitude);
+
+/// Directions of the zenith and of the horizon's north point in the local equatorial frame.
+Vector3 zenith(double latitude);
+Vector3 northPoint(double latitude);
+
+}  // namespace vantrel::observatory

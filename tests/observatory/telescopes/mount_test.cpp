@@ -1,0 +1,242 @@
+#include "observatory/telescopes/mount.h"
+
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "platform/queued_event_loop.h"
+
+namespace vantrel::observatory {
+namespace {
+
+class MountTest : public testing::Test {
+  protected:
+    void pass(double seconds) { loop_.sleep(platform::Milliseconds{static_cast<long>(seconds * 1000)}); }
+    /// In no time worth mentioning; arrives at this hour angle (hours).
+    void slew(double hourAngle, double declination) {
+        const double rate = std::exchange(mount_.settings().slewRate, 3600);
+        const double arrival = mount_.siderealTime() + 0.1 * 1.0027379 / 3600;
+        mount_.startSlew({std::fmod(arrival - hourAngle + 48, 24), declination});
+        pass(0.1);
+        mount_.settings().slewRate = rate;
+    }
+    double readHourAngle() const {
+        return std::remainder(mount_.siderealTime() - mount_.reading().rightAscension, 24);
+    }
+
+    platform::VirtualTime time_{platform::parseInstant("2026-11-24T20:00:00Z").value()};
+    platform::QueuedEventLoop loop_{time_};
+    NoiseSource noise_{1};
+    Mount mount_{time_, noise_};
+};
+
+/// The axis' northern end as the mount's user would measure it: three plates at one declination, the rotation
+/// that carries the mount's directions into the true ones, and its pole. Amplitude in degrees; angle in
+/// degrees as seen from the north celestial pole, 0 towards hour angle 0, 90 towards hour angle 18h.
+struct MeasuredAxis {
+    double amplitude, angle;
+};
+
+MeasuredAxis axisFrom(const std::array<Vector3, 3>& mount, const std::array<Vector3, 3>& sky) {
+    // Rows m, sky as matrices with the directions as columns: R = sky * inverse(mount); the inverse by
+    // cofactors.
+    const Vector3 c0 = cross(mount[1], mount[2]);
+    const Vector3 c1 = cross(mount[2], mount[0]);
+    const Vector3 c2 = cross(mount[0], mount[1]);
+    const double determinant = dot(mount[0], c0);
+    Vector3 axis{};  // R applied to the mount's pole
+    for (std::size_t i = 0; i < 3; ++i)
+        axis[i] = (sky[0][i] * c0[2] + sky[1][i] * c1[2] + sky[2][i] * c2[2]) / determinant;
+    const double angle = std::atan2(axis[1], axis[0]) / kDegree;
+    return {separation(axis, {0, 0, 1}), angle < -1e-6 ? angle + 360 : angle};
+}
+
+TEST_F(MountTest, AxisErrorsPointWhereTheirSignsSay) {
+    struct Case {
+        double latitude, azimuth, elevation;  // degrees, arc-minutes
+        double amplitude, angle;              // of the northern end, degrees
+        const char* why;
+    };
+    const double half = std::sqrt(0.5);
+    const Case cases[] = {
+        {45, 0, 60, 1, 0, "north, above the pole: towards the zenith"},
+        {45, 60, 0, half, 90, "north, east of the pole"},
+        {45, 0, -60, 1, 180, "north, below the pole: towards the horizon"},
+        {45, -60, 0, half, 270, "north, west of the pole"},
+        {60, 60, 0, 0.5, 90, "a degree about the vertical is half a degree of sky here"},
+        // The southern end is the one that lies above, east, below and west; the northern end is opposite.
+        {-45, 0, 60, 1, 180, "south, above the pole"},
+        {-45, 60, 0, half, 270, "south, east of the pole"},
+        {-45, 0, -60, 1, 0, "south, below the pole"},
+        {-45, -60, 0, half, 90, "south, west of the pole"},
+    };
+    for (const Case& c : cases) {
+        mount_.settings().latitude = c.latitude;
+        mount_.settings().axisError = {c.azimuth, c.elevation};
+        std::array<Vector3, 3> said;
+        std::array<Vector3, 3> truth;
+        for (std::size_t i = 0; i < 3; ++i) {
+            slew(1.0 - static_cast<double>(i), 40);
+            said[i] = hourAngleDirection(15 * readHourAngle(), mount_.reading().declination);
+            truth[i] = mount_.pointing().ahead;
+        }
+        const MeasuredAxis axis = axisFrom(said, truth);
+        EXPECT_NEAR(axis.amplitude, c.amplitude, 1e-4) << c.why;
+        // The azimuth hinge carries the axis along a circle about the zenith, not along a straight line.
+        EXPECT_NEAR(axis.angle, c.angle, 0.6) << c.why;
+    }
+}
+
+// The same signs as an operator sees them: altitude and compass direction of the axis' end above the horizon.
+TEST_F(MountTest, AxisStandsWhereTheAdjustersPutIt) {
+    for (const double latitude : {45.0, -45.0, 70.0, -10.0}) {
+        mount_.settings().latitude = latitude;
+        for (const double azimuth : {-90.0, 0.0, 200.0})
+            for (const double elevation : {-60.0, 0.0, 180.0}) {
+                mount_.settings().axisError = {azimuth, elevation};
+                const double end = latitude < 0 ? -1 : 1;
+                const Vector3 axis = mountToSky({azimuth, elevation}, latitude) * Vector3{0, 0, end};
+                const HorizonPosition got = horizonPosition(axis, latitude);
+                EXPECT_NEAR(got.altitude, std::abs(latitude) + elevation / 60, 1e-9);
+                // East is azimuth 90: a positive error turns the north end from 0 up, the south end from 180
+                // down.
+                const double expected = latitude < 0 ? 180 - azimuth / 60 : azimuth / 60;
+                EXPECT_NEAR(std::remainder(got.azimuth - expected, 360), 0, 1e-9);
+            }
+    }
+}
+
+TEST_F(MountTest, PerfectMountPointsWhereItSays) {
+    for (const double latitude : {60.0, -30.0}) {
+        mount_.settings().latitude = latitude;
+        slew(-2, 25);
+        const HourAnglePosition truth = hourAnglePosition(mount_.pointing().ahead);
+        EXPECT_NEAR(truth.hourAngle / 15, readHourAngle(), 1e-9);
+        EXPECT_NEAR(truth.declination, 25, 1e-9);
+    }
+}
+
+TEST_F(MountTest, ReadingsExceedTheAxesByTheOffsets) {
+    mount_.settings().hourAngleOffset = 0.1;
+    mount_.settings().declinationOffset = 0.2;
+    slew(1, 40);
+    EXPECT_NEAR(readHourAngle(), 1, 1e-6);
+    EXPECT_NEAR(mount_.reading().declination, 40, 1e-9);
+    const HourAnglePosition truth = hourAnglePosition(mount_.pointing().ahead);
+    EXPECT_NEAR(truth.hourAngle / 15, 0.9, 1e-6);
+    EXPECT_NEAR(truth.declination, 39.8, 1e-9);
+}
+
+TEST_F(MountTest, SyncMovesTheOffsetsAndNotTheMount) {
+    slew(1, 40);
+    const Vector3 before = mount_.pointing().ahead;
+    const MountReading told{std::fmod(mount_.siderealTime() - 1.2 + 24, 24), 39.5};
+    mount_.sync(told);
+    EXPECT_NEAR(mount_.reading().rightAscension, told.rightAscension, 1e-9);
+    EXPECT_NEAR(mount_.reading().declination, told.declination, 1e-9);
+    EXPECT_NEAR(mount_.settings().hourAngleOffset, 0.2, 1e-6);
+    EXPECT_NEAR(mount_.settings().declinationOffset, -0.5, 1e-9);
+    EXPECT_LT(separation(mount_.pointing().ahead, before), 1e-9);
+}
+
+TEST_F(MountTest, TracksItsStarAndStandsStillOtherwise) {
+    slew(0, 10);
+    const MountReading star = mount_.reading();
+    pass(7200);
+    EXPECT_NEAR(mount_.reading().rightAscension, star.rightAscension, 1e-6);
+    EXPECT_NEAR(readHourAngle(), 2 * 1.0027379, 1e-5);
+
+    mount_.setTracking(false);
+    pass(3600);
+    EXPECT_NEAR(readHourAngle(), 2 * 1.0027379, 1e-5);
+    EXPECT_NEAR(mount_.reading().rightAscension, std::fmod(star.rightAscension + 1.0027379, 24), 1e-5);
+}
+
+TEST_F(MountTest, SlewsTakeTheirTimeOnBothAxes) {
+    slew(0, 10);
+    const double ra = mount_.reading().rightAscension;
+    mount_.settings().slewRate = 2;
+    mount_.startSlew({std::fmod(ra + 1, 24), 40});  // 15 degrees and 30 degrees
+    pass(5);
+    EXPECT_TRUE(mount_.isSlewing());
+    EXPECT_NEAR(std::remainder(mount_.reading().rightAscension - ra, 24) * 15, 10, 1e-4);
+    EXPECT_NEAR(mount_.reading().declination, 20, 1e-9);
+    pass(4.9);
+    EXPECT_NEAR(std::remainder(mount_.reading().rightAscension - ra, 24) * 15, 15, 1e-4);  // there first
+    EXPECT_TRUE(mount_.isSlewing());
+    pass(5.2);
+    EXPECT_FALSE(mount_.isSlewing());
+    EXPECT_NEAR(std::remainder(mount_.reading().rightAscension - ra, 24), 1, 1e-6);
+    EXPECT_NEAR(mount_.reading().declination, 40, 1e-9);
+}
+
+TEST_F(MountTest, SlewsTheShorterWayAndStopsOnCommand) {
+    slew(11, 0);
+    mount_.startSlew({std::fmod(mount_.siderealTime() + 11 + 24, 24), 0});  // to hour angle -11: 30 degrees
+    pass(2);                                                                // 4 degrees a second
+    EXPECT_NEAR(readHourAngle() * 15, 173 + 2 * 15.04 / 3600, 1e-3);
+    mount_.abortSlew();
+    EXPECT_FALSE(mount_.isSlewing());
+    const double stopped = mount_.reading().rightAscension;
+    pass(60);
+    EXPECT_NEAR(mount_.reading().rightAscension, stopped, 1e-6);
+}
+
+TEST_F(MountTest, AdjustersCarryTheTubeAlong) {
+    slew(0, 40);  // on the meridian south of the zenith at latitude 50
+    const HorizonPosition before = horizonPosition(mount_.pointing().ahead, 50);
+    const MountReading reading = mount_.reading();
+    mount_.settings().axisError = {60, 0};
+    HorizonPosition after = horizonPosition(mount_.pointing().ahead, 50);
+    EXPECT_NEAR(after.azimuth - before.azimuth, 1, 1e-3);
+    EXPECT_NEAR(after.altitude, before.altitude, 1e-6);
+    mount_.settings().axisError = {0, 60};  // the pole goes up, so the south goes down
+    after = horizonPosition(mount_.pointing().ahead, 50);
+    EXPECT_NEAR(after.altitude - before.altitude, -1, 1e-3);
+    EXPECT_NEAR(mount_.reading().rightAscension, reading.rightAscension, 1e-9);
+}
+
+TEST_F(MountTest, PointingNoiseIsTheDistanceThatSlewsEndOff) {
+    mount_.settings().pointingNoise = 30;
+    double squares = 0;
+    constexpr int kSlews = 400;
+    for (int i = 0; i < kSlews; ++i) {
+        slew(i % 2 == 0 ? 1 : 1.1, 60);
+        const Vector3 said = hourAngleDirection(15 * readHourAngle(), mount_.reading().declination);
+        squares += std::pow(separation(said, mount_.pointing().ahead) * 3600, 2);
+    }
+    EXPECT_NEAR(std::sqrt(squares / kSlews), 30, 3);  // 400 pairs: 2.5% standard error, seed fixed
+}
+
+TEST_F(MountTest, ReadingsStayOnTheSphereBeyondThePole) {
+    slew(1, 89.9);
+    mount_.settings().declinationOffset = 0.2;
+    EXPECT_NEAR(mount_.reading().declination, 89.9, 1e-9);  // 90.1 is 89.9 on the other side
+    EXPECT_NEAR(std::abs(readHourAngle()), 11, 1e-3);
+}
+
+TEST_F(MountTest, ImpossibleWishesChangeNothing) {
+    slew(0, 10);
+    const MountReading before = mount_.reading();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (const MountReading wish :
+         {MountReading{nan, 0}, {0, nan}, {-0.1, 0}, {24.1, 0}, {1, 90.1}, {1, -90.1}}) {
+        EXPECT_THROW(mount_.startSlew(wish), std::runtime_error);
+        EXPECT_THROW(mount_.sync(wish), std::runtime_error);
+    }
+    mount_.startSlew({before.rightAscension, 50});
+    EXPECT_THROW(mount_.sync(before), std::runtime_error) << "slewing";
+    mount_.abortSlew();
+    mount_.setTracking(false);
+    EXPECT_THROW(mount_.startSlew(before), std::runtime_error) << "not tracking";
+    mount_.park();
+    EXPECT_THROW(mount_.setTracking(true), std::runtime_error) << "parked";
+    mount_.unpark();
+    mount_.setTracking(true);
+    EXPECT_NO_THROW(mount_.startSlew(before));
+}
+
+}  // namespace
+}  // namespace vantrel::observatory
