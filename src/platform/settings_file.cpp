@@ -88,55 +88,62 @@ void writeFlushed(const std::filesystem::path& file, std::string_view text) {
 
 }  // namespace
 
-SettingsFile::SettingsFile(std::filesystem::path file) : file_(std::move(file)) { load(); }
+const MemorySettings& SettingsFile::settings() const {
+    if (!settings_) settings_ = loaded();
+    return *settings_;
+}
 
 void SettingsFile::write(const std::string& section, const std::string& key, const std::string& value) {
-    if (settings_.read(section, key) == value) return;
-    MemorySettings changed = settings_;
+    if (settings().read(section, key) == value) return;
+    MemorySettings changed = settings();
     changed.write(section, key, value);
-    save(changed);
-    settings_ = std::move(changed);
+    replaceBy(std::move(changed));
 }
 
 void SettingsFile::remove(const std::string& section, const std::string& key) {
-    if (!settings_.read(section, key)) return;
-    MemorySettings changed = settings_;
+    if (!settings().read(section, key)) return;
+    MemorySettings changed = settings();
     changed.remove(section, key);
-    save(changed);
-    settings_ = std::move(changed);
+    replaceBy(std::move(changed));
 }
 
-void SettingsFile::load() {
-    if (!std::filesystem::exists(file_)) return;
+MemorySettings SettingsFile::loaded() const {
+    MemorySettings settings;
+    if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path());
+    if (!std::filesystem::exists(file_)) return settings;
     std::ifstream stream(file_, std::ios::binary);
     if (!stream) fail("Can't read", file_);
     const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    if (stream.bad()) fail("Can't read", file_);
 
     bool damaged = !text.empty() && text.back() != '\n';
     std::string_view rest = text;
     while (!rest.empty()) {
         const auto end = rest.find('\n');
         if (const auto entry = parseLine(rest.substr(0, end)))
-            settings_.write(entry->section, entry->key, entry->value);
+            settings.write(entry->section, entry->key, entry->value);
         else
             damaged = true;
         rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
     }
-    if (!damaged) return;
-    std::error_code ignored;
-    std::filesystem::copy_file(file_, file_.string() + ".damaged",
-                               std::filesystem::copy_options::overwrite_existing, ignored);
+    if (damaged) {
+        std::error_code ignored;
+        std::filesystem::copy_file(file_, file_.string() + ".damaged",
+                                   std::filesystem::copy_options::overwrite_existing, ignored);
+    }
+    return settings;
 }
 
-void SettingsFile::save(const MemorySettings& settings) const {
+/// Writes the settings to the disk; only then are they the ones in force.
+void SettingsFile::replaceBy(MemorySettings settings) {
     std::string text;
     for (const auto& [name, entry] : settings.entries())
         text += escaped(entry.section) + '\t' + escaped(entry.key) + '\t' + escaped(entry.value) + '\n';
 
-    if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path());
     const std::filesystem::path fresh = file_.string() + ".new";
     writeFlushed(fresh, text);
     std::filesystem::rename(fresh, file_);
+    settings_ = std::move(settings);
 }
 
 }  // namespace vantrel::platform

@@ -14,22 +14,28 @@ namespace vantrel::platform {
 /// ".damaged".
 class SettingsFile : public SettingsRoot {
   public:
-    /// A file that does not exist yet is an empty store; one that can't be read throws std::runtime_error.
-    explicit SettingsFile(std::filesystem::path file);
+    /// Touches nothing yet: the first use opens the store.
+    explicit SettingsFile(std::filesystem::path file) : file_(std::move(file)) {}
 
+    /// A file that does not exist yet is an empty store, but its folder is created; a file that can't be read
+    /// or a folder that can't be created throws std::system_error.
+    void open() override { settings(); }
+
+    bool hasSection(const std::string& section) const override { return settings().hasSection(section); }
     std::optional<std::string> read(const std::string& section, const std::string& key) const override {
-        return settings_.read(section, key);
+        return settings().read(section, key);
     }
     void write(const std::string& section, const std::string& key, const std::string& value) override;
     void remove(const std::string& section, const std::string& key) override;
-    bool isEmpty() const override { return settings_.isEmpty(); }
+    bool isEmpty() const override { return settings().isEmpty(); }
 
   private:
-    void load();
-    void save(const MemorySettings& settings) const;
+    const MemorySettings& settings() const;
+    MemorySettings loaded() const;
+    void replaceBy(MemorySettings settings);
 
     std::filesystem::path file_;
-    MemorySettings settings_;
+    mutable std::optional<MemorySettings> settings_;  // nothing until the store is opened
 };
 
 }  // namespace vantrel::platform

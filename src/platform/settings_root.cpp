@@ -4,6 +4,11 @@
 
 namespace vantrel::platform {
 
+bool MemorySettings::hasSection(const std::string& section) const {
+    const auto first = values_.lower_bound({toLower(section), ""});
+    return first != values_.end() && first->first.first == toLower(section);
+}
+
 std::optional<std::string> MemorySettings::read(const std::string& section, const std::string& key) const {
     const auto found = values_.find({toLower(section), toLower(key)});
     if (found == values_.end()) return std::nullopt;

@@ -13,6 +13,11 @@ class SettingsRoot {
   public:
     virtual ~SettingsRoot() = default;
 
+    /// Makes the store ready, creating it when it is missing; failures throw std::system_error. The other
+    /// functions do this by themselves.
+    virtual void open() {}
+
+    virtual bool hasSection(const std::string& section) const = 0;
     virtual std::optional<std::string> read(const std::string& section, const std::string& key) const = 0;
 
     /// Stores the value; failures throw std::runtime_error and leave everything as it was.
@@ -24,6 +29,7 @@ class SettingsRoot {
 /// Settings in memory only; also the working copy of the file below.
 class MemorySettings : public SettingsRoot {
   public:
+    bool hasSection(const std::string& section) const override;
     std::optional<std::string> read(const std::string& section, const std::string& key) const override;
     void write(const std::string& section, const std::string& key, const std::string& value) override;
     void remove(const std::string& section, const std::string& key) override;

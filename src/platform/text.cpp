@@ -105,6 +105,8 @@ Integer toInteger(double value) {
     return static_cast<Integer>(rounded);
 }
 
+bool startsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
+
 }  // namespace
 
 std::string formatNumber(double value, std::string_view pattern) {
@@ -198,6 +200,20 @@ std::string joinLines(std::initializer_list<std::string_view> lines) {
         separator = kCrLf;
     }
     return joined;
+}
+
+std::string firstCharacters(std::string_view text, std::size_t count) {
+    std::size_t end = 0;
+    for (; end < text.size(); ++end)
+        if (startsCharacter(text[end]) && count-- == 0) break;
+    return std::string(text.substr(0, end));
+}
+
+std::string lastCharacters(std::string_view text, std::size_t count) {
+    std::size_t begin = text.size();
+    while (begin > 0 && count > 0)
+        if (startsCharacter(text[--begin])) --count;
+    return std::string(text.substr(begin));
 }
 
 }  // namespace vantrel::platform

@@ -2,6 +2,7 @@
 // Nothing here looks at the locale: a log line and a stored setting read the same everywhere.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -45,5 +46,9 @@ std::string trimmed(std::string_view text);
 
 /// The lines with CR LF between them.
 std::string joinLines(std::initializer_list<std::string_view> lines);
+
+/// The first or last so many characters of a text in UTF-8; the whole text when it has no more.
+std::string firstCharacters(std::string_view text, std::size_t count);
+std::string lastCharacters(std::string_view text, std::size_t count);
 
 }  // namespace vantrel::platform

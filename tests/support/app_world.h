@@ -1,0 +1,53 @@
+// What the small parts of the program stand on in tests: virtual time, settings in memory, a screen, folders.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/settings_store.h"
+#include "engine/run_state.h"
+#include "platform/folder_map.h"
+#include "platform/form.h"
+#include "platform/queued_event_loop.h"
+#include "platform/settings_root.h"
+#include "support/recording_dialogs.h"
+#include "support/temp_folder.h"
+
+namespace vantrel::test {
+
+class RecordedLog : public engine::LogPort {
+  public:
+    std::vector<std::string> texts;
+    void AddToLog(const std::string& text) override { texts.push_back(text); }
+};
+
+class RecordedMessages : public engine::MessagePort {
+  public:
+    struct Message {
+        std::string text;
+        double seconds = 0;
+    };
+    std::vector<Message> shown;
+    void ShowPopupMessage(const std::string& text, double seconds) override {
+        shown.push_back({text, seconds});
+    }
+    void ClosePopupMessage(const std::optional<std::string>& /*ifItShows*/) override {}
+    double displaySeconds() const override { return 3; }
+};
+
+struct AppWorld {
+    platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z")};
+    platform::QueuedEventLoop loop{time};
+    TempFolder home;
+    platform::FolderMap folders{home.path()};
+    platform::MemorySettings memory;
+    RecordingDialogs dialogs;
+    app::SettingsStore settings{memory, dialogs};
+    platform::Screen screen{{0, 0, 1920, 1080}};
+    engine::RunState state;
+
+    void pass(double seconds) { loop.sleep(platform::Milliseconds(static_cast<long>(seconds * 1000))); }
+};
+
+}  // namespace vantrel::test

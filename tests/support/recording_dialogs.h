@@ -1,0 +1,41 @@
+// Dialogs that write down what they were asked and answer as the test said.
+#pragma once
+
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "platform/dialogs.h"
+
+namespace vantrel::test {
+
+class RecordingDialogs : public platform::Dialogs {
+  public:
+    struct Box {
+        std::string title, text;
+        Icon icon = Icon::kInformation;
+    };
+    std::vector<Box> boxes;
+    std::vector<std::string> titles;  // of the folder dialogs and choosers
+    std::deque<std::string> answers;  // to the next of them; none: cancelled
+
+    void messageBox(const std::string& title, const std::string& text, Icon icon) override {
+        boxes.push_back({title, text, icon});
+    }
+    std::string chooseFolder(const std::string& title) override { return answer(title); }
+    std::string choose(const std::string& title, const std::vector<Choice>& /*choices*/,
+                       const std::string& /*current*/) override {
+        return answer(title);
+    }
+
+  private:
+    std::string answer(const std::string& title) {
+        titles.push_back(title);
+        if (answers.empty()) return "";
+        const std::string next = answers.front();
+        answers.pop_front();
+        return next;
+    }
+};
+
+}  // namespace vantrel::test
