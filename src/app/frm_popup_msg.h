@@ -15,6 +15,9 @@ class frmPopupMsg : public platform::Form {
         txtDummy.setVisible(false);
     }
 
+    /// Makes the window as large as its text needs and puts it into the middle of the screen.
+    void SizeForm_TextBox();
+
     platform::TextBox txtMsg, txtDummy;
 };
 

@@ -13,11 +13,14 @@
 
 namespace vantrel::app {
 
+/// A message stays for five seconds, however long was asked for. A click on it stops that and lets the
+/// operator move the window; the next click closes it, and later messages come where it stood.
 class PopupMessages : public engine::MessagePort {
   public:
-    PopupMessages(platform::EventLoop& loop, engine::SettingsPort& settings, const engine::RunState& state,
-                  frmPopupMsg& window, const platform::TextBox& txtMsgDisplayTime);
+    PopupMessages(platform::EventLoop& loop, engine::SettingsPort& settings, engine::LogPort& log,
+                  engine::RunState& state, frmPopupMsg& window, const platform::TextBox& txtMsgDisplayTime);
 
+    /// Nothing stays visible while a stop is requested.
     void ShowPopupMessage(const std::string& text, double seconds) override;
     void ClosePopupMessage(const std::optional<std::string>& ifItShows) override;
     double displaySeconds() const override;
@@ -33,15 +36,18 @@ class PopupMessages : public engine::MessagePort {
     void stopTimer() { timer_.setEnabled(false); }
 
   private:
-    void load();
-    void activate();
-    void tick();
-    void click();
-    void savePosition();
+    void Form_Load();
+    void Form_Activate();
+    void Timer1_Timer();
+    void Form_Click();
+    void SaveFormPosition();
+    void clearAndClose();
+    void report(const std::string& label);
 
     platform::EventLoop& loop_;
     engine::SettingsPort& settings_;
-    const engine::RunState& state_;
+    engine::LogPort& log_;
+    engine::RunState& state_;
     frmPopupMsg& window_;
     const platform::TextBox& txtMsgDisplayTime_;
     platform::Timer timer_;

@@ -1,0 +1,25 @@
+// What the Log window does.
+#pragma once
+
+#include "app/frm_log.h"
+#include "app/frm_main.h"
+#include "engine/ports.h"
+
+namespace vantrel::app {
+
+class LogWindow {
+  public:
+    LogWindow(frmLog& window, frmMain& main, engine::SettingsPort& settings, engine::LogPort& log);
+
+  private:
+    void Form_Load();
+    void mnuOnTop_Click();
+    void savePlace();
+    void saveSize();
+
+    frmLog& window_;
+    frmMain& main_;
+    engine::SettingsPort& settings_;
+};
+
+}  // namespace vantrel::app

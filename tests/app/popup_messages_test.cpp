@@ -1,0 +1,107 @@
+#include "app/popup_messages.h"
+
+#include <gtest/gtest.h>
+
+#include "app/frm_main.h"
+#include "support/app_world.h"
+
+namespace vantrel::app {
+namespace {
+
+struct PopupMessagesTest : testing::Test, test::AppWorld {
+    frmMain main{screen};
+    frmPopupMsg window{screen};
+    test::RecordedLog log;
+    PopupMessages popups{loop, settings, log, state, window, main.setup.txtMsgDisplayTime};
+
+    void SetUp() override { main.show(); }
+};
+
+TEST_F(PopupMessagesTest, ClosesAfterFiveSecondsWhateverWasAskedFor) {
+    for (const double seconds : {1000.0, 1.0}) {
+        popups.ShowPopupMessage("text", seconds);
+        pass(4.9);
+        EXPECT_TRUE(window.shown());
+        EXPECT_EQ(window.txtMsg.text(), "text");
+        pass(0.3);
+        EXPECT_FALSE(window.loaded());
+        EXPECT_EQ(window.txtMsg.text(), "");
+    }
+    EXPECT_EQ(memory.read("Main", "PopupTimer"), "1");
+    ASSERT_EQ(popups.history().size(), 2u);
+    EXPECT_EQ(popups.history()[0].seconds, 1000);
+}
+
+TEST_F(PopupMessagesTest, ANewMessageTakesTheOldOnesPlaceAndHasItsOwnTime) {
+    popups.ShowPopupMessage("first", 5);
+    pass(3);
+    popups.ShowPopupMessage("second", 5);
+    pass(4);
+    EXPECT_TRUE(window.shown());
+    EXPECT_EQ(window.txtMsg.text(), "second");
+}
+
+TEST_F(PopupMessagesTest, AStopTakesItAwayAndKeepsNewOnesFromStaying) {
+    popups.ShowPopupMessage("text", 5);
+    state.StopRequested = true;
+    pass(0.3);
+    EXPECT_FALSE(window.shown());
+    popups.ShowPopupMessage("another", 5);
+    EXPECT_FALSE(window.shown());
+    EXPECT_EQ(window.txtMsg.text(), "");
+}
+
+TEST_F(PopupMessagesTest, ClosesOnDemandOnlyWhatItShows) {
+    popups.ShowPopupMessage("loading", 5);
+    popups.ClosePopupMessage("something else");
+    EXPECT_TRUE(window.shown());
+    popups.ClosePopupMessage("loading");
+    EXPECT_FALSE(window.shown());
+    popups.ShowPopupMessage("loading", 5);
+    popups.ClosePopupMessage(std::nullopt);
+    EXPECT_FALSE(window.shown());
+}
+
+TEST_F(PopupMessagesTest, TheOperatorMovesItWithTwoClicks) {
+    popups.ShowPopupMessage("text", 5);
+    window.clickByOperator();
+    EXPECT_EQ(window.title(), "Move popup (click again)");
+    pass(20);
+    ASSERT_TRUE(window.shown()) << "it waits for the second click";
+
+    platform::Rectangle place = window.place();
+    place.left = 33, place.top = 44;
+    window.placeByOperator(place);
+    window.clickByOperator();
+    EXPECT_FALSE(window.shown());
+    EXPECT_EQ(memory.read("Main", "PopupMsgTop"), "44");
+    EXPECT_EQ(memory.read("Main", "PopupMsgLeft"), "33");
+
+    popups.ShowPopupMessage("text", 5);
+    EXPECT_EQ(window.title(), "");
+    EXPECT_EQ(window.place().left, 33);
+    pass(6);
+    EXPECT_FALSE(window.shown()) << "the next one closes by itself again";
+}
+
+TEST_F(PopupMessagesTest, FitsItsTextAndStandsInTheMiddleTheFirstTime) {
+    popups.ShowPopupMessage("a longer line of text\r\nx", 5);
+    const platform::Rectangle place = window.place();
+    EXPECT_NEAR(place.left + place.width / 2, 960, 1);
+    EXPECT_NEAR(place.top + place.height / 2, 540, 1);
+    popups.ShowPopupMessage("x\r\nx\r\nx", 5);
+    EXPECT_LT(window.place().width, place.width);
+    EXPECT_GT(window.place().height, place.height);
+}
+
+TEST_F(PopupMessagesTest, RemembersWhereItStoodWhenAnotherWindowComesToTheFront) {
+    popups.ShowPopupMessage("text", 5);
+    platform::Rectangle place = window.place();
+    place.top = 7;
+    window.placeByOperator(place);
+    main.activate();
+    EXPECT_EQ(memory.read("Main", "PopupMsgTop"), "7");
+}
+
+}  // namespace
+}  // namespace vantrel::app
