@@ -1,0 +1,56 @@
+// The image that the imaging program shows, for reading and for marking.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/automation.h"
+
+namespace vantrel::correction {
+
+/// The image that is open in the imaging program in use. Objects of the first program are kept and created
+/// anew when they no longer answer; of the second a new one is made for every access. All operations throw
+/// OperationError when the program fails.
+class OpenImage {
+  public:
+    /// The second argument tells which program is in use: "MaxIm", "CCDSoft", or anything else for none.
+    OpenImage(platform::AutomationHost& host, std::function<std::string()> imagingSoftware);
+
+    enum class Program { kNone, kMaxIm, kCCDSoft };
+    Program program() const;
+
+    struct Size {
+        int width = 0, height = 0;
+    };
+
+    /// One access: the image's size and pixels as they are now, and the way back.
+    class Access {
+      public:
+        Size size() const;
+        platform::ImageRef pixels() const;
+        void replacePixels(const platform::ImageRef& image) const;
+        /// What a marked pixel is set to.
+        double markValue() const;
+
+      private:
+        friend class OpenImage;
+        Access(Program program, platform::ObjectRef object) : program_(program), object_(std::move(object)) {}
+        Program program_;
+        platform::ObjectRef object_;
+    };
+
+    /// `bringForward` also makes the second program's image the active one.
+    Access access(bool bringForward = true);
+
+    bool ImagingAppIsAlive() const;
+    bool ImageDocumentIsAlive() const;
+    void release();
+
+  private:
+    platform::AutomationHost& host_;
+    std::function<std::string()> imagingSoftware_;
+    platform::ObjectRef application_;
+    platform::ObjectRef document_;
+};
+
+}  // namespace vantrel::correction

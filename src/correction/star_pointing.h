@@ -1,0 +1,57 @@
+// At the start of an adjustment: where the correction star must go, marked on the image.
+#pragma once
+
+#include "correction/correction_marks.h"
+#include "correction/correction_target.h"
+#include "correction/open_image.h"
+#include "correction/star_finder.h"
+#include "engine/indicators.h"
+#include "engine/manual_exposures.h"
+#include "engine/run_panel.h"
+#include "engine/run_state.h"
+#include "engine/services.h"
+
+namespace vantrel::correction {
+
+/// The pixel at which a sky position lies, given that the plate's centre position is taken to lie at the
+/// star's pixel: the offset goes through the inverse of the CD matrix, the right-ascension difference as
+/// 15·hours without the cosine of the declination. Nothing when the matrix is singular.
+std::optional<engine::PixelPosition> SkyOffsetToPixel(double ra, double dec,
+                                                      const engine::PlateSolution& plate,
+                                                      const engine::PixelPosition& star);
+
+class StarPointing {
+  public:
+    StarPointing(engine::RunPanel& panel, engine::RunState& state, const engine::Services& services,
+                 engine::ManualExposures& exposures, engine::OverlayPort& overlays, OpenImage& image,
+                 StarFinder& starFinder, CorrectionMarks& marks);
+
+    /// Both expose, solve, compute the target and mark it; when it lies off the image they mark the star and
+    /// slew the telescope instead. Errors (degrees) are those of the last measurement. CorrectionPointed
+    /// tells whether they got to their end; OperationError leaves them when an exposure's setting isn't a
+    /// number.
+    void PointAzCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle);
+    void PointAltCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle);
+
+  private:
+    struct Adjustment;
+    void point(const Adjustment& adjustment, double ErrorAmplitude, double ErrorAngle);
+    PointingSituation readSituation(double ErrorAmplitude, double ErrorAngle);
+    void exposeAndSave();
+    void findStar();
+    bool LocateTargetOnImage(const engine::EquatorialPosition& moveTo, const engine::PlateSolution& plate);
+    void slewInstead(const CorrectionTarget& target);
+    void drawPath();
+
+    engine::RunPanel& panel_;
+    engine::RunState& state_;
+    engine::Services services_;
+    engine::ManualExposures& exposures_;
+    engine::OverlayPort& overlays_;
+    OpenImage& image_;
+    StarFinder& starFinder_;
+    CorrectionMarks& marks_;
+    engine::Indicators indicators_;
+};
+
+}  // namespace vantrel::correction
