@@ -1,0 +1,20 @@
+// What every link to an outside program uses of the rest of the program.
+#pragma once
+
+#include "engine/ports.h"
+#include "engine/run_state.h"
+#include "platform/automation.h"
+#include "platform/event_loop.h"
+
+namespace vantrel::devices {
+
+struct Services {
+    platform::EventLoop& loop;
+    platform::AutomationHost& automation;
+    engine::SettingsPort& settings;
+    engine::LogPort& log;
+    engine::MessagePort& messages;
+    engine::RunState& state;
+};
+
+}  // namespace vantrel::devices

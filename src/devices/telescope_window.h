@@ -1,0 +1,39 @@
+// What the Telescope window does: its buttons, and the watch over the connection once a second.
+#pragma once
+
+#include "devices/telescope_link.h"
+#include "platform/timer.h"
+
+namespace vantrel::devices {
+
+class TelescopeWindow {
+  public:
+    /// Takes over the window's events.
+    TelescopeWindow(const Services& services, TelescopeLink& link, frmTelescope& window);
+
+    /// Links the telescope when the program starts: the stored driver, or one that the operator chooses.
+    void linkAtStartUp();
+
+    /// The main window's button: shows this window and sees to it that the telescope is connected.
+    void cmdTelescope_Click();
+
+    void stopTimer() { Timer1_.setEnabled(false); }
+
+  private:
+    void Form_Load();
+    void Form_Unload();
+    void cmdPickTelescope_Click();
+    void cmdTelescopeSetup_Click();
+    void cmdConnectTelescope_Click();
+    void cmdDisconnectTelescope_Click();
+    void Timer1_Timer();
+    void showLinkDown();
+    std::string storedTelescope();
+
+    Services services_;
+    TelescopeLink& link_;
+    frmTelescope& window_;
+    platform::Timer Timer1_;
+};
+
+}  // namespace vantrel::devices

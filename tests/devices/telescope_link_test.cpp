@@ -1,0 +1,431 @@
+#include "devices/telescope_link.h"
+
+#include <functional>
+
+#include <gmock/gmock.h>
+
+#include "devices/telescope_world.h"
+
+namespace vantrel::devices {
+namespace {
+
+using test::actionsOn;
+using test::TelescopeWorld;
+using test::usesOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Strings = std::vector<std::string>;
+using Messages = std::vector<test::RecordingMessages::Shown>;
+
+constexpr const char* kScope = "ScopeSim.Telescope";
+
+// ---- what failures look like
+
+struct FailureCase {
+    const char* operation;
+    const char* progId;
+    const char* member;  // that fails
+    std::function<void(TelescopeWorld&)> prepare;
+    std::function<void(TelescopeLink&)> act;
+    const char* kind;
+    bool popsUp, namesSource;
+    double seconds;
+    const char* hint;
+};
+
+void connected(TelescopeWorld& world) { world.connect(); }
+void selected(TelescopeWorld& world) { world.link.setTelescopeProgID(kScope); }
+
+std::vector<FailureCase> failureCases() {
+    using L = TelescopeLink;
+    constexpr double kDisplay = 7;  // what the operator set
+    return {
+        {"ChooseTelescope", "DriverHelper.Chooser", "Choose", selected, [](L& l) { l.ChooseTelescope(); },
+         "Sub", true, false, 5, "Telescope Setup tab"},
+        {"LoadTelescope", kScope, "create", selected, [](L& l) { l.LoadTelescope(); }, "Sub", true, false, 5,
+         "Telescope Setup tab"},
+        {"ConnectTelescope", kScope, "create", selected, [](L& l) { l.ConnectTelescope(); }, "Sub", true,
+         false, 5, "Telescope Setup tab"},
+        {"DisconnectTelescope", kScope, "Connected", connected, [](L& l) { l.DisconnectTelescope(); }, "Sub",
+         true, true, 5, "Telescope Setup tab"},
+        {"SetupTelescope", kScope, "SetupDialog", connected, [](L& l) { l.SetupTelescope(); }, "Sub", true,
+         true, kDisplay, "Telescope Setup tab"},
+        {"SlewToCoordinates", kScope, "Slewing", connected, [](L& l) { l.SlewToCoordinates(3, 45); }, "Sub",
+         true, true, kDisplay, "Check Telescope Setup Tab"},
+        {"GetTelescopeDec", kScope, "Declination", connected, [](L& l) { l.GetTelescopeDec(); }, "Function",
+         true, true, kDisplay, "Check Telescope Setup Tab"},
+        {"GetTelescopeRA", kScope, "RightAscension", connected, [](L& l) { l.GetTelescopeRA(); }, "Function",
+         false, false, 0, ""},
+    };
+}
+
+TEST(TelescopeLinkFailures, AreReportedByTheirNumber) {
+    for (const FailureCase& c : failureCases()) {
+        struct Kind {
+            int number;
+            std::string message, logged, shown;
+        };
+        const std::string label = std::string("modComponents ") + c.kind + " " + c.operation;
+        const std::string generic =
+            std::string(c.namesSource ? "Fake.Source " : "") + "Error 438: it broke\r\n" + label;
+        const std::string noLink = std::string("Telescope link failed: ") + c.kind + " " + c.operation;
+        for (const Kind& kind :
+             {Kind{91, noLink, noLink, std::string("Telescope link failed\r\n") + c.hint},
+              Kind{-2147352567, "it broke", "ASCOM Telescope: it broke", "ASCOM Telescope\r\nit broke"},
+              Kind{438, generic, generic, generic}}) {
+            SCOPED_TRACE(testing::Message() << c.operation << ", failure " << kind.number);
+            TelescopeWorld world;
+            world.messages.secondsToShow = 7;
+            c.prepare(world);
+            world.fail(c.progId, c.member, kind.number);
+
+            c.act(world.link);
+
+            EXPECT_TRUE(world.log.has(kind.logged)) << testing::PrintToString(world.log.lines);
+            EXPECT_EQ(world.state.LastMessage, kind.message);
+            if (c.popsUp) {
+                ASSERT_FALSE(world.messages.shown.empty());
+                EXPECT_EQ(world.messages.shown.back(),
+                          (test::RecordingMessages::Shown{kind.shown, c.seconds}));
+            } else {
+                EXPECT_THAT(world.messages.shown, IsEmpty());
+            }
+        }
+    }
+}
+
+TEST(TelescopeLinkFailures, WithoutADriverAreFailure91) {
+    struct Case {
+        std::function<void(TelescopeLink&)> act;
+        const char* logged;
+        Messages shown;
+    };
+    for (const Case& c : {
+             Case{[](auto& l) { EXPECT_EQ(l.GetTelescopeRA(), 0); },
+                  "Telescope link failed: Function GetTelescopeRA",
+                  {}},
+             Case{[](auto& l) { EXPECT_EQ(l.GetTelescopeDec(), -1000); },
+                  "Telescope link failed: Function GetTelescopeDec",
+                  {{"Telescope link failed\r\nCheck Telescope Setup Tab", 3}}},
+             Case{[](auto& l) { l.SlewToCoordinates(1, 2); },
+                  "Telescope link failed: Sub SlewToCoordinates",
+                  {{"Telescope link failed\r\nCheck Telescope Setup Tab", 3}}},
+             Case{[](auto& l) { l.DisconnectTelescope(); },
+                  "Telescope link failed: Sub DisconnectTelescope",
+                  {{"Telescope link failed\r\nTelescope Setup tab", 5}}},
+         }) {
+        TelescopeWorld world;
+        c.act(world.link);
+        EXPECT_TRUE(world.log.has(c.logged)) << testing::PrintToString(world.log.lines);
+        EXPECT_EQ(world.messages.shown, c.shown) << c.logged;
+    }
+}
+
+TEST(TelescopeLinkFailures, OfTheSimulatorsCameraLeave) {
+    TelescopeWorld world;
+    EXPECT_THROW(world.link.simulatorExpose(), platform::OperationError);
+    world.connect("AxisSimulator.Telescope");
+    world.link.simulatorExpose();
+    world.link.simulatorSaveImage("C:\\Images\\SavedImage.fit");
+    EXPECT_THAT(actionsOn(world.host, "AxisSimulator.Telescope"),
+                ElementsAre("call Expose", "call SaveImageToFile C:\\Images\\SavedImage.fit"));
+}
+
+// ---- connecting
+
+TEST(TelescopeLink, ConnectsAndSaysSo) {
+    TelescopeWorld world;
+    world.link.setTelescopeProgID(kScope);
+
+    world.link.LoadTelescope();
+    world.link.LoadTelescope();  // connected already: does nothing
+
+    EXPECT_TRUE(world.link.TelescopeIsConnected());
+    EXPECT_THAT(actionsOn(world.host, kScope), ElementsAre("create", "put Connected True"));
+    EXPECT_THAT(world.log.lines, ElementsAre("Telescope Fake Mount is connected"));
+    EXPECT_EQ(world.messages.shown,
+              (Messages{{" Connecting \r\n\r\nFriendly ScopeSim.Telescope\r\n\r\n Please Wait ", 1000},
+                        {"Fake Mount\r\n is connected", 5}}));
+    EXPECT_FALSE(world.state.UsingAxisSimulator);
+}
+
+TEST(TelescopeLink, SaysWhenTheDriverStaysDisconnected) {
+    TelescopeWorld world;
+    world.mount.connects = false;
+    world.link.setTelescopeProgID("AxisSimulator.Telescope");
+    world.link.LoadTelescope();
+    EXPECT_THAT(world.log.lines, ElementsAre("Friendly AxisSimulator.Telescope is not connected"));
+    EXPECT_EQ(world.messages.shown.back(),
+              (test::RecordingMessages::Shown{"Friendly AxisSimulator.Telescope\r\n is not connected", 5}));
+    EXPECT_TRUE(world.state.UsingAxisSimulator);
+}
+
+TEST(TelescopeLink, GivesTheSkyTimeAndProbesItsPosition) {
+    TelescopeWorld world;
+    world.connect("TheSky.Telescope");
+    EXPECT_NEAR(world.elapsed(), 3, 0.01);
+    EXPECT_TRUE(world.link.TelescopeIsConnected());
+
+    world.fail("TheSky.Telescope", "RightAscension", 438);
+    EXPECT_FALSE(world.link.TelescopeIsConnected());
+}
+
+TEST(TelescopeLink, ChoosingRemembersAndLoads) {
+    TelescopeWorld world;
+    world.link.setTelescopeProgID(kScope);
+    world.link.ChooseTelescope();
+    EXPECT_THAT(actionsOn(world.host, "DriverHelper.Chooser"),
+                ElementsAre("create", "put DeviceType Telescope", "call Choose ScopeSim.Telescope"));
+    EXPECT_EQ(world.settings.GetSetting("Main", "MyTelescopeID", ""), "AxisSimulator.Telescope");
+    EXPECT_EQ(world.window.txtTelescopeName.text(), "Friendly AxisSimulator.Telescope");
+    EXPECT_EQ(world.messages.shown.front(),
+              (test::RecordingMessages::Shown{"Loading ASCOM Telescope\r\nPlease Wait", 1000}));
+    // The loading notice has given way to that of the connection, which stays.
+    EXPECT_EQ(world.messages.open, "Fake Mount\r\n is connected");
+    EXPECT_TRUE(world.link.TelescopeIsConnected());
+}
+
+TEST(TelescopeLink, ClosesTheLoadingNoticeThatStillStands) {
+    TelescopeWorld world;
+    world.connect();
+    world.link.ChooseTelescope();  // still connected, so nothing is loaded
+    EXPECT_EQ(world.messages.open, std::nullopt);
+}
+
+TEST(TelescopeLink, DisconnectsAndLetsGo) {
+    TelescopeWorld world;
+    world.connect();
+    world.link.DisconnectTelescope();
+    EXPECT_THAT(actionsOn(world.host, kScope), ElementsAre("put Connected False"));
+    EXPECT_THAT(world.log.lines, ElementsAre("Friendly ScopeSim.Telescope is disconnected"));
+    EXPECT_EQ(world.window.txtTelescopeSelectionStatus.text(), " Not Connected");
+    EXPECT_TRUE(world.link.DisconnectRequested());
+    EXPECT_EQ(world.host.newest(kScope), nullptr);
+}
+
+TEST(TelescopeLink, SetsUpAFreshDriver) {
+    TelescopeWorld world;
+    world.connect();
+    world.link.SetupTelescope();
+    EXPECT_THAT(
+        actionsOn(world.host, kScope),
+        ElementsAre("put Connected False", "create", "call SetupDialog", "create", "put Connected True"));
+    EXPECT_TRUE(world.link.TelescopeIsConnected());
+    EXPECT_FALSE(world.link.DisconnectRequested());
+    EXPECT_EQ(world.mount.mostDrivers, 1);
+
+    TelescopeWorld apart;
+    apart.link.setTelescopeProgID(kScope);
+    apart.link.SetupTelescope();
+    EXPECT_THAT(actionsOn(apart.host, kScope),
+                ElementsAre("create", "call SetupDialog", "put Connected False"));
+    EXPECT_EQ(apart.host.newest(kScope), nullptr);
+}
+
+TEST(TelescopeLink, TriesFourTimesToConnect) {
+    struct Case {
+        const char* why;
+        long failures;     // creations that fail
+        double stopAfter;  // seconds; 0: never
+        long creations;
+        double seconds;
+    };
+    for (const Case& c : {
+             Case{"never comes up", -1, 0, 4, 12},
+             Case{"comes up at once", 0, 0, 1, 3},
+             Case{"comes up the third time", 2, 0, 3, 9},
+             Case{"stopped during the second wait", -1, 4, 2, 6},
+         }) {
+        SCOPED_TRACE(c.why);
+        TelescopeWorld world;
+        world.link.setTelescopeProgID(kScope);
+        if (c.failures != 0) world.fail(kScope, "create", 429, c.failures);
+        platform::TimerHandle stop;
+        if (c.stopAfter > 0)
+            stop = world.loop.after(platform::Milliseconds{static_cast<long>(c.stopAfter * 1000)},
+                                    [&] { world.state.StopRequested = true; });
+        world.link.EnsureTelescopeConnected();
+        EXPECT_EQ(usesOf(world.host, kScope, "create"), c.creations);
+        EXPECT_NEAR(world.elapsed(), c.seconds, 0.05);
+    }
+    TelescopeWorld world;
+    world.connect();
+    world.link.EnsureTelescopeConnected();
+    EXPECT_EQ(world.elapsed(), 0) << "connected already";
+}
+
+// ---- positions
+
+TEST(TelescopeLink, BringsRightAscensionIntoTheDay) {
+    for (const auto& [reading, expected] : std::vector<std::pair<double, double>>{
+             {0, 0}, {23.999, 23.999}, {24, 0}, {25, 1}, {49, 1}, {-1.5, 22.5}, {-25, 23}}) {
+        TelescopeWorld world;
+        world.connect();
+        world.mount.ra = reading;
+        EXPECT_DOUBLE_EQ(world.link.GetTelescopeRA(), expected) << reading;
+    }
+}
+
+TEST(TelescopeLink, RereadsAnImpossibleDeclination) {
+    struct Case {
+        double declination;
+        long badReads;  // before the true value of 45; -1: always
+        double result;
+        long reads;
+        Strings log;
+    };
+    for (const Case& c : {
+             Case{90, 0, 45, 1, {}},
+             Case{-90, -1, -90, 1, {}},
+             Case{95, 3, 45, 4, {}},
+             Case{95, 11, 45, 12, {}},
+             Case{95, -1, 95, 12, {"Telescope Fake Mount returned illegal Dec value of: 95"}},
+             Case{-95.5, -1, -95.5, 12, {"Telescope Fake Mount returned illegal Dec value of: -95.5"}},
+         }) {
+        TelescopeWorld world;
+        world.connect();
+        if (c.badReads != 0)
+            world.host.inject({kScope, "Declination", {0, "", ""}, c.declination, 0, c.badReads});
+        EXPECT_EQ(world.link.GetTelescopeDec(), c.result) << c.declination;
+        EXPECT_EQ(usesOf(world.host, kScope, "get Declination"), c.reads) << c.declination;
+        EXPECT_EQ(world.log.lines, c.log) << c.declination;
+        EXPECT_NEAR(world.elapsed(), 0.1 * static_cast<double>(c.reads - 1), 1e-9);
+    }
+}
+
+TEST(TelescopeLink, KeepsTheDeclinationReadBeforeTheFailure) {
+    TelescopeWorld world;
+    world.connect();
+    world.mount.dec = 95;
+    world.host.inject({kScope, "Declination", {438, "Fake.Source", "it broke"}, std::nullopt, 2, -1});
+    EXPECT_EQ(world.link.GetTelescopeDec(), 95);
+}
+
+// ---- slews
+
+TEST(TelescopeLink, RepeatsASlewThatTheMountRefuses) {
+    struct Case {
+        long failures;
+        long commands;
+        double seconds;
+        std::size_t trialsLogged;
+        bool reported;
+    };
+    for (const Case& c : {
+             Case{0, 1, 0, 0, false},   // accepted at once: one command
+             Case{1, 3, 3, 1, false},   // accepted on trial 2, and once more
+             Case{2, 4, 6, 2, false},   //
+             Case{4, 6, 12, 4, false},  //
+             Case{5, 6, 15, 5, false},  // all trials failed, the last command is taken
+             Case{-1, 6, 15, 5, true},  //
+         }) {
+        SCOPED_TRACE(c.failures);
+        TelescopeWorld world;
+        world.connect();
+        if (c.failures != 0) world.fail(kScope, "SlewToCoordinatesAsync", 438, c.failures);
+        world.link.SlewToCoordinates(-1.5, 30);
+        EXPECT_EQ(usesOf(world.host, kScope, "call SlewToCoordinatesAsync 22.5 30"), c.commands);
+        EXPECT_NEAR(world.elapsed(), c.seconds, 1e-9);
+        for (std::size_t trial = 1; trial <= c.trialsLogged; ++trial)
+            EXPECT_EQ(world.log.lines.at(trial - 1),
+                      "Telescope Slew failed on Trial " + std::to_string(trial));
+        EXPECT_EQ(world.log.lines.size(), c.trialsLogged + (c.reported ? 1 : 0));
+        EXPECT_EQ(world.messages.shown.size(), c.reported ? 1U : 0U);
+    }
+}
+
+TEST(TelescopeLink, WaitsUntilTheMountStandsEvenWhenStopped) {
+    TelescopeWorld world;
+    world.connect();
+    world.mount.slewingReads = 7;
+    world.state.StopRequested = true;
+    world.link.SlewToCoordinates(25, 30);
+    EXPECT_NEAR(world.elapsed(), 7, 1e-9);
+    EXPECT_THAT(actionsOn(world.host, kScope), ElementsAre("call SlewToCoordinatesAsync 1 30"));
+}
+
+TEST(TelescopeLink, GivesUpTheTrialsWhenStopped) {
+    struct Case {
+        double stopAfter;  // seconds; 0: before the slew
+        long commands;
+        double seconds;
+    };
+    for (const Case& c : {Case{0, 1, 0}, {2, 1, 3}, {4, 2, 6}}) {
+        TelescopeWorld world;
+        world.connect();
+        world.fail(kScope, "SlewToCoordinatesAsync", 438);
+        world.state.StopRequested = c.stopAfter == 0;
+        const auto stop = world.loop.after(platform::Milliseconds{static_cast<long>(c.stopAfter * 1000)},
+                                           [&] { world.state.StopRequested = true; });
+        world.link.SlewToCoordinates(24, 30);
+        EXPECT_EQ(usesOf(world.host, kScope, "call SlewToCoordinatesAsync 0 30"), c.commands);
+        EXPECT_NEAR(world.elapsed(), c.seconds, 1e-9);
+    }
+}
+
+TEST(TelescopeLink, ReportsASlewThatCannotWait) {
+    TelescopeWorld world;
+    world.connect();
+    world.utility.release();
+    world.fail(kScope, "SlewToCoordinatesAsync", 438);
+    world.link.SlewToCoordinates(3, 45);
+    EXPECT_THAT(world.log.lines, ElementsAre("Telescope Slew failed on Trial 1",
+                                             "Telescope link failed: Sub SlewToCoordinates"));
+}
+
+TEST(TelescopeLink, LogsARefusedSlewOfGeminiOnly) {
+    for (const char* progId : {kScope, "GeminiTnF.Telescope"}) {
+        TelescopeWorld world;
+        world.connect(progId);
+        world.fail(progId, "SlewToCoordinatesAsync", 438);
+        EXPECT_FALSE(world.link.TelescopeMoveIsSuccessful(3, 45));
+        EXPECT_EQ(world.log.lines, progId == kScope
+                                       ? Strings{}
+                                       : Strings{"Fake.Source Error 438: it broke\r\n"
+                                                 "modComponents Function TelescopeMoveIsSuccessful"});
+    }
+}
+
+// ---- time and site
+
+TEST(TelescopeLink, TakesTheSiteFromTheMountElseAsStored) {
+    struct Case {
+        const char* why;
+        bool fromMount;
+        const char* stored;
+        double latitude;
+        Strings log;
+    };
+    for (const Case& c : {
+             Case{"mount", true, "10", 48.25, {}},
+             Case{"stored", false, "-33.5", -33.5, {}},
+             Case{
+                 "neither", false, "", 0, {"Error 13: Type mismatch\r\nmodComponents Function SiteLatitude"}},
+         }) {
+        SCOPED_TRACE(c.why);
+        TelescopeWorld world;
+        world.connect();
+        world.settings.SaveMainSetting("SiteLatitude", c.stored);
+        if (!c.fromMount) world.fail(kScope, "SiteLatitude", 438);
+        EXPECT_EQ(world.link.SiteLatitude(), c.latitude);
+        EXPECT_EQ(world.log.lines, c.log);
+        EXPECT_THAT(world.messages.shown, IsEmpty());
+        EXPECT_EQ(world.link.mountLatitude().has_value(), c.fromMount);
+    }
+}
+
+TEST(TelescopeLink, TellsSiderealTimeFromTheClockWhenTheMountCannot) {
+    TelescopeWorld world;
+    world.connect();
+    EXPECT_EQ(world.link.SiderealTime(), 6);
+
+    // Greenwich mean sidereal time of 2026-11-24 20:00 UT1, JD 2461369.33333, is 3.7889 degrees (Meeus,
+    // equation 12.4); 11.5 degrees further east it is 15.2889 degrees, 1.0193 h.
+    world.fail(kScope, "SiderealTime", 438);
+    EXPECT_NEAR(world.link.SiderealTime(), 1.0193, 0.0001);
+    EXPECT_THAT(world.log.lines, IsEmpty());
+}
+
+}  // namespace
+}  // namespace vantrel::devices

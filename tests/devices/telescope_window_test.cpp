@@ -1,0 +1,217 @@
+#include "devices/telescope_window.h"
+
+#include <functional>
+
+#include <gmock/gmock.h>
+
+#include "devices/telescope_world.h"
+
+namespace vantrel::devices {
+namespace {
+
+using test::actionsOn;
+using testing::ElementsAre;
+
+constexpr const char* kScope = "ScopeSim.Telescope";
+constexpr const char* kAxis = "AxisSimulator.Telescope";
+
+struct WindowWorld : test::TelescopeWorld {
+    /// The state of the window in one line: its status, and which of Connect, Setup, Disconnect can be used.
+    std::string look() const {
+        return window.txtTelescopeSelectionStatus.text() +
+               (window.cmdConnectTelescope.enabled() ? " C" : " -") +
+               (window.cmdTelescopeSetup.enabled() ? "S" : "-") +
+               (window.cmdDisconnectTelescope.enabled() ? "D" : "-");
+    }
+    void pass(double seconds) { loop.sleep(platform::Milliseconds{static_cast<long>(seconds * 1000)}); }
+    void open() {
+        window.show();
+        pass(1);
+    }
+
+    TelescopeWindow behaviour{services, link, window};
+};
+
+TEST(TelescopeWindow, LoadsTheStoredTelescope) {
+    struct Case {
+        const char* why;
+        std::optional<std::string> stored;
+        std::string loaded;
+        long choosers;
+    };
+    for (const Case& c : {
+             Case{"nothing stored yet", std::nullopt, kScope, 0},
+             Case{"stored", kAxis, kAxis, 0},
+             Case{"stored as none: the operator has to choose", "", kAxis, 1},
+         }) {
+        SCOPED_TRACE(c.why);
+        WindowWorld world;
+        world.state.StopRequested = true;
+        if (c.stored) world.settings.SaveMainSetting("MyTelescopeID", *c.stored);
+        world.open();
+        EXPECT_FALSE(world.state.StopRequested);
+        EXPECT_TRUE(world.window.shown());
+        EXPECT_EQ(world.window.txtTelescopeName.text(), "Friendly " + c.loaded);
+        EXPECT_EQ(world.settings.GetSetting("Main", "MyTelescopeID", ""), c.loaded);
+        EXPECT_EQ(world.state.UsingAxisSimulator, c.loaded == kAxis);
+        EXPECT_EQ(test::usesOf(world.host, "DriverHelper.Chooser", "create"), c.choosers);
+        EXPECT_EQ(world.look(), " Connected -SD");
+    }
+}
+
+TEST(TelescopeWindow, RemembersItsPlace) {
+    WindowWorld world;
+    world.open();
+    const auto size = world.window.place();
+    EXPECT_EQ(world.window.place().top, 1040 - size.height);
+    EXPECT_EQ(world.window.place().left, 1920 - size.width);
+
+    world.window.placeByOperator({123, 45, size.width, size.height});
+    world.window.closeByOperator();
+    world.window.placeByOperator({0, 0, size.width, size.height});
+    world.open();
+    EXPECT_EQ(world.window.place(), (platform::Rectangle{123, 45, size.width, size.height}));
+
+    world.window.placeByOperator({7, 7, size.width, size.height});
+    world.window.setMinimised(true);
+    world.window.unload();
+    EXPECT_EQ(world.settings.GetSetting("Main", "TelescopeTop", ""), "45") << "minimised: not stored";
+}
+
+TEST(TelescopeWindow, WatchesTheConnection) {
+    struct Case {
+        const char* why;
+        std::function<void(WindowWorld&)> happens;
+        const char* look;
+        bool driverHeld;
+    };
+    const auto drop = [](WindowWorld& world) { world.host.newest(kScope)->put("Connected", false); };
+    for (const Case& c : {
+             Case{"all is well", [](auto&) {}, " Connected -SD", true},
+             Case{"the link goes down", drop, " Not Connected CS-", false},
+             Case{"the link goes down and no telescope is named",
+                  [&](WindowWorld& world) {
+                      drop(world);
+                      world.window.txtTelescopeName.setText("");
+                  },
+                  " Not Connected ---", false},
+             Case{"stopped: nobody looks",
+                  [&](WindowWorld& world) {
+                      drop(world);
+                      world.state.StopRequested = true;
+                  },
+                  " Connected -SD", true},
+             Case{"the driver doesn't answer",
+                  [](WindowWorld& world) { world.fail(kScope, "Connected", 438); }, " Connected -SD", true},
+             Case{"closed: nobody looks",
+                  [&](WindowWorld& world) {
+                      world.window.closeByOperator();
+                      drop(world);
+                  },
+                  " Connected -SD", true},
+         }) {
+        WindowWorld world;
+        world.open();
+        c.happens(world);
+        world.pass(1);
+        EXPECT_EQ(world.look(), c.look) << c.why;
+        EXPECT_EQ(world.host.newest(kScope) != nullptr, c.driverHeld) << c.why;
+    }
+}
+
+TEST(TelescopeWindow, UndoesAConnectionThatIsNotWanted) {
+    WindowWorld world;
+    world.open();
+    world.link.DisconnectTelescope();
+    world.link.LoadTelescope();  // somebody else connects again
+    world.pass(1);
+    EXPECT_FALSE(world.link.TelescopeIsConnected());
+    EXPECT_FALSE(world.link.DisconnectRequested());
+}
+
+TEST(TelescopeWindow, ButtonsConnectAndDisconnect) {
+    WindowWorld world;
+    world.open();
+    world.state.StopRequested = true;
+    EXPECT_FALSE(world.window.cmdConnectTelescope.click()) << "disabled while connected";
+
+    EXPECT_TRUE(world.window.cmdDisconnectTelescope.click());
+    EXPECT_FALSE(world.state.StopRequested);
+    EXPECT_EQ(world.look(), " Not Connected CS-");
+
+    world.fail(kScope, "create", 429, 1);
+    world.window.cmdConnectTelescope.click();
+    EXPECT_EQ(world.look(), " Connecting -SD");
+    EXPECT_TRUE(world.log.has("Error 429: it broke\r\nmodComponents Sub ConnectTelescope"));
+
+    world.window.cmdDisconnectTelescope.click();
+    EXPECT_EQ(world.look(), " Disconnecting CS-");
+
+    world.window.cmdConnectTelescope.click();
+    world.pass(3);
+    EXPECT_EQ(world.look(), " Connected -SD") << "a Disconnect before doesn't undo it";
+}
+
+TEST(TelescopeWindow, SelectingNeverHoldsTwoConnections) {
+    for (const bool connectedBefore : {true, false}) {
+        WindowWorld world;
+        world.open();
+        if (!connectedBefore) world.window.cmdDisconnectTelescope.click();
+        world.window.cmdPickTelescope.click();
+        world.pass(3);
+        EXPECT_EQ(world.mount.mostConnections, 1);
+        EXPECT_EQ(world.link.TelescopeProgID(), kAxis);
+        EXPECT_EQ(world.look(), " Connected -SD");
+        EXPECT_TRUE(world.state.UsingAxisSimulator);
+    }
+}
+
+TEST(TelescopeWindow, SetupKeepsTheConnection) {
+    WindowWorld world;
+    world.open();
+    world.window.cmdTelescopeSetup.click();
+    world.pass(3);
+    EXPECT_EQ(test::usesOf(world.host, kScope, "call SetupDialog"), 1);
+    EXPECT_EQ(world.look(), " Connected -SD");
+}
+
+TEST(TelescopeWindow, TheWatchLeavesADriverAloneThatIsBeingLinked) {
+    // A tick that falls into the messages of linking sees a driver that is not connected yet.
+    WindowWorld world;
+    world.messages.whileShowing = [&] { world.pass(1.5); };
+    world.open();
+    EXPECT_EQ(world.look(), " Connected -SD");
+    EXPECT_TRUE(world.log.has("Telescope Fake Mount is connected"));
+    EXPECT_EQ(world.log.lines.size(), 1U);
+}
+
+TEST(TelescopeWindow, MainButtonShowsItOnTopAndConnects) {
+    WindowWorld world;
+    world.open();
+    world.window.closeByOperator();
+    world.link.DisconnectTelescope();
+
+    world.behaviour.cmdTelescope_Click();
+
+    EXPECT_TRUE(world.window.shown());
+    EXPECT_TRUE(world.window.onTop());
+    world.pass(3);
+    EXPECT_EQ(world.look(), " Connected -SD");
+}
+
+TEST(TelescopeWindow, LinksAtStartUp) {
+    WindowWorld stored;
+    stored.behaviour.linkAtStartUp();
+    EXPECT_THAT(actionsOn(stored.host, kScope), ElementsAre("create", "put Connected True"));
+    EXPECT_TRUE(stored.window.shown());
+    EXPECT_EQ(stored.messages.open, std::nullopt);
+
+    WindowWorld none;
+    none.settings.SaveMainSetting("MyTelescopeID", "");
+    none.behaviour.linkAtStartUp();
+    EXPECT_THAT(actionsOn(none.host, kAxis), ElementsAre("create", "put Connected True"));
+    EXPECT_EQ(none.messages.open, std::nullopt);
+}
+
+}  // namespace
+}  // namespace vantrel::devices

@@ -1,0 +1,137 @@
+// A telescope link with everything around it, on virtual time, and a driver that does as the test says.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "devices/telescope_link.h"
+#include "devices/utility_link.h"
+#include "platform/class_registry.h"
+#include "platform/dispatch_object.h"
+#include "platform/queued_event_loop.h"
+#include "platform/recording_host.h"
+#include "support/journal.h"
+#include "support/memory_settings_port.h"
+#include "support/recording_log.h"
+#include "support/recording_messages.h"
+
+namespace vantrel::test {
+
+/// What the mount behind the driver does and says.
+struct Mount {
+    bool connects = true;  // accepts a put of Connected
+    int connections = 0;   // drivers connected at the same time, now
+    int mostConnections = 0;
+    int drivers = 0;  // driver objects, now
+    int mostDrivers = 0;
+    double ra = 3, dec = 45;
+    int slewingReads = 0;  // how often Slewing still reads True
+    double siderealTime = 6, latitude = 48.25, longitude = 11.5;
+};
+
+class FakeDriver : public platform::DispatchObject {
+  public:
+    FakeDriver(std::string progId, Mount& mount) : DispatchObject(std::move(progId)), mount_(mount) {
+        mount_.mostDrivers = std::max(mount_.mostDrivers, ++mount_.drivers);
+        property(
+            "Connected", [this] { return connected_; },
+            [this](const platform::Value& value) { connect(value.toBool()); });
+        property("Name", [] { return "Fake Mount"; });
+        property("RightAscension", [&mount] { return mount.ra; });
+        property("Declination", [&mount] { return mount.dec; });
+        property("Slewing", [&mount] { return mount.slewingReads-- > 0; });
+        property("SiderealTime", [&mount] { return mount.siderealTime; });
+        property("SiteLatitude", [&mount] { return mount.latitude; });
+        property("SiteLongitude", [&mount] { return mount.longitude; });
+        method("SlewToCoordinatesAsync", [](const platform::Arguments&) { return platform::Value(); });
+        method("SetupDialog", [](const platform::Arguments&) { return platform::Value(); });
+        method("Expose", [](const platform::Arguments&) { return platform::Value(); });
+        method("SaveImageToFile", [](const platform::Arguments&) { return platform::Value(); });
+    }
+    ~FakeDriver() override {
+        connect(false);
+        --mount_.drivers;
+    }
+
+  private:
+    void connect(bool on) {
+        if (connected_ == (on && mount_.connects)) return;
+        connected_ = !connected_;
+        mount_.connections += connected_ ? 1 : -1;
+        mount_.mostConnections = std::max(mount_.mostConnections, mount_.connections);
+    }
+
+    Mount& mount_;
+    bool connected_ = false;
+};
+
+/// The utility object; its wait lets the program's time pass.
+class FakeUtility : public platform::DispatchObject {
+  public:
+    explicit FakeUtility(platform::EventLoop& loop) : DispatchObject("DriverHelper.Util") {
+        method("WaitForMilliseconds", [&loop](const platform::Arguments& arguments) {
+            loop.sleep(platform::Milliseconds{argument(arguments, 0).toInt()});
+            return platform::Value();
+        });
+    }
+};
+
+/// The driver chooser: what the operator takes.
+class FakeChooser : public platform::DispatchObject {
+  public:
+    explicit FakeChooser(const std::string& choice) : DispatchObject("DriverHelper.Chooser") {
+        property(
+            "DeviceType", [] { return ""; }, [](const platform::Value&) {});
+        method("Choose", [choice](const platform::Arguments&) { return choice; });
+    }
+};
+
+struct TelescopeWorld {
+    TelescopeWorld() {
+        for (const char* progId :
+             {"ScopeSim.Telescope", "AxisSimulator.Telescope", "TheSky.Telescope", "GeminiTnF.Telescope"})
+            registry.install(progId,
+                             {[this, progId] { return std::make_shared<FakeDriver>(progId, mount); },
+                              "C:\\Drivers\\driver.exe", "Telescope", std::string("Friendly ") + progId});
+        registry.install("DriverHelper.Util",
+                         {[this] { return std::make_shared<FakeUtility>(loop); }, "", "", ""});
+        registry.install("DriverHelper.Chooser",
+                         {[this] { return std::make_shared<FakeChooser>(choice); }, "", "", ""});
+        utility.create();
+    }
+
+    void connect(const std::string& progId = "ScopeSim.Telescope") {
+        link.setTelescopeProgID(progId);
+        link.LoadTelescope();
+        forget();
+    }
+    /// Forgets what happened so far.
+    void forget() {
+        host.takeJournal("*");
+        log.lines.clear();
+        messages.shown.clear();
+    }
+    void fail(const std::string& progId, const std::string& member, int number, long times = -1) {
+        host.inject({progId, member, {number, "Fake.Source", "it broke"}, std::nullopt, 0, times});
+    }
+    double elapsed() const { return static_cast<double>(time.sinceStart().count()) / 1000; }
+
+    Mount mount;
+    std::string choice = "AxisSimulator.Telescope";
+
+    platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{2}};
+    platform::QueuedEventLoop loop{time};
+    platform::ClassRegistry registry;
+    platform::RecordingHost host{registry};
+    MemorySettingsPort settings;
+    RecordingLog log;
+    RecordingMessages messages;
+    engine::RunState state;
+    platform::Screen screen{{0, 0, 1920, 1040}};
+    devices::frmTelescope window{screen};
+    devices::UtilityLink utility{host};
+    devices::Services services{loop, host, settings, log, messages, state};
+    devices::TelescopeLink link{services, utility, window};
+};
+
+}  // namespace vantrel::test
