@@ -1,0 +1,24 @@
+#include "platesolve/frm_pixel_scale.h"
+
+namespace vantrel::platesolve {
+
+frmPixelScale::frmPixelScale(platform::Screen& screen)
+    : Form(screen, "frmPixelScale", "Pixel Scale Calculator", {160, 160, 380, 330}),
+      txtFL(*this, "txtFL"),
+      cmbUnits(*this, "cmbUnits"),
+      txtPixelSizeX(*this, "txtPixelSizeX"),
+      txtPixelSizeY(*this, "txtPixelSizeY"),
+      cmbCamBin(*this, "cmbCamBin"),
+      txtUnbinnedCCDScaleHoriz(*this, "txtUnbinnedCCDScaleHoriz", "1.0"),
+      txtUnbinnedCCDScaleVert(*this, "txtUnbinnedCCDScaleVert", "1.0"),
+      txtPlateScaleHoriz(*this, "txtPlateScaleHoriz", "3.0"),
+      txtPlateScaleVert(*this, "txtPlateScaleVert", "3.0"),
+      cmdCalculate(*this, "cmdCalculate", "Calculate"),
+      mnuExit(*this, "mnuExit", "Exit") {
+    for (const char* unit : {"in", "mm"}) cmbUnits.addItem(unit);
+    cmbUnits.setText("mm");
+    for (const char* binning : {"1", "2", "3", "4"}) cmbCamBin.addItem(binning);
+    cmbCamBin.setText("3");
+}
+
+}  // namespace vantrel::platesolve

@@ -1,0 +1,22 @@
+// The "Pixel Scale Calculator" window.
+#pragma once
+
+#include "platform/form.h"
+
+namespace vantrel::platesolve {
+
+class frmPixelScale : public platform::Form {
+  public:
+    explicit frmPixelScale(platform::Screen& screen);
+
+    platform::TextBox txtFL;
+    platform::ComboBox cmbUnits;                                          // of the focal length: "in" or "mm"
+    platform::TextBox txtPixelSizeX, txtPixelSizeY;                       // micrometres, unbinned
+    platform::ComboBox cmbCamBin;                                         // "1" to "4"
+    platform::TextBox txtUnbinnedCCDScaleHoriz, txtUnbinnedCCDScaleVert;  // arc-seconds per pixel
+    platform::TextBox txtPlateScaleHoriz, txtPlateScaleVert;              // arc-seconds per binned pixel
+    platform::Button cmdCalculate;
+    platform::MenuItem mnuExit;
+};
+
+}  // namespace vantrel::platesolve
