@@ -1,0 +1,42 @@
+#include "observatory/solver/plate_field.h"
+
+#include <cmath>
+
+namespace vantrel::observatory {
+
+namespace {
+
+constexpr double kCatalogueErrorArcsec = 0.25;
+constexpr double kCentroidErrorPixels = 0.5;
+constexpr double kCentroidErrorBins = 0.15;
+
+std::vector<PlanePoint> pointsOf(std::span<const ImageStar> stars) {
+    std::vector<PlanePoint> points;
+    points.reserve(stars.size());
+    for (const ImageStar& star : stars) points.push_back({star.x, star.y});
+    return points;
+}
+
+}  // namespace
+
+double PlateGeometry::diagonalDeg() const {
+    const double x = std::tan(width * scaleX / 2 * kArcsecond);
+    const double y = std::tan(height * scaleY / 2 * kArcsecond);
+    return 2 * std::atan(std::hypot(x, y)) / kDegree;
+}
+
+PlateField::PlateField(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
+                       std::span<const CatalogStar> catalogStars)
+    : geometry_(geometry), image_(pointsOf(imageStars)) {
+    catalogue_.reserve(catalogStars.size());
+    for (const CatalogStar& star : catalogStars) {
+        catalogue_.push_back(direction(star.raDeg * kDegree, star.decDeg * kDegree));
+    }
+}
+
+double PlateField::positionError() const {
+    const double catalogue = kCatalogueErrorArcsec / std::sqrt(geometry_.scaleX * geometry_.scaleY);
+    return std::hypot(kCentroidErrorPixels, kCentroidErrorBins * geometry_.binning, catalogue);
+}
+
+}  // namespace vantrel::observatory

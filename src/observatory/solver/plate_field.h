@@ -1,0 +1,48 @@
+// One plate's solving job: the stars of the image and the stars that the catalogue has around it.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "observatory/sky/star_catalog.h"
+#include "observatory/sky/tangent_wcs.h"
+#include "observatory/sky/vector3.h"
+#include "observatory/solver/star_finder.h"
+#include "observatory/solver/star_grid.h"
+
+namespace vantrel::observatory {
+
+struct PlateGeometry {
+    double width = 0;  ///< pixels
+    double height = 0;
+    double scaleX = 0;  ///< arcseconds per pixel, positive, as far as known (within 15 %)
+    double scaleY = 0;
+    double binning = 1;  ///< by which star positions were measured: their grain
+
+    PixelPosition centre() const { return {(width - 1) / 2, (height - 1) / 2}; }
+    double diagonalDeg() const;
+};
+
+class PlateField {
+  public:
+    /// Image stars and catalogue stars brightest first.
+    PlateField(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
+               std::span<const CatalogStar> catalogStars);
+
+    const PlateGeometry& geometry() const { return geometry_; }
+    std::size_t imageCount() const { return image_.points().size(); }
+    const StarGrid& image() const { return image_; }
+    PixelPosition pixel(std::size_t i) const { return {image_.points()[i].x, image_.points()[i].y}; }
+    std::span<const Vector3> catalogue() const { return catalogue_; }
+
+    /// What star positions in the image are likely to be wrong by, pixels.
+    double positionError() const;
+
+  private:
+    PlateGeometry geometry_;
+    StarGrid image_;
+    std::vector<Vector3> catalogue_;
+};
+
+}  // namespace vantrel::observatory

@@ -1,0 +1,291 @@
+#include "observatory/solver/plate_matcher.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "observatory/solver/triangle_index.h"
+
+namespace vantrel::observatory {
+
+namespace {
+
+/// One look at the field: so many of the brightest stars, triangles of so large a share of the diagonal.
+struct Round {
+    std::size_t stars;
+    double largestShare;
+};
+constexpr Round kRounds[] = {{12, 1.0}, {24, 0.6}, {45, 0.35}};
+
+constexpr double kCatalogueSurplus = 1.5;  // catalogue stars taken per image star and field area
+constexpr std::size_t kCatalogueAtMost = 1400;
+constexpr std::size_t kTestedStars = 40;
+constexpr std::size_t kHypothesesAtMost = 150'000;
+constexpr std::size_t kRefinementsAtMost = 400;
+constexpr double kUnlucky = 1e-3;     // hypotheses that chance alone would let pass to refinement
+constexpr double kSkewAtMost = 0.04;  // departure from a similarity that no camera shows
+
+/// Extra hits that chance reaches with a probability below kUnlucky when it makes `expected` on average.
+std::size_t hitsNeeded(double expected) {
+    double term = std::exp(-expected);
+    double tail = 1 - term;
+    std::size_t hits = 1;
+    while (tail > kUnlucky && hits < 100) {
+        term *= expected / static_cast<double>(hits);
+        tail -= term;
+        ++hits;
+    }
+    return std::max<std::size_t>(2, hits);
+}
+
+/// Relative error of lengths in the image for want of a lens model: small telescopes have none to speak of.
+double distortion(double diagonalDeg) {
+    return 0.0005 + 0.006 * std::min(1.0, diagonalDeg * diagonalDeg / 900);
+}
+
+class Matcher {
+  public:
+    Matcher(const PlateField& field, SkyPosition centre, double radiusDeg, const MatchSettings& settings)
+        : field_(field),
+          geometry_(field.geometry()),
+          settings_(settings),
+          centre_(centre),
+          radiusDeg_(std::min(radiusDeg, 60.0)),
+          toCone_(axesAt(centre)),
+          sky_(rotated(field.catalogue(), toCone_)),
+          skyGrid_(gnomonic(sky_)) {}
+
+    std::optional<RefinedPlate> run() {
+        std::size_t former = 0;
+        for (const Round& round : kRounds) {
+            const std::size_t stars = std::min(round.stars, field_.imageCount());
+            if (stars < 4 || (stars == former && former < kRounds[0].stars)) break;
+            former = stars;
+            if (auto plate = search(stars, round.largestShare)) return plate;
+        }
+        return std::nullopt;
+    }
+
+  private:
+    /// Rows: east, north and outwards at a place.
+    static Matrix3 axesAt(SkyPosition p) {
+        const Vector3 outwards = direction(p.ra * kDegree, p.dec * kDegree);
+        const Vector3 east = {-std::sin(p.ra * kDegree), std::cos(p.ra * kDegree), 0};
+        return {east, cross(outwards, east), outwards};
+    }
+
+    static std::vector<Vector3> rotated(std::span<const Vector3> stars, const Matrix3& rotation) {
+        std::vector<Vector3> result;
+        result.reserve(stars.size());
+        for (const Vector3& star : stars) result.push_back(rotation * star);
+        return result;
+    }
+
+    static StarGrid gnomonic(const std::vector<Vector3>& stars) {
+        std::vector<PlanePoint> points;
+        points.reserve(stars.size());
+        for (const Vector3& s : stars)
+            points.push_back({s[0] / std::max(s[2], 0.1), s[1] / std::max(s[2], 0.1)});
+        return StarGrid(std::move(points));
+    }
+
+    /// Where the pixel stands in the camera's tangent plane when the scale is `stretch` times the given one.
+    PlanePoint inCamera(std::size_t star, double stretch) const {
+        const PixelPosition p = field_.pixel(star);
+        const PixelPosition c = geometry_.centre();
+        return {(p.x - c.x) * geometry_.scaleX * kArcsecond * stretch,
+                (p.y - c.y) * geometry_.scaleY * kArcsecond * stretch};
+    }
+
+    std::optional<RefinedPlate> search(std::size_t stars, double largestShare) {
+        std::vector<Vector3> camera;
+        for (std::size_t i = 0; i < stars; ++i) {
+            const PlanePoint p = inCamera(i, 1);
+            camera.push_back(normalized({p.x, p.y, 1}));
+        }
+        const double pixel = std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond;
+        const double diagonal = geometry_.diagonalDeg() * kDegree;
+        const TriangleIndex index(camera, diagonal * largestShare, 12 * field_.positionError() * pixel);
+        if (index.empty()) return std::nullopt;
+
+        const double fieldArea = geometry_.width * geometry_.height * pixel * pixel;
+        const double coneArea = 2 * std::numbers::pi * (1 - std::cos(radiusDeg_ * kDegree));
+        const double wanted =
+            static_cast<double>(stars) * kCatalogueSurplus * std::max(1.0, coneArea / fieldArea) + 6;
+        const std::size_t count = std::min({static_cast<std::size_t>(wanted), sky_.size(), kCatalogueAtMost});
+        return walkCatalogue(index, count);
+    }
+
+    /// Goes through the catalogue's triangles, brightest corners first.
+    std::optional<RefinedPlate> walkCatalogue(const TriangleIndex& index, std::size_t count) {
+        const auto longest = static_cast<float>(index.longestSide() * (1 + settings_.scaleTolerance));
+        const auto shortest = static_cast<float>(index.shortestSide() * (1 - settings_.scaleTolerance));
+        std::vector<float> sides(count * count);
+        std::vector<std::uint16_t> near;
+        for (std::uint16_t c = 0; c < count; ++c) {
+            near.clear();
+            for (std::uint16_t other = 0; other < c; ++other) {
+                const float side = chord(sky_[c], sky_[other]);
+                sides[c * count + other] = side;
+                if (side <= longest && side >= shortest) near.push_back(other);
+            }
+            for (std::size_t j = 1; j < near.size(); ++j) {
+                const std::uint16_t b = near[j];
+                for (std::size_t i = 0; i < j; ++i) {
+                    const std::uint16_t a = near[i];
+                    const float ab = sides[b * count + a];
+                    if (ab > longest || ab < shortest) continue;
+                    auto plate = tryTriangle(
+                        index, shapeOf({a, b, c}, {ab, sides[c * count + b], sides[c * count + a]}));
+                    if (plate) return plate;
+                    if (hypotheses_ > kHypothesesAtMost || refinements_ > kRefinementsAtMost)
+                        return std::nullopt;
+                }
+            }
+        }
+        return std::nullopt;
+    }
+
+    std::optional<RefinedPlate> tryTriangle(const TriangleIndex& index, const Triangle& sky) {
+        const double pixel = std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond;
+        const double error = 1.5 * field_.positionError() * pixel / static_cast<double>(sky.longest);
+        const auto reach = static_cast<float>(error + distortion(geometry_.diagonalDeg()));
+        std::optional<RefinedPlate> plate;
+        index.visitAlike(sky, reach, [&](const Triangle& image) {
+            if (plate) return;
+            const double stretch = static_cast<double>(sky.longest / image.longest);
+            if (std::abs(stretch - 1) > settings_.scaleTolerance) return;
+            ++hypotheses_;
+            plate = tryHypothesis(image, sky, stretch);
+        });
+        return plate;
+    }
+
+    struct Attitude {
+        Matrix3 toSky{};     ///< camera to cone axes
+        double hand = 1;     ///< -1: the camera's y axis is reversed (mirrored image)
+        double stretch = 1;  ///< of the given scale
+        PixelPosition anchor;
+        double size = 0;  ///< of the triangle, pixels
+    };
+
+    static double handOf(const Vector3& a, const Vector3& b, const Vector3& c) {
+        return dot(a, cross(b, c)) < 0 ? -1 : 1;
+    }
+
+    /// Three orthogonal axes laid through two directions.
+    static Matrix3 axesThrough(const Vector3& a, const Vector3& b) {
+        const Vector3 middle = normalized({a[0] + b[0], a[1] + b[1], a[2] + b[2]});
+        const Vector3 normal = normalized(cross(a, b));
+        return {middle, cross(normal, middle), normal};
+    }
+
+    Attitude attitudeOf(const Triangle& image, const Triangle& sky, double stretch) const {
+        std::array<Vector3, 3> camera;
+        for (std::size_t i = 0; i < 3; ++i) {
+            const PlanePoint p = inCamera(image.corners[i], stretch);
+            camera[i] = normalized({p.x, p.y, 1});
+        }
+        Attitude attitude;
+        attitude.stretch = stretch;
+        attitude.hand = handOf(camera[0], camera[1], camera[2]) *
+                        handOf(sky_[sky.corners[0]], sky_[sky.corners[1]], sky_[sky.corners[2]]);
+        for (Vector3& v : camera) v[1] *= attitude.hand;
+        attitude.toSky = transposed(axesThrough(sky_[sky.corners[0]], sky_[sky.corners[1]])) *
+                         axesThrough(camera[0], camera[1]);
+        const PixelPosition a = field_.pixel(image.corners[0]);
+        const PixelPosition b = field_.pixel(image.corners[1]);
+        attitude.anchor = {(a.x + b.x) / 2, (a.y + b.y) / 2};
+        attitude.size = std::hypot(a.x - b.x, a.y - b.y);
+        return attitude;
+    }
+
+    std::optional<RefinedPlate> tryHypothesis(const Triangle& image, const Triangle& sky, double stretch) {
+        const Attitude attitude = attitudeOf(image, sky, stretch);
+        const std::size_t tested = std::min(kTestedStars, field_.imageCount());
+        const double pixel = std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond * stretch;
+        const double density =
+            static_cast<double>(sky_.size()) / (4 * std::pow(std::tan(radiusDeg_ * kDegree), 2));
+        std::size_t hits = 0;
+        double expected = 0;
+        for (std::size_t i = 0; i < tested; ++i) {
+            if (i == image.corners[0] || i == image.corners[1] || i == image.corners[2]) continue;
+            const PlanePoint p = inCamera(i, stretch);
+            const Vector3 there = attitude.toSky * Vector3{p.x, p.y * attitude.hand, 1};
+            if (there[2] <= 0.1) continue;
+            const PlanePoint at{there[0] / there[2], there[1] / there[2]};
+            const double spread = 1 + at.x * at.x + at.y * at.y;
+            const double radius = toleranceAt(attitude, field_.pixel(i)) * pixel * spread;
+            expected += density * std::numbers::pi * radius * radius;
+            if (skyGrid_.nearest(at, radius) >= 0) ++hits;
+        }
+        if (hits < 2 || hits < hitsNeeded(expected)) return std::nullopt;
+        ++refinements_;
+        return refined(attitude);
+    }
+
+    /// Pixels by which a star may miss its predicted place: errors of the triangle grow with the distance
+    /// from it.
+    double toleranceAt(const Attitude& attitude, PixelPosition p) const {
+        const double away = std::hypot(p.x - attitude.anchor.x, p.y - attitude.anchor.y);
+        return 1.5 * field_.positionError() * (1 + away / attitude.size) +
+               distortion(geometry_.diagonalDeg()) * away;
+    }
+
+    std::optional<RefinedPlate> refined(const Attitude& attitude) const {
+        const Matrix3 toIcrs = transposed(toCone_) * attitude.toSky;
+        const Vector3 ahead = toIcrs * Vector3{0, 0, 1};
+        const SkyPosition tangent{std::atan2(ahead[1], ahead[0]) / kDegree,
+                                  std::asin(std::clamp(ahead[2], -1.0, 1.0)) / kDegree};
+        const Matrix3 axes = axesAt(tangent);
+        const Vector3 column = axes * (toIcrs * Vector3{1, 0, 0});
+        const Vector3 row = axes * (toIcrs * Vector3{0, attitude.hand, 0});
+        const double x = geometry_.scaleX / 3600 * attitude.stretch;
+        const double y = geometry_.scaleY / 3600 * attitude.stretch;
+        const auto model =
+            PlateModel::linear(geometry_.centre(), tangent, (geometry_.width + geometry_.height) / 4,
+                               {column[0] * x, row[0] * y, column[1] * x, row[1] * y});
+        RefinementSettings settings;
+        settings.anchor = attitude.anchor;
+        settings.anchorRadius = 2 * attitude.size;
+        settings.firstTolerance =
+            std::max(3.0 * field_.positionError(),
+                     toleranceAt(attitude, {attitude.anchor.x + attitude.size, attitude.anchor.y}) * 1.2);
+        settings.maximumResidualArcsec = settings_.maximumResidualArcsec;
+        auto plate = refinePlate(field_, model, settings);
+        return plate && credible(*plate) ? plate : std::nullopt;
+    }
+
+    bool credible(const RefinedPlate& plate) const {
+        const auto cd = plate.model.matrix();
+        const double hand = cd[0] * cd[3] - cd[1] * cd[2] < 0 ? -1 : 1;
+        const double ratio = geometry_.scaleX / geometry_.scaleY;
+        const double size = std::hypot(cd[0], cd[2]);
+        const double skew = std::hypot(cd[0] - hand * cd[3] * ratio, cd[1] * ratio + hand * cd[2]) / size;
+        const double stretch = size * 3600 / geometry_.scaleX;
+        return plate.matched >= settings_.minimumMatches && skew < kSkewAtMost &&
+               std::abs(stretch - 1) < settings_.scaleTolerance + kSkewAtMost &&
+               plate.chanceLog10 + std::log10(static_cast<double>(hypotheses_)) < settings_.chanceLimitLog10;
+    }
+
+    const PlateField& field_;
+    const PlateGeometry& geometry_;
+    const MatchSettings& settings_;
+    SkyPosition centre_;
+    double radiusDeg_;
+    Matrix3 toCone_;
+    std::vector<Vector3> sky_;  ///< catalogue stars in the cone's axes
+    StarGrid skyGrid_;          ///< the same in the plane that touches the cone's centre
+    std::size_t hypotheses_ = 0;
+    std::size_t refinements_ = 0;
+};
+
+}  // namespace
+
+std::optional<RefinedPlate> matchPlate(const PlateField& field, SkyPosition centre, double radiusDeg,
+                                       const MatchSettings& settings) {
+    if (field.imageCount() < 4 || field.catalogue().size() < 4) return std::nullopt;
+    return Matcher(field, centre, radiusDeg, settings).run();
+}
+
+}  // namespace vantrel::observatory

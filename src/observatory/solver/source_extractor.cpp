@@ -1,0 +1,98 @@
+#include "observatory/solver/source_extractor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <numeric>
+
+extern "C" {
+#include <sep.h>
+}
+
+namespace vantrel::observatory {
+
+namespace {
+
+constexpr std::size_t kPixelStack = 600'000;
+constexpr int kDeblendLevels = 16;
+constexpr double kDeblendContrast = 0.005;
+constexpr int kSubObjectLimit = 4000;
+constexpr int kMaxRaises = 6;
+
+struct Kernel {
+    std::vector<float> weights;
+    int side = 0;
+    double noise = 0;  ///< noise of the smoothed image, from noise 1 in each pixel
+};
+
+Kernel kernelOf(std::vector<float> weights, int side) {
+    const float sum = std::accumulate(weights.begin(), weights.end(), 0.0F);
+    double squares = 0;
+    for (float& w : weights) {
+        w /= sum;
+        squares += static_cast<double>(w) * static_cast<double>(w);
+    }
+    return {std::move(weights), side, std::sqrt(squares)};
+}
+
+Kernel smoothingKernel(double fwhm) {
+    if (fwhm <= 0) return kernelOf({1, 2, 1, 2, 4, 2, 1, 2, 1}, 3);
+    const double sigma = std::max(fwhm / 2.3548, 0.2);
+    const int half = std::clamp(static_cast<int>(std::ceil(2.2 * sigma)), 1, 7);
+    std::vector<float> weights;
+    for (int y = -half; y <= half; ++y) {
+        for (int x = -half; x <= half; ++x) {
+            weights.push_back(static_cast<float>(std::exp(-(x * x + y * y) / (2 * sigma * sigma))));
+        }
+    }
+    return kernelOf(std::move(weights), 2 * half + 1);
+}
+
+using CatalogPointer = std::unique_ptr<sep_catalog, decltype(&sep_catalog_free)>;
+
+CatalogPointer extract(const sep_image& image, const Kernel& kernel, double threshold, int minimumPixels) {
+    sep_catalog* found = nullptr;
+    const int status = sep_extract(&image, static_cast<float>(threshold), SEP_THRESH_ABS, minimumPixels,
+                                   kernel.weights.data(), kernel.side, kernel.side, SEP_FILTER_CONV,
+                                   kDeblendLevels, kDeblendContrast, 0, 1.0, &found);
+    if (status != 0) {
+        sep_catalog_free(found);
+        found = nullptr;
+    }
+    return {found, &sep_catalog_free};
+}
+
+}  // namespace
+
+std::vector<Source> extractSources(std::span<const float> pixels, std::size_t width, std::size_t height,
+                                   const ExtractionSettings& settings) {
+    sep_image image{};
+    image.data = pixels.data();
+    image.dtype = SEP_TFLOAT;
+    image.w = static_cast<int>(width);
+    image.h = static_cast<int>(height);
+    image.noise_type = SEP_NOISE_NONE;
+    sep_set_extract_pixstack(kPixelStack);
+    sep_set_sub_object_limit(kSubObjectLimit);
+
+    const Kernel kernel = smoothingKernel(settings.filterFwhm);
+    double threshold = settings.sigma * kernel.noise;
+    CatalogPointer found{nullptr, &sep_catalog_free};
+    for (int raise = 0; raise < kMaxRaises && found == nullptr; ++raise, threshold *= 2) {
+        found = extract(image, kernel, threshold, settings.minimumPixels);
+    }
+    std::vector<Source> sources;
+    if (found == nullptr) return sources;
+    sources.reserve(static_cast<std::size_t>(found->nobj));
+    for (int i = 0; i < found->nobj; ++i) {
+        sources.push_back({found->x[i], found->y[i], static_cast<double>(found->flux[i]),
+                           static_cast<double>(found->peak[i]), found->npix[i],
+                           (found->flag[i] & SEP_OBJ_TRUNC) != 0});
+    }
+    const auto brighter = [](const Source& a, const Source& b) { return a.flux > b.flux; };
+    std::sort(sources.begin(), sources.end(), brighter);
+    if (sources.size() > settings.atMost) sources.resize(settings.atMost);
+    return sources;
+}
+
+}  // namespace vantrel::observatory

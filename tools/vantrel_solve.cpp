@@ -1,0 +1,215 @@
+// vantrel-solve: where does this image point?
+//
+// Exit status: 0 solved, 1 not solved, 2 unusable input (with one line on standard error).
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "observatory/sky/fits_image.h"
+#include "observatory/solver/catalog_choice.h"
+#include "observatory/solver/exposure_facts.h"
+#include "observatory/solver/plate_solver.h"
+#include "platform/text.h"
+
+namespace {
+
+using namespace vantrel;
+using namespace vantrel::observatory;
+
+constexpr const char* kUsage =
+    "usage: vantrel-solve FILE --ra HOURS --dec DEG [--scale ARCSEC_PER_PX] [--radius DEG]\n"
+    "                     [--catalog FOLDER --catalog-number N] [--json] [--wcs OUT.fits]\n"
+    "\n"
+    "  --ra, --dec   about where the image points, J2000; left out, the header must tell\n"
+    "  --scale       arcseconds per pixel, within 15 %; left out, the header must tell\n"
+    "  --radius      how far off the position may be (default: the image's diagonal, at least 1.5)\n"
+    "  --catalog     folder of another star catalogue, with its number\n"
+    "  --json        print the solution as one JSON object\n"
+    "  --wcs         write a copy of the image with the solution in its header\n";
+
+constexpr double kCatalogEpoch = 2026.0;  // for images without a date
+constexpr double kLeastOffset = 1.5;
+
+struct BadInput : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct Options {
+    std::string file;
+    std::optional<double> raHours;
+    std::optional<double> dec;
+    std::optional<double> scale;
+    std::optional<double> radius;
+    std::string catalog;
+    int catalogNumber = 4;
+    bool json = false;
+    std::string wcs;
+};
+
+double numberIn(const std::string& option, const std::string& text, double least, double most) {
+    const auto value = platform::parseNumber(text);
+    if (!value || !(*value >= least) || !(*value <= most)) {
+        throw BadInput(option + " must be a number from " + platform::toText(least) + " to " +
+                       platform::toText(most));
+    }
+    return *value;
+}
+
+Options parsed(const std::vector<std::string>& arguments) {
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& name = arguments[i];
+        const auto value = [&]() -> const std::string& {
+            if (i + 1 >= arguments.size()) throw BadInput(name + " needs a value");
+            return arguments[++i];
+        };
+        if (name == "--ra")
+            options.raHours = numberIn(name, value(), 0, 24);
+        else if (name == "--dec")
+            options.dec = numberIn(name, value(), -90, 90);
+        else if (name == "--scale")
+            options.scale = numberIn(name, value(), 0.01, 1000);
+        else if (name == "--radius")
+            options.radius = numberIn(name, value(), 0, 30);
+        else if (name == "--catalog")
+            options.catalog = value();
+        else if (name == "--catalog-number")
+            options.catalogNumber = static_cast<int>(numberIn(name, value(), 0, 99));
+        else if (name == "--json")
+            options.json = true;
+        else if (name == "--wcs")
+            options.wcs = value();
+        else if (name.starts_with("--"))
+            throw BadInput("unknown option " + name);
+        else if (options.file.empty())
+            options.file = name;
+        else
+            throw BadInput("more than one file");
+    }
+    if (options.file.empty()) throw BadInput("no file given (--help tells how)");
+    if (options.raHours.has_value() != options.dec.has_value()) throw BadInput("--ra and --dec go together");
+    return options;
+}
+
+/// The scales to try, likeliest first.
+std::vector<double> scalesFor(const Options& options, const FitsHeader& header) {
+    std::vector<double> scales;
+    if (options.scale) scales.push_back(*options.scale);
+    for (const double scale : headerScales(header)) {
+        const bool covered = options.scale && std::abs(scale / *options.scale - 1) < 0.1;
+        if (!covered) scales.push_back(scale);
+    }
+    if (scales.empty()) throw BadInput(options.file + ": the header tells no scale, give --scale");
+    return scales;
+}
+
+struct Outcome {
+    std::optional<PlateSolution> solution;
+    PlateGeometry geometry;
+    std::size_t starsFound = 0;
+};
+
+Outcome solve(const Options& options, const FitsImage& image) {
+    const auto catalog = openCatalog(options.catalog, options.catalogNumber);
+    std::optional<SkyPosition> start = headerTarget(image.header());
+    if (options.dec) start = SkyPosition{*options.raHours * 15, *options.dec};
+    if (!start) throw BadInput(options.file + ": the header tells no position, give --ra and --dec");
+    const auto date = exposureStart(image.header());
+    const double epoch = date ? julianYear(*date) : kCatalogEpoch;
+
+    Outcome outcome;
+    const auto scales = scalesFor(options, image.header());
+    const StarList found = findStars(image, {});
+    outcome.starsFound = found.stars.size();
+    for (const double scale : scales) {
+        outcome.geometry = {static_cast<double>(image.width()), static_cast<double>(image.height()), scale,
+                            scale, found.binning};
+        const double offset = options.radius.value_or(std::max(kLeastOffset, outcome.geometry.diagonalDeg()));
+        const SearchArea area = searchArea(outcome.geometry, *start, offset, found.stars.size());
+        const auto stars = catalog->cone(area.query(epoch, 99));
+        outcome.solution = solvePlate(outcome.geometry, found.stars, area, stars, {});
+        if (outcome.solution) break;
+    }
+    return outcome;
+}
+
+nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
+    nlohmann::ordered_json json;
+    json["solved"] = outcome.solution.has_value();
+    if (outcome.solution) {
+        const PlateSolution& s = *outcome.solution;
+        json["ra_deg"] = s.centre.ra;
+        json["dec_deg"] = s.centre.dec;
+        json["scale_x"] = s.orientation.scaleX;
+        json["scale_y"] = s.orientation.scaleY;
+        json["rotation"] = s.orientation.rollDeg;
+        json["mirrored"] = s.mirrored();
+        json["cd"] = s.cd;
+        json["matched"] = s.matched;
+        json["residual_arcsec"] = s.residualArcsec;
+        json["order"] = s.order;
+    }
+    json["stars_found"] = outcome.starsFound;
+    json["seconds"] = seconds;
+    return json;
+}
+
+void print(const Outcome& outcome, double seconds) {
+    if (!outcome.solution) {
+        std::printf("Not solved: %zu stars found, none of the positions in reach fits them. %.3f s\n",
+                    outcome.starsFound, seconds);
+        return;
+    }
+    const PlateSolution& s = *outcome.solution;
+    std::printf("Centre (J2000)  RA %.6f h = %.5f deg   Dec %+.5f deg\n", s.centre.ra / 15, s.centre.ra,
+                s.centre.dec);
+    std::printf("Scale           %.4f x %.4f arcsec per pixel%s\n", s.orientation.scaleX,
+                std::abs(s.orientation.scaleY), s.mirrored() ? ", mirrored" : "");
+    std::printf("Roll            %.3f deg\n", s.orientation.rollDeg);
+    std::printf("Stars           %zu of %zu matched, mean residual %.2f arcsec, order %d\n", s.matched,
+                outcome.starsFound, s.residualArcsec, s.order);
+    std::printf("Time            %.3f s\n", seconds);
+}
+
+int run(const std::vector<std::string>& arguments) {
+    for (const std::string& argument : arguments) {
+        if (argument == "--help" || argument == "-h") {
+            std::fputs(kUsage, stdout);
+            return 0;
+        }
+    }
+    const Options options = parsed(arguments);
+    const auto begin = std::chrono::steady_clock::now();
+    const FitsImage image = FitsImage::open(options.file);
+    const Outcome outcome = solve(options, image);
+    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (options.json) {
+        std::puts(asJson(outcome, seconds).dump().c_str());
+    } else {
+        print(outcome, seconds);
+    }
+    if (!outcome.solution) return 1;
+    if (!options.wcs.empty()) writeWcs(options.file, options.wcs, wcsOf(*outcome.solution, outcome.geometry));
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run({argv + 1, argv + argc});
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "vantrel-solve: %s\n", e.what());
+        return 2;
+    }
+}
