@@ -1,0 +1,30 @@
+#include "platform/instance_guard.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace vantrel::platform {
+
+LockFileGuard::~LockFileGuard() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+bool LockFileGuard::acquire() {
+    if (descriptor_ >= 0) return true;
+    std::error_code ignored;
+    if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path(), ignored);
+    const int descriptor = ::open(file_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (descriptor < 0) return true;
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+        descriptor_ = descriptor;
+        return true;
+    }
+    const bool heldByAnother = errno == EWOULDBLOCK;
+    ::close(descriptor);
+    return !heldByAnother;
+}
+
+}  // namespace vantrel::platform

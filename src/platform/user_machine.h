@@ -1,0 +1,45 @@
+// Where the program keeps what belongs to its user, and the store and folders that stand on it.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/folder_map.h"
+#include "platform/settings_file.h"
+
+namespace vantrel::platform {
+
+/// A variable of the environment; nothing when it isn't set.
+using Environment = std::function<std::optional<std::string>(const std::string& name)>;
+std::optional<std::string> processEnvironment(const std::string& name);
+
+struct UserPaths {
+    std::string userName;
+    std::filesystem::path settings;   // file
+    std::filesystem::path drives;     // folder with one folder a drive letter
+    std::filesystem::path documents;  // the desktop's folder for documents
+    std::filesystem::path lock;       // file, locked by the instance that runs
+};
+
+/// Everything below the one folder.
+UserPaths pathsBelow(const std::filesystem::path& home);
+
+/// The desktop's usual places (XDG base directories, the documents folder of user-dirs.dirs). Throws
+/// std::runtime_error when the environment names no home.
+UserPaths desktopPaths(const Environment& environment);
+
+/// The settings and folders of one user. Settings are opened at their first use, folders are created when
+/// something is stored in them.
+class UserMachine {
+  public:
+    explicit UserMachine(const UserPaths& paths);
+
+    SettingsFile settings;
+    FolderMap folders;
+    /// "C:\Users\name"; its "My Documents" and "Documents" are the desktop's documents folder.
+    std::string userProfile;
+};
+
+}  // namespace vantrel::platform
