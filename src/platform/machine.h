@@ -8,6 +8,7 @@
 #include "platform/folder_map.h"
 #include "platform/form.h"
 #include "platform/settings_root.h"
+#include "platform/window_system.h"
 
 namespace vantrel::platform {
 
@@ -19,6 +20,7 @@ struct Machine {
     Screen& screen;
     Dialogs& dialogs;
     Desktop& desktop;
+    WindowSystem& windows;
 };
 
 }  // namespace vantrel::platform
