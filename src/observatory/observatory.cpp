@@ -2,6 +2,7 @@
 
 #include "observatory/helpers/profile_object.h"
 #include "observatory/helpers/util_object.h"
+#include "observatory/sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -10,6 +11,11 @@ const char* const kFolder = R"(C:\Program Files\Observatory\)";
 
 DriverIdentity scopeSimIdentity() {
     return {"ScopeSim.Telescope", "Telescope Simulator", "Simulated equatorial mount"};
+}
+
+DriverIdentity axisSimulatorIdentity() {
+    return {"AxisSimulator.Telescope", "Polar Axis Simulator",
+            "Simulated mount with a polar axis error and a camera"};
 }
 
 }  // namespace
@@ -22,6 +28,8 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
       noise_(seed),
       scopeSim_(std::make_shared<TelescopeDevice>(loop, noise_)) {
     if (!seams_.profile) seams_.profile = std::make_shared<platform::MemorySettings>();
+    if (!seams_.stars) seams_.stars = [] { return TychoCatalog::openBuiltIn(); };
+    axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, noise_, seams_.stars);
 }
 
 void Observatory::install(platform::ClassRegistry& classes) {
@@ -47,6 +55,13 @@ void Observatory::installTelescopes(platform::ClassRegistry& classes) {
         scopeSim.progId,
         {[this, scopeSim] { return std::make_shared<TelescopeDriver>(scopeSim, scopeSim_, seams_.setup); },
          std::string(kFolder) + "ScopeSim.exe", "Telescope", scopeSim.description});
+
+    const DriverIdentity axis = axisSimulatorIdentity();
+    classes.install(axis.progId, {[this, axis] {
+                                      return std::make_shared<AxisSimulator>(axis, axisSimulator_,
+                                                                             seams_.setup, folders_);
+                                  },
+                                  std::string(kFolder) + "AxisSimulator.exe", "Telescope", axis.description});
 }
 
 }  // namespace vantrel::observatory

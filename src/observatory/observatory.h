@@ -6,6 +6,7 @@
 
 #include "observatory/helpers/chooser_object.h"
 #include "observatory/sky/noise.h"
+#include "observatory/telescopes/axis_simulator.h"
 #include "observatory/telescopes/telescope_driver.h"
 #include "platform/class_registry.h"
 #include "platform/event_loop.h"
@@ -15,11 +16,12 @@
 namespace vantrel::observatory {
 
 /// Where the observatory needs somebody's answer or a place to keep things. All may be left out: choosers are
-/// then cancelled, setup dialogs close at once, the profile forgets.
+/// then cancelled, setup dialogs close at once, the profile forgets, the stars are the built-in catalogue's.
 struct ObservatorySeams {
     ChooserDialog chooser;
     SetupDialog setup;
     std::shared_ptr<platform::SettingsRoot> profile;
+    CatalogSource stars;
 };
 
 /// Owns the devices. Must outlive the registry that it installs its classes in, and the objects of these.
@@ -41,6 +43,7 @@ class Observatory {
     ObservatorySeams seams_;
     NoiseSource noise_;
     std::shared_ptr<TelescopeDevice> scopeSim_;
+    std::shared_ptr<AxisSimulatorDevice> axisSimulator_;
 };
 
 }  // namespace vantrel::observatory

@@ -1,0 +1,36 @@
+// Draws what a sensor records: stars through the air, sky glow, hot pixels and noise.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "observatory/sky/noise.h"
+
+namespace vantrel::observatory {
+
+/// Light of one star on the sensor. Pixel centres stand at whole numbers, from 0.
+struct StarSpot {
+    double x = 0;
+    double y = 0;
+    double electrons = 0;
+};
+
+struct Exposure {
+    std::size_t width = 0;
+    std::size_t height = 0;
+    double sigma = 1;      // of the seeing's gaussian, pixels
+    double sky = 0;        // electrons per pixel
+    double readNoise = 8;  // electrons
+    double gain = 1;       // electrons per count
+    double bias = 100;     // counts
+    std::size_t hotPixels = 0;
+};
+
+/// The counts, row after row, 0 to 65535. Stars are integrated over each pixel's square; shot noise is the
+/// normal distribution with the electrons' variance. Hot pixels hold 2000 to 40000 electrons more and stand
+/// where the noise's seed puts them: the same ones in every frame.
+std::vector<std::uint16_t> drawFrame(const Exposure& exposure, const std::vector<StarSpot>& stars,
+                                     NoiseSource& noise);
+
+}  // namespace vantrel::observatory

@@ -1,0 +1,81 @@
+// A camera on a simulated mount: turns where the mount truly points into pictures of the real sky.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "observatory/sky/epoch.h"
+#include "observatory/sky/fits_header.h"
+#include "observatory/sky/focal_plane.h"
+#include "observatory/sky/noise.h"
+#include "observatory/sky/refraction.h"
+#include "observatory/sky/renderer.h"
+#include "observatory/sky/star_catalog.h"
+#include "observatory/telescopes/mount.h"
+#include "platform/automation.h"
+#include "platform/clock.h"
+
+namespace vantrel::observatory {
+
+/// A refractor of 80 mm with a cooled sensor: 3.6" per pixel, 1.39 by 1.04 degrees. A star of magnitude 10
+/// gives 20,000 electrons a second.
+struct CameraSettings {
+    double focalLength = 370;  // mm
+    double pixelSize = 6.45;   // micrometres
+    double width = 1392;       // pixels
+    double height = 1040;
+    double rotation = 0;  // degrees, see CameraMounting
+    bool mirrored = false;
+    double seeing = 3;              // arcsec, full width at half maximum
+    double skyLevel = 30;           // electrons per second and pixel
+    double limitingMagnitude = 25;  // fainter stars are not drawn
+    double hotPixels = 0;           // a count, or below 1 the share of all pixels
+    bool refraction = false;        // 1010 hPa, 10 C
+    double exposureTime = 1;        // seconds
+    double readNoise = 8;           // electrons
+    double gain = 1;                // electrons per count
+    double bias = 100;              // counts
+};
+
+struct Picture {
+    platform::ImageRef pixels;     // 16 bits; row 0 is the top
+    std::vector<FitsCard> header;  // without the cards that describe the array itself
+};
+
+/// Opens the star catalogue when the first picture needs it; throws CatalogError when there is none.
+using CatalogSource = std::function<std::shared_ptr<const StarCatalog>()>;
+
+class Camera {
+  public:
+    Camera(const Mount& mount, NoiseSource& noise, CatalogSource catalog);
+
+    CameraSettings& settings() { return settings_; }
+    const CameraSettings& settings() const { return settings_; }
+
+    /// What an exposure that begins at the instant, which should be now, records. The mount tracks well
+    /// enough for round stars.
+    Picture expose(platform::Instant start, const std::string& telescope);
+
+    /// Where the stars of the catalogue fall on the sensor at the instant.
+    std::vector<StarSpot> starsInView(platform::Instant instant);
+
+    /// Where the optical axis truly points: hour angle and declination, apparent of date. With refraction on,
+    /// where it points through the air, which is higher than what it sees.
+    HourAnglePosition axis() const { return hourAnglePosition(mount_.pointing().ahead); }
+
+  private:
+    FocalPlane focalPlane(const Pointing& pointing) const;
+    Exposure exposure() const;
+    std::vector<FitsCard> header(platform::Instant start, const std::string& telescope) const;
+
+    const Mount& mount_;
+    NoiseSource& noise_;
+    CatalogSource openCatalog_;
+    std::shared_ptr<const StarCatalog> catalog_;
+    CameraSettings settings_;
+    Refraction refraction_;
+};
+
+}  // namespace vantrel::observatory

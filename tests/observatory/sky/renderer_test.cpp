@@ -1,0 +1,126 @@
+#include "observatory/sky/renderer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+#include <gtest/gtest.h>
+
+namespace vantrel::observatory {
+namespace {
+
+Exposure darkFrame(std::size_t width, std::size_t height) {
+    Exposure exposure;
+    exposure.width = width;
+    exposure.height = height;
+    exposure.readNoise = 0;
+    exposure.bias = 0;
+    return exposure;
+}
+
+struct Moments {
+    double sum = 0, x = 0, y = 0;  // sum and centroid
+};
+
+Moments moments(const std::vector<std::uint16_t>& counts, std::size_t width) {
+    Moments m;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        m.sum += counts[i];
+        m.x += counts[i] * static_cast<double>(i % width);
+        m.y += counts[i] * static_cast<double>(i / width);
+    }
+    m.x /= m.sum;
+    m.y /= m.sum;
+    return m;
+}
+
+TEST(Renderer, StarsKeepTheirPlaceAndTheirLight) {
+    NoiseSource noise(1);
+    for (const double sigma : {0.6, 1.5, 4.0})  // a narrower star's centroid leans to its pixel's middle
+        for (const double offset : {0.0, 0.25, 0.5, 0.8}) {
+            Exposure exposure = darkFrame(64, 48);
+            exposure.sigma = sigma;
+            const StarSpot star{30 + offset, 20 - offset, 50'000};
+            const Moments got = moments(drawFrame(exposure, {star}, noise), 64);
+            EXPECT_NEAR(got.sum, star.electrons, 5 * std::sqrt(star.electrons)) << sigma << " " << offset;
+            const double standardError = std::hypot(sigma, 0.4) / std::sqrt(star.electrons);
+            EXPECT_NEAR(got.x, star.x, 5 * standardError) << sigma << " " << offset;
+            EXPECT_NEAR(got.y, star.y, 5 * standardError) << sigma << " " << offset;
+        }
+}
+
+TEST(Renderer, SeeingSpreadsTheLightAsAGaussian) {
+    NoiseSource noise(1);
+    Exposure exposure = darkFrame(65, 65);
+    exposure.sigma = 2;
+    const auto counts = drawFrame(exposure, {{32, 32, 1e6}}, noise);
+    // Integrated over a pixel: (erf(0.5 / (2 sqrt 2)))^2 of the light in the middle.
+    EXPECT_NEAR(counts[32 * 65 + 32], 1e6 * std::pow(std::erf(0.25 / std::sqrt(2.0)), 2), 5 * 200);
+    // Half the height at 1.17741 sigma, up to the pixel's width: compare a pixel 2 sigma off, exp(-2).
+    EXPECT_NEAR(counts[32 * 65 + 36] / static_cast<double>(counts[32 * 65 + 32]), std::exp(-2), 0.006);
+}
+
+TEST(Renderer, NoiseIsShotAndReadNoise) {
+    NoiseSource noise(3);
+    Exposure exposure = darkFrame(500, 400);
+    exposure.sky = 900;
+    exposure.readNoise = 40;
+    exposure.gain = 2;
+    exposure.bias = 100;
+    const auto counts = drawFrame(exposure, {}, noise);
+    const double n = static_cast<double>(counts.size());
+    double sum = 0;
+    for (const double c : counts) sum += c;
+    const double mean = sum / n;
+    double variance = 0;
+    double neighbours = 0;
+    for (std::size_t i = 0; i + 1 < counts.size(); ++i) {
+        variance += std::pow(counts[i] - mean, 2) / n;
+        neighbours += (counts[i] - mean) * (counts[i + 1] - mean) / n;
+    }
+    const double expected = (900 + 40 * 40) / 4.0 + 1 / 12.0;  // in counts; the last for whole counts
+    EXPECT_NEAR(mean, 100 + 900 / 2.0, 5 * std::sqrt(expected / n));
+    EXPECT_NEAR(variance, expected, 5 * expected * std::sqrt(2 / n));
+    EXPECT_NEAR(neighbours, 0, 5 * expected / std::sqrt(n));
+}
+
+TEST(Renderer, BrightStarsSaturateAndTheEdgeCuts) {
+    NoiseSource noise(1);
+    const Exposure exposure = darkFrame(32, 32);
+    const auto counts =
+        drawFrame(exposure, {{16, 16, 1e9}, {-0.5, 31.5, 40'000}, {-500, 16, 1e6}, {16, 1e9, 1e6}}, noise);
+    EXPECT_EQ(counts[16 * 32 + 16], 65535);
+    EXPECT_NEAR(counts[31 * 32], 40'000 * std::pow(std::erf(1 / std::sqrt(2.0)) / 2, 2), 500);
+    EXPECT_EQ(counts[0], 0);
+}
+
+TEST(Renderer, HotPixelsStayWhereTheyAre) {
+    Exposure exposure = darkFrame(100, 100);
+    exposure.hotPixels = 50;
+    NoiseSource noise(5);
+    NoiseSource other(6);
+    const auto hot = [&exposure](NoiseSource& source) {
+        std::set<std::size_t> places;
+        const auto counts = drawFrame(exposure, {}, source);
+        for (std::size_t i = 0; i < counts.size(); ++i)
+            if (counts[i] > 1000) places.insert(i);
+        return places;
+    };
+    const auto places = hot(noise);
+    EXPECT_GE(places.size(), 48U);  // two may coincide
+    EXPECT_EQ(hot(noise), places) << "another frame of the same sensor";
+    EXPECT_NE(hot(other), places) << "another sensor";
+}
+
+TEST(Renderer, SameSeedSameFrame) {
+    Exposure exposure = darkFrame(40, 30);
+    exposure.sky = 100;
+    NoiseSource a(9);
+    NoiseSource b(9);
+    const auto first = drawFrame(exposure, {{10, 10, 5000}}, a);
+    EXPECT_EQ(first, drawFrame(exposure, {{10, 10, 5000}}, b));
+    EXPECT_NE(first, drawFrame(exposure, {{10, 10, 5000}}, a)) << "the next frame has its own noise";
+}
+
+}  // namespace
+}  // namespace vantrel::observatory
