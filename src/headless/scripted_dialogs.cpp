@@ -1,0 +1,47 @@
+#include "headless/scripted_dialogs.h"
+
+#include <utility>
+
+#include "platform/text.h"
+
+namespace vantrel::headless {
+
+using namespace platform;
+
+void ScriptedDialogs::answer(Kind kind, std::string with) {
+    switch (kind) {
+        case Kind::kFolder:
+            folders_.push_back(std::move(with));
+            return;
+        case Kind::kChooser:
+            choices_.push_back(std::move(with));
+            return;
+        case Kind::kBox:
+            confirmations_.push_back(std::move(with));
+            return;
+    }
+}
+
+std::string ScriptedDialogs::take(std::deque<std::string>& answers) {
+    if (answers.empty()) return {};
+    std::string answer = std::move(answers.front());
+    answers.pop_front();
+    return answer;
+}
+
+void ScriptedDialogs::messageBox(const std::string& title, const std::string& text, Icon) {
+    boxes_.push_back({clock_.utc(), title, text});
+    take(confirmations_);
+}
+
+std::string ScriptedDialogs::chooseFolder(const std::string&) { return take(folders_); }
+
+std::string ScriptedDialogs::choose(const std::string&, const std::vector<Choice>& choices,
+                                    const std::string&) {
+    const std::string answer = take(choices_);
+    for (const Choice& choice : choices)
+        if (equalIgnoringCase(choice.id, answer) || choice.description == answer) return choice.id;
+    return answer;
+}
+
+}  // namespace vantrel::headless
