@@ -32,28 +32,31 @@ TimerHandle QueuedEventLoop::startTimer(Milliseconds delay, Milliseconds interva
     return held;
 }
 
-void QueuedEventLoop::yield() {
+void QueuedEventLoop::yield() { takeTurn(); }
+
+/// Runs what is due, before and after the attendant's part. True when nothing ran after the attendant: he has
+/// seen everything that happened at this instant, so time may pass.
+bool QueuedEventLoop::takeTurn() {
     runDue();
     attend();
-    runDue();
+    return !runDue();
 }
 
 void QueuedEventLoop::sleep(Milliseconds duration) {
     const Instant end = time_.utc() + duration;
     for (;;) {
-        yield();
+        const bool timeMayPass = takeTurn();
         if (time_.utc() >= end) return;
-        time_.passUntil(nextDue(end));
+        time_.passUntil(timeMayPass ? nextDue(end) : time_.utc());
     }
 }
 
 void QueuedEventLoop::runUntil(const std::function<bool()>& done) {
     constexpr Milliseconds kFarAway = std::chrono::hours{24};
     for (;;) {
-        yield();
+        const bool timeMayPass = takeTurn();
         if (done()) return;
-        if (!queue_.empty()) continue;
-        time_.passUntil(nextDue(time_.utc() + kFarAway));
+        time_.passUntil(timeMayPass ? nextDue(time_.utc() + kFarAway) : time_.utc());
     }
 }
 
@@ -79,11 +82,13 @@ bool QueuedEventLoop::runNext() {
     return true;
 }
 
-void QueuedEventLoop::runDue() {
+/// True when a handler ran.
+bool QueuedEventLoop::runDue() {
     // What is queued or falls due while this runs waits for the next turn, so that a handler that posts
     // itself can't keep a yield from returning.
-    for (std::size_t turns = queue_.size() + timers_.size(); turns > 0 && runNext(); --turns) {
-    }
+    bool ran = false;
+    for (std::size_t turns = queue_.size() + timers_.size(); turns > 0 && runNext(); --turns) ran = true;
+    return ran;
 }
 
 void QueuedEventLoop::attend() {

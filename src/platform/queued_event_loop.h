@@ -72,8 +72,9 @@ class QueuedEventLoop : public EventLoop {
     };
 
     TimerHandle startTimer(Milliseconds delay, Milliseconds interval, std::function<void()> handler);
+    bool takeTurn();
     bool runNext();
-    void runDue();
+    bool runDue();
     void attend();
     Instant nextDue(Instant latest);
     void dispatch(const std::function<void()>& handler);
