@@ -1,0 +1,40 @@
+#include "app/frm_options.h"
+
+#include <array>
+#include <string>
+
+#include "platform/text.h"
+
+namespace vantrel::app {
+
+frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
+    : Form(screen, "frmOptions", "Options", {200, 200, 320, 160}),
+      chkImagingSWVersionCheck(*this, "chkImagingSWVersionCheck", "Version check"),
+      chkGreenColors(*this, "chkGreenColors", "Night vision colors"),
+      chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size") {
+    chkImagingSWVersionCheck.setToolTip("Enable Imaging SW Version Check");
+    chkEnableRestoreImagingSW.setToolTip("Enable auto restore imaging software size while taking images");
+
+    struct Switch {
+        platform::CheckBox* box;
+        const char* key;
+        const char* usual;
+    };
+    const std::array<Switch, 3> switches{{
+        {&chkImagingSWVersionCheck, "ImagingSWVersionCheck", "1"},
+        {&chkGreenColors, "GreenColors", "0"},
+        {&chkEnableRestoreImagingSW, "EnableRestoreImagingSW", "0"},
+    }};
+    onLoad = [switches, &settings] {
+        for (const Switch& s : switches) {
+            const std::string stored = settings.GetSetting("PolarAlign", s.key, s.usual);
+            s.box->setValue(platform::leadingNumber(stored) != 0 ? 1 : 0);
+        }
+    };
+    onUnload = [switches, &settings] {
+        for (const Switch& s : switches)
+            settings.SaveSetting("PolarAlign", s.key, std::to_string(s.box->value()));
+    };
+}
+
+}  // namespace vantrel::app
