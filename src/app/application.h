@@ -1,9 +1,14 @@
 // The program without its windows' looks: builds the parts, wires them together, starts and ends them.
+//
+// A front prepares a Machine, asks mayStart (app/startup.h), constructs the application, calls start() and
+// runs its event loop until ended(). The operator closes the main window with Form::closeByOperator, or a
+// front asks for the end with close().
 #pragma once
 
 #include <memory>
 
 #include "platform/machine.h"
+#include "platform/signal.h"
 
 namespace vantrel::app {
 
@@ -14,23 +19,36 @@ class Application {
   public:
     explicit Application(const platform::Machine& machine);
     ~Application();
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
 
     /// The start-up sequence: folders and log, settings into the fields, imaging program, telescope, site.
-    /// Returns when it is through; ended() tells whether the program has to end at once.
+    /// Returns when it is through and the main window is shown, or when the program has to end at once.
     void start();
+
+    /// Ends the program as closing the main window does: the procedures return, then everything is stored
+    /// and released. Returns at once; the rest happens in the event loop.
+    void close();
 
     /// The main window was closed or the start failed, and the shutdown is through.
     bool ended() const;
+    platform::Signal<> endedChanged;
 
-    /// True while the start-up or a procedure that a button started is running.
+    /// The program ended because its settings couldn't be read or stored, or because it could not start.
+    bool failed() const;
+
+    /// True while the start-up or a procedure that the operator started is running.
     bool busy() const;
+
+    /// Inside a catch block: logs the failure that left a handler. For the event loops' last barrier.
+    void reportFailure(const std::string& handler);
 
     MessageLog& log();
     PopupMessages& popups();
 
   private:
-    struct Parts;
-    std::unique_ptr<Parts> parts_;
+    struct Wiring;
+    std::unique_ptr<Wiring> wiring_;
 };
 
 }  // namespace vantrel::app

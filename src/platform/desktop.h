@@ -27,6 +27,14 @@ class Desktop {
     /// The folder of the user's profile, with drive letter and backslashes.
     virtual std::string userProfile() const = 0;
 
+    /// The folder that the program was installed in, with drive letter and backslashes.
+    virtual std::string programFolder() const { return "C:\\Program Files\\Vantrel"; }
+
+    /// A value of the machine-wide registry; empty when there is none, or no registry.
+    virtual std::string registryValue(const std::string& /*key*/, const std::string& /*name*/) const {
+        return {};
+    }
+
     /// Opens a document or page with the program that the desktop has for it; false when that fails.
     virtual bool open(const std::string& file) = 0;
 };

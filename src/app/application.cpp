@@ -1,0 +1,101 @@
+#include "app/application.h"
+
+#include "app/handler_barrier.h"
+#include "app/main_menu.h"
+#include "app/parts.h"
+#include "app/shutdown.h"
+#include "app/startup.h"
+#include "platform/errors.h"
+
+namespace vantrel::app {
+
+struct Application::Wiring {
+    explicit Wiring(Application& owner, const platform::Machine& machine)
+        : application(owner),
+          parts(machine),
+          menu(parts),
+          shutdown(parts),
+          barrier(parts.busy, [this](const std::string& handler) { report(handler); }) {
+        connectProcedures();
+        connectEnd();
+        for (platform::Form* form : machine.screen.forms()) barrier.guard(*form);
+    }
+
+    void connectProcedures() {
+        engine::RunPanel& run = parts.main.run;
+        run.cmdRun.onClick = [this] { parts.measurement.cmdRun_Click(); };
+        run.cmdExpose.onClick = [this] { parts.exposures.cmdExpose_Click(); };
+        parts.main.exposures.cmdExposeSolve.onClick = [this] { parts.exposures.cmdExposeSolve_Click(); };
+    }
+
+    void connectEnd() {
+        parts.main.onClose = [this] { close(); };
+        parts.settings.onFailure = [this] {
+            failed = true;
+            close();
+        };
+        parts.busy.onIdle = [this] {
+            if (shutdown.begun()) postFinish();
+        };
+    }
+
+    void close() {
+        if (shutdown.begun()) return;
+        shutdown.UnloadThisApplication();
+        if (!parts.busy.busy()) postFinish();
+    }
+
+    /// Another procedure may have begun by the time the handler runs; then its end posts the next one.
+    void postFinish() {
+        parts.machine.loop.post([this, alive = std::weak_ptr<int>(life)] {
+            if (!alive.expired() && !parts.busy.busy()) finish();
+        });
+    }
+
+    void finish() {
+        if (shutdown.through()) return;
+        shutdown.finish();
+        application.endedChanged.emit();
+    }
+
+    void start() {
+        {
+            const BusyGuard busy(parts.busy);
+            parts.main.load();
+            if (!StartUp(parts).Form_Load()) failed = true;
+            if (failed) close();
+            if (!shutdown.begun()) parts.main.show();
+        }
+        if (failed) finish();
+    }
+
+    /// A failure of the settings has been told already.
+    void report(const std::string& handler) {
+        if (parts.settings.failed()) return;
+        parts.state.LastMessage = platform::errorReport(platform::currentError(), handler);
+        parts.log.AddToLog(parts.state.LastMessage);
+    }
+
+    Application& application;
+    Parts parts;
+    MainMenu menu;
+    Shutdown shutdown;
+    HandlerBarrier barrier;
+    bool failed = false;
+    std::shared_ptr<int> life = std::make_shared<int>(0);
+};
+
+Application::Application(const platform::Machine& machine)
+    : wiring_(std::make_unique<Wiring>(*this, machine)) {}
+Application::~Application() = default;
+
+void Application::start() { wiring_->start(); }
+void Application::close() { wiring_->close(); }
+bool Application::ended() const { return wiring_->shutdown.through(); }
+bool Application::failed() const { return wiring_->failed; }
+bool Application::busy() const { return wiring_->parts.busy.busy(); }
+void Application::reportFailure(const std::string& handler) { wiring_->report(handler); }
+MessageLog& Application::log() { return wiring_->parts.log; }
+PopupMessages& Application::popups() { return wiring_->parts.popups; }
+
+}  // namespace vantrel::app

@@ -1,0 +1,50 @@
+#include "app/main_menu.h"
+
+#include <filesystem>
+
+#include "app/on_top.h"
+#include "app/version.h"
+
+namespace vantrel::app {
+
+MainMenu::MainMenu(Parts& parts) : parts_(parts) {
+    SetupPanel& panel = parts_.main.setup;
+    panel.mnuFileExit.onClick = [this] { parts_.main.closeByOperator(); };
+    panel.mnuSetOnTop.onClick = [this] { mnuSetOnTop_Click(); };
+    panel.mnuSetOptions.onClick = [this] { parts_.optionsForm.show(); };
+    panel.mnuFormHelp.onClick = [this] { mnuFormHelp_Click(); };
+    panel.mnuAbout.onClick = [this] { parts_.aboutForm.show(); };
+    panel.cmdLog.onClick = [this] { parts_.logForm.show(); };
+    panel.cmdTelescope.onClick = [this] { parts_.telescopeWindow.cmdTelescope_Click(); };
+    parts_.aboutForm.cmdSysInfo.onClick = [this] { cmdSysInfo_Click(); };
+}
+
+void MainMenu::mnuFormHelp_Click() {
+    const std::string file = platform::joinFolder(parts_.machine.desktop.programFolder(), "Vantrel Help.chm");
+    std::error_code ignored;
+    const bool exists = std::filesystem::exists(parts_.machine.folders.real(file), ignored);
+    if (exists && parts_.machine.desktop.open(file)) return;
+    const char* const text = "Could not open Help file!";
+    parts_.popups.ShowPopupMessage(text, 5);
+    parts_.log.AddToLog(text);
+}
+
+void MainMenu::mnuSetOnTop_Click() {
+    toggleOnTop(parts_.main, parts_.settings);
+    applyOnTop(parts_.main, parts_.main.setup.mnuSetOnTop, parts_.settings);
+}
+
+void MainMenu::cmdSysInfo_Click() {
+    platform::Desktop& desktop = parts_.machine.desktop;
+    std::string viewer = desktop.registryValue("SOFTWARE\\Microsoft\\Shared Tools\\MSINFO", "PATH");
+    if (viewer.empty()) {
+        const std::string folder =
+            desktop.registryValue("SOFTWARE\\Microsoft\\Shared Tools Location", "MSINFO");
+        if (!folder.empty()) viewer = folder + "\\MSINFO32.EXE";
+    }
+    if (!viewer.empty() && desktop.open(viewer)) return;
+    parts_.machine.dialogs.messageBox(kProgramTitle, "This computer has no system-information viewer.",
+                                      platform::Dialogs::Icon::kInformation);
+}
+
+}  // namespace vantrel::app

@@ -1,0 +1,21 @@
+// The main form's menus and the buttons that show other windows.
+#pragma once
+
+#include "app/parts.h"
+
+namespace vantrel::app {
+
+class MainMenu {
+  public:
+    /// Takes over the events of the menus and buttons.
+    explicit MainMenu(Parts& parts);
+
+  private:
+    void mnuFormHelp_Click();
+    void mnuSetOnTop_Click();
+    void cmdSysInfo_Click();
+
+    Parts& parts_;
+};
+
+}  // namespace vantrel::app

@@ -1,0 +1,50 @@
+#include "app/parts.h"
+
+namespace vantrel::app {
+
+Parts::Parts(const platform::Machine& surroundings)
+    : machine(surroundings),
+      settings(machine.settings, machine.dialogs),
+      main(machine.screen),
+      logForm(machine.screen),
+      popupForm(machine.screen),
+      telescopeForm(machine.screen),
+      polarPlotForm(machine.screen),
+      pixelScaleForm(machine.screen),
+      optionsForm(machine.screen, settings),
+      aboutForm(machine.screen),
+      log(machine.loop.clock(), machine.folders, logForm),
+      popups(machine.loop, settings, log, state, popupForm, main.setup.txtMsgDisplayTime),
+      logWindow(logForm, main, settings, log),
+      fields(main, settings, log, state),
+      folderButtons(main.setup, machine.dialogs, settings, log, popups),
+      utility(machine.automation),
+      deviceServices{machine.loop, machine.automation, settings, log, popups, state},
+      telescope(deviceServices, utility, telescopeForm),
+      telescopeWindow(deviceServices, telescope, telescopeForm),
+      camera(log, popups, state),
+      site(main.setup, settings, log, utility, state,
+           {[this] { return telescope.mountLatitude(); }, [this] { return telescope.mountLongitude(); }}),
+      solveServices{machine.loop, machine.automation, machine.folders, settings, log, utility, state},
+      catalogs(main.plateSolve, settings, machine.dialogs),
+      pinPoint(solveServices, main.plateSolve, catalogs),
+      imageLink(solveServices, main.plateSolve, [] { return platform::ObjectRef(); }),
+      methods(solveServices, main.plateSolve, pinPoint, popups),
+      solverFields(main.plateSolve, settings),
+      solverTests(solveServices, main.plateSolve, catalogs),
+      solver(pinPoint, imageLink, main.plateSolve, state),
+      scaleCalculator(pixelScaleForm, main.plateSolve, settings),
+      polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot),
+      services{machine.loop, settings, log,     popups,    telescope,
+               camera,       solver,   utility, polarPlot, correctionRelay},
+      prompt(main.run, state, machine.loop, settings, log, telescope),
+      measurement(main.run, state, prompt, services),
+      openImage(machine.automation, [] { return std::string(); }),
+      overlays(openImage, settings, log),
+      exposures(main.exposures, main.run, state, services, overlays),
+      pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
+      correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
+    correctionRelay.target = &correction;
+}
+
+}  // namespace vantrel::app

@@ -1,0 +1,108 @@
+// The parts of one running program, each built on the ones before it.
+#pragma once
+
+#include "app/busy_guard.h"
+#include "app/folder_buttons.h"
+#include "app/frm_about.h"
+#include "app/frm_log.h"
+#include "app/frm_main.h"
+#include "app/frm_options.h"
+#include "app/frm_popup_msg.h"
+#include "app/log_window.h"
+#include "app/message_log.h"
+#include "app/missing_devices.h"
+#include "app/observing_site.h"
+#include "app/popup_messages.h"
+#include "app/settings_fields.h"
+#include "app/settings_store.h"
+#include "correction/correction_sequence.h"
+#include "correction/image_overlays.h"
+#include "correction/polar_plot.h"
+#include "devices/telescope_window.h"
+#include "devices/utility_link.h"
+#include "engine/manual_exposures.h"
+#include "engine/measurement_run.h"
+#include "platesolve/method_selection.h"
+#include "platesolve/plate_solver.h"
+#include "platesolve/scale_calculator.h"
+#include "platesolve/solver_fields.h"
+#include "platesolve/solver_tests.h"
+#include "platform/machine.h"
+
+namespace vantrel::app {
+
+/// The correction needs the engine's services, which in turn hand it out.
+class CorrectionRelay : public engine::CorrectionPort {
+  public:
+    engine::CorrectionPort* target = nullptr;
+    void CorrectMisAlignment(double ErrorAmplitude, double ErrorAngle) override {
+        target->CorrectMisAlignment(ErrorAmplitude, ErrorAngle);
+    }
+};
+
+struct Parts {
+    explicit Parts(const platform::Machine& surroundings);
+    Parts(const Parts&) = delete;
+    Parts& operator=(const Parts&) = delete;
+
+    platform::Machine machine;
+    engine::RunState state;
+    BusyCount busy;
+    SettingsStore settings;
+
+    // Windows
+    frmMain main;
+    frmLog logForm;
+    frmPopupMsg popupForm;
+    devices::frmTelescope telescopeForm;
+    correction::frmPolarPlot polarPlotForm;
+    platesolve::frmPixelScale pixelScaleForm;
+    frmOptions optionsForm;
+    frmAbout aboutForm;
+
+    // What tells the operator, and what he sets
+    MessageLog log;
+    PopupMessages popups;
+    LogWindow logWindow;
+    SettingsFields fields;
+    FolderButtons folderButtons;
+
+    // Mount and camera
+    devices::UtilityLink utility;
+    devices::Services deviceServices;
+    devices::TelescopeLink telescope;
+    devices::TelescopeWindow telescopeWindow;
+    platform::ObjectRef profile;
+    NoCamera camera;
+    ObservingSite site;
+
+    // Plate solving
+    platesolve::SolveServices solveServices;
+    platesolve::CatalogSetup catalogs;
+    platesolve::PinPointSolver pinPoint;
+    platesolve::ImageLinkSolver imageLink;
+    platesolve::MethodSelection methods;
+    platesolve::SolverFields solverFields;
+    platesolve::SolverTests solverTests;
+    platesolve::PlateSolver solver;
+    platesolve::ScaleCalculator scaleCalculator;
+
+    // Measurement, exposures and correction
+    correction::PolarPlot polarPlot;
+    CorrectionRelay correctionRelay;
+    engine::Services services;
+    engine::OperatorPrompt prompt;
+    engine::MeasurementRun measurement;
+    correction::OpenImage openImage;
+    correction::ImageOverlays overlays;
+    engine::ManualExposures exposures;
+    NoStarFinder starFinder;
+    correction::CorrectionMarks marks;
+    correction::StarPointing pointing;
+    correction::CorrectionSequence correction;
+
+    /// The start got as far as filling the fields; before that there is nothing to store or to disconnect.
+    bool fieldsFilled = false;
+};
+
+}  // namespace vantrel::app

@@ -1,0 +1,35 @@
+// How the program ends.
+#pragma once
+
+#include <functional>
+
+#include "app/parts.h"
+
+namespace vantrel::app {
+
+/// Closing only sets the flags that make every procedure return; what is left to do happens from a handler of
+/// its own once none is on the stack any more.
+class Shutdown {
+  public:
+    explicit Shutdown(Parts& parts) : parts_(parts) {}
+
+    /// The operator wants the program to end. Returns at once; further wishes change nothing.
+    void UnloadThisApplication();
+    bool begun() const { return begun_; }
+
+    /// All procedures have returned. Never throws.
+    void finish();
+    bool through() const { return through_; }
+
+  private:
+    void saveEverything();
+    void disconnectTelescope();
+    void UnloadAll();
+    void AppQuit();
+
+    Parts& parts_;
+    bool begun_ = false;
+    bool through_ = false;
+};
+
+}  // namespace vantrel::app
