@@ -11,7 +11,7 @@ namespace vantrel::platform {
 struct SystemVersion {
     int platformId = 0;
     int major = 0, minor = 0;
-    std::string servicePackText;
+    std::string servicePackText = {};
     int servicePackMajor = 0, servicePackMinor = 0;
     int suiteMask = 0;
     std::uint32_t productType = 0;

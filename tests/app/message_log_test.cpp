@@ -16,7 +16,7 @@ using test::contentsOf;
 struct MessageLogTest : testing::Test, test::AppWorld {
     frmLog window{screen};
     MessageLog log{time, folders, window};
-    test::RecordedMessages messages;
+    test::RecordingMessages messages;
 
     std::string now(const char* pattern) const {
         return platform::formatTime(platform::civilLocal(time.utc()), pattern);
@@ -94,7 +94,7 @@ TEST_F(MessageLogTest, AReleasedLogLeavesTheWindowAlone) {
 }
 
 struct FoldersTest : testing::Test, test::AppWorld {
-    test::RecordedMessages messages;
+    test::RecordingMessages messages;
 };
 
 TEST_F(FoldersTest, MakesEveryLevelAndLeavesNoTestFileBehind) {

@@ -11,7 +11,7 @@ namespace {
 struct PopupMessagesTest : testing::Test, test::AppWorld {
     frmMain main{screen};
     frmPopupMsg window{screen};
-    test::RecordedLog log;
+    test::RecordingLog log;
     PopupMessages popups{loop, settings, log, state, window, main.setup.txtMsgDisplayTime};
 
     void SetUp() override { main.show(); }

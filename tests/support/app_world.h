@@ -1,10 +1,6 @@
 // What the small parts of the program stand on in tests: virtual time, settings in memory, a screen, folders.
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "app/settings_store.h"
 #include "engine/run_state.h"
 #include "platform/folder_map.h"
@@ -12,29 +8,11 @@
 #include "platform/queued_event_loop.h"
 #include "platform/settings_root.h"
 #include "support/recording_dialogs.h"
+#include "support/recording_log.h"
+#include "support/recording_messages.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::test {
-
-class RecordedLog : public engine::LogPort {
-  public:
-    std::vector<std::string> texts;
-    void AddToLog(const std::string& text) override { texts.push_back(text); }
-};
-
-class RecordedMessages : public engine::MessagePort {
-  public:
-    struct Message {
-        std::string text;
-        double seconds = 0;
-    };
-    std::vector<Message> shown;
-    void ShowPopupMessage(const std::string& text, double seconds) override {
-        shown.push_back({text, seconds});
-    }
-    void ClosePopupMessage(const std::optional<std::string>& /*ifItShows*/) override {}
-    double displaySeconds() const override { return 3; }
-};
 
 struct AppWorld {
     platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z")};
