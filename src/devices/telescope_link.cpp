@@ -214,6 +214,7 @@ double TelescopeLink::GetTelescopeDec() {
     return dec;
 }
 
+/// `dec` holds the latest reading, also when the next one fails.
 void TelescopeLink::repeatReadOfDec(double& dec) {
     constexpr int kReads = 11;
     for (int read = 0; read < kReads && !isDeclination(dec); ++read) {

@@ -241,10 +241,7 @@ TEST(TelescopeLink, TriesFourTimesToConnect) {
         TelescopeWorld world;
         world.link.setTelescopeProgID(kScope);
         if (c.failures != 0) world.fail(kScope, "create", 429, c.failures);
-        platform::TimerHandle stop;
-        if (c.stopAfter > 0)
-            stop = world.loop.after(platform::Milliseconds{static_cast<long>(c.stopAfter * 1000)},
-                                    [&] { world.state.StopRequested = true; });
+        const auto stop = c.stopAfter > 0 ? world.stopAfter(c.stopAfter) : nullptr;
         world.link.EnsureTelescopeConnected();
         EXPECT_EQ(usesOf(world.host, kScope, "create"), c.creations);
         EXPECT_NEAR(world.elapsed(), c.seconds, 0.05);
@@ -356,8 +353,7 @@ TEST(TelescopeLink, GivesUpTheTrialsWhenStopped) {
         world.connect();
         world.fail(kScope, "SlewToCoordinatesAsync", 438);
         world.state.StopRequested = c.stopAfter == 0;
-        const auto stop = world.loop.after(platform::Milliseconds{static_cast<long>(c.stopAfter * 1000)},
-                                           [&] { world.state.StopRequested = true; });
+        const auto stop = world.stopAfter(c.stopAfter);
         world.link.SlewToCoordinates(24, 30);
         EXPECT_EQ(usesOf(world.host, kScope, "call SlewToCoordinatesAsync 0 30"), c.commands);
         EXPECT_NEAR(world.elapsed(), c.seconds, 1e-9);

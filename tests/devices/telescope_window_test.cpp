@@ -23,7 +23,6 @@ struct WindowWorld : test::TelescopeWorld {
                (window.cmdTelescopeSetup.enabled() ? "S" : "-") +
                (window.cmdDisconnectTelescope.enabled() ? "D" : "-");
     }
-    void pass(double seconds) { loop.sleep(platform::Milliseconds{static_cast<long>(seconds * 1000)}); }
     void open() {
         window.show();
         pass(1);

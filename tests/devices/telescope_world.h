@@ -4,16 +4,10 @@
 #include <memory>
 #include <string>
 
+#include "devices/device_world.h"
 #include "devices/telescope_link.h"
 #include "devices/utility_link.h"
-#include "platform/class_registry.h"
 #include "platform/dispatch_object.h"
-#include "platform/queued_event_loop.h"
-#include "platform/recording_host.h"
-#include "support/journal.h"
-#include "support/memory_settings_port.h"
-#include "support/recording_log.h"
-#include "support/recording_messages.h"
 
 namespace vantrel::test {
 
@@ -86,7 +80,7 @@ class FakeChooser : public platform::DispatchObject {
     }
 };
 
-struct TelescopeWorld {
+struct TelescopeWorld : DeviceWorld {
     TelescopeWorld() {
         for (const char* progId :
              {"ScopeSim.Telescope", "AxisSimulator.Telescope", "TheSky.Telescope", "GeminiTnF.Telescope"})
@@ -105,32 +99,12 @@ struct TelescopeWorld {
         link.LoadTelescope();
         forget();
     }
-    /// Forgets what happened so far.
-    void forget() {
-        host.takeJournal("*");
-        log.lines.clear();
-        messages.shown.clear();
-    }
-    void fail(const std::string& progId, const std::string& member, int number, long times = -1) {
-        host.inject({progId, member, {number, "Fake.Source", "it broke"}, std::nullopt, 0, times});
-    }
-    double elapsed() const { return static_cast<double>(time.sinceStart().count()) / 1000; }
 
     Mount mount;
     std::string choice = "AxisSimulator.Telescope";
 
-    platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{2}};
-    platform::QueuedEventLoop loop{time};
-    platform::ClassRegistry registry;
-    platform::RecordingHost host{registry};
-    MemorySettingsPort settings;
-    RecordingLog log;
-    RecordingMessages messages;
-    engine::RunState state;
-    platform::Screen screen{{0, 0, 1920, 1040}};
     devices::frmTelescope window{screen};
     devices::UtilityLink utility{host};
-    devices::Services services{loop, host, settings, log, messages, state};
     devices::TelescopeLink link{services, utility, window};
 };
 

@@ -1,0 +1,435 @@
+#include "devices/camera_link.h"
+
+#include <gmock/gmock.h>
+
+#include "devices/imaging_world.h"
+
+namespace vantrel::devices {
+namespace {
+
+using test::actionsOn;
+using test::ImagingWorld;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Strings = std::vector<std::string>;
+using Messages = std::vector<test::RecordingMessages::Shown>;
+
+constexpr const char* kMaxIm = "MaxIm.CCDCamera";
+constexpr const char* kCCDSoft = "CCDSoft.Camera";
+
+/// A world whose operator uses this program.
+struct CameraWorld : ImagingWorld {
+    explicit CameraWorld(const std::string& program) {
+        installMaxIm();
+        installCCDSoft();
+        programs.ImagingSoftware = program;
+        if (program == "MaxIm") programs.maxImCamera = host.create(kMaxIm);
+        if (program == "CCDSoft") programs.ccdSoftCamera = host.create(kCCDSoft);
+        messages.secondsToShow = 7;
+        forget();
+    }
+};
+
+TEST(CameraLink, ExposesWithMaxIm) {
+    CameraWorld world("MaxIm");
+    world.settings.SaveSetting("Solve", "CamBin", "2");
+    world.state.StopRequested = true;
+    world.state.CameraFailed = true;
+    world.link.AcquireImage(5);
+    EXPECT_THAT(actionsOn(world.host, kMaxIm),
+                ElementsAre("put LinkEnabled True", "put BinX 1", "put BinY 1", "call SetFullFrame",
+                            "put BinX 2", "put BinY 2", "call Expose 5 1 2"));
+    EXPECT_FALSE(world.state.CameraFailed);
+    EXPECT_FALSE(world.state.StopRequested);
+    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_NEAR(world.elapsed(), 5, 0.11);
+}
+
+TEST(CameraLink, ExposesWithCCDSoft) {
+    CameraWorld world("CCDSoft");
+    world.panel.chkUseCCDSoftSubFrame.setValue(1);
+    world.link.AcquireImage(5);
+    EXPECT_THAT(
+        actionsOn(world.host, kCCDSoft),
+        ElementsAre("call Connect", "put AutoSaveOn 0", "put ScreenShutter 0", "put ToNewWindow 0",
+                    "put Subframe 0", "put AutoSaveFileFormat 0", "put Series 1", "put ImageReduction 1",
+                    "put BinX 3", "put BinY 3", "put Frame 1", "put Subframe True", "put ExposureTime 5",
+                    "put Asynchronous True", "call TakeImage"));
+    EXPECT_THAT(actionsOn(world.host, "CCDSoft.Image"), ElementsAre("create", "call AttachToActiveImager"));
+    EXPECT_NE(world.programs.ccdSoftImage, nullptr);
+    EXPECT_FALSE(world.state.CameraFailed);
+    EXPECT_NEAR(world.elapsed(), 5, 0.11);
+}
+
+TEST(CameraLink, TurnsTheExposureTimeIntoWhatTheProgramTakes) {
+    struct Case {
+        const char* why;
+        const char* program;
+        double seconds;
+        const char* use;
+    };
+    for (const Case& c : {Case{"a negative time is a dark frame", "MaxIm", -2, "call Expose 2 0 2"},
+                          Case{"no time at all", "MaxIm", 0, "call Expose 0 1 2"},
+                          Case{"too short for the program", "CCDSoft", 0, "put ExposureTime 0.11"}}) {
+        CameraWorld world(c.program);
+        world.link.AcquireImage(c.seconds);
+        EXPECT_THAT(actionsOn(world.host, "*"), testing::Contains(c.use)) << c.why;
+    }
+}
+
+TEST(CameraLink, CopesWithACCDSoftThatBlocksOrLacksSettings) {
+    CameraWorld world("CCDSoft");
+    world.camera.asynchronous = false;
+    for (const char* member : {"ScreenShutter", "Series"}) world.fail(kCCDSoft, member, 438);
+    world.link.AcquireImage(5);
+    EXPECT_FALSE(world.state.CameraFailed);
+    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_NEAR(world.elapsed(), 5, 0.01);
+}
+
+// ---- failures of an exposure
+
+struct FailureCase {
+    const char* why;
+    const char* program;
+    std::function<void(CameraWorld&)> prepare;
+    double seconds;  // until it is over
+    bool cameraFailed;
+    Strings log;
+    double shownFor;  // seconds; 0: nothing is shown
+};
+
+TEST(CameraLink, ReportsAnExposureThatFails) {
+    const auto never = [](CameraWorld& world) { world.camera.readyAfter = 1000; };
+    const auto waitingFor = [&](const char* grace) {
+        return [=](CameraWorld& world) {
+            never(world);
+            world.txtPostExpDelay.setText(grace);
+        };
+    };
+    const std::string tookTooLong =
+        "Error 32768: Exposure by MaxIm DL failed after being successfully started.\r\n"
+        "Module modComponents sub TakePicture";
+    const std::string notStarted =
+        "Error 32768: MaxIm DL Failed to start the exposure\r\nModule modComponents sub TakePicture";
+    const Strings noImage = {"** CCD Soft Image not available (after waiting 60 sec) **", "mod TakeCCDImage",
+                             " Error 0: \r\nModule modComponents sub TakeCCDSoftImage"};
+    const auto failing = [](const char* progId, const char* member, int number) {
+        return [=](CameraWorld& world) { world.fail(progId, member, number); };
+    };
+
+    for (const FailureCase& c : {
+             FailureCase{"no image, default grace", "MaxIm", never, 67, true, {tookTooLong}, 5},
+             {"no grace field", "MaxIm", waitingFor(""), 67, true, {tookTooLong}, 5},
+             {"a grace of 3.5 s", "MaxIm", waitingFor("3.5"), 68.5, true, {tookTooLong}, 5},
+             {"a negative grace is none", "MaxIm", waitingFor("-1"), 67, true, {tookTooLong}, 5},
+             {"the image comes during the grace",
+              "MaxIm",
+              [](CameraWorld& world) { world.camera.readyAfter = 61; },
+              67,
+              false,
+              {},
+              0},
+             {"Expose says no",
+              "MaxIm",
+              [](CameraWorld& world) { world.answer(kMaxIm, "Expose", false); },
+              0,
+              true,
+              {notStarted},
+              5},
+             {"Expose fails", "MaxIm", failing(kMaxIm, "Expose", 438), 0, true, {notStarted}, 5},
+             {"aborted in the program",
+              "MaxIm",
+              failing(kMaxIm, "ImageReady", 65535),
+              0,
+              true,
+              {"Exposure Aborted"},
+              5},
+             {"the program breaks",
+              "MaxIm",
+              failing(kMaxIm, "ImageReady", 438),
+              0,
+              true,
+              {"Error 438: it broke\r\nModule modComponents sub TakePicture"},
+              5},
+             {"the binning is refused",
+              "MaxIm",
+              failing(kMaxIm, "BinX", 438),
+              0,
+              true,
+              {"Fake.Source Error 438: it broke\r\nModule modComponents Sub AcquireImage"},
+              5},
+
+             {"no image, default grace", "CCDSoft", never, 67, true, noImage, 5},
+             {"a grace of 3.5 s", "CCDSoft", waitingFor("3.5"), 68.5, true, noImage, 5},
+             {"the image comes during the grace",
+              "CCDSoft",
+              [](CameraWorld& world) { world.camera.readyAfter = 61; },
+              67,
+              false,
+              {},
+              0},
+             {"aborted in the program",
+              "CCDSoft",
+              failing(kCCDSoft, "TakeImage", 65535),
+              0,
+              true,
+              {"Exposure Aborted"},
+              7},
+             {"the program breaks",
+              "CCDSoft",
+              failing(kCCDSoft, "TakeImage", 438),
+              0,
+              true,
+              {"Fake.Source Error 438: it broke\r\nModule modComponents sub TakeCCDSoftImage"},
+              5},
+         }) {
+        SCOPED_TRACE(std::string(c.program) + ": " + c.why);
+        CameraWorld world(c.program);
+        c.prepare(world);
+        world.link.AcquireImage(5);
+        EXPECT_NEAR(world.elapsed(), c.seconds, 0.11);
+        EXPECT_EQ(world.state.CameraFailed, c.cameraFailed);
+        EXPECT_EQ(world.log.lines, c.log);
+        EXPECT_EQ(world.messages.shown, c.shownFor > 0 ? (Messages{{c.log.back(), c.shownFor}}) : Messages{});
+    }
+}
+
+TEST(CameraLink, StopsAtTheOperatorsWish) {
+    struct Case {
+        const char* program;
+        bool closing;  // the main window closes, instead of a Stop
+        bool cameraFailed;
+        Strings log;
+        long aborts;
+    };
+    for (const Case& c : {
+             Case{"MaxIm", false, false, {}, 0},
+             Case{"MaxIm", true, false, {}, 0},
+             Case{"CCDSoft", false, true, {"Exposure aborted"}, 2},
+             Case{"CCDSoft", true, false, {}, 2},
+         }) {
+        SCOPED_TRACE(testing::Message() << c.program << (c.closing ? ", closing" : ", Stop"));
+        CameraWorld world(c.program);
+        const auto stop = world.loop.after(platform::Milliseconds{3000}, [&] {
+            world.state.StopRequested = true;
+            world.state.AppUnloading = c.closing;
+        });
+        world.link.AcquireImage(60);
+        EXPECT_NEAR(world.elapsed(), 3, 0.11);
+        EXPECT_EQ(world.state.CameraFailed, c.cameraFailed);
+        EXPECT_EQ(world.log.lines, c.log);
+        EXPECT_EQ(world.messages.shown.size(), c.log.size());
+        EXPECT_EQ(test::usesOf(world.host, kCCDSoft, "call abort"), c.aborts);
+    }
+}
+
+TEST(CameraLink, DoesNothingWhileTheProgramEnds) {
+    CameraWorld world("MaxIm");
+    world.state.AppUnloading = true;
+    world.link.AcquireImage(5);
+    EXPECT_THAT(world.host.takeJournal("*"), IsEmpty());
+}
+
+TEST(CameraLink, SaysThatTheCameraCannotBeStarted) {
+    const std::string failed = "Failed to start camera!\r\nVerify camera model in Imaging Software";
+    struct Case {
+        const char* why;
+        const char* program;
+        std::function<void(CameraWorld&)> prepare;
+        Strings log;
+    };
+    for (const Case& c : {
+             Case{"MaxIm doesn't link",
+                  "MaxIm",
+                  [](CameraWorld& world) { world.answer(kMaxIm, "LinkEnabled", false); },
+                  {failed}},
+             Case{"CCDSoft doesn't link",
+                  "CCDSoft",
+                  [](CameraWorld& world) { world.answer(kCCDSoft, "State", 3); },
+                  {failed}},
+             Case{"MaxIm fails",
+                  "MaxIm",
+                  [](CameraWorld& world) { world.fail(kMaxIm, "LinkEnabled", 438); },
+                  {"Fake.Source Error 438: it broke\r\nModule modComponents Property Let camLinkEnabled",
+                   "Fake.Source Error 438: it broke\r\nModule modComponents Property Get camLinkEnabled",
+                   failed}},
+             Case{"no program in use",
+                  "NeedToSelect",
+                  [](CameraWorld&) {},
+                  {" Error 0: \r\nModule modComponents Property Let camLinkEnabled",
+                   " Error 0: \r\nModule modComponents Property Get camLinkEnabled", failed}},
+         }) {
+        SCOPED_TRACE(c.why);
+        CameraWorld world(c.program);
+        c.prepare(world);
+        world.link.AcquireImage(5);
+        EXPECT_EQ(world.log.lines, c.log);
+        EXPECT_EQ(world.messages.shown.back(), (test::RecordingMessages::Shown{failed, 7}));
+        EXPECT_EQ(world.messages.shown.size(), c.log.size());
+        EXPECT_FALSE(world.state.CameraFailed);
+        EXPECT_EQ(world.elapsed(), 0) << "nothing is exposed";
+    }
+}
+
+TEST(CameraLink, BringsTheProgramBackWhenAskedTo) {
+    for (const bool asked : {true, false}) {
+        CameraWorld world("CCDSoft");
+        world.openCCDSoft();
+        world.desktop.find(world.ccdSoftMain)->minimised = true;
+        if (asked) world.settings.SaveSetting("PolarAlign", "EnableRestoreImagingSW", "1");
+        world.link.AcquireImage(1);
+        EXPECT_EQ(world.desktop.minimised(world.ccdSoftMain), !asked);
+    }
+}
+
+// ---- one camera, two programs
+
+TEST(CameraLink, FreesTheCameraFromTheOtherProgram) {
+    struct Case {
+        const char* why;
+        const char* program;
+        bool otherIsOpen, otherHolds, link;
+        Strings actions;
+    };
+    for (const Case& c : {
+             Case{"CCDSoft is closed", "MaxIm", false, false, true, {"put LinkEnabled True"}},
+             Case{"CCDSoft is open",
+                  "MaxIm",
+                  true,
+                  false,
+                  true,
+                  {"create", "call Disconnect", "put LinkEnabled True"}},
+             Case{"CCDSoft is open, unlinking",
+                  "MaxIm",
+                  true,
+                  false,
+                  false,
+                  {"create", "call Disconnect", "put LinkEnabled False"}},
+             Case{"MaxIm is closed", "CCDSoft", false, false, true, {"call Connect"}},
+             Case{"MaxIm holds the camera",
+                  "CCDSoft",
+                  true,
+                  true,
+                  true,
+                  {"create", "put LinkEnabled True", "put LinkEnabled False", "call Connect"}},
+             Case{"MaxIm is open without it", "CCDSoft", true, false, true, {"create", "call Connect"}},
+             Case{"unlinking bothers nobody", "CCDSoft", true, true, false, {"call Disconnect"}},
+         }) {
+        SCOPED_TRACE(c.why);
+        CameraWorld world(c.program);
+        if (c.otherIsOpen && world.programs.usesMaxIm()) world.openCCDSoft();
+        if (c.otherIsOpen && world.programs.usesCCDSoft()) {
+            world.openMaxIm();
+            world.desktop.find(world.connectButton)->buttonState = c.otherHolds ? 1 : 0;
+        }
+        world.link.setCamLinkEnabled(c.link);
+        EXPECT_EQ(actionsOn(world.host, "*"), c.actions);
+        EXPECT_EQ(world.programs.ImagingSoftware, c.program);
+        EXPECT_EQ(world.programs.usesMaxIm() ? world.programs.ccdSoftCamera : world.programs.maxImCamera,
+                  nullptr);
+        EXPECT_THAT(world.log.lines, IsEmpty());
+    }
+}
+
+TEST(CameraLink, KeepsTheProgramInUseWhenTheOtherCannotBeReached) {
+    CameraWorld world("MaxIm");
+    world.openCCDSoft();
+    world.fail(kCCDSoft, "create", 429);
+    world.link.setCamLinkEnabled(true);
+    EXPECT_EQ(world.programs.ImagingSoftware, "MaxIm");
+    EXPECT_THAT(
+        world.log.lines,
+        ElementsAre("Fake.Source Error 429: it broke\r\nModule modComponents Property Let camLinkEnabled"));
+}
+
+TEST(CameraLink, LinkOperationsReportTheirFailures) {
+    struct Case {
+        const char* program;
+        const char* progId;
+        const char* member;
+        std::function<void(CameraLink&)> act;
+        const char* label;
+    };
+    for (const Case& c : {
+             Case{"MaxIm", kMaxIm, "LinkEnabled", [](CameraLink& l) { l.DisconnectMaxImCamera(); },
+                  "Sub DisconnectMaxImCamera"},
+             Case{"CCDSoft", kCCDSoft, "Disconnect", [](CameraLink& l) { l.DisconnectCCDSoftCamera(); },
+                  "Sub DisconnectCCDSoftCamera"},
+             Case{"MaxIm", kMaxIm, "DisableAutoShutdown",
+                  [](CameraLink& l) { l.setCamDisableAutoShutdown(true); },
+                  "Property Let camDisableAutoShutdown"},
+             Case{"CCDSoft", "CCDSoft.Image", "AttachToActiveImager",
+                  [](CameraLink& l) { l.AttachCCDSoftImageToActiveImager(); },
+                  "Sub AttachCCDSoftImageToActiveImager"},
+         }) {
+        CameraWorld world(c.program);
+        world.openMaxIm();
+        world.desktop.find(world.connectButton)->buttonState = 1;
+        world.fail(c.progId, c.member, 438);
+        c.act(world.link);
+        const std::string report =
+            std::string("Fake.Source Error 438: it broke\r\nModule modComponents ") + c.label;
+        EXPECT_THAT(world.log.lines, ElementsAre(report));
+        EXPECT_EQ(world.messages.shown, (Messages{{report, 5}}));
+        EXPECT_EQ(world.link.CameraMessage(), report);
+    }
+}
+
+TEST(CameraLink, KeepsQuietAboutTheWayOfExposing) {
+    CameraWorld world("CCDSoft");
+    world.fail(kCCDSoft, "Asynchronous", 438);
+    world.link.setCCDSoftIsAsynchronous(true);
+    EXPECT_EQ(world.state.LastMessage,
+              "Fake.Source Error 438: it broke\r\nmodComponents Property Let CCDSoftIsAsynchronous");
+    EXPECT_FALSE(world.link.CCDSoftIsAsynchronous());
+    EXPECT_EQ(world.state.LastMessage,
+              "Fake.Source Error 438: it broke\r\nmodComponents Property Get CCDSoftIsAsynchronous");
+    EXPECT_THAT(world.log.lines, IsEmpty());
+    EXPECT_THAT(world.messages.shown, IsEmpty());
+}
+
+TEST(CameraLink, LeavesTheProgramThatIsNotInUseAlone) {
+    CameraWorld maxIm("MaxIm"), ccdSoft("CCDSoft");
+    maxIm.link.DisconnectCCDSoftCamera();
+    maxIm.link.setCCDSoftIsAsynchronous(true);
+    maxIm.link.abortCCDSoftExposure();
+    ccdSoft.link.DisconnectMaxImCamera();
+    ccdSoft.link.setCamDisableAutoShutdown(true);
+    EXPECT_THAT(maxIm.host.takeJournal("*"), IsEmpty());
+    EXPECT_THAT(ccdSoft.host.takeJournal("*"), IsEmpty());
+}
+
+// ---- saving
+
+TEST(CameraLink, SavesInTheImageFolder) {
+    CameraWorld maxIm("MaxIm");
+    maxIm.settings.SaveSetting("PolarAlign", "ImagePath", "D:\\Images");
+    maxIm.link.SaveImageToFile("SavedImage.fit");
+    EXPECT_THAT(actionsOn(maxIm.host, "*"), ElementsAre("call SaveImage D:\\Images\\SavedImage.fit"));
+    EXPECT_EQ(maxIm.state.LastSavedImage, "SavedImage.fit");
+
+    CameraWorld ccdSoft("CCDSoft");
+    ccdSoft.link.AttachCCDSoftImageToActiveImager();
+    ccdSoft.forget();
+    ccdSoft.link.SaveImageToFile("SavedImage.fit");
+    EXPECT_THAT(actionsOn(ccdSoft.host, "*"), ElementsAre("put path C:\\SavedImage.fit", "call Save"));
+}
+
+TEST(CameraLink, LogsAnImageThatCannotBeSaved) {
+    for (const auto& [program, failure] : std::vector<std::pair<std::string, std::string>>{
+             {"", " Error 0: "},
+             {"MaxIm", "Fake.Source Error 438: it broke"},
+             {"CCDSoft", "Vantrel Error 91: Object variable or With block variable not set"}}) {
+        CameraWorld world(program);
+        world.fail(kMaxIm, "SaveImage", 438);
+        world.link.SaveImageToFile("SavedImage.fit");
+        EXPECT_THAT(world.log.lines, ElementsAre(failure + "\r\nmodUtilities Sub SaveImageToFile"));
+        EXPECT_THAT(world.messages.shown, IsEmpty());
+        EXPECT_EQ(world.state.LastSavedImage, "");
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::devices
