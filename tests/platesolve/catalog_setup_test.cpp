@@ -1,0 +1,108 @@
+#include "platesolve/catalog_setup.h"
+
+#include <gmock/gmock.h>
+
+#include "platesolve/solving_world.h"
+
+namespace vantrel::platesolve {
+namespace {
+
+using testing::ElementsAre;
+using Item = platform::ComboBox::Item;
+
+class Catalogs : public testing::Test, protected test::SolvingWorld {
+  protected:
+    void start() {
+        catalogs.restore();
+        panel.framePP.setVisible(true);
+    }
+    std::optional<std::string> stored(const std::string& key) { return settings.root.read("Solve", key); }
+};
+
+TEST_F(Catalogs, AreListedByNumber) {
+    start();
+    EXPECT_THAT(panel.cmbppCat.items(),
+                ElementsAre(Item{"GSC-1.1", 0}, Item{"USNO-SA2.0", 1}, Item{"GSC-ACT", 3}, Item{"Tycho-2", 4},
+                            Item{"USNO-A2.0", 5}, Item{"UCAC2", 6}, Item{"USNO-B", 7}, Item{"USNO-B-Net", 8},
+                            Item{"NOMAD-Net", 9}));
+    EXPECT_EQ(ppCatName(2), "");
+    EXPECT_EQ(ppCatName(10), "");
+}
+
+TEST_F(Catalogs, AtStart) {
+    struct Case {
+        const char* stored;
+        int number;
+        const char* name;
+        const char* folder;
+    };
+    const Case cases[] = {{nullptr, 3, "GSC-ACT", "C:\\"},
+                          {"4", 4, "Tycho-2", "D:\\Tycho"},
+                          {"2", 2, "", "C:\\"},
+                          {"1e9", 3, "GSC-ACT", "C:\\"}};
+    for (const Case& c : cases) {
+        SolvingWorld world;
+        if (c.stored != nullptr) world.settings.SaveSetting("Solve", "ppCatalog", c.stored);
+        world.settings.SaveSetting("Solve", "ppCatPath4", "D:\\Tycho");
+        world.catalogs.restore();
+        EXPECT_EQ(world.catalogs.PinPointCatalog(), c.number);
+        EXPECT_EQ(world.panel.cmbppCat.text(), c.name);
+        EXPECT_EQ(world.solver.selectedCatalog(), c.name);
+        EXPECT_EQ(world.panel.txtCatPath.text(), c.folder);
+    }
+}
+
+TEST_F(Catalogs, KeepTheirOwnFolders) {
+    start();
+    panel.lblCatTest.setCaption("Test passed");
+    ASSERT_TRUE(panel.cmbppCat.choose("USNO-B"));
+    EXPECT_EQ(catalogs.PinPointCatalog(), 7);
+    EXPECT_EQ(panel.lblCatTest.caption(), "");
+    EXPECT_EQ(panel.txtCatPath.text(), "C:\\");
+    EXPECT_EQ(stored("ppCatPath7"), "C:\\");
+
+    panel.txtCatPath.type("E:\\B");
+    panel.cmbppCat.choose("UCAC2");
+    EXPECT_EQ(panel.txtCatPath.text(), "C:\\");
+    panel.cmbppCat.choose("USNO-B");
+    EXPECT_EQ(panel.txtCatPath.text(), "E:\\B");
+}
+
+TEST_F(Catalogs, OnTheInternetHaveNoFolder) {
+    start();
+    for (const auto& [name, key] : {std::pair{"USNO-B-Net", "ppCatPath8"}, {"NOMAD-Net", "ppCatPath9"}}) {
+        panel.cmbppCat.choose(name);
+        EXPECT_EQ(panel.txtCatPath.text(), "Internet");
+        EXPECT_EQ(stored(key), "Internet");
+    }
+    panel.cmbppCat.choose("GSC-ACT");
+    EXPECT_EQ(panel.txtCatPath.text(), "C:\\");
+}
+
+TEST_F(Catalogs, FolderDialog) {
+    start();
+    dialogs.answers = {"F:\\GSC"};
+    panel.cmdSetDir.click();
+    EXPECT_THAT(dialogs.titles, ElementsAre("Set PinPoint path"));
+    EXPECT_EQ(panel.txtCatPath.text(), "F:\\GSC");
+    EXPECT_EQ(stored("ppCatPath3"), "F:\\GSC");
+
+    panel.cmdSetDir.click();  // cancelled
+    EXPECT_EQ(panel.txtCatPath.text(), "c:\\");
+    EXPECT_EQ(stored("ppCatPath3"), "c:\\");
+}
+
+TEST_F(Catalogs, AreStoredAtTheEndAndWhenThePathIsLeft) {
+    start();
+    panel.cmbppCat.choose("UCAC2");
+    panel.txtCatPath.type("G:\\U");
+    EXPECT_EQ(stored("ppCatPath6"), "C:\\");
+    panel.txtCatPath.leave();
+    EXPECT_EQ(stored("ppCatPath6"), "G:\\U");
+    catalogs.save();
+    EXPECT_EQ(stored("ppCatalog"), "6");
+    EXPECT_EQ(stored("CatPath"), "G:\\U");
+}
+
+}  // namespace
+}  // namespace vantrel::platesolve

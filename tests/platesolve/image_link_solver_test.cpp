@@ -1,0 +1,150 @@
+#include "platesolve/image_link_solver.h"
+
+#include <gmock/gmock.h>
+
+#include "platesolve/solving_world.h"
+
+namespace vantrel::platesolve {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class ImageLink : public testing::Test, protected test::SolvingWorld {
+  protected:
+    ImageLink() {
+        panel.optAutoAstrometry.select();
+        state.ExposureRA = 23.75;
+        state.ExposureDec = 10;
+        openImage(0.1, 10.5);
+        forget();
+    }
+
+    /// The open image, and what the link will find on it (hours, degrees).
+    void openImage(double ra, double dec) {
+        image = std::make_shared<test::FakeImage>(std::map<std::string, platform::Value>{{"CRVAL1", ra * 15},
+                                                                                         {"CRVAL2", dec},
+                                                                                         {"CD1_1", "0.001"},
+                                                                                         {"CD1_2", -0.002},
+                                                                                         {"CD2_1", 0.003},
+                                                                                         {"CD2_2", "4E-3"}});
+    }
+
+    std::optional<engine::PlateSolution> solve() { return solver.SolvePlate("ignored", 0.5, 0.25); }
+};
+
+TEST_F(ImageLink, SolvesTheOpenImage) {
+    panel.txtTheSkyImageScale.setText("1.75");
+    const auto solution = solve();
+
+    ASSERT_TRUE(solution);
+    EXPECT_THAT(test::actionsOn(host, "CCDsoft.Image"),
+                ElementsAre("create", "put FITSKeyword OBJCTRA 0.25[ ][ ]",
+                            "put FITSKeyword OBJCTDEC +10.25[ ][ ][ ]", "put ScaleInArcsecondsPerPixel 1.75",
+                            "call InsertWCS"));
+    EXPECT_THAT(log.lines, ElementsAre("Plate Solve Attempt at RA = deg-hms 3.75  Dec = dms 10.25",
+                                       " RA = 00h 06m 00.000s", " Dec = 10° 30' 00.00\"",
+                                       " RA Error = 0.350000", " Dec Error = 0.500000"));
+    EXPECT_NEAR(solution->ra, 0.1, 1e-12);
+    EXPECT_EQ(solution->dec, 10.5);
+    EXPECT_EQ(solution->CD1_1, 0.001);
+    EXPECT_EQ(solution->CD1_2, -0.002);
+    EXPECT_EQ(solution->CD2_1, 0.003);
+    EXPECT_EQ(solution->CD2_2, 0.004);
+    EXPECT_TRUE(state.PlateSolved);
+    EXPECT_NEAR(state.PlateRAError, 0.35, 1e-12);
+    EXPECT_EQ(state.PlateDecError, 0.5);
+}
+
+TEST_F(ImageLink, StartsWithASignedDeclination) {
+    struct Case {
+        double dec;
+        const char* expected;
+    };
+    for (const Case& c : {Case{0, "+0[ ][ ][ ]"}, Case{-0.5, "-0.5[ ][ ][ ]"}, Case{61, "+61[ ][ ][ ]"}}) {
+        state.ExposureDec = c.dec - 0.25;
+        solve();
+        EXPECT_EQ(image->keywords["OBJCTDEC"].toText(), c.expected);
+    }
+}
+
+TEST_F(ImageLink, ShowsTheErrorInRightAscensionWithItsSign) {
+    struct Case {
+        double exposure, solved;
+        double error;  // in [0, 24)
+        const char* logged;
+    };
+    const Case cases[] = {{23.9, 0.1, 0.2, " RA Error = 0.200000"},
+                          {0.1, 23.9, 23.8, " RA Error = -0.200000"},
+                          {3, 15, 12, " RA Error = 12.000000"},
+                          {15, 3, 12, " RA Error = 12.000000"}};
+    for (const Case& c : cases) {
+        state.ExposureRA = c.exposure;
+        openImage(c.solved, 10.5);
+        solve();
+        EXPECT_NEAR(state.PlateRAError, c.error, 1e-12);
+        EXPECT_TRUE(log.has(c.logged)) << c.logged;
+    }
+}
+
+TEST_F(ImageLink, SaysWhereALinkFailed) {
+    struct Case {
+        const char* what;
+        std::function<void()> arrange;
+        const char* logged;
+    };
+    const Case cases[] = {
+        {"the link", [&] { fail("CCDsoft.Image", "InsertWCS", 0, 1); }, "Error when performing image link"},
+        {"the scale", [&] { fail("CCDsoft.Image", "ScaleInArcsecondsPerPixel", 0, 1); },
+         "Error when performing image link"},
+        {"a scale that is no number", [&] { panel.txtTheSkyImageScale.setText("fine"); },
+         "Error when performing image link"},
+        {"the results", [&] { fail("CCDsoft.Image", "FITSKeyword", 2, 1); },
+         "Error while getting image link results"},
+        {"a CD keyword, after the rest was read", [&] { fail("CCDsoft.Image", "FITSKeyword", 5, 1); },
+         "Error while getting image link results"},
+        {"a keyword without a number",
+         [&] {
+             image = std::make_shared<test::FakeImage>(
+                 std::map<std::string, platform::Value>{{"CRVAL1", "unknown"}});
+         },
+         "Error while getting image link results"},
+        {"a missing keyword",
+         [&] {
+             image =
+                 std::make_shared<test::FakeImage>(std::map<std::string, platform::Value>{{"CRVAL1", 1.5}});
+         },
+         "Error while getting image link results"},
+    };
+    for (const Case& c : cases) {
+        panel.txtTheSkyImageScale.setText("3.0");
+        openImage(0.1, 10.5);
+        log.lines.clear();
+        c.arrange();
+        EXPECT_FALSE(solve()) << c.what;
+        EXPECT_EQ(log.lines.back(), c.logged) << c.what;
+        EXPECT_FALSE(state.PlateSolved) << c.what;
+    }
+}
+
+TEST_F(ImageLink, FailsSilentlyWhileTheProgramCloses) {
+    state.AppUnloading = true;
+    fail("CCDsoft.Image", "InsertWCS");
+    EXPECT_FALSE(solve());
+    EXPECT_EQ(log.lines.size(), 1U);
+}
+
+TEST_F(ImageLink, LeavesErrorsBeforeTheLinkToTheCaller) {
+    state.PlateSolved = true;
+    image.reset();
+    EXPECT_THROW(solve(), platform::OperationError);
+    EXPECT_FALSE(state.PlateSolved);
+    EXPECT_THAT(log.lines, IsEmpty());
+
+    openImage(0.1, 10.5);
+    fail("CCDsoft.Image", "FITSKeyword", 0, 1);
+    EXPECT_THROW(solve(), platform::OperationError);
+}
+
+}  // namespace
+}  // namespace vantrel::platesolve

@@ -1,0 +1,107 @@
+#include "platesolve/method_selection.h"
+
+#include <gmock/gmock.h>
+
+#include "platesolve/solving_world.h"
+
+namespace vantrel::platesolve {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Selecting : public testing::Test, protected test::SolvingWorld {
+  protected:
+    std::optional<std::string> stored(const std::string& key) {
+        return settings.root.read("PolarAlign", key);
+    }
+};
+
+TEST_F(Selecting, PinPoint) {
+    EXPECT_TRUE(panel.optPinPoint.click());
+    EXPECT_THAT(log.lines, ElementsAre("PinPoint is connected"));
+    EXPECT_EQ(state.PlateSolveMethod, "PP");
+    EXPECT_TRUE(panel.framePP.visible());
+    EXPECT_FALSE(panel.frameTheSky.visible());
+    EXPECT_EQ(stored("PlateSolveMethod"), "0");
+    EXPECT_EQ(engine.objects, 1);
+    EXPECT_TRUE(solver.pinPointSelected());
+}
+
+TEST_F(Selecting, AutoAstrometry) {
+    EXPECT_TRUE(panel.optAutoAstrometry.click());
+    EXPECT_THAT(log.lines, ElementsAre("Plate solve using TheSky"));
+    EXPECT_EQ(state.PlateSolveMethod, "TheSky");
+    EXPECT_FALSE(panel.framePP.visible());
+    EXPECT_TRUE(panel.frameTheSky.visible());
+    EXPECT_EQ(stored("PlateSolveMethod"), "1");
+    EXPECT_FALSE(solver.pinPointSelected());
+}
+
+TEST_F(Selecting, PinPointThatIsNotInstalledChangesNothing) {
+    registry.uninstall("PinPoint.Plate");
+    panel.optAutoAstrometry.click();
+    forget();
+    panel.optPinPoint.click();
+    EXPECT_THAT(log.lines, ElementsAre("PinPoint is not connected", "Error creating PinPoint.Plate"));
+    EXPECT_THAT(messages.shown, IsEmpty());
+    EXPECT_EQ(state.PlateSolveMethod, "TheSky");
+    EXPECT_TRUE(panel.frameTheSky.visible());
+    EXPECT_EQ(stored("PlateSolveMethod"), "1");
+    selection.save();
+    EXPECT_EQ(stored("PlateSolveMethod"), "1");
+}
+
+TEST_F(Selecting, PinPointThatFailsOnceItWasFoundIsReported) {
+    messages.secondsToShow = 7;
+    fail("PinPoint.Plate", "create", 1);
+    panel.optPinPoint.click();
+    EXPECT_THAT(log.lines, ElementsAre("Error creating PinPoint.Plate"));
+    EXPECT_THAT(messages.shown,
+                ElementsAre(test::RecordingMessages::Shown{"Error creating PinPoint.Plate", 7}));
+    EXPECT_EQ(state.PlateSolveMethod, "");
+    EXPECT_EQ(stored("PlateSolveMethod"), std::nullopt);
+}
+
+TEST_F(Selecting, MethodAtStart) {
+    struct Case {
+        const char* stored;
+        const char* method;
+    };
+    for (const Case& c : {Case{"", ""}, Case{"0", "PP"}, Case{"1", "TheSky"}, Case{"x", ""}}) {
+        SolvingWorld world;
+        world.settings.SaveSetting("PolarAlign", "PlateSolveMethod", c.stored);
+        world.selection.restore();
+        EXPECT_EQ(world.state.PlateSolveMethod, c.method) << c.stored;
+        EXPECT_EQ(world.panel.framePP.visible(), std::string(c.method) == "PP");
+        EXPECT_EQ(world.panel.frameTheSky.visible(), std::string(c.method) == "TheSky");
+        EXPECT_EQ(test::usesOf(world.host, "PinPoint.Plate", "create") > 0, std::string(c.method) == "PP");
+    }
+}
+
+TEST_F(Selecting, NothingIsSolvedWithoutAMethod) {
+    state.PlateSolved = true;
+    EXPECT_FALSE(solver.SolvePlate("SavedImage.fit", 0, 0));
+    EXPECT_FALSE(state.PlateSolved);
+    EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_F(Selecting, TheWayToTheSky) {
+    selection.restoreImageLink();
+    EXPECT_TRUE(panel.optImageLinkCCDSoft.selected());
+    panel.optAutoAstrometry.click();
+    panel.optImageLinkTheSky.click();
+    EXPECT_FALSE(selection.ImageLinkThroughCCDSoft());
+    EXPECT_EQ(stored("PlateSolveThroughCCDSoft"), "False");
+    panel.optImageLinkCCDSoft.click();
+    EXPECT_TRUE(selection.ImageLinkThroughCCDSoft());
+    EXPECT_EQ(stored("PlateSolveThroughCCDSoft"), "True");
+
+    SolvingWorld other;
+    other.settings.SaveSetting("PolarAlign", "PlateSolveThroughCCDSoft", "False");
+    other.selection.restoreImageLink();
+    EXPECT_TRUE(other.panel.optImageLinkTheSky.selected());
+}
+
+}  // namespace
+}  // namespace vantrel::platesolve

@@ -1,0 +1,199 @@
+#include "platesolve/solver_tests.h"
+
+#include <gmock/gmock.h>
+
+#include "platesolve/pinpoint_probe.h"
+#include "platesolve/solving_world.h"
+#include "platform/image_array.h"
+
+namespace vantrel::platesolve {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr const char* kPlate = "PinPoint.Plate";
+
+class PathTest : public testing::Test, protected test::SolvingWorld {
+  protected:
+    PathTest() {
+        catalogs.restore();
+        panel.framePP.setVisible(true);
+        panel.txtCatPath.setText("C:\\Stars");
+    }
+
+    std::string clickTest() {
+        forget();
+        EXPECT_TRUE(panel.cmdTestCatPath.click());
+        EXPECT_TRUE(panel.cmdTestCatPath.enabled());
+        EXPECT_EQ(engine.objects, 0) << "the test keeps no object";
+        return panel.lblCatTest.caption();
+    }
+
+    std::vector<std::string> putsAndCalls() {
+        std::vector<std::string> texts;
+        for (const auto& entry : host.takeJournal(kPlate)) {
+            if (entry.kind != "put" && entry.kind != "call") continue;
+            const bool image = entry.kind == "put" && entry.member == "ImageArray";
+            texts.push_back(image ? "put ImageArray" : test::asText(entry));
+        }
+        return texts;
+    }
+};
+
+constexpr const char* kPassed = "Test passed\r\n(see log)";
+constexpr const char* kFailed = "Test failed\r\n(see log)";
+
+TEST_F(PathTest, Probes) {
+    EXPECT_TRUE(PinPointIsInstalled(host));
+    EXPECT_TRUE(PinPointFullIsInstalled(host));
+    engine.acceptsArrays = false;
+    EXPECT_TRUE(PinPointIsInstalled(host));
+    EXPECT_FALSE(PinPointFullIsInstalled(host));
+    registry.uninstall(kPlate);
+    EXPECT_FALSE(PinPointIsInstalled(host));
+    EXPECT_FALSE(PinPointFullIsInstalled(host));
+    EXPECT_EQ(engine.objects, 0);
+
+    const auto image = ppVirtualCamera(2);
+    EXPECT_EQ(image->width(), 2U);
+    EXPECT_EQ(image->height(), 2U);
+    EXPECT_EQ(image->at(1, 1), 0);
+}
+
+TEST_F(PathTest, WithoutPinPoint) {
+    registry.uninstall(kPlate);
+    EXPECT_EQ(clickTest(), kFailed);
+    EXPECT_THAT(log.lines, ElementsAre("", "PinPoint is not installed"));
+}
+
+TEST_F(PathTest, FullEditionLooksUpStarsAroundAFixedPosition) {
+    panel.txtCatMaxMag.setText("14.5");
+    EXPECT_EQ(clickTest(), kPassed);
+    EXPECT_THAT(log.lines,
+                ElementsAre("", "** PinPoint test **", "Catalog: GSC-ACT", "Path: C:\\Stars",
+                            "Position:  RA hms 0 to 1 Dec dms 0 to 1", "Field search = 1.0 x 1.0 (degrees)",
+                            "PinPoint test passed with 57 stars found"));
+    auto actions = putsAndCalls();
+    ASSERT_GT(actions.size(), 14U);
+    EXPECT_THAT(actions[actions.size() - 2], HasSubstr("put ExposureStartTime"));
+    actions.erase(actions.end() - 2);
+    EXPECT_THAT(actions,
+                ElementsAre("put ImageArray",  // of the probe
+                            "put Catalog 3", "put CatalogPath C:\\Stars", "put CatalogMaximumMagnitude 20",
+                            "put CatalogMinimumMagnitude -2", "put ImageArray", "put CatalogExpansion 0",
+                            "put ArcsecPerPixelHoriz 600", "put ArcsecPerPixelVert 600", "put RollAngle 0",
+                            "put Equinox 2000", "put ProjectionType 1", "put CatalogMinimumMagnitude -2",
+                            "put CatalogMaximumMagnitude 14.5", "put RightAscension 0", "put Declination 0",
+                            "call FindCatalogStars"));
+}
+
+TEST_F(PathTest, FullEditionGoesOnAfterErrorsAndFails) {
+    fail(kPlate, "Equinox", 0, 1);
+    EXPECT_EQ(clickTest(), kFailed);
+    EXPECT_EQ(log.lines.front(), "Fake.Source error: it broke (-7)");
+    EXPECT_EQ(log.lines.back(), "PinPoint test failed");
+    EXPECT_EQ(log.lines.size(), 8U);
+    EXPECT_EQ(putsAndCalls().back(), "call FindCatalogStars");
+
+    panel.txtCatMaxMag.setText("faint");
+    EXPECT_EQ(clickTest(), kFailed);
+    EXPECT_EQ(log.lines.front(), "Vantrel error: Type mismatch (13)");
+}
+
+TEST_F(PathTest, FullEditionPassesWithoutStars) {
+    engine.findsCatalogStars = false;
+    EXPECT_EQ(clickTest(), kPassed);
+}
+
+TEST_F(PathTest, StopEndsTheFullTest) {
+    state.StopRequested = true;
+    EXPECT_EQ(clickTest(), kPassed) << "an old stop doesn't count";
+    loop.post([this] { state.StopRequested = true; });
+    EXPECT_EQ(clickTest(), kFailed);
+    EXPECT_THAT(log.lines, testing::IsEmpty());
+}
+
+TEST_F(PathTest, OtherEditionsSolveTheTestImage) {
+    engine.acceptsArrays = false;
+    state.StopRequested = state.PlateSolved = true;
+    writeImage("VTL_Test_Image.fit");
+    EXPECT_EQ(clickTest(), kPassed);
+    EXPECT_THAT(log.lines,
+                ElementsAre("", "", "** PinPoint LE test **", "Catalog: GSC-ACT", "Path: C:\\Stars",
+                            "Test image solved using 33 stars, average residual is 0.40 arcsec, order =4",
+                            " RA = 05h 30m 36.000s", " Dec = 20° 15' 00.00\"",
+                            " Roll = 30.000 HScale = 2.500 VScale = 2.400", "  "));
+    EXPECT_FALSE(state.StopRequested);
+    EXPECT_FALSE(state.PlateSolved);
+    auto actions = putsAndCalls();
+    actions.erase(actions.begin());  // the probe
+    EXPECT_THAT(
+        actions,
+        ElementsAre("call AttachFITS C:\\VTL_Test_Image.fit", "put Catalog 3", "put CatalogPath C:\\Stars",
+                    "put CatalogMinimumMagnitude -2", "put CatalogMaximumMagnitude 20",
+                    "put CatalogExpansion 0", "put ArcsecPerPixelHoriz 1.7", "put ArcsecPerPixelVert 1.7",
+                    "put RollAngle 0", "put Equinox 2000", "put ProjectionType 1", "put RightAscension 6.5",
+                    "put Declination -12.25", "call FindImageStars", "call FindCatalogStars", "call Solve"));
+}
+
+TEST_F(PathTest, MagnitudesOfTheTestImageByCatalog) {
+    writeImage("VTL_Test_Image.fit");
+    const std::map<std::string, std::string> faintest = {
+        {"GSC-1.1", "20"}, {"USNO-SA2.0", "15"}, {"GSC-ACT", "20"}, {"Tycho-2", "20"}, {"USNO-A2.0", "15"},
+        {"UCAC2", "20"},   {"USNO-B-Net", ""},   {"NOMAD-Net", ""}, {"USNO-B", ""}};
+    for (const auto& [name, magnitude] : faintest) {
+        panel.cmbppCat.choose(name);
+        host.takeJournal("*");
+        EXPECT_TRUE(tests.TestCatPath_PPLE());
+        std::string sent;
+        for (const auto& entry : host.takeJournal(kPlate))
+            if (entry.member == "CatalogMaximumMagnitude") sent = entry.arguments.back().toText();
+        EXPECT_EQ(sent, magnitude) << name;
+    }
+}
+
+TEST_F(PathTest, TestImageProblems) {
+    settings.SaveSetting("PolarAlign", "ImagePath", "C:\\Vantrel");
+    EXPECT_FALSE(tests.TestCatPath_PPLE());
+    EXPECT_THAT(log.lines,
+                ElementsAre("Could not open C:\\Vantrel\\VTL_Test_Image.fit", "(mod TestCatPathPPLE)"));
+
+    writeImage("Vantrel\\VTL_Test_Image.fit");
+    log.lines.clear();
+    engine.refusedAttaches = 2;
+    EXPECT_FALSE(tests.TestCatPath_PPLE());
+    EXPECT_THAT(log.lines, ElementsAre("AttachFITS Failed"));
+}
+
+TEST_F(PathTest, TestImageThatIsNotSolved) {
+    struct Case {
+        const char* member;
+        bool raises;
+        std::vector<std::string> before;
+        const char* reason;
+    };
+    const std::string broke = "Fake.Source error: it broke (-7)";
+    const Case cases[] = {{"FindImageStars", false, {}, " "},
+                          {"FindCatalogStars", false, {}, " "},
+                          {"Solve", false, {}, " "},
+                          {"Solve", true, {broke}, " it broke"},
+                          {"FindImageStars", true, {broke}, " it broke"}};
+    writeImage("VTL_Test_Image.fit");
+    for (const Case& c : cases) {
+        const std::string member = c.member;
+        engine.findsImageStars = member != "FindImageStars" || c.raises;
+        engine.findsCatalogStars = member != "FindCatalogStars";
+        engine.failingSolves = member == "Solve" && !c.raises ? 1 : 0;
+        if (c.raises) fail(kPlate, member, 0, 1);
+        log.lines.clear();
+        EXPECT_FALSE(tests.TestCatPath_PPLE()) << member;
+        auto expected = c.before;
+        expected.insert(expected.end(), {"", "** PinPoint LE test **", c.reason, "Catalog: GSC-ACT",
+                                         "Path: C:\\Stars", "PinPoint LE test failed", "  "});
+        EXPECT_THAT(log.lines, testing::ElementsAreArray(expected)) << member;
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::platesolve
