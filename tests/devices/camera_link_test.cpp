@@ -78,6 +78,17 @@ TEST(CameraLink, TurnsTheExposureTimeIntoWhatTheProgramTakes) {
     }
 }
 
+TEST(CameraLink, KeepsTheGraceOfTheSecondProgramAsAPauseOfTheFirst) {
+    CameraWorld world("CCDSoft");
+    world.txtPostExpDelay.setText("3.5");
+    world.link.AcquireImage(5);
+    world.programs.ImagingSoftware = "MaxIm";
+    world.programs.maxImCamera = world.host.create(kMaxIm);
+    const double before = world.elapsed();
+    world.link.AcquireImage(5);
+    EXPECT_NEAR(world.elapsed() - before, 3.5 + 5, 0.11);
+}
+
 TEST(CameraLink, CopesWithACCDSoftThatBlocksOrLacksSettings) {
     CameraWorld world("CCDSoft");
     world.camera.asynchronous = false;

@@ -58,7 +58,7 @@ TEST(ImagingSoftwareChoice, DecidesAtStartUp) {
              Case{"stored", "MC", "", "CCDSoft", "CCDSoft", "CCDSoft"},
              Case{"the open one wins", "MC", "M", "CCDSoft", "MaxIm", "MaxIm"},
              Case{"the open one, nothing stored", "MC", "C", "NeedToSelect", "CCDSoft", "CCDSoft"},
-             Case{"both open: the stored one", "MC", "MC", "MaxIm", "MaxIm", "MaxIm"},
+             Case{"both open: the stored one", "MC", "MC", "CCDSoft", "CCDSoft", "CCDSoft"},
              Case{"neither is installed", "", "", "NeedToSelect", "NeedToSelect", "NeedToSelect"},
              Case{"something else is stored", "MC", "", "Other", "Other", "Other"},
          }) {
