@@ -53,9 +53,7 @@ struct Application::Wiring {
     }
 
     void finish() {
-        if (shutdown.through()) return;
-        shutdown.finish();
-        application.endedChanged.emit();
+        if (shutdown.finish()) application.endedChanged.emit();
     }
 
     void start() {

@@ -14,8 +14,9 @@ void Shutdown::UnloadThisApplication() {
     parts_.state.StopRequested = true;
 }
 
-void Shutdown::finish() {
-    if (through_) return;
+bool Shutdown::finish() {
+    if (finishing_) return false;
+    finishing_ = true;
     using Step = void (Shutdown::*)();
     for (const Step step : {&Shutdown::saveEverything, &Shutdown::disconnectTelescope, &Shutdown::UnloadAll,
                             &Shutdown::AppQuit}) {
@@ -26,6 +27,7 @@ void Shutdown::finish() {
         }
     }
     through_ = true;
+    return true;
 }
 
 void Shutdown::saveEverything() {

@@ -17,8 +17,9 @@ class Shutdown {
     void UnloadThisApplication();
     bool begun() const { return begun_; }
 
-    /// All procedures have returned. Never throws.
-    void finish();
+    /// All procedures have returned: true when this call ended the program. Never throws. Events may run
+    /// meanwhile; a second call does nothing.
+    bool finish();
     bool through() const { return through_; }
 
   private:
@@ -29,6 +30,7 @@ class Shutdown {
 
     Parts& parts_;
     bool begun_ = false;
+    bool finishing_ = false;
     bool through_ = false;
 };
 
