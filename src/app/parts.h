@@ -10,7 +10,7 @@
 #include "app/frm_popup_msg.h"
 #include "app/log_window.h"
 #include "app/message_log.h"
-#include "app/missing_devices.h"
+#include "app/missing_star_finder.h"
 #include "app/observing_site.h"
 #include "app/popup_messages.h"
 #include "app/settings_fields.h"
@@ -18,6 +18,7 @@
 #include "correction/correction_sequence.h"
 #include "correction/image_overlays.h"
 #include "correction/polar_plot.h"
+#include "devices/imaging_software.h"
 #include "devices/telescope_window.h"
 #include "devices/utility_link.h"
 #include "engine/manual_exposures.h"
@@ -55,6 +56,7 @@ struct Parts {
     frmLog logForm;
     frmPopupMsg popupForm;
     devices::frmTelescope telescopeForm;
+    devices::frmSelectCCSoftware selectForm;
     correction::frmPolarPlot polarPlotForm;
     platesolve::frmPixelScale pixelScaleForm;
     frmOptions optionsForm;
@@ -73,7 +75,10 @@ struct Parts {
     devices::TelescopeLink telescope;
     devices::TelescopeWindow telescopeWindow;
     platform::ObjectRef profile;
-    NoCamera camera;
+    devices::ImagingPrograms imagingPrograms;
+    devices::ImagingWindows imagingWindows;
+    devices::CameraLink camera;
+    devices::ImagingSoftwareChoice imagingSoftware;
     ObservingSite site;
 
     // Plate solving
@@ -96,7 +101,7 @@ struct Parts {
     correction::OpenImage openImage;
     correction::ImageOverlays overlays;
     engine::ManualExposures exposures;
-    NoStarFinder starFinder;
+    MissingStarFinder starFinder;
     correction::CorrectionMarks marks;
     correction::StarPointing pointing;
     correction::CorrectionSequence correction;

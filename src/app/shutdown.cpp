@@ -11,6 +11,7 @@ void Shutdown::UnloadThisApplication() {
     if (begun_) return;
     begun_ = true;
     parts_.state.AppUnloading = true;
+    parts_.camera.abortCCDSoftExposure();
     parts_.state.StopRequested = true;
 }
 
@@ -18,8 +19,8 @@ bool Shutdown::finish() {
     if (finishing_) return false;
     finishing_ = true;
     using Step = void (Shutdown::*)();
-    for (const Step step : {&Shutdown::saveEverything, &Shutdown::disconnectTelescope, &Shutdown::UnloadAll,
-                            &Shutdown::AppQuit}) {
+    for (const Step step : {&Shutdown::saveEverything, &Shutdown::leaveImagingProgram,
+                            &Shutdown::disconnectTelescope, &Shutdown::UnloadAll, &Shutdown::AppQuit}) {
         try {
             (this->*step)();
         } catch (...) {
@@ -38,6 +39,8 @@ void Shutdown::saveEverything() {
     parts_.solverFields.save();
     parts_.catalogs.save();
 }
+
+void Shutdown::leaveImagingProgram() { parts_.camera.setCamDisableAutoShutdown(true); }
 
 void Shutdown::disconnectTelescope() {
     if (!parts_.fieldsFilled) return;
@@ -58,6 +61,7 @@ void Shutdown::UnloadAll() {
 void Shutdown::AppQuit() {
     parts_.log.release();
     parts_.openImage.release();
+    parts_.imagingPrograms.releaseObjects();
     parts_.pinPoint.releasePinPointPlate();
     parts_.telescope.releaseDriver();
     parts_.utility.release();

@@ -24,6 +24,7 @@ class Shutdown {
 
   private:
     void saveEverything();
+    void leaveImagingProgram();
     void disconnectTelescope();
     void UnloadAll();
     void AppQuit();

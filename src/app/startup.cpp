@@ -33,6 +33,7 @@ bool StartUp::Form_Load() {
         [this] { fillFields(); },
         [this] { placeMainWindow(); },
         [this] { parts_.utility.create(); },
+        [this] { parts_.imagingSoftware.startUp(); },
         [this] { parts_.telescopeWindow.linkAtStartUp(); },
         [this] { openProfile(); },
         [this] { parts_.site.restoreUseTelescope(); },

@@ -12,7 +12,7 @@ namespace vantrel::app {
 /// to the front. The guard has to live as long as the program.
 bool mayStart(platform::InstanceGuard& guard, platform::Dialogs& dialogs);
 
-/// The sequence that brings settings, folders, log and telescope into a usable state.
+/// The sequence that brings settings, folders, log, imaging program and telescope into a usable state.
 class StartUp {
   public:
     explicit StartUp(Parts& parts) : parts_(parts), setup_(parts.main.setup) {}

@@ -8,6 +8,7 @@
 #include "app/popup_messages.h"
 #include "app/startup.h"
 #include "app/version.h"
+#include "devices/imaging_world.h"
 #include "program_world.h"
 #include "support/journal.h"
 
@@ -47,10 +48,12 @@ struct ApplicationTest : testing::Test, test::ProgramWorld {
 
 TEST_F(ApplicationTest, StartsOnAFreshMachine) {
     start();
-    EXPECT_THAT(logged(),
-                ElementsAre("OS: ", "Log folder: C:\\Users\\me\\My Documents\\Vantrel\\Message Logs",
-                            "Vantrel Version " + versionText(), "Telescope Telescope Simulator is connected",
-                            HasSubstr("Telescope Site: Latitude = ")));
+    EXPECT_THAT(
+        logged(),
+        ElementsAre("OS: ", "Log folder: C:\\Users\\me\\My Documents\\Vantrel\\Message Logs",
+                    "Vantrel Version " + versionText(), "Neither MaxIm DL/CCD nor CCDSoft can be found",
+                    "You must install your Imaging Software", "Telescope Telescope Simulator is connected",
+                    HasSubstr("Telescope Site: Latitude = ")));
     EXPECT_THAT(journal(),
                 ElementsAre("ScopeSim.Telescope create", "DriverHelper.Util create",
                             "ScopeSim.Telescope create", "ScopeSim.Telescope put Connected True",
@@ -190,6 +193,45 @@ TEST_F(ApplicationTest, ClosingDuringAProcedureWaitsForItToReturn) {
     EXPECT_TRUE(program->ended());
     EXPECT_FALSE(hasLogged("Align Aborted")) << "procedures return silently";
     EXPECT_EQ(settings.read("PolarAlign", "DelayAfterSlew"), "5");
+}
+
+TEST_F(ApplicationTest, ClosingDuringAnExposureEndsItAndLetsGoOfTheImagingProgram) {
+    test::Camera camera;
+    const std::string path = "C:\\Imaging\\program.exe";
+    classes.install("MaxIm.CCDCamera",
+                    {[&] { return std::make_shared<test::FakeMaxImCamera>(loop, camera); }, path, "", ""});
+    classes.install(
+        "MaxIm.Application",
+        {[&] { return std::make_shared<test::FakeMaxImApplication>(loop, camera, 4.56); }, path, "", ""});
+    classes.install("CCDSoft.Camera",
+                    {[&] { return std::make_shared<test::FakeCCDSoftCamera>(loop, camera); }, path, "", ""});
+    windows.installProgram(path, {[] {}, "5.00.73"});
+    windows.open({"MaxIm DL Version 4", "Frame"});
+    windows.open({"CCDSoft", "Frame"});
+    const struct {
+        const char* program;
+        const char* progId;
+        const char* use;  // at the end
+    } rows[] = {{"CCDSoft", "CCDSoft.Camera", "call abort"},
+                {"MaxIm", "MaxIm.CCDCamera", "put DisableAutoShutdown True"}};
+    for (const auto& row : rows) {
+        settings.write("PolarAlign", "ImagingSoftware", row.program);
+        start();
+        EXPECT_THAT(logged(), Contains(HasSubstr("is the Imaging Software"))) << row.program;
+        control<TextBox>("frmMain.txtContinuousExposeInterval").type("300");
+        loop.post([this] { control<Button>("frmMain.cmdExpose").click(); });
+        const auto later = loop.after(platform::Milliseconds{5000}, [&] {
+            EXPECT_TRUE(program->busy()) << row.program;
+            host.takeJournal("*");
+            form("frmMain").closeByOperator();
+        });
+        pass(20);
+        EXPECT_TRUE(program->ended()) << row.program;
+        EXPECT_THAT(test::actionsOn(host, row.progId), Contains(row.use)) << row.program;
+        EXPECT_EQ(host.newest(row.progId), nullptr) << row.program;
+        EXPECT_EQ(settings.read("PolarAlign", "ImagingSoftware"), row.program);
+        EXPECT_EQ(settings.read("PolarAlign", "ContinuousExposeInterval"), "300");
+    }
 }
 
 TEST_F(ApplicationTest, ClosingDuringTheStartLeavesTheRestOut) {
