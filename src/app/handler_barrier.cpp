@@ -10,6 +10,7 @@ void HandlerBarrier::guard(Form& form) {
     guard(form.onDeactivate, form.name() + " Sub Form_Deactivate");
     guard(form.onResize, form.name() + " Sub Form_Resize");
     guard(form.onUnload, form.name() + " Sub Form_Unload");
+    guard(form.onClose, form.name() + " Sub Form_QueryUnload");
     guard(form.onClick, form.name() + " Sub Form_Click");
     for (Control* control : form.controls()) guardControl(*control);
 }

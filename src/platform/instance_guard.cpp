@@ -1,6 +1,7 @@
 #include "platform/instance_guard.h"
 
 #include <cerrno>
+#include <fstream>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -20,11 +21,22 @@ bool LockFileGuard::acquire() {
     if (descriptor < 0) return true;
     if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
         descriptor_ = descriptor;
+        activationRequested();  // a request to an instance that is gone
         return true;
     }
     const bool heldByAnother = errno == EWOULDBLOCK;
     ::close(descriptor);
     return !heldByAnother;
+}
+
+void LockFileGuard::activateOther() {
+    // A request that can't be written leaves the window where it is.
+    const std::ofstream request(requestFile());
+}
+
+bool LockFileGuard::activationRequested() {
+    std::error_code ignored;
+    return std::filesystem::remove(requestFile(), ignored);
 }
 
 }  // namespace vantrel::platform

@@ -12,12 +12,15 @@ class InstanceGuard {
     /// True when this instance may run; it stays the only one until the guard goes.
     virtual bool acquire() = 0;
 
-    /// Brings the window of the instance that runs to the front, as far as the desktop allows it.
+    /// Asks the instance that runs to bring its window to the front.
     virtual void activateOther() = 0;
+
+    /// In the instance that runs: true once after another one asked for the window.
+    virtual bool activationRequested() = 0;
 };
 
-/// Holds a lock on a file, which the system gives back however the program ends. A lock file that can't be
-/// created keeps nobody from running.
+/// Holds a lock on a file, which the system gives back however the program ends; requests are a file beside
+/// it. A lock file that can't be created keeps nobody from running.
 class LockFileGuard : public InstanceGuard {
   public:
     explicit LockFileGuard(std::filesystem::path file) : file_(std::move(file)) {}
@@ -26,10 +29,12 @@ class LockFileGuard : public InstanceGuard {
     ~LockFileGuard() override;
 
     bool acquire() override;
-    /// A file alone reaches no window; a front that knows the desktop overrides this.
-    void activateOther() override {}
+    void activateOther() override;
+    bool activationRequested() override;
 
   private:
+    std::filesystem::path requestFile() const { return file_.string() + ".activate"; }
+
     std::filesystem::path file_;
     int descriptor_ = -1;
 };

@@ -138,6 +138,7 @@ TEST_F(ApplicationTest, OnlyOneInstanceRuns) {
         int activated = 0;
         bool acquire() override { return alone; }
         void activateOther() override { ++activated; }
+        bool activationRequested() override { return false; }
     } guard;
     EXPECT_TRUE(mayStart(guard, dialogs));
     EXPECT_TRUE(dialogs.boxes.empty());

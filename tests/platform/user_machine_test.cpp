@@ -82,6 +82,18 @@ TEST(LockFileGuard, LetsOneInstanceRun) {
     EXPECT_TRUE(second.acquire()) << "the first one is gone";
 }
 
+TEST(LockFileGuard, TellsTheRunningInstanceOnceThatItsWindowIsWanted) {
+    const test::TempFolder folder;
+    LockFileGuard second(folder / "lock");
+    LockFileGuard first(folder / "lock");
+    second.activateOther();
+    EXPECT_TRUE(first.acquire());
+    EXPECT_FALSE(first.activationRequested()) << "asked before it ran";
+    second.activateOther();
+    EXPECT_TRUE(first.activationRequested());
+    EXPECT_FALSE(first.activationRequested());
+}
+
 TEST(LockFileGuard, WhatCantBeLockedKeepsNobodyFromRunning) {
     EXPECT_TRUE(LockFileGuard("/proc/no/such/folder/lock").acquire());
 }
