@@ -1,0 +1,46 @@
+// The window of a form: follows the form's state, and tells the form what the operator does with it.
+#pragma once
+
+#include <QWidget>
+#include <memory>
+
+#include "qt/binding.h"
+
+namespace vantrel::qt {
+
+class FormWindow : public QWidget {
+  public:
+    FormWindow(platform::Form& form, const Front& front, Qt::WindowFlags flags = Qt::Window);
+    ~FormWindow() override;
+
+    platform::Form& form() const { return form_; }
+
+  protected:
+    /// To be called once, when every widget is in place. Makes the form at least as large as its
+    /// widgets would like.
+    void bind();
+
+    const Front& front() const { return front_; }
+
+    void closeEvent(QCloseEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+    /// Puts the window where the form is, and the form's title, state and visibility on it.
+    virtual void followForm();
+
+  private:
+    void followPlace();
+    void followOnTop();
+    void tellPlace();
+
+    platform::Form& form_;
+    Front front_;
+    std::unique_ptr<Binding> binding_;
+    platform::Subscription formChanged_;
+    platform::Rectangle followed_;  // the place last taken over in either direction
+    bool activating_ = false;
+};
+
+}  // namespace vantrel::qt

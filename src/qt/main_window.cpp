@@ -1,0 +1,323 @@
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QRadioButton>
+#include <QTabWidget>
+#include <QTextDocument>
+#include <QVBoxLayout>
+
+#include "qt/parts.h"
+#include "qt/picture_widget.h"
+#include "qt/windows.h"
+
+namespace vantrel::qt {
+namespace {
+
+// ---- Run ----
+
+QPlainTextEdit* instructions() {
+    auto* const box = named<QPlainTextEdit>("txtInstructions");
+    scaleFont(*box, 1.4);
+    constexpr int kLines = 7;
+    constexpr const char* kWidest = "     any Bright Star in rectangle";
+    const QFontMetrics metrics = box->fontMetrics();
+    box->setMinimumSize(metrics.horizontalAdvance(kWidest) + 50, metrics.lineSpacing() * kLines + 24);
+    constexpr int kMargin = 10;
+    box->document()->setDocumentMargin(kMargin);
+    box->setFocusPolicy(Qt::ClickFocus);
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    return box;
+}
+
+/// What is being done now. The two correction lights take the place of the three plates'.
+QLayout* indicators() {
+    auto* const grid = new QGridLayout;
+    grid->setSpacing(6);
+    constexpr int kSpan = 2;
+    constexpr int kWide = 3;
+    auto* const measure = named<IndicatorLabel>("lblMeasure");
+    measure->setFixedWidth(measure->fontMetrics().horizontalAdvance("Measure") + 24);
+    grid->addWidget(measure, 0, 0);
+    int column = 1;
+    for (const char* plate : {"lblFrame1", "lblFrame2", "lblFrame3"}) {
+        grid->addWidget(named<IndicatorLabel>(plate), 0, column, 1, kSpan);
+        column += kSpan;
+    }
+    column = 1;
+    for (const char* adjuster : {"lblAlt", "lblAz"}) {
+        grid->addWidget(named<IndicatorLabel>(adjuster), 0, column, 1, kWide);
+        column += kWide;
+    }
+    column = 1;
+    for (const char* step : {"lblSlew", "lblExpose", "lblSolve"}) {
+        grid->addWidget(named<IndicatorLabel>(step), 1, column, 1, kSpan);
+        column += kSpan;
+    }
+    for (int i = 1; i <= kSpan * 3; ++i) grid->setColumnStretch(i, 1);
+    return grid;
+}
+
+QLayout* runButtons() {
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(8);
+    for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"}) row->addWidget(bigButton(name));
+    return row;
+}
+
+QGroupBox* measurementGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Telescope RA Slew", field("txtDeltaRA", 6), "°");
+    grid->addRow(row({named<QRadioButton>("optSlewEast"), named<QRadioButton>("optSlewWest")}, true));
+    grid->addField("Exposure", field("txtExposeInterval", 6), "s");
+    grid->addField("Delay after slew (sec)", field("txtDelayAfterSlew", 6));
+    grid->addField("Post-exp delay (sec)", field("txtPostExpDelay", 6));
+    return group("Measurement", grid);
+}
+
+QGroupBox* exposureGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Exposure ", field("txtContinuousExposeInterval", 6), "s");
+    grid->addField("Delay ", field("txtContinuousExposeDelay", 6), "s");
+    grid->addField("Line width", listField("cmbCrossHairWidth", 6));
+    grid->addRow(
+        row({named<QCheckBox>("chkExposeContinuousEnable"), named<QCheckBox>("chkCrossHairEnable")}, true));
+    QPushButton* const expose = button("cmdExpose");
+    // The widest of its captions, so that the row doesn't move.
+    expose->setMinimumWidth(expose->fontMetrics().horizontalAdvance("Stoping Exp.") + 28);
+    grid->addRow(row({expose, button("cmdExposeSolve")}));
+    return group("Single exposures", grid);
+}
+
+QGroupBox* errorPlotGroup(const Theme& theme) {
+    auto* const column = new QVBoxLayout;
+    auto* const picture = named<PictureWidget>("picErrorPlot", theme, PictureKind::kChart);
+    picture->setMinimumHeight(picture->fontMetrics().height() * 5);
+    column->addWidget(picture, 1);
+    auto* const values = new QHBoxLayout;
+    values->addLayout(row({new QLabel("RA range"), field("txtRARange", 8), new QLabel("°")}));
+    values->addStretch();
+    values->addLayout(row({new QLabel("Dec error"), field("txtDecError", 8), new QLabel("°")}));
+    column->addLayout(values);
+    return group("Declination errors of the plates", column);
+}
+
+QLayout* windowButtons() {
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(8);
+    for (const char* name : {"cmdPolarPlot", "cmdTelescope", "cmdLog"}) {
+        auto* const button = named<QPushButton>(name);
+        button->setProperty(kBreaksCaption, true);
+        button->setMinimumHeight(button->fontMetrics().lineSpacing() * 2 + 18);
+        button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        row->addWidget(button);
+    }
+    return row;
+}
+
+QWidget* runTab(const Theme& theme) {
+    auto* const left = new QVBoxLayout;
+    left->setSpacing(10);
+    left->addWidget(instructions(), 2);
+    left->addLayout(indicators());
+    left->addLayout(runButtons());
+    left->addWidget(errorPlotGroup(theme), 3);
+    auto* const right = new QVBoxLayout;
+    right->setSpacing(10);
+    right->addWidget(measurementGroup());
+    right->addWidget(exposureGroup());
+    right->addStretch();
+    right->addLayout(windowButtons());
+    auto* const page = new QWidget;
+    auto* const columns = new QHBoxLayout(page);
+    columns->setSpacing(14);
+    columns->addLayout(left, 1);
+    columns->addLayout(right);
+    return page;
+}
+
+// ---- Set-up ----
+
+QLayout* folderRow(const char* path, const char* button) {
+    auto* const line = named<QLineEdit>(path);
+    auto* const choose = named<QPushButton>(button);
+    line->setMinimumHeight(line->fontMetrics().height() + 12);
+    choose->setFixedSize(choose->fontMetrics().height() * 3, line->minimumHeight());
+    return row({line, choose});
+}
+
+QGroupBox* foldersGroup() {
+    auto* const grid = new QGridLayout;
+    grid->addWidget(new QLabel("Image path"), 0, 0);
+    grid->addLayout(folderRow("txtImagePath", "Command1"), 0, 1);
+    grid->addWidget(new QLabel("Log path"), 1, 0);
+    grid->addLayout(folderRow("txtLogPath", "cmdSetLogPath"), 1, 1);
+    grid->addWidget(named<QCheckBox>("chkSaveImages"), 2, 1);
+    return group("Folders", grid);
+}
+
+QGroupBox* siteGroup() {
+    auto* const grid = new FieldGrid;
+    constexpr int kAngle = 18;
+    grid->addField("Latitude", field("txtSiteLat", kAngle), "xxd xxm xx.xs  N = + / S = -");
+    grid->addField("Longitude", field("txtSiteLong", kAngle), "xxd xxm xx.xs  E = + / W = -");
+    grid->addRow(named<QCheckBox>("chkUseTelescopeLocation"));
+    return group("Observing site", grid);
+}
+
+QGroupBox* imagingGroup() {
+    auto* const box = named<QGroupBox>("frmImagingSW");
+    auto* const column = new QVBoxLayout(box);
+    column->addLayout(row(
+        {named<QRadioButton>("optImagingSoftware(0)"), named<QRadioButton>("optImagingSoftware(1)")}, true));
+    column->addWidget(named<QCheckBox>("chkUseCCDSoftSubFrame"));
+    return box;
+}
+
+QGroupBox* messagesGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Message display time", field("txtMsgDisplayTime", 6), "s");
+    return group("Messages", grid);
+}
+
+QWidget* setupTab() {
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->setSpacing(10);
+    column->addWidget(foldersGroup());
+    column->addWidget(siteGroup());
+    column->addWidget(imagingGroup());
+    column->addWidget(messagesGroup());
+    column->addStretch();
+    return page;
+}
+
+// ---- Plate Solve ----
+
+QGroupBox* detectionGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Min Size", field("txtSolveMinSiz", 7), "pixels");
+    grid->addField("Min Bright", field("txtSolveMinBrt", 7), "raw flux");
+    grid->addField("Min Sigma", field("txtSolveMinSig", 7), "σ");
+    grid->addField("Filter FWHM", field("txtSolveFilter", 7), "arcsec");
+    grid->setRowStretch(grid->rowCount(), 1);
+    return group("Object Detection", grid);
+}
+
+QGroupBox* plateGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Horiz Scale", field("txtSolveScaleH", 7), "arcsec/pixel");
+    grid->addField("Vert Scale", field("txtSolveScaleV", 7), "arcsec/pixel");
+    grid->addRow(row({button("cmdGetImageScale(0)")}, true));
+    grid->setRowStretch(grid->rowCount(), 1);
+    return group("Plate Parameters", grid);
+}
+
+QGroupBox* solveGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Minimum # stars to match:", field("txtSolveMinStars", 7), "0 = auto");
+    grid->addField("Max. match res. (arcsec):", field("txtSolveMaxRes", 7), "0 = auto");
+    grid->addField("Max Solve Stars", field("txtMaxSolveStars", 7), "0 = use all stars");
+    return group("Solve Parameters (advanced)", grid);
+}
+
+QLayout* catalogTestRow() {
+    auto* const result = named<QLabel>("lblCatTest");
+    result->setMinimumSize(result->fontMetrics().horizontalAdvance("Test passed") + 4,
+                           result->fontMetrics().lineSpacing() * 2);
+    return row({button("cmdTestCatPath"), result}, true);
+}
+
+QGroupBox* catalogGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addWidget(new QLabel("Catalog"), 0, 0);
+    grid->addWidget(listField("cmbppCat", 15), 0, 1, 1, 3, Qt::AlignLeft);
+    grid->addWidget(new QLabel("Path"), 1, 0);
+    grid->addLayout(folderRow("txtCatPath", "cmdSetDir"), 1, 1, 1, 3);
+    grid->addField("Expansion (%)", field("txtCatExp", 7));
+    grid->addField("Max Mag.", field("txtCatMaxMag", 7));
+    grid->addRow(catalogTestRow());
+    return group("Reference Catalog", grid);
+}
+
+QGroupBox* pinPointFrame() {
+    auto* const frame = named<QGroupBox>("framePP");
+    auto* const grid = new QGridLayout(frame);
+    grid->setSpacing(10);
+    grid->addWidget(detectionGroup(), 0, 0);
+    grid->addWidget(plateGroup(), 0, 1);
+    grid->addWidget(solveGroup(), 1, 0, Qt::AlignTop);
+    grid->addWidget(catalogGroup(), 1, 1);
+    grid->addWidget(named<QCheckBox>("chkSpiralSearch"), 2, 0, 1, 2);
+    auto* const hint =
+        new QLabel("Mosaic is controlled by catalog expansion above. Suggest 30-50% for spiral searching.");
+    hint->setWordWrap(true);
+    grid->addWidget(hint, 3, 0, 1, 2);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(1, 1);
+    return frame;
+}
+
+QGroupBox* theSkyFrame() {
+    auto* const frame = named<QGroupBox>("frameTheSky");
+    auto* const column = new QVBoxLayout(frame);
+    column->addWidget(group(
+        "Image Link Connection",
+        row({named<QRadioButton>("optImageLinkCCDSoft"), named<QRadioButton>("optImageLinkTheSky")}, true)));
+    auto* const grid = new FieldGrid;
+    grid->addField("Image Scale", field("txtTheSkyImageScale", 7), "arcsec/pixel");
+    grid->addField("Screen FOV (degree)", field("txtTheSkyScreenFOV", 7));
+    grid->addRow(row({button("cmdGetImageScale(1)")}, true));
+    column->addLayout(grid);
+    column->addStretch();
+    return frame;
+}
+
+QWidget* plateSolveTab() {
+    QLayout* const methods = row(
+        {named<QRadioButton>("optPlateSolveMethod(0)"), named<QRadioButton>("optPlateSolveMethod(1)")}, true);
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->addWidget(group("Plate Solve", methods));
+    // The two methods' frames share their place.
+    auto* const frames = new QGridLayout;
+    for (QGroupBox* frame : {pinPointFrame(), theSkyFrame()}) {
+        keepRoom(*frame);
+        frames->addWidget(frame, 0, 0);
+    }
+    column->addLayout(frames, 1);
+    return page;
+}
+
+QMenuBar* menus() {
+    auto* const bar = new QMenuBar;
+    menuItem(*bar->addMenu("File"), "mnuFileExit");
+    QMenu* const set = bar->addMenu("Set");
+    menuItem(*set, "mnuSetOnTop", true);
+    menuItem(*set, "mnuSetOptions");
+    QMenu* const help = bar->addMenu("Help");
+    menuItem(*help, "mnuFormHelp");
+    menuItem(*help, "mnuAbout");
+    return bar;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 0, 6, 6);
+    layout->setMenuBar(menus());
+    auto* const tabs = new QTabWidget;
+    tabs->setDocumentMode(true);
+    tabs->addTab(runTab(front.theme), "Run");
+    tabs->addTab(setupTab(), "Set-up");
+    tabs->addTab(plateSolveTab(), "Plate Solve");
+    layout->addWidget(tabs);
+    bind();
+    findChild<QPushButton*>("cmdRun")->setFocus();
+}
+
+}  // namespace vantrel::qt

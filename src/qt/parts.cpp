@@ -1,0 +1,140 @@
+#include "qt/parts.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QMenu>
+#include <QPainter>
+
+namespace vantrel::qt {
+namespace {
+
+enum Column { kLabel, kField, kUnit, kRest, kColumns };
+
+constexpr int kFieldEdges = 26;  // frame and inner margins of a field
+
+int fieldHeight(const QWidget& widget) { return widget.fontMetrics().height() + 12; }
+
+int figureWidth(const QWidget& widget) { return widget.fontMetrics().horizontalAdvance('0'); }
+
+}  // namespace
+
+IndicatorLabel::IndicatorLabel() {
+    setAlignment(Qt::AlignCenter);
+    setMargin(6);
+    setMinimumWidth(figureWidth(*this) * 5);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void IndicatorLabel::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(palette().color(QPalette::Window));
+    painter.drawRoundedRect(rect(), 4, 4);
+    painter.end();
+    QLabel::paintEvent(event);
+}
+
+Readout::Readout(int characters) {
+    scaleFont(*this, 1.25, true);
+    setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    setMargin(5);
+    setMinimumWidth(figureWidth(*this) * characters + 2 * margin() + 6);
+    setMinimumHeight(fontMetrics().height() + 2 * margin());
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setTextInteractionFlags(Qt::TextSelectableByMouse);
+}
+
+void Readout::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(palette().color(QPalette::Mid));
+    painter.setBrush(palette().color(QPalette::Base));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+    painter.end();
+    QLabel::paintEvent(event);
+}
+
+QLineEdit* field(const char* name, int characters) {
+    auto* const line = named<QLineEdit>(name);
+    line->setFixedWidth(figureWidth(*line) * characters + kFieldEdges);
+    line->setFixedHeight(fieldHeight(*line));
+    return line;
+}
+
+QComboBox* listField(const char* name, int characters) {
+    auto* const list = named<QComboBox>(name);
+    list->setFixedWidth(figureWidth(*list) * characters + kFieldEdges);
+    list->setFixedHeight(fieldHeight(*list));
+    return list;
+}
+
+QPushButton* button(const char* name) {
+    auto* const button = named<QPushButton>(name);
+    button->setMinimumHeight(button->fontMetrics().height() + 18);
+    return button;
+}
+
+QPushButton* bigButton(const char* name) {
+    auto* const button = named<QPushButton>(name);
+    scaleFont(*button, 1.3, true);
+    button->setMinimumSize(figureWidth(*button) * 8, button->fontMetrics().height() * 2 + 18);
+    button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    return button;
+}
+
+QAction* menuItem(QMenu& menu, const char* name, bool checkable) {
+    QAction* const action = menu.addAction(QString());
+    action->setObjectName(name);
+    action->setCheckable(checkable);
+    action->setMenuRole(QAction::NoRole);
+    return action;
+}
+
+void keepRoom(QWidget& widget) {
+    QSizePolicy policy = widget.sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    widget.setSizePolicy(policy);
+}
+
+void scaleFont(QWidget& widget, double factor, bool bold) {
+    QFont font = widget.font();
+    font.setPointSizeF(font.pointSizeF() * factor);
+    font.setBold(bold);
+    widget.setFont(font);
+}
+
+QHBoxLayout* row(std::initializer_list<QWidget*> widgets, bool stretchBehind) {
+    auto* const layout = new QHBoxLayout;
+    layout->setSpacing(10);
+    for (QWidget* widget : widgets) layout->addWidget(widget);
+    if (stretchBehind) layout->addStretch();
+    return layout;
+}
+
+QGroupBox* group(const QString& title, QLayout* content) {
+    auto* const box = new QGroupBox(title);
+    box->setLayout(content);
+    return box;
+}
+
+FieldGrid::FieldGrid() {
+    setHorizontalSpacing(8);
+    setVerticalSpacing(6);
+    setColumnStretch(kRest, 1);
+}
+
+void FieldGrid::addField(const QString& label, QWidget* field, const QString& unit) {
+    const int row = rowCount();
+    addWidget(new QLabel(label), row, kLabel);
+    addWidget(field, row, kField);
+    addWidget(new QLabel(unit), row, kUnit);
+}
+
+void FieldGrid::addRow(QWidget* widget) { addWidget(widget, rowCount(), kLabel, 1, kColumns); }
+
+void FieldGrid::addRow(QLayout* row) { addLayout(row, rowCount(), kLabel, 1, kColumns); }
+
+}  // namespace vantrel::qt

@@ -1,0 +1,81 @@
+// The pieces that the windows are laid out with.
+#pragma once
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QString>
+#include <initializer_list>
+
+class QAction;
+class QComboBox;
+class QGroupBox;
+class QHBoxLayout;
+class QMenu;
+class QPlainTextEdit;
+
+namespace vantrel::qt {
+
+/// A light with a caption: a rounded face in the label's own colours.
+class IndicatorLabel : public QLabel {
+  public:
+    IndicatorLabel();
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+/// A value behind glass: figures of the same width, right-aligned.
+class Readout : public QLabel {
+  public:
+    explicit Readout(int characters);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+/// A widget that goes by the control's name.
+template <typename Widget, typename... Args>
+Widget* named(const char* name, Args&&... args) {
+    auto* const widget = new Widget(std::forward<Args>(args)...);
+    widget->setObjectName(name);
+    return widget;
+}
+
+/// A text field as wide as so many figures.
+QLineEdit* field(const char* name, int characters);
+
+/// A list as wide and high as such a field, or wider where its longest entry asks for it.
+QComboBox* listField(const char* name, int characters);
+
+/// A push button.
+QPushButton* button(const char* name);
+/// A push button for gloved hands.
+QPushButton* bigButton(const char* name);
+
+QAction* menuItem(QMenu& menu, const char* name, bool checkable = false);
+
+/// Keeps the widget's room when it is hidden, so that its neighbours stay where they are.
+void keepRoom(QWidget& widget);
+
+/// The widget's font, scaled.
+void scaleFont(QWidget& widget, double factor, bool bold = false);
+
+/// Things side by side; with a stretch behind them they keep to the left.
+QHBoxLayout* row(std::initializer_list<QWidget*> widgets, bool stretchBehind = false);
+
+/// A group around a layout.
+QGroupBox* group(const QString& title, QLayout* content);
+
+/// Rows of label, field and unit with their edges in line.
+class FieldGrid : public QGridLayout {
+  public:
+    FieldGrid();
+    void addField(const QString& label, QWidget* field, const QString& unit = {});
+    /// Spans the row.
+    void addRow(QWidget* widget);
+    void addRow(QLayout* row);
+};
+
+}  // namespace vantrel::qt

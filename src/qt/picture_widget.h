@@ -1,0 +1,27 @@
+// A widget that shows a picture's drawing.
+#pragma once
+
+#include <QWidget>
+
+#include "platform/drawing.h"
+#include "qt/drawing_painter.h"
+
+namespace vantrel::qt {
+
+class PictureWidget : public QWidget {
+  public:
+    PictureWidget(const Theme& theme, PictureKind kind);
+
+    QSize sizeHint() const override;
+    void setDrawing(const platform::Drawing& drawing);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    const Theme& theme_;
+    PictureKind kind_;
+    platform::Drawing drawing_;
+};
+
+}  // namespace vantrel::qt

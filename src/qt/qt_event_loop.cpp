@@ -1,0 +1,58 @@
+#include "qt/qt_event_loop.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+#include <chrono>
+
+namespace vantrel::qt {
+
+platform::Instant QtEventLoop::RunningClock::utc() const {
+    return std::chrono::time_point_cast<platform::Milliseconds>(std::chrono::system_clock::now());
+}
+
+QtEventLoop::QtEventLoop(const Barrier& barrier) : barrier_(barrier) {}
+
+QtEventLoop::~QtEventLoop() = default;
+
+void QtEventLoop::post(std::function<void()> handler) {
+    QMetaObject::invokeMethod(
+        &receiver_, [this, handler = std::move(handler)] { barrier_.run(handler); }, Qt::QueuedConnection);
+}
+
+platform::TimerHandle QtEventLoop::every(platform::Milliseconds interval, std::function<void()> handler) {
+    // The handler may let go of its own timer, which therefore isn't deleted on the spot.
+    const std::shared_ptr<QTimer> timer(new QTimer, [](QTimer* gone) {
+        gone->stop();
+        gone->disconnect();
+        gone->deleteLater();
+    });
+    auto held = std::make_shared<std::function<void()>>(std::move(handler));
+    QObject::connect(timer.get(), &QTimer::timeout, &receiver_, [this, held] {
+        const auto kept = held;
+        barrier_.run(*kept);
+    });
+    timer->start(interval);
+    return timer;
+}
+
+void QtEventLoop::yield() { QCoreApplication::processEvents(); }
+
+void QtEventLoop::sleep(platform::Milliseconds duration) {
+    bool over = false;
+    QTimer timer;
+    timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&over] { over = true; });
+    timer.start(duration);
+    runUntil([&over] { return over; });
+}
+
+void QtEventLoop::runUntil(const std::function<bool()>& done) {
+    // exec() would return at once after the toolkit's quit, and whoever waits in a loop would spin. One turn
+    // at a time blocks as it should.
+    QEventLoop loop;
+    while (!done()) loop.processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+}  // namespace vantrel::qt

@@ -1,0 +1,253 @@
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFontDatabase>
+#include <QGroupBox>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QRadioButton>
+#include <QVBoxLayout>
+#include <map>
+#include <stdexcept>
+
+#include "qt/parts.h"
+#include "qt/picture_widget.h"
+#include "qt/windows.h"
+
+namespace vantrel::qt {
+
+// ---- Log ----
+
+LogWindow::LogWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 0, 6, 6);
+    auto* const bar = new QMenuBar;
+    QMenu* const files = bar->addMenu("Files");
+    menuItem(*files, "mnuClear");
+    menuItem(*files, "mnuClose");
+    menuItem(*bar->addMenu("Set"), "mnuOnTop", true);
+    layout->setMenuBar(bar);
+    auto* const text = named<QPlainTextEdit>("txtLog");
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPointSizeF(text->font().pointSizeF());
+    font.setStyleStrategy(text->font().styleStrategy());
+    text->setFont(font);
+    text->setProperty(kFollowsEnd, true);
+    layout->addWidget(text);
+    bind();
+}
+
+// ---- Telescope ----
+
+TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QVBoxLayout(this);
+    auto* const box = named<QGroupBox>("fraTelescopeSelection");
+    auto* const grid = new QGridLayout(box);
+    grid->setSpacing(8);
+    constexpr int kName = 34;
+    auto* const name = named<QLineEdit>("txtTelescopeName");
+    name->setMinimumHeight(name->fontMetrics().height() + 12);
+    name->setMinimumWidth(name->fontMetrics().horizontalAdvance('0') * kName);
+    grid->addWidget(name, 0, 0, 1, 2);
+    int cell = 0;
+    for (const char* command :
+         {"cmdPickTelescope", "cmdTelescopeSetup", "cmdConnectTelescope", "cmdDisconnectTelescope"}) {
+        grid->addWidget(button(command), 1 + cell / 2, cell % 2);
+        ++cell;
+    }
+    grid->setRowStretch(3, 1);
+    layout->addWidget(box, 1);
+    auto* const status = named<QLineEdit>("txtTelescopeSelectionStatus");
+    status->setMinimumHeight(status->fontMetrics().height() + 12);
+    layout->addLayout(row({new QLabel("Status"), status}));
+    bind();
+}
+
+// ---- Polar plot ----
+
+namespace {
+
+/// A value, its unit and what it says.
+void addReadout(QGridLayout& grid, const char* title, const char* value, QLabel* unit, QLabel* meaning) {
+    const int row = grid.rowCount();
+    grid.addWidget(new QLabel(title), row, 0);
+    grid.addWidget(named<Readout>(value, 9), row, 1);
+    grid.addWidget(unit, row, 2);
+    if (meaning != nullptr) grid.addWidget(meaning, row, 3);
+}
+
+QLabel* unitLabel(const char* name) {
+    auto* const label = named<QLabel>(name);
+    label->setMinimumWidth(label->fontMetrics().horizontalAdvance("arc-min") + 4);
+    keepRoom(*label);
+    return label;
+}
+
+QLabel* meaningLabel(const char* name, const char* widest) {
+    auto* const label = named<QLabel>(name);
+    label->setMinimumWidth(label->fontMetrics().horizontalAdvance(widest) + 4);
+    return label;
+}
+
+QGridLayout* readoutGrid() {
+    auto* const grid = new QGridLayout;
+    grid->setHorizontalSpacing(8);
+    grid->setVerticalSpacing(6);
+    grid->setColumnStretch(3, 1);
+    // The fields of all groups stand below each other.
+    grid->setColumnMinimumWidth(0, QFontMetrics(QApplication::font()).horizontalAdvance("East-West") + 4);
+    return grid;
+}
+
+}  // namespace
+
+PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QHBoxLayout(this);
+    layout->setSpacing(12);
+    auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, PictureKind::kDial);
+    const int side = dial->fontMetrics().height() * 18;
+    dial->setMinimumSize(side, side);
+    layout->addWidget(dial, 1);
+
+    auto* const axis = readoutGrid();
+    addReadout(*axis, "Distance", "txtMagnitude", unitLabel("lblRA_Unit"),
+               meaningLabel("lblFromPole", " from pole"));
+    addReadout(*axis, "Angle", "txtAngle", new QLabel("°"), new QLabel(" CCW from up"));
+    auto* const parts = readoutGrid();
+    addReadout(*parts, "Elevation", "txtAltitudeError", unitLabel("lblElevation_Unit"),
+               meaningLabel("lblUpFromPole", " Up from pole"));
+    addReadout(*parts, "Azimuth", "txtAzimuthError", unitLabel("lblAzimuth_Unit"),
+               meaningLabel("lblRightOfPole", " Right of pole"));
+    parts->addWidget(named<QLabel>("lblUnits"), 0, 2);
+    auto* const offsets = readoutGrid();
+    addReadout(*offsets, "RA", "txtOffsetRA", new QLabel("h"), nullptr);
+    addReadout(*offsets, "Dec", "txtOffsetDec", new QLabel("°"), nullptr);
+    auto* const position = readoutGrid();
+    addReadout(*position, "East-West", "txtPositionEastWest", new QLabel, nullptr);
+    addReadout(*position, "Up-Down", "txtPositionUpDown", new QLabel, nullptr);
+
+    auto* const column = new QVBoxLayout;
+    column->setSpacing(10);
+    column->addWidget(group("Mount's axis", axis));
+    column->addWidget(group("Correction", parts));
+    column->addWidget(group("Offsets of the mount's readings", offsets));
+    column->addWidget(group("Position", position));
+    column->addStretch();
+    layout->addLayout(column);
+    bind();
+}
+
+// ---- Pop-up ----
+
+PopupWindow::PopupWindow(platform::Form& form, const Front& front)
+    : FormWindow(
+          form, front,
+          Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus | Qt::WindowStaysOnTopHint) {
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(18, 14, 18, 14);
+    heading_ = new QLabel;
+    heading_->setAlignment(Qt::AlignCenter);
+    heading_->hide();
+    layout->addWidget(heading_);
+    auto* const text = named<QLabel>("txtMsg");
+    scaleFont(*text, 1.2);
+    text->setAlignment(Qt::AlignCenter);
+    layout->addWidget(text, 1);
+    layout->addWidget(named<QLineEdit>("txtDummy"));
+    bind();
+}
+
+void PopupWindow::followForm() {
+    heading_->setText(windowTitle());
+    FormWindow::followForm();
+    heading_->setText(windowTitle());
+    heading_->setVisible(!windowTitle().isEmpty());
+}
+
+void PopupWindow::paintEvent(QPaintEvent* event) {
+    FormWindow::paintEvent(event);
+    QPainter painter(this);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.drawRect(rect().adjusted(1, 1, -1, -1));
+}
+
+void PopupWindow::mousePressEvent(QMouseEvent* event) {
+    grip_ = event->globalPosition().toPoint() - pos();
+    dragged_ = false;
+}
+
+void PopupWindow::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint target = event->globalPosition().toPoint() - grip_;
+    if (!dragged_ && (target - pos()).manhattanLength() < QApplication::startDragDistance()) return;
+    dragged_ = true;
+    move(target);
+}
+
+void PopupWindow::mouseReleaseEvent(QMouseEvent* /*event*/) {
+    if (!dragged_) front().loop.post([&form = form()] { form.clickByOperator(); });
+}
+
+// ---- Others ----
+
+namespace {
+
+/// A widget for any kind of control but menu items.
+QWidget* widgetFor(const platform::Control& control, const Theme& theme) {
+    const auto is = [&control]<typename Kind>(const Kind* /*kind*/) {
+        return dynamic_cast<const Kind*>(&control) != nullptr;
+    };
+    using namespace platform;
+    if (is(static_cast<const Label*>(nullptr))) return new QLabel;
+    if (is(static_cast<const Button*>(nullptr))) return new QPushButton;
+    if (is(static_cast<const CheckBox*>(nullptr))) return new QCheckBox;
+    if (is(static_cast<const OptionButton*>(nullptr))) return new QRadioButton;
+    if (is(static_cast<const TextBox*>(nullptr))) return new QLineEdit;
+    if (is(static_cast<const ComboBox*>(nullptr))) return new QComboBox;
+    if (is(static_cast<const Picture*>(nullptr))) return new PictureWidget(theme, PictureKind::kChart);
+    if (is(static_cast<const Frame*>(nullptr))) {
+        auto* const box = new QGroupBox;
+        new QVBoxLayout(box);
+        return box;
+    }
+    throw std::logic_error("no widget for the control " + control.name());
+}
+
+}  // namespace
+
+PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const column = new QVBoxLayout(this);
+    auto* const buttons = new QHBoxLayout;
+    QMenu* menu = nullptr;
+    std::map<const platform::Control*, QWidget*> made;
+    for (const platform::Control* control : form.controls()) {
+        const QString name = QString::fromStdString(control->name());
+        if (dynamic_cast<const platform::MenuItem*>(control) != nullptr) {
+            if (menu == nullptr) {
+                auto* const bar = new QMenuBar;
+                menu = bar->addMenu("File");
+                column->setMenuBar(bar);
+            }
+            menuItem(*menu, control->name().c_str());
+            continue;
+        }
+        QWidget* const widget = made[control] = widgetFor(*control, front.theme);
+        widget->setObjectName(name);
+        const auto frame = made.find(control->frame());
+        QBoxLayout* const into = frame != made.end() ? static_cast<QBoxLayout*>(frame->second->layout())
+                                 : dynamic_cast<QPushButton*>(widget) != nullptr
+                                     ? static_cast<QBoxLayout*>(buttons)
+                                     : column;
+        into->addWidget(widget);
+    }
+    column->addStretch();
+    column->addLayout(buttons);
+    bind();
+}
+
+}  // namespace vantrel::qt

@@ -1,0 +1,23 @@
+#include "qt/windows.h"
+
+namespace vantrel::qt {
+namespace {
+
+std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) {
+    if (form.name() == "frmMain") return std::make_unique<MainWindow>(form, front);
+    if (form.name() == "frmLog") return std::make_unique<LogWindow>(form, front);
+    if (form.name() == "frmTelescope") return std::make_unique<TelescopeWindow>(form, front);
+    if (form.name() == "frmPolarPlot") return std::make_unique<PolarPlotWindow>(form, front);
+    if (form.name() == "frmPopupMsg") return std::make_unique<PopupWindow>(form, front);
+    return std::make_unique<PlainWindow>(form, front);
+}
+
+}  // namespace
+
+std::vector<std::unique_ptr<FormWindow>> windowsFor(platform::Screen& screen, const Front& front) {
+    std::vector<std::unique_ptr<FormWindow>> windows;
+    for (platform::Form* form : screen.forms()) windows.push_back(windowFor(*form, front));
+    return windows;
+}
+
+}  // namespace vantrel::qt

@@ -1,0 +1,58 @@
+// The windows of all forms.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "qt/form_window.h"
+
+namespace vantrel::qt {
+
+class MainWindow : public FormWindow {
+  public:
+    MainWindow(platform::Form& form, const Front& front);
+};
+
+class LogWindow : public FormWindow {
+  public:
+    LogWindow(platform::Form& form, const Front& front);
+};
+
+class TelescopeWindow : public FormWindow {
+  public:
+    TelescopeWindow(platform::Form& form, const Front& front);
+};
+
+class PolarPlotWindow : public FormWindow {
+  public:
+    PolarPlotWindow(platform::Form& form, const Front& front);
+};
+
+/// Borderless, never takes the keyboard; a click tells the form, dragging moves the window.
+class PopupWindow : public FormWindow {
+  public:
+    PopupWindow(platform::Form& form, const Front& front);
+
+  protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void followForm() override;
+
+  private:
+    class QLabel* heading_;
+    QPoint grip_;  // where the window is held
+    bool dragged_ = false;
+};
+
+/// Any other form: its controls one below the other, buttons in a row at the bottom.
+class PlainWindow : public FormWindow {
+  public:
+    PlainWindow(platform::Form& form, const Front& front);
+};
+
+/// A window for each form of the screen.
+std::vector<std::unique_ptr<FormWindow>> windowsFor(platform::Screen& screen, const Front& front);
+
+}  // namespace vantrel::qt

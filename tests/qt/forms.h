@@ -1,0 +1,50 @@
+// The program's forms without the program, and their windows.
+#pragma once
+
+#include <QApplication>
+#include <stdexcept>
+#include <string>
+
+#include "app/frm_log.h"
+#include "app/frm_main.h"
+#include "app/frm_popup_msg.h"
+#include "correction/frm_polar_plot.h"
+#include "devices/frm_telescope.h"
+#include "platform/queued_event_loop.h"
+#include "qt/windows.h"
+
+namespace vantrel::qt {
+
+struct Forms {
+    platform::VirtualTime time{platform::Instant{}};
+    platform::QueuedEventLoop loop{time};
+    platform::Screen screen{{0, 0, 1600, 1000}};
+    app::frmMain main{screen};
+    app::frmLog log{screen};
+    app::frmPopupMsg popup{screen};
+    correction::frmPolarPlot polarPlot{screen};
+    devices::frmTelescope telescope{screen};
+
+    Theme theme;
+    std::string failures;  // what the barrier kept from the toolkit
+    Barrier barrier{[this](const std::string& text) { failures += text; }};
+    Front front{loop, theme, barrier};
+
+    /// Puts the widgets' wishes through: queued handlers here, posted events there.
+    void settle() {
+        for (int turn = 0; turn < 3; ++turn) {
+            QApplication::processEvents();
+            loop.yield();
+        }
+    }
+};
+
+/// The widget of this name; throws when the window has none of the kind.
+template <typename Widget>
+Widget& widgetOf(const QWidget& window, const char* name) {
+    auto* const found = window.findChild<Widget*>(name);
+    if (found == nullptr) throw std::logic_error(std::string("no widget ") + name);
+    return *found;
+}
+
+}  // namespace vantrel::qt
