@@ -82,7 +82,7 @@ QGroupBox* exposureGroup() {
     auto* const grid = new FieldGrid;
     grid->addField("Exposure ", field("txtContinuousExposeInterval", 6), "s");
     grid->addField("Delay ", field("txtContinuousExposeDelay", 6), "s");
-    grid->addField("Line width", listField("cmbCrossHairWidth", 6));
+    grid->addField("Line width", listField("cmbCrossHairWidth", 5));
     grid->addRow(
         row({named<QCheckBox>("chkExposeContinuousEnable"), named<QCheckBox>("chkCrossHairEnable")}, true));
     QPushButton* const expose = button("cmdExpose");
@@ -145,7 +145,8 @@ QLayout* folderRow(const char* path, const char* button) {
     auto* const line = named<QLineEdit>(path);
     auto* const choose = named<QPushButton>(button);
     line->setMinimumHeight(line->fontMetrics().height() + 12);
-    choose->setFixedSize(choose->fontMetrics().height() * 3, line->minimumHeight());
+    choose->setMinimumHeight(line->minimumHeight());
+    choose->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     return row({line, choose});
 }
 
@@ -163,7 +164,7 @@ QGroupBox* siteGroup() {
     auto* const grid = new FieldGrid;
     constexpr int kAngle = 18;
     grid->addField("Latitude", field("txtSiteLat", kAngle), "xxd xxm xx.xs  N = + / S = -");
-    grid->addField("Longitude", field("txtSiteLong", kAngle), "xxd xxm xx.xs  E = + / W = -");
+    grid->addField("Longitude", field("txtSiteLong", kAngle), "xxd xxm xx.xs  E =+ / W= -");
     grid->addRow(named<QCheckBox>("chkUseTelescopeLocation"));
     return group("Observing site", grid);
 }
@@ -234,7 +235,7 @@ QLayout* catalogTestRow() {
 QGroupBox* catalogGroup() {
     auto* const grid = new FieldGrid;
     grid->addWidget(new QLabel("Catalog"), 0, 0);
-    grid->addWidget(listField("cmbppCat", 15), 0, 1, 1, 3, Qt::AlignLeft);
+    grid->addWidget(listField("cmbppCat", 12), 0, 1, 1, 3, Qt::AlignLeft);
     grid->addWidget(new QLabel("Path"), 1, 0);
     grid->addLayout(folderRow("txtCatPath", "cmdSetDir"), 1, 1, 1, 3);
     grid->addField("Expansion (%)", field("txtCatExp", 7));

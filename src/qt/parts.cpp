@@ -66,7 +66,8 @@ QLineEdit* field(const char* name, int characters) {
 
 QComboBox* listField(const char* name, int characters) {
     auto* const list = named<QComboBox>(name);
-    list->setFixedWidth(figureWidth(*list) * characters + kFieldEdges);
+    constexpr int kArrow = 18;
+    list->setFixedWidth(figureWidth(*list) * characters + kFieldEdges + kArrow);
     list->setFixedHeight(fieldHeight(*list));
     return list;
 }

@@ -123,7 +123,7 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
                meaningLabel("lblUpFromPole", " Up from pole"));
     addReadout(*parts, "Azimuth", "txtAzimuthError", unitLabel("lblAzimuth_Unit"),
                meaningLabel("lblRightOfPole", " Right of pole"));
-    parts->addWidget(named<QLabel>("lblUnits"), 0, 2);
+    axis->addWidget(named<QLabel>("lblUnits"), axis->rowCount() - 1, 4);
     auto* const offsets = readoutGrid();
     addReadout(*offsets, "RA", "txtOffsetRA", new QLabel("h"), nullptr);
     addReadout(*offsets, "Dec", "txtOffsetDec", new QLabel("°"), nullptr);
@@ -134,11 +134,63 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const column = new QVBoxLayout;
     column->setSpacing(10);
     column->addWidget(group("Mount's axis", axis));
-    column->addWidget(group("Correction", parts));
+    column->addWidget(group("Elevation and azimuth", parts));
     column->addWidget(group("Offsets of the mount's readings", offsets));
     column->addWidget(group("Position", position));
     column->addStretch();
     layout->addLayout(column);
+    bind();
+}
+
+// ---- Pixel scale calculator ----
+
+PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QVBoxLayout(this);
+    auto* const bar = new QMenuBar;
+    menuItem(*bar->addMenu("File"), "mnuExit");
+    layout->setMenuBar(bar);
+    constexpr int kFigures = 8;
+    auto* const grid = new QGridLayout;
+    grid->setHorizontalSpacing(8);
+    grid->setVerticalSpacing(6);
+    auto add = [grid, line = 0](const char* label, QWidget* first, QWidget* second) mutable {
+        grid->addWidget(new QLabel(label), line, 0);
+        grid->addWidget(first, line, 1);
+        if (second != nullptr) grid->addWidget(second, line, 2);
+        ++line;
+    };
+    add("Telescope Focal Length", field("txtFL", kFigures), listField("cmbUnits", 4));
+    add("", new QLabel("Horizontal"), new QLabel("Vertical"));
+    add("Unbinned pixel size (um)", field("txtPixelSizeX", kFigures), field("txtPixelSizeY", kFigures));
+    add("Unbinned CCD Scale arcsec/ pixel", field("txtUnbinnedCCDScaleHoriz", kFigures),
+        field("txtUnbinnedCCDScaleVert", kFigures));
+    add("Camera binning", listField("cmbCamBin", 4), nullptr);
+    add("Image Scale arcsec/ pixel", field("txtPlateScaleHoriz", kFigures),
+        field("txtPlateScaleVert", kFigures));
+    grid->setColumnStretch(3, 1);
+    layout->addLayout(grid);
+    layout->addStretch();
+    layout->addWidget(button("cmdCalculate"));
+    bind();
+}
+
+// ---- About ----
+
+AboutWindow::AboutWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(20, 18, 20, 16);
+    layout->setSpacing(12);
+    auto* const version = named<QLabel>("lblVersion");
+    scaleFont(*version, 1.3, true);
+    layout->addWidget(version);
+    for (const char* name : {"lblDescription", "lblDisclaimer"}) {
+        auto* const text = named<QLabel>(name);
+        text->setWordWrap(true);
+        text->setMinimumWidth(text->fontMetrics().averageCharWidth() * 60);
+        layout->addWidget(text);
+    }
+    layout->addStretch();
+    layout->addLayout(row({button("cmdSysInfo"), button("cmdOK")}));
     bind();
 }
 

@@ -322,6 +322,12 @@ QRect Style::subElementRect(SubElement element, const QStyleOption* option, cons
     return element == SE_LineEditContents ? rect.adjusted(4, 0, -4, 0) : rect;
 }
 
+QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
+                              const QWidget* widget) const {
+    const QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
+    return type == CT_PushButton ? size + QSize(12, 4) : size;
+}
+
 int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
     switch (metric) {
         case PM_IndicatorWidth:

@@ -6,6 +6,8 @@
 
 #include "qt/form_window.h"
 
+class QLabel;
+
 namespace vantrel::qt {
 
 class MainWindow : public FormWindow {
@@ -28,6 +30,16 @@ class PolarPlotWindow : public FormWindow {
     PolarPlotWindow(platform::Form& form, const Front& front);
 };
 
+class PixelScaleWindow : public FormWindow {
+  public:
+    PixelScaleWindow(platform::Form& form, const Front& front);
+};
+
+class AboutWindow : public FormWindow {
+  public:
+    AboutWindow(platform::Form& form, const Front& front);
+};
+
 /// Borderless, never takes the keyboard; a click tells the form, dragging moves the window.
 class PopupWindow : public FormWindow {
   public:
@@ -41,7 +53,7 @@ class PopupWindow : public FormWindow {
     void followForm() override;
 
   private:
-    class QLabel* heading_;
+    QLabel* heading_;
     QPoint grip_;  // where the window is held
     bool dragged_ = false;
 };

@@ -1,0 +1,85 @@
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <memory>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "qt/qt_event_loop.h"
+
+namespace vantrel::qt {
+namespace {
+
+using platform::Milliseconds;
+
+class QtEventLoopTest : public testing::Test {
+  protected:
+    std::vector<std::string> failures;
+    Barrier barrier{[this](const std::string& text) { failures.push_back(text); }};
+    QtEventLoop loop{barrier};
+};
+
+TEST_F(QtEventLoopTest, RunsPostedHandlersInOrderAndNotBefore) {
+    std::string order;
+    loop.post([&] { order += "a"; });
+    loop.post([&] { order += "b"; });
+    EXPECT_EQ(order, "");
+    loop.yield();
+    EXPECT_EQ(order, "ab");
+}
+
+TEST_F(QtEventLoopTest, AWaitInsideAWaitEndsFirst) {
+    std::string order;
+    loop.post([&] {
+        order += "[";
+        loop.sleep(Milliseconds{30});
+        order += "]";
+    });
+    loop.sleep(Milliseconds{1});
+    order += ".";
+    EXPECT_EQ(order, "[].");
+}
+
+TEST_F(QtEventLoopTest, ATimerTicksUntilItsHandleGoesAlsoFromWithin) {
+    int ticks = 0;
+    platform::TimerHandle handle = loop.every(Milliseconds{1}, [&] {
+        if (++ticks == 3) handle.reset();
+    });
+    loop.runUntil([&] { return ticks >= 3; });
+    loop.sleep(Milliseconds{20});
+    EXPECT_EQ(ticks, 3);
+}
+
+TEST_F(QtEventLoopTest, FailuresAreReportedAndTheLoopGoesOn) {
+    bool later = false;
+    loop.post([] { throw std::runtime_error("broken"); });
+    loop.post([] { throw 1; });
+    loop.post([&] { later = true; });
+    loop.runUntil([&] { return later; });
+    EXPECT_THAT(failures, testing::ElementsAre("broken", "unknown failure"));
+}
+
+// A procedure that is still waiting when the toolkit was told to quit has to wait, not to spin.
+TEST_F(QtEventLoopTest, StillWaitsAfterTheToolkitWasToldToQuit) {
+    QCoreApplication::quit();
+    const Milliseconds before = loop.clock().sinceStart();
+    loop.sleep(Milliseconds{25});
+    EXPECT_GE(loop.clock().sinceStart() - before, Milliseconds{24});
+}
+
+TEST(NestedLoops, StandInTwoFilesOnly) {
+    for (const QString& file : QDir(VANTREL_QT_SOURCES).entryList({"*.cpp", "*.h"})) {
+        QFile source(QString(VANTREL_QT_SOURCES) + "/" + file);
+        ASSERT_TRUE(source.open(QIODevice::ReadOnly));
+        const QString text = source.readAll();
+        for (const char* wait : {"QEventLoop loop", "processEvents(", "exec(", "msleep", "sleep_for"})
+            if (text.contains(wait)) {
+                EXPECT_TRUE(file == "qt_event_loop.cpp" || file == "qt_dialogs.cpp")
+                    << file.toStdString() << " has " << wait;
+            }
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::qt
