@@ -82,7 +82,7 @@ QGroupBox* exposureGroup() {
     auto* const grid = new FieldGrid;
     grid->addField("Exposure ", field("txtContinuousExposeInterval", 6), "s");
     grid->addField("Delay ", field("txtContinuousExposeDelay", 6), "s");
-    grid->addField("Line width", listField("cmbCrossHairWidth", 5));
+    grid->addField("Line width", listField("cmbCrossHairWidth", 3));
     grid->addRow(
         row({named<QCheckBox>("chkExposeContinuousEnable"), named<QCheckBox>("chkCrossHairEnable")}, true));
     QPushButton* const expose = button("cmdExpose");

@@ -66,8 +66,9 @@ QLineEdit* field(const char* name, int characters) {
 
 QComboBox* listField(const char* name, int characters) {
     auto* const list = named<QComboBox>(name);
-    constexpr int kArrow = 18;
-    list->setFixedWidth(figureWidth(*list) * characters + kFieldEdges + kArrow);
+    list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    list->setMinimumContentsLength(characters);
+    list->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     list->setFixedHeight(fieldHeight(*list));
     return list;
 }

@@ -11,8 +11,8 @@ class QtDesktop : public platform::Desktop {
     QtDesktop(const platform::FolderMap& folders, std::string userProfile)
         : folders_(folders), userProfile_(std::move(userProfile)) {}
 
-    /// This kind of system has no such record.
-    std::optional<platform::SystemVersion> systemVersion() const override { return std::nullopt; }
+    /// None of the systems that the program has names for.
+    std::optional<platform::SystemVersion> systemVersion() const override;
     std::string userProfile() const override { return userProfile_; }
     bool open(const std::string& file) override;
 

@@ -1,0 +1,58 @@
+#include "qt/program.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <algorithm>
+#include <stdexcept>
+
+#include "observatory/simulator_setup.h"
+
+namespace vantrel::qt {
+namespace {
+
+/// The desktop without its panels.
+platform::Rectangle workArea() {
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    return {area.left(), area.top(), area.width(), area.height()};
+}
+
+observatory::ObservatorySeams seams(platform::Dialogs& dialogs) {
+    observatory::ObservatorySeams seams;
+    seams.chooser = [&dialogs](const std::string& title,
+                               const std::vector<observatory::DriverChoice>& drivers,
+                               const std::string& current) {
+        std::vector<platform::Dialogs::Choice> choices;
+        for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
+        return dialogs.choose(title, choices, current);
+    };
+    return seams;
+}
+
+}  // namespace
+
+Program::Program(const Front& front, platform::UserMachine& user, platform::Dialogs& dialogs,
+                 std::uint64_t seed)
+    : front_(front),
+      settings_(user.settings),
+      desktop_(user.folders, user.userProfile),
+      screen_(workArea()),
+      observatory_(front.loop, user.folders, seed, seams(dialogs)),
+      application_(
+          {front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_}) {
+    observatory_.install(classes_);
+    // Settings that can't be read or stored are the application's to report.
+    front.barrier.run([this] {
+        if (settings_.isEmpty()) observatory::storeSimulatorSetup(settings_);
+        look_ = followNightVision(settings_, front_.theme);
+    });
+    windows_ = windowsFor(screen_, front_);
+}
+
+FormWindow& Program::window(const std::string& formName) const {
+    const auto found = std::find_if(windows_.begin(), windows_.end(),
+                                    [&](const auto& window) { return window->form().name() == formName; });
+    if (found == windows_.end()) throw std::out_of_range(formName);
+    return **found;
+}
+
+}  // namespace vantrel::qt

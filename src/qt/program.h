@@ -1,0 +1,44 @@
+// The whole program: the application, the built-in observatory around it, and a window for each form.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "app/application.h"
+#include "observatory/observatory.h"
+#include "platform/class_registry.h"
+#include "platform/desktop_windows.h"
+#include "platform/user_machine.h"
+#include "qt/qt_desktop.h"
+#include "qt/watched_settings.h"
+#include "qt/windows.h"
+
+namespace vantrel::qt {
+
+class Program {
+  public:
+    /// What it is given must outlive it. All noise comes from the seed. On a machine where nothing is stored
+    /// yet the built-in simulator's set-up is.
+    Program(const Front& front, platform::UserMachine& user, platform::Dialogs& dialogs, std::uint64_t seed);
+
+    app::Application& application() { return application_; }
+    platform::Screen& screen() { return screen_; }
+    platform::AutomationHost& automation() { return classes_; }
+
+    /// The window of the form with this name; throws std::out_of_range when there is none.
+    FormWindow& window(const std::string& formName) const;
+
+  private:
+    Front front_;
+    WatchedSettings settings_;
+    QtDesktop desktop_;
+    platform::DesktopWindows otherPrograms_;
+    platform::Screen screen_;
+    observatory::Observatory observatory_;
+    platform::ClassRegistry classes_;
+    app::Application application_;
+    platform::Subscription look_;
+    std::vector<std::unique_ptr<FormWindow>> windows_;
+};
+
+}  // namespace vantrel::qt
