@@ -95,8 +95,10 @@ int measureOnce(const Options& options) {
     loop.post([&run] { run.begin(); });
     loop.runUntil([&] { return run.over() || program.application().ended(); });
     bool written = true;
-    if (!options.png.isEmpty() && run.measured())
-        written = program.window("frmPolarPlot").grab().save(options.png);
+    if (!options.png.isEmpty() && run.measured()) {
+        qt::PolarPlotWindow window(*program.screen().find("frmPolarPlot"), {loop, theme, barrier});
+        written = window.grab().save(options.png);
+    }
     if (!written) std::cerr << "vantrel: can't write " << options.png.toStdString() << std::endl;
     program.application().close();
     loop.runUntil([&] { return program.application().ended(); });
@@ -115,6 +117,7 @@ int runWithWindows(const Options& options) {
     if (!app::mayStart(guard, dialogs)) return EXIT_FAILURE;
     qt::Program program({loop, theme, barrier}, user, dialogs, tonightsNoise());
     report.application = &program.application();
+    program.openWindows();
     loop.post([&program] { program.application().start(); });
     loop.runUntil([&program] { return program.application().ended(); });
     return program.application().failed() ? EXIT_FAILURE : EXIT_SUCCESS;

@@ -45,8 +45,9 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
         if (settings_.isEmpty()) observatory::storeSimulatorSetup(settings_);
         look_ = followNightVision(settings_, front_.theme);
     });
-    windows_ = windowsFor(screen_, front_);
 }
+
+void Program::openWindows() { windows_ = windowsFor(screen_, front_); }
 
 FormWindow& Program::window(const std::string& formName) const {
     const auto found = std::find_if(windows_.begin(), windows_.end(),

@@ -1,4 +1,4 @@
-// The whole program: the application, the built-in observatory around it, and a window for each form.
+// The whole program: the application, the built-in observatory around it, and windows for its forms.
 #pragma once
 
 #include <memory>
@@ -25,6 +25,8 @@ class Program {
     platform::Screen& screen() { return screen_; }
     platform::AutomationHost& automation() { return classes_; }
 
+    /// Gives every form its window. Without them the program runs unseen.
+    void openWindows();
     /// The window of the form with this name; throws std::out_of_range when there is none.
     FormWindow& window(const std::string& formName) const;
 
