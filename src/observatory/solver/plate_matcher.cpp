@@ -97,6 +97,9 @@ class Matcher {
                 (p.y - c.y) * geometry_.scaleY * kArcsecond * stretch};
     }
 
+    /// Largest logarithm of true over given scale: either may be the larger by the tolerance.
+    double scaleReach() const { return -std::log(1 - settings_.scaleTolerance) + 0.005; }
+
     std::optional<RefinedPlate> search(std::size_t stars, double largestShare) {
         std::vector<Vector3> camera;
         for (std::size_t i = 0; i < stars; ++i) {
@@ -118,8 +121,8 @@ class Matcher {
 
     /// Goes through the catalogue's triangles, brightest corners first.
     std::optional<RefinedPlate> walkCatalogue(const TriangleIndex& index, std::size_t count) {
-        const auto longest = static_cast<float>(index.longestSide() * (1 + settings_.scaleTolerance));
-        const auto shortest = static_cast<float>(index.shortestSide() * (1 - settings_.scaleTolerance));
+        const auto longest = index.longestSide() * static_cast<float>(std::exp(scaleReach()));
+        const auto shortest = index.shortestSide() * static_cast<float>(std::exp(-scaleReach()));
         std::vector<float> sides(count * count);
         std::vector<std::uint16_t> near;
         for (std::uint16_t c = 0; c < count; ++c) {
@@ -154,7 +157,7 @@ class Matcher {
         index.visitAlike(sky, reach, [&](const Triangle& image) {
             if (plate) return;
             const double stretch = static_cast<double>(sky.longest / image.longest);
-            if (std::abs(stretch - 1) > settings_.scaleTolerance) return;
+            if (std::abs(std::log(stretch)) > scaleReach()) return;
             ++hypotheses_;
             plate = tryHypothesis(image, sky, stretch);
         });
@@ -264,7 +267,7 @@ class Matcher {
         const double skew = std::hypot(cd[0] - hand * cd[3] * ratio, cd[1] * ratio + hand * cd[2]) / size;
         const double stretch = size * 3600 / geometry_.scaleX;
         return plate.matched >= settings_.minimumMatches && skew < kSkewAtMost &&
-               std::abs(stretch - 1) < settings_.scaleTolerance + kSkewAtMost &&
+               std::abs(std::log(stretch)) < scaleReach() + kSkewAtMost &&
                plate.chanceLog10 + std::log10(static_cast<double>(hypotheses_)) < settings_.chanceLimitLog10;
     }
 

@@ -1,0 +1,230 @@
+// The engine against drawn fields by the hundred: accuracy, small fields, hot pixels, and whether it ever
+// finds what isn't there.
+//
+//   solver-trials accuracy|small|hot|noise|elsewhere|offset [COUNT]
+//   solver-trials draw FILE WIDTH HEIGHT SCALE [RA DEC]     (one field as a FITS file, for timing)
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+
+#include "observatory/sky/fits_image.h"
+#include "observatory/sky/tycho_catalog.h"
+#include "observatory/solver/plate_solver.h"
+#include "support/star_field.h"
+
+namespace {
+
+using namespace vantrel;
+using namespace vantrel::observatory;
+
+struct Trial {
+    test::StarField field;
+    SkyPosition start;
+    double scale = 1;  ///< as told to the engine
+    double offset = 1.5;
+};
+
+struct Result {
+    std::optional<PlateSolution> solution;
+    std::size_t stars = 0;
+    double milliseconds = 0;
+};
+
+FitsImage asImage(const std::vector<std::uint16_t>& counts, const test::StarField& field) {
+    return FitsImage(field.width, field.height, std::vector<float>(counts.begin(), counts.end()));
+}
+
+Result solve(const Trial& trial, const StarCatalog& catalog, bool stars = true) {
+    const auto image = asImage(test::drawField(stars ? &catalog : nullptr, trial.field), trial.field);
+    const auto begin = std::chrono::steady_clock::now();
+    const StarList found = findStars(image, {});
+    const PlateGeometry geometry{static_cast<double>(trial.field.width),
+                                 static_cast<double>(trial.field.height), trial.scale, trial.scale,
+                                 found.binning};
+    const SearchArea area = searchArea(geometry, trial.start, trial.offset, found.stars.size());
+    Result result;
+    result.solution = solvePlate(geometry, found.stars, area, catalog.cone(area.query(2000, 99)), {});
+    result.stars = found.stars.size();
+    result.milliseconds =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    return result;
+}
+
+class Dice {
+  public:
+    explicit Dice(unsigned seed) : random(seed) {}
+    double between(double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    }
+    bool coin() { return random() % 2 == 0; }
+    SkyPosition near(SkyPosition place, double distance) {
+        return fromTangentPlane({between(-distance, distance) * 0.7, between(-distance, distance) * 0.7},
+                                place);
+    }
+    std::mt19937 random;
+};
+
+Trial trialOf(Dice& dice, std::size_t width, std::size_t height, double scale) {
+    Trial trial;
+    trial.field.width = width;
+    trial.field.height = height;
+    trial.field.seed = static_cast<unsigned>(dice.random());
+    trial.field.fwhm = dice.between(1.8, 4.5);
+    const SkyPosition centre = test::anywhere(dice.random);
+    trial.field.wcs = test::wcsFor(width, height, centre, scale, dice.between(0, 360), dice.coin());
+    trial.scale = scale * dice.between(0.86, 1.14);
+    trial.start = dice.near(centre, 1);
+    return trial;
+}
+
+/// Catalogue stars inside of the image, off its border.
+std::size_t starsInside(const StarCatalog& catalog, const test::StarField& field) {
+    const auto centre = field.wcs.reference;
+    std::size_t count = 0;
+    for (const auto& star : catalog.cone({.raDeg = centre.ra, .decDeg = centre.dec, .radiusDeg = 1})) {
+        const auto at = field.wcs.toPixel({star.raDeg, star.decDeg});
+        count += at && at->x > 3 && at->y > 3 && at->x < static_cast<double>(field.width) - 4 &&
+                 at->y < static_cast<double>(field.height) - 4;
+    }
+    return count;
+}
+
+double offPixels(const Trial& trial, const PlateSolution& solution) {
+    const double scale = std::hypot(trial.field.wcs.cd[0], trial.field.wcs.cd[2]);
+    return separationDeg(solution.centre, trial.field.wcs.reference) / scale;
+}
+
+void report(const char* name, int tried, const std::vector<double>& errors, int wrong, double slowest) {
+    auto sorted = errors;
+    std::sort(sorted.begin(), sorted.end());
+    std::printf("%s: %zu of %d solved, %d wrong", name, errors.size(), tried, wrong);
+    if (!sorted.empty()) {
+        std::printf("; centre off by %.3f px (median), %.3f (95 %%), %.3f (worst)", sorted[sorted.size() / 2],
+                    sorted[sorted.size() * 95 / 100], sorted.back());
+    }
+    std::printf("; slowest %.0f ms\n", slowest);
+}
+
+template <typename Make>
+void run(const char* name, int count, const StarCatalog& catalog, unsigned seed, Make&& make) {
+    Dice dice(seed);
+    std::vector<double> errors;
+    int tried = 0;
+    int wrong = 0;
+    double slowest = 0;
+    while (tried < count) {
+        const std::optional<Trial> trial = make(dice);
+        if (!trial) continue;
+        ++tried;
+        const Result result = solve(*trial, catalog);
+        slowest = std::max(slowest, result.milliseconds);
+        if (!result.solution) {
+            std::printf(
+                "  unsolved: ra %.3f dec %.3f scale %.3f, %zu stars in the image, %zu in the catalogue, told "
+                "%.3f\n",
+                trial->field.wcs.reference.ra, trial->field.wcs.reference.dec,
+                3600 * std::hypot(trial->field.wcs.cd[0], trial->field.wcs.cd[2]), result.stars,
+                starsInside(catalog, trial->field), trial->scale);
+            continue;
+        }
+        const double off = offPixels(*trial, *result.solution);
+        if (off > 5)
+            ++wrong;
+        else
+            errors.push_back(off);
+    }
+    report(name, count, errors, wrong, slowest);
+}
+
+void runEmpty(const char* name, int count, const StarCatalog& catalog, bool stars) {
+    Dice dice(77);
+    int solved = 0;
+    double slowest = 0;
+    double total = 0;
+    for (int i = 0; i < count; ++i) {
+        const double scale = dice.between(1, 8);
+        Trial trial = trialOf(dice, 1024, 768, scale);
+        do trial.start = test::anywhere(dice.random);
+        while (separationDeg(trial.start, trial.field.wcs.reference) < 15);
+        if (!stars) {
+            // Noise that gives a few dozen "stars": hot clusters and cosmic ray hits, placed at random.
+            trial.field.hotShare = 0;
+        }
+        Result result;
+        if (stars) {
+            result = solve(trial, catalog);
+        } else {
+            std::vector<ImageStar> chance;
+            const auto n = static_cast<int>(dice.between(5, 400));
+            for (int s = 0; s < n; ++s)
+                chance.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
+            const auto begin = std::chrono::steady_clock::now();
+            const PlateGeometry geometry{1024, 768, trial.scale, trial.scale, 1};
+            const SearchArea area = searchArea(geometry, trial.start, 1.5, chance.size());
+            result.solution = solvePlate(geometry, chance, area, catalog.cone(area.query(2000, 99)), {});
+            result.milliseconds =
+                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+        }
+        solved += result.solution.has_value();
+        slowest = std::max(slowest, result.milliseconds);
+        total += result.milliseconds;
+    }
+    std::printf("%s: %d false solutions in %d tries; %.0f ms on average, %.0f at most\n", name, solved, count,
+                total / count, slowest);
+}
+
+int draw(int argc, char** argv, const StarCatalog& catalog) {
+    test::StarField field;
+    field.width = static_cast<std::size_t>(std::atoi(argv[3]));
+    field.height = static_cast<std::size_t>(std::atoi(argv[4]));
+    const double scale = std::atof(argv[5]);
+    const SkyPosition centre{argc > 7 ? std::atof(argv[6]) : 120, argc > 7 ? std::atof(argv[7]) : 25};
+    field.wcs = test::wcsFor(field.width, field.height, centre, scale, 33, false);
+    writeFits(argv[2], field.width, field.height, test::drawField(&catalog, field), {});
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string what = argc > 1 ? argv[1] : "";
+    const int count = argc > 2 ? std::atoi(argv[2]) : 200;
+    const auto catalog = TychoCatalog::openBuiltIn();
+    if (what == "draw" && argc >= 6) return draw(argc, argv, *catalog);
+    if (what == "accuracy") {
+        run("fields of 0.8 x 0.6 degrees and more", count, *catalog, 11,
+            [](Dice& dice) { return trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392); });
+    } else if (what == "small") {
+        run("fields of 0.64 x 0.43 degrees with six stars or more", count, *catalog, 12,
+            [&](Dice& dice) -> std::optional<Trial> {
+                Trial trial = trialOf(dice, 1536, 1032, 0.64 * 3600 / 1536);
+                return starsInside(*catalog, trial.field) >= 6 ? std::optional(trial) : std::nullopt;
+            });
+    } else if (what == "hot") {
+        run("fields with 0.01 to 0.08 % hot pixels", count, *catalog, 13, [](Dice& dice) {
+            Trial trial = trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392);
+            trial.field.hotShare = dice.between(0.0001, 0.0008);
+            return trial;
+        });
+    } else if (what == "offset") {
+        run("wide and narrow fields, a field off", count, *catalog, 14, [](Dice& dice) {
+            const double width = std::exp(dice.between(std::log(0.8), std::log(28)));
+            Trial trial = trialOf(dice, 1024, 768, width * 3600 / 1024);
+            trial.offset = std::max(1.5, width);
+            trial.start = dice.near(trial.field.wcs.reference, width);
+            return trial;
+        });
+    } else if (what == "noise") {
+        runEmpty("points strewn at random", count, *catalog, false);
+    } else if (what == "elsewhere") {
+        runEmpty("another region of the sky", count, *catalog, true);
+    } else {
+        std::fprintf(stderr, "see the head of bench/solver_trials.cpp\n");
+        return 2;
+    }
+    return 0;
+}
