@@ -3,6 +3,7 @@
 #include "observatory/helpers/profile_object.h"
 #include "observatory/helpers/util_object.h"
 #include "observatory/sky/tycho_catalog.h"
+#include "observatory/solver/pin_point_plate.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -35,6 +36,7 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
 void Observatory::install(platform::ClassRegistry& classes) {
     installHelpers(classes);
     installTelescopes(classes);
+    installSolver(classes);
 }
 
 void Observatory::installHelpers(platform::ClassRegistry& classes) {
@@ -62,6 +64,13 @@ void Observatory::installTelescopes(platform::ClassRegistry& classes) {
                                                                              seams_.setup, folders_);
                                   },
                                   std::string(kFolder) + "AxisSimulator.exe", "Telescope", axis.description});
+}
+
+void Observatory::installSolver(platform::ClassRegistry& classes) {
+    const auto create = [this] {
+        return std::make_shared<PinPointPlate>(loop_.clock(), folders_, seams_.stars);
+    };
+    classes.install("PinPoint.Plate", {create, std::string(kFolder) + "PinPoint.dll", "", ""});
 }
 
 }  // namespace vantrel::observatory

@@ -37,6 +37,7 @@ class Observatory {
   private:
     void installHelpers(platform::ClassRegistry& classes);
     void installTelescopes(platform::ClassRegistry& classes);
+    void installSolver(platform::ClassRegistry& classes);
 
     platform::EventLoop& loop_;
     const platform::FolderMap& folders_;

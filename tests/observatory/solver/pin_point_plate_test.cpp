@@ -1,0 +1,215 @@
+#include "observatory/solver/pin_point_plate.h"
+
+#include <gtest/gtest.h>
+
+#include "observatory/sky/tycho_catalog.h"
+#include "platform/image_array.h"
+#include "support/star_field.h"
+#include "support/temp_folder.h"
+
+namespace vantrel::observatory {
+namespace {
+
+using platform::Value;
+
+class FixedClock : public platform::Clock {
+  public:
+    platform::Instant utc() const override { return *platform::parseInstant("2026-11-24T20:00:00"); }
+    platform::Milliseconds sinceStart() const override { return {}; }
+};
+
+constexpr SkyPosition kCentre{83, 40};
+constexpr double kScale = 3.6;
+
+class PinPointPlateTest : public testing::Test {
+  protected:
+    /// A star field as the file C:\field.fits.
+    void draw(const std::vector<FitsCard>& cards = {}) {
+        std::filesystem::create_directories(folder_ / "c");
+        test::StarField field;
+        field.width = 800;
+        field.height = 600;
+        field.wcs = test::wcsFor(field.width, field.height, kCentre, kScale, 35, false);
+        writeFits(file(), field.width, field.height,
+                  test::drawField(TychoCatalog::openBuiltIn().get(), field), cards);
+    }
+
+    std::filesystem::path file() const { return folder_ / "c" / "field.fits"; }
+
+    void start(SkyPosition place, double scale = kScale * 1.05) {
+        plate_.put("RightAscension", place.ra / 15);
+        plate_.put("Declination", place.dec);
+        plate_.put("ArcsecPerPixelHoriz", scale);
+        plate_.put("ArcsecPerPixelVert", scale);
+    }
+
+    bool solve() {
+        return plate_.call("FindImageStars").toBool() && plate_.call("FindCatalogStars").toBool() &&
+               plate_.call("Solve").toBool();
+    }
+
+    double number(const char* member) { return plate_.get(member).toDouble(); }
+    SkyPosition place() { return {number("RightAscension") * 15, number("Declination")}; }
+
+    std::string failureOf(const std::function<void()>& step) {
+        try {
+            step();
+        } catch (const platform::OperationError& e) {
+            return e.description();
+        }
+        return "";
+    }
+
+    test::TempFolder folder_;
+    FixedClock clock_;
+    platform::FolderMap folders_{folder_.path()};
+    PinPointPlate plate_{clock_, folders_, [] { return TychoCatalog::openBuiltIn(); }};
+};
+
+TEST_F(PinPointPlateTest, SolvesInTheEquinoxAskedForAndRollsWithIt) {
+    draw({{"DATE-OBS", std::string("2026-01-10T22:00:00")}});
+    ASSERT_TRUE(plate_.call("AttachFITS", {R"(C:\field.fits)"}).toBool());
+    EXPECT_FALSE(plate_.get("WCSValid").toBool());
+    EXPECT_EQ(number("Columns"), 800);
+    EXPECT_EQ(number("Rows"), 600);
+
+    const PlateFrame ofDate = PlateFrame::ofDate(*platform::parseInstant("2026-01-10T22:00:00"));
+    const SkyPosition today = ofDate.fromCatalogue(kCentre);
+    EXPECT_NEAR(separationDeg(today, kCentre) * 60, 20, 5);  // 26 years of precession at this place
+    start({today.ra + 0.2, today.dec - 0.1});
+    ASSERT_TRUE(solve());
+    EXPECT_NEAR(number("Equinox"), 2026.03, 0.01);
+    EXPECT_LT(separationDeg(place(), today) * 3600 / kScale, 0.2);
+
+    // The matrix of roll and scales leads from the centre of date to the place of date of any other pixel.
+    const auto cd =
+        matrixOf({number("RollAngle"), number("ArcsecPerPixelHoriz"), number("ArcsecPerPixelVert")});
+    const TangentWcs drawn = test::wcsFor(800, 600, kCentre, kScale, 35, false);
+    const TangentWcs told{place(), {399.5, 299.5}, {cd[0], cd[1], cd[2], cd[3]}};
+    for (const PixelPosition corner : {PixelPosition{0, 0}, PixelPosition{799, 599}, PixelPosition{799, 0}}) {
+        EXPECT_LT(
+            separationDeg(told.toSky(corner), ofDate.fromCatalogue(drawn.toSky(corner))) * 3600 / kScale,
+            0.5);
+    }
+
+    plate_.put("Equinox", 2000);
+    start({kCentre.ra + 0.2, kCentre.dec - 0.1});
+    ASSERT_TRUE(solve());
+    EXPECT_LT(separationDeg(place(), kCentre) * 3600 / kScale, 0.2);
+    EXPECT_NEAR(number("RollAngle"), 35, 0.02);
+    EXPECT_GT(plate_.get("MatchedStars").toObject()->get("Count").toInt(), 20);
+    EXPECT_LT(number("MatchAvgResidual"), 1.0);
+    EXPECT_GE(number("MatchFitOrder"), 1);
+}
+
+TEST_F(PinPointPlateTest, WritesItsSolutionAndStartsFromItNextTime) {
+    draw();
+    plate_.put("Equinox", 2000);
+    plate_.call("AttachFITS", {R"(C:\field.fits)"});
+    start(kCentre);
+    ASSERT_TRUE(solve());
+    plate_.call("UpdateFITS");
+    plate_.call("DetachFITS");
+    EXPECT_NE(failureOf([&] { plate_.get("Columns"); }), "");
+
+    PinPointPlate other{clock_, folders_, [] { return TychoCatalog::openBuiltIn(); }};
+    other.put("Equinox", 2000);
+    other.call("AttachFITS", {R"(C:\field.fits)"});
+    EXPECT_TRUE(other.get("WCSValid").toBool());
+    EXPECT_NEAR(other.get("RightAscension").toDouble() * 15, kCentre.ra, 3e-4);
+    EXPECT_NEAR(other.get("ArcsecPerPixelHoriz").toDouble(), kScale, 2e-3);
+    const auto header = FitsImage::open(file()).header();
+    EXPECT_EQ(header.number("EQUINOX"), 2000);
+    EXPECT_NEAR(header.number("CRVAL1").value_or(0), kCentre.ra, 3e-4);
+}
+
+TEST_F(PinPointPlateTest, FindsTheScaleInTheHeaderWhenTheGivenOneIsMissingOrWrong) {
+    draw({{"FOCALLEN", 206.264806}, {"XPIXSZ", 1.8}, {"XBINNING", std::int64_t{2}}});  // 1.8 or, binned, 3.6
+    plate_.put("Equinox", 2000);
+    plate_.call("AttachFITS", {R"(C:\field.fits)"});
+    for (const double given : {0.0, 12.0}) {
+        start(kCentre, given);
+        EXPECT_TRUE(solve()) << given;
+        EXPECT_NEAR(number("ArcsecPerPixelHoriz"), kScale, 0.01) << given;
+    }
+}
+
+TEST_F(PinPointPlateTest, SaysWhichCatalogueItUsesAndRefusesEmptyFolders) {
+    const std::string builtIn = TychoCatalog::openBuiltIn()->folder().string();
+    for (const char* untouched : {"C:\\", "c:\\", ""}) {
+        plate_.put("CatalogPath", untouched);
+        EXPECT_EQ(plate_.get("CatalogPath").toText(), builtIn) << untouched;
+    }
+    draw();
+    plate_.call("AttachFITS", {R"(C:\field.fits)"});
+    start(kCentre);
+    plate_.put("Catalog", 4);
+    for (const char* folder : {R"(D:\Tycho)", "Internet"}) {
+        plate_.put("CatalogPath", folder);
+        EXPECT_EQ(plate_.get("CatalogPath").toText(), folder);
+        EXPECT_NE(failureOf([&] {
+                      plate_.call("FindCatalogStars");
+                  }).find("no star catalogue Tycho-2 that can be read"),
+                  std::string::npos);
+    }
+    // Another folder with a copy of the file will do.
+    std::filesystem::create_directories(folder_ / "d" / "Tycho");
+    std::filesystem::create_symlink(std::filesystem::path(builtIn) / kTychoFileName,
+                                    folder_ / "d" / "Tycho" / kTychoFileName);
+    plate_.put("CatalogPath", R"(D:\Tycho)");
+    EXPECT_TRUE(plate_.call("FindCatalogStars").toBool());
+    EXPECT_GT(plate_.get("CatalogStars").toObject()->get("Count").toInt(), 50);
+}
+
+// The look-up without a picture that proves catalogue and folder.
+TEST_F(PinPointPlateTest, LooksUpStarsForAnImageArray) {
+    plate_.put("ImageArray", platform::ImageRef(std::make_shared<platform::ImageArray>(
+                                 6, 6, std::vector<std::int32_t>(36, 1))));
+    plate_.put("CatalogExpansion", 0);
+    plate_.put("Equinox", 2000);
+    plate_.put("ProjectionType", 1);
+    start({0, 0}, 600);
+    plate_.put("CatalogMaximumMagnitude", 20);
+    EXPECT_TRUE(plate_.call("FindCatalogStars").toBool());
+    EXPECT_GT(plate_.get("CatalogStars").toObject()->get("Count").toInt(), 10);
+    plate_.put("CatalogMaximumMagnitude", -5);
+    EXPECT_TRUE(plate_.call("FindCatalogStars").toBool());
+    EXPECT_EQ(plate_.get("CatalogStars").toObject()->get("Count").toInt(), 0);
+    EXPECT_FALSE(plate_.call("FindImageStars").toBool());
+    EXPECT_FALSE(plate_.call("Solve").toBool());
+}
+
+TEST_F(PinPointPlateTest, RefusesWhatItCannotUseAndKeepsTheRest) {
+    EXPECT_NE(failureOf([&] { plate_.call("AttachFITS", {R"(C:\nowhere.fits)"}); }), "");
+    EXPECT_NE(failureOf([&] { plate_.call("FindImageStars"); }), "");
+    EXPECT_NE(failureOf([&] { plate_.put("CatalogExpansion", -1); }), "");
+    EXPECT_EQ(number("CatalogExpansion"), 0.3);
+    EXPECT_NE(failureOf([&] { plate_.put("SigmaAboveMean", "many"); }), "");
+    EXPECT_NE(failureOf([&] { plate_.put("ProjectionType", 2); }), "");
+    plate_.put("MinMatchStars", 7);
+    plate_.put("MaxMatchResidual", 2.5);
+    draw();
+    plate_.call("AttachFITS", {R"(C:\field.fits)"});
+    plate_.call("DetachFITS");
+    EXPECT_EQ(number("MinMatchStars"), 7);
+    EXPECT_EQ(number("MaxMatchResidual"), 2.5);
+}
+
+// A search in declination walks over the pole.
+TEST_F(PinPointPlateTest, TakesStartPositionsBeyondThePole) {
+    test::StarField field;
+    field.width = 800;
+    field.height = 600;
+    field.wcs = test::wcsFor(800, 600, {200, 89.6}, kScale, 35, true);
+    std::filesystem::create_directories(folder_ / "c");
+    writeFits(file(), 800, 600, test::drawField(TychoCatalog::openBuiltIn().get(), field), {});
+    plate_.put("Equinox", 2000);
+    plate_.call("AttachFITS", {R"(C:\field.fits)"});
+    start({20, 90.3});
+    ASSERT_TRUE(solve());
+    EXPECT_LT(separationDeg(place(), {200, 89.6}) * 3600 / kScale, 0.3);
+    EXPECT_LT(number("ArcsecPerPixelVert"), 0);
+}
+
+}  // namespace
+}  // namespace vantrel::observatory
