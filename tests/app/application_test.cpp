@@ -9,6 +9,8 @@
 #include "app/startup.h"
 #include "app/version.h"
 #include "devices/imaging_world.h"
+#include "observatory/simulator_setup.h"
+#include "platform/text.h"
 #include "program_world.h"
 #include "support/journal.h"
 
@@ -147,6 +149,25 @@ TEST_F(ApplicationTest, OnlyOneInstanceRuns) {
     ASSERT_EQ(dialogs.boxes.size(), 1u);
     EXPECT_EQ(dialogs.boxes[0].text, "Vantrel is already running");
     EXPECT_EQ(guard.activated, 1);
+}
+
+TEST_F(ApplicationTest, MeasuresTheSimulatorsAxisFromTheRunButton) {
+    observatory::storeSimulatorSetup(settings);
+    start();
+    host.newest("AxisSimulator.Telescope")->put("PolarAzimuthError", 0.0);
+    host.newest("AxisSimulator.Telescope")->put("PolarElevationError", 30.0);
+    control<TextBox>("frmMain.txtDeltaRA").type("20");
+    loop.post([this] { control<Button>("frmMain.cmdRun").click(); });
+    const auto later = loop.after(std::chrono::minutes{10}, [this] {
+        EXPECT_TRUE(program->busy()) << "the run offers the correction";
+        control<Button>("frmMain.cmdSkip").click();
+    });
+    pass(700);
+    EXPECT_EQ(logged().back(), "Alignment Run Complete");
+    const double amplitude = platform::leadingNumber(text("frmPolarPlot.txtMagnitude"));
+    EXPECT_NEAR(amplitude, 30, 0.6) << "arc-minutes, as set";
+    EXPECT_FALSE(program->busy());
+    EXPECT_TRUE(control<Button>("frmMain.cmdRun").enabled());
 }
 
 TEST_F(ApplicationTest, ClosingStoresEverythingAndLetsGoOfTheTelescope) {
