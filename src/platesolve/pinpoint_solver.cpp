@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <filesystem>
-#include <system_error>
 
 #include "engine/angles.h"
 #include "platesolve/plate_error.h"
@@ -89,11 +87,6 @@ class Solve {
 double valueOf(const TextBox& box) { return leadingNumber(box.text()); }
 double expansion(const PlateSolvePanel& panel) { return valueOf(panel.txtCatExp) / 100; }
 
-bool fileExists(const FolderMap& folders, const std::string& path) {
-    std::error_code ignored;
-    return std::filesystem::exists(folders.real(path), ignored);
-}
-
 /// While a file is attached the engine's errors stop nothing: the step that raised one is passed over.
 template <typename Step>
 void tolerating(Step&& step) {
@@ -114,7 +107,7 @@ std::optional<PlateSolution> Solve::run(const std::string& imageName) {
         reportParameters();
         return std::nullopt;
     }
-    if (!fileExists(services_.folders, path)) {
+    if (!existingImage(services_.folders, path)) {
         log("Could not attach to " + path);
         return failedToSolve();
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "platform/text.h"
 
@@ -74,6 +75,15 @@ std::string FolderMap::text(const std::filesystem::path& real) const {
         rest && rest->size() >= 2 && (rest->size() == 2 || (*rest)[2] == '\\'))
         return toUpper(rest->substr(1, 1)) + ":" + (rest->size() == 2 ? "\\" : rest->substr(2));
     return real.string();
+}
+
+std::optional<std::filesystem::path> existingImage(const FolderMap& folders, const std::string& name) {
+    std::error_code ignored;
+    for (const char* ending : {"", ".fit"}) {
+        auto file = folders.real(name + ending);
+        if (std::filesystem::is_regular_file(file, ignored)) return file;
+    }
+    return std::nullopt;
 }
 
 std::string joinFolder(const std::string& folder, const std::string& name) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,10 @@ class FolderMap {
     std::filesystem::path drives_;
     std::vector<Mapping> mappings_;
 };
+
+/// The real file of an image: of this name or, for a name without an ending, with the ".fit" that whoever
+/// saved it added. Nothing when there is neither.
+std::optional<std::filesystem::path> existingImage(const FolderMap& folders, const std::string& name);
 
 /// folder + "\" + name, without doubling a backslash that is already there.
 std::string joinFolder(const std::string& folder, const std::string& name);

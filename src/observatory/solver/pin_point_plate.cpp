@@ -37,6 +37,19 @@ bool isUntouched(const std::string& folder) {
     return folder.empty() || platform::equalIgnoringCase(folder, "C:\\");
 }
 
+// Automation counts dates in days since 30 December 1899.
+constexpr double kAutomationEpoch = 25569;  // the beginning of system time
+constexpr double kMillisecondsPerDay = 86'400'000;
+
+double automationDate(platform::Instant instant) {
+    return static_cast<double>(instant.time_since_epoch().count()) / kMillisecondsPerDay + kAutomationEpoch;
+}
+
+platform::Instant fromAutomationDate(double days) {
+    return platform::Instant{
+        platform::Milliseconds{std::llround((days - kAutomationEpoch) * kMillisecondsPerDay)}};
+}
+
 FitsImage imageOf(const platform::ImageArray& array) {
     std::vector<float> pixels;
     std::visit([&](const auto& values) { pixels.assign(values.begin(), values.end()); }, array.pixels());
@@ -59,16 +72,10 @@ PinPointPlate::PinPointPlate(const platform::Clock& clock, const platform::Folde
 void PinPointPlate::addCatalogMembers() {
     property(
         "Catalog", [this] { return Value(catalogNumber_); },
-        [this](const Value& v) {
-            catalogNumber_ = v.toInt();
-            catalog_.reset();
-        });
+        [this](const Value& v) { catalogNumber_ = v.toInt(); });
     property(
-        "CatalogPath", [this] { return Value(catalogueFolder()); },
-        [this](const Value& v) {
-            catalogPath_ = v.toText();
-            catalog_.reset();
-        });
+        "CatalogPath", [this] { return Value(folders_.text(catalogue().folder())); },
+        [this](const Value& v) { setCatalogPath(v.toText()); });
     property(
         "CatalogExpansion", [this] { return Value(catalogExpansion_); },
         [this](const Value& v) {
@@ -150,11 +157,11 @@ void PinPointPlate::addImageMembers() {
         return Value(target->dec);
     });
     property(
-        "ExposureStartTime", [this] { return Value(julianYear(exposureTime())); },
+        "ExposureStartTime", [this] { return Value(automationDate(exposureTime())); },
         [this](const Value& v) {
-            // Dates come in many shapes; only texts in ISO 8601 are taken over, others leave the image's own.
-            if (std::holds_alternative<std::string>(v.held()))
-                exposureStart_ = platform::parseInstant(v.toText());
+            const double days = v.toDouble();
+            if (!(days >= 0 && days <= 100'000)) refuse("ExposureStartTime must be a date");
+            exposureStart_ = fromAutomationDate(days);
         });
 }
 
@@ -200,9 +207,10 @@ void PinPointPlate::addSolutionMembers() {
 
 bool PinPointPlate::attach(const std::string& path) {
     detach();
-    const auto real = folders_.real(path);
-    use(FitsImage::open(real));
-    path_ = real;
+    const auto file = platform::existingImage(folders_, path);
+    if (!file) refuse("there is no file " + path);
+    use(FitsImage::open(*file));
+    path_ = *file;
     return true;
 }
 
@@ -300,21 +308,14 @@ FitsImage& PinPointPlate::image() {
     return *image_;
 }
 
-const StarCatalog& PinPointPlate::catalogue() {
-    if (catalog_ == nullptr) {
-        catalog_ =
-            isUntouched(catalogPath_) ? builtIn_() : openCatalog(folders_.real(catalogPath_), catalogNumber_);
-    }
-    return *catalog_;
+/// A folder without a usable catalogue is refused, and the former one stays in use.
+void PinPointPlate::setCatalogPath(const std::string& folder) {
+    catalog_ = isUntouched(folder) ? builtIn_() : openCatalog(folders_.real(folder), catalogNumber_);
 }
 
-/// The folder that is really read; what was put while there is nothing to read in it.
-std::string PinPointPlate::catalogueFolder() {
-    try {
-        return folders_.text(catalogue().folder());
-    } catch (const CatalogError&) {
-        return catalogPath_;
-    }
+const StarCatalog& PinPointPlate::catalogue() {
+    if (catalog_ == nullptr) catalog_ = builtIn_();
+    return *catalog_;
 }
 
 PlateGeometry PinPointPlate::geometry(double scaleX, double scaleY) const {
@@ -322,9 +323,9 @@ PlateGeometry PinPointPlate::geometry(double scaleX, double scaleY) const {
             static_cast<double>(image_ ? image_->height() : 1), scaleX, scaleY, stars_.binning};
 }
 
-/// The field widened by the expansion: the start may be off by half of that field's diagonal.
+/// The start may be off by half the field, and by the expansion's share of it.
 SearchArea PinPointPlate::area(const PlateGeometry& plate) const {
-    const double offset = plate.diagonalDeg() / 2 * (1 + catalogExpansion_);
+    const double offset = plate.diagonalDeg() * (0.5 + catalogExpansion_);
     return searchArea(plate, startInCatalogue(), offset, stars_.stars.size());
 }
 

@@ -48,7 +48,7 @@ class PinPointPlate : public platform::DispatchObject {
 
     FitsImage& image();
     const StarCatalog& catalogue();
-    std::string catalogueFolder();
+    void setCatalogPath(const std::string& folder);
     SearchArea area(const PlateGeometry& geometry) const;
     PlateGeometry geometry(double scaleX, double scaleY) const;
     std::vector<CatalogStar> starsIn(const SearchArea& area);
@@ -62,7 +62,6 @@ class PinPointPlate : public platform::DispatchObject {
     BuiltInStars builtIn_;
 
     int catalogNumber_ = 3;
-    std::string catalogPath_ = "C:\\";
     double catalogExpansion_ = 0.3;
     double faintest_ = 20;
     double brightest_ = -2;
