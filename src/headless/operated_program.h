@@ -14,6 +14,8 @@ class OperatedProgram {
 
     /// The start-up; returns when it is through.
     virtual void start() = 0;
+    /// Closes the main window as the operator would; the shutdown goes on in the event loop.
+    virtual void close() = 0;
     /// The shutdown is through.
     virtual bool ended() const = 0;
     /// The start-up waits for the operator's answer in one of the program's own windows.

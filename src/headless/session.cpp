@@ -158,7 +158,7 @@ bool Session::startAllows(OperatorCommands::Needs needs) {
 void Session::close() {
     if (std::exchange(closing_, true)) return;
     closingBegan_ = targets_.loop.clock().utc();
-    if (Form* main = targets_.screen.find("frmMain")) targets_.loop.post([main] { main->closeByOperator(); });
+    targets_.loop.post([this] { targets_.program.close(); });
 }
 
 bool Session::over() const {

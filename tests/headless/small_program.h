@@ -81,6 +81,7 @@ class SmallProgram : public OperatedProgram {
         window.show();
         log("Started");
     }
+    void close() override { window.closeByOperator(); }
     bool ended() const override { return closing_ && !working_; }
     bool asksDuringStart() const override { return question.shown(); }
     const std::vector<std::string>& logLines() const override { return lines_; }

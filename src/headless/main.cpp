@@ -1,0 +1,67 @@
+// vantrel-headless: Vantrel without windows, operated by a script.
+
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+#include "headless/descriptor_lines.h"
+#include "headless/options.h"
+#include "headless/program.h"
+#include "headless/system_time.h"
+
+namespace {
+
+using namespace vantrel;
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = 1;
+constexpr int kUsage = 2;
+
+/// A script may let the program wait for as long as it likes; nothing here is an endless wait.
+constexpr platform::Milliseconds kLongestRun = std::chrono::hours{24 * 366 * 100};
+constexpr long kMostSteps = 1'000'000'000'000;
+
+int runVirtual(const headless::Options& options, headless::CommandSource& commands,
+               headless::ReplySink& replies) {
+    const auto start = options.start ? *options.start : *platform::parseInstant(headless::kVirtualStart);
+    platform::VirtualTime time(start, kLongestRun, kMostSteps);
+    return headless::Program(options, time, commands, replies).run() ? kSuccess : kFailure;
+}
+
+int runReal(const headless::Options& options, headless::DescriptorCommands& commands,
+            headless::ReplySink& replies) {
+    const headless::Program* running = nullptr;
+    headless::SystemTime time(options.start.value_or(headless::SystemTime::now()), [&] {
+        return running != nullptr && running->wantsInput() ? commands.descriptor() : -1;
+    });
+    headless::Program program(options, time, commands, replies);
+    running = &program;
+    return program.run() ? kSuccess : kFailure;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is the end of the input
+    try {
+        const auto options = headless::parseOptions(std::vector<std::string>(argv + 1, argv + argc));
+        if (options.help) {
+            std::cout << headless::usage();
+            return kSuccess;
+        }
+        headless::DescriptorCommands commands(STDIN_FILENO);
+        headless::DescriptorReplies replies(STDOUT_FILENO);
+        return options.virtualTime ? runVirtual(options, commands, replies)
+                                   : runReal(options, commands, replies);
+    } catch (const headless::UsageError& error) {
+        std::cerr << "vantrel-headless: " << error.what() << "\n(--help shows the options)\n";
+        return kUsage;
+    } catch (const std::exception& error) {
+        std::cerr << "vantrel-headless: " << error.what() << "\n";
+        return kFailure;
+    }
+}

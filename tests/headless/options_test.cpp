@@ -1,0 +1,49 @@
+#include "headless/options.h"
+
+#include <gtest/gtest.h>
+
+namespace vantrel::headless {
+namespace {
+
+TEST(Options, AreTakenWithTheirValuesBehindOrBeside) {
+    const Options options =
+        parseOptions({"--virtual-time", "--start=2026-03-01T04:05:06Z", "--home", "/tmp/x", "--seed", "77",
+                      "--installed", "ScopeSim.Telescope, MaxIm.CCDCamera,", "--settings", "s.json"});
+    EXPECT_TRUE(options.virtualTime);
+    EXPECT_EQ(options.start, platform::parseInstant("2026-03-01T04:05:06Z"));
+    EXPECT_EQ(options.home, "/tmp/x");
+    EXPECT_EQ(options.seed, 77U);
+    EXPECT_EQ(options.installed, (std::vector<std::string>{"ScopeSim.Telescope", "MaxIm.CCDCamera"}));
+    EXPECT_EQ(options.settings, "s.json");
+    EXPECT_EQ(parseOptions({"--installed", ""}).installed, std::vector<std::string>{});
+    EXPECT_EQ(parseOptions({}).installed, std::nullopt);
+}
+
+TEST(Options, RefusesWhatItDoesNotUnderstand) {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{"--fast", "1"}, "Unknown option: --fast"},
+        {{"--home"}, "--home needs a value, or is unknown"},
+        {{"script.json"}, "Unexpected argument: script.json"},
+        {{"--seed", "-1"}, "--seed needs a whole number"},
+        {{"--seed", "1x"}, "--seed needs a whole number"},
+        {{"--seed", "99999999999999999999"}, "--seed needs a whole number"},
+        {{"--start", "tonight"}, "--start needs an instant such as 2026-11-24T20:00:00Z"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        try {
+            parseOptions(arguments);
+            ADD_FAILURE() << text;
+        } catch (const UsageError& error) {
+            EXPECT_STREQ(error.what(), text);
+        }
+    }
+}
+
+TEST(Options, HelpNamesEveryOption) {
+    for (const char* option :
+         {"--virtual-time", "--start", "--home", "--seed", "--installed", "--settings", "--help"})
+        EXPECT_NE(usage().find(option), std::string::npos) << option;
+}
+
+}  // namespace
+}  // namespace vantrel::headless
