@@ -11,6 +11,7 @@
 #include "observatory/sky/fits_image.h"
 #include "platform/image_array.h"
 #include "platform/queued_event_loop.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -27,7 +28,6 @@ class ObservatoryTest : public testing::Test {
         observatory_.install(classes_);
         std::filesystem::create_directories(drives_ / "c" / "images");
     }
-    ~ObservatoryTest() override { std::filesystem::remove_all(drives_); }
 
     ObjectRef connected(const std::string& progId) {
         ObjectRef driver = classes_.create(progId);
@@ -44,7 +44,8 @@ class ObservatoryTest : public testing::Test {
 
     platform::VirtualTime time_{platform::parseInstant("2026-11-24T20:00:00Z").value()};
     platform::QueuedEventLoop loop_{time_};
-    std::filesystem::path drives_ = testing::TempDir() + "vantrel_observatory_test";
+    test::TempFolder temporary_;
+    std::filesystem::path drives_ = temporary_.path();
     platform::FolderMap folders_{drives_};
     std::vector<std::string> setups_;
     Observatory observatory_{loop_, folders_, 1, seams(setups_)};
