@@ -8,7 +8,7 @@ namespace vantrel::app {
 class frmLog : public platform::Form {
   public:
     explicit frmLog(platform::Screen& screen)
-        : Form(screen, "frmLog", "Log", {700, 60, 560, 420}),
+        : Form(screen, "frmLog", "Log", {830, 60, 520, 420}),
           txtLog(*this, "txtLog"),
           mnuClear(*this, "mnuClear", "Clear"),
           mnuClose(*this, "mnuClose", "Close"),

@@ -238,7 +238,10 @@ class LineTie : public Tie {
         const QString text = QString::fromStdString(box_.text());
         if (text == widget_.text()) return;
         widget_.setText(text);
-        if (typing_) widget_.selectAll();  // the next key replaces what the program put there
+        if (typing_)
+            widget_.selectAll();  // the next key replaces what the program put there
+        else
+            widget_.setCursorPosition(0);  // of a long text, the beginning is in view
     }
     /// Keys go through the box's filter, which may change or discard them.
     bool eventFilter(QObject* watched, QEvent* event) override {

@@ -49,7 +49,7 @@ TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : For
     auto* const box = named<QGroupBox>("fraTelescopeSelection");
     auto* const grid = new QGridLayout(box);
     grid->setSpacing(8);
-    constexpr int kName = 34;
+    constexpr int kName = 42;
     auto* const name = named<QLineEdit>("txtTelescopeName");
     name->setMinimumHeight(name->fontMetrics().height() + 12);
     name->setMinimumWidth(name->fontMetrics().horizontalAdvance('0') * kName);
@@ -255,7 +255,11 @@ QWidget* widgetFor(const platform::Control& control, const Theme& theme) {
         return dynamic_cast<const Kind*>(&control) != nullptr;
     };
     using namespace platform;
-    if (is(static_cast<const Label*>(nullptr))) return new QLabel;
+    if (is(static_cast<const Label*>(nullptr))) {
+        auto* const label = new QLabel;
+        label->setWordWrap(true);
+        return label;
+    }
     if (is(static_cast<const Button*>(nullptr))) return new QPushButton;
     if (is(static_cast<const CheckBox*>(nullptr))) return new QCheckBox;
     if (is(static_cast<const OptionButton*>(nullptr))) return new QRadioButton;

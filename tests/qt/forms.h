@@ -2,15 +2,22 @@
 #pragma once
 
 #include <QApplication>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
+#include "app/frm_about.h"
 #include "app/frm_log.h"
 #include "app/frm_main.h"
+#include "app/frm_options.h"
 #include "app/frm_popup_msg.h"
+#include "app/settings_store.h"
 #include "correction/frm_polar_plot.h"
+#include "devices/frm_select_cc_software.h"
 #include "devices/frm_telescope.h"
+#include "platesolve/frm_pixel_scale.h"
 #include "platform/queued_event_loop.h"
+#include "qt/unattended_run.h"
 #include "qt/windows.h"
 
 namespace vantrel::qt {
@@ -24,6 +31,15 @@ struct Forms {
     app::frmPopupMsg popup{screen};
     correction::frmPolarPlot polarPlot{screen};
     devices::frmTelescope telescope{screen};
+    devices::frmSelectCCSoftware imagingSoftware{screen};
+    platesolve::frmPixelScale pixelScale{screen};
+    app::frmAbout about{screen};
+
+    platform::MemorySettings stored;
+    std::ostringstream boxes;
+    UnattendedDialogs dialogs{boxes};
+    app::SettingsStore settings{stored, dialogs};
+    app::frmOptions options{screen, settings};
 
     Theme theme;
     std::string failures;  // what the barrier kept from the toolkit

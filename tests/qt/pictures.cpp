@@ -90,6 +90,7 @@ void run(const QString& folder, bool night) {
     Forms f;
     f.theme.setNight(night);
     const auto windows = windowsFor(f.screen, f.front);
+    for (platform::Form* form : f.screen.forms()) form->show();
     for (platform::Form* form :
          {static_cast<platform::Form*>(&f.main), static_cast<platform::Form*>(&f.log),
           static_cast<platform::Form*>(&f.polarPlot), static_cast<platform::Form*>(&f.telescope),
