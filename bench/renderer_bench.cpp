@@ -44,8 +44,8 @@ void wholeExposure(benchmark::State& state) {
     platform::VirtualTime time{tonight()};
     NoiseSource noise(1);
     Mount mount(time, noise);
-    const auto catalog = TychoCatalog::openBuiltIn();
-    Camera camera(mount, noise, [&] { return catalog; });
+    const std::shared_ptr<const StarCatalog> catalog = TychoCatalog::openBuiltIn();
+    Camera camera(mount, noise, [&catalog] { return catalog; });
     for (auto _ : state) benchmark::DoNotOptimize(camera.expose(time.utc(), "bench"));
 }
 BENCHMARK(wholeExposure)->Unit(benchmark::kMillisecond);

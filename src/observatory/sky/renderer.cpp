@@ -67,18 +67,17 @@ class Readout {
     explicit Readout(const Exposure& exposure)
         : variance_(static_cast<float>(exposure.readNoise * exposure.readNoise)),
           countsPerElectron_(static_cast<float>(1 / exposure.gain)),
-          bias_(static_cast<float>(exposure.bias)) {}
+          offset_(static_cast<float>(exposure.bias) + 0.5F) {}
 
     std::uint16_t counts(float electrons, float gaussian) const {
         const float noisy = electrons + std::sqrt(electrons + variance_) * gaussian;
-        return static_cast<std::uint16_t>(std::clamp(noisy * countsPerElectron_ + bias_, 0.0F, 65535.0F) +
-                                          0.5F);
+        return static_cast<std::uint16_t>(std::clamp(noisy * countsPerElectron_ + offset_, 0.0F, 65535.0F));
     }
 
   private:
     float variance_;
     float countsPerElectron_;
-    float bias_;
+    float offset_;  // the bias and a half, so that cutting off the fraction rounds
 };
 
 std::vector<std::uint16_t> readOut(const Exposure& exposure, const std::vector<float>& electrons,

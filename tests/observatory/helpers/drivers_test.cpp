@@ -11,7 +11,6 @@
 namespace vantrel::observatory {
 namespace {
 
-using platform::Value;
 using testing::ElementsAre;
 
 class DriversTest : public testing::Test {

@@ -85,7 +85,8 @@ TEST_F(UtilTest, TextsRead) {
 }
 
 TEST_F(UtilTest, EveryTextReadsBack) {
-    for (double value = -30; value <= 30; value += 0.123) {
+    for (int step = -250; step <= 250; ++step) {
+        const double value = 0.123 * step;
         EXPECT_NEAR(parseSexagesimal(formatSeconds(value, {"° ", "' ", "\""}, 3)), value, 0.00051 / 3600);
         EXPECT_NEAR(parseSexagesimal(formatMinutes(value, {":", "", ""}, 2)), value, 0.0051 / 60);
     }

@@ -24,7 +24,7 @@ TEST(Refraction, ThinAirLiftsLess) {
 
 TEST(Refraction, BothWaysAgreeDownToBelowTheHorizon) {
     const Refraction air;
-    for (double altitude = -20; altitude <= 90; altitude += 0.5)
+    for (int altitude = -20; altitude <= 90; ++altitude)
         EXPECT_NEAR(air.trueAltitude(air.observedAltitude(altitude)), altitude, 1e-8);
 }
 

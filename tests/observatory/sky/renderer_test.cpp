@@ -25,9 +25,10 @@ struct Moments {
 Moments moments(const std::vector<std::uint16_t>& counts, std::size_t width) {
     Moments m;
     for (std::size_t i = 0; i < counts.size(); ++i) {
+        const std::size_t row = i / width;
         m.sum += counts[i];
-        m.x += counts[i] * static_cast<double>(i % width);
-        m.y += counts[i] * static_cast<double>(i / width);
+        m.x += counts[i] * static_cast<double>(i - row * width);
+        m.y += counts[i] * static_cast<double>(row);
     }
     m.x /= m.sum;
     m.y /= m.sum;
