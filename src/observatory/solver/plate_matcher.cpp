@@ -15,12 +15,13 @@ struct Round {
     std::size_t stars;
     double largestShare;
 };
-constexpr Round kRounds[] = {{12, 1.0}, {24, 0.6}, {45, 0.35}};
+constexpr Round kRounds[] = {{12, 1.0}, {24, 0.5}, {45, 0.3}};
 
 constexpr double kCatalogueSurplus = 1.5;  // catalogue stars taken per image star and field area
 constexpr std::size_t kCatalogueAtMost = 1400;
 constexpr std::size_t kTestedStars = 40;
-constexpr std::size_t kHypothesesAtMost = 150'000;
+constexpr std::size_t kHopeless = 14;  // a hypothesis without a hit among so many stars is dropped
+constexpr std::size_t kHypothesesAtMost = 80'000;
 constexpr std::size_t kRefinementsAtMost = 400;
 constexpr double kUnlucky = 1e-3;     // hypotheses that chance alone would let pass to refinement
 constexpr double kSkewAtMost = 0.04;  // departure from a similarity that no camera shows
@@ -51,6 +52,12 @@ class Matcher {
           settings_(settings),
           centre_(centre),
           radiusDeg_(std::min(radiusDeg, 60.0)),
+          pixel_(std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond),
+          error_(1.5 * field.positionError()),
+          distortion_(distortion(geometry_.diagonalDeg())),
+          scaleReach_(-std::log(1 - settings.scaleTolerance) + 0.005),
+          leastStretch_(std::exp(-scaleReach_)),
+          mostStretch_(std::exp(scaleReach_)),
           toCone_(axesAt(centre)),
           sky_(rotated(field.catalogue(), toCone_)),
           skyGrid_(gnomonic(sky_)) {}
@@ -97,21 +104,17 @@ class Matcher {
                 (p.y - c.y) * geometry_.scaleY * kArcsecond * stretch};
     }
 
-    /// Largest logarithm of true over given scale: either may be the larger by the tolerance.
-    double scaleReach() const { return -std::log(1 - settings_.scaleTolerance) + 0.005; }
-
     std::optional<RefinedPlate> search(std::size_t stars, double largestShare) {
         std::vector<Vector3> camera;
         for (std::size_t i = 0; i < stars; ++i) {
             const PlanePoint p = inCamera(i, 1);
             camera.push_back(normalized({p.x, p.y, 1}));
         }
-        const double pixel = std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond;
         const double diagonal = geometry_.diagonalDeg() * kDegree;
-        const TriangleIndex index(camera, diagonal * largestShare, 12 * field_.positionError() * pixel);
+        const TriangleIndex index(camera, diagonal * largestShare, 8 * error_ * pixel_);
         if (index.empty()) return std::nullopt;
 
-        const double fieldArea = geometry_.width * geometry_.height * pixel * pixel;
+        const double fieldArea = geometry_.width * geometry_.height * pixel_ * pixel_;
         const double coneArea = 2 * std::numbers::pi * (1 - std::cos(radiusDeg_ * kDegree));
         const double wanted =
             static_cast<double>(stars) * kCatalogueSurplus * std::max(1.0, coneArea / fieldArea) + 6;
@@ -121,8 +124,8 @@ class Matcher {
 
     /// Goes through the catalogue's triangles, brightest corners first.
     std::optional<RefinedPlate> walkCatalogue(const TriangleIndex& index, std::size_t count) {
-        const auto longest = index.longestSide() * static_cast<float>(std::exp(scaleReach()));
-        const auto shortest = index.shortestSide() * static_cast<float>(std::exp(-scaleReach()));
+        const auto longest = index.longestSide() * static_cast<float>(mostStretch_);
+        const auto shortest = index.shortestSide() * static_cast<float>(leastStretch_);
         std::vector<float> sides(count * count);
         std::vector<std::uint16_t> near;
         for (std::uint16_t c = 0; c < count; ++c) {
@@ -150,14 +153,13 @@ class Matcher {
     }
 
     std::optional<RefinedPlate> tryTriangle(const TriangleIndex& index, const Triangle& sky) {
-        const double pixel = std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond;
-        const double error = 1.5 * field_.positionError() * pixel / static_cast<double>(sky.longest);
-        const auto reach = static_cast<float>(error + distortion(geometry_.diagonalDeg()));
+        const auto reach =
+            static_cast<float>(error_ * pixel_ / static_cast<double>(sky.longest) + distortion_);
         std::optional<RefinedPlate> plate;
         index.visitAlike(sky, reach, [&](const Triangle& image) {
             if (plate) return;
             const double stretch = static_cast<double>(sky.longest / image.longest);
-            if (std::abs(std::log(stretch)) > scaleReach()) return;
+            if (stretch < leastStretch_ || stretch > mostStretch_) return;
             ++hypotheses_;
             plate = tryHypothesis(image, sky, stretch);
         });
@@ -206,13 +208,14 @@ class Matcher {
     std::optional<RefinedPlate> tryHypothesis(const Triangle& image, const Triangle& sky, double stretch) {
         const Attitude attitude = attitudeOf(image, sky, stretch);
         const std::size_t tested = std::min(kTestedStars, field_.imageCount());
-        const double pixel = std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond * stretch;
+        const double pixel = pixel_ * stretch;
         const double density =
             static_cast<double>(sky_.size()) / (4 * std::pow(std::tan(radiusDeg_ * kDegree), 2));
         std::size_t hits = 0;
         double expected = 0;
         for (std::size_t i = 0; i < tested; ++i) {
             if (i == image.corners[0] || i == image.corners[1] || i == image.corners[2]) continue;
+            if (i == kHopeless && hits == 0) return std::nullopt;
             const PlanePoint p = inCamera(i, stretch);
             const Vector3 there = attitude.toSky * Vector3{p.x, p.y * attitude.hand, 1};
             if (there[2] <= 0.1) continue;
@@ -230,9 +233,10 @@ class Matcher {
     /// Pixels by which a star may miss its predicted place: errors of the triangle grow with the distance
     /// from it.
     double toleranceAt(const Attitude& attitude, PixelPosition p) const {
-        const double away = std::hypot(p.x - attitude.anchor.x, p.y - attitude.anchor.y);
-        return 1.5 * field_.positionError() * (1 + away / attitude.size) +
-               distortion(geometry_.diagonalDeg()) * away;
+        const double dx = p.x - attitude.anchor.x;
+        const double dy = p.y - attitude.anchor.y;
+        const double away = std::sqrt(dx * dx + dy * dy);
+        return error_ * (1 + away / attitude.size) + distortion_ * away;
     }
 
     std::optional<RefinedPlate> refined(const Attitude& attitude) const {
@@ -251,9 +255,8 @@ class Matcher {
         RefinementSettings settings;
         settings.anchor = attitude.anchor;
         settings.anchorRadius = 2 * attitude.size;
-        settings.firstTolerance =
-            std::max(3.0 * field_.positionError(),
-                     toleranceAt(attitude, {attitude.anchor.x + attitude.size, attitude.anchor.y}) * 1.2);
+        settings.firstTolerance = std::max(
+            2 * error_, toleranceAt(attitude, {attitude.anchor.x + attitude.size, attitude.anchor.y}) * 1.2);
         settings.maximumResidualArcsec = settings_.maximumResidualArcsec;
         auto plate = refinePlate(field_, model, settings);
         return plate && credible(*plate) ? plate : std::nullopt;
@@ -267,7 +270,7 @@ class Matcher {
         const double skew = std::hypot(cd[0] - hand * cd[3] * ratio, cd[1] * ratio + hand * cd[2]) / size;
         const double stretch = size * 3600 / geometry_.scaleX;
         return plate.matched >= settings_.minimumMatches && skew < kSkewAtMost &&
-               std::abs(std::log(stretch)) < scaleReach() + kSkewAtMost &&
+               std::abs(std::log(stretch)) < scaleReach_ + kSkewAtMost &&
                plate.chanceLog10 + std::log10(static_cast<double>(hypotheses_)) < settings_.chanceLimitLog10;
     }
 
@@ -276,6 +279,13 @@ class Matcher {
     const MatchSettings& settings_;
     SkyPosition centre_;
     double radiusDeg_;
+    double pixel_;       ///< radians
+    double error_;       ///< of a star's place in the image, pixels, generously
+    double distortion_;  ///< relative error of lengths
+    double scaleReach_;  ///< largest logarithm of true over given scale: either may be the larger by the
+                         ///< tolerance
+    double leastStretch_;
+    double mostStretch_;
     Matrix3 toCone_;
     std::vector<Vector3> sky_;  ///< catalogue stars in the cone's axes
     StarGrid skyGrid_;          ///< the same in the plane that touches the cone's centre

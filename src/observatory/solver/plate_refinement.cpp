@@ -13,7 +13,6 @@ namespace {
 constexpr std::size_t kFewestPairs = 4;
 constexpr int kRounds = 7;
 constexpr double kLeastTolerance = 0.8;  // pixels
-constexpr double kWorthwhile = 0.85;     // a higher order must bring the variance below this share
 
 struct Match {
     StarPair pair;
@@ -37,23 +36,25 @@ class Refiner {
 
     std::optional<RefinedPlate> run(PlateModel model) const {
         double tolerance = settings_.firstTolerance;
+        double used = tolerance;
         double reach = settings_.anchorRadius;
         Matching found;
         for (int round = 0; round < kRounds; ++round) {
             found = match(model, tolerance, reach);
+            used = tolerance;
             const auto better = fitted(model, found.matches);
             if (!better) return std::nullopt;
             model = better->model;
             const double rms = better->rms;
             const double floor = std::max(kLeastTolerance, 1.5 * field_.positionError());
-            tolerance =
-                std::clamp(3 * rms, std::min(floor, settings_.firstTolerance), settings_.firstTolerance);
+            tolerance = std::clamp(std::max(2.5 * rms, 0.6 * tolerance),
+                                   std::min(floor, settings_.firstTolerance), settings_.firstTolerance);
             if (settings_.maximumResidualArcsec > 0) {
                 tolerance = std::min(tolerance, settings_.maximumResidualArcsec / geometry_.scaleX);
             }
             reach *= 1.8;
         }
-        return judged(model, found, tolerance);
+        return judged(model, found, used);
     }
 
   private:
@@ -102,10 +103,12 @@ class Refiner {
         for (const Match& m : matches) pairs.push_back(m.pair);
         if (pairs.size() < kFewestPairs) return std::nullopt;
         auto best = fitOrder(model, pairs, 1);
+        // The fewer the stars, the more must a higher order improve on the variance to be believed.
+        const double worthwhile = 1 - std::min(0.5, 8.0 / static_cast<double>(pairs.size()));
         for (int order = 2; best && order <= settings_.highestOrder; ++order) {
             if (pairs.size() < 2 * PlateModel::coefficientCount(order)) break;
             const auto higher = fitOrder(model, pairs, order);
-            if (higher && higher->rms * higher->rms < kWorthwhile * best->rms * best->rms) best = higher;
+            if (higher && higher->rms * higher->rms < worthwhile * best->rms * best->rms) best = higher;
         }
         return best;
     }

@@ -19,7 +19,7 @@ double capArea(double radiusDeg) { return 2 * std::numbers::pi * (1 - std::cos(r
 RefinedPlate finished(const PlateField& field, const RefinedPlate& plate, const MatchSettings& settings) {
     RefinementSettings all;
     all.imageStars = kFinalImageStars;
-    all.firstTolerance = std::max(2.0 * field.positionError(), 3 * plate.rmsPixels);
+    all.firstTolerance = std::max(2.0 * field.positionError(), 5 * plate.rmsPixels);
     all.maximumResidualArcsec = settings.maximumResidualArcsec;
     const auto better = refinePlate(field, plate.model, all);
     return better && better->matched >= plate.matched ? *better : plate;
