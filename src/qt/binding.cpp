@@ -15,6 +15,7 @@
 #include <QTextDocument>
 #include <QTextOption>
 #include <stdexcept>
+#include <utility>
 
 #include "qt/picture_widget.h"
 
@@ -140,6 +141,7 @@ class ButtonTie : public Tie {
         connect(&widget_, &QPushButton::clicked, this, [this] { post([this] { button_.click(); }); });
     }
     void show() override {
+        keepFocusToItself();
         showCommon(widget_);
         showColors(widget_, QPalette::Button, color::kButtonFace, QPalette::ButtonText, color::kButtonText);
         QString caption = QString::fromStdString(button_.caption());
@@ -148,8 +150,22 @@ class ButtonTie : public Tie {
     }
 
   private:
+    /// A button that is disabled gives the keyboard to nobody, and takes it back afterwards: no field gets
+    /// keys that were not meant for it.
+    void keepFocusToItself() {
+        if (!button_.enabled() && widget_.hasFocus()) {
+            hadFocus_ = true;
+            widget_.clearFocus();
+        } else if (button_.enabled() && std::exchange(hadFocus_, false) &&
+                   widget_.window()->focusWidget() == nullptr) {
+            widget_.setEnabled(true);
+            widget_.setFocus();
+        }
+    }
+
     platform::Button& button_;
     QPushButton& widget_;
+    bool hadFocus_ = false;
 };
 
 class MenuItemTie : public Tie {
@@ -231,6 +247,7 @@ class LineTie : public Tie {
         showCommon(widget_);
         showColors(widget_, QPalette::Base, color::kWindowBackground, QPalette::Text, color::kWindowText);
         widget_.setReadOnly(box_.readOnly());
+        widget_.setFocusPolicy(box_.readOnly() ? Qt::ClickFocus : Qt::StrongFocus);
         if (box_.alignment() != alignment_) {
             alignment_ = box_.alignment();
             widget_.setAlignment(horizontal(alignment_) | Qt::AlignVCenter);

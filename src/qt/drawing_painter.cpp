@@ -81,7 +81,9 @@ class DrawingPainter {
             return;
         }
         const QColor color = theme_.plotted(circle.color);
-        const qreal shown = std::max(radius, 3.0);
+        // A chart that is much wider than high still shows points, not discs.
+        const qreal widest = kind_ == PictureKind::kDial ? radius : area_.height() / 24;
+        const qreal shown = std::max(std::min(radius, widest), 3.0);
         painter_.setPen(Qt::NoPen);
         if (kind_ == PictureKind::kDial) {
             QColor halo = color;

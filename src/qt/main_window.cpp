@@ -87,7 +87,7 @@ QGroupBox* exposureGroup() {
         row({named<QCheckBox>("chkExposeContinuousEnable"), named<QCheckBox>("chkCrossHairEnable")}, true));
     QPushButton* const expose = button("cmdExpose");
     // The widest of its captions, so that the row doesn't move.
-    expose->setMinimumWidth(expose->fontMetrics().horizontalAdvance("Stoping Exp.") + 28);
+    expose->setMinimumWidth(expose->fontMetrics().horizontalAdvance("Stoping Exp.") + 34);
     grid->addRow(row({expose, button("cmdExposeSolve")}));
     return group("Single exposures", grid);
 }
@@ -142,9 +142,9 @@ QWidget* runTab(const Theme& theme) {
 // ---- Set-up ----
 
 QLayout* folderRow(const char* path, const char* button) {
-    auto* const line = named<QLineEdit>(path);
+    auto* const line = named<LineField>(path);
     auto* const choose = named<QPushButton>(button);
-    line->setMinimumHeight(line->fontMetrics().height() + 12);
+    line->setMinimumSize(line->fontMetrics().averageCharWidth() * 18, line->fontMetrics().height() + 12);
     choose->setMinimumHeight(line->minimumHeight());
     choose->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     return row({line, choose});

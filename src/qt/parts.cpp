@@ -20,6 +20,15 @@ int figureWidth(const QWidget& widget) { return widget.fontMetrics().horizontalA
 
 }  // namespace
 
+void LineField::paintEvent(QPaintEvent* event) {
+    QLineEdit::paintEvent(event);
+    if (!hasFocus() || isReadOnly()) return;
+    constexpr int kWidth = 2;
+    const QRect room = cursorRect();
+    QPainter(this).fillRect(room.center().x(), room.top() + 1, kWidth, room.height() - 2,
+                            palette().color(QPalette::Highlight));
+}
+
 IndicatorLabel::IndicatorLabel() {
     setAlignment(Qt::AlignCenter);
     setMargin(6);
@@ -57,8 +66,8 @@ void Readout::paintEvent(QPaintEvent* event) {
     QLabel::paintEvent(event);
 }
 
-QLineEdit* field(const char* name, int characters) {
-    auto* const line = named<QLineEdit>(name);
+LineField* field(const char* name, int characters) {
+    auto* const line = named<LineField>(name);
     line->setFixedWidth(figureWidth(*line) * characters + kFieldEdges);
     line->setFixedHeight(fieldHeight(*line));
     return line;

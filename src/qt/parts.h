@@ -17,6 +17,13 @@ class QPlainTextEdit;
 
 namespace vantrel::qt {
 
+/// A line to type in, with a caret in the look's own colour. The toolkit's inverts what is below it, which is
+/// white by night; the style leaves it out.
+class LineField : public QLineEdit {
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
 /// A light with a caption: a rounded face in the label's own colours.
 class IndicatorLabel : public QLabel {
   public:
@@ -44,7 +51,7 @@ Widget* named(const char* name, Args&&... args) {
 }
 
 /// A text field as wide as so many figures.
-QLineEdit* field(const char* name, int characters);
+LineField* field(const char* name, int characters);
 
 /// A list as wide and high as such a field, or wider where its longest entry asks for it.
 QComboBox* listField(const char* name, int characters);

@@ -28,6 +28,13 @@ observatory::ObservatorySeams seams(platform::Dialogs& dialogs) {
     return seams;
 }
 
+/// The simulator's mount stands as one does that was set up by eye. Arc-minutes.
+void standAskew(platform::AutomationHost& classes) {
+    const auto simulator = classes.create("AxisSimulator.Telescope");
+    simulator->put("PolarAzimuthError", 18.0);
+    simulator->put("PolarElevationError", -11.0);
+}
+
 }  // namespace
 
 Program::Program(const Front& front, platform::UserMachine& user, platform::Dialogs& dialogs,
@@ -40,6 +47,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       application_(
           {front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_}) {
     observatory_.install(classes_);
+    standAskew(classes_);
     // Settings that can't be read or stored are the application's to report.
     front.barrier.run([this] {
         if (settings_.isEmpty()) observatory::storeSimulatorSetup(settings_);

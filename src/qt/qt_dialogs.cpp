@@ -61,7 +61,9 @@ std::string QtDialogs::chooseFolder(const std::string& title) {
     dialog.setOption(QFileDialog::ShowDirsOnly);
     dialog.setFileMode(QFileDialog::Directory);
     dialog.setIconProvider(&icons);
+    dialog.setSizeGripEnabled(false);
     makeRoomForGloves(dialog);
+    dialog.resize(dialog.sizeHint().expandedTo({760, 520}));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
     return folders_.text(dialog.selectedFiles().front().toStdString());
 }
@@ -83,8 +85,8 @@ std::string QtDialogs::choose(const std::string& title, const std::vector<Choice
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     QObject::connect(list, &QListWidget::itemActivated, &dialog, &QDialog::accept);
     makeRoomForGloves(dialog);
-    if (dialog.exec() != QDialog::Accepted || list->currentRow() < 0) return {};
-    return choices[static_cast<std::size_t>(list->currentRow())].id;
+    if (dialog.exec() != QDialog::Accepted || list->selectedItems().isEmpty()) return {};
+    return choices[static_cast<std::size_t>(list->row(list->selectedItems().front()))].id;
 }
 
 }  // namespace vantrel::qt

@@ -12,6 +12,7 @@
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <map>
 #include <stdexcept>
 
@@ -50,7 +51,7 @@ TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : For
     auto* const grid = new QGridLayout(box);
     grid->setSpacing(8);
     constexpr int kName = 42;
-    auto* const name = named<QLineEdit>("txtTelescopeName");
+    auto* const name = named<LineField>("txtTelescopeName");
     name->setMinimumHeight(name->fontMetrics().height() + 12);
     name->setMinimumWidth(name->fontMetrics().horizontalAdvance('0') * kName);
     grid->addWidget(name, 0, 0, 1, 2);
@@ -62,7 +63,7 @@ TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : For
     }
     grid->setRowStretch(3, 1);
     layout->addWidget(box, 1);
-    auto* const status = named<QLineEdit>("txtTelescopeSelectionStatus");
+    auto* const status = named<LineField>("txtTelescopeSelectionStatus");
     status->setMinimumHeight(status->fontMetrics().height() + 12);
     layout->addLayout(row({new QLabel("Status"), status}));
     bind();
@@ -136,10 +137,26 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     column->addWidget(group("Mount's axis", axis));
     column->addWidget(group("Elevation and azimuth", parts));
     column->addWidget(group("Offsets of the mount's readings", offsets));
-    column->addWidget(group("Position", position));
+    QGroupBox* const positionGroup = group("Position", position);
+    column->addWidget(positionGroup);
     column->addStretch();
     layout->addLayout(column);
+    hideWhileEmpty(*positionGroup, {"txtPositionEastWest", "txtPositionUpDown"});
     bind();
+}
+
+/// A group of boxes that hold nothing would only raise a question.
+void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::string>& boxes) {
+    std::vector<const platform::TextBox*> texts;
+    for (const std::string& name : boxes)
+        texts.push_back(dynamic_cast<const platform::TextBox*>(form().find(name)));
+    const auto follow = [texts, &group] {
+        group.setVisible(std::any_of(texts.begin(), texts.end(), [](const platform::TextBox* box) {
+            return box != nullptr && !box->text().empty();
+        }));
+    };
+    follow();
+    for (const std::string& name : boxes) filled_.push_back(form().find(name)->changed.subscribe(follow));
 }
 
 // ---- Pixel scale calculator ----
@@ -211,7 +228,7 @@ PopupWindow::PopupWindow(platform::Form& form, const Front& front)
     scaleFont(*text, 1.2);
     text->setAlignment(Qt::AlignCenter);
     layout->addWidget(text, 1);
-    layout->addWidget(named<QLineEdit>("txtDummy"));
+    layout->addWidget(named<LineField>("txtDummy"));
     bind();
 }
 
@@ -263,7 +280,7 @@ QWidget* widgetFor(const platform::Control& control, const Theme& theme) {
     if (is(static_cast<const Button*>(nullptr))) return new QPushButton;
     if (is(static_cast<const CheckBox*>(nullptr))) return new QCheckBox;
     if (is(static_cast<const OptionButton*>(nullptr))) return new QRadioButton;
-    if (is(static_cast<const TextBox*>(nullptr))) return new QLineEdit;
+    if (is(static_cast<const TextBox*>(nullptr))) return new LineField;
     if (is(static_cast<const ComboBox*>(nullptr))) return new QComboBox;
     if (is(static_cast<const Picture*>(nullptr))) return new PictureWidget(theme, PictureKind::kChart);
     if (is(static_cast<const Frame*>(nullptr))) {

@@ -296,7 +296,8 @@ void Style::drawControl(ControlElement element, const QStyleOption* option, QPai
             return;
         }
     }
-    if (element == CE_MenuBarEmptyArea) {
+    if (element == CE_Splitter || element == CE_SizeGrip) return;
+    if (element == CE_MenuBarEmptyArea || element == CE_HeaderSection || element == CE_HeaderEmptyArea) {
         painter->fillRect(option->rect, option->palette.color(QPalette::Window));
         return;
     }
@@ -324,8 +325,8 @@ QRect Style::subElementRect(SubElement element, const QStyleOption* option, cons
 
 QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
                               const QWidget* widget) const {
-    const QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
-    return type == CT_PushButton ? size + QSize(12, 4) : size;
+    if (type == CT_PushButton) return contents + QSize(30, 14);
+    return QProxyStyle::sizeFromContents(type, option, contents, widget);
 }
 
 int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
@@ -335,6 +336,8 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
         case PM_ExclusiveIndicatorWidth:
         case PM_ExclusiveIndicatorHeight:
             return 18;
+        case PM_TextCursorWidth:
+            return 0;  // see LineField
         case PM_ScrollBarExtent:
             return 16;
         case PM_ButtonShiftHorizontal:
@@ -365,6 +368,12 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
         default:
             return QProxyStyle::styleHint(hint, option, widget, data);
     }
+}
+
+QPixmap Style::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
+                                   const QStyleOption* option) const {
+    const QPixmap generated = QProxyStyle::generatedIconPixmap(mode, pixmap, option);
+    return isNight() ? reddened(generated) : generated;
 }
 
 QIcon Style::standardIcon(StandardPixmap picture, const QStyleOption* option, const QWidget* widget) const {

@@ -1,6 +1,7 @@
 // How the widgets are drawn: Fusion's measures with flat faces and thin lines, every colour from the palette.
 #pragma once
 
+#include <QIcon>
 #include <QProxyStyle>
 
 namespace vantrel::qt {
@@ -22,6 +23,8 @@ class Style : public QProxyStyle {
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* data) const override;
+    QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
+                                const QStyleOption* option) const override;
     QIcon standardIcon(StandardPixmap picture, const QStyleOption* option,
                        const QWidget* widget) const override;
     QPixmap standardPixmap(StandardPixmap picture, const QStyleOption* option,

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "qt/form_window.h"
 
+class QGroupBox;
 class QLabel;
 
 namespace vantrel::qt {
@@ -28,6 +30,11 @@ class TelescopeWindow : public FormWindow {
 class PolarPlotWindow : public FormWindow {
   public:
     PolarPlotWindow(platform::Form& form, const Front& front);
+
+  private:
+    void hideWhileEmpty(QGroupBox& group, const std::vector<std::string>& boxes);
+
+    std::vector<platform::Subscription> filled_;
 };
 
 class PixelScaleWindow : public FormWindow {

@@ -6,12 +6,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMessageBox>
 #include <QTabWidget>
 
 #include <gtest/gtest.h>
 
 #include "qt/forms.h"
+#include "qt/light.h"
 #include "qt/watched_settings.h"
 
 namespace vantrel::qt {
@@ -110,17 +110,6 @@ TEST_P(LayoutTest, ClipsNothing) {
 
 INSTANTIATE_TEST_SUITE_P(FontSizes, LayoutTest, testing::Values(9, 11, 13));
 
-/// The most that green or blue exceed what the night's reds hold, over all pixels.
-int foreignLight(const QImage& image) {
-    int most = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x) {
-            const QRgb pixel = image.pixel(x, y);
-            most = std::max(most, std::max(qGreen(pixel), qBlue(pixel)) - qRed(pixel) / 3 - 2);
-        }
-    return most;
-}
-
 int brightest(const QImage& image) {
     int most = 0;
     for (int y = 0; y < image.height(); ++y)
@@ -137,6 +126,8 @@ TEST(NightLook, HoldsNothingButRed) {
     forms.main.run.lblExpose.setForeColor(platform::color::kIndicatorOffBack);
     forms.main.run.cmdRun.setBackColor(platform::color::kDarkGreen);
     forms.log.txtLog.setText(std::string(20'000, 'x'));  // with a scroll bar
+    for (const auto& window : windows)                   // with a caret
+        if (auto* const line = window->findChild<QLineEdit*>()) line->setFocus();
     forms.settle();
     for (const auto& window : windows) {
         onEveryPage(*window, [&] {
@@ -147,10 +138,6 @@ TEST(NightLook, HoldsNothingButRed) {
         });
         for (QMenu* menu : window->findChildren<QMenu*>())
             EXPECT_LE(foreignLight(menu->grab().toImage()), 0) << menu->title().toStdString();
-    }
-    for (const auto icon : {QMessageBox::Information, QMessageBox::Warning, QMessageBox::Critical}) {
-        QMessageBox box(icon, "Title", "Text", QMessageBox::Ok);
-        EXPECT_LE(foreignLight(box.grab().toImage()), 0) << "message box";
     }
 }
 

@@ -43,6 +43,9 @@ struct Night {
 
     FormWindow& main() const { return program.window("frmMain"); }
     bool enabled(const char* widget) const { return widgetOf<QWidget>(main(), widget).isEnabled(); }
+    bool isLit(const char* indicator) {
+        return widgetOf<QWidget>(main(), indicator).palette().color(QPalette::Window) == theme.colors().lit;
+    }
     bool started() { return main().isVisible() && !program.application().busy(); }
     std::string instructions() const {
         return widgetOf<QPlainTextEdit>(main(), "txtInstructions").toPlainText().toStdString();

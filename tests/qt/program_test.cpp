@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <QAction>
 #include <QCheckBox>
+
+#include <gtest/gtest.h>
 
 #include "qt/night.h"
 

@@ -86,6 +86,22 @@ TEST_F(MainWindowTest, AClickRunsFromTheEventLoopAndOnlyWhenTheControlIsReachabl
     EXPECT_FALSE(run.isEnabled());
 }
 
+TEST_F(MainWindowTest, ADisabledButtonGivesItsKeysToNobodyAndTakesThemBack) {
+    auto& run = widget<QPushButton>("cmdRun");
+    window.activateWindow();
+    run.setFocus();
+    settle();
+    main.run.cmdRun.setEnabled(false);
+    EXPECT_EQ(window.focusWidget(), nullptr);
+    main.run.cmdRun.setEnabled(true);
+    EXPECT_EQ(window.focusWidget(), &run);
+
+    main.run.cmdRun.setEnabled(false);
+    widget<QLineEdit>("txtDeltaRA").setFocus();
+    main.run.cmdRun.setEnabled(true);
+    EXPECT_EQ(window.focusWidget(), &widget<QLineEdit>("txtDeltaRA")) << "the operator went elsewhere";
+}
+
 TEST_F(MainWindowTest, KeysPassTheFilter) {
     auto& slew = widget<QLineEdit>("txtDeltaRA");
     main.run.txtDeltaRA.keyFilter = [](int code) { return code >= '0' && code <= '9' ? code : 0; };

@@ -1,0 +1,90 @@
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QFileDialog>
+#include <QListWidget>
+#include <QTimer>
+#include <filesystem>
+#include <functional>
+
+#include <gtest/gtest.h>
+
+#include "qt/light.h"
+#include "qt/qt_dialogs.h"
+#include "qt/temporary_home.h"
+#include "qt/theme.h"
+
+namespace vantrel::qt {
+namespace {
+
+/// Does something to the dialog that the next call opens, which waits for it.
+void inTheDialog(const std::function<void(QDialog&)>& act) {
+    QTimer::singleShot(0, [act] {
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        act(*dialog);
+    });
+}
+
+class DialogsTest : public testing::Test {
+  protected:
+    DialogsTest() {
+        std::filesystem::create_directories(home.paths().drives / "C" / "Images" / "Tonight");
+        user.folders.map("C:\\Images", home.paths().drives / "C" / "Images");
+    }
+
+    TemporaryHome home;
+    platform::UserMachine user{home.paths()};
+    Theme theme;
+    QtDialogs dialogs{user.folders, "C:\\Images"};
+    const std::vector<platform::Dialogs::Choice> drivers{{"A.Telescope", "First mount"},
+                                                         {"B.Telescope", "Second mount"}};
+};
+
+TEST_F(DialogsTest, AChosenFolderComesBackAsAFolderText) {
+    inTheDialog([&](QDialog& dialog) {
+        auto& chooser = dynamic_cast<QFileDialog&>(dialog);
+        chooser.selectFile(QString::fromStdString((user.folders.real("C:\\Images") / "Tonight").string()));
+        dialog.accept();
+    });
+    EXPECT_EQ(dialogs.chooseFolder("Set Image Path"), "C:\\Images\\Tonight");
+    inTheDialog([](QDialog& dialog) { dialog.reject(); });
+    EXPECT_EQ(dialogs.chooseFolder("Set Image Path"), "");
+}
+
+TEST_F(DialogsTest, AChoiceBeginsWithTheCurrentOneAndComesBackById) {
+    std::string first;
+    inTheDialog([&](QDialog& dialog) {
+        auto& list = *dialog.findChild<QListWidget*>();
+        first = list.currentItem()->text().toStdString();
+        list.setCurrentRow(0);
+        dialog.accept();
+    });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "A.Telescope");
+    EXPECT_EQ(first, "Second mount");
+    inTheDialog([](QDialog& dialog) { dialog.reject(); });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "");
+    inTheDialog([](QDialog& dialog) { dialog.accept(); });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "C.Telescope"), "") << "nothing was chosen";
+}
+
+TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
+    theme.setNight(true);
+    const auto check = [](QDialog& dialog) {
+        QApplication::processEvents();
+        EXPECT_LE(foreignLight(dialog.grab().toImage()), 0) << dialog.windowTitle().toStdString();
+        dialog.reject();
+    };
+    inTheDialog(check);
+    dialogs.chooseFolder("Set Image Path");
+    inTheDialog(check);
+    dialogs.choose("Telescope Chooser", drivers, "A.Telescope");
+    for (const auto icon : {platform::Dialogs::Icon::kInformation, platform::Dialogs::Icon::kExclamation,
+                            platform::Dialogs::Icon::kCritical}) {
+        inTheDialog(check);
+        dialogs.messageBox("Vantrel", "Vantrel is already running", icon);
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::qt
