@@ -1,0 +1,237 @@
+// The engine on drawn fields: the places of real stars through known world coordinates.
+
+#include "observatory/solver/plate_solver.h"
+
+#include <algorithm>
+
+#include <gtest/gtest.h>
+
+#include "observatory/sky/fits_image.h"
+#include "observatory/sky/tycho_catalog.h"
+#include "support/star_field.h"
+
+namespace vantrel::observatory {
+namespace {
+
+const TychoCatalog& stars() {
+    static const auto catalog = TychoCatalog::openBuiltIn();
+    return *catalog;
+}
+
+FitsImage imageOf(const test::StarField& field, bool empty = false) {
+    const auto counts = test::drawField(empty ? nullptr : &stars(), field);
+    return {field.width, field.height, std::vector<float>(counts.begin(), counts.end())};
+}
+
+struct Start {
+    SkyPosition place;
+    double scale = 1;
+    double offset = 1.5;
+};
+
+std::optional<PlateSolution> solve(const test::StarField& field, const Start& start) {
+    const auto image = imageOf(field);
+    const StarList found = findStars(image, {});
+    const PlateGeometry geometry{static_cast<double>(field.width), static_cast<double>(field.height),
+                                 start.scale, start.scale, found.binning};
+    const SearchArea area = searchArea(geometry, start.place, start.offset, found.stars.size());
+    return solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
+}
+
+double offPixels(const test::StarField& field, const PlateSolution& solution) {
+    return separationDeg(solution.centre, field.wcs.reference) / std::hypot(field.wcs.cd[0], field.wcs.cd[2]);
+}
+
+test::StarField fieldOf(SkyPosition centre, double scale, double turn, bool mirrored) {
+    test::StarField field;
+    field.width = 900;
+    field.height = 680;
+    field.wcs = test::wcsFor(field.width, field.height, centre, scale, turn, mirrored);
+    return field;
+}
+
+TEST(SolvePlate, FindsTheCentreOfRandomFields) {
+    std::mt19937 random(20);
+    std::uniform_real_distribution<double> unit(0, 1);
+    std::vector<double> errors;
+    for (int i = 0; i < 25; ++i) {
+        const double scale = 3.2 + 6 * unit(random);  // 0.8 degrees wide and more
+        auto field = fieldOf(test::anywhere(random), scale, 360 * unit(random), i % 2 == 0);
+        field.seed = static_cast<unsigned>(i);
+        field.fwhm = 1.8 + 2.5 * unit(random);
+        const SkyPosition start =
+            fromTangentPlane({1.4 * unit(random) - 0.7, 1.4 * unit(random) - 0.7}, field.wcs.reference);
+        const auto solution = solve(field, {start, scale * (0.86 + 0.28 * unit(random))});
+        ASSERT_TRUE(solution) << i;
+        errors.push_back(offPixels(field, *solution));
+        EXPECT_LT(errors.back(), 0.5) << i;
+    }
+    std::sort(errors.begin(), errors.end());
+    EXPECT_LT(errors[errors.size() / 2], 0.15);
+}
+
+// The matrix that roll and scales make must take every pixel to where the field was drawn: the promise on
+// which a star is put onto a wanted pixel.
+TEST(SolvePlate, RollAndScalesLeadToTheRightPixelForEveryTurnAndBothHands) {
+    for (const bool mirrored : {false, true}) {
+        for (int turn = -180; turn <= 180; turn += 45) {
+            const auto field = fieldOf({310, 44}, 5, turn + 3, mirrored);
+            const auto solution = solve(field, {{310.3, 44.2}, 5.2});
+            ASSERT_TRUE(solution) << turn << mirrored;
+            EXPECT_EQ(solution->mirrored(), mirrored) << turn;
+            EXPECT_GT(solution->orientation.scaleX, 0);
+            EXPECT_NEAR(std::remainder(solution->orientation.rollDeg - turn - 3, 360), 0, 0.02)
+                << turn << mirrored;
+            const auto cd = matrixOf(solution->orientation);
+            const TangentWcs told{solution->centre, {449.5, 339.5}, {cd[0], cd[1], cd[2], cd[3]}};
+            for (const PixelPosition pixel :
+                 {PixelPosition{0, 0}, PixelPosition{899, 0}, PixelPosition{200, 679}}) {
+                EXPECT_LT(separationDeg(told.toSky(pixel), field.wcs.toSky(pixel)) * 720, 0.5)
+                    << turn << mirrored;
+            }
+        }
+    }
+}
+
+TEST(SolvePlate, CopesWithTheEveryday) {
+    const SkyPosition centre{58, -28};
+    struct Case {
+        const char* why;
+        test::StarField field;
+        Start start;
+    };
+    std::vector<Case> cases;
+    const auto add = [&](const char* why, double scale, SkyPosition place, auto&& change) {
+        auto field = fieldOf(place, scale, 77, false);
+        change(field);
+        cases.push_back({why, field, {fromTangentPlane({0.5, -0.5}, place), scale * 0.97}});
+    };
+    add("hot pixels by the hundred", 5, centre, [](auto& f) { f.hotShare = 0.0008; });
+    add("hot pixels, sharp stars", 5, centre, [](auto& f) {
+        f.hotShare = 0.0008;
+        f.fwhm = 1.6;
+    });
+    add("a colour sensor's raw image", 5, centre, [](auto& f) { f.mosaic = true; });
+    add("a bright sky", 5, centre, [](auto& f) { f.sky = 20000; });
+    add("bloated stars", 5, centre, [](auto& f) { f.fwhm = 7; });
+    add("the pole", 5, {100, 89.95}, [](auto&) {});
+    add("across 0 hours", 5, {359.9, 10}, [](auto&) {});
+    add("the Milky Way", 6, {290, 10}, [](auto&) {});
+    add("20 degrees wide", 80, {10, -30}, [](auto& f) { f.tenthMagnitude = 3000; });
+    for (Case& c : cases) {
+        if (c.field.fwhm > 6) c.start.offset = 1;
+        const auto solution = solve(c.field, c.start);
+        ASSERT_TRUE(solution) << c.why;
+        EXPECT_LT(offPixels(c.field, *solution), 0.3) << c.why;
+    }
+}
+
+TEST(SolvePlate, SolvesSmallFieldsThatHoldSixStars) {
+    std::mt19937 random(5);
+    int tried = 0;
+    while (tried < 12) {
+        test::StarField field;
+        field.width = 1152;
+        field.height = 774;
+        field.seed = static_cast<unsigned>(tried);
+        const SkyPosition centre = test::anywhere(random);
+        field.wcs = test::wcsFor(field.width, field.height, centre, 2, 30.0 * tried, tried % 2 == 0);
+        int inside = 0;
+        for (const auto& star : stars().cone({.raDeg = centre.ra, .decDeg = centre.dec, .radiusDeg = 0.5})) {
+            const auto at = field.wcs.toPixel({star.raDeg, star.decDeg});
+            inside += at && at->x > 4 && at->y > 4 && at->x < 1147 && at->y < 769;
+        }
+        if (inside < 6 || inside > 12) continue;  // the poor ones are what matters
+        ++tried;
+        const auto solution = solve(field, {fromTangentPlane({0.3, 0.4}, centre), 2.2});
+        ASSERT_TRUE(solution) << inside << " stars at " << centre.ra << " " << centre.dec;
+        EXPECT_LT(offPixels(field, *solution), 0.5);
+    }
+}
+
+// bench/solver_trials.cpp does the same by the thousand.
+TEST(SolvePlate, FindsNothingWhereNothingIs) {
+    std::mt19937 random(8);
+    std::uniform_real_distribution<double> unit(0, 1);
+    for (int i = 0; i < 15; ++i) {
+        std::vector<ImageStar> chance;
+        const int count = 4 + 20 * i;
+        for (int s = 0; s < count; ++s)
+            chance.push_back({899 * unit(random), 679 * unit(random), 1e6 / (s + 1)});
+        const PlateGeometry geometry{900, 680, 5, 5, 1};
+        const SearchArea area = searchArea(geometry, test::anywhere(random), 1.5, chance.size());
+        EXPECT_FALSE(solvePlate(geometry, chance, area, stars().cone(area.query(2000, 99)), {})) << i;
+    }
+    for (int i = 0; i < 8; ++i) {
+        const auto field = fieldOf({40.0 * i, 10}, 5, 10, false);
+        EXPECT_FALSE(solve(field, {{40.0 * i + 90, -20}, 5})) << i;
+    }
+}
+
+TEST(SolvePlate, GivesUpQuietlyWithTooLittle) {
+    const PlateGeometry geometry{900, 680, 5, 5, 1};
+    const SearchArea area = searchArea(geometry, {0, 0}, 1, 0);
+    const auto catalogue = stars().cone(area.query(2000, 99));
+    EXPECT_FALSE(solvePlate(geometry, {}, area, catalogue, {}));
+    const std::vector<ImageStar> same(50, ImageStar{100, 100, 1000});
+    EXPECT_FALSE(solvePlate(geometry, same, area, catalogue, {}));
+    std::vector<ImageStar> line;
+    for (int i = 0; i < 50; ++i) line.push_back({10.0 * i, 10.0 * i, 1000.0});
+    EXPECT_FALSE(solvePlate(geometry, line, area, catalogue, {}));
+    EXPECT_FALSE(solvePlate(geometry, line, area, {}, {}));
+}
+
+TEST(SolvePlate, ObeysItsLimits) {
+    const auto field = fieldOf({150, 30}, 5, 20, false);
+    const auto image = imageOf(field);
+    const StarList found = findStars(image, {});
+    const PlateGeometry geometry{900, 680, 5, 5, found.binning};
+    const SearchArea area = searchArea(geometry, {150, 30}, 1, found.stars.size());
+    const auto catalogue = stars().cone(area.query(2000, 99));
+    const auto free = solvePlate(geometry, found.stars, area, catalogue, {});
+    ASSERT_TRUE(free);
+    EXPECT_FALSE(solvePlate(geometry, found.stars, area, catalogue, {.minimumMatches = free->matched + 20}));
+    const auto strict = solvePlate(geometry, found.stars, area, catalogue, {.maximumResidualArcsec = 1});
+    ASSERT_TRUE(strict);
+    EXPECT_LT(strict->matched, free->matched);
+    EXPECT_LT(strict->residualArcsec, 1);
+}
+
+TEST(FindStars, ObeysItsSettings) {
+    auto field = fieldOf({300, 40}, 5, 0, false);
+    const auto image = imageOf(field);
+    const auto all = findStars(image, {}).stars;
+    ASSERT_GT(all.size(), 100U);
+    EXPECT_TRUE(std::is_sorted(all.begin(), all.end(), [](auto& a, auto& b) { return a.flux > b.flux; }));
+    for (const ImageStar& star : findStars(image, {.exclusionBorder = 100}).stars) {
+        EXPECT_TRUE(star.x >= 100 && star.y >= 100 && star.x <= 799 && star.y <= 579);
+    }
+    const auto bright = findStars(image, {.minimumBrightness = 20000}).stars;
+    EXPECT_LT(bright.size(), all.size() / 2);
+    EXPECT_GE(bright.back().flux, 20000);
+    EXPECT_LT(findStars(image, {.sigmaAboveMean = 20}).stars.size(), all.size());
+    EXPECT_LT(findStars(image, {.minimumSize = 20}).stars.size(), all.size());
+    EXPECT_EQ(findStars(image, {.atMost = 7}).stars.size(), 7U);
+    EXPECT_GT(findStars(image, {.filterFwhmPixels = 3}).stars.size(), 50U);
+}
+
+TEST(FindStars, FindsNoStarsInPlainImages) {
+    auto field = fieldOf({0, 0}, 5, 0, false);
+    field.hotShare = 0.0005;
+    EXPECT_LT(findStars(imageOf(field, true), {}).stars.size(), 10U);
+    EXPECT_TRUE(findStars(FitsImage(100, 100, std::vector<float>(10000, 500)), {}).stars.empty());
+    EXPECT_TRUE(findStars(FitsImage(1, 1, {7}), {}).stars.empty());
+    EXPECT_TRUE(findStars(FitsImage(300, 2, std::vector<float>(600, 0)), {}).stars.empty());
+    const float nan = std::nanf("");
+    EXPECT_TRUE(findStars(FitsImage(64, 64, std::vector<float>(4096, nan)), {}).stars.empty());
+    std::vector<float> wild(128 * 128);
+    for (std::size_t i = 0; i < wild.size(); ++i) wild[i] = i % 3 == 0 ? 3e38F : i % 3 == 1 ? -3e38F : nan;
+    findStars(FitsImage(128, 128, wild), {});
+    std::vector<float> chequered(400 * 400);
+    for (std::size_t i = 0; i < chequered.size(); ++i)
+        chequered[i] = (i / 4 + i / 1600) % 2 == 0 ? 0.0F : 60000.0F;
+    findStars(FitsImage(400, 400, chequered), {});
+}
+
+}  // namespace
+}  // namespace vantrel::observatory
