@@ -193,14 +193,15 @@ int run(const std::vector<std::string>& arguments) {
     const FitsImage image = FitsImage::open(options.file);
     const Outcome outcome = solve(options, image);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    if (outcome.solution && !options.wcs.empty()) {
+        writeWcs(options.file, options.wcs, wcsOf(*outcome.solution, outcome.geometry));
+    }
     if (options.json) {
         std::puts(asJson(outcome, seconds).dump().c_str());
     } else {
         print(outcome, seconds);
     }
-    if (!outcome.solution) return 1;
-    if (!options.wcs.empty()) writeWcs(options.file, options.wcs, wcsOf(*outcome.solution, outcome.geometry));
-    return 0;
+    return outcome.solution ? 0 : 1;
 }
 
 }  // namespace

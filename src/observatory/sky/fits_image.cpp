@@ -569,7 +569,9 @@ void copyWithWcs(const std::filesystem::path& source, bool packed, const std::fi
     } else {
         std::error_code error;
         std::filesystem::copy_file(source, target, error);
-        if (error) fail(source, error.message());
+        if (error) {
+            fail(source, "can't be copied to \"" + target.parent_path().string() + "\": " + error.message());
+        }
         std::filesystem::permissions(target, std::filesystem::perms::owner_write,
                                      std::filesystem::perm_options::add, error);
     }

@@ -1,0 +1,119 @@
+// The program vantrel-solve as its callers see it: texts in, JSON and exit status out.
+
+#include <cstdio>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sys/wait.h>
+
+#include "observatory/sky/fits_image.h"
+#include "observatory/sky/tycho_catalog.h"
+#include "support/fits_bytes.h"
+#include "support/star_field.h"
+#include "support/temp_folder.h"
+
+namespace vantrel::observatory {
+namespace {
+
+struct Answer {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+class VantrelSolve : public testing::Test {
+  protected:
+    Answer run(const std::string& arguments) {
+        const std::string command = std::string(VANTREL_SOLVE) + " " + arguments + " > '" +
+                                    (folder_ / "out").string() + "' 2> '" + (folder_ / "err").string() + "'";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, test::contentsOf(folder_ / "out"),
+                test::contentsOf(folder_ / "err")};
+    }
+
+    std::string drawn(const std::vector<FitsCard>& cards = {}) {
+        test::StarField field;
+        field.width = 640;
+        field.height = 480;
+        field.wcs = test::wcsFor(640, 480, {75, 33}, 6, 20, true);
+        writeFits(folder_ / "field.fits", 640, 480, test::drawField(TychoCatalog::openBuiltIn().get(), field),
+                  cards);
+        return (folder_ / "field.fits").string();
+    }
+
+    test::TempFolder folder_;
+};
+
+TEST_F(VantrelSolve, PrintsTheSolutionAsJson) {
+    const Answer answer =
+        run(drawn() + " --ra 5.03 --dec 33.4 --scale 6.2 --json --wcs " + (folder_ / "wcs.fits").string());
+    ASSERT_EQ(answer.status, 0) << answer.err;
+    const auto json = nlohmann::json::parse(answer.out);
+    EXPECT_NEAR(json.at("ra_deg").get<double>(), 75, 1e-3);
+    EXPECT_NEAR(json.at("dec_deg").get<double>(), 33, 1e-3);
+    EXPECT_NEAR(json.at("scale_x").get<double>(), 6, 0.01);
+    EXPECT_NEAR(json.at("scale_y").get<double>(), -6, 0.01);
+    EXPECT_NEAR(json.at("rotation").get<double>(), 20, 0.05);
+    EXPECT_TRUE(json.at("mirrored").get<bool>());
+    EXPECT_EQ(json.at("cd").size(), 4U);
+    EXPECT_GT(json.at("matched").get<int>(), 10);
+    EXPECT_LT(json.at("residual_arcsec").get<double>(), 3);
+    EXPECT_GE(json.at("stars_found").get<int>(), json.at("matched").get<int>());
+    EXPECT_GT(json.at("seconds").get<double>(), 0);
+    const auto wcs = FitsImage::open(folder_ / "wcs.fits").wcs();
+    ASSERT_TRUE(wcs);
+    EXPECT_LT(separationDeg(wcs->toSky({319.5, 239.5}), {75, 33}), 1e-3);
+}
+
+TEST_F(VantrelSolve, TakesFromTheHeaderWhatIsNotGiven) {
+    const std::string file = drawn({{"OBJCTRA", std::string("05 01 00")},
+                                    {"OBJCTDEC", std::string("+33 10 00")},
+                                    {"FOCALLEN", 206.264806},
+                                    {"XPIXSZ", 6.1}});
+    EXPECT_EQ(run(file).status, 0);
+    EXPECT_EQ(run(file + " --scale 30").status, 0) << "a scale far off leaves the header's";
+}
+
+TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
+    const std::string file = drawn();
+    const std::string place = " --ra 5 --dec 33";
+    const std::string text = test::writeBytes("text.fits", "hello").string();
+    struct Case {
+        const char* why;
+        std::string arguments;
+        int status;
+        const char* says;
+    };
+    const Case cases[] = {
+        {"another region", file + " --ra 15 --dec -33 --scale 6", 1, ""},
+        {"no arguments", "", 2, "no file given"},
+        {"no such file", "/nowhere.fits" + place + " --scale 6", 2, "/nowhere.fits: No such file"},
+        {"a folder", folder_.path().string() + place + " --scale 6", 2, "not a file"},
+        {"not FITS", text + place + " --scale 6", 2, "text.fits: "},
+        {"no scale anywhere", file + place, 2, "the header tells no scale"},
+        {"no position anywhere", file + " --scale 6", 2, "the header tells no position"},
+        {"half a position", file + " --ra 5 --scale 6", 2, "go together"},
+        {"scale zero", file + place + " --scale 0", 2, "--scale must be a number"},
+        {"not a number", file + " --ra five --dec 33 --scale 6", 2, "--ra must be a number"},
+        {"declination beyond the pole", file + " --ra 5 --dec 91 --scale 6", 2, "--dec must be a number"},
+        {"value missing", file + " --ra", 2, "--ra needs a value"},
+        {"unknown option", file + " --speed 3", 2, "unknown option --speed"},
+        {"two files", file + " " + file, 2, "more than one file"},
+        {"folder without a catalogue",
+         file + place + " --scale 6 --catalog " + folder_.path().string() + " --catalog-number 5", 2,
+         "no star catalogue USNO-A2.0"},
+        {"unwritable WCS file", file + place + " --scale 6 --wcs /nowhere/w.fits", 2, "\"/nowhere\""},
+        {"help", "--help", 0, ""},
+    };
+    for (const Case& c : cases) {
+        const Answer answer = run(c.arguments);
+        EXPECT_EQ(answer.status, c.status) << c.why << ": " << answer.err;
+        EXPECT_NE(answer.err.find(c.says), std::string::npos) << c.why << ": " << answer.err;
+        EXPECT_EQ(std::count(answer.err.begin(), answer.err.end(), '\n'), c.status == 2 ? 1 : 0)
+            << c.why << answer.err;
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::observatory
