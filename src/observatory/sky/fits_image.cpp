@@ -300,7 +300,8 @@ class FitsImage::PlainFileSource : public Source {
             case -64:
                 break;
             default:
-                fail(path, "BITPIX " + std::to_string(layout_.bitpix) + " is unknown");
+                fail(path,
+                     std::string("BITPIX ").append(std::to_string(layout_.bitpix)).append(" is unknown"));
         }
         bytesPerPixel_ = static_cast<std::size_t>(std::abs(layout_.bitpix) / 8);
         planeBytes_ = static_cast<std::size_t>(layout_.width * layout_.height) * bytesPerPixel_;

@@ -30,7 +30,7 @@ void writeAll(int pipe, const std::string& text) {
     ::alarm(kSecondsAllowed);
     std::string answer;
     try {
-        answer = "+" + call();
+        answer = std::string("+").append(call());
     } catch (const std::exception& e) {
         answer = std::string("-") + e.what();
     }

@@ -185,7 +185,7 @@ constexpr std::uint32_t kSteps = 4096;
 std::uint32_t cellsIn(std::uint32_t band) {
     const double low = -90 + kBandHeight * band;
     const double nearest = low >= 0 ? low : std::min(0.0, low + kBandHeight);
-    return static_cast<std::uint32_t>(std::ceil(360 / kBandHeight * std::cos(nearest * kDegree)));
+    return static_cast<std::uint32_t>(std::ceil(360 / kBandHeight * std::cos(nearest * kDegree) - 1e-9));
 }
 
 template <typename T>
