@@ -22,6 +22,7 @@ observatory::ObservatorySeams seams(platform::Dialogs& dialogs) {
                                const std::vector<observatory::DriverChoice>& drivers,
                                const std::string& current) {
         std::vector<platform::Dialogs::Choice> choices;
+        choices.reserve(drivers.size());
         for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
         return dialogs.choose(title, choices, current);
     };

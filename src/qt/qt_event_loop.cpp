@@ -27,11 +27,8 @@ platform::TimerHandle QtEventLoop::every(platform::Milliseconds interval, std::f
         gone->disconnect();
         gone->deleteLater();
     });
-    auto held = std::make_shared<std::function<void()>>(std::move(handler));
-    QObject::connect(timer.get(), &QTimer::timeout, &receiver_, [this, held] {
-        const auto kept = held;
-        barrier_.run(*kept);
-    });
+    QObject::connect(timer.get(), &QTimer::timeout, &receiver_,
+                     [this, handler = std::move(handler)] { barrier_.run(handler); });
     timer->start(interval);
     return timer;
 }

@@ -148,6 +148,7 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
 /// A group of boxes that hold nothing would only raise a question.
 void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::string>& boxes) {
     std::vector<const platform::TextBox*> texts;
+    texts.reserve(boxes.size());
     for (const std::string& name : boxes)
         texts.push_back(dynamic_cast<const platform::TextBox*>(form().find(name)));
     const auto follow = [texts, &group] {
@@ -156,6 +157,7 @@ void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::st
         }));
     };
     follow();
+    filled_.reserve(boxes.size());
     for (const std::string& name : boxes) filled_.push_back(form().find(name)->changed.subscribe(follow));
 }
 

@@ -70,8 +70,8 @@ void drawLineEdit(const QStyleOption& option, QPainter& painter) {
 
 QRectF centredSquare(const QRect& rect) {
     const int side = std::min(rect.width(), rect.height());
-    return QRectF(rect.x() + (rect.width() - side) / 2, rect.y() + (rect.height() - side) / 2, side, side)
-        .adjusted(0.5, 0.5, -0.5, -0.5);
+    const QPoint corner = rect.topLeft() + QPoint(rect.width() - side, rect.height() - side) / 2;
+    return QRectF(corner, QSizeF(side, side)).adjusted(0.5, 0.5, -0.5, -0.5);
 }
 
 void drawTick(QPainter& painter, const QRectF& box, const QColor& color) {
@@ -358,11 +358,8 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
                      QStyleHintReturn* data) const {
     switch (hint) {
         case SH_ComboBox_Popup:
-            return 0;
         case SH_EtchDisabledText:
-            return 0;
         case SH_DitherDisabledText:
-            return 0;
         case SH_UnderlineShortcut:
             return 0;
         default:
