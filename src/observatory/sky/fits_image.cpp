@@ -495,7 +495,7 @@ namespace {
 template <typename Write>
 void replaceFile(const std::filesystem::path& target, Write&& write) {
     std::filesystem::path partial = target;
-    partial += "." + std::to_string(::getpid()) + ".part";
+    partial += std::string(".").append(std::to_string(::getpid())).append(".part");
     std::error_code error;
     std::filesystem::remove(partial, error);
     try {
