@@ -21,7 +21,8 @@ namespace vantrel::observatory {
 
 namespace {
 
-constexpr std::size_t kPixelStack = 600'000;
+constexpr std::size_t kPixelStack = 60'000;  // SEP touches all of it, so it starts small
+constexpr std::size_t kLargestPixelStack = 960'000;
 constexpr int kDeblendLevels = 16;
 constexpr double kDeblendContrast = 0.005;
 constexpr int kSubObjectLimit = 4000;
@@ -108,14 +109,21 @@ std::vector<Source> extractSources(std::span<const float> pixels, std::size_t wi
     image.w = static_cast<int>(width);
     image.h = static_cast<int>(height);
     image.noise_type = SEP_NOISE_NONE;
-    sep_set_extract_pixstack(kPixelStack);
     sep_set_sub_object_limit(kSubObjectLimit);
 
     const Kernel kernel = smoothingKernel(settings.filterFwhm);
     double threshold = settings.sigma * smoothedNoise(pixels, width, height, kernel);
     CatalogPointer found{nullptr, &sep_catalog_free};
-    for (int raise = 0; raise < kMaxRaises && found == nullptr; ++raise, threshold *= 2) {
+    std::size_t stack = kPixelStack;
+    for (int raise = 0; raise < kMaxRaises && found == nullptr;) {
+        sep_set_extract_pixstack(stack);
         found = extract(image, kernel, threshold, settings.minimumPixels);
+        if (stack < kLargestPixelStack) {
+            stack *= 4;
+        } else {
+            threshold *= 2;
+            ++raise;
+        }
     }
     std::vector<Source> sources;
     if (found == nullptr) return sources;
