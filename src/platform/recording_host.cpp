@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "platform/image_array.h"
 #include "platform/text.h"
 
 namespace vantrel::platform {
@@ -13,6 +14,14 @@ constexpr std::size_t kLongestJournal = 1'000'000;
 
 bool matches(const std::string& wanted, const std::string& className) {
     return wanted == "*" || equalIgnoringCase(wanted, className);
+}
+
+/// A value as the journal keeps it: of an image only its size, so that no picture outlives its use.
+Value asNoted(const Value& value) {
+    const auto* image = std::get_if<ImageRef>(&value.held());
+    if (image == nullptr || *image == nullptr) return value;
+    return ImageRef(
+        std::make_shared<ImageArray>((*image)->width(), (*image)->height(), ImageArray::Pixels{}));
 }
 
 }  // namespace
@@ -93,7 +102,7 @@ class RecordingHost::RecordedObject : public AutomationObject {
 
     void put(const std::string& member, const Value& value, const Arguments& arguments) override {
         Arguments noted = arguments;
-        noted.push_back(value);
+        noted.push_back(asNoted(value));
         if (!recorder_->note({className(), "put", member, std::move(noted)}))
             inner_->put(member, value, arguments);
     }

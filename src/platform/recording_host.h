@@ -21,7 +21,7 @@ struct JournalEntry {
     std::string object;  // class name
     std::string kind;    // "create", "get", "put" or "call"
     std::string member;
-    Arguments arguments;  // of a put: the value last
+    Arguments arguments;  // of a put: the value last; an image without its pixels
 };
 
 /// What shall go wrong: the member of the class (or of every class, "*") fails from the use after `after`

@@ -1,0 +1,66 @@
+#include "platform/image_array.h"
+
+#include <gtest/gtest.h>
+
+namespace vantrel::platform {
+namespace {
+
+using Counts = std::vector<std::uint16_t>;
+
+const Counts& counts(const ImageArray& image) { return std::get<Counts>(image.pixels()); }
+
+ImageArray fourPixels() { return {2, 2, Counts{1, 2, 3, 4}}; }
+
+TEST(ImageArray, CountsColumnsFirstAndRowsSecond) {
+    const ImageArray image(3, 2, Counts{0, 1, 2, 10, 11, 12});
+    EXPECT_EQ(image.at(2, 0), 2);
+    EXPECT_EQ(image.at(1, 1), 11);
+}
+
+TEST(ImageArray, ChangesReachNobodyElse) {
+    const ImageArray first = fourPixels();
+    ImageArray written = first;
+    std::get<Counts>(written.pixels())[0] = 100;
+    const ImageArray marked = first.withPixels({1, 3}, 9);
+    const ImageArray again = marked.withPixels({0}, 8);
+
+    EXPECT_EQ(counts(again), (Counts{8, 9, 3, 9}));
+    EXPECT_EQ(counts(marked), (Counts{1, 9, 3, 9}));
+    EXPECT_EQ(counts(written), (Counts{100, 2, 3, 4}));
+    EXPECT_EQ(counts(first), (Counts{1, 2, 3, 4}));
+}
+
+TEST(ImageArray, SetsPixelsWhereTheyAreWhenNobodyElseHoldsThem) {
+    auto first = std::make_shared<const ImageArray>(fourPixels());
+    const std::uint16_t* where = counts(*first).data();
+    const ImageArray marked = first->withPixels({2}, 7);
+    first.reset();
+    EXPECT_EQ(counts(marked).data(), where);
+    EXPECT_EQ(counts(marked), (Counts{1, 2, 7, 4}));
+}
+
+TEST(ImageArray, CopiesThePixelsThatSomebodyElseHolds) {
+    const ImageArray first = fourPixels();
+    const ImageArray marked = first.withPixels({2}, 7);
+    EXPECT_NE(counts(marked).data(), counts(first).data());
+}
+
+TEST(ImageArray, SetsTheNearestValueThatAPixelCanHold) {
+    const struct {
+        ImageArray::Pixels pixel;
+        double value;
+        double expected;
+    } rows[] = {
+        {Counts{0}, 2147483000.0, 65535},
+        {Counts{5}, -3, 0},
+        {Counts{0}, 1234.6, 1235},
+        {std::vector<std::int32_t>{0}, 2147483000.0, 2147483000.0},
+        {std::vector<std::int32_t>{0}, 1e12, 2147483647.0},
+        {std::vector<float>{0}, 0.25, 0.25},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(ImageArray(1, 1, row.pixel).withPixels({0}, row.value).at(0, 0), row.expected);
+}
+
+}  // namespace
+}  // namespace vantrel::platform
