@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 #include "platform/image_array.h"
 #include "platform/text.h"
@@ -12,34 +11,31 @@ namespace {
 
 using platform::ImageArray;
 
-/// A copy of the open image whose pixels can be set; indices outside it are the run-time failure 9.
-class Canvas {
+/// The pixels of one mark. Nothing is drawn before all of them are known to lie inside the image.
+class Mark {
   public:
-    Canvas(const ImageArray& image, double mark) : image_(image), mark_(mark) {}
+    explicit Mark(platform::ImageRef image) : image_(std::move(image)) {}
 
-    void set(double x, double y) {
+    /// The pixel nearest to this position (halves to even); outside the image the run-time failure 9.
+    void add(double x, double y) {
         const double column = std::nearbyint(x);
         const double row = std::nearbyint(y);
-        const auto width = static_cast<double>(image_.width());
-        const auto height = static_cast<double>(image_.height());
+        const auto width = static_cast<double>(image_->width());
+        const auto height = static_cast<double>(image_->height());
         if (!(column >= 0 && column < width && row >= 0 && row < height))
             throw platform::runTimeError(platform::error_number::kSubscriptOutOfRange);
-        const auto index = static_cast<std::size_t>(row) * image_.width() + static_cast<std::size_t>(column);
-        std::visit(
-            [&](auto& pixels) {
-                using Pixel = typename std::decay_t<decltype(pixels)>::value_type;
-                const double highest = static_cast<double>(std::numeric_limits<Pixel>::max());
-                const double lowest = static_cast<double>(std::numeric_limits<Pixel>::lowest());
-                pixels[index] = static_cast<Pixel>(std::clamp(mark_, lowest, highest));
-            },
-            image_.pixels());
+        places_.push_back(static_cast<std::size_t>(row) * image_->width() + static_cast<std::size_t>(column));
     }
 
-    platform::ImageRef finished() { return std::make_shared<ImageArray>(std::move(image_)); }
+    /// The marked image. Lets go of the unmarked one, so that the imaging program can drop it without a copy.
+    platform::ImageRef drawn(double value) && {
+        const platform::ImageRef unmarked = std::move(image_);
+        return std::make_shared<ImageArray>(unmarked->withPixels(std::move(places_), value));
+    }
 
   private:
-    ImageArray image_;
-    double mark_;
+    platform::ImageRef image_;
+    std::vector<std::size_t> places_;
 };
 
 double NonZero(double value) { return value == 0 ? 4e-100 : value; }
@@ -69,18 +65,19 @@ void ImageOverlays::CrossHair(const std::optional<engine::PixelPosition>& centre
         const auto [columns, rows] = access.size();
         const int cx = platform::toInt32(centre ? centre->x : columns / 2.0);
         const int cy = platform::toInt32(centre ? centre->y : rows / 2.0);
-        Canvas canvas(*access.pixels(), access.markValue());
+        const double value = access.markValue();
+        Mark mark(access.pixels());
         for (int j = 0; j < width; ++j)
-            for (int i = 0; i < columns; ++i) canvas.set(i, cy + j);
+            for (int i = 0; i < columns; ++i) mark.add(i, cy + j);
         for (int i = 0; i < width; ++i)
-            for (int j = 0; j < rows; ++j) canvas.set(cx + i, j);
-        access.replacePixels(canvas.finished());
+            for (int j = 0; j < rows; ++j) mark.add(cx + i, j);
+        access.replacePixels(std::move(mark).drawn(value));
     });
 }
 
-void ImageOverlays::DrawCenteredRectangles(double fraction) {
+double ImageOverlays::DrawCenteredRectangles(double fraction) {
+    const double part = std::clamp(fraction, 0.0, 1.0);
     guarded("Module modComponents Sub DrawCenteredRectangles", [&] {
-        const double part = std::clamp(fraction, 0.0, 1.0);
         const int thicker = lineWidth() - 1;  // closes the lower right corner
         const auto [columns, rows] = image_.access(false).size();
         const int x1 = platform::toInt32((1 - part) * columns / 2);
@@ -92,6 +89,7 @@ void ImageOverlays::DrawCenteredRectangles(double fraction) {
         DrawLineOnImage(x1, y1, x2, y1);
         DrawLineOnImage(x1, y2, x2 + thicker, y2);
     });
+    return part;
 }
 
 void ImageOverlays::DrawLineOnImage(int x1, int y1, int x2, int y2) {
@@ -108,16 +106,17 @@ void ImageOverlays::DrawLineOnImage(int x1, int y1, int x2, int y2) {
         const bool beyond = shallow ? std::max(x1, x2) > columns - 1 : std::max(y1, y2) > rows - 1;
         if (image_.program() == OpenImage::Program::kMaxIm && beyond) return;
 
-        Canvas canvas(*access.pixels(), access.markValue());
+        const double value = access.markValue();
+        Mark mark(access.pixels());
         if (shallow) {
             for (int x = std::min(x1, x2); x <= std::max(x1, x2); ++x)
-                for (int k = 0; k < width; ++k) canvas.set(x, x * slope + intercept + k);
+                for (int k = 0; k < width; ++k) mark.add(x, x * slope + intercept + k);
         } else {
             const double inverse = NonZero(1 / slope);
             for (int y = std::min(y1, y2); y <= std::max(y1, y2); ++y)
-                for (int k = 0; k < width; ++k) canvas.set((y - intercept) * inverse + k, y);
+                for (int k = 0; k < width; ++k) mark.add((y - intercept) * inverse + k, y);
         }
-        access.replacePixels(canvas.finished());
+        access.replacePixels(std::move(mark).drawn(value));
     });
 }
 

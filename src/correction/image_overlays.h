@@ -13,7 +13,7 @@ class ImageOverlays : public engine::OverlayPort {
     ImageOverlays(OpenImage& image, engine::SettingsPort& settings, engine::LogPort& log);
 
     void CrossHair(const std::optional<engine::PixelPosition>& centre) override;
-    void DrawCenteredRectangles(double fraction) override;
+    double DrawCenteredRectangles(double fraction) override;
     void DrawLineOnImage(int x1, int y1, int x2, int y2) override;
 
   private:

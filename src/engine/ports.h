@@ -130,8 +130,9 @@ class OverlayPort {
     virtual ~OverlayPort() = default;
     /// A horizontal and a vertical band across the whole image; through its centre without a position.
     virtual void CrossHair(const std::optional<PixelPosition>& centre) = 0;
-    /// The outline of a centred rectangle of this fraction of width and height, held in [0, 1].
-    virtual void DrawCenteredRectangles(double fraction) = 0;
+    /// The outline of a centred rectangle of this fraction of width and height. Returns the fraction that was
+    /// drawn: the given one, held in [0, 1].
+    virtual double DrawCenteredRectangles(double fraction) = 0;
     virtual void DrawLineOnImage(int x1, int y1, int x2, int y2) = 0;
 };
 
