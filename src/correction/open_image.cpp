@@ -30,7 +30,9 @@ bool OpenImage::ImagingAppIsAlive() const { return answers(application_, "Autofo
 bool OpenImage::ImageDocumentIsAlive() const { return answers(document_, "XSize"); }
 
 OpenImage::Access OpenImage::access(bool bringForward) {
-    if (program() == Program::kCCDSoft) {
+    const Program inUse = program();
+    if (inUse == Program::kNone) throw platform::runTimeError(platform::error_number::kNoObject);
+    if (inUse == Program::kCCDSoft) {
         const auto image = host_.create("CCDSoft.Image");
         image->call("AttachToActive");
         if (bringForward) image->call("SetActive");

@@ -39,7 +39,8 @@ class OpenImage {
         platform::ObjectRef object_;
     };
 
-    /// `bringForward` also makes the second program's image the active one.
+    /// `bringForward` also makes the second program's image the active one. Failure 91 when no program is in
+    /// use.
     Access access(bool bringForward = true);
 
     bool ImagingAppIsAlive() const;

@@ -18,19 +18,24 @@ ManualExposures::ManualExposures(ExposurePanel& panel, RunPanel& run, RunState& 
       indicators_(services.settings) {}
 
 bool ManualExposures::SimpleShortExpose() {
-    exposeShort();
+    if (!exposeShort()) return true;
     services_.loop.yield();
     return state_.StopRequested;
 }
 
-/// With the simulator the image is saved as well, since nothing else holds it.
-void ManualExposures::exposeShort() {
+/// False when a stop came with the camera's exposure. The simulator's image is saved as well, since nothing
+/// else holds it; nobody looks for a stop right after it.
+bool ManualExposures::exposeShort() {
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
         saveSimulatorImage(services_, state_);
-    } else {
-        services_.camera.AcquireImage(platform::toNumber(panel_.txtContinuousExposeInterval.text()));
+        return true;
     }
+    services_.camera.AcquireImage(platform::toNumber(panel_.txtContinuousExposeInterval.text()));
+    services_.loop.yield();
+    if (state_.StopRequested) return false;
+    services_.loop.yield();
+    return true;
 }
 
 void ManualExposures::cmdExpose_Click() {
@@ -51,17 +56,21 @@ void ManualExposures::cmdExpose_Click() {
 
 void ManualExposures::exposeSeries() {
     do {
-        exposeShort();
-        services_.loop.yield();
-        if (!state_.StopRequested && panel_.chkCrossHairEnable.ticked()) overlays_.CrossHair(std::nullopt);
-        services_.loop.yield();
-        if (state_.StopRequested) {
+        if (!exposeAndMark()) {
             services_.log.AddToLog("Aborted");
             return;
         }
         WaitSeconds(services_.loop,
                     platform::parseNumber(panel_.txtContinuousExposeDelay.text()).value_or(0));
     } while (!stopSeries_ && !state_.CameraFailed && panel_.chkExposeContinuousEnable.ticked());
+}
+
+/// False when a stop was requested.
+bool ManualExposures::exposeAndMark() {
+    if (!exposeShort()) return false;
+    if (panel_.chkCrossHairEnable.ticked()) overlays_.CrossHair(std::nullopt);
+    services_.loop.yield();
+    return !state_.StopRequested;
 }
 
 void ManualExposures::lockRunButtons() {

@@ -26,10 +26,11 @@ class ManualExposures {
 
   private:
     void exposeSeries();
+    bool exposeAndMark();
     void lockRunButtons();
     void endSeries();
     void exposeAndSolve();
-    void exposeShort();
+    bool exposeShort();
     void reportError(const char* label);
 
     ExposurePanel& panel_;
