@@ -1,0 +1,30 @@
+// A star's position, size and light, measured on the full-resolution pixels around it.
+#pragma once
+
+#include <optional>
+
+#include "correction/pixel_grid.h"
+#include "correction/star_seed.h"
+#include "platform/image_array.h"
+
+namespace vantrel::correction {
+
+/// Lengths in pixels; light in the image's units.
+struct StarMeasurement {
+    double x = 0, y = 0;          // the centre
+    double halfFluxDiameter = 0;  // of the circle that half of the star's light falls into
+    double flux = 0;
+    double peak = 0;  // height of the gaussian that fits the star best
+    double noise = 0;
+    int left = 0, right = 0, up = 0, down = 0;  // how far from the centre its light is seen
+};
+
+/// Measures the star at the seed, which is given in pixels of the image. Nothing when the star is lost in the
+/// noise: its centre wanders away or its light vanishes.
+///
+/// Centre and size are those of the gaussian weight that agrees with the star under it (adaptive moments:
+/// Bernstein & Jarvis 2002, AJ 123, 583). The half-flux diameter of a faint star follows from that gaussian,
+/// of a bright one from the growth of its light with the radius; both are freed of the blur of the pixels.
+std::optional<StarMeasurement> measureStar(const platform::ImageArray& image, const StarSeed& seed);
+
+}  // namespace vantrel::correction

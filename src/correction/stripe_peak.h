@@ -1,0 +1,14 @@
+// How high the tallest thing in a profile stands.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+namespace vantrel::correction {
+
+/// The peak height of a profile: smoothed by a short moving average, freed of the line through its ends, the
+/// largest value less the smallest. Nothing when the profile, or what smoothing leaves of it, has one
+/// element.
+std::optional<double> Peak(const std::vector<double>& profile);
+
+}  // namespace vantrel::correction

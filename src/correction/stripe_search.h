@@ -1,0 +1,48 @@
+// Where along one axis of the working image the star is: which of its stripes stand out, and how much.
+#pragma once
+
+#include <vector>
+
+#include "correction/pixel_grid.h"
+
+namespace vantrel::correction {
+
+/// The stripes along one dimension: `count` of them, `size` pixels each, from pixel `offset` on.
+struct StripeGrid {
+    int size = 0;
+    int count = 0;
+    int offset = 0;
+
+    /// The pixels from `margin` stripes before the middle of stripe `first` to as many after that of `last`.
+    struct Range {
+        int from = 0, to = 0;  // both included
+    };
+    Range window(int first, int last, double margin) const;
+    /// The stripe that holds this pixel, or the nearest one.
+    int stripeOf(int pixel) const;
+};
+
+/// Stripes as wide as a twentieth of the longer side, the same along both.
+int stripeSize(int width, int height);
+StripeGrid centredGrid(int pixels, int size);
+
+enum class StripeDirection { kColumns, kRows };
+
+struct StandingOut {
+    int first = 0, last = 0;  // stripes
+    double significance = 0;
+    bool peakFailed = false;  // a profile was too short to have a peak
+};
+
+/// Stripes of the grid, each summed into a profile over the pixels of `range` of the other dimension and
+/// reduced to its peak. The stripe that holds the brightest spot of `spot` × `spot` pixels stands out, and
+/// its neighbours for as long as they have half its peak.
+///
+/// The significance says how far the highest peak lies above the line fitted through the lower half of the
+/// sorted peaks, in units of the scatter about that line, or of `noise` when that is larger: 1000 when fewer
+/// than three stripes lie in that half, or there is neither scatter nor noise; 0 when nothing stands out.
+/// Throws the run-time failure 9 when the grid has no stripes.
+StandingOut searchStripes(const PixelGrid& image, StripeDirection direction, const StripeGrid& grid,
+                          const StripeGrid::Range& range, int spot, double noise);
+
+}  // namespace vantrel::correction
