@@ -1,0 +1,130 @@
+// Camera frames with known stars: sky, gradient, nebula, gaussian stars integrated over the pixels, photon
+// and read noise, wrong pixels, 16 bits.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "platform/image_array.h"
+
+namespace vantrel::test {
+
+/// A gaussian on the sensor; full width at half maximum in pixels, height of its middle in counts.
+struct FrameStar {
+    double x = 0, y = 0;
+    double width = 3;
+    double peak = 1000;
+
+    double flux() const { return peak * 2 * 3.14159265358979 * sigma() * sigma(); }
+    double sigma() const { return width / 2.354820045; }
+};
+
+struct FrameRecipe {
+    int width = 100, height = 100;
+    double sky = 1000;
+    double readNoise = 8;
+    double gradientX = 0, gradientY = 0;  // counts across the whole frame
+    FrameStar nebula{0, 0, 100, 0};
+    std::vector<FrameStar> stars;
+    double wrongPixels = 0;  // share of all
+
+    /// Of a sky pixel, one electron a count.
+    double noise() const { return std::sqrt(sky + readNoise * readNoise); }
+};
+
+class FramePainter {
+  public:
+    explicit FramePainter(std::uint64_t seed) : random_(seed) {}
+
+    platform::ImageArray paint(const FrameRecipe& recipe) {
+        std::vector<float> light = skyOf(recipe);
+        for (const FrameStar& star : recipe.stars) addStar(light, recipe, star);
+        std::vector<std::uint16_t> counts(light.size());
+        const auto readVariance = static_cast<float>(recipe.readNoise * recipe.readNoise);
+        for (std::size_t i = 0; i < light.size(); ++i)
+            counts[i] = asCount(light[i] + std::sqrt(light[i] + readVariance) * normal_(random_));
+        const auto wrong = static_cast<long>(recipe.wrongPixels * static_cast<double>(counts.size()));
+        for (long i = 0; i < wrong; ++i)
+            counts[random_() % counts.size()] = static_cast<std::uint16_t>(3000 + random_() % 62'000);
+        return {static_cast<std::size_t>(recipe.width), static_cast<std::size_t>(recipe.height),
+                std::move(counts)};
+    }
+
+    std::mt19937_64& random() { return random_; }
+
+  private:
+    static std::uint16_t asCount(float value) {
+        return static_cast<std::uint16_t>(std::clamp(std::lround(value), 0L, 65535L));
+    }
+
+    static std::vector<float> skyOf(const FrameRecipe& recipe) {
+        std::vector<float> light;
+        light.reserve(static_cast<std::size_t>(recipe.width) * static_cast<std::size_t>(recipe.height));
+        const auto columns = shares(recipe.nebula.x, recipe.nebula.sigma(), 0, recipe.width, true);
+        const auto rows = shares(recipe.nebula.y, recipe.nebula.sigma(), 0, recipe.height, true);
+        for (int y = 0; y < recipe.height; ++y) {
+            const double row = recipe.sky + recipe.gradientY * (static_cast<double>(y) / recipe.height - 0.5);
+            const double nebula = recipe.nebula.peak * rows[static_cast<std::size_t>(y)];
+            for (int x = 0; x < recipe.width; ++x)
+                light.push_back(static_cast<float>(
+                    row + recipe.gradientX * (static_cast<double>(x) / recipe.width - 0.5) +
+                    nebula * columns[static_cast<std::size_t>(x)]));
+        }
+        return light;
+    }
+
+    /// Of a gaussian of height 1, along one axis, what falls on each pixel (or, for wide ones, its height).
+    static std::vector<double> shares(double centre, double sigma, int first, int last, bool heights) {
+        std::vector<double> values;
+        const double unit = 1 / (sigma * std::sqrt(2.0));
+        for (int i = first; i < last; ++i) {
+            const double d = i - centre;
+            values.push_back(heights ? std::exp(-d * d * unit * unit)
+                                     : sigma * std::sqrt(3.14159265358979 / 2) *
+                                           (std::erf((d + 0.5) * unit) - std::erf((d - 0.5) * unit)));
+        }
+        return values;
+    }
+
+    static void addStar(std::vector<float>& light, const FrameRecipe& recipe, const FrameStar& star) {
+        const int reach = static_cast<int>(6 * star.sigma()) + 3;
+        const int left = std::max(0, static_cast<int>(star.x) - reach);
+        const int right = std::min(recipe.width, static_cast<int>(star.x) + reach + 1);
+        const int top = std::max(0, static_cast<int>(star.y) - reach);
+        const int bottom = std::min(recipe.height, static_cast<int>(star.y) + reach + 1);
+        const auto columns = shares(star.x, star.sigma(), left, right, false);
+        const auto rows = shares(star.y, star.sigma(), top, bottom, false);
+        for (int y = top; y < bottom; ++y)
+            for (int x = left; x < right; ++x)
+                light[static_cast<std::size_t>(y) * static_cast<std::size_t>(recipe.width) +
+                      static_cast<std::size_t>(x)] +=
+                    static_cast<float>(star.peak * columns[static_cast<std::size_t>(x - left)] *
+                                       rows[static_cast<std::size_t>(y - top)]);
+    }
+
+    std::mt19937_64 random_;
+    std::normal_distribution<float> normal_;
+};
+
+/// The half-flux diameter of the star's light as far as the frame can hold it: the star's width, unless it is
+/// cut off at 65,535.
+inline double trueHalfFluxDiameter(const FrameStar& star, double sky) {
+    const double highest = 65535 - sky;
+    const double step = star.sigma() / 500;
+    const auto rings = static_cast<int>(7 * star.sigma() / step);
+    const auto lightOf = [&](int ring) {
+        const double r = (ring + 0.5) * step / star.sigma();
+        return std::min(highest, star.peak * std::exp(-r * r / 2)) * (ring + 0.5);
+    };
+    double total = 0;
+    for (int ring = 0; ring < rings; ++ring) total += lightOf(ring);
+    double sum = 0;
+    int ring = 0;
+    while (sum < total / 2) sum += lightOf(ring++);
+    return 2 * ring * step;
+}
+
+}  // namespace vantrel::test
