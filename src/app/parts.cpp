@@ -49,6 +49,7 @@ Parts::Parts(const platform::Machine& surroundings)
       openImage(machine.automation, [this] { return imagingPrograms.ImagingSoftware; }),
       overlays(openImage, settings, log),
       exposures(main.exposures, main.run, state, services, overlays),
+      starFinder(openImage, log, popups),
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
       correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
     correctionRelay.target = &correction;

@@ -10,13 +10,13 @@
 #include "app/frm_popup_msg.h"
 #include "app/log_window.h"
 #include "app/message_log.h"
-#include "app/missing_star_finder.h"
 #include "app/observing_site.h"
 #include "app/popup_messages.h"
 #include "app/settings_fields.h"
 #include "app/settings_store.h"
 #include "correction/correction_sequence.h"
 #include "correction/image_overlays.h"
+#include "correction/open_star_finder.h"
 #include "correction/polar_plot.h"
 #include "devices/imaging_software.h"
 #include "devices/telescope_window.h"
@@ -101,7 +101,7 @@ struct Parts {
     correction::OpenImage openImage;
     correction::ImageOverlays overlays;
     engine::ManualExposures exposures;
-    MissingStarFinder starFinder;
+    correction::OpenStarFinder starFinder;
     correction::CorrectionMarks marks;
     correction::StarPointing pointing;
     correction::CorrectionSequence correction;
