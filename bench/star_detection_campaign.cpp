@@ -73,7 +73,7 @@ FrameRecipe frameOf(std::size_t kind, std::mt19937_64& random) {
 }
 
 struct Tally {
-    std::vector<double> errors, saturatedErrors, sizes, faintSizes;
+    std::vector<double> errors, saturatedErrors, sizes, saturatedSizes, faintSizes;
     int frames = 0, weakOrEdge = 0, none = 0, other = 0, missedBright = 0, wrongStar = 0;
 };
 
@@ -120,20 +120,22 @@ void judge(Tally& tally, std::size_t number, const FrameRecipe& recipe, const Br
     }
     (saturated ? tally.saturatedErrors : tally.errors).push_back(error);
     const double truth = vantrel::test::trueHalfFluxDiameter(star, recipe.sky);
-    (signal < 80 ? tally.faintSizes : tally.sizes).push_back(std::abs(found.hfd / truth - 1));
+    (saturated     ? tally.saturatedSizes
+     : signal < 80 ? tally.faintSizes
+                   : tally.sizes)
+        .push_back(std::abs(found.hfd / truth - 1));
     if (list && error > (saturated ? 1.0 : 0.5)) describe("far off", number, recipe, found);
-    if (list && signal >= 80 && std::abs(found.hfd / truth - 1) > 0.05)
+    if (list && signal >= 80 && !saturated && std::abs(found.hfd / truth - 1) > 0.05)
         describe("wrong size", number, recipe, found);
 }
 
 void print(const char* kind, const Tally& t) {
-    std::printf(
-        "%-13s %5d | %4zu %6.3f %6.3f | %4zu %6.3f %6.3f | %6.4f %6.4f | %6.4f %6.4f | %4d %4d %3d | %3d "
-        "%3d\n",
-        kind, t.frames, t.errors.size(), ranked(t.errors, 0.5), ranked(t.errors, 1), t.saturatedErrors.size(),
-        ranked(t.saturatedErrors, 0.5), ranked(t.saturatedErrors, 1), ranked(t.sizes, 0.5),
-        ranked(t.sizes, 1), ranked(t.faintSizes, 0.5), ranked(t.faintSizes, 1), t.weakOrEdge, t.none, t.other,
-        t.missedBright, t.wrongStar);
+    std::printf("%-13s %5d |", kind, t.frames);
+    for (const auto* errors : {&t.errors, &t.saturatedErrors})
+        std::printf(" %4zu %6.3f %6.3f |", errors->size(), ranked(*errors, 0.5), ranked(*errors, 1));
+    for (const auto* sizes : {&t.sizes, &t.saturatedSizes, &t.faintSizes})
+        std::printf(" %6.4f %6.4f |", ranked(*sizes, 0.5), ranked(*sizes, 1));
+    std::printf(" %4d %4d %3d | %6d %5d\n", t.weakOrEdge, t.none, t.other, t.missedBright, t.wrongStar);
 }
 
 }  // namespace
@@ -163,11 +165,9 @@ int main(int argc, char** argv) {
         judge(tallies[kind], i, recipe, BrightestStar3(painter.paint(recipe)), list);
     }
     std::puts(
-        "\n                    |   stars: error   | saturated: error | size, S/N > 80  | fainter         | "
-        "not "
-        "found     | wrong\n"
-        "kind         frames |    n median  worst |    n median  worst | median  worst | median  worst | "
-        "weak "
-        "none  ? | missed other");
+        "\n                    |   stars: error     | saturated: error   | size, S/N > 80  | saturated       "
+        "| fainter         | not found     | wrong\n"
+        "kind         frames |    n median  worst |    n median  worst | median  worst   | median  worst   "
+        "| median  worst   | weak none  ?  | missed other");
     for (const auto& [kind, tally] : tallies) print(kKinds[kind], tally);
 }

@@ -180,7 +180,7 @@ WeightedMoments moments(const PixelGrid& pixels, const Gaussian& weight) {
 /// Nothing when the weight drifts further than `reach` from where it started, or finds no light.
 std::optional<Gaussian> agreed(const PixelGrid& pixels, const Gaussian& start, double reach) {
     constexpr int kMostRounds = 60;
-    constexpr double kNarrowest = 0.9;  // as weight: sums over whole pixels stay good for integrals
+    constexpr double kNarrowest = 1.25;  // as weight: sums over whole pixels stay good for integrals
     Gaussian star = start;
     for (int round = 0; round < kMostRounds; ++round) {
         Gaussian weight = star;
@@ -245,13 +245,14 @@ double withoutPixelBlur(double halfFluxDiameter, double pixelVariance) {
 
 void measureLight(StarMeasurement& star, const PixelGrid& pixels, const Gaussian& gaussian) {
     constexpr double kFaint = 150, kBright = 1000;  // signal to noise of the whole star
+    constexpr double kSharp = 1.2;  // standard deviation: below, circles cut the pixels too coarsely
     const double signal = gaussian.peak * gaussian.sigma * std::sqrt(kPi) / std::max(star.noise, 1e-300);
     // The fainter the star, the less of its wings is worth its noise.
     const double share = std::clamp(std::log(signal / kFaint) / std::log(kBright / kFaint), 0.0, 1.0);
     const double radius = (1.75 + 1.25 * share) * kWidthOverSigma * gaussian.sigma;
     const Growth growth = growthOf(pixels, gaussian, radius);
     star.flux = growth.total;
-    star.halfFluxDiameter = signal > kFaint
+    star.halfFluxDiameter = signal > kFaint && gaussian.sigma > kSharp
                                 ? withoutPixelBlur(2 * growth.halfRadius, 2 * kPixelVariance)
                                 : withoutPixelBlur(kWidthOverSigma * gaussian.sigma, kPixelVariance);
 }

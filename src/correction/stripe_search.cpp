@@ -65,15 +65,8 @@ double significanceOf(std::vector<double> peaks, double noise) {
         sxy += dx * (peaks[i] - meanY);
     }
     const double slope = sxy / sxx;
-    double squares = 0;
-    for (std::size_t i = 0; i < run; ++i) {
-        const double residual = peaks[i] - meanY - slope * (static_cast<double>(i) - meanX);
-        squares += residual * residual;
-    }
-    const double scatter = std::max(noise, std::sqrt(squares / n));
-    if (scatter == 0) return kCertain;
-    const double lineAtEnd = meanY + slope * (static_cast<double>(peaks.size() - 1) - meanX);
-    return std::max(0.0, (peaks.back() - lineAtEnd) / scatter);
+    const double darkest = meanY - slope * meanX;
+    return noise > 0 ? (peaks.back() - darkest) / noise : kCertain;
 }
 
 }  // namespace

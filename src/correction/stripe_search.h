@@ -38,10 +38,11 @@ struct StandingOut {
 /// reduced to its peak. The stripe that holds the brightest spot of `spot` × `spot` pixels stands out, and
 /// its neighbours for as long as they have half its peak.
 ///
-/// The significance says how far the highest peak lies above the line fitted through the lower half of the
-/// sorted peaks, in units of the scatter about that line, or of `noise` when that is larger: 1000 when fewer
-/// than three stripes lie in that half, or there is neither scatter nor noise; 0 when nothing stands out.
-/// Throws the run-time failure 9 when the grid has no stripes.
+/// The significance says how far the highest peak lies above the darkest stripe, as the line fitted through
+/// the lower half of the sorted peaks has it, in units of `noise`: what sky without stars may leave of a
+/// peak. The other stars' scatter is no part of it, or a rich field would hide its brightest star. 1000 when
+/// fewer than three stripes lie in that half, or there is no noise; 0 when no stripe has a peak. Throws the
+/// run-time failure 9 when the grid has no stripes.
 StandingOut searchStripes(const PixelGrid& image, StripeDirection direction, const StripeGrid& grid,
                           const StripeGrid::Range& range, int spot, double noise);
 
