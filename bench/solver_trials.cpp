@@ -1,7 +1,8 @@
 // The engine against drawn fields by the hundred: accuracy, small fields, hot pixels, and whether it ever
 // finds what isn't there.
 //
-//   solver-trials accuracy|small|hot|noise|elsewhere|offset [COUNT]
+//   solver-trials accuracy|poles|small|hot|hot-small|cold-small|offset|reach [COUNT]
+//   solver-trials beyond|points|noise|elsewhere [COUNT]     (what must not be found)
 //   solver-trials draw FILE WIDTH HEIGHT SCALE [RA DEC]     (one field as a FITS file, for timing)
 
 #include <algorithm>
@@ -140,41 +141,58 @@ void run(const char* name, int count, const StarCatalog& catalog, unsigned seed,
     report(name, count, errors, wrong, slowest);
 }
 
-void runEmpty(const char* name, int count, const StarCatalog& catalog, bool stars) {
-    Dice dice(77);
+/// Tries that must come to nothing; attempt(dice) makes one.
+template <typename Try>
+void runEmpty(const char* name, int count, unsigned seed, Try&& attempt) {
+    Dice dice(seed);
     int solved = 0;
-    double slowest = 0;
-    double total = 0;
+    std::vector<double> times;
     for (int i = 0; i < count; ++i) {
-        const double scale = dice.between(1, 8);
-        Trial trial = trialOf(dice, 1024, 768, scale);
-        do trial.start = test::anywhere(dice.random);
-        while (separationDeg(trial.start, trial.field.wcs.reference) < 15);
-        if (!stars) {
-            // Noise that gives a few dozen "stars": hot clusters and cosmic ray hits, placed at random.
-            trial.field.hotShare = 0;
-        }
-        Result result;
-        if (stars) {
-            result = solve(trial, catalog);
-        } else {
-            std::vector<ImageStar> chance;
-            const auto n = static_cast<int>(dice.between(5, 400));
-            for (int s = 0; s < n; ++s)
-                chance.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
-            const auto begin = std::chrono::steady_clock::now();
-            const PlateGeometry geometry{1024, 768, trial.scale, trial.scale, 1};
-            const SearchArea area = searchArea(geometry, trial.start, 1.5, chance.size());
-            result.solution = solvePlate(geometry, chance, area, catalog.cone(area.query(2000, 99)), {});
-            result.milliseconds =
-                std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
-        }
+        const Result result = attempt(dice);
         solved += result.solution.has_value();
-        slowest = std::max(slowest, result.milliseconds);
-        total += result.milliseconds;
+        times.push_back(result.milliseconds);
     }
-    std::printf("%s: %d false solutions in %d tries; %.0f ms on average, %.0f at most\n", name, solved, count,
-                total / count, slowest);
+    std::sort(times.begin(), times.end());
+    std::printf("%s: %d false solutions in %d tries; %.0f ms (median), %.0f (95 %%), %.0f (worst)\n", name,
+                solved, count, times[times.size() / 2], times[times.size() * 95 / 100], times.back());
+}
+
+/// Points strewn at random over an image, few to many.
+Result solvePoints(Dice& dice, const StarCatalog& catalog) {
+    std::vector<ImageStar> chance;
+    const auto count = static_cast<int>(dice.between(5, 400));
+    for (int s = 0; s < count; ++s)
+        chance.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
+    const double scale = dice.between(1, 8);
+    const PlateGeometry geometry{1024, 768, scale, scale, 1};
+    const auto begin = std::chrono::steady_clock::now();
+    const SearchArea area = searchArea(geometry, test::anywhere(dice.random), 1.5, chance.size());
+    Result result;
+    result.solution = solvePlate(geometry, chance, area, catalog.cone(area.query(2000, 99)), {});
+    result.milliseconds =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    return result;
+}
+
+Trial trialElsewhere(Dice& dice) {
+    Trial trial = trialOf(dice, 1024, 768, dice.between(1, 8));
+    do trial.start = test::anywhere(dice.random);
+    while (separationDeg(trial.start, trial.field.wcs.reference) < 15);
+    return trial;
+}
+
+/// The simulator's customary field, from a start off by `distance` degrees; the search reaches as far as that
+/// of a plate whose catalogue field is expanded by 30 %.
+Trial trialOff(Dice& dice, double distance, double bearingDeg) {
+    constexpr double kScale = 1.39 * 3600 / 1392;
+    Trial trial = trialOf(dice, 1392, 1040, kScale);
+    const PlateGeometry geometry{1392, 1040, trial.scale, trial.scale, 1};
+    trial.offset = geometry.diagonalDeg() / 2 * 1.3;
+    const double bearing = bearingDeg * kDegree;
+    const double size = std::tan(distance * kDegree) / kDegree;
+    trial.start =
+        fromTangentPlane({size * std::sin(bearing), size * std::cos(bearing)}, trial.field.wcs.reference);
+    return trial;
 }
 
 int draw(int argc, char** argv, const StarCatalog& catalog) {
@@ -218,10 +236,44 @@ int main(int argc, char** argv) {
             trial.start = dice.near(trial.field.wcs.reference, width);
             return trial;
         });
+    } else if (what == "poles") {
+        run("fields at the poles and across 0 hours", count, *catalog, 15, [](Dice& dice) {
+            Trial trial = trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392);
+            SkyPosition& centre = trial.field.wcs.reference;
+            if (dice.coin()) {
+                centre.dec = (dice.coin() ? 1 : -1) * dice.between(88.5, 90);
+            } else {
+                centre.ra = std::fmod(360 + dice.between(-0.5, 0.5), 360.0);
+            }
+            trial.start = dice.near(centre, 1);
+            return trial;
+        });
+    } else if (what == "hot-small" || what == "cold-small") {
+        run("small fields in short exposures", count, *catalog, 16, [&](Dice& dice) -> std::optional<Trial> {
+            Trial trial = trialOf(dice, 1536, 1032, dice.between(0.64, 1.0) * 3600 / 1536);
+            const double share = dice.between(0.0001, 0.0008);
+            trial.field.hotShare = what == "hot-small" ? share : 0;
+            trial.field.tenthMagnitude = 2500;
+            return starsInside(*catalog, trial.field) >= 10 ? std::optional(trial) : std::nullopt;
+        });
+    } else if (what == "reach") {
+        run("the customary field, start off by 1.2 to 1.4 degrees anywhere", count, *catalog, 17,
+            [](Dice& dice) { return trialOff(dice, dice.between(1.2, 1.4), dice.between(0, 360)); });
+    } else if (what == "beyond") {
+        runEmpty("the customary field, start off by 3 degrees in right ascension", count, 18,
+                 [&](Dice& dice) { return solve(trialOff(dice, 3, dice.coin() ? 90 : 270), *catalog); });
+    } else if (what == "points") {
+        runEmpty("points strewn at random", count, 77,
+                 [&](Dice& dice) { return solvePoints(dice, *catalog); });
     } else if (what == "noise") {
-        runEmpty("points strewn at random", count, *catalog, false);
+        runEmpty("noise and hot pixels", count, 78, [&](Dice& dice) {
+            Trial trial = trialElsewhere(dice);
+            trial.field.hotShare = dice.between(0, 0.002);
+            return solve(trial, *catalog, false);
+        });
     } else if (what == "elsewhere") {
-        runEmpty("another region of the sky", count, *catalog, true);
+        runEmpty("another region of the sky", count, 79,
+                 [&](Dice& dice) { return solve(trialElsewhere(dice), *catalog); });
     } else {
         std::fprintf(stderr, "see the head of bench/solver_trials.cpp\n");
         return 2;
