@@ -194,6 +194,33 @@ TEST_F(PinPointPlateTest, RefusesWhatItCannotUseAndKeepsTheRest) {
     EXPECT_EQ(number("MaxMatchResidual"), 2.5);
 }
 
+// Plates of 1.39 by 1.04 degrees. Searches step in declination: what one attempt can't reach in right
+// ascension must stay unfound.
+TEST_F(PinPointPlateTest, ReachesAStartAFieldOffButNotThreeDegrees) {
+    std::filesystem::create_directories(folder_ / "c");
+    for (const double dec : {0.0, 61.0, -84.0}) {
+        const SkyPosition centre{200, dec};
+        test::StarField field;
+        field.width = 928;
+        field.height = 694;
+        const double scale = 1.39 * 3600 / 928;
+        field.wcs = test::wcsFor(field.width, field.height, centre, scale, 160 + dec, dec > 0);
+        writeFits(file(), field.width, field.height,
+                  test::drawField(TychoCatalog::openBuiltIn().get(), field), {});
+        plate_.put("Equinox", 2000);
+        plate_.call("AttachFITS", {R"(C:\field.fits)"});
+        const auto off = [&](double east, double north) {
+            start(fromTangentPlane({east, north}, centre), scale * 1.03);
+            return solve();
+        };
+        EXPECT_TRUE(off(1.4, 0)) << dec;
+        EXPECT_LT(separationDeg(place(), centre) * 3600 / scale, 0.5) << dec;
+        EXPECT_TRUE(off(0, -1.4)) << dec;
+        EXPECT_FALSE(off(3, 0)) << dec;
+        EXPECT_FALSE(off(-3, 0)) << dec;
+    }
+}
+
 // A search in declination walks over the pole.
 TEST_F(PinPointPlateTest, TakesStartPositionsBeyondThePole) {
     test::StarField field;
