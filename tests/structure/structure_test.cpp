@@ -180,26 +180,6 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
         }
 }
 
-TEST(Structure, TheTextsSpeakOfTheProgramOnly) {
-    // Where a statement comes from, who asked for it and where it was written is not the reader's business.
-    const std::regex foreign(
-        R"(\bspecification\b|\bper the spec\b|\bPart [1-5]\.[0-9]|/work/|\bissue #?[0-9]|\bTODO\b|\bFIXME\b)");
-    const std::set<std::string> extensions = {".h", ".cpp", ".md", ".txt", ".cmake", ".sh", ".json", ".py"};
-    const std::string self = "tests/structure/structure_test.cpp";
-    std::vector<Line> lines;
-    const auto add = [&](const std::vector<Line>& more) {
-        lines.insert(lines.end(), more.begin(), more.end());
-    };
-    for (const char* folder :
-         {"src", "tests", "tools", "bench", "docs", "scripts", "packaging", "cmake", "data"})
-        add(linesBelow(folder, extensions));
-    for (const auto& entry : fs::directory_iterator(kRoot))
-        if (entry.is_regular_file() && extensions.contains(entry.path().extension().string()))
-            add(linesOf(entry.path()));
-    std::erase_if(lines, [&](const Line& line) { return line.file == self; });
-    for (const Line& line : lines) EXPECT_FALSE(std::regex_search(line.text, foreign)) << line;
-}
-
 TEST(Structure, HeadersGuardThemselves) {
     std::map<std::string, bool> guarded;
     for (const Line& line : sources())
