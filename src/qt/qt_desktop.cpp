@@ -5,16 +5,12 @@
 
 namespace vantrel::qt {
 
-std::optional<platform::SystemVersion> QtDesktop::systemVersion() const {
-    constexpr int kUnknownPlatform = 3;
-    platform::SystemVersion version;
-    version.platformId = kUnknownPlatform;
-    return version;
-}
-
+/// Pages go to the browser, everything else is a file.
 bool QtDesktop::open(const std::string& file) {
+    const QString name = QString::fromStdString(file);
+    if (name.contains(QStringLiteral("://"))) return QDesktopServices::openUrl(QUrl(name));
     return QDesktopServices::openUrl(
-        QUrl::fromLocalFile(QString::fromStdString(folders_.real(file).string())));
+        QUrl::fromLocalFile(QString::fromStdString(folders().real(file).string())));
 }
 
 }  // namespace vantrel::qt
