@@ -41,42 +41,22 @@ ImageRef toImage(const Json& json) {
     return std::make_shared<const ImageArray>(width, height, std::move(pixels));
 }
 
-Json fields(const char* kind) {
-    Json shape;
-    shape["kind"] = kind;
-    return shape;
-}
-
 Json toJson(const Shape& shape) {
-    return std::visit(Overloaded{
-                          [](const Circle& circle) {
-                              Json json = fields("circle");
-                              json["x"] = circle.x;
-                              json["y"] = circle.y;
-                              json["r"] = circle.radius;
-                              json["filled"] = circle.filled;
-                              json["color"] = circle.color;
-                              return json;
-                          },
-                          [](const Line& line) {
-                              Json json = fields("line");
-                              json["x1"] = line.x1;
-                              json["y1"] = line.y1;
-                              json["x2"] = line.x2;
-                              json["y2"] = line.y2;
-                              json["color"] = line.color;
-                              return json;
-                          },
-                          [](const Text& text) {
-                              Json json = fields("text");
-                              json["x"] = text.x;
-                              json["y"] = text.y;
-                              json["text"] = text.text;
-                              json["color"] = text.color;
-                              return json;
-                          },
-                      },
-                      shape);
+    return std::visit(
+        Overloaded{
+            [](const Circle& c) {
+                return Json{{"kind", "circle"}, {"x", c.x},           {"y", c.y},
+                            {"r", c.radius},    {"filled", c.filled}, {"color", c.color}};
+            },
+            [](const Line& l) {
+                return Json{{"kind", "line"}, {"x1", l.x1}, {"y1", l.y1},
+                            {"x2", l.x2},     {"y2", l.y2}, {"color", l.color}};
+            },
+            [](const Text& t) {
+                return Json{{"kind", "text"}, {"x", t.x}, {"y", t.y}, {"text", t.text}, {"color", t.color}};
+            },
+        },
+        shape);
 }
 
 std::string timeText(const CivilTime& time) {
