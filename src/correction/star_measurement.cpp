@@ -244,15 +244,17 @@ double withoutPixelBlur(double halfFluxDiameter, double pixelVariance) {
 }
 
 void measureLight(StarMeasurement& star, const PixelGrid& pixels, const Gaussian& gaussian) {
-    constexpr double kFaint = 150, kBright = 1000;  // signal to noise of the whole star
+    constexpr double kFaint = 150, kBright = 1000;  // signal to noise
     constexpr double kSharp = 1.2;  // standard deviation: below, circles cut the pixels too coarsely
-    const double signal = gaussian.peak * gaussian.sigma * std::sqrt(kPi) / std::max(star.noise, 1e-300);
+    // Light weighted by the gaussian itself, the best weight against even noise.
+    star.signalToNoise = gaussian.peak * gaussian.sigma * std::sqrt(kPi) / star.noise;
     // The fainter the star, the less of its wings is worth its noise.
-    const double share = std::clamp(std::log(signal / kFaint) / std::log(kBright / kFaint), 0.0, 1.0);
+    const double share =
+        std::clamp(std::log(star.signalToNoise / kFaint) / std::log(kBright / kFaint), 0.0, 1.0);
     const double radius = (1.75 + 1.25 * share) * kWidthOverSigma * gaussian.sigma;
     const Growth growth = growthOf(pixels, gaussian, radius);
     star.flux = growth.total;
-    star.halfFluxDiameter = signal > kFaint && gaussian.sigma > kSharp
+    star.halfFluxDiameter = star.signalToNoise > kFaint && gaussian.sigma > kSharp
                                 ? withoutPixelBlur(2 * growth.halfRadius, 2 * kPixelVariance)
                                 : withoutPixelBlur(kWidthOverSigma * gaussian.sigma, kPixelVariance);
 }

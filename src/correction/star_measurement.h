@@ -14,8 +14,9 @@ struct StarMeasurement {
     double x = 0, y = 0;          // the centre
     double halfFluxDiameter = 0;  // of the circle that half of the star's light falls into
     double flux = 0;
-    double peak = 0;  // height of the gaussian that fits the star best
-    double noise = 0;
+    double peak = 0;           // height of the gaussian that fits the star best
+    double noise = 0;          // of the sky, in each pixel
+    double signalToNoise = 0;  // of the whole star, where the sky makes the noise; infinite without any
     int left = 0, right = 0, up = 0, down = 0;  // how far from the centre its light is seen
 };
 
