@@ -4,7 +4,7 @@ set -eu
 
 build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev liberfa-dev libsep-dev
 libeigen3-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth fonts-dejavu-core"
-check="clang-format clang-tidy"
+check="clang-format clang-tidy clang libclang-rt-dev"
 
 wanted=$build
 [ "${1:-}" = check ] && wanted="$wanted $check"
