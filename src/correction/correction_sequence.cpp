@@ -116,6 +116,7 @@ void CorrectionSequence::centringLoop() {
 template <typename Mark>
 void CorrectionSequence::exposeUntilClick(Mark&& mark) {
     do {
+        if (state_.StopRequested) throw Aborted{};  // while waiting; the camera's next exposure forgets it
         indicators_.SetActiveColors(panel_.lblExpose);
         if (exposures_.SimpleShortExpose()) throw Aborted{};
         Indicators::switchOff(panel_.lblExpose);

@@ -117,8 +117,11 @@ void StarPointing::exposeAndSave() {
     services_.camera.SaveImageToFile(engine::kSavedImage);
 }
 
+/// A stop ends the correction only after the pointing, so it must outlive the exposure, which clears it.
 void StarPointing::findStar() {
+    const bool stopped = state_.StopRequested;
     exposures_.SimpleShortExpose();
+    state_.StopRequested = state_.StopRequested || stopped;
     const auto [x, y] = starFinder_.FindBrightestStarOnImage();
     marks_.StarX = static_cast<float>(x);
     marks_.StarY = static_cast<float>(y);

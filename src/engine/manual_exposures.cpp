@@ -29,6 +29,7 @@ bool ManualExposures::exposeShort() {
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
         saveSimulatorImage(services_, state_);
+        state_.CameraFailed = false;  // it speaks of another camera
         return true;
     }
     services_.camera.AcquireImage(platform::toNumber(panel_.txtContinuousExposeInterval.text()));
