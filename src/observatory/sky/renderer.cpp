@@ -61,6 +61,20 @@ void addHotPixels(const Exposure& exposure, std::uint64_t seed, std::vector<floa
     }
 }
 
+/// The electrons of the window's pixels.
+std::vector<float> gathered(const ReadWindow& window, std::size_t sensorWidth,
+                            const std::vector<float>& electrons) {
+    std::vector<float> bins(window.width * window.height, 0.0F);
+    for (std::size_t y = 0; y < window.height * window.binY; ++y) {
+        const float* from =
+            electrons.data() + (window.top * window.binY + y) * sensorWidth + window.left * window.binX;
+        float* to = bins.data() + y / window.binY * window.width;
+        for (std::size_t x = 0; x < window.width; ++x)
+            for (std::size_t i = 0; i < window.binX; ++i) to[x] += *from++;
+    }
+    return bins;
+}
+
 /// Reads the sensor out, noise and all.
 class Readout {
   public:
@@ -101,6 +115,7 @@ std::vector<std::uint16_t> drawFrame(const Exposure& exposure, const std::vector
     std::vector<float> electrons(exposure.width * exposure.height, static_cast<float>(exposure.sky));
     for (const StarSpot& star : stars) addStar(star, exposure, electrons);
     if (!electrons.empty()) addHotPixels(exposure, noise.seed(), electrons);
+    if (exposure.window) electrons = gathered(*exposure.window, exposure.width, electrons);
     return readOut(exposure, electrons, noise);
 }
 

@@ -98,41 +98,59 @@ std::vector<StarSpot> Camera::starsInView(platform::Instant instant) {
     return spots;
 }
 
-Exposure Camera::exposure() const {
+/// The stars with their light in this shot.
+std::vector<StarSpot> Camera::starsOf(const Shot& shot, platform::Instant start) {
+    if (!shot.light) return {};
+    std::vector<StarSpot> stars = starsInView(start);
+    const double share = shot.transmission * shot.seconds / settings_.exposureTime;
+    for (StarSpot& star : stars) star.electrons *= share;
+    return stars;
+}
+
+Exposure Camera::exposure(const Shot& shot) const {
     Exposure exposure;
     exposure.width = static_cast<std::size_t>(settings_.width);
     exposure.height = static_cast<std::size_t>(settings_.height);
     const double arcsecPerPixel = settings_.pixelSize / 1000 / settings_.focalLength / kArcsecond;
     exposure.sigma = settings_.seeing / kWidthPerSigma / arcsecPerPixel;
-    exposure.sky = settings_.skyLevel * settings_.exposureTime;
+    exposure.sky = shot.light ? settings_.skyLevel * shot.seconds * shot.transmission : 0;
     exposure.readNoise = settings_.readNoise;
     exposure.gain = settings_.gain;
     exposure.bias = settings_.bias;
     const double hot = settings_.hotPixels < 1 ? settings_.hotPixels * settings_.width * settings_.height
                                                : settings_.hotPixels;
     exposure.hotPixels = static_cast<std::size_t>(std::lround(hot));
+    exposure.window = shot.window;
     return exposure;
 }
 
-Picture Camera::expose(platform::Instant start, const std::string& telescope) {
-    const Exposure exposed = exposure();
-    auto pixels = drawFrame(exposed, starsInView(start), noise_);
-    return {std::make_shared<const platform::ImageArray>(exposed.width, exposed.height, std::move(pixels)),
-            header(start, telescope)};
+Picture Camera::expose(platform::Instant start, const std::string& telescope, const Shot& shot) {
+    const Exposure exposed = exposure(shot);
+    auto pixels = drawFrame(exposed, starsOf(shot, start), noise_);
+    const std::size_t width = shot.window ? shot.window->width : exposed.width;
+    const std::size_t height = shot.window ? shot.window->height : exposed.height;
+    return {std::make_shared<const platform::ImageArray>(width, height, std::move(pixels)),
+            header(start, telescope, shot)};
 }
 
-std::vector<FitsCard> Camera::header(platform::Instant start, const std::string& telescope) const {
+std::vector<FitsCard> Camera::header(platform::Instant start, const std::string& telescope,
+                                     const Shot& shot) const {
+    const ReadWindow window = shot.window.value_or(ReadWindow{});
+    const auto whole = [](std::size_t number) { return static_cast<std::int64_t>(number); };
+    const char* const type = shot.light ? "Light Frame" : shot.seconds > 0 ? "Dark Frame" : "Bias Frame";
     const MountReading reading = mount_.reading();
     const double rightAscension = wholeSeconds(reading.rightAscension);
     return {
         {"DATE-OBS", isoTime(start), "UTC at the start of the exposure"},
-        {"EXPTIME", settings_.exposureTime, "seconds"},
-        {"EXPOSURE", settings_.exposureTime, "seconds"},
-        {"IMAGETYP", std::string("Light Frame"), ""},
-        {"XPIXSZ", settings_.pixelSize, "micrometres, after binning"},
-        {"YPIXSZ", settings_.pixelSize, "micrometres, after binning"},
-        {"XBINNING", std::int64_t{1}, ""},
-        {"YBINNING", std::int64_t{1}, ""},
+        {"EXPTIME", shot.seconds, "seconds"},
+        {"EXPOSURE", shot.seconds, "seconds"},
+        {"IMAGETYP", std::string(type), ""},
+        {"XPIXSZ", settings_.pixelSize * static_cast<double>(window.binX), "micrometres, after binning"},
+        {"YPIXSZ", settings_.pixelSize * static_cast<double>(window.binY), "micrometres, after binning"},
+        {"XBINNING", whole(window.binX), ""},
+        {"YBINNING", whole(window.binY), ""},
+        {"XORGSUBF", whole(window.left), "binned pixels"},
+        {"YORGSUBF", whole(window.top), "binned pixels"},
         {"EGAIN", settings_.gain, "electrons per count"},
         {"FOCALLEN", settings_.focalLength, "mm"},
         {"OBJCTRA", spaced(rightAscension, false), "the mount's reading, equinox of date"},

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,14 @@ struct CameraSettings {
     double bias = 100;              // counts
 };
 
+/// How one picture is taken.
+struct Shot {
+    double seconds = 1;
+    bool light = true;                      // false: the shutter stays closed
+    double transmission = 1;                // of the filter, 0 to 1
+    std::optional<ReadWindow> window = {};  // inside the sensor; nothing: all of it, unbinned
+};
+
 struct Picture {
     platform::ImageRef pixels;     // 16 bits; row 0 is the top
     std::vector<FitsCard> header;  // without the cards that describe the array itself
@@ -56,9 +65,14 @@ class Camera {
 
     /// What an exposure that begins at the instant, which should be now, records. The mount tracks well
     /// enough for round stars.
-    Picture expose(platform::Instant start, const std::string& telescope);
+    Picture expose(platform::Instant start, const std::string& telescope, const Shot& shot);
+    /// The same of the whole sensor, with the settings' exposure time.
+    Picture expose(platform::Instant start, const std::string& telescope) {
+        return expose(start, telescope, {.seconds = settings_.exposureTime});
+    }
 
-    /// Where the stars of the catalogue fall on the sensor at the instant.
+    /// Where the stars of the catalogue fall on the sensor at the instant, and their light in the settings'
+    /// exposure time.
     std::vector<StarSpot> starsInView(platform::Instant instant);
 
     /// Where the optical axis truly points: hour angle and declination, apparent of date. With refraction on,
@@ -67,8 +81,10 @@ class Camera {
 
   private:
     FocalPlane focalPlane(const Pointing& pointing) const;
-    Exposure exposure() const;
-    std::vector<FitsCard> header(platform::Instant start, const std::string& telescope) const;
+    Exposure exposure(const Shot& shot) const;
+    std::vector<StarSpot> starsOf(const Shot& shot, platform::Instant start);
+    std::vector<FitsCard> header(platform::Instant start, const std::string& telescope,
+                                 const Shot& shot) const;
 
     const Mount& mount_;
     NoiseSource& noise_;

@@ -123,5 +123,25 @@ TEST(Renderer, SameSeedSameFrame) {
     EXPECT_NE(first, drawFrame(exposure, {{10, 10, 5000}}, a)) << "the next frame has its own noise";
 }
 
+TEST(Renderer, BinsAndWindowsReadThePixelsTheyCover) {
+    Exposure exposure;
+    exposure.width = 31;
+    exposure.height = 20;
+    exposure.sky = 50;
+    exposure.readNoise = 0;
+    NoiseSource noise(1);
+    const auto at = [&](const ReadWindow& window, std::size_t x, std::size_t y) {
+        exposure.window = window;
+        const auto counts = drawFrame(exposure, {{16, 13, 1e4}}, noise);
+        EXPECT_EQ(counts.size(), window.width * window.height);
+        return counts[y * window.width + x] - 100.0;
+    };
+    // The star's centre pixel lies in the third bin of four columns' width and the fifth of three rows'.
+    EXPECT_NEAR(at({4, 3, 0, 0, 7, 6}, 0, 0), 12 * 50, 5 * std::sqrt(600));
+    EXPECT_GT(at({4, 3, 0, 0, 7, 6}, 4, 4), 5000);
+    EXPECT_GT(at({4, 3, 3, 2, 2, 3}, 1, 2), 5000);
+    EXPECT_NEAR(at({4, 3, 3, 2, 2, 3}, 1, 0), 600, 5 * std::sqrt(600));
+}
+
 }  // namespace
 }  // namespace vantrel::observatory
