@@ -376,6 +376,12 @@ FitsImage::FitsImage(std::size_t width, std::size_t height, std::vector<float> p
       header_(std::move(header)),
       source_(std::make_unique<MemorySource>(width, std::move(pixels))) {}
 
+FitsImage FitsImage::of(const platform::ImageArray& array) {
+    std::vector<float> pixels;
+    std::visit([&](const auto& values) { pixels.assign(values.begin(), values.end()); }, array.pixels());
+    return {array.width(), array.height(), std::move(pixels)};
+}
+
 FitsImage::~FitsImage() = default;
 FitsImage::FitsImage(FitsImage&&) noexcept = default;
 FitsImage& FitsImage::operator=(FitsImage&&) noexcept = default;
@@ -530,25 +536,6 @@ void writeCard(LibraryFile& file, const FitsCard& card) {
     file.check(*status);
 }
 
-std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp) {
-    const double down = bottomUp ? -1 : 1;
-    return {{"CTYPE1", "RA---TAN", "gnomonic projection"},
-            {"CTYPE2", "DEC--TAN", "gnomonic projection"},
-            {"CUNIT1", "deg"},
-            {"CUNIT2", "deg"},
-            {"CRVAL1", wcs.reference.ra, "right ascension of the reference pixel"},
-            {"CRVAL2", wcs.reference.dec, "declination of the reference pixel"},
-            {"CRPIX1", wcs.referencePixel.x + 1, "reference pixel, column"},
-            {"CRPIX2", bottomUp ? height - wcs.referencePixel.y : wcs.referencePixel.y + 1,
-             "reference pixel, row"},
-            {"CD1_1", wcs.cd[0], "degrees per pixel"},
-            {"CD1_2", wcs.cd[1] * down, "degrees per pixel"},
-            {"CD2_1", wcs.cd[2], "degrees per pixel"},
-            {"CD2_2", wcs.cd[3] * down, "degrees per pixel"},
-            {"EQUINOX", 2000.0, "equinox of the world coordinates"},
-            {"RADESYS", "ICRS", "frame of the world coordinates"}};
-}
-
 void removeOldWcs(LibraryFile& file) {
     for (const char* keyword :
          {"CDELT1", "CDELT2", "CROTA1", "CROTA2", "PC1_1", "PC1_2", "PC2_1", "PC2_2", "LONPOLE", "LATPOLE",
@@ -592,22 +579,65 @@ bool isGzip(const std::filesystem::path& path) {
     return magic[0] == std::byte{0x1f} && magic[1] == std::byte{0x8b};
 }
 
+struct FitsPixelType {
+    int image;  // in the file
+    int data;   // in memory
+};
+FitsPixelType fitsPixelType(const std::uint16_t*) { return {USHORT_IMG, TUSHORT}; }
+FitsPixelType fitsPixelType(const std::int32_t*) { return {LONG_IMG, TINT}; }
+FitsPixelType fitsPixelType(const float*) { return {FLOAT_IMG, TFLOAT}; }
+
+template <typename Pixel>
+void writePixels(const std::filesystem::path& path, std::size_t width, std::size_t height,
+                 std::span<const Pixel> pixels, const std::vector<FitsCard>& cards) {
+    if (pixels.size() != width * height || pixels.empty())
+        throw std::invalid_argument("pixels and size disagree");
+    const FitsPixelType type = fitsPixelType(pixels.data());
+    replaceFile(path, [&](const std::filesystem::path& partial) {
+        auto file = LibraryFile::create(partial);
+        LONGLONG sizes[2] = {static_cast<LONGLONG>(width), static_cast<LONGLONG>(height)};
+        file.check(fits_create_imgll(file.get(), type.image, 2, sizes, file.status()));
+        for (const FitsCard& card : cards) writeCard(file, card);
+        // CFITSIO takes a pointer to non-const, but only reads from it.
+        file.check(fits_write_img(file.get(), type.data, 1, static_cast<LONGLONG>(pixels.size()),
+                                  const_cast<Pixel*>(pixels.data()), file.status()));
+        file.close();
+    });
+}
+
 }  // namespace
 
 void writeFits(const std::filesystem::path& path, std::size_t width, std::size_t height,
                std::span<const std::uint16_t> pixels, const std::vector<FitsCard>& cards) {
-    if (pixels.size() != width * height || pixels.empty())
-        throw std::invalid_argument("pixels and size disagree");
-    replaceFile(path, [&](const std::filesystem::path& partial) {
-        auto file = LibraryFile::create(partial);
-        LONGLONG sizes[2] = {static_cast<LONGLONG>(width), static_cast<LONGLONG>(height)};
-        file.check(fits_create_imgll(file.get(), USHORT_IMG, 2, sizes, file.status()));
-        for (const FitsCard& card : cards) writeCard(file, card);
-        // CFITSIO takes a pointer to non-const, but only reads from it.
-        file.check(fits_write_img(file.get(), TUSHORT, 1, static_cast<LONGLONG>(pixels.size()),
-                                  const_cast<std::uint16_t*>(pixels.data()), file.status()));
-        file.close();
-    });
+    writePixels(path, width, height, pixels, cards);
+}
+
+void writeFits(const std::filesystem::path& path, const platform::ImageArray& image,
+               const std::vector<FitsCard>& cards) {
+    std::visit(
+        [&](const auto& pixels) {
+            writePixels(path, image.width(), image.height(), std::span(pixels), cards);
+        },
+        image.pixels());
+}
+
+std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp) {
+    const double down = bottomUp ? -1 : 1;
+    return {{"CTYPE1", "RA---TAN", "gnomonic projection"},
+            {"CTYPE2", "DEC--TAN", "gnomonic projection"},
+            {"CUNIT1", "deg"},
+            {"CUNIT2", "deg"},
+            {"CRVAL1", wcs.reference.ra, "right ascension of the reference pixel"},
+            {"CRVAL2", wcs.reference.dec, "declination of the reference pixel"},
+            {"CRPIX1", wcs.referencePixel.x + 1, "reference pixel, column"},
+            {"CRPIX2", bottomUp ? height - wcs.referencePixel.y : wcs.referencePixel.y + 1,
+             "reference pixel, row"},
+            {"CD1_1", wcs.cd[0], "degrees per pixel"},
+            {"CD1_2", wcs.cd[1] * down, "degrees per pixel"},
+            {"CD2_1", wcs.cd[2], "degrees per pixel"},
+            {"CD2_2", wcs.cd[3] * down, "degrees per pixel"},
+            {"EQUINOX", 2000.0, "equinox of the world coordinates"},
+            {"RADESYS", "ICRS", "frame of the world coordinates"}};
 }
 
 void writeWcs(const std::filesystem::path& source, const std::filesystem::path& target,

@@ -18,6 +18,7 @@
 
 #include "observatory/sky/fits_header.h"
 #include "observatory/sky/tangent_wcs.h"
+#include "platform/image_array.h"
 
 namespace vantrel::observatory {
 
@@ -33,6 +34,9 @@ class FitsImage {
 
     /// An image of the caller's pixels, row after row from the top. There must be width * height of them.
     FitsImage(std::size_t width, std::size_t height, std::vector<float> pixels, FitsHeader header = {});
+
+    /// An image in memory, in floats.
+    static FitsImage of(const platform::ImageArray& array);
 
     ~FitsImage();
     FitsImage(FitsImage&&) noexcept;
@@ -75,6 +79,14 @@ class FitsImage {
 /// file is replaced at once, when the new one is complete. Throws FitsError.
 void writeFits(const std::filesystem::path& path, std::size_t width, std::size_t height,
                std::span<const std::uint16_t> pixels, const std::vector<FitsCard>& cards);
+
+/// The same for an image in memory, in its own type of pixels.
+void writeFits(const std::filesystem::path& path, const platform::ImageArray& image,
+               const std::vector<FitsCard>& cards);
+
+/// The cards of world coordinates (ICRS, EQUINOX 2000) for an image of this height, whose file runs from the
+/// top or from the bottom.
+std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp);
 
 /// Writes a copy of the file with these world coordinates (ICRS, EQUINOX 2000) in the header of its first
 /// image, in place of what stood there. The target may be the file itself: readers see the old or the new

@@ -50,13 +50,6 @@ platform::Instant fromAutomationDate(double days) {
         platform::Milliseconds{std::llround((days - kAutomationEpoch) * kMillisecondsPerDay)}};
 }
 
-FitsImage imageOf(const platform::ImageArray& array) {
-    std::vector<float> pixels;
-    std::visit([&](const auto& values) { pixels.assign(values.begin(), values.end()); }, array.pixels());
-    if (pixels.empty() || pixels.size() != array.width() * array.height()) refuse("ImageArray is empty");
-    return {array.width(), array.height(), std::move(pixels)};
-}
-
 }  // namespace
 
 PinPointPlate::PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
@@ -139,9 +132,9 @@ void PinPointPlate::addImageMembers() {
         },
         [this](const Value& v) {
             const auto array = v.toImage();
-            if (array == nullptr) refuse("ImageArray is empty");
+            if (array == nullptr || array->width() * array->height() == 0) refuse("ImageArray is empty");
             detach();
-            use(imageOf(*array));
+            use(FitsImage::of(*array));
         });
     property("WCSValid", [this] { return Value(imageWcs_.has_value()); });
     property("Columns", [this] { return Value(static_cast<int>(image().width())); });
