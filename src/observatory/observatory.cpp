@@ -31,12 +31,41 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
     if (!seams_.profile) seams_.profile = std::make_shared<platform::MemorySettings>();
     if (!seams_.stars) seams_.stars = [] { return TychoCatalog::openBuiltIn(); };
     axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, noise_, seams_.stars);
+    scopeSimCamera_ = std::make_unique<Camera>(scopeSim_->mount, noise_, seams_.stars);
+    imaging_ = std::make_unique<ImagingPrograms>(
+        loop_, folders_, seams_.desktop != nullptr ? *seams_.desktop : ownDesktop_, pictures(), seams_.stars);
+    axisSimulator_->onPicture = [this](const Picture& picture) {
+        showPicture(imaging_->documents(), picture);
+    };
+}
+
+/// The imaging programs' camera is the one set up at the simulator, on whichever mount is connected.
+PictureSource Observatory::pictures() {
+    const CameraSettings& settings = axisSimulator_->camera.settings();
+    return {[&settings] {
+                return PictureSource::Size{static_cast<std::size_t>(settings.width),
+                                           static_cast<std::size_t>(settings.height)};
+            },
+            [this](const Shot& shot) { return expose(shot); }};
+}
+
+Picture Observatory::expose(const Shot& shot) {
+    const platform::Instant now = loop_.clock().utc();
+    if (axisSimulator_->connected)
+        return axisSimulator_->camera.expose(now, axisSimulatorIdentity().name, shot);
+    scopeSimCamera_->settings() = axisSimulator_->camera.settings();
+    return scopeSimCamera_->expose(now, scopeSimIdentity().name, shot);
 }
 
 void Observatory::install(platform::ClassRegistry& classes) {
     installHelpers(classes);
     installTelescopes(classes);
     installSolver(classes);
+    imaging_->install(classes, kFolder);
+}
+
+void Observatory::openImagingProgram(const platform::SettingsRoot& settings) {
+    if (settings.read("PolarAlign", "ImagingSoftware") != "CCDSoft") imaging_->maxIm().start();
 }
 
 void Observatory::installHelpers(platform::ClassRegistry& classes) {

@@ -5,10 +5,12 @@
 #include <memory>
 
 #include "observatory/helpers/chooser_object.h"
+#include "observatory/imaging/imaging_programs.h"
 #include "observatory/sky/noise.h"
 #include "observatory/telescopes/axis_simulator.h"
 #include "observatory/telescopes/telescope_driver.h"
 #include "platform/class_registry.h"
+#include "platform/desktop_windows.h"
 #include "platform/event_loop.h"
 #include "platform/folder_map.h"
 #include "platform/settings_root.h"
@@ -16,12 +18,14 @@
 namespace vantrel::observatory {
 
 /// Where the observatory needs somebody's answer or a place to keep things. All may be left out: choosers are
-/// then cancelled, setup dialogs close at once, the profile forgets, the stars are the built-in catalogue's.
+/// then cancelled, setup dialogs close at once, the profile forgets, the stars are the built-in catalogue's,
+/// and the programs' windows stand on a desktop of the observatory's own.
 struct ObservatorySeams {
     ChooserDialog chooser;
     SetupDialog setup;
     std::shared_ptr<platform::SettingsRoot> profile;
     CatalogSource stars;
+    platform::DesktopWindows* desktop = nullptr;
 };
 
 /// Owns the devices. Must outlive the registry that it installs its classes in, and the objects of these.
@@ -34,10 +38,19 @@ class Observatory {
     /// Registers every class; the registry's owner may uninstall some again.
     void install(platform::ClassRegistry& classes);
 
+    /// The imaging programs; their documents also show the pictures of the simulator's own camera.
+    ImagingPrograms& imaging() { return *imaging_; }
+
+    /// Opens the first imaging program, unless the operator's stored choice is the second: so that a first
+    /// start finds a program open and asks nothing.
+    void openImagingProgram(const platform::SettingsRoot& settings);
+
   private:
     void installHelpers(platform::ClassRegistry& classes);
     void installTelescopes(platform::ClassRegistry& classes);
     void installSolver(platform::ClassRegistry& classes);
+    PictureSource pictures();
+    Picture expose(const Shot& shot);
 
     platform::EventLoop& loop_;
     const platform::FolderMap& folders_;
@@ -45,6 +58,9 @@ class Observatory {
     NoiseSource noise_;
     std::shared_ptr<TelescopeDevice> scopeSim_;
     std::shared_ptr<AxisSimulatorDevice> axisSimulator_;
+    std::unique_ptr<Camera> scopeSimCamera_;
+    platform::DesktopWindows ownDesktop_;
+    std::unique_ptr<ImagingPrograms> imaging_;
 };
 
 }  // namespace vantrel::observatory

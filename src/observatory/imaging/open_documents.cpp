@@ -14,6 +14,7 @@ OpenDocuments::Ref OpenDocuments::open(ImageDocument document) {
 OpenDocuments::Ref OpenDocuments::replaceCurrent(ImageDocument document) {
     if (documents_.empty()) return open(std::move(document));
     const Ref shown = documents_.back();
+    if (!document.stretch) document.stretch = shown->stretch;
     *shown = std::move(document);
     changed_.emit();
     return shown;
@@ -21,13 +22,34 @@ OpenDocuments::Ref OpenDocuments::replaceCurrent(ImageDocument document) {
 
 void OpenDocuments::setPixels(const Ref& document, platform::ImageRef pixels) {
     document->pixels = std::move(pixels);
-    if (document == current()) changed_.emit();
+    document->modified = true;
+    tellIfShown(document);
+}
+
+void OpenDocuments::setStretch(const Ref& document, std::optional<Stretch> stretch) {
+    document->stretch = stretch;
+    tellIfShown(document);
+}
+
+void OpenDocuments::activate(const Ref& document) {
+    const auto found = std::find(documents_.begin(), documents_.end(), document);
+    if (found == documents_.end() || document == current()) return;
+    std::rotate(found, found + 1, documents_.end());
+    changed_.emit();
 }
 
 void OpenDocuments::close(const Ref& document) {
     const bool wasShown = document == current();
     std::erase(documents_, document);
     if (wasShown) changed_.emit();
+}
+
+bool OpenDocuments::isOpen(const Ref& document) const {
+    return std::find(documents_.begin(), documents_.end(), document) != documents_.end();
+}
+
+void OpenDocuments::tellIfShown(const Ref& document) {
+    if (document == current()) changed_.emit();
 }
 
 }  // namespace vantrel::observatory

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "observatory/imaging/display_stretch.h"
 #include "observatory/sky/fits_header.h"
 #include "platform/automation.h"
 #include "platform/signal.h"
@@ -16,6 +18,10 @@ struct ImageDocument {
     std::string title;
     platform::ImageRef pixels;  // row 0 is the top; never empty
     std::vector<FitsCard> header;
+    std::optional<Stretch> stretch = {};  // nothing: the automatic one of its pixels
+    bool modified = false;                // since it was saved
+
+    Stretch shownStretch() const { return stretch ? *stretch : automaticStretch(*pixels); }
 };
 
 /// Documents are handed out shared: one that was closed stays valid for whoever still holds it.
@@ -25,22 +31,30 @@ class OpenDocuments {
 
     /// Opens the image in front of the others.
     Ref open(ImageDocument document);
-    /// Puts the picture into the document in front, or opens one when there is none.
+    /// Puts the picture into the document in front, or opens one when there is none. A stretch chosen for the
+    /// document stays.
     Ref replaceCurrent(ImageDocument document);
     /// Replaces an open document's pixels.
     void setPixels(const Ref& document, platform::ImageRef pixels);
+    /// Chooses an open document's stretch; nothing: the automatic one.
+    void setStretch(const Ref& document, std::optional<Stretch> stretch);
+    /// Brings an open document to the front.
+    void activate(const Ref& document);
     void close(const Ref& document);
 
+    bool isOpen(const Ref& document) const;
     /// The document in front; empty when none is open.
     Ref current() const { return documents_.empty() ? nullptr : documents_.back(); }
     const std::vector<Ref>& all() const { return documents_; }
 
-    /// Tells whenever another document is in front, or its pixels are others.
+    /// Tells whenever another document is in front, or its pixels or stretch are others.
     [[nodiscard]] platform::Subscription onChange(platform::Signal<>::Listener listener) {
         return changed_.subscribe(std::move(listener));
     }
 
   private:
+    void tellIfShown(const Ref& document);
+
     std::vector<Ref> documents_;  // the foremost last
     platform::Signal<> changed_;
 };

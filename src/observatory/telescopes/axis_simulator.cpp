@@ -99,14 +99,14 @@ void AxisSimulator::expose() {
     Picture picture = device->camera.expose(device->loop.clock().utc(), identity_.name);
     device->loop.sleep(platform::Milliseconds{std::lround(device->camera.settings().exposureTime * 1000)});
     device->picture = std::move(picture);
+    if (device->onPicture) device->onPicture(device->picture);
 }
 
 void AxisSimulator::save(const std::string& path) const {
     const auto& pixels = device_->picture.pixels;
     if (!pixels) throw std::runtime_error("There is no image to save yet");
-    const auto& counts = std::get<std::vector<std::uint16_t>>(pixels->pixels());
     try {
-        writeFits(folders_.real(path), pixels->width(), pixels->height(), counts, device_->picture.header);
+        writeFits(folders_.real(path), *pixels, device_->picture.header);
     } catch (const FitsError& error) {
         throw std::runtime_error("The image could not be saved as " + path + ": " + error.what());
     }

@@ -13,6 +13,7 @@ struct AxisSimulatorDevice : TelescopeDevice {
 
     Camera camera;
     Picture picture;  // the last one; no pixels before the first
+    std::function<void(const Picture&)> onPicture;
     bool exposing = false;
 };
 

@@ -1,0 +1,45 @@
+// The automation objects of the second imaging program.
+#pragma once
+
+#include "observatory/imaging/ccdsoft_program.h"
+#include "observatory/telescopes/camera.h"
+
+namespace vantrel::observatory {
+
+/// "CCDSoft.Camera".
+class CCDSoftCamera : public ProgramObject {
+  public:
+    explicit CCDSoftCamera(CCDSoftProgram& program);
+
+  private:
+    void addLink();
+    void addFrame();
+    void addExposure();
+    void addFiles();
+    void takeImage();
+
+    CCDSoftProgram& program_;
+};
+
+/// "CCDSoft.Image": after one of the "Attach..." members, an open image. Dead once the image was closed.
+class CCDSoftImage : public ProgramObject {
+  public:
+    /// "InsertWCS" matches the image with these stars.
+    CCDSoftImage(CCDSoftProgram& program, CatalogSource stars);
+
+  private:
+    ImageDocument& document() const;
+    void attach();
+    void addAttaching();
+    void addPixels();
+    void addHeader();
+    void addFile();
+
+    const ImagingBench& bench_;
+    CatalogSource stars_;
+    OpenDocuments::Ref document_;
+    std::string path_;
+    double scale_ = 0;  // arcseconds per pixel
+};
+
+}  // namespace vantrel::observatory

@@ -1,0 +1,18 @@
+// Which counts of an image are shown black and which white.
+#pragma once
+
+#include "platform/image_array.h"
+
+namespace vantrel::observatory {
+
+struct Stretch {
+    double min = 0;  // counts shown black
+    double max = 0;  // counts shown white
+};
+
+/// The stretch in which a star field looks its best: black a little below the sky's level, white where only
+/// the bright stars are. Looks at some ten thousand pixels, whatever the image's size. `max` is always above
+/// `min`.
+Stretch automaticStretch(const platform::ImageArray& image);
+
+}  // namespace vantrel::observatory

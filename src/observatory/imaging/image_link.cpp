@@ -1,0 +1,54 @@
+#include "observatory/imaging/image_link.h"
+
+#include <stdexcept>
+
+#include "observatory/sky/fits_image.h"
+#include "observatory/solver/exposure_facts.h"
+#include "observatory/solver/plate_frame.h"
+#include "observatory/solver/plate_solver.h"
+
+namespace vantrel::observatory {
+namespace {
+
+/// Of date, which a header tells by its frame and the epoch in place of the equinox.
+std::vector<FitsCard> cardsOfDate(const TangentWcs& wcs, double height, double epoch) {
+    std::vector<FitsCard> cards = wcsCards(wcs, height, false);
+    for (FitsCard& card : cards) {
+        if (card.keyword == "EQUINOX") card.value = epoch;
+        if (card.keyword == "RADESYS") card.value = std::string("GAPPT");  // geocentric apparent place
+    }
+    return cards;
+}
+
+}  // namespace
+
+std::vector<FitsCard> linkImage(const ImageDocument& image, double scale, const StarCatalog& stars,
+                                const platform::Clock& clock) {
+    constexpr double kFaintest = 20;
+    if (!(scale > 0)) throw std::runtime_error("ScaleInArcsecondsPerPixel is not set");
+    FitsHeader header;
+    for (const FitsCard& card : image.header) header.add(card);
+    const auto start = headerTarget(header);
+    if (!start) throw std::runtime_error("The image has no start position in OBJCTRA and OBJCTDEC");
+
+    const platform::Instant instant = exposureStart(header).value_or(clock.utc());
+    const PlateFrame frame = PlateFrame::ofDate(instant);
+    const FitsImage pixels = FitsImage::of(*image.pixels);
+    const StarList found = findStars(pixels, {});
+    const PlateGeometry geometry{static_cast<double>(pixels.width()), static_cast<double>(pixels.height()),
+                                 scale, scale, found.binning};
+    const SearchArea area =
+        searchArea(geometry, frame.toCatalogue(*start), geometry.diagonalDeg(), found.stars.size());
+    const auto around = stars.cone(area.query(julianYear(instant), kFaintest));
+    const auto solution = solvePlate(geometry, found.stars, area, around, {});
+    if (!solution)
+        throw std::runtime_error("Image link failed: the image's " + std::to_string(found.stars.size()) +
+                                 " stars match none around the start position");
+
+    const auto cd = frame.turned(solution->cd, solution->centre);
+    const TangentWcs wcs{
+        frame.fromCatalogue(solution->centre), geometry.centre(), {cd[0], cd[1], cd[2], cd[3]}};
+    return cardsOfDate(wcs, geometry.height, frame.year());
+}
+
+}  // namespace vantrel::observatory

@@ -1,0 +1,44 @@
+#include "observatory/imaging/imaging_programs.h"
+
+#include "observatory/imaging/ccdsoft_objects.h"
+#include "observatory/imaging/maxim_objects.h"
+#include "platform/text.h"
+
+namespace vantrel::observatory {
+
+ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, const platform::FolderMap& folders,
+                                 platform::DesktopWindows& desktop, PictureSource pictures,
+                                 CatalogSource stars)
+    : stars_(std::move(stars)),
+      camera_(loop, std::move(pictures)),
+      bench_{loop, folders, desktop, camera_, documents_},
+      maxIm_(bench_),
+      ccdSoft_(bench_) {}
+
+template <typename Object, typename Program, typename... Rest>
+std::function<platform::ObjectRef()> ImagingPrograms::objectOf(Program& program, Rest... rest) {
+    return [&program, rest...] {
+        program.start();
+        return std::make_shared<Object>(program, rest...);
+    };
+}
+
+void ImagingPrograms::install(platform::ClassRegistry& classes, const std::string& folder) {
+    const std::string maxIm = folder + "MaxIm.exe";
+    const std::string ccdSoft = folder + "CCDSoft.exe";
+    bench_.desktop.installProgram(maxIm,
+                                  {[this] { maxIm_.start(); }, platform::toText(MaxImProgram::kVersion)});
+    bench_.desktop.installProgram(ccdSoft, {[this] { ccdSoft_.start(); }, CCDSoftProgram::kFileVersion});
+
+    classes.install("MaxIm.CCDCamera", {objectOf<MaxImCamera>(maxIm_), maxIm, "", ""});
+    classes.install("MaxIm.Application", {objectOf<MaxImApplication>(maxIm_), maxIm, "", ""});
+    classes.install("MaxIm.Document", {[this] {
+                                           maxIm_.start();
+                                           return MaxImDocument::current(maxIm_);
+                                       },
+                                       maxIm, "", ""});
+    classes.install("CCDSoft.Camera", {objectOf<CCDSoftCamera>(ccdSoft_), ccdSoft, "", ""});
+    classes.install("CCDSoft.Image", {objectOf<CCDSoftImage>(ccdSoft_, stars_), ccdSoft, "", ""});
+}
+
+}  // namespace vantrel::observatory

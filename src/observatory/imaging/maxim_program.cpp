@@ -1,0 +1,61 @@
+#include "observatory/imaging/maxim_program.h"
+
+#include "platform/text.h"
+
+namespace vantrel::observatory {
+
+using platform::DesktopWindow;
+using platform::WindowId;
+
+WindowId MaxImProgram::openWindows() {
+    constexpr const char* kDialog = "#32770";
+    platform::DesktopWindows& desktop = bench_.desktop;
+    const WindowId main = desktop.open({"MaxIm DL Version " + platform::toText(kVersion), "MaxImFrame"});
+    const WindowId dialog = desktop.open({"MaxIm CCD", kDialog, 0, main});
+    desktop.open({"", "SysTabControl32", dialog});
+    const WindowId setup = desktop.open({"Setup", kDialog, dialog});
+    connectButton_ = desktop.open({"&Connect", "Button", setup});
+    return main;
+}
+
+/// The button stays down while the camera is connected.
+void MaxImProgram::showConnection() {
+    constexpr int kTicked = 1;
+    if (DesktopWindow* button = bench_.desktop.find(connectButton_))
+        button->buttonState = connected() ? kTicked : 0;
+}
+
+void MaxImProgram::reset() {
+    settings = {};
+    imageReady_ = false;
+}
+
+SubFrame MaxImProgram::frame() const {
+    if (settings.subFrame) return *settings.subFrame;
+    const PictureSource::Size sensor = bench_.camera.sensor();
+    return {0, 0, static_cast<int>(sensor.width) / settings.binX,
+            static_cast<int>(sensor.height) / settings.binY};
+}
+
+void MaxImProgram::expose(double seconds, bool light) {
+    requireConnected();
+    imageReady_ = false;
+    bench_.camera.start({seconds, light, settings.filter, settings.binX, settings.binY, settings.subFrame},
+                        [this](Picture picture) {
+                            showPicture(std::move(picture));
+                            imageReady_ = true;
+                        });
+}
+
+bool MaxImProgram::imageReady() const {
+    requireConnected();
+    bench_.camera.requireSuccess();
+    return imageReady_;
+}
+
+void MaxImProgram::clientLeft(int run) {
+    --clients_;
+    if (clients_ == 0 && run == this->run() && !settings.disableAutoShutdown) disconnect();
+}
+
+}  // namespace vantrel::observatory
