@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "headless/json_values.h"
+#include "observatory/sky/fits_image.h"
 
 namespace vantrel::headless {
 
@@ -10,21 +11,23 @@ using namespace platform;
 
 namespace {
 
-std::string machinePath(const FolderMap& folders, const std::string& path) {
+std::filesystem::path machinePath(const FolderMap& folders, const std::string& path) {
     const bool hasDrive = path.size() >= 2 && path[1] == ':';
-    if (hasDrive || path.find('\\') != std::string::npos) return folders.real(path).string();
-    return std::filesystem::absolute(path).string();
+    if (hasDrive || path.find('\\') != std::string::npos) return folders.real(path);
+    return std::filesystem::absolute(path);
 }
 
 }  // namespace
 
-void saveShownImage(const RecordingHost& automation, const FolderMap& folders, const std::string& path) {
-    const std::string target = machinePath(folders, path);
-    if (const ObjectRef simulator = automation.newest("AxisSimulator.Telescope")) {
-        simulator->call("SaveImageToFile", {target});
-        return;
+void saveShownImage(const observatory::OpenDocuments& documents, const FolderMap& folders,
+                    const std::string& path) {
+    const auto shown = documents.current();
+    if (!shown) throw CommandError("No imaging program shows an image");
+    try {
+        observatory::writeFits(machinePath(folders, path), *shown->pixels, shown->header);
+    } catch (const observatory::FitsError& error) {
+        throw CommandError(std::string("The image could not be saved: ") + error.what());
     }
-    throw CommandError("No imaging program shows an image");
 }
 
 }  // namespace vantrel::headless

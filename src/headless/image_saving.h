@@ -3,15 +3,14 @@
 
 #include <string>
 
+#include "observatory/imaging/open_documents.h"
 #include "platform/folder_map.h"
-#include "platform/recording_host.h"
 
 namespace vantrel::headless {
 
-/// Lets the program that holds the image write it as FITS: the imaging program in use, else the simulator.
-/// `path` has a drive letter or backslashes, or is a path of this machine. Throws CommandError when nobody
-/// shows an image, OperationError when the program refuses.
-void saveShownImage(const platform::RecordingHost& automation, const platform::FolderMap& folders,
+/// Writes the image in front, marks included, as FITS. `path` has a drive letter or backslashes, or is a path
+/// of this machine. Throws CommandError when no image is shown or the file can't be written.
+void saveShownImage(const observatory::OpenDocuments& documents, const platform::FolderMap& folders,
                     const std::string& path);
 
 }  // namespace vantrel::headless

@@ -284,7 +284,7 @@ Outcome OperatorCommands::journal(const CommandFields& fields) {
 }
 
 Outcome OperatorCommands::image(const CommandFields& fields) {
-    saveShownImage(targets_.automation, targets_.folders, fields.text("save"));
+    saveShownImage(targets_.images, targets_.folders, fields.text("save"));
     return {};
 }
 

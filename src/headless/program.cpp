@@ -57,11 +57,13 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
       automation_(classes_),
       application_({loop_, automation_, user_.settings, user_.folders, screen_, dialogs_, desktop_, windows_},
                    guard_),
-      session_({application_, loop_, screen_, user_.settings, automation_, classes_, user_.folders, dialogs_},
+      session_({application_, loop_, screen_, user_.settings, automation_, classes_, user_.folders, dialogs_,
+                observatory_.imaging().documents()},
                commands, replies, options.virtualTime) {
     observatory_.install(classes_);
     if (options.installed) keepInstalled(*options.installed);
     if (options.settings) preloadSettings(*options.settings);
+    if (!options.installed) openImagingProgram();
 }
 
 bool Program::run() {
@@ -80,6 +82,7 @@ observatory::ObservatorySeams Program::seams() {
         for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
         return dialogs_.choose(title, choices, current);
     };
+    seams.desktop = &windows_;
     return seams;
 }
 
@@ -94,6 +97,14 @@ void Program::keepInstalled(const std::vector<std::string>& progIds) {
                               return programOf(wanted) == programOf(progId);
                           });
         if (!kept) classes_.uninstall(progId);
+    }
+}
+
+void Program::openImagingProgram() {
+    try {
+        observatory_.openImagingProgram(user_.settings);
+    } catch (const std::exception&) {
+        // Settings that can't be read are the application's to report.
     }
 }
 

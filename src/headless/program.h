@@ -55,6 +55,7 @@ class Program {
 
   private:
     void preloadSettings(const std::filesystem::path& file);
+    void openImagingProgram();
     void keepInstalled(const std::vector<std::string>& progIds);
     observatory::ObservatorySeams seams();
 

@@ -16,7 +16,7 @@ platform::Rectangle workArea() {
     return {area.left(), area.top(), area.width(), area.height()};
 }
 
-observatory::ObservatorySeams seams(platform::Dialogs& dialogs) {
+observatory::ObservatorySeams seams(platform::Dialogs& dialogs, platform::DesktopWindows& desktop) {
     observatory::ObservatorySeams seams;
     seams.chooser = [&dialogs](const std::string& title,
                                const std::vector<observatory::DriverChoice>& drivers,
@@ -26,6 +26,7 @@ observatory::ObservatorySeams seams(platform::Dialogs& dialogs) {
         for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
         return dialogs.choose(title, choices, current);
     };
+    seams.desktop = &desktop;
     return seams;
 }
 
@@ -44,7 +45,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       settings_(user.settings),
       desktop_(user.folders, user.userProfile),
       screen_(workArea()),
-      observatory_(front.loop, user.folders, seed, seams(dialogs)),
+      observatory_(front.loop, user.folders, seed, seams(dialogs, otherPrograms_)),
       application_(
           {front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_}) {
     observatory_.install(classes_);
@@ -52,6 +53,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
     // Settings that can't be read or stored are the application's to report.
     front.barrier.run([this] {
         if (settings_.isEmpty()) observatory::storeSimulatorSetup(settings_);
+        observatory_.openImagingProgram(settings_);
         look_ = followNightVision(settings_, front_.theme);
     });
 }

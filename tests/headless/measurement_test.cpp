@@ -1,102 +1,22 @@
 // The whole program through the operator protocol: what the window and the log say in every situation.
 
 #include <algorithm>
-#include <fstream>
 #include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "headless/program.h"
 #include "platform/text.h"
-#include "script_lines.h"
-#include "support/temp_folder.h"
+#include "script.h"
 
 namespace vantrel::headless {
 namespace {
 
 using nlohmann::json;
 using platform::joinLines;
+using test::Script;
 using testing::Contains;
 using testing::HasSubstr;
-
-/// A script for the whole program with the built-in simulator, in virtual time.
-class Script {
-  public:
-    Script() { settings_["PolarAlign"]["DeltaRA"] = "15"; }
-
-    Script& setting(const char* section, const char* key, const std::string& value) {
-        settings_[section][key] = value;
-        return *this;
-    }
-    Script& send(const json& command) {
-        commands_.add(command.dump());
-        return *this;
-    }
-    Script& type(const char* control, const char* text) {
-        return send({{"do", "type"}, {"control", control}, {"text", text}});
-    }
-    Script& click(const char* control) { return send({{"do", "click"}, {"control", control}}); }
-    Script& fail(const char* object, const char* member, int number, const char* source,
-                 const char* description, int after = 0, int times = -1) {
-        return send({{"do", "fault"},
-                     {"object", object},
-                     {"member", member},
-                     {"number", number},
-                     {"source", source},
-                     {"description", description},
-                     {"after", after},
-                     {"times", times}});
-    }
-    Script& giveBack(const char* object, const char* member, const json& value, int after = 0,
-                     int times = -1) {
-        return send({{"do", "fault"},
-                     {"object", object},
-                     {"member", member},
-                     {"returns", value},
-                     {"after", after},
-                     {"times", times}});
-    }
-    Script& waitIdle() { return send({{"do", "wait"}, {"for", {{"idle", true}}}, {"seconds", 600}}); }
-    Script& waitForNext() {
-        return send({{"do", "wait"},
-                     {"for", {{"control", "frmMain.cmdNext"}, {"property", "enabled"}, {"is", true}}},
-                     {"seconds", 600}});
-    }
-
-    struct Result {
-        std::vector<json> replies;
-        std::vector<std::string> log;  // without times
-        std::vector<std::string> popups;
-    };
-
-    /// Runs the script to its end, with questions about log and pop-ups last.
-    Result run() {
-        send({{"do", "log"}, {"from", 0}}).send({{"do", "popups"}});
-        const vantrel::test::TempFolder home;
-        std::ofstream(home / "settings.json") << settings_;
-        Options options;
-        options.virtualTime = true;
-        options.home = home.path();
-        options.settings = home / "settings.json";
-        platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
-        test::KeptReplies replies;
-        EXPECT_TRUE(Program(options, time, commands_, replies).run());
-
-        Result result{replies.replies, {}, {}};
-        for (const json& reply : result.replies) EXPECT_TRUE(reply["ok"]) << reply;
-        for (const json& line : result.replies[result.replies.size() - 2]["lines"])
-            result.log.push_back(line.get<std::string>().substr(11));
-        for (const json& popup : result.replies.back()["popups"]) result.popups.push_back(popup["text"]);
-        return result;
-    }
-
-  private:
-    json settings_ = {{"Main", {{"MyTelescopeID", "AxisSimulator.Telescope"}}},
-                      {"PolarAlign", {{"PlateSolveMethod", "0"}}},
-                      {"Solve", {{"ScaleH", "3.6"}, {"ScaleV", "3.6"}}}};
-    test::ListedCommands commands_;
-};
 
 TEST(Measurement, EveryPromptSaysItsText) {
     const struct {

@@ -127,11 +127,14 @@ struct SmallWorld {
     MemorySettings settings;
     FolderMap folders{"/nowhere"};
     ScriptedDialogs dialogs{time};
+    observatory::OpenDocuments images;
     SmallProgram program{loop, screen, automation};
     ListedCommands commands;
     KeptReplies kept;
-    Session session{
-        {program, loop, screen, settings, automation, classes, folders, dialogs}, commands, kept, true};
+    Session session{{program, loop, screen, settings, automation, classes, folders, dialogs, images},
+                    commands,
+                    kept,
+                    true};
 
     SmallWorld() {
         classes.install("Small.Mount", {[this] { return std::make_shared<SmallMount>(ra); }, {}, {}, {}});
