@@ -1,4 +1,5 @@
-// The whole program in a test: virtual time, the built-in instruments behind a journal, an empty home.
+// The whole program in a test: virtual time, the built-in instruments but no imaging program behind a
+// journal, an empty home.
 #pragma once
 
 #include <algorithm>
@@ -55,6 +56,9 @@ struct ProgramWorld {
 
     ProgramWorld() {
         observatory.install(classes);
+        for (const char* imaging :
+             {"MaxIm.CCDCamera", "MaxIm.Application", "MaxIm.Document", "CCDSoft.Camera", "CCDSoft.Image"})
+            classes.uninstall(imaging);
         loop.setOnFailure([this] { program->reportFailure("event loop"); });
     }
 
