@@ -2,7 +2,7 @@
 # Installs the Debian packages that building (and, with "check", checking) needs, and only those that are missing.
 set -eu
 
-build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev liberfa-dev libsep-dev
+build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev libcurl4-openssl-dev liberfa-dev libsep-dev
 libeigen3-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth fonts-dejavu-core"
 check="clang-format clang-tidy clang libclang-rt-dev"
 

@@ -13,9 +13,15 @@ namespace vantrel::test {
 
 class TempFolder {
   public:
-    TempFolder() {
-        std::string pattern = testing::TempDir() + "/vantrel-XXXXXX";
+    explicit TempFolder(const std::filesystem::path& parent = testing::TempDir()) {
+        std::string pattern = parent / "vantrel-XXXXXX";
         path_ = ::mkdtemp(pattern.data());
+    }
+    /// Where thousands of small files cost least: in memory, if the system has a place for that.
+    static std::filesystem::path quickPlace() {
+        std::error_code ignored;
+        const bool inMemory = std::filesystem::is_directory("/dev/shm", ignored);
+        return inMemory ? std::filesystem::path("/dev/shm") : std::filesystem::path(testing::TempDir());
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;

@@ -4,20 +4,18 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <numbers>
 #include <system_error>
+
+#include "observatory/sky/cone.h"
 
 namespace vantrel::observatory {
 
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180;
 constexpr std::size_t kHeaderBytes = 64;
 constexpr std::size_t kRecordBytes = 4;
 constexpr double kOffsetSteps = 4096;
 constexpr int kFaintestStep = 255;
-/// No star moves farther in a year (Barnard's star: 10.4").
-constexpr double kFastestDegPerYear = 10.5 / 3600;
 
 template <typename T>
 T littleEndian(const unsigned char* at) {
@@ -32,24 +30,6 @@ MappedFile openFile(const std::filesystem::path& path) {
     } catch (const std::system_error& e) {
         throw CatalogError("star catalogue " + path.string() + " can't be read: " + e.code().message());
     }
-}
-
-double wrapped(double deg) {
-    const double turned = std::fmod(deg, 360.0);
-    return turned < 0 ? turned + 360.0 : turned;
-}
-
-/// Square of the chord between two directions on the unit sphere; exact for the smallest angles.
-double chordSquared(double raA, double decA, double raB, double decB) {
-    const double sinDec = std::sin((decA - decB) * kDegree / 2);
-    const double sinRa = std::sin((raA - raB) * kDegree / 2);
-    return 4 * (sinDec * sinDec + std::cos(decA * kDegree) * std::cos(decB * kDegree) * sinRa * sinRa);
-}
-
-/// Half the range of right ascension that a circle covers; 180 when it holds a pole.
-double raReach(double decDeg, double radiusDeg) {
-    if (std::abs(decDeg) + radiusDeg >= 90) return 180;
-    return std::asin(std::min(1.0, std::sin(radiusDeg * kDegree) / std::cos(decDeg * kDegree))) / kDegree;
 }
 
 std::vector<std::filesystem::path> builtInPlaces() {
@@ -161,18 +141,17 @@ CatalogStar TychoCatalog::star(std::uint32_t index, std::uint32_t band, std::uin
     const auto word = littleEndian<std::uint32_t>(records_ + kRecordBytes * std::size_t{index});
     const double x = (word & 0xFFFU) + 0.5;
     const double y = ((word >> 12) & 0xFFFU) + 0.5;
-    CatalogStar s{(cell + x / kOffsetSteps) / bands_[band].cells * 360.0,
-                  -90.0 + bandHeightDeg_ * (band + y / kOffsetSteps),
-                  magnitudeZero_ + magnitudeStep_ * (word >> 24)};
+    MovingStar s{(cell + x / kOffsetSteps) / bands_[band].cells * 360.0,
+                 -90.0 + bandHeightDeg_ * (band + y / kOffsetSteps),
+                 magnitudeZero_ + magnitudeStep_ * (word >> 24)};
     const auto moving = std::lower_bound(movingStars_.begin(), movingStars_.end(), index);
     if (moving != movingStars_.end() && *moving == index) {
         const unsigned char* entry = motions_ + 4 * (moving - movingStars_.begin());
-        const double years = epoch - epochYear_;
-        s.raDeg = wrapped(s.raDeg + littleEndian<std::int16_t>(entry) * years / 3.6e6 /
-                                        std::max(1e-6, std::cos(s.decDeg * kDegree)));
-        s.decDeg = std::clamp(s.decDeg + littleEndian<std::int16_t>(entry + 2) * years / 3.6e6, -90.0, 90.0);
+        s.motionRaMas = littleEndian<std::int16_t>(entry);
+        s.motionDecMas = littleEndian<std::int16_t>(entry + 2);
+        s = carried(s, epoch - epochYear_);
     }
-    return s;
+    return {s.raDeg, s.decDeg, s.magnitude};
 }
 
 /// Calls visit(band, cell, first star, stars) for every cell that the circle may touch.
@@ -180,8 +159,8 @@ template <typename Visit>
 void TychoCatalog::visitCells(const ConeQuery& query, Visit&& visit) const {
     const double radius =
         query.radiusDeg + kFastestDegPerYear * std::abs(query.epochYear - epochYear_) + 1e-6;
-    const double reach = raReach(query.decDeg, radius);
-    const double ra = wrapped(query.raDeg);
+    const double reach = raReachDeg(query.decDeg, radius);
+    const double ra = wrappedDeg(query.raDeg);
     const auto bandOf = [&](double dec) {
         return static_cast<std::uint32_t>(
             std::clamp((dec + 90) / bandHeightDeg_, 0.0, static_cast<double>(bandCount_ - 1)));
@@ -229,23 +208,21 @@ int TychoCatalog::faintestStepFor(const ConeQuery& query, std::size_t wanted, in
 }
 
 void TychoCatalog::collect(const ConeQuery& query, int faintest, std::vector<CatalogStar>& stars) const {
-    const double half = std::sin(std::min(query.radiusDeg, 180.0) * kDegree / 2);
-    const double limit = 4 * half * half * (1 + 1e-12);
+    const Circle circle(query);
     visitCells(query, [&](std::uint32_t band, std::uint32_t cell, std::uint32_t first, std::uint32_t size) {
         for (std::uint32_t i = first; i < first + size; ++i) {
             if (records_[kRecordBytes * std::size_t{i} + 3] > faintest)
                 break;  // brightest first within a cell
             const CatalogStar s = star(i, band, cell, query.epochYear);
             if (s.magnitude < query.brightestMagnitude) continue;
-            if (chordSquared(s.raDeg, s.decDeg, query.raDeg, query.decDeg) <= limit) stars.push_back(s);
+            if (circle.holds(s.raDeg, s.decDeg)) stars.push_back(s);
         }
     });
 }
 
 std::vector<CatalogStar> TychoCatalog::cone(const ConeQuery& query) const {
     std::vector<CatalogStar> stars;
-    if (!(query.radiusDeg >= 0) || !std::isfinite(query.raDeg) || !(std::abs(query.decDeg) <= 90))
-        return stars;
+    if (!isSearchable(query)) return stars;
     const int limit = faintestStep(query);
     if (query.maxStars == 0) {
         collect(query, limit, stars);
@@ -260,12 +237,7 @@ std::vector<CatalogStar> TychoCatalog::cone(const ConeQuery& query) const {
             wanted *= 2;
         }
     }
-    if (query.brightestFirst || query.maxStars > 0) {
-        std::stable_sort(stars.begin(), stars.end(), [](const CatalogStar& a, const CatalogStar& b) {
-            return a.magnitude < b.magnitude;
-        });
-    }
-    if (query.maxStars > 0 && stars.size() > query.maxStars) stars.resize(query.maxStars);
+    arrange(stars, query);
     return stars;
 }
 

@@ -1,18 +1,16 @@
 #include "observatory/sky/tycho_distribution.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <map>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "observatory/sky/star_catalog.h"
 #include "observatory/sky/tycho_catalog.h"
+#include "observatory/sky/tycho_lines.h"
 #include "observatory/sky/vector3.h"
 
 namespace vantrel::observatory {
@@ -21,103 +19,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr double kMasToDeg = 1 / 3.6e6;
-
-/// Columns of a line, counted from 1 as in the catalogue's description.
-class Line {
-  public:
-    Line(std::string_view text, const fs::path& file, std::size_t number)
-        : text_(text), file_(file), number_(number) {
-        if (!text_.empty() && text_.back() == '\r') text_.remove_suffix(1);
-    }
-
-    char flag(std::size_t column) const { return column <= text_.size() ? text_[column - 1] : ' '; }
-
-    std::optional<double> number(std::size_t first, std::size_t last) const {
-        if (first > text_.size()) return std::nullopt;
-        std::string_view field = text_.substr(first - 1, last - first + 1);
-        while (!field.empty() && field.front() == ' ') field.remove_prefix(1);
-        while (!field.empty() && field.back() == ' ') field.remove_suffix(1);
-        if (!field.empty() && field.front() == '+') field.remove_prefix(1);
-        if (field.empty()) return std::nullopt;
-        double value = 0;
-        const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), value);
-        if (error != std::errc() || end != field.data() + field.size()) fail();
-        return value;
-    }
-
-    double required(std::size_t first, std::size_t last) const {
-        const auto value = number(first, last);
-        if (!value) fail();
-        return *value;
-    }
-
-  private:
-    [[noreturn]] void fail() const {
-        throw CatalogError(file_.string() + ": line " + std::to_string(number_) + " is not one of Tycho-2");
-    }
-
-    std::string_view text_;
-    const fs::path& file_;
-    std::size_t number_;
-};
-
-/// V from Tycho's B_T and V_T (ESA SP-1200, vol. 1, section 1.3: V = V_T - 0.090 (B_T - V_T)); one of the two
-/// alone stands for V.
-std::optional<double> johnsonV(std::optional<double> bt, std::optional<double> vt) {
-    if (bt && vt) return *vt - 0.090 * (*bt - *vt);
-    return vt ? vt : bt;
-}
-
-void carry(TychoStar& star, double years) {
-    star.raDeg += star.motionRaMas * years * kMasToDeg / std::max(1e-6, std::cos(star.decDeg * kDegree));
-    star.decDeg = std::clamp(star.decDeg + star.motionDecMas * years * kMasToDeg, -90.0, 90.0);
-    star.raDeg = std::fmod(std::fmod(star.raDeg, 360.0) + 360.0, 360.0);
-}
-
-struct MainLine {
-    TychoStar star;
-    bool photocentre = false;
-};
-
-std::optional<MainLine> mainLine(const Line& line, double epoch) {
-    const auto magnitude = johnsonV(line.number(111, 116), line.number(124, 129));
-    if (!magnitude) return std::nullopt;
-    MainLine result;
-    result.photocentre = line.flag(14) == 'P';
-    TychoStar& star = result.star;
-    star.magnitude = *magnitude;
-    if (line.flag(14) == 'X') {
-        star.raDeg = line.required(153, 164);
-        star.decDeg = line.required(166, 177);
-        return result;
-    }
-    star.raDeg = line.required(16, 27);
-    star.decDeg = line.required(29, 40);
-    star.motionRaMas = line.number(42, 48).value_or(0);
-    star.motionDecMas = line.number(50, 56).value_or(0);
-    carry(star, epoch - 2000);
-    return result;
-}
-
-std::optional<TychoStar> supplementLine(const Line& line, double epoch) {
-    const auto bt = line.number(84, 89);
-    const auto vt = line.number(97, 102);
-    const auto magnitude = line.flag(82) == 'H' ? vt : johnsonV(bt, vt);
-    if (!magnitude) return std::nullopt;
-    TychoStar star{line.required(16, 27), line.required(29, 40), *magnitude, line.number(42, 48).value_or(0),
-                   line.number(50, 56).value_or(0)};
-    carry(star, epoch - 1991.25);
-    return star;
-}
-
 template <typename Take>
 void eachLine(const fs::path& file, Take&& take) {
     std::ifstream in(file, std::ios::binary);
     if (!in) throw CatalogError(file.string() + " can't be read");
     std::string text;
     for (std::size_t number = 1; std::getline(in, text); ++number) {
-        if (!text.empty() && text != "\r") take(Line(text, file, number));
+        if (!text.empty() && text.back() == '\r') text.pop_back();
+        if (!text.empty()) take(TychoLine{text, file, number});
     }
 }
 
@@ -138,39 +47,22 @@ std::vector<fs::path> mainFiles(const fs::path& folder) {
                        folder.string());
 }
 
-double combinedMagnitude(double a, double b) {
-    return -2.5 * std::log10(std::pow(10, -0.4 * a) + std::pow(10, -0.4 * b));
-}
-
 }  // namespace
 
-std::vector<TychoStar> readTychoDistribution(const fs::path& folder, double epochYear) {
-    std::vector<TychoStar> stars;
-    std::map<std::pair<double, double>, std::size_t> photocentres;
-    for (const fs::path& file : mainFiles(folder)) {
-        eachLine(file, [&](const Line& line) {
-            const auto read = mainLine(line, epochYear);
-            if (!read) return;
-            if (read->photocentre) {
-                const auto [twin, first] =
-                    photocentres.try_emplace({read->star.raDeg, read->star.decDeg}, stars.size());
-                if (!first) {
-                    double& magnitude = stars[twin->second].magnitude;
-                    magnitude = combinedMagnitude(magnitude, read->star.magnitude);
-                    return;
-                }
-            }
-            stars.push_back(read->star);
-        });
-    }
+std::vector<MovingStar> readTychoDistribution(const fs::path& folder, double epochYear) {
+    std::vector<TychoEntry> entries;
+    const auto take = [&](const std::optional<TychoEntry>& entry) {
+        if (entry) entries.push_back(*entry);
+    };
+    for (const fs::path& file : mainFiles(folder))
+        eachLine(file, [&](const TychoLine& line) { take(tychoMainEntry(line, epochYear)); });
     for (const fs::path& place : {folder, folder / "data"}) {
         if (!fs::is_regular_file(place / "suppl_1.dat")) continue;
-        eachLine(place / "suppl_1.dat", [&](const Line& line) {
-            if (const auto star = supplementLine(line, epochYear)) stars.push_back(*star);
-        });
+        eachLine(place / "suppl_1.dat",
+                 [&](const TychoLine& line) { take(tychoSupplementEntry(line, epochYear)); });
         break;
     }
-    return stars;
+    return mergedPhotocentres(entries);
 }
 
 namespace {
@@ -207,7 +99,7 @@ std::int16_t motionOf(double mas) {
     return static_cast<std::int16_t>(std::lround(std::clamp(mas, -32767.0, 32767.0)));
 }
 
-Placed placed(const TychoStar& star, const std::vector<std::uint32_t>& firstCells) {
+Placed placed(const MovingStar& star, const std::vector<std::uint32_t>& firstCells) {
     const auto part = [](double value, std::uint32_t count) {
         const auto whole = static_cast<std::uint32_t>(std::clamp(value, 0.0, count - 1e-9));
         const auto step = static_cast<std::uint32_t>(std::clamp((value - whole) * kSteps, 0.0, kSteps - 1.0));
@@ -240,7 +132,7 @@ std::string gapCode(const std::vector<Placed>& stars) {
 
 }  // namespace
 
-void writeTychoCatalog(const fs::path& file, std::vector<TychoStar> stars, double epochYear) {
+void writeTychoCatalog(const fs::path& file, std::vector<MovingStar> stars, double epochYear) {
     std::vector<std::uint32_t> firstCells;
     std::uint32_t cells = 0;
     std::string body;
@@ -251,7 +143,7 @@ void writeTychoCatalog(const fs::path& file, std::vector<TychoStar> stars, doubl
     }
     std::vector<Placed> all;
     all.reserve(stars.size());
-    for (const TychoStar& star : stars) all.push_back(placed(star, firstCells));
+    for (const MovingStar& star : stars) all.push_back(placed(star, firstCells));
     std::stable_sort(all.begin(), all.end(), [](const Placed& a, const Placed& b) {
         return a.cell != b.cell ? a.cell < b.cell : (a.word >> 24U) < (b.word >> 24U);
     });

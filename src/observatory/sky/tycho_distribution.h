@@ -4,24 +4,18 @@
 #include <filesystem>
 #include <vector>
 
-namespace vantrel::observatory {
+#include "observatory/sky/moving_star.h"
 
-struct TychoStar {
-    double raDeg = 0;  ///< ICRS at the epoch asked for
-    double decDeg = 0;
-    double magnitude = 0;     ///< V, from V_T and B_T
-    double motionRaMas = 0;   ///< mas a year along the parallel (with cos Dec)
-    double motionDecMas = 0;  ///< mas a year
-};
+namespace vantrel::observatory {
 
 /// Reads catalog.dat, tyc2.dat or tyc2.dat.00 and on, and suppl_1.dat, from the folder or its "data" folder,
 /// and carries the stars to the epoch. Stars without a mean position stand where they were observed.
 /// Components that share one mean position (flag P) are one star with the sum of their light. Throws
 /// CatalogError when the files are missing or a line can't be understood.
-std::vector<TychoStar> readTychoDistribution(const std::filesystem::path& folder, double epochYear);
+std::vector<MovingStar> readTychoDistribution(const std::filesystem::path& folder, double epochYear);
 
 /// Writes the compact catalogue that TychoCatalog reads. Throws CatalogError when the file can't be written
 /// or a cell of sky holds more stars than the layout has room for.
-void writeTychoCatalog(const std::filesystem::path& file, std::vector<TychoStar> stars, double epochYear);
+void writeTychoCatalog(const std::filesystem::path& file, std::vector<MovingStar> stars, double epochYear);
 
 }  // namespace vantrel::observatory

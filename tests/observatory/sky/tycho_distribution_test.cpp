@@ -76,7 +76,7 @@ TEST(TychoDistribution, BecomesACatalogueThatReadsBackTheSame) {
 TEST(TychoDistribution, CodesGapsOfEveryLength) {
     const test::TempFolder folder;
     for (const std::size_t still : {0U, 1U, 253U, 254U, 255U, 256U, 600U}) {
-        std::vector<TychoStar> stars;
+        std::vector<MovingStar> stars;
         for (std::size_t i = 0; i <= still; ++i) stars.push_back({0.3 * static_cast<double>(i), 0, 10, 0, 0});
         stars.back().motionRaMas = 1000;
         writeTychoCatalog(folder / "gaps.bin", stars, 2026);
@@ -100,7 +100,7 @@ TEST(TychoDistribution, RefusesWhatIsNone) {
         EXPECT_NE(std::string(e.what()).find("catalog.dat: line 1"), std::string::npos) << e.what();
     }
     EXPECT_THROW(writeTychoCatalog(folder / "none" / "x.bin", {}, 2026), CatalogError);
-    EXPECT_THROW(writeTychoCatalog(folder / "x.bin", std::vector<TychoStar>(256, TychoStar{1, 1, 9}), 2026),
+    EXPECT_THROW(writeTychoCatalog(folder / "x.bin", std::vector<MovingStar>(256, MovingStar{1, 1, 9}), 2026),
                  CatalogError);
 }
 

@@ -1,0 +1,105 @@
+// Catalogues of zones: files that hold a strip of declination each, as binary records of one length that are
+// sorted by right ascension. USNO-A, USNO-B, UCAC2 and UCAC4 are such.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "observatory/sky/moving_star.h"
+#include "observatory/sky/star_catalog.h"
+
+namespace vantrel::observatory {
+
+class CatalogFile;
+class ConeCollector;
+
+enum class ByteOrder { little, big };
+
+/// The bytes of one star.
+class ZoneRecord {
+  public:
+    ZoneRecord(const unsigned char* bytes, ByteOrder order) : bytes_(bytes), order_(order) {}
+
+    std::uint8_t byte(std::size_t at) const { return bytes_[at]; }
+    std::int16_t int16(std::size_t at) const { return static_cast<std::int16_t>(number(at, 2)); }
+    std::int32_t int32(std::size_t at) const { return static_cast<std::int32_t>(number(at, 4)); }
+
+  private:
+    std::uint32_t number(std::size_t at, std::size_t size) const {
+        std::uint32_t value = 0;
+        for (std::size_t i = 0; i < size; ++i) {
+            const std::size_t high = order_ == ByteOrder::big ? i : size - 1 - i;
+            value = value << 8U | bytes_[at + high];
+        }
+        return value;
+    }
+
+    const unsigned char* bytes_;
+    ByteOrder order_;
+};
+
+/// Right ascension stands in bytes 0 to 3, declination or south polar distance in bytes 4 to 7.
+struct ZoneLayout {
+    std::size_t recordBytes = 0;
+    ByteOrder order = ByteOrder::little;
+    std::int32_t unitsPerDeg = 0;
+    bool countsFromPole = true;  ///< south polar distances, not declinations
+    double zoneHeightDeg = 0;
+    bool moves = true;  ///< has proper motions, from J2000
+    /// Completes a star whose position is filled in already. Nothing when it is to be left out.
+    std::function<std::optional<MovingStar>(const ZoneRecord& record, MovingStar star)> complete;
+};
+
+struct ZoneFile {
+    std::string name;                                                 ///< for messages when it is missing
+    std::optional<std::filesystem::path> stars;                       ///< nothing when it is missing
+    std::optional<std::filesystem::path> accelerator = std::nullopt;  ///< tells the number of stars
+};
+
+class ZoneCatalog : public StarCatalog {
+  public:
+    /// The zones in order from the south pole on; where they end, the catalogue ends.
+    ZoneCatalog(ZoneLayout layout, std::filesystem::path folder, std::vector<ZoneFile> zones);
+
+    /// Throws CatalogError when a zone that the circle touches is missing or damaged.
+    std::vector<CatalogStar> cone(const ConeQuery& query) const override;
+    std::filesystem::path folder() const override { return folder_; }
+
+  private:
+    struct Range {
+        std::int64_t first = 0;  ///< in the catalogue's units, both ends included
+        std::int64_t last = 0;
+        bool holds(std::int64_t value) const { return value >= first && value <= last; }
+    };
+
+    /// What one search reads in one zone.
+    struct Strip {
+        const CatalogFile& file;
+        std::uint64_t records = 0;
+        ByteOrder order = ByteOrder::little;
+        Range allowed;  ///< declinations that can stand in the zone
+        Range wanted;   ///< those of the circle
+    };
+
+    /// What is added to declinations before they are counted in the catalogue's units.
+    double decZero() const { return layout_.countsFromPole ? 90 : 0; }
+    std::vector<Range> raRanges(double raDeg, double reachDeg) const;
+    Range decRange(std::size_t zone) const;
+    void searchZone(std::size_t zone, const ConeQuery& query, double radiusDeg, const std::vector<Range>& ras,
+                    ConeCollector& stars) const;
+    void scan(const Strip& strip, const Range& ras, ConeCollector& stars) const;
+    std::uint64_t recordsIn(const CatalogFile& file, const ZoneFile& zone) const;
+    ByteOrder orderOf(const CatalogFile& file, std::size_t zone) const;
+    std::uint64_t firstNotBefore(const Strip& strip, std::int64_t ra) const;
+
+    ZoneLayout layout_;
+    std::filesystem::path folder_;
+    std::vector<ZoneFile> zones_;
+};
+
+}  // namespace vantrel::observatory
