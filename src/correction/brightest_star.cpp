@@ -44,25 +44,26 @@ class Search {
         const int size = stripeSize(width_ / k_, height_ / k_);
         if (size == 0) throw Ended{Failure::kNoStripes, "Error in modHFR Sub BrightestStar3"};
         const SkyLevel sky(image_, std::max(kSmallestSkyCell, k_));
-        const PixelGrid working = decimatedStarLight(image_, sky, k_);
-        const StarBox box = findBox(working, size, sky.typicalNoise());
-
-        const PixelBox spot = brightestSpot(working, box.pixels, spotSide());
-        const PixelBox region = PixelBox{spot.left * k_, spot.top * k_, spot.right * k_, spot.bottom * k_}
-                                    .grown(kStarReach)
-                                    .clipped(width_, height_);
-        auto seed = brightestSeed(starLight(image_, sky, region));
-        if (!seed) tooWeak();
-        seed->x += region.left;
-        seed->y += region.top;
-        const auto star = measureStar(image_, *seed);
-        if (!star || star->peak < kFaintest * star->noise || atEdge(*star, box)) tooWeak();
-        return *star;
+        PixelGrid working = decimatedStarLight(image_, sky, k_);
+        for (int glows = 0; glows < kMostGlows; ++glows) {
+            const StarBox box = findBox(working, size, sky.typicalNoise());
+            const StarMeasurement star = measured(working, box, sky);
+            if (star.halfFluxDiameter > kWidestStar) {
+                darken(working, star);
+                continue;
+            }
+            if (star.peak < kFaintest * star.noise || atEdge(star, box)) tooWeak();
+            return star;
+        }
+        tooWeak();
     }
 
   private:
     /// What a centre needs to be good to half a pixel: its error is 0.8 of the noise over the peak.
     static constexpr double kFaintest = 7.5;
+    static constexpr double kWidestStar =
+        45;                               // half-flux diameter, far out of focus; wider is a nebula's glow
+    static constexpr int kMostGlows = 4;  // that are passed over before the star
 
     struct StarBox {
         PixelBox pixels;  // of the working image
@@ -101,6 +102,28 @@ class Search {
         const auto across = clipped(columns.window(third.first, third.last, 1), working.width);
         const auto down = clipped(rows.window(second.first, second.last, 1), working.height);
         return {{across.from, down.from, across.to + 1, down.to + 1}, columns, rows};
+    }
+
+    StarMeasurement measured(const PixelGrid& working, const StarBox& box, const SkyLevel& sky) const {
+        const PixelBox spot = brightestSpot(working, box.pixels, spotSide());
+        const PixelBox region = PixelBox{spot.left * k_, spot.top * k_, spot.right * k_, spot.bottom * k_}
+                                    .grown(kStarReach)
+                                    .clipped(width_, height_);
+        auto seed = brightestSeed(starLight(image_, sky, region));
+        if (!seed) tooWeak();
+        seed->x += region.left;
+        seed->y += region.top;
+        const auto star = measureStar(image_, *seed);
+        if (!star) tooWeak();
+        return *star;
+    }
+
+    /// Takes the light within one diameter around its middle out of the working image.
+    void darken(PixelGrid& working, const StarMeasurement& glow) const {
+        for (int y = 0; y < working.height; ++y)
+            for (int x = 0; x < working.width; ++x)
+                if (std::hypot((x + 0.5) * k_ - glow.x, (y + 0.5) * k_ - glow.y) < glow.halfFluxDiameter + k_)
+                    working.at(x, y) = 0;
     }
 
     /// True when the star lies in an outermost stripe, or its light is seen as far as the frame goes.

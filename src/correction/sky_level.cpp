@@ -2,53 +2,71 @@
 
 #include <algorithm>
 #include <cmath>
-#include <type_traits>
 
 #include "platform/errors.h"
 
 namespace vantrel::correction {
 namespace {
 
-constexpr int kSamplesPerSide = 10;
+constexpr int kSamplesPerSide = 8;
 
-struct CellSample {
-    double level = 0, noise = 0;
-};
+using Place = std::vector<double>::iterator;
 
-double takeRanked(std::vector<double>& values, double fraction) {
-    const auto rank = static_cast<std::ptrdiff_t>(fraction * static_cast<double>(values.size() - 1));
-    std::nth_element(values.begin(), values.begin() + rank, values.end());
-    return values[static_cast<std::size_t>(rank)];
+/// Puts the value of this rank (0 the lowest, 1 the highest) where it belongs, with lower ones before it.
+Place ranked(Place first, Place last, double rank) {
+    const Place place = first + static_cast<std::ptrdiff_t>(rank * static_cast<double>(last - first - 1));
+    std::nth_element(first, place, last);
+    return place;
 }
 
-double medianOf(std::vector<double> values) { return takeRanked(values, 0.5); }
+double medianOf(std::vector<double> values) { return *ranked(values.begin(), values.end(), 0.5); }
+
+/// Some pixels of a cell, row after row, evenly spread.
+struct Sample {
+    int columns = 0, rows = 0;
+    std::vector<double> values;
+};
 
 template <typename Pixel>
-std::vector<double> sampleOf(const Pixel* pixels, std::size_t stride, const PixelBox& box) {
-    std::vector<double> sample;
-    sample.reserve(kSamplesPerSide * kSamplesPerSide);
-    const int columns = std::min(kSamplesPerSide, box.width());
-    const int rows = std::min(kSamplesPerSide, box.height());
-    for (int j = 0; j < rows; ++j) {
-        const int y = box.top + (2 * j + 1) * box.height() / (2 * rows);
+Sample sampleOf(const Pixel* pixels, std::size_t stride, const PixelBox& box) {
+    Sample sample = {std::min(kSamplesPerSide, box.width()), std::min(kSamplesPerSide, box.height()), {}};
+    sample.values.reserve(kSamplesPerSide * kSamplesPerSide);
+    for (int j = 0; j < sample.rows; ++j) {
+        const int y = box.top + (2 * j + 1) * box.height() / (2 * sample.rows);
         const Pixel* row = pixels + static_cast<std::size_t>(y) * stride;
-        for (int i = 0; i < columns; ++i) {
-            const auto value = static_cast<double>(row[box.left + (2 * i + 1) * box.width() / (2 * columns)]);
-            if (std::isfinite(value)) sample.push_back(value);
-        }
+        for (int i = 0; i < sample.columns; ++i)
+            sample.values.push_back(
+                static_cast<double>(row[box.left + (2 * i + 1) * box.width() / (2 * sample.columns)]));
     }
     return sample;
 }
 
-template <typename Pixel>
-CellSample measured(const Pixel* pixels, std::size_t stride, const PixelBox& box) {
-    constexpr double kOneSigmaBelow = 0.1587;
-    std::vector<double> sample = sampleOf(pixels, stride, box);
-    if (sample.empty()) throw platform::runTimeError(platform::error_number::kInvalidProcedureCall);
-    const double level = takeRanked(sample, 0.5);
-    const double noise = level - takeRanked(sample, kOneSigmaBelow);
-    // Whole numbers hide noise of less than about half a count.
-    return {level, std::is_integral_v<Pixel> ? std::max(noise, 0.5) : noise};
+/// The finite values, less a plane that rises by these amounts across the cell.
+std::vector<double> flattened(const Sample& sample, double acrossColumns, double acrossRows) {
+    std::vector<double> values;
+    values.reserve(sample.values.size());
+    auto value = sample.values.begin();
+    for (int j = 0; j < sample.rows; ++j)
+        for (int i = 0; i < sample.columns; ++i, ++value)
+            if (std::isfinite(*value))
+                values.push_back(*value - acrossColumns * ((i + 0.5) / sample.columns - 0.5) -
+                                 acrossRows * ((j + 0.5) / sample.rows - 0.5));
+    return values;
+}
+
+/// How much the grid rises from one cell to the next, along its columns or its rows.
+double rise(const PixelGrid& grid, int i, int j, int di, int dj) {
+    const int left = std::max(0, i - di), top = std::max(0, j - dj);
+    const int right = std::min(grid.width - 1, i + di), bottom = std::min(grid.height - 1, j + dj);
+    const int cells = right - left + bottom - top;
+    return cells > 0 ? (grid.at(right, bottom) - grid.at(left, top)) / cells : 0;
+}
+
+/// How far the darker sixth lies below the median: one standard deviation of gaussian noise.
+double spreadOf(std::vector<double> values) {
+    constexpr double kOneSigmaBelow = 2 * 0.1587;  // of the darker half
+    const Place median = ranked(values.begin(), values.end(), 0.5);
+    return *median - *ranked(values.begin(), median + 1, kOneSigmaBelow);
 }
 
 }  // namespace
@@ -58,46 +76,31 @@ SkyLevel::SkyLevel(const platform::ImageArray& image, int cell) {
     const auto height = static_cast<int>(image.height());
     const int columns = std::max(1, width / cell);
     const int rows = std::max(1, height / cell);
-    cellWidth_ = static_cast<double>(width) / columns;
-    cellHeight_ = static_cast<double>(height) / rows;
+    cellsPerColumn_ = static_cast<double>(columns) / width;
+    cellsPerRow_ = static_cast<double>(rows) / height;
     levels_ = PixelGrid(columns, rows);
     noises_ = PixelGrid(columns, rows);
-    std::visit(
-        [&](const auto& pixels) {
-            for (int j = 0; j < rows; ++j)
-                for (int i = 0; i < columns; ++i) {
-                    const PixelBox box = {i * width / columns, j * height / rows, (i + 1) * width / columns,
-                                          (j + 1) * height / rows};
-                    const CellSample sample = measured(pixels.data(), image.width(), box);
-                    levels_.at(i, j) = sample.level;
-                    noises_.at(i, j) = sample.noise;
-                }
-        },
-        image.pixels());
+    std::vector<Sample> samples;
+    samples.reserve(levels_.values.size());
+    for (int j = 0; j < rows; ++j)
+        for (int i = 0; i < columns; ++i) {
+            const PixelBox box = {i * width / columns, j * height / rows, (i + 1) * width / columns,
+                                  (j + 1) * height / rows};
+            samples.push_back(
+                std::visit([&](const auto& pixels) { return sampleOf(pixels.data(), image.width(), box); },
+                           image.pixels()));
+            std::vector<double> values = flattened(samples.back(), 0, 0);
+            if (values.empty()) throw platform::runTimeError(platform::error_number::kInvalidProcedureCall);
+            levels_.at(i, j) = medianOf(std::move(values));
+        }
+    // Whole numbers hide noise of less than about half a count.
+    const double least = std::holds_alternative<std::vector<float>>(image.pixels()) ? 0 : 0.5;
+    for (int j = 0; j < rows; ++j)
+        for (int i = 0; i < columns; ++i)
+            noises_.at(i, j) =
+                std::max(least, spreadOf(flattened(samples[levels_.index(i, j)], rise(levels_, i, j, 1, 0),
+                                                   rise(levels_, i, j, 0, 1))));
     typicalNoise_ = medianOf(noises_.values);
-}
-
-SkyLevel::Place SkyLevel::placeOf(double x, double y) const {
-    const double column = (x + 0.5) / cellWidth_ - 0.5;
-    const double row = (y + 0.5) / cellHeight_ - 0.5;
-    const int i = std::clamp(static_cast<int>(column), 0, std::max(0, levels_.width - 2));
-    const int j = std::clamp(static_cast<int>(row), 0, std::max(0, levels_.height - 2));
-    return {i,          j,      std::min(i + 1, levels_.width - 1), std::min(j + 1, levels_.height - 1),
-            column - i, row - j};
-}
-
-double SkyLevel::level(double x, double y) const { return between(levels_, placeOf(x, y)); }
-
-double SkyLevel::noise(double x, double y) const {
-    Place place = placeOf(x, y);
-    place.u = std::clamp(place.u, 0.0, 1.0);
-    place.v = std::clamp(place.v, 0.0, 1.0);
-    return between(noises_, place);
-}
-
-double SkyLevel::between(const PixelGrid& grid, const Place& p) {
-    return (1 - p.v) * ((1 - p.u) * grid.at(p.left, p.top) + p.u * grid.at(p.right, p.top)) +
-           p.v * ((1 - p.u) * grid.at(p.left, p.bottom) + p.u * grid.at(p.right, p.bottom));
 }
 
 }  // namespace vantrel::correction

@@ -9,29 +9,47 @@
 namespace vantrel::correction {
 
 /// The level and noise of the sky in square cells, from a sample of each cell's pixels: the median, and how
-/// far the darker sixth lies below it (one standard deviation of gaussian noise). Between the cells' centres
-/// the level is interpolated, so gradients and nebulae wider than a cell belong to the sky.
+/// far the darker ones lie below it once the slope towards the neighbouring cells is taken away. Between the
+/// cells' centres the level is interpolated, so gradients and nebulae wider than a cell belong to the sky;
+/// what it misses of narrower ones counts as noise.
 class SkyLevel {
   public:
     /// `cell` in pixels, at least large enough that the stars looked for cover less than half of it. Throws
     /// the run-time failure 5 when the image holds no finite numbers.
     SkyLevel(const platform::ImageArray& image, int cell);
 
-    /// Beyond the outermost cells' centres the slope between the last two goes on.
-    double level(double x, double y) const;
-    double noise(double x, double y) const;
+    struct Sky {
+        double level, noise;
+    };
+    /// Beyond the outermost cells' centres the slope of the level between the last two goes on.
+    Sky at(double x, double y) const {
+        const Between column = between((x + 0.5) * cellsPerColumn_ - 0.5, levels_.width);
+        const Between row = between((y + 0.5) * cellsPerRow_ - 0.5, levels_.height);
+        return {interpolated(levels_, column, row, column.share, row.share),
+                interpolated(noises_, column, row, std::clamp(column.share, 0.0, 1.0),
+                             std::clamp(row.share, 0.0, 1.0))};
+    }
     /// Of the whole image.
     double typicalNoise() const { return typicalNoise_; }
 
   private:
-    struct Place {
-        int left, top, right, bottom;  // cells
-        double u, v;                   // from left to right, from top to bottom: 0 to 1 between their centres
+    /// Two neighbouring cells, and how far it is from the first one's centre to the second one's.
+    struct Between {
+        int first, second;
+        double share;
     };
-    Place placeOf(double x, double y) const;
-    static double between(const PixelGrid& grid, const Place& place);
+    static Between between(double cells, int count) {
+        const int first = std::clamp(static_cast<int>(cells), 0, std::max(0, count - 2));
+        return {first, std::min(first + 1, count - 1), cells - first};
+    }
+    static double interpolated(const PixelGrid& grid, const Between& column, const Between& row, double u,
+                               double v) {
+        return (1 - v) *
+                   ((1 - u) * grid.at(column.first, row.first) + u * grid.at(column.second, row.first)) +
+               v * ((1 - u) * grid.at(column.first, row.second) + u * grid.at(column.second, row.second));
+    }
 
-    double cellWidth_ = 1, cellHeight_ = 1;
+    double cellsPerColumn_ = 1, cellsPerRow_ = 1;
     PixelGrid levels_, noises_;
     double typicalNoise_ = 0;
 };

@@ -19,8 +19,7 @@ class StarLight {
           sky_(sky) {}
 
     double of(int x, int y) const {
-        const double level = sky_.level(x, y);
-        const double noise = sky_.noise(x, y);
+        const auto [level, noise] = sky_.at(x, y);
         const double height = value(x, y) - level - kStandsOut * noise;
         if (!(height > 0)) return 0;
         const double support = secondNeighbour(x, y) - level - kNeighbourCounts * noise;
@@ -56,8 +55,10 @@ class StarLight {
     double lowestThreshold(const PixelBox& box) const {
         double lowest = std::numeric_limits<double>::max();
         for (const int y : {box.top, box.bottom - 1})
-            for (const int x : {box.left, box.right - 1})
-                lowest = std::min(lowest, sky_.level(x, y) + kStandsOut * sky_.noise(x, y));
+            for (const int x : {box.left, box.right - 1}) {
+                const auto [level, noise] = sky_.at(x, y);
+                lowest = std::min(lowest, level + kStandsOut * noise);
+            }
         return lowest;
     }
 

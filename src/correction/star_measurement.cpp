@@ -48,40 +48,66 @@ double medianOf(std::vector<double> values) {
     return *middle;
 }
 
-struct Plane {
+/// The sky around a star: a plane, bent where a nebula's glow bends.
+struct Sky {
     double level = 0, perColumn = 0, perRow = 0;  // at the star, and its slopes
+    double bend = 0;                              // per square pixel of distance from the star
     double noise = 0;
+
+    double at(double dx, double dy) const {
+        return level + perColumn * dx + perRow * dy + bend * (square(dx) + square(dy));
+    }
 };
 
 struct RingPixel {
     double dx, dy, value;
 };
 
-double residual(const RingPixel& pixel, const Plane& plane) {
-    return pixel.value - plane.level - plane.perColumn * pixel.dx - plane.perRow * pixel.dy;
-}
-
-/// Least squares.
-Plane fitted(const std::vector<RingPixel>& pixels) {
+/// The plane through values of the pixels, by least squares.
+template <typename Value>
+Sky planeThrough(const std::vector<RingPixel>& pixels, Value&& value) {
     engine::Matrix sums{};
     engine::Row right{};
     for (const RingPixel& pixel : pixels) {
         const engine::Row terms = {1, pixel.dx, pixel.dy};
         for (std::size_t i = 0; i < terms.size(); ++i) {
-            right[i] += terms[i] * pixel.value;
+            right[i] += terms[i] * value(pixel);
             for (std::size_t j = 0; j < terms.size(); ++j) sums[i][j] += terms[i] * terms[j];
         }
     }
     const auto [level, perColumn, perRow] = engine::Solve3Equations(sums, right);
-    Plane plane = {level, perColumn, perRow, 0};
+    Sky plane = {level, perColumn, perRow, 0, 0};
     double squares = 0;
-    for (const RingPixel& pixel : pixels) squares += square(residual(pixel, plane));
+    for (const RingPixel& pixel : pixels) squares += square(value(pixel) - plane.at(pixel.dx, pixel.dy));
     plane.noise = std::sqrt(squares / static_cast<double>(pixels.size()));
     return plane;
 }
 
+/// Least squares; bent only where the pixels show it beyond doubt, as a bend costs certainty of the level.
+Sky fitted(const std::vector<RingPixel>& pixels) {
+    constexpr double kBeyondDoubt = 5;
+    Sky sky = planeThrough(pixels, [](const RingPixel& pixel) { return pixel.value; });
+    // What of the squared distance is no plane has its own say in what the plane left over.
+    const auto distance = [](const RingPixel& pixel) { return square(pixel.dx) + square(pixel.dy); };
+    const Sky plane = planeThrough(pixels, distance);
+    double product = 0, squares = 0;
+    for (const RingPixel& pixel : pixels) {
+        const double bowl = distance(pixel) - plane.at(pixel.dx, pixel.dy);
+        product += bowl * (pixel.value - sky.at(pixel.dx, pixel.dy));
+        squares += square(bowl);
+    }
+    if (!(std::abs(product) > kBeyondDoubt * sky.noise * std::sqrt(squares))) return sky;
+    sky.bend = product / squares;
+    const double explained = product * sky.bend / static_cast<double>(pixels.size());
+    sky.noise = std::sqrt(std::max(0.0, square(sky.noise) - explained));
+    sky.level -= sky.bend * plane.level;
+    sky.perColumn -= sky.bend * plane.perColumn;
+    sky.perRow -= sky.bend * plane.perRow;
+    return sky;
+}
+
 /// The sky under the star as the ring around it shows it, other stars and wrong pixels left out.
-Plane skyAround(const PixelGrid& pixels, double centreX, double centreY, double inner, double outer) {
+Sky skyAround(const PixelGrid& pixels, double centreX, double centreY, double inner, double outer) {
     constexpr int kRounds = 5;
     constexpr double kOutlier = 3;
     constexpr double kNoiseOverDeviation = 1.4826;  // of gaussian noise: to the median absolute deviation
@@ -96,23 +122,23 @@ Plane skyAround(const PixelGrid& pixels, double centreX, double centreY, double 
     if (ring.size() < kFewestPixels) return {};
     std::vector<double> values;
     for (const RingPixel& pixel : ring) values.push_back(pixel.value);
-    Plane plane = {medianOf(values), 0, 0, 0};
-    for (double& value : values) value = std::abs(value - plane.level);
-    plane.noise = kNoiseOverDeviation * medianOf(values);
+    Sky sky = {medianOf(values), 0, 0, 0, 0};
+    for (double& value : values) value = std::abs(value - sky.level);
+    sky.noise = kNoiseOverDeviation * medianOf(values);
     for (int round = 0; round < kRounds; ++round) {
         std::vector<RingPixel> kept;
         for (const RingPixel& pixel : ring)
-            if (std::abs(residual(pixel, plane)) <= kOutlier * plane.noise) kept.push_back(pixel);
+            if (std::abs(pixel.value - sky.at(pixel.dx, pixel.dy)) <= kOutlier * sky.noise)
+                kept.push_back(pixel);
         if (kept.size() < kFewestPixels) break;
-        plane = fitted(kept);
+        sky = fitted(kept);
     }
-    return plane;
+    return sky;
 }
 
-void subtract(PixelGrid& pixels, const Plane& plane, double centreX, double centreY) {
+void subtract(PixelGrid& pixels, const Sky& sky, double centreX, double centreY) {
     for (int y = 0; y < pixels.height; ++y)
-        for (int x = 0; x < pixels.width; ++x)
-            pixels.at(x, y) -= plane.level + plane.perColumn * (x - centreX) + plane.perRow * (y - centreY);
+        for (int x = 0; x < pixels.width; ++x) pixels.at(x, y) -= sky.at(x - centreX, y - centreY);
 }
 
 /// Second largest of the four direct neighbours.
@@ -297,7 +323,7 @@ std::optional<StarMeasurement> measureStar(const platform::ImageArray& image, co
     Piece piece = cutOut(image, seed, outer);
     const double x = seed.x - piece.box.left;
     const double y = seed.y - piece.box.top;
-    const Plane sky = skyAround(piece.pixels, x, y, inner, outer);
+    const Sky sky = skyAround(piece.pixels, x, y, inner, outer);
     subtract(piece.pixels, sky, x, y);
 
     // First with what any star may have, then with what this one can.

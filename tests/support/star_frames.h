@@ -37,15 +37,26 @@ struct FrameRecipe {
 
 class FramePainter {
   public:
-    explicit FramePainter(std::uint64_t seed) : random_(seed) {}
+    explicit FramePainter(std::uint64_t seed) : random_(seed), deviates_(1 << 20) {
+        std::normal_distribution<float> normal;
+        for (float& deviate : deviates_) deviate = normal(random_);
+    }
+
+    /// What comes next depends on this number alone.
+    void startAt(std::uint64_t seed) { random_.seed(seed); }
 
     platform::ImageArray paint(const FrameRecipe& recipe) {
         std::vector<float> light = skyOf(recipe);
         for (const FrameStar& star : recipe.stars) addStar(light, recipe, star);
         std::vector<std::uint16_t> counts(light.size());
         const auto readVariance = static_cast<float>(recipe.readNoise * recipe.readNoise);
-        for (std::size_t i = 0; i < light.size(); ++i)
-            counts[i] = asCount(light[i] + std::sqrt(light[i] + readVariance) * normal_(random_));
+        const auto columns = static_cast<std::size_t>(recipe.width);
+        for (std::size_t row = 0; row < counts.size(); row += columns) {
+            const float* noise = deviates_.data() + random_() % (deviates_.size() - columns);
+            for (std::size_t i = 0; i < columns; ++i)
+                counts[row + i] =
+                    asCount(light[row + i] + std::sqrt(light[row + i] + readVariance) * noise[i]);
+        }
         const auto wrong = static_cast<long>(recipe.wrongPixels * static_cast<double>(counts.size()));
         for (long i = 0; i < wrong; ++i)
             counts[random_() % counts.size()] = static_cast<std::uint16_t>(3000 + random_() % 62'000);
@@ -57,7 +68,7 @@ class FramePainter {
 
   private:
     static std::uint16_t asCount(float value) {
-        return static_cast<std::uint16_t>(std::clamp(std::lround(value), 0L, 65535L));
+        return static_cast<std::uint16_t>(std::clamp(value + 0.5F, 0.0F, 65535.0F));
     }
 
     static std::vector<float> skyOf(const FrameRecipe& recipe) {
@@ -106,7 +117,8 @@ class FramePainter {
     }
 
     std::mt19937_64 random_;
-    std::normal_distribution<float> normal_;
+    std::vector<float>
+        deviates_;  // of gaussian noise; each row of a frame takes a run of them from a random place
 };
 
 /// The half-flux diameter of the star's light as far as the frame can hold it: the star's width, unless it is
