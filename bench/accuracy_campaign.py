@@ -13,9 +13,11 @@ import os
 import random
 import re
 import statistics
+import sys
 import tempfile
 
-from operator_session import Operator, OperatorError
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tools"))
+from operator_session import Operator, OperatorError  # noqa: E402
 
 SIMULATOR = "AxisSimulator.Telescope"
 HOURS = 15.0

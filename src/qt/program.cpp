@@ -1,6 +1,9 @@
 #include "qt/program.h"
 
+#include <QAction>
 #include <QGuiApplication>
+#include <QMenu>
+#include <QMenuBar>
 #include <QScreen>
 #include <algorithm>
 #include <stdexcept>
@@ -14,20 +17,6 @@ namespace {
 platform::Rectangle workArea() {
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
     return {area.left(), area.top(), area.width(), area.height()};
-}
-
-observatory::ObservatorySeams seams(platform::Dialogs& dialogs, platform::DesktopWindows& desktop) {
-    observatory::ObservatorySeams seams;
-    seams.chooser = [&dialogs](const std::string& title,
-                               const std::vector<observatory::DriverChoice>& drivers,
-                               const std::string& current) {
-        std::vector<platform::Dialogs::Choice> choices;
-        choices.reserve(drivers.size());
-        for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
-        return dialogs.choose(title, choices, current);
-    };
-    seams.desktop = &desktop;
-    return seams;
 }
 
 /// The simulator's mount stands as one does that was set up by eye. Arc-minutes.
@@ -45,9 +34,12 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       settings_(user.settings),
       desktop_(user.folders, user.userProfile),
       screen_(workArea()),
-      observatory_(front.loop, user.folders, seed, seams(dialogs, otherPrograms_)),
+      observatory_(front.loop, user.folders, seed, seams(dialogs)),
       application_(
-          {front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_}) {
+          {front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_}),
+      chance_(seed),
+      simulatorForm_(screen_),
+      simulatorPanel_(front.loop, classes_, chance_, simulatorForm_) {
     observatory_.install(classes_);
     standAskew(classes_);
     // Settings that can't be read or stored are the application's to report.
@@ -58,7 +50,35 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
     });
 }
 
-void Program::openWindows() { windows_ = windowsFor(screen_, front_); }
+observatory::ObservatorySeams Program::seams(platform::Dialogs& dialogs) {
+    observatory::ObservatorySeams seams;
+    seams.chooser = [&dialogs](const std::string& title,
+                               const std::vector<observatory::DriverChoice>& drivers,
+                               const std::string& current) {
+        std::vector<platform::Dialogs::Choice> choices;
+        choices.reserve(drivers.size());
+        for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
+        return dialogs.choose(title, choices, current);
+    };
+    seams.desktop = &otherPrograms_;
+    seams.setup = [this](const std::string& progId) {
+        if (progId == "AxisSimulator.Telescope") simulatorForm_.show();
+    };
+    return seams;
+}
+
+void Program::openWindows() {
+    windows_ = windowsFor(screen_, front_);
+    addSimulatorMenu();
+}
+
+/// The form of the main window doesn't know the simulator, so that this entry is the front's own.
+void Program::addSimulatorMenu() {
+    QMenu* const menu = window("frmMain").findChild<QMenuBar*>()->addMenu("Simulator");
+    QAction* const open = menu->addAction("Mount and Camera...");
+    QObject::connect(open, &QAction::triggered, &window("frmMain"),
+                     [this] { front_.loop.post([this] { simulatorForm_.show(); }); });
+}
 
 FormWindow& Program::window(const std::string& formName) const {
     const auto found = std::find_if(windows_.begin(), windows_.end(),

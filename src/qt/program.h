@@ -6,6 +6,7 @@
 
 #include "app/application.h"
 #include "observatory/observatory.h"
+#include "observatory/panel/simulator_panel.h"
 #include "platform/class_registry.h"
 #include "platform/desktop_windows.h"
 #include "platform/user_machine.h"
@@ -31,6 +32,9 @@ class Program {
     FormWindow& window(const std::string& formName) const;
 
   private:
+    observatory::ObservatorySeams seams(platform::Dialogs& dialogs);
+    void addSimulatorMenu();
+
     Front front_;
     WatchedSettings settings_;
     QtDesktop desktop_;
@@ -39,6 +43,9 @@ class Program {
     observatory::Observatory observatory_;
     platform::ClassRegistry classes_;
     app::Application application_;
+    observatory::NoiseSource chance_;
+    observatory::frmSimulator simulatorForm_;
+    observatory::SimulatorPanel simulatorPanel_;
     platform::Subscription look_;
     std::vector<std::unique_ptr<FormWindow>> windows_;
 };

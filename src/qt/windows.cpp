@@ -1,5 +1,7 @@
 #include "qt/windows.h"
 
+#include "qt/simulator_window.h"
+
 namespace vantrel::qt {
 namespace {
 
@@ -11,6 +13,7 @@ std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) 
     if (form.name() == "frmPixelScale") return std::make_unique<PixelScaleWindow>(form, front);
     if (form.name() == "frmAbout") return std::make_unique<AboutWindow>(form, front);
     if (form.name() == "frmPopupMsg") return std::make_unique<PopupWindow>(form, front);
+    if (form.name() == "frmSimulator") return std::make_unique<SimulatorWindow>(form, front);
     return std::make_unique<PlainWindow>(form, front);
 }
 

@@ -1,0 +1,58 @@
+#include "observatory/panel/frm_simulator.h"
+
+namespace vantrel::observatory {
+
+frmSimulator::Adjuster::Adjuster(Form& form, const std::string& name)
+    : turns{platform::Button(form, name + "(0)", "10'"),  platform::Button(form, name + "(1)", "1'"),
+            platform::Button(form, name + "(2)", "0.1'"), platform::Button(form, name + "(3)", "0.1'"),
+            platform::Button(form, name + "(4)", "1'"),   platform::Button(form, name + "(5)", "10'")} {}
+
+frmSimulator::frmSimulator(platform::Screen& screen)
+    : Form(screen, "frmSimulator", "Polar Axis Simulator", {60, 60, 560, 620}),
+      txtAzimuthError(*this, "txtAzimuthError"),
+      txtElevationError(*this, "txtElevationError"),
+      azimuth(*this, "cmdAzimuth"),
+      elevation(*this, "cmdElevation"),
+      chkShowError(*this, "chkShowError", "Show the error"),
+      cmdAskew(*this, "cmdAskew", "Set It Askew"),
+      txtRA(*this, "txtRA"),
+      txtDec(*this, "txtDec"),
+      txtHourAngle(*this, "txtHourAngle"),
+      txtAltitude(*this, "txtAltitude"),
+      lblState(*this, "lblState", ""),
+      cmdNorth(*this, "cmdNorth", "N"),
+      cmdSouth(*this, "cmdSouth", "S"),
+      cmdEast(*this, "cmdEast", "E"),
+      cmdWest(*this, "cmdWest", "W"),
+      cmdHalt(*this, "cmdHalt", "Halt"),
+      cmbRate(*this, "cmbRate"),
+      chkTracking(*this, "chkTracking", "Tracking"),
+      cmbStar(*this, "cmbStar"),
+      lblStarHint(*this, "lblStarHint", ""),
+      cmdGoToStar(*this, "cmdGoToStar", "Go To"),
+      cmdCenterStar(*this, "cmdCenterStar", "Center"),
+      cmdSync(*this, "cmdSync", "Sync"),
+      txtLatitude(*this, "txtLatitude"),
+      txtLongitude(*this, "txtLongitude"),
+      txtFocalLength(*this, "txtFocalLength"),
+      txtPixelSize(*this, "txtPixelSize"),
+      txtWidth(*this, "txtWidth"),
+      txtHeight(*this, "txtHeight"),
+      txtRotation(*this, "txtRotation"),
+      txtExposure(*this, "txtExposure"),
+      txtSeeing(*this, "txtSeeing"),
+      txtSkyLevel(*this, "txtSkyLevel"),
+      txtLimitingMagnitude(*this, "txtLimitingMagnitude"),
+      txtHotPixels(*this, "txtHotPixels"),
+      txtPointingNoise(*this, "txtPointingNoise"),
+      chkMirrored(*this, "chkMirrored", "Mirrored"),
+      chkRefraction(*this, "chkRefraction", "Refraction"),
+      lblField(*this, "lblField", ""),
+      lblStatus(*this, "lblStatus", "") {
+    for (platform::TextBox* readout : {&txtRA, &txtDec, &txtHourAngle, &txtAltitude})
+        readout->setReadOnly(true);
+    chkShowError.setValue(1);
+    cmdAskew.setToolTip("Somewhere within two degrees, without telling where");
+}
+
+}  // namespace vantrel::observatory

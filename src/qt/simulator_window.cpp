@@ -1,0 +1,212 @@
+#include "qt/simulator_window.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QShortcut>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include "qt/parts.h"
+
+namespace vantrel::qt {
+namespace {
+
+QString numbered(const char* name, int index) { return QString("%1(%2)").arg(name).arg(index); }
+
+/// One adjuster: turns one way, where the axis stands, turns the other way.
+void addAdjuster(QGridLayout& grid, const QString& title, const char* turns, const char* error,
+                 const QString& there, const QString& back) {
+    constexpr int kTurns = 6;
+    const int row = grid.rowCount();
+    int column = 0;
+    grid.addWidget(new QLabel(title), row, column++);
+    grid.addWidget(new QLabel(there), row, column++, Qt::AlignRight | Qt::AlignVCenter);
+    for (int turn = 0; turn < kTurns; ++turn) {
+        if (turn == kTurns / 2) {
+            auto* const field = qt::field(error, 7);
+            keepRoom(*field);
+            grid.addWidget(field, row, column++);
+            grid.addWidget(new QLabel("'"), row, column++);
+        }
+        QPushButton* const button = qt::button(qPrintable(numbered(turns, turn)));
+        button->setMinimumWidth(button->fontMetrics().horizontalAdvance("0.1'") + 22);
+        button->setAutoRepeat(true);
+        grid.addWidget(button, row, column++);
+    }
+    grid.addWidget(new QLabel(back), row, column);
+}
+
+QLabel* hint(const QString& text) {
+    auto* const label = new QLabel(text);
+    label->setWordWrap(true);
+    return label;
+}
+
+QGroupBox* axisGroup() {
+    auto* const grid = new QGridLayout;
+    grid->setSpacing(6);
+    addAdjuster(*grid, "Azimuth", "cmdAzimuth", "txtAzimuthError", "West", "East");
+    addAdjuster(*grid, "Elevation", "cmdElevation", "txtElevationError", "Down", "Up");
+    auto* const column = new QVBoxLayout;
+    column->addLayout(grid);
+    column->addLayout(row({named<QCheckBox>("chkShowError"), button("cmdAskew")}, true));
+    column->addWidget(hint("Keys: ← → turn azimuth, ↑ ↓ elevation, by 1'; with Shift 10', with Ctrl 0.1'."));
+    return group("Polar axis and its adjusters", column);
+}
+
+QGridLayout* compass() {
+    auto* const grid = new QGridLayout;
+    grid->setSpacing(6);
+    const struct {
+        const char* name;
+        int row, column;
+    } places[] = {
+        {"cmdNorth", 0, 1}, {"cmdWest", 1, 2}, {"cmdHalt", 1, 1}, {"cmdEast", 1, 0}, {"cmdSouth", 2, 1}};
+    for (const auto& place : places) {
+        QPushButton* const button = qt::button(place.name);
+        const int side = button->fontMetrics().height() * 3;
+        button->setMinimumSize(side, side);
+        button->setAutoRepeat(true);
+        grid->addWidget(button, place.row, place.column);
+    }
+    return grid;
+}
+
+QGridLayout* positions() {
+    auto* const grid = new QGridLayout;
+    grid->setHorizontalSpacing(8);
+    grid->setVerticalSpacing(6);
+    const struct {
+        const char* title;
+        const char* name;
+    } readouts[] = {
+        {"RA", "txtRA"}, {"Dec", "txtDec"}, {"Hour angle", "txtHourAngle"}, {"Altitude", "txtAltitude"}};
+    for (const auto& readout : readouts) {
+        const int row = grid->rowCount();
+        grid->addWidget(new QLabel(readout.title), row, 0);
+        grid->addWidget(named<Readout>(readout.name, 10), row, 1);
+    }
+    return grid;
+}
+
+QGroupBox* mountGroup() {
+    auto* const pace = new QVBoxLayout;
+    auto* const state = named<QLabel>("lblState");
+    scaleFont(*state, 1.1, true);
+    state->setMinimumWidth(state->fontMetrics().horizontalAdvance("Standing still") + 4);
+    pace->addWidget(state);
+    pace->addWidget(listField("cmbRate", 11));
+    pace->addWidget(named<QCheckBox>("chkTracking"));
+    pace->addWidget(new QLabel("Keys: N, S, E, W"));
+    pace->addStretch();
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(16);
+    row->addLayout(compass());
+    row->addLayout(pace);
+    row->addStretch();
+    row->addLayout(positions());
+    return group("Hand controller", row);
+}
+
+QGroupBox* starGroup() {
+    auto* const column = new QVBoxLayout;
+    auto* const list = listField("cmbStar", 40);
+    list->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    list->setMaxVisibleItems(14);
+    column->addWidget(list);
+    column->addLayout(row({button("cmdGoToStar"), button("cmdCenterStar"), button("cmdSync")}));
+    auto* const advice = named<QLabel>("lblStarHint");
+    advice->setWordWrap(true);
+    advice->setMinimumHeight(advice->fontMetrics().lineSpacing() * 2 + 2);
+    column->addWidget(advice);
+    return group("Bright star", column);
+}
+
+QWidget* page(std::initializer_list<QGroupBox*> groups) {
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->setSpacing(10);
+    for (QGroupBox* box : groups) column->addWidget(box);
+    column->addStretch();
+    return page;
+}
+
+QGroupBox* cameraGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Focal length", field("txtFocalLength", 8), "mm");
+    grid->addField("Pixel size", field("txtPixelSize", 8), "µm");
+    grid->addField("Width", field("txtWidth", 8), "pixels");
+    grid->addField("Height", field("txtHeight", 8), "pixels");
+    grid->addField("Rotation", field("txtRotation", 8), "°");
+    grid->addField("Exposure", field("txtExposure", 8), "s");
+    grid->addRow(row({named<QCheckBox>("chkMirrored")}, true));
+    auto* const size = named<QLabel>("lblField");
+    size->setMinimumWidth(size->fontMetrics().horizontalAdvance("00.00\" a pixel, 00.00° by 00.00°") + 4);
+    grid->addRow(size);
+    return group("Camera", grid);
+}
+
+QGroupBox* skyGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Seeing", field("txtSeeing", 8), "arc-seconds");
+    grid->addField("Sky", field("txtSkyLevel", 8), "electrons per second and pixel");
+    grid->addField("Faintest star", field("txtLimitingMagnitude", 8), "mag");
+    grid->addField("Hot pixels", field("txtHotPixels", 8), "or, below 1, their share");
+    grid->addField("Pointing noise", field("txtPointingNoise", 8), "arc-seconds");
+    grid->addRow(row({named<QCheckBox>("chkRefraction")}, true));
+    return group("Sky and mount", grid);
+}
+
+QGroupBox* siteGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField("Latitude", field("txtLatitude", 8), "° north");
+    grid->addField("Longitude", field("txtLongitude", 8), "° east");
+    return group("Site", grid);
+}
+
+}  // namespace
+
+SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 6, 6, 6);
+    auto* const tabs = new QTabWidget;
+    tabs->setDocumentMode(true);
+    tabs->addTab(page({axisGroup(), mountGroup(), starGroup()}), "Mount");
+    tabs->addTab(page({cameraGroup(), skyGroup(), siteGroup()}), "Camera and sky");
+    layout->addWidget(tabs);
+    auto* const status = named<QLabel>("lblStatus");
+    status->setWordWrap(true);
+    status->setContentsMargins(8, 0, 8, 4);
+    status->setMinimumHeight(status->fontMetrics().lineSpacing() + 8);
+    layout->addWidget(status);
+    bind();
+    addKeys();
+}
+
+void SimulatorWindow::addKeys() {
+    const auto key = [this](const QKeySequence& sequence, const QString& name) {
+        auto* const button = findChild<QPushButton*>(name);
+        auto* const shortcut = new QShortcut(sequence, this);
+        connect(shortcut, &QShortcut::activated, button, &QPushButton::click);
+    };
+    const struct {
+        Qt::Key key;
+        const char* turns;
+        int coarse, fine, finest;
+    } arrows[] = {{Qt::Key_Left, "cmdAzimuth", 0, 1, 2},
+                  {Qt::Key_Right, "cmdAzimuth", 5, 4, 3},
+                  {Qt::Key_Down, "cmdElevation", 0, 1, 2},
+                  {Qt::Key_Up, "cmdElevation", 5, 4, 3}};
+    for (const auto& arrow : arrows) {
+        key(QKeySequence(arrow.key), numbered(arrow.turns, arrow.fine));
+        key(QKeySequence(Qt::SHIFT | arrow.key), numbered(arrow.turns, arrow.coarse));
+        key(QKeySequence(Qt::CTRL | arrow.key), numbered(arrow.turns, arrow.finest));
+    }
+    key(QKeySequence(Qt::Key_N), "cmdNorth");
+    key(QKeySequence(Qt::Key_S), "cmdSouth");
+    key(QKeySequence(Qt::Key_E), "cmdEast");
+    key(QKeySequence(Qt::Key_W), "cmdWest");
+}
+
+}  // namespace vantrel::qt
