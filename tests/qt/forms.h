@@ -15,6 +15,7 @@
 #include "correction/frm_polar_plot.h"
 #include "devices/frm_select_cc_software.h"
 #include "devices/frm_telescope.h"
+#include "observatory/panel/frm_simulator.h"
 #include "platesolve/frm_pixel_scale.h"
 #include "platform/queued_event_loop.h"
 #include "qt/unattended_run.h"
@@ -34,6 +35,7 @@ struct Forms {
     devices::frmSelectCCSoftware imagingSoftware{screen};
     platesolve::frmPixelScale pixelScale{screen};
     app::frmAbout about{screen};
+    observatory::frmSimulator simulator{screen};
 
     platform::MemorySettings stored;
     std::ostringstream boxes;

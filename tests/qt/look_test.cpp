@@ -48,6 +48,14 @@ void fill(Forms& forms) {
         box->setText("-1234.56");
     for (platform::Label* unit : {&plot.lblRA_Unit, &plot.lblElevation_Unit, &plot.lblAzimuth_Unit})
         unit->setCaption("arc-min");
+    auto& mount = forms.simulator;
+    for (platform::TextBox* box : {&mount.txtAzimuthError, &mount.txtElevationError}) box->setText("-120.00");
+    for (platform::TextBox* box : {&mount.txtRA, &mount.txtHourAngle, &mount.txtAltitude})
+        box->setText("23h 59m E");
+    mount.lblState.setCaption("Standing still");
+    mount.cmbStar.setText("Kaus Australis, -34°, 5h 50m east - to sync on");
+    mount.lblField.setCaption("10.00\" a pixel, 10.39° by 10.04°");
+    mount.lblStatus.setCaption("The mount can't slew to coordinates while it isn't tracking");
     plot.lblRightOfPole.setCaption(" Right of pole");
     forms.popup.txtMsg.setText("\r\n Connecting to Camera \r\n\r\n Please wait \r\n");
     platform::Drawing dial;

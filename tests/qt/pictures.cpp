@@ -67,7 +67,14 @@ void takePictures(const QString& folder, bool byNight) {
          }},
         {[&] { return night.isLit("lblFrame2") && night.isLit("lblExpose"); },
          [&] { pictures.take("frmMain", "run"); }},
-        {[&] { return night.enabled("cmdNext"); }, [&] { night.click("cmdPolarPlot"); }},
+        {[&] { return night.enabled("cmdNext"); },
+         [&] { night.program.screen().find("frmSimulator")->show(); }},
+        {[&] { return shown("frmSimulator"); },
+         [&] {
+             pictures.take("frmSimulator", "simulator");
+             pictures.take("frmSimulator", "simulator-camera", 1);
+             night.click("cmdPolarPlot");
+         }},
         {[&] { return shown("frmPolarPlot"); },
          [&] {
              pictures.take("frmMain", "measured");
