@@ -134,10 +134,11 @@ class Picture:
         for x in (left, right):
             self.erase_line((x, top), (x, bottom))
 
-    def brightest_star(self):
+    def sky(self):
+        return statistics.median(value for line in self.rows[::23] for value in line[::29])
+
+    def brightest_star(self, sky):
         """Column, row and light of the star that gives most."""
-        sample = [v for line in self.rows[::23] for v in line[::29]]
-        sky = statistics.median(sample)
         peak = max(max(line) for line in self.rows)
         least = sky + 0.4 * (peak - sky)
         found = []
@@ -315,7 +316,7 @@ class Robot:
         picture = self.picture()
         self.size = picture.width, picture.height
         picture.erase_rectangle()
-        return picture.brightest_star()
+        return picture.brightest_star(picture.sky())
 
     def star_and_cross(self, line_from):
         """Where the star is (None while it isn't on the picture) and where it must go."""
@@ -325,7 +326,11 @@ class Robot:
             raise RobotError("there is no cross hair")
         picture.erase_cross_hair(*cross)
         picture.erase_line(line_from, cross)
-        x, y, light = picture.brightest_star()
+        sky = picture.sky()
+        x, y, light = picture.brightest_star(sky)
+        if light < 0.4 * self.light:  # out of view, or hidden by the cross hair
+            x, y, light = picture.star_at(*cross, sky)
+            light *= 5
         return ((x, y) if light > 0.4 * self.light else None), cross
 
     def centre(self, adjuster, reported):
@@ -342,7 +347,7 @@ class Robot:
             star, cross = self.star_and_cross(line_from)
         if star is None:
             raise RobotError("the star doesn't come into view")
-        before, step = star, 2.0
+        before, step = star, math.copysign(2, blindly)
         for _ in range(12):
             self.operator.call(SIMULATOR, ADJUSTERS[adjuster], step)
             turns += step

@@ -30,11 +30,13 @@ void addAdjuster(QGridLayout& grid, const QString& title, const char* turns, con
             grid.addWidget(new QLabel("'"), row, column++);
         }
         QPushButton* const button = qt::button(qPrintable(numbered(turns, turn)));
-        button->setMinimumWidth(button->fontMetrics().horizontalAdvance("0.1'") + 22);
+        const int height = button->fontMetrics().height();
+        button->setMinimumSize(button->fontMetrics().horizontalAdvance("0.1'") + 26, height * 2 + 14);
         button->setAutoRepeat(true);
         grid.addWidget(button, row, column++);
     }
     grid.addWidget(new QLabel(back), row, column);
+    grid.setColumnStretch(column, 1);
 }
 
 QLabel* hint(const QString& text) {
@@ -66,7 +68,7 @@ QGridLayout* compass() {
     for (const auto& place : places) {
         QPushButton* const button = qt::button(place.name);
         const int side = button->fontMetrics().height() * 3;
-        button->setMinimumSize(side, side);
+        button->setFixedSize(side + 12, side);
         button->setAutoRepeat(true);
         grid->addWidget(button, place.row, place.column);
     }
@@ -123,12 +125,17 @@ QGroupBox* starGroup() {
     return group("Bright star", column);
 }
 
-QWidget* page(std::initializer_list<QGroupBox*> groups) {
-    auto* const page = new QWidget;
-    auto* const column = new QVBoxLayout(page);
+QVBoxLayout* columnOf(std::initializer_list<QGroupBox*> groups) {
+    auto* const column = new QVBoxLayout;
     column->setSpacing(10);
     for (QGroupBox* box : groups) column->addWidget(box);
     column->addStretch();
+    return column;
+}
+
+QWidget* mountPage() {
+    auto* const page = new QWidget;
+    page->setLayout(columnOf({axisGroup(), mountGroup(), starGroup()}));
     return page;
 }
 
@@ -150,9 +157,9 @@ QGroupBox* cameraGroup() {
 QGroupBox* skyGroup() {
     auto* const grid = new FieldGrid;
     grid->addField("Seeing", field("txtSeeing", 8), "arc-seconds");
-    grid->addField("Sky", field("txtSkyLevel", 8), "electrons per second and pixel");
+    grid->addField("Sky", field("txtSkyLevel", 8), "e- per s and pixel");
     grid->addField("Faintest star", field("txtLimitingMagnitude", 8), "mag");
-    grid->addField("Hot pixels", field("txtHotPixels", 8), "or, below 1, their share");
+    grid->addField("Hot pixels", field("txtHotPixels", 8), "or share");
     grid->addField("Pointing noise", field("txtPointingNoise", 8), "arc-seconds");
     grid->addRow(row({named<QCheckBox>("chkRefraction")}, true));
     return group("Sky and mount", grid);
@@ -165,6 +172,15 @@ QGroupBox* siteGroup() {
     return group("Site", grid);
 }
 
+QWidget* cameraPage() {
+    auto* const page = new QWidget;
+    auto* const columns = new QHBoxLayout(page);
+    columns->setSpacing(10);
+    columns->addLayout(columnOf({cameraGroup()}), 1);
+    columns->addLayout(columnOf({skyGroup(), siteGroup()}), 1);
+    return page;
+}
+
 }  // namespace
 
 SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
@@ -172,8 +188,8 @@ SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : For
     layout->setContentsMargins(6, 6, 6, 6);
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
-    tabs->addTab(page({axisGroup(), mountGroup(), starGroup()}), "Mount");
-    tabs->addTab(page({cameraGroup(), skyGroup(), siteGroup()}), "Camera and sky");
+    tabs->addTab(mountPage(), "Mount");
+    tabs->addTab(cameraPage(), "Camera and sky");
     layout->addWidget(tabs);
     auto* const status = named<QLabel>("lblStatus");
     status->setWordWrap(true);

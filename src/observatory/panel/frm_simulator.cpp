@@ -8,7 +8,7 @@ frmSimulator::Adjuster::Adjuster(Form& form, const std::string& name)
             platform::Button(form, name + "(4)", "1'"),   platform::Button(form, name + "(5)", "10'")} {}
 
 frmSimulator::frmSimulator(platform::Screen& screen)
-    : Form(screen, "frmSimulator", "Polar Axis Simulator", {60, 60, 560, 620}),
+    : Form(screen, "frmSimulator", "Polar Axis Simulator", {60, 60, 560, 480}),
       txtAzimuthError(*this, "txtAzimuthError"),
       txtElevationError(*this, "txtElevationError"),
       azimuth(*this, "cmdAzimuth"),
@@ -51,6 +51,9 @@ frmSimulator::frmSimulator(platform::Screen& screen)
       lblStatus(*this, "lblStatus", "") {
     for (platform::TextBox* readout : {&txtRA, &txtDec, &txtHourAngle, &txtAltitude})
         readout->setReadOnly(true);
+    for (platform::TextBox* error : {&txtAzimuthError, &txtElevationError})
+        error->setAlignment(platform::Alignment::kCentre);
+    txtHotPixels.setToolTip("How many, or below 1 the share of all pixels");
     chkShowError.setValue(1);
     cmdAskew.setToolTip("Somewhere within two degrees, without telling where");
 }
