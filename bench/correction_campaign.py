@@ -63,7 +63,7 @@ def run_one(arguments):
             for _ in range(passes):
                 robot.correct_once(setup.star)
                 errors.append(axis_error(operator))
-                notes.append(robot.notes)
+                notes.append(dict(robot.notes))
         except (OperatorError, RobotError, ArithmeticError, KeyError) as error:
             notes.append(f"{type(error).__name__}: {error}")
         operator.close()

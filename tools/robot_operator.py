@@ -18,6 +18,10 @@ import tempfile
 from operator_session import Operator
 
 SIMULATOR = "AxisSimulator.Telescope"
+FIELD_EXPOSURE = 1  # seconds: enough stars to solve a field by
+STAR_EXPOSURE = 0.001  # a bright star hardly saturates, so that it can be told from others by its light
+EXPOSING, PAUSING = 0xFF, 0x80000003  # the colours of the light "Expose"
+NOISE = 150  # counts above the sky that are no light yet
 ADJUSTERS = {"Azimuth": "TurnAzimuthAdjuster", "Elevation": "TurnElevationAdjuster"}
 
 
@@ -137,16 +141,20 @@ class Picture:
     def sky(self):
         return statistics.median(value for line in self.rows[::23] for value in line[::29])
 
-    def brightest_star(self, sky):
-        """Column, row and light of the star that gives most."""
-        peak = max(max(line) for line in self.rows)
-        least = sky + 0.4 * (peak - sky)
-        found = []
-        for y, line in enumerate(self.rows):
-            if max(line) < least:
-                continue
-            for x, value in enumerate(line):
-                if value >= least and all(abs(x - s[0]) > 8 or abs(y - s[1]) > 8 for s in found):
+    def brightest_star(self, sky, near=None, radius=0):
+        """Column, row and light of the star that gives most, in the whole picture or in a square."""
+        left, right, top, bottom = 0, self.width, 0, self.height
+        if near:
+            left, right = max(0, int(near[0] - radius)), min(self.width, int(near[0] + radius) + 1)
+            top, bottom = max(0, int(near[1] - radius)), min(self.height, int(near[1] + radius) + 1)
+        if left >= right or top >= bottom:
+            return 0, 0, 0
+        peaks = [max(line[left:right]) for line in self.rows[top:bottom]]
+        least = sky + max(NOISE, 0.4 * (max(peaks) - sky))
+        found = [(0, 0, 0)]
+        for y, peak in enumerate(peaks, top):
+            for x in range(left, right) if peak >= least else ():
+                if self.rows[y][x] >= least and all(abs(x - s[0]) > 8 or abs(y - s[1]) > 8 for s in found):
                     found.append(self.star_at(x, y, sky))
         return max(found, key=lambda star: star[2])
 
@@ -155,7 +163,7 @@ class Picture:
             light = moment_x = moment_y = 0.0
             for r in range(max(0, y - 6), min(self.height, y + 7)):
                 for c in range(max(0, x - 6), min(self.width, x + 7)):
-                    excess = max(0.0, self.rows[r][c] - sky - 150)
+                    excess = max(0.0, self.rows[r][c] - sky - NOISE)
                     light += excess
                     moment_x += excess * c
                     moment_y += excess * r
@@ -200,14 +208,17 @@ class Robot:
 
     def picture(self):
         """The first picture that was begun after now, with its marks."""
-        exposure = self.operator.get(SIMULATOR, "ExposureTime")
-        delay = float(self.operator.read("frmMain.txtContinuousExposeDelay")["text"] or 0)
-        self.operator.do("advance", seconds=2 * (exposure + max(delay, 0.1)) + 0.3)
+        light = self.operator.read("frmMain.lblExpose")["backColor"]
+        for color in (EXPOSING, PAUSING) if light == PAUSING else (PAUSING, EXPOSING, PAUSING):
+            self.operator.wait(control="frmMain.lblExpose", property="backColor", **{"is": color})
         path = os.path.join(self.folder, "shown.fit")
         self.operator.do("image", save=path)
         return Picture(path)
 
     # what an operator does
+
+    def expose_for(self, seconds):
+        self.operator.put(SIMULATOR, "ExposureTime", seconds)
 
     def hour_angle(self, star):
         ra, _ = star.place(self.year())
@@ -286,7 +297,7 @@ class Robot:
 
     def place(self, star):
         """Slews until the star is in the rectangle, and syncs."""
-        x, y, light = self.star_in_rectangle()
+        x, y, _ = self.star_in_rectangle()
         step = 4 / 60
         ra = self.operator.get(SIMULATOR, "RightAscension")
         dec = self.operator.get(SIMULATOR, "Declination")
@@ -308,9 +319,11 @@ class Robot:
             ra += east * (1 + (u * d - b * v) / determinant)
             dec += step * (1 + (a * v - c * u) / determinant)
             self.slew(ra, dec)
-            x, y, light = self.star_in_rectangle()
-        self.light = light
+            x, y, _ = self.star_in_rectangle()
         self.operator.call(SIMULATOR, "SyncToCoordinates", *star.place(self.year()))
+        self.expose_for(STAR_EXPOSURE)
+        _, _, self.light = self.star_in_rectangle()
+        self.expose_for(FIELD_EXPOSURE)
 
     def star_in_rectangle(self):
         picture = self.picture()
@@ -318,50 +331,68 @@ class Robot:
         picture.erase_rectangle()
         return picture.brightest_star(picture.sky())
 
-    def star_and_cross(self, line_from):
-        """Where the star is (None while it isn't on the picture) and where it must go."""
+    def clean_picture(self, line_from):
+        """The picture without its marks, its cross hair, and its sky."""
         picture = self.picture()
         cross = picture.cross_hair()
         if cross is None:
             raise RobotError("there is no cross hair")
         picture.erase_cross_hair(*cross)
         picture.erase_line(line_from, cross)
-        sky = picture.sky()
-        x, y, light = picture.brightest_star(sky)
-        if light < 0.4 * self.light:  # out of view, or hidden by the cross hair
+        return picture, cross, picture.sky()
+
+    def search(self, adjuster, direction, line_from):
+        """Turns the adjuster until the star comes into view; where it is, and by how much it was turned."""
+        self.expose_for(STAR_EXPOSURE)
+        for turns in range(1, 40):
+            self.operator.call(SIMULATOR, ADJUSTERS[adjuster], direction * 10)
+            picture, _, sky = self.clean_picture(line_from)
+            x, y, light = picture.brightest_star(sky)
+            if light > 0.5 * self.light:
+                self.expose_for(FIELD_EXPOSURE)
+                return (x, y), direction * 10.0 * turns
+        raise RobotError("the star doesn't come into view")
+
+    def follow(self, line_from, expected, radius, sure=True):
+        """Where the star is, which can't be far from where it is expected, and the cross hair."""
+        picture, cross, sky = self.clean_picture(line_from)
+        x, y, light = picture.brightest_star(sky, expected, radius)
+        if sure and math.hypot(expected[0] - cross[0], expected[1] - cross[1]) < 4:  # half hidden
             x, y, light = picture.star_at(*cross, sky)
-            light *= 5
-        return ((x, y) if light > 0.4 * self.light else None), cross
+            if light == 0:
+                return cross, cross
+        if light < 1000:
+            raise RobotError("the star left the picture")
+        return (x, y), cross
 
     def centre(self, adjuster, reported):
         """Turns the adjuster until the star is as near to the cross hair as it comes."""
         line_from = round(self.number("Brightest Star X =")), round(self.number("Brightest Star Y ="))
         on_image = "Star is on Plate" in "\n".join(self.operator.log()[-12:])
-        star, cross = self.star_and_cross(line_from)
-        # Without the star in view the plot tells the direction; in the south it shows the axis' other end.
-        blindly = -math.copysign(10, reported) * (1 if self.latitude() >= 0 else -1)
-        turns = 0.0
-        while star is None and abs(turns) < 400:
-            self.operator.call(SIMULATOR, ADJUSTERS[adjuster], blindly)
-            turns += blindly
-            star, cross = self.star_and_cross(line_from)
-        if star is None:
-            raise RobotError("the star doesn't come into view")
-        before, step = star, math.copysign(2, blindly)
+        # The plot tells the direction; in the south it shows the axis' other end.
+        direction = -math.copysign(1, reported) * (1 if self.latitude() >= 0 else -1)
+        star, turns = line_from, 0.0
+        if not on_image:
+            star, turns = self.search(adjuster, direction, line_from)
+        before, _ = self.follow(line_from, star, 20)
+        step, pace = 2 * direction, None
         for _ in range(12):
             self.operator.call(SIMULATOR, ADJUSTERS[adjuster], step)
             turns += step
-            after, cross = self.star_and_cross(line_from)
-            if after is None:
-                raise RobotError("the star left the picture")
-            per_arcmin = (after[0] - before[0]) / step, (after[1] - before[1]) / step
-            pace = math.hypot(*per_arcmin)
-            to_go = cross[0] - after[0], cross[1] - after[1]
-            if pace < 0.2:
+            if pace is None:
+                after, cross = self.follow(line_from, before, 45, sure=False)
+            else:
+                expected = before[0] + step * pace[0], before[1] + step * pace[1]
+                after, cross = self.follow(line_from, expected, max(15, 0.05 * abs(step) * math.hypot(*pace)))
+            if pace is None or abs(step) > 1:
+                pace = (after[0] - before[0]) / step, (after[1] - before[1]) / step  # pixels an arc-minute
+            speed = math.hypot(*pace)
+            if speed < 0.2:
                 raise RobotError("the star doesn't follow the adjuster")
-            along = (to_go[0] * per_arcmin[0] + to_go[1] * per_arcmin[1]) / pace
-            before, step = after, along / pace
-            if abs(along) < 0.5 or abs(step) < 0.02:
+            to_go = cross[0] - after[0], cross[1] - after[1]
+            along = (to_go[0] * pace[0] + to_go[1] * pace[1]) / speed
+            before, step = after, along / speed
+            if abs(along) < 0.4:
                 break
         aside = math.hypot(*to_go)
         self.notes[adjuster] = {"turned": turns, "left": aside, "on image": on_image}
