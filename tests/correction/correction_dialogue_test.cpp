@@ -361,7 +361,8 @@ TEST(CorrectionDialogue, EveryEventAtEveryStageWithTheSimulator) {
 TEST(CorrectionDialogue, TheFailureOfAnotherCameraDoesNotSkipTheSimulatorsCorrection) {
     Evening evening(true);
     evening.state.CameraFailed = true;
-    evening.live("azimuth placing", [] {}, [&] { EXPECT_EQ(evening.stage(), "azimuth placing"); });
+    evening.live(
+        "azimuth placing", [] {}, [&] { EXPECT_EQ(evening.stage(), "azimuth placing"); });
 }
 
 TEST(CorrectionDialogue, ClosingIsSilentAtEveryStage) {
