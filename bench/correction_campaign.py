@@ -51,11 +51,11 @@ def random_setup(seed, declination, reach):
 
 
 def run_one(arguments):
-    program, seed, declination, reach, passes = arguments
+    program, seed, declination, reach, passes, binning = arguments
     setup = random_setup(seed, declination, reach)
     errors, notes = [], []
     with tempfile.TemporaryDirectory() as home:
-        operator = start_program(program, home, setup, START.strftime("%Y-%m-%dT%H:%M:%SZ"), seed)
+        operator = start_program(program, home, setup, START.strftime("%Y-%m-%dT%H:%M:%SZ"), seed, binning)
         try:
             operator.put(SIMULATOR, "Seeing", setup.seeing)
             robot = Robot(operator, home)
@@ -81,6 +81,14 @@ def describe(setup):
             f"{setup.star.name}")
 
 
+def report(setup, errors, notes):
+    print(describe(setup) + ": " + " ".join(f"{error:.2f}'" for error in errors))
+    for note in notes:
+        if isinstance(note, str):
+            print("    " + note)
+    sys.stdout.flush()
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("program", help="path of vantrel-headless")
@@ -89,15 +97,20 @@ def main():
     parser.add_argument("--declination", type=float, default=0, help="of the stars, north or south")
     parser.add_argument("--reach", type=float, default=10, help="how far from that they may be")
     parser.add_argument("--passes", type=int, default=2)
+    parser.add_argument("--binning", type=int, default=2, help="larger pixels, which saves time")
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--demand", type=float, default=None, help="most that the last pass may leave, arc-minutes")
     parser.add_argument("--verbose", action="store_true", help="a line for every run")
     options = parser.parse_args()
 
-    work = [(options.program, seed, options.declination, options.reach, options.passes)
+    work = [(options.program, seed, options.declination, options.reach, options.passes, options.binning)
             for seed in range(options.first_seed, options.first_seed + options.runs)]
     with multiprocessing.Pool(options.jobs) as pool:
-        results = pool.map(run_one, work, chunksize=1)
+        results = []
+        for result in pool.imap(run_one, work):
+            results.append(result)
+            if options.verbose:
+                report(*result)
 
     through = [r for r in results if len(r[1]) == options.passes + 1]
     print(f"{len(through)} of {len(results)} set-ups came through {options.passes} passes")
@@ -109,11 +122,10 @@ def main():
                   f"worst {max(values):7.2f}'")
     off = sum(not note["on image"] for r in through for note in r[2][0].values())
     print(f"first targets off the image: {off} of {2 * len(through)}")
-    for setup, errors, notes in results:
-        if options.verbose or len(errors) <= options.passes:
-            print(describe(setup) + ": " + " ".join(f"{e:.2f}'" for e in errors))
-            for note in notes:
-                print("    " + str(note))
+    if not options.verbose:
+        for result in results:
+            if len(result[1]) <= options.passes:
+                report(*result)
     worst = max((r[1][-1] for r in through), default=0)
     return 1 if len(through) < len(results) or (options.demand is not None and worst > options.demand) else 0
 
