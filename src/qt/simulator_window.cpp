@@ -68,7 +68,7 @@ QGridLayout* compass() {
     for (const auto& place : places) {
         QPushButton* const button = qt::button(place.name);
         const int side = button->fontMetrics().height() * 3;
-        button->setFixedSize(side + 12, side);
+        button->setFixedSize(button->fontMetrics().horizontalAdvance("Halt") + 40, side);
         button->setAutoRepeat(true);
         grid->addWidget(button, place.row, place.column);
     }
