@@ -41,7 +41,19 @@ class Script {
         return send({{"do", "type"}, {"control", control}, {"text", text}});
     }
     Script& click(const char* control) { return send({{"do", "click"}, {"control", control}}); }
-    Script& read(const char* control) { return send({{"do", "read"}, {"control", control}}); }
+    Script& check(const char* control, int value) {
+        return send({{"do", "check"}, {"control", control}, {"value", value}});
+    }
+    /// Replies can be found by their name.
+    Script& read(const char* control, const char* name) {
+        return send({{"id", name}, {"do", "read"}, {"control", control}});
+    }
+    Script& journal(const char* object, const char* name) {
+        return send({{"id", name}, {"do", "journal"}, {"object", object}});
+    }
+    Script& put(const char* object, const char* member, const json& value) {
+        return send({{"do", "automation"}, {"object", object}, {"put", member}, {"value", value}});
+    }
     Script& advance(double seconds) { return send({{"do", "advance"}, {"seconds", seconds}}); }
     Script& fail(const char* object, const char* member, int number, const char* source,
                  const char* description, int after = 0, int times = -1) {
@@ -74,6 +86,25 @@ class Script {
         std::vector<json> replies;
         std::vector<std::string> log;  // without times
         std::vector<std::string> popups;
+        std::vector<double> popupSeconds;  // that each was shown for
+
+        json reply(const std::string& name) const {
+            for (const json& reply : replies)
+                if (reply.contains("id") && reply["id"] == name) return reply;
+            ADD_FAILURE() << "no reply " << name;
+            return {};
+        }
+        /// The journal with this name as "put BinX 2", "call Expose 1.0 1 0".
+        std::vector<std::string> uses(const std::string& name) const {
+            std::vector<std::string> texts;
+            const json found = reply(name);
+            for (const json& use : found["journal"]) {
+                std::string text = use["kind"].get<std::string>() + " " + use["member"].get<std::string>();
+                for (const json& argument : use["args"]) text += " " + argument.dump();
+                texts.push_back(text);
+            }
+            return texts;
+        }
     };
 
     /// Runs the script to its end, with questions about log and pop-ups last.
@@ -88,11 +119,14 @@ class Script {
         KeptReplies replies;
         EXPECT_TRUE(Program(options_, time, commands_, replies).run());
 
-        Result result{replies.replies, {}, {}};
+        Result result{replies.replies, {}, {}, {}};
         for (const json& reply : result.replies) EXPECT_TRUE(reply["ok"]) << reply;
         for (const json& line : result.replies[result.replies.size() - 2]["lines"])
             result.log.push_back(line.get<std::string>().substr(11));
-        for (const json& popup : result.replies.back()["popups"]) result.popups.push_back(popup["text"]);
+        for (const json& popup : result.replies.back()["popups"]) {
+            result.popups.push_back(popup["text"]);
+            result.popupSeconds.push_back(popup["seconds"]);
+        }
         return result;
     }
 
