@@ -703,6 +703,55 @@ TEST(ImagingChoice, HandsTheCameraOver) {
     }
 }
 
+// ---- whole nights
+
+TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
+    const struct {
+        const char* why;
+        const char* driver;
+        const char* program;
+        const char* method;  // 0: PinPoint, 1: image link
+        const char* binning;
+        const char* scale;
+        double azimuth, elevation;  // error of the axis, arc-minutes
+    } cases[] = {
+        {"simulator", "AxisSimulator.Telescope", "MaxIm", "0", "1", "3.6", 8, -6},
+        {"first program", "ScopeSim.Telescope", "MaxIm", "0", "2", "7.2", 0, 0},
+        {"second program", "ScopeSim.Telescope", "CCDSoft", "0", "2", "7.2", 0, 0},
+        {"image link", "ScopeSim.Telescope", "CCDSoft", "1", "2", "7.2", 0, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        Script script;
+        script.setting("Main", "MyTelescopeID", c.driver).setting("PolarAlign", "PlateSolveMethod", c.method);
+        script.setting("PolarAlign", "ImagingSoftware", c.program).setting("Solve", "CamBin", c.binning);
+        for (const char* key : {"ScaleH", "ScaleV", "TheSkyImageScale"})
+            script.setting("Solve", key, c.scale);
+        script.waitIdle();
+        script.put("AxisSimulator.Telescope", "PolarAzimuthError", c.azimuth);
+        script.put("AxisSimulator.Telescope", "PolarElevationError", c.elevation);
+        script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdNext").advance(6);
+        for (int adjustment = 0; adjustment < 2; ++adjustment)
+            script.click("frmMain.cmdNext").advance(1).waitForNext().click("frmMain.cmdNext").advance(6);
+        script.read("frmMain.txtInstructions", "success").click("frmMain.cmdStop").waitIdle();
+        const auto result = script.run();
+        const auto arcMinutes = [&](const std::string& name) {
+            for (const std::string& line : result.log)
+                if (line.starts_with(name)) return std::stod(line.substr(name.size()));
+            ADD_FAILURE() << name << testing::PrintToString(result.log);
+            return 0.0;
+        };
+        EXPECT_NEAR(arcMinutes("Azimuth error: "), c.azimuth, 0.4);
+        EXPECT_NEAR(arcMinutes("Elevation error: "), c.elevation, 0.4);
+        EXPECT_THAT(result.log, Contains("Azimuth Correction Plate Solved"));
+        EXPECT_THAT(result.log, Contains("Elevation Correction Plate Solved"));
+        EXPECT_EQ(std::count(result.log.begin(), result.log.end(), "Star is on Plate"), 2);
+        EXPECT_THAT(result.log, Not(Contains(HasSubstr("modComponents")))) << "no reports";
+        EXPECT_EQ(result.reply("success")["text"], joinLines({"Polar Alignment Correction", "was Successful!",
+                                                              "", "", "Click Next to measure again"}));
+    }
+}
+
 // ---- what is shown
 
 TEST(ShownImage, IsSavedWithItsMarks) {

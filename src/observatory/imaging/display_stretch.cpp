@@ -7,18 +7,20 @@
 namespace vantrel::observatory {
 namespace {
 
-/// Finite pixels spread evenly over the image.
+/// Finite pixels from short runs spread evenly over the image: neighbours cost no more than one of them.
 std::vector<float> sample(const platform::ImageArray& image) {
-    constexpr std::size_t kEnough = 50'000;
+    constexpr std::size_t kRun = 32;
+    constexpr std::size_t kRuns = 1500;
     std::vector<float> values;
+    values.reserve(2 * kRun * kRuns);
     std::visit(
         [&](const auto& pixels) {
-            const std::size_t step = (pixels.size() / kEnough + 1) | 1U;  // odd: no column is met too often
-            values.reserve(pixels.size() / step + 1);
-            for (std::size_t i = 0; i < pixels.size(); i += step) {
-                const auto value = static_cast<float>(pixels[i]);
-                if (std::isfinite(value)) values.push_back(value);
-            }
+            const std::size_t step = std::max(kRun, pixels.size() / kRuns) | 1U;  // odd: no column stands out
+            for (std::size_t start = 0; start < pixels.size(); start += step)
+                for (std::size_t i = start; i < std::min(start + kRun, pixels.size()); ++i) {
+                    const auto value = static_cast<float>(pixels[i]);
+                    if (std::isfinite(value)) values.push_back(value);
+                }
         },
         image.pixels());
     return values;
