@@ -92,6 +92,9 @@ void Application::close() { wiring_->close(); }
 bool Application::ended() const { return wiring_->shutdown.through(); }
 bool Application::failed() const { return wiring_->failed; }
 bool Application::busy() const { return wiring_->parts.busy.busy(); }
+bool Application::stopping() const {
+    return wiring_->parts.state.StopRequested || wiring_->parts.state.AppUnloading;
+}
 void Application::reportFailure(const std::string& handler) { wiring_->report(handler); }
 MessageLog& Application::log() { return wiring_->parts.log; }
 PopupMessages& Application::popups() { return wiring_->parts.popups; }

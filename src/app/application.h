@@ -40,6 +40,9 @@ class Application {
     /// True while the start-up or a procedure that the operator started is running.
     bool busy() const;
 
+    /// The operator asked for a stop or the end: nothing that takes long is worth waiting for.
+    bool stopping() const;
+
     /// Inside a catch block: logs the failure that left a handler. For the event loops' last barrier.
     void reportFailure(const std::string& handler);
 

@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "app/message_log.h"
+#include "observatory/catalogs/curl_downloads.h"
 #include "platform/text.h"
 
 namespace vantrel::headless {
@@ -83,6 +84,9 @@ observatory::ObservatorySeams Program::seams() {
         return dialogs_.choose(title, choices, current);
     };
     seams.desktop = &windows_;
+    seams.downloads = std::make_shared<observatory::CurlDownloads>();
+    seams.downloadCache = paths_.cache;
+    seams.stopping = [this] { return application_.stopping(); };
     return seams;
 }
 

@@ -30,6 +30,8 @@ class OperatedApplication : public OperatedProgram {
     const std::vector<std::string>& logLines() const override;
     const std::vector<app::PopupMessages::Shown>& popups() const override;
 
+    bool stopping() const { return application_.stopping(); }
+
     /// Inside a catch block.
     void reportFailure() { application_.reportFailure("event loop"); }
 

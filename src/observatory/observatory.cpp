@@ -97,7 +97,11 @@ void Observatory::installTelescopes(platform::ClassRegistry& classes) {
 
 void Observatory::installSolver(platform::ClassRegistry& classes) {
     const auto create = [this] {
-        return std::make_shared<PinPointPlate>(loop_.clock(), folders_, seams_.stars);
+        NetworkAccess network{seams_.downloads, seams_.downloadCache, [this] {
+                                  loop_.yield();
+                                  return !seams_.stopping || !seams_.stopping();
+                              }};
+        return std::make_shared<PinPointPlate>(loop_.clock(), folders_, seams_.stars, std::move(network));
     };
     classes.install("PinPoint.Plate", {create, std::string(kFolder) + "PinPoint.dll", "", ""});
 }

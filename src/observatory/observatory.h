@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <memory>
 
+#include "observatory/catalogs/downloads.h"
 #include "observatory/helpers/chooser_object.h"
 #include "observatory/imaging/imaging_programs.h"
 #include "observatory/sky/noise.h"
@@ -26,6 +29,9 @@ struct ObservatorySeams {
     std::shared_ptr<platform::SettingsRoot> profile;
     CatalogSource stars;
     platform::DesktopWindows* desktop = nullptr;
+    std::shared_ptr<Downloads> downloads;  ///< without them catalogues of the network can't be asked
+    std::filesystem::path downloadCache;   ///< folder for what was downloaded; empty keeps nothing
+    std::function<bool()> stopping;        ///< true when a download isn't to be waited for any longer
 };
 
 /// Owns the devices. Must outlive the registry that it installs its classes in, and the objects of these.

@@ -58,7 +58,8 @@ UserPaths pathsBelow(const fs::path& home) {
             .settings = base / "settings",
             .drives = base / "drives",
             .documents = base / "Documents",
-            .lock = base / "lock"};
+            .lock = base / "lock",
+            .cache = base / "cache"};
 }
 
 UserPaths desktopPaths(const Environment& environment) {
@@ -71,11 +72,15 @@ UserPaths desktopPaths(const Environment& environment) {
             .settings = config / "vantrel" / "settings",
             .drives = data / "vantrel" / "drives",
             .documents = documentsOf(config / "user-dirs.dirs", home).value_or(home / "Documents"),
-            .lock = runtime / "vantrel.lock"};
+            .lock = runtime / "vantrel.lock",
+            .cache = baseDirectory(environment, "XDG_CACHE_HOME", home / ".cache") / "vantrel"};
 }
 
 UserMachine::UserMachine(const UserPaths& paths)
-    : settings(paths.settings), folders(paths.drives), userProfile("C:\\Users\\" + paths.userName) {
+    : settings(paths.settings),
+      folders(paths.drives),
+      cache(paths.cache),
+      userProfile("C:\\Users\\" + paths.userName) {
     folders.map(userProfile + "\\My Documents", paths.documents);
     folders.map(userProfile + "\\Documents", paths.documents);
 }

@@ -21,6 +21,7 @@ struct UserPaths {
     std::filesystem::path drives;     // folder with one folder a drive letter
     std::filesystem::path documents;  // the desktop's folder for documents
     std::filesystem::path lock;       // file, locked by the instance that runs
+    std::filesystem::path cache;      // folder for what can be fetched again
 };
 
 /// Everything below the one folder.
@@ -38,6 +39,7 @@ class UserMachine {
 
     SettingsFile settings;
     FolderMap folders;
+    std::filesystem::path cache;
     /// "C:\Users\name"; its "My Documents" and "Documents" are the desktop's documents folder.
     std::string userProfile;
 };

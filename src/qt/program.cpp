@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "observatory/catalogs/curl_downloads.h"
 #include "observatory/simulator_setup.h"
 
 namespace vantrel::qt {
@@ -34,7 +35,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       settings_(user.settings),
       desktop_(user.folders, user.userProfile),
       screen_(workArea()),
-      observatory_(front.loop, user.folders, seed, seams(dialogs)),
+      observatory_(front.loop, user.folders, seed, seams(dialogs, user.cache)),
       application_(
           {front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_}),
       chance_(seed),
@@ -50,7 +51,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
     });
 }
 
-observatory::ObservatorySeams Program::seams(platform::Dialogs& dialogs) {
+observatory::ObservatorySeams Program::seams(platform::Dialogs& dialogs, const std::filesystem::path& cache) {
     observatory::ObservatorySeams seams;
     seams.chooser = [&dialogs](const std::string& title,
                                const std::vector<observatory::DriverChoice>& drivers,
@@ -64,6 +65,9 @@ observatory::ObservatorySeams Program::seams(platform::Dialogs& dialogs) {
     seams.setup = [this](const std::string& progId) {
         if (progId == "AxisSimulator.Telescope") simulatorForm_.show();
     };
+    seams.downloads = std::make_shared<observatory::CurlDownloads>();
+    seams.downloadCache = cache;
+    seams.stopping = [this] { return application_.stopping(); };
     return seams;
 }
 

@@ -1,6 +1,7 @@
 // The whole program: the application, the built-in observatory around it, and windows for its forms.
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -32,7 +33,7 @@ class Program {
     FormWindow& window(const std::string& formName) const;
 
   private:
-    observatory::ObservatorySeams seams(platform::Dialogs& dialogs);
+    observatory::ObservatorySeams seams(platform::Dialogs& dialogs, const std::filesystem::path& cache);
     void addSimulatorMenu();
 
     Front front_;

@@ -16,9 +16,10 @@ inline void searchFolder(const ScratchFolder& folder, OpenCatalog open) {
         {.raDeg = 359.95, .decDeg = 20, .radiusDeg = 0.1, .maxStars = 5, .brightestFirst = true},
         {.raDeg = 100, .decDeg = -89.95, .radiusDeg = 0.04, .faintestMagnitude = 12},
     };
+    observatory::FoundCatalog catalog;
     for (const ConeQuery& query : queries) {
         try {
-            const auto catalog = open(observatory::CatalogFolder(folder.path()));
+            if (catalog == nullptr) catalog = open(observatory::CatalogFolder(folder.path()));
             if (catalog != nullptr) catalog->cone(query);
         } catch (const observatory::CatalogError&) {  // what damaged files get
         }

@@ -243,5 +243,43 @@ TEST_F(ObservatoryTest, SettingsOfTheSimulatedCameraHaveLimits) {
     EXPECT_THROW(driver->put("CameraAxisDeclination", 1), AutomationError) << "read only";
 }
 
+/// Waits for an answer that never comes.
+class SilentNetwork : public Downloads {
+  public:
+    std::string fetch(const std::string&, const KeepGoing& keepGoing) override {
+        while (keepGoing()) {
+            if (++turns == 3) onThirdTurn();
+        }
+        throw DownloadGivenUp("the download was given up");
+    }
+    int turns = 0;
+    std::function<void()> onThirdTurn;
+};
+
+TEST_F(ObservatoryTest, StaysResponsiveAndStopsWhileItWaitsForTheNetwork) {
+    bool stopping = false;
+    const auto network = std::make_shared<SilentNetwork>();
+    ObservatorySeams withNetwork;
+    withNetwork.downloads = network;
+    withNetwork.stopping = [&] { return stopping; };
+    Observatory observatory(loop_, folders_, 1, withNetwork);
+    platform::ClassRegistry classes;
+    observatory.install(classes);
+    const ObjectRef plate = classes.create("PinPoint.Plate");
+    plate->put("Catalog", 8);
+    plate->put("CatalogPath", "Internet");
+    plate->put("ArcsecPerPixelHoriz", 1.0);
+    plate->put("ArcsecPerPixelVert", 1.0);
+    // The operator clicks meanwhile: the handler runs within the look-up, which then ends.
+    network->onThirdTurn = [&] { loop_.post([&] { stopping = true; }); };
+    try {
+        plate->call("FindCatalogStars");
+        ADD_FAILURE();
+    } catch (const AutomationError& error) {
+        EXPECT_THAT(error.description(), testing::HasSubstr("USNO-B-Net was not waited for"));
+    }
+    EXPECT_EQ(network->turns, 3);
+}
+
 }  // namespace
 }  // namespace vantrel::observatory

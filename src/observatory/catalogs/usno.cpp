@@ -3,6 +3,7 @@
 #include <string>
 
 #include "observatory/catalogs/distributions.h"
+#include "observatory/catalogs/visual_magnitude.h"
 #include "observatory/catalogs/zone_catalog.h"
 
 namespace vantrel::observatory {
@@ -25,19 +26,12 @@ std::int32_t digitsOf(std::int64_t packed, int skip, int width) {
     return static_cast<std::int32_t>(value % range);
 }
 
-/// V lies between red and blue as it does for the Sun (B - V 0.65, V - R 0.36: Cox, Allen's Astrophysical
-/// Quantities, 4th ed., section 14.2); where one is missing, the other stands for it.
-std::optional<double> visual(std::optional<double> red, std::optional<double> blue) {
-    if (red && blue) return *red + 0.36 * (*blue - *red);
-    return red ? red : blue;
-}
-
 std::optional<MovingStar> completeA(const ZoneRecord& record, MovingStar star) {
     const auto magnitude = [](std::int32_t tenths) {
         return tenths > 0 && tenths < 250 ? std::optional<double>(tenths / 10.0) : std::nullopt;
     };
     const std::int32_t packed = record.int32(8);
-    const auto v = visual(magnitude(digitsOf(packed, 0, 3)), magnitude(digitsOf(packed, 3, 3)));
+    const auto v = visualMagnitude(magnitude(digitsOf(packed, 0, 3)), magnitude(digitsOf(packed, 3, 3)));
     if (!v) return std::nullopt;
     star.magnitude = *v;
     return star;
@@ -52,7 +46,7 @@ std::optional<MovingStar> completeB(const ZoneRecord& record, MovingStar star) {
         }
         return std::optional<double>();
     };
-    auto v = visual(magnitude(24, 32), magnitude(20, 28));
+    auto v = visualMagnitude(magnitude(24, 32), magnitude(20, 28));
     if (!v) v = magnitude(36, 36);  // near infrared only
     if (!v) return std::nullopt;
     star.magnitude = *v;

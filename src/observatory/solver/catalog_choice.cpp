@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 
+#include "observatory/catalogs/distributions.h"
 #include "observatory/sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
@@ -17,17 +18,49 @@ std::string catalogName(int number) {
     return found == names.end() ? "number " + std::to_string(number) : found->second;
 }
 
+FoundCatalog openDistribution(const CatalogFolder& folder, int catalogNumber) {
+    switch (catalogNumber) {
+        case 0:
+        case 3:
+            return openGuideStars(folder);
+        case 1:
+        case 5:
+            return openUsnoA(folder);
+        case 4:
+            return openTycho2(folder);
+        case 6:
+            return openUcac2(folder);
+        case 7:
+            return openUsnoB(folder);
+        default:
+            return nullptr;
+    }
+}
+
+FoundCatalog openCompact(const std::filesystem::path& file) {
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(file, ignored)) return nullptr;
+    return std::make_shared<const TychoCatalog>(file);
+}
+
 }  // namespace
 
-std::shared_ptr<const StarCatalog> openCatalog(const std::filesystem::path& folder, int catalogNumber) {
-    if (folder.empty()) return TychoCatalog::openBuiltIn();
-    std::error_code ignored;
-    for (const auto& file : {folder / kTychoFileName, folder}) {
-        if (std::filesystem::is_regular_file(file, ignored))
-            return std::make_shared<const TychoCatalog>(file);
-    }
+std::shared_ptr<const StarCatalog> openCatalog(const std::filesystem::path& path, int catalogNumber) {
+    if (path.empty()) return TychoCatalog::openBuiltIn();
+    if (auto file = openCompact(path)) return file;
+    const CatalogFolder folder(path);
+    if (auto own = openDistribution(folder, catalogNumber)) return own;
+    if (auto compact = openCompact(path / kTychoFileName)) return compact;
+    if (auto ucac4 = openUcac4(folder)) return ucac4;
+    if (auto cells = openCellDatabase(folder)) return cells;
     throw CatalogError("no star catalogue " + catalogName(catalogNumber) + " that can be read is in " +
-                       folder.string());
+                       path.string());
+}
+
+std::shared_ptr<const StarCatalog> openNetworkCatalog(int catalogNumber, const NetworkAccess& network) {
+    if (catalogNumber == 8) return std::make_shared<const VizierCatalog>(usnoBSource(), network);
+    if (catalogNumber == 9) return std::make_shared<const VizierCatalog>(nomadSource(), network);
+    return nullptr;
 }
 
 }  // namespace vantrel::observatory

@@ -53,8 +53,12 @@ platform::Instant fromAutomationDate(double days) {
 }  // namespace
 
 PinPointPlate::PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
-                             BuiltInStars builtIn)
-    : DispatchObject(kClass), clock_(clock), folders_(folders), builtIn_(std::move(builtIn)) {
+                             BuiltInStars builtIn, NetworkAccess network)
+    : DispatchObject(kClass),
+      clock_(clock),
+      folders_(folders),
+      builtIn_(std::move(builtIn)),
+      network_(std::move(network)) {
     addCatalogMembers();
     addDetectionMembers();
     addImageMembers();
@@ -67,7 +71,7 @@ void PinPointPlate::addCatalogMembers() {
         "Catalog", [this] { return Value(catalogNumber_); },
         [this](const Value& v) { catalogNumber_ = v.toInt(); });
     property(
-        "CatalogPath", [this] { return Value(folders_.text(catalogue().folder())); },
+        "CatalogPath", [this] { return Value(folders_.text(catalogue()->folder())); },
         [this](const Value& v) { setCatalogPath(v.toText()); });
     property(
         "CatalogExpansion", [this] { return Value(catalogExpansion_); },
@@ -303,12 +307,20 @@ FitsImage& PinPointPlate::image() {
 
 /// A folder without a usable catalogue is refused, and the former one stays in use.
 void PinPointPlate::setCatalogPath(const std::string& folder) {
-    catalog_ = isUntouched(folder) ? builtIn_() : openCatalog(folders_.real(folder), catalogNumber_);
+    if (isUntouched(folder)) {
+        catalog_ = builtIn_();
+        return;
+    }
+    std::shared_ptr<const StarCatalog> catalog;
+    if (platform::equalIgnoringCase(folder, kInternetPath))
+        catalog = openNetworkCatalog(catalogNumber_, network_);
+    catalog_ = catalog != nullptr ? catalog : openCatalog(folders_.real(folder), catalogNumber_);
 }
 
-const StarCatalog& PinPointPlate::catalogue() {
+/// Searches over the network let events through, which may choose another catalogue: callers keep this one.
+std::shared_ptr<const StarCatalog> PinPointPlate::catalogue() {
     if (catalog_ == nullptr) catalog_ = builtIn_();
-    return *catalog_;
+    return catalog_;
 }
 
 PlateGeometry PinPointPlate::geometry(double scaleX, double scaleY) const {
@@ -325,7 +337,8 @@ SearchArea PinPointPlate::area(const PlateGeometry& plate) const {
 std::vector<CatalogStar> PinPointPlate::starsIn(const SearchArea& around) {
     ConeQuery query = around.query(julianYear(exposureTime()), faintest_);
     query.brightestMagnitude = brightest_;
-    return catalogue().cone(query);
+    const auto catalog = catalogue();
+    return catalog->cone(query);
 }
 
 platform::Instant PinPointPlate::exposureTime() const {

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "observatory/catalogs/vizier_catalog.h"
 #include "observatory/sky/fits_image.h"
 #include "observatory/sky/star_catalog.h"
 #include "observatory/solver/plate_frame.h"
@@ -27,7 +28,9 @@ class PinPointPlate : public platform::DispatchObject {
   public:
     using BuiltInStars = std::function<std::shared_ptr<const StarCatalog>()>;
 
-    PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders, BuiltInStars builtIn);
+    /// The network is used only by the catalogues that stay there.
+    PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders, BuiltInStars builtIn,
+                  NetworkAccess network = {});
 
   private:
     void addCatalogMembers();
@@ -47,7 +50,7 @@ class PinPointPlate : public platform::DispatchObject {
     void updateFits();
 
     FitsImage& image();
-    const StarCatalog& catalogue();
+    std::shared_ptr<const StarCatalog> catalogue();
     void setCatalogPath(const std::string& folder);
     SearchArea area(const PlateGeometry& geometry) const;
     PlateGeometry geometry(double scaleX, double scaleY) const;
@@ -60,6 +63,7 @@ class PinPointPlate : public platform::DispatchObject {
     const platform::Clock& clock_;
     const platform::FolderMap& folders_;
     BuiltInStars builtIn_;
+    NetworkAccess network_;
 
     int catalogNumber_ = 3;
     double catalogExpansion_ = 0.3;

@@ -1,9 +1,11 @@
 #include "observatory/solver/pin_point_plate.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "observatory/sky/tycho_catalog.h"
 #include "platform/image_array.h"
+#include "support/catalog_trees.h"
 #include "support/star_field.h"
 #include "support/temp_folder.h"
 
@@ -32,6 +34,15 @@ class PinPointPlateTest : public testing::Test {
         field.wcs = test::wcsFor(field.width, field.height, kCentre, kScale, 35, false);
         writeFits(file(), field.width, field.height,
                   test::drawField(TychoCatalog::openBuiltIn().get(), field), cards);
+    }
+
+    /// A plate of one degree around the zero of both coordinates, without a picture of it.
+    void lookAtOrigin() {
+        plate_.put("ImageArray", platform::ImageRef(std::make_shared<platform::ImageArray>(
+                                     6, 6, std::vector<std::int32_t>(36, 1))));
+        plate_.put("CatalogExpansion", 0);
+        plate_.put("Equinox", 2000);
+        start({0, 0}, 600);
     }
 
     std::filesystem::path file() const { return folder_ / "c" / "field.fits"; }
@@ -160,14 +171,55 @@ TEST_F(PinPointPlateTest, SaysWhichCatalogueItUsesAndRefusesEmptyFolders) {
     EXPECT_GT(plate_.get("CatalogStars").toObject()->get("Count").toInt(), 50);
 }
 
+TEST_F(PinPointPlateTest, TakesTheCatalogueOfItsNumberOrOneThatServesForAll) {
+    const auto ucac2 = folder_ / "d" / "Ucac2";
+    test::writeUcac2(ucac2 / "u2", {{0, 0, 9.5}, {0.1, 0.1, 10.5}});
+    const auto cells = folder_ / "d" / "Cells";
+    test::writeCells(cells, {{0, 0, 9.5}, {0.1, 0.1, 10.5}, {359.9, 0, 11}}, "d05", "290", 5);
+    struct Case {
+        int number;
+        const char* path;
+        int stars;  // -1: refused
+    };
+    const Case cases[] = {{6, R"(D:\Ucac2)", 2},   {7, R"(D:\Ucac2)", -1}, {0, R"(D:\Ucac2)", -1},
+                          {6, R"(D:\Cells)", 3},   {1, R"(D:\Cells)", 3},  {8, R"(D:\Cells)", 3},
+                          {8, R"(D:\Nowhere)", -1}};
+    for (const Case& c : cases) {
+        lookAtOrigin();
+        plate_.put("Catalog", c.number);
+        plate_.put("CatalogPath", "");
+        if (c.stars < 0) {
+            EXPECT_THAT(failureOf([&] { plate_.put("CatalogPath", c.path); }),
+                        testing::HasSubstr("no star catalogue"));
+            continue;
+        }
+        plate_.put("CatalogPath", c.path);
+        EXPECT_EQ(plate_.get("CatalogPath").toText(), c.path);
+        EXPECT_TRUE(plate_.call("FindCatalogStars").toBool());
+        EXPECT_EQ(plate_.get("CatalogStars").toObject()->get("Count").toInt(), c.stars) << c.number;
+    }
+    // A disc that is no longer whole is told by the look-up.
+    std::filesystem::remove(ucac2 / "u2" / "z181");
+    plate_.put("Catalog", 6);
+    plate_.put("CatalogPath", R"(D:\Ucac2)");
+    EXPECT_THAT(failureOf([&] { plate_.call("FindCatalogStars"); }), testing::HasSubstr("z181"));
+}
+
+TEST_F(PinPointPlateTest, TakesInternetForTheCataloguesOfTheNetwork) {
+    lookAtOrigin();
+    for (const int number : {8, 9}) {
+        plate_.put("Catalog", number);
+        plate_.put("CatalogPath", "Internet");
+        EXPECT_EQ(plate_.get("CatalogPath").toText(), "Internet");
+        EXPECT_THAT(failureOf([&] { plate_.call("FindCatalogStars"); }),
+                    testing::HasSubstr("needs the network"));
+    }
+}
+
 // The look-up without a picture that proves catalogue and folder.
 TEST_F(PinPointPlateTest, LooksUpStarsForAnImageArray) {
-    plate_.put("ImageArray", platform::ImageRef(std::make_shared<platform::ImageArray>(
-                                 6, 6, std::vector<std::int32_t>(36, 1))));
-    plate_.put("CatalogExpansion", 0);
-    plate_.put("Equinox", 2000);
+    lookAtOrigin();
     plate_.put("ProjectionType", 1);
-    start({0, 0}, 600);
     plate_.put("CatalogMaximumMagnitude", 20);
     EXPECT_TRUE(plate_.call("FindCatalogStars").toBool());
     EXPECT_GT(plate_.get("CatalogStars").toObject()->get("Count").toInt(), 10);

@@ -1,0 +1,92 @@
+#include "observatory/catalogs/vizier_table.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "observatory/sky/field_number.h"
+#include "observatory/sky/star_catalog.h"
+
+namespace vantrel::observatory {
+
+namespace {
+
+constexpr std::size_t kMostWords = 300;  // of the service's own that a message passes on
+
+/// Takes the first line off the text.
+std::string_view nextLine(std::string_view& text) {
+    const auto end = text.find('\n');
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+    return line;
+}
+
+bool isBeside(std::string_view line) { return line.starts_with('#') || trimmed(line).empty(); }
+
+bool isRule(std::string_view line) {
+    return !trimmed(line).empty() && line.find_first_not_of("-\t ") == std::string_view::npos;
+}
+
+std::vector<std::string_view> fieldsOf(std::string_view line) {
+    std::vector<std::string_view> fields;
+    for (;;) {
+        const auto tab = line.find('\t');
+        fields.push_back(trimmed(line.substr(0, tab)));
+        if (tab == std::string_view::npos) return fields;
+        line.remove_prefix(tab + 1);
+    }
+}
+
+[[noreturn]] void refuse(std::string_view words) {
+    std::string text(words.substr(0, kMostWords));
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, ' ');
+    throw CatalogError("the answer of the catalogue service holds no table" +
+                       (text.empty() ? "" : ": " + text));
+}
+
+}  // namespace
+
+VizierTable::VizierTable(std::string_view answer) {
+    std::string_view last;  // of the comments that say something
+    std::string_view names;
+    while (!answer.empty() && names.empty()) {
+        const std::string_view line = nextLine(answer);
+        if (!isBeside(line))
+            names = line;
+        else if (line.size() > 1)
+            last = line.substr(1);
+    }
+    if (names.empty()) refuse(trimmed(last));
+    nextLine(answer);  // units
+    if (!isRule(nextLine(answer))) refuse(trimmed(names));
+    names_ = fieldsOf(names);
+    rows_ = answer;
+}
+
+std::optional<std::size_t> VizierTable::column(std::string_view name) const {
+    const auto found = std::find(names_.begin(), names_.end(), name);
+    if (found == names_.end()) return std::nullopt;
+    return static_cast<std::size_t>(found - names_.begin());
+}
+
+void VizierTable::eachRow(const std::function<void(const Row&)>& visit) const {
+    for (std::string_view rest = rows_; !rest.empty();) {
+        const std::string_view line = nextLine(rest);
+        if (isBeside(line)) return;
+        const auto fields = fieldsOf(line);
+        visit(Row(fields));
+    }
+}
+
+std::optional<double> VizierTable::Row::number(std::optional<std::size_t> column) const {
+    if (!column || *column >= fields_.size()) return std::nullopt;
+    const auto value = fieldNumber(fields_[*column]);
+    if (value && std::isnan(*value))
+        throw CatalogError("the answer of the catalogue service has \"" +
+                           std::string(fields_[*column].substr(0, kMostWords)) +
+                           "\" in the place of a number");
+    return value;
+}
+
+}  // namespace vantrel::observatory

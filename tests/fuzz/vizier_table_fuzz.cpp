@@ -1,0 +1,14 @@
+// Answers of the catalogue service, as text from the network.
+#include "fuzz/scratch_folder.h"
+#include "observatory/catalogs/vizier_catalog.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace vantrel::observatory;
+    for (const VizierSource* source : {&usnoBSource(), &nomadSource()}) {
+        try {
+            source->stars(vantrel::fuzz::textOf(data, size));
+        } catch (const CatalogError&) {  // what is no table of stars gets
+        }
+    }
+    return 0;
+}
