@@ -2,6 +2,7 @@
 // the built-in simulator. With QT_SCALE_FACTOR set, the names end in the scale.
 #include <QApplication>
 #include <QDir>
+#include <QLabel>
 #include <QTabWidget>
 #include <algorithm>
 #include <cstdio>
@@ -58,23 +59,31 @@ void takePictures(const QString& folder, bool byNight) {
     if (byNight) night.user.settings.write("PolarAlign", "GreenColors", "1");
     const Pictures pictures(night, folder, byNight);
     const auto shown = [&](const char* form) { return night.program.window(form).isVisible(); };
+    const auto press = [&](const char* button) {
+        dynamic_cast<platform::Button&>(*night.program.screen().findControl(button)).click();
+    };
+    const auto says = [&](const char* text) { return night.instructions().find(text) != std::string::npos; };
     night.pass({
         {[&] { return shown("frmPopupMsg"); }, [&] { pictures.take("frmPopupMsg", "popup"); }},
-        {[&] { return night.started(); },
+        {[&] { return night.started(); }, [&] { night.program.screen().find("frmSimulator")->show(); }},
+        {[&] { return shown("frmSimulator"); },
          [&] {
+             pictures.take("frmSimulator", "simulator-camera", 1);
+             press("frmSimulator.cmdCenterStar");
+         }},
+        {[&] {
+             const auto& window = night.program.window("frmSimulator");
+             return widgetOf<QLabel>(window, "lblStatus").text().endsWith("in the middle of the picture.");
+         },
+         [&] {
+             pictures.take("frmSimulator", "simulator");
+             press("frmSimulator.cmdSync");
              night.typeInto("txtDeltaRA", "15");
              night.click("cmdRun");
          }},
         {[&] { return night.isLit("lblFrame2") && night.isLit("lblExpose"); },
          [&] { pictures.take("frmMain", "run"); }},
-        {[&] { return night.enabled("cmdNext"); },
-         [&] { night.program.screen().find("frmSimulator")->show(); }},
-        {[&] { return shown("frmSimulator"); },
-         [&] {
-             pictures.take("frmSimulator", "simulator");
-             pictures.take("frmSimulator", "simulator-camera", 1);
-             night.click("cmdPolarPlot");
-         }},
+        {[&] { return night.enabled("cmdNext"); }, [&] { night.click("cmdPolarPlot"); }},
         {[&] { return shown("frmPolarPlot"); },
          [&] {
              pictures.take("frmMain", "measured");
@@ -84,7 +93,17 @@ void takePictures(const QString& folder, bool byNight) {
              pictures.take("frmLog", "log");
              pictures.take("frmTelescope", "telescope");
              pictures.take("frmMain", "measured");
-             night.click("cmdSkip");
+             night.click("cmdNext");
+         }},
+        {[&] { return says("place") && night.isLit("lblExpose"); },
+         [&] {
+             pictures.take("frmMain", "placing");
+             night.click("cmdNext");
+         }},
+        {[&] { return says("Center Star") && night.isLit("lblExpose"); },
+         [&] {
+             pictures.take("frmMain", "centering");
+             night.click("cmdStop");
          }},
         {[&] { return night.enabled("cmdRun"); }, [] {}},
     });
