@@ -1,6 +1,19 @@
 #include "observatory/panel/frm_simulator.h"
 
+#include <algorithm>
+
 namespace vantrel::observatory {
+namespace {
+
+/// In the lower right corner, beside the window that the operator reads meanwhile.
+platform::Rectangle firstPlace(const platform::Rectangle& area) {
+    constexpr int kWidth = 700;
+    constexpr int kHeight = 650;  // with a title bar
+    return {area.left + std::max(0, area.width - kWidth), area.top + std::max(0, area.height - kHeight), 560,
+            480};
+}
+
+}  // namespace
 
 frmSimulator::Adjuster::Adjuster(Form& form, const std::string& name)
     : turns{platform::Button(form, name + "(0)", "10'"),  platform::Button(form, name + "(1)", "1'"),
@@ -8,7 +21,7 @@ frmSimulator::Adjuster::Adjuster(Form& form, const std::string& name)
             platform::Button(form, name + "(4)", "1'"),   platform::Button(form, name + "(5)", "10'")} {}
 
 frmSimulator::frmSimulator(platform::Screen& screen)
-    : Form(screen, "frmSimulator", "Polar Axis Simulator", {60, 60, 560, 480}),
+    : Form(screen, "frmSimulator", "Polar Axis Simulator", firstPlace(screen.workArea())),
       txtAzimuthError(*this, "txtAzimuthError"),
       txtElevationError(*this, "txtElevationError"),
       azimuth(*this, "cmdAzimuth"),
