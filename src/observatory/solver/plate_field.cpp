@@ -1,5 +1,6 @@
 #include "observatory/solver/plate_field.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vantrel::observatory {
@@ -10,6 +11,8 @@ constexpr double kCatalogueErrorArcsec = 0.25;
 constexpr double kCentroidErrorPixels = 0.5;
 constexpr double kCentroidErrorBins = 0.15;
 
+}  // namespace
+
 std::vector<PlanePoint> pointsOf(std::span<const ImageStar> stars) {
     std::vector<PlanePoint> points;
     points.reserve(stars.size());
@@ -17,12 +20,19 @@ std::vector<PlanePoint> pointsOf(std::span<const ImageStar> stars) {
     return points;
 }
 
-}  // namespace
-
 double PlateGeometry::diagonalDeg() const {
     const double x = std::tan(width * scaleX / 2 * kArcsecond);
     const double y = std::tan(height * scaleY / 2 * kArcsecond);
     return 2 * std::atan(std::hypot(x, y)) / kDegree;
+}
+
+double PlateGeometry::positionError() const {
+    const double catalogue = kCatalogueErrorArcsec / std::sqrt(scaleX * scaleY);
+    return std::hypot(kCentroidErrorPixels, kCentroidErrorBins * binning, catalogue);
+}
+
+double PlateGeometry::lensError() const {
+    return 0.0005 + 0.006 * std::min(1.0, diagonalDeg() * diagonalDeg() / 900);
 }
 
 PlateField::PlateField(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
@@ -32,11 +42,6 @@ PlateField::PlateField(const PlateGeometry& geometry, std::span<const ImageStar>
     for (const CatalogStar& star : catalogStars) {
         catalogue_.push_back(direction(star.raDeg * kDegree, star.decDeg * kDegree));
     }
-}
-
-double PlateField::positionError() const {
-    const double catalogue = kCatalogueErrorArcsec / std::sqrt(geometry_.scaleX * geometry_.scaleY);
-    return std::hypot(kCentroidErrorPixels, kCentroidErrorBins * geometry_.binning, catalogue);
 }
 
 }  // namespace vantrel::observatory

@@ -22,7 +22,15 @@ struct PlateGeometry {
 
     PixelPosition centre() const { return {(width - 1) / 2, (height - 1) / 2}; }
     double diagonalDeg() const;
+    /// What star positions in the image are likely to be wrong by, pixels.
+    double positionError() const;
+    /// Relative error of lengths in the image for want of a lens model: small telescopes have none to speak
+    /// of.
+    double lensError() const;
 };
+
+/// The places of stars in the image.
+std::vector<PlanePoint> pointsOf(std::span<const ImageStar> stars);
 
 class PlateField {
   public:
@@ -35,9 +43,6 @@ class PlateField {
     const StarGrid& image() const { return image_; }
     PixelPosition pixel(std::size_t i) const { return {image_.points()[i].x, image_.points()[i].y}; }
     std::span<const Vector3> catalogue() const { return catalogue_; }
-
-    /// What star positions in the image are likely to be wrong by, pixels.
-    double positionError() const;
 
   private:
     PlateGeometry geometry_;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "observatory/solver/attitude.h"
 #include "observatory/solver/triangle_index.h"
 
 namespace vantrel::observatory {
@@ -23,8 +24,7 @@ constexpr std::size_t kTestedStars = 40;
 constexpr std::size_t kHopeless = 14;  // a hypothesis without a hit among so many stars is dropped
 constexpr std::size_t kHypothesesAtMost = 80'000;
 constexpr std::size_t kRefinementsAtMost = 400;
-constexpr double kUnlucky = 1e-3;     // hypotheses that chance alone would let pass to refinement
-constexpr double kSkewAtMost = 0.04;  // departure from a similarity that no camera shows
+constexpr double kUnlucky = 1e-3;  // hypotheses that chance alone would let pass to refinement
 
 /// Extra hits that chance reaches with a probability below kUnlucky when it makes `expected` on average.
 std::size_t hitsNeeded(double expected) {
@@ -39,11 +39,6 @@ std::size_t hitsNeeded(double expected) {
     return std::max<std::size_t>(2, hits);
 }
 
-/// Relative error of lengths in the image for want of a lens model: small telescopes have none to speak of.
-double distortion(double diagonalDeg) {
-    return 0.0005 + 0.006 * std::min(1.0, diagonalDeg * diagonalDeg / 900);
-}
-
 class Matcher {
   public:
     Matcher(const PlateField& field, SkyPosition centre, double radiusDeg, const MatchSettings& settings)
@@ -53,8 +48,8 @@ class Matcher {
           centre_(centre),
           radiusDeg_(std::min(radiusDeg, 60.0)),
           pixel_(std::sqrt(geometry_.scaleX * geometry_.scaleY) * kArcsecond),
-          error_(1.5 * field.positionError()),
-          distortion_(distortion(geometry_.diagonalDeg())),
+          error_(1.5 * geometry_.positionError()),
+          distortion_(geometry_.lensError()),
           scaleReach_(-std::log(1 - settings.scaleTolerance) + 0.005),
           leastStretch_(std::exp(-scaleReach_)),
           mostStretch_(std::exp(scaleReach_)),
@@ -74,13 +69,6 @@ class Matcher {
     }
 
   private:
-    /// Rows: east, north and outwards at a place.
-    static Matrix3 axesAt(SkyPosition p) {
-        const Vector3 outwards = direction(p.ra * kDegree, p.dec * kDegree);
-        const Vector3 east = {-std::sin(p.ra * kDegree), std::cos(p.ra * kDegree), 0};
-        return {east, cross(outwards, east), outwards};
-    }
-
     static std::vector<Vector3> rotated(std::span<const Vector3> stars, const Matrix3& rotation) {
         std::vector<Vector3> result;
         result.reserve(stars.size());
@@ -166,47 +154,30 @@ class Matcher {
         return plate;
     }
 
-    struct Attitude {
-        Matrix3 toSky{};     ///< camera to cone axes
-        double hand = 1;     ///< -1: the camera's y axis is reversed (mirrored image)
-        double stretch = 1;  ///< of the given scale
+    /// A hypothesis; the sky's axes are the cone's.
+    struct Hypothesis {
+        Attitude attitude;
         PixelPosition anchor;
         double size = 0;  ///< of the triangle, pixels
     };
 
-    static double handOf(const Vector3& a, const Vector3& b, const Vector3& c) {
-        return dot(a, cross(b, c)) < 0 ? -1 : 1;
-    }
-
-    /// Three orthogonal axes laid through two directions.
-    static Matrix3 axesThrough(const Vector3& a, const Vector3& b) {
-        const Vector3 middle = normalized({a[0] + b[0], a[1] + b[1], a[2] + b[2]});
-        const Vector3 normal = normalized(cross(a, b));
-        return {middle, cross(normal, middle), normal};
-    }
-
-    Attitude attitudeOf(const Triangle& image, const Triangle& sky, double stretch) const {
+    Hypothesis hypothesisOf(const Triangle& image, const Triangle& sky, double stretch) const {
         std::array<Vector3, 3> camera;
+        std::array<Vector3, 3> there;
         for (std::size_t i = 0; i < 3; ++i) {
             const PlanePoint p = inCamera(image.corners[i], stretch);
             camera[i] = normalized({p.x, p.y, 1});
+            there[i] = sky_[sky.corners[i]];
         }
-        Attitude attitude;
-        attitude.stretch = stretch;
-        attitude.hand = handOf(camera[0], camera[1], camera[2]) *
-                        handOf(sky_[sky.corners[0]], sky_[sky.corners[1]], sky_[sky.corners[2]]);
-        for (Vector3& v : camera) v[1] *= attitude.hand;
-        attitude.toSky = transposed(axesThrough(sky_[sky.corners[0]], sky_[sky.corners[1]])) *
-                         axesThrough(camera[0], camera[1]);
         const PixelPosition a = field_.pixel(image.corners[0]);
         const PixelPosition b = field_.pixel(image.corners[1]);
-        attitude.anchor = {(a.x + b.x) / 2, (a.y + b.y) / 2};
-        attitude.size = std::hypot(a.x - b.x, a.y - b.y);
-        return attitude;
+        return {Attitude::of(camera, there, stretch),
+                {(a.x + b.x) / 2, (a.y + b.y) / 2},
+                std::hypot(a.x - b.x, a.y - b.y)};
     }
 
     std::optional<RefinedPlate> tryHypothesis(const Triangle& image, const Triangle& sky, double stretch) {
-        const Attitude attitude = attitudeOf(image, sky, stretch);
+        const Hypothesis hypothesis = hypothesisOf(image, sky, stretch);
         const std::size_t tested = std::min(kTestedStars, field_.imageCount());
         const double pixel = pixel_ * stretch;
         const double density =
@@ -217,60 +188,45 @@ class Matcher {
             if (i == image.corners[0] || i == image.corners[1] || i == image.corners[2]) continue;
             if (i == kHopeless && hits == 0) return std::nullopt;
             const PlanePoint p = inCamera(i, stretch);
-            const Vector3 there = attitude.toSky * Vector3{p.x, p.y * attitude.hand, 1};
+            const Vector3 there = hypothesis.attitude.skyOf({p.x, p.y, 1});
             if (there[2] <= 0.1) continue;
             const PlanePoint at{there[0] / there[2], there[1] / there[2]};
             const double spread = 1 + at.x * at.x + at.y * at.y;
-            const double radius = toleranceAt(attitude, field_.pixel(i)) * pixel * spread;
+            const double radius = toleranceAt(hypothesis, field_.pixel(i)) * pixel * spread;
             expected += density * std::numbers::pi * radius * radius;
             if (skyGrid_.nearest(at, radius) >= 0) ++hits;
         }
         if (hits < 2 || hits < hitsNeeded(expected)) return std::nullopt;
         ++refinements_;
-        return refined(attitude);
+        return refined(hypothesis);
     }
 
     /// Pixels by which a star may miss its predicted place: errors of the triangle grow with the distance
     /// from it.
-    double toleranceAt(const Attitude& attitude, PixelPosition p) const {
-        const double dx = p.x - attitude.anchor.x;
-        const double dy = p.y - attitude.anchor.y;
+    double toleranceAt(const Hypothesis& hypothesis, PixelPosition p) const {
+        const double dx = p.x - hypothesis.anchor.x;
+        const double dy = p.y - hypothesis.anchor.y;
         const double away = std::sqrt(dx * dx + dy * dy);
-        return error_ * (1 + away / attitude.size) + distortion_ * away;
+        return error_ * (1 + away / hypothesis.size) + distortion_ * away;
     }
 
-    std::optional<RefinedPlate> refined(const Attitude& attitude) const {
-        const Matrix3 toIcrs = transposed(toCone_) * attitude.toSky;
-        const Vector3 ahead = toIcrs * Vector3{0, 0, 1};
-        const SkyPosition tangent{std::atan2(ahead[1], ahead[0]) / kDegree,
-                                  std::asin(std::clamp(ahead[2], -1.0, 1.0)) / kDegree};
-        const Matrix3 axes = axesAt(tangent);
-        const Vector3 column = axes * (toIcrs * Vector3{1, 0, 0});
-        const Vector3 row = axes * (toIcrs * Vector3{0, attitude.hand, 0});
-        const double x = geometry_.scaleX / 3600 * attitude.stretch;
-        const double y = geometry_.scaleY / 3600 * attitude.stretch;
-        const auto model =
-            PlateModel::linear(geometry_.centre(), tangent, (geometry_.width + geometry_.height) / 4,
-                               {column[0] * x, row[0] * y, column[1] * x, row[1] * y});
+    std::optional<RefinedPlate> refined(const Hypothesis& hypothesis) const {
+        Attitude attitude = hypothesis.attitude;
+        attitude.toSky = transposed(toCone_) * attitude.toSky;
         RefinementSettings settings;
-        settings.anchor = attitude.anchor;
-        settings.anchorRadius = 2 * attitude.size;
+        settings.anchor = hypothesis.anchor;
+        settings.anchorRadius = 2 * hypothesis.size;
         settings.firstTolerance = std::max(
-            2 * error_, toleranceAt(attitude, {attitude.anchor.x + attitude.size, attitude.anchor.y}) * 1.2);
+            2 * error_,
+            toleranceAt(hypothesis, {hypothesis.anchor.x + hypothesis.size, hypothesis.anchor.y}) * 1.2);
         settings.maximumResidualArcsec = settings_.maximumResidualArcsec;
-        auto plate = refinePlate(field_, model, settings);
+        auto plate = refinePlate(field_, attitude.model(geometry_), settings);
         return plate && credible(*plate) ? plate : std::nullopt;
     }
 
     bool credible(const RefinedPlate& plate) const {
-        const auto cd = plate.model.matrix();
-        const double hand = cd[0] * cd[3] - cd[1] * cd[2] < 0 ? -1 : 1;
-        const double ratio = geometry_.scaleX / geometry_.scaleY;
-        const double size = std::hypot(cd[0], cd[2]);
-        const double skew = std::hypot(cd[0] - hand * cd[3] * ratio, cd[1] * ratio + hand * cd[2]) / size;
-        const double stretch = size * 3600 / geometry_.scaleX;
-        return plate.matched >= settings_.minimumMatches && skew < kSkewAtMost &&
-               std::abs(std::log(stretch)) < scaleReach_ + kSkewAtMost &&
+        return plate.matched >= settings_.minimumMatches &&
+               isPlausible(plate.model, geometry_, scaleReach_) &&
                plate.chanceLog10 + std::log10(static_cast<double>(hypotheses_)) < settings_.chanceLimitLog10;
     }
 

@@ -46,7 +46,7 @@ class Refiner {
             if (!better) return std::nullopt;
             model = better->model;
             const double rms = better->rms;
-            const double floor = std::max(kLeastTolerance, 1.5 * field_.positionError());
+            const double floor = std::max(kLeastTolerance, 1.5 * geometry_.positionError());
             tolerance = std::clamp(std::max(2.5 * rms, 0.6 * tolerance),
                                    std::min(floor, settings_.firstTolerance), settings_.firstTolerance);
             if (settings_.maximumResidualArcsec > 0) {

@@ -16,11 +16,12 @@ constexpr std::size_t kFinalImageStars = 2000;
 double capArea(double radiusDeg) { return 2 * std::numbers::pi * (1 - std::cos(radiusDeg * kDegree)); }
 
 /// One more fit with all stars of the image, which the search had no need of.
-RefinedPlate finished(const PlateField& field, const RefinedPlate& plate, const MatchSettings& settings) {
+RefinedPlate refinedWithAll(const PlateField& field, const RefinedPlate& plate,
+                            double maximumResidualArcsec) {
     RefinementSettings all;
     all.imageStars = kFinalImageStars;
-    all.firstTolerance = std::max(2.0 * field.positionError(), 5 * plate.rmsPixels);
-    all.maximumResidualArcsec = settings.maximumResidualArcsec;
+    all.firstTolerance = std::max(2.0 * field.geometry().positionError(), 5 * plate.rmsPixels);
+    all.maximumResidualArcsec = maximumResidualArcsec;
     const auto better = refinePlate(field, plate.model, all);
     return better && better->matched >= plate.matched ? *better : plate;
 }
@@ -55,9 +56,14 @@ std::optional<PlateSolution> solvePlate(const PlateGeometry& geometry, std::span
     const PlateField field(geometry, imageStars, catalogStars);
     const auto found = matchPlate(field, area.centre, area.radiusDeg, settings);
     if (!found) return std::nullopt;
-    const RefinedPlate plate = finished(field, *found, settings);
+    return finishedPlate(field, *found, settings.maximumResidualArcsec);
+}
+
+PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found,
+                            double maximumResidualArcsec) {
+    const RefinedPlate plate = refinedWithAll(field, found, maximumResidualArcsec);
     PlateSolution solution;
-    solution.centre = plate.model.toSky(geometry.centre());
+    solution.centre = plate.model.toSky(field.geometry().centre());
     solution.cd = plate.model.matrix();
     solution.orientation = orientationOf(solution.cd);
     solution.matched = plate.matched;

@@ -33,6 +33,9 @@ std::optional<PlateSolution> solvePlate(const PlateGeometry& geometry, std::span
                                         const SearchArea& area, std::span<const CatalogStar> catalogStars,
                                         const MatchSettings& settings);
 
+/// What a plate tells that has been recognised: fitted once more with all stars of the image.
+PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found, double maximumResidualArcsec);
+
 /// The solution as world coordinates for a header: reference pixel at the image's centre, linear terms only.
 TangentWcs wcsOf(const PlateSolution& solution, const PlateGeometry& geometry);
 
