@@ -33,6 +33,8 @@ class TychoCatalog : public StarCatalog {
     std::filesystem::path folder() const override { return path_.parent_path(); }
 
     std::uint32_t starCount() const { return starCount_; }
+    /// Of the file's contents, as the file tells it: what is made of the catalogue is known by it.
+    std::uint32_t checksum() const { return checksum_; }
 
     /// Reads the whole file and compares its check sum: true when the file is as it was written.
     bool verify() const;

@@ -1,0 +1,41 @@
+#include "observatory/solver/pattern_store.h"
+
+#include <cstdlib>
+#include <system_error>
+
+namespace vantrel::observatory {
+
+std::filesystem::path userCacheFolder() {
+    if (const char* cache = std::getenv("XDG_CACHE_HOME"); cache != nullptr && cache[0] == '/')
+        return std::filesystem::path(cache) / "vantrel";
+    if (const char* home = std::getenv("HOME"); home != nullptr && home[0] != '\0')
+        return std::filesystem::path(home) / ".cache" / "vantrel";
+    return {};
+}
+
+std::shared_ptr<const StarPatterns> patternsOf(const TychoCatalog& catalog,
+                                               const std::filesystem::path& cacheFolder,
+                                               const std::function<void(const std::string&)>& tell) {
+    std::error_code failed;
+    for (const auto& folder : {catalog.folder(), cacheFolder}) {
+        const auto file = folder / kPatternFileName;
+        if (folder.empty() || !std::filesystem::exists(file, failed)) continue;
+        try {
+            return StarPatterns::open(file, catalog.checksum());
+        } catch (const PatternError& e) {
+            tell(e.what());
+        }
+    }
+    tell("making the star patterns for searches without a position");
+    auto patterns = StarPatterns::build(catalog, catalog.checksum());
+    if (cacheFolder.empty()) return patterns;
+    std::filesystem::create_directories(cacheFolder, failed);
+    try {
+        patterns->save(cacheFolder / kPatternFileName);
+    } catch (const PatternError& e) {
+        tell(e.what());
+    }
+    return patterns;
+}
+
+}  // namespace vantrel::observatory

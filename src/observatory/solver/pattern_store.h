@@ -1,0 +1,28 @@
+// Where the star patterns live between two runs.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "observatory/sky/tycho_catalog.h"
+#include "observatory/solver/star_patterns.h"
+
+namespace vantrel::observatory {
+
+inline constexpr const char* kPatternFileName = "tycho2_patterns.bin";
+
+/// The user's folder for what can be made again: XDG_CACHE_HOME or ~/.cache, and in it "vantrel". Empty when
+/// the environment names neither.
+std::filesystem::path userCacheFolder();
+
+/// The patterns of the catalogue: from the file beside it, else from the one in the cache folder, else made
+/// anew (a few seconds) and put into the cache folder for the next time. `tell` gets one line about whatever
+/// is worth knowing: a file that can't be used, the making, a cache that can't be written. Never fails for
+/// want of a file; an empty cache folder means that nothing is kept.
+std::shared_ptr<const StarPatterns> patternsOf(const TychoCatalog& catalog,
+                                               const std::filesystem::path& cacheFolder,
+                                               const std::function<void(const std::string&)>& tell);
+
+}  // namespace vantrel::observatory
