@@ -16,9 +16,12 @@
 #include <nlohmann/json.hpp>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/tycho_catalog.h"
 #include "observatory/solver/catalog_choice.h"
 #include "observatory/solver/exposure_facts.h"
+#include "observatory/solver/pattern_store.h"
 #include "observatory/solver/plate_solver.h"
+#include "observatory/solver/wide_search.h"
 #include "platform/text.h"
 
 namespace {
@@ -27,12 +30,16 @@ using namespace vantrel;
 using namespace vantrel::observatory;
 
 constexpr const char* kUsage =
-    "usage: vantrel-solve FILE --ra HOURS --dec DEG [--scale ARCSEC_PER_PX] [--radius DEG]\n"
+    "usage: vantrel-solve FILE [--ra HOURS --dec DEG] [--scale ARCSEC_PER_PX] [--radius DEG]\n"
     "                     [--catalog FOLDER --catalog-number N] [--json] [--wcs OUT.fits]\n"
     "\n"
     "  --ra, --dec   about where the image points, J2000; left out, the header must tell\n"
-    "  --scale       arcseconds per pixel, within 15 %; left out, the header must tell\n"
-    "  --radius      how far off the position may be (default: the image's diagonal, at least 1.5)\n"
+    "                unless the radius is 180\n"
+    "  --scale       arcseconds per pixel, within 15 %; left out, the header must tell, or the\n"
+    "                radius is wide: then fields 0.3 to 30 degrees wide are tried\n"
+    "  --radius      how far off the position may be (default: the image's diagonal, at least 1.5);\n"
+    "                a wider one, 180 being all the sky, uses star patterns that the first such\n"
+    "                search makes and keeps in the user's cache folder\n"
     "  --catalog     folder of another star catalogue, with its number\n"
     "  --json        print the solution as one JSON object\n"
     "  --wcs         write a copy of the image with the solution in its header\n";
@@ -80,7 +87,7 @@ Options parsed(const std::vector<std::string>& arguments) {
         else if (name == "--scale")
             options.scale = numberIn(name, value(), 0.01, 1000);
         else if (name == "--radius")
-            options.radius = numberIn(name, value(), 0, 30);
+            options.radius = numberIn(name, value(), 0, 180);
         else if (name == "--catalog")
             options.catalog = value();
         else if (name == "--catalog-number")
@@ -109,7 +116,6 @@ std::vector<double> scalesFor(const Options& options, const FitsHeader& header) 
         const bool covered = options.scale && std::abs(scale / *options.scale - 1) < 0.1;
         if (!covered) scales.push_back(scale);
     }
-    if (scales.empty()) throw BadInput(options.file + ": the header tells no scale, give --scale");
     return scales;
 }
 
@@ -119,29 +125,84 @@ struct Outcome {
     std::size_t starsFound = 0;
 };
 
-Outcome solve(const Options& options, const FitsImage& image) {
-    const auto catalog = openCatalog(options.catalog, options.catalogNumber);
-    std::optional<SkyPosition> start = headerTarget(image.header());
-    if (options.dec) start = SkyPosition{*options.raHours * 15, *options.dec};
-    if (!start) throw BadInput(options.file + ": the header tells no position, give --ra and --dec");
-    const auto date = exposureStart(image.header());
-    const double epoch = date ? julianYear(*date) : kCatalogEpoch;
-
-    Outcome outcome;
-    const auto scales = scalesFor(options, image.header());
-    const StarList found = findStars(image, {});
-    outcome.starsFound = found.stars.size();
-    for (const double scale : scales) {
-        outcome.geometry = {static_cast<double>(image.width()), static_cast<double>(image.height()), scale,
-                            scale, found.binning};
-        const double offset = options.radius.value_or(std::max(kLeastOffset, outcome.geometry.diagonalDeg()));
-        const SearchArea area = searchArea(outcome.geometry, *start, offset, found.stars.size());
-        const auto stars = catalog->cone(area.query(epoch, 99));
-        outcome.solution = solvePlate(outcome.geometry, found.stars, area, stars, {});
-        if (outcome.solution) break;
+class Solving {
+  public:
+    Solving(const Options& options, const FitsImage& image)
+        : options_(options),
+          image_(image),
+          start_(startFor(options, image.header())),
+          scales_(scalesFor(options, image.header())),
+          catalog_(openCatalog(options.catalog, options.catalogNumber)) {
+        const double radius = options.radius.value_or(0);
+        if (!start_ && radius < 180)
+            throw BadInput(options.file +
+                           ": the header tells no position, give --ra and --dec (or --radius 180)");
+        if (scales_.empty() && radius <= kLeastOffset)
+            throw BadInput(options.file + ": the header tells no scale, give --scale");
+        if (const auto date = exposureStart(image.header())) epoch_ = julianYear(*date);
     }
-    return outcome;
-}
+
+    Outcome run() {
+        const StarList found = findStars(image_, {});
+        outcome_.starsFound = found.stars.size();
+        for (const double scale : scales_) {
+            if (start_ && solveNear(found, scale)) return outcome_;
+        }
+        if (wide_ || !start_ || scales_.empty()) solveWide(found);
+        return outcome_;
+    }
+
+  private:
+    static std::optional<SkyPosition> startFor(const Options& options, const FitsHeader& header) {
+        if (options.dec) return SkyPosition{*options.raHours * 15, *options.dec};
+        return headerTarget(header);
+    }
+
+    PlateGeometry geometryOf(const StarList& found, double scale) const {
+        return {static_cast<double>(image_.width()), static_cast<double>(image_.height()), scale, scale,
+                found.binning};
+    }
+
+    bool solveNear(const StarList& found, double scale) {
+        outcome_.geometry = geometryOf(found, scale);
+        const double customary = std::max(kLeastOffset, outcome_.geometry.diagonalDeg());
+        wide_ = wide_ || options_.radius.value_or(0) > customary;
+        const double offset = std::min(options_.radius.value_or(customary), customary);
+        const SearchArea area = searchArea(outcome_.geometry, *start_, offset, found.stars.size());
+        const auto stars = catalog_->cone(area.query(epoch_, 99));
+        outcome_.solution = solvePlate(outcome_.geometry, found.stars, area, stars, {});
+        return outcome_.solution.has_value();
+    }
+
+    void solveWide(const StarList& found) {
+        const auto patterns =
+            patternsOf(*TychoCatalog::openBuiltIn(), userCacheFolder(),
+                       [](const auto& line) { std::fprintf(stderr, "vantrel-solve: %s\n", line.c_str()); });
+        WideSettings settings;
+        settings.start = start_.value_or(SkyPosition{});
+        settings.radiusDeg = *options_.radius;
+        settings.epochYear = epoch_;
+        std::optional<WideSolution> wide;
+        for (const double scale : scales_) {
+            wide = searchWide(geometryOf(found, scale), found.stars, *patterns, *catalog_, settings);
+            if (wide) break;
+        }
+        if (scales_.empty())
+            wide = searchWideAnyScale(geometryOf(found, 1), found.stars, *patterns, *catalog_, settings);
+        if (!wide) return;
+        outcome_.solution = wide->plate;
+        outcome_.geometry = wide->geometry;
+    }
+
+    const Options& options_;
+    const FitsImage& image_;
+    std::optional<SkyPosition> start_;
+    std::vector<double> scales_;
+    std::shared_ptr<const StarCatalog> catalog_;
+    double epoch_ = kCatalogEpoch;
+    bool wide_ = false;  ///< whether the radius goes beyond what a plate around the start position covers
+    Outcome outcome_;
+};
 
 nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
     nlohmann::ordered_json json;
@@ -191,7 +252,7 @@ int run(const std::vector<std::string>& arguments) {
     const Options options = parsed(arguments);
     const auto begin = std::chrono::steady_clock::now();
     const FitsImage image = FitsImage::open(options.file);
-    const Outcome outcome = solve(options, image);
+    const Outcome outcome = Solving(options, image).run();
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (outcome.solution && !options.wcs.empty()) {
         writeWcs(options.file, options.wcs, wcsOf(*outcome.solution, outcome.geometry));

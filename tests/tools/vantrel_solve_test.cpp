@@ -24,8 +24,8 @@ struct Answer {
 
 class VantrelSolve : public testing::Test {
   protected:
-    Answer run(const std::string& arguments) {
-        const std::string command = std::string(VANTREL_SOLVE) + " " + arguments + " > '" +
+    Answer run(const std::string& arguments, const std::string& environment = {}) {
+        const std::string command = environment + VANTREL_SOLVE + " " + arguments + " > '" +
                                     (folder_ / "out").string() + "' 2> '" + (folder_ / "err").string() + "'";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, test::contentsOf(folder_ / "out"),
@@ -75,6 +75,28 @@ TEST_F(VantrelSolve, TakesFromTheHeaderWhatIsNotGiven) {
     EXPECT_EQ(run(file + " --scale 30").status, 0) << "a scale far off leaves the header's";
 }
 
+// The star patterns are made at the first search without a position and kept for the next.
+TEST_F(VantrelSolve, SearchesTheWholeSky) {
+    const std::string cache = "XDG_CACHE_HOME='" + (folder_ / "cache").string() + "' ";
+    const std::string file = drawn();
+    const Answer first = run(file + " --radius 180 --scale 5.9 --json", cache);
+    ASSERT_EQ(first.status, 0) << first.err;
+    EXPECT_NE(first.err.find("making the star patterns"), std::string::npos) << first.err;
+    const Answer far = run(file + " --radius 60 --ra 7.5 --dec 10 --scale 6.1 --json", cache);
+    ASSERT_EQ(far.status, 0) << far.err;
+    EXPECT_EQ(far.err, "");
+    const Answer anyScale = run(file + " --radius 180 --json", cache);
+    ASSERT_EQ(anyScale.status, 0) << anyScale.err;
+    for (const Answer& answer : {first, far, anyScale}) {
+        const auto json = nlohmann::json::parse(answer.out);
+        EXPECT_NEAR(json.at("ra_deg").get<double>(), 75, 1e-3);
+        EXPECT_NEAR(json.at("dec_deg").get<double>(), 33, 1e-3);
+        EXPECT_NEAR(json.at("scale_x").get<double>(), 6, 0.01);
+    }
+    EXPECT_EQ(run(file + " --radius 30 --ra 7.5 --dec 10 --scale 6.1", cache).status, 1)
+        << "43 degrees off are out of reach";
+}
+
 TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
     const std::string file = drawn();
     const std::string place = " --ra 5 --dec 33";
@@ -92,6 +114,8 @@ TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
         {"a folder", folder_.path().string() + place + " --scale 6", 2, "not a file"},
         {"not FITS", text + place + " --scale 6", 2, "text.fits: "},
         {"no scale anywhere", file + place, 2, "the header tells no scale"},
+        {"a radius beyond the sky", file + " --radius 181 --scale 6", 2, "--radius must be a number"},
+        {"a wide radius around nothing", file + " --radius 90 --scale 6", 2, "the header tells no position"},
         {"no position anywhere", file + " --scale 6", 2, "the header tells no position"},
         {"half a position", file + " --ra 5 --scale 6", 2, "go together"},
         {"scale zero", file + place + " --scale 0", 2, "--scale must be a number"},
