@@ -3,6 +3,9 @@
 //
 //   solver-trials accuracy|poles|small|hot|hot-small|cold-small|offset|reach [COUNT]
 //   solver-trials beyond|points|noise|elsewhere [COUNT]     (what must not be found)
+//   solver-trials blind|blind-small|blind-any-scale [COUNT]     (no position known; the last: nor a scale)
+//   solver-trials blind-points|blind-noise|blind-elsewhere|blind-scrambled [COUNT]
+//                                                            (no position known, nothing to be found)
 //   solver-trials draw FILE WIDTH HEIGHT SCALE [RA DEC]     (one field as a FITS file, for timing)
 
 #include <algorithm>
@@ -14,7 +17,10 @@
 
 #include "observatory/sky/fits_image.h"
 #include "observatory/sky/tycho_catalog.h"
+#include "observatory/solver/pattern_store.h"
 #include "observatory/solver/plate_solver.h"
+#include "observatory/solver/wide_search.h"
+#include "support/list_catalog.h"
 #include "support/star_field.h"
 
 namespace {
@@ -52,6 +58,45 @@ Result solve(const Trial& trial, const StarCatalog& catalog, bool stars = true) 
     result.stars = found.stars.size();
     result.milliseconds =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    return result;
+}
+
+const StarPatterns& patterns() {
+    static const auto made = patternsOf(*TychoCatalog::openBuiltIn(), userCacheFolder(),
+                                        [](const std::string& line) { std::puts(line.c_str()); });
+    return *made;
+}
+
+double millisecondsSince(std::chrono::steady_clock::time_point begin) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+}
+
+/// How the whole sky is searched for a trial's field.
+struct Blind {
+    bool scaleKnown = true;
+    double farthestFromStart = 180;      ///< places beyond are left out
+    const StarCatalog* drawn = nullptr;  ///< the sky that the image shows; nothing is the catalogue's
+    bool stars = true;                   ///< whether it shows any
+};
+
+Result solveBlind(const Trial& trial, const StarCatalog& catalog, const Blind& blind) {
+    const StarCatalog* drawn = blind.drawn != nullptr ? blind.drawn : &catalog;
+    const auto image = asImage(test::drawField(blind.stars ? drawn : nullptr, trial.field), trial.field);
+    const StarPatterns& sky = patterns();
+    const auto begin = std::chrono::steady_clock::now();
+    const StarList found = findStars(image, {});
+    const PlateGeometry geometry{static_cast<double>(trial.field.width),
+                                 static_cast<double>(trial.field.height), trial.scale, trial.scale,
+                                 found.binning};
+    WideSettings settings;
+    settings.start = trial.start;
+    settings.radiusDeg = blind.farthestFromStart;
+    const auto wide = blind.scaleKnown ? searchWide(geometry, found.stars, sky, catalog, settings)
+                                       : searchWideAnyScale(geometry, found.stars, sky, catalog, settings);
+    Result result;
+    if (wide) result.solution = wide->plate;
+    result.stars = found.stars.size();
+    result.milliseconds = millisecondsSince(begin);
     return result;
 }
 
@@ -110,8 +155,9 @@ void report(const char* name, int tried, const std::vector<double>& errors, int 
     std::printf("; slowest %.0f ms\n", slowest);
 }
 
-template <typename Make>
-void run(const char* name, int count, const StarCatalog& catalog, unsigned seed, Make&& make) {
+template <typename Make, typename Solve>
+void runWith(Solve&& solveIt, const char* name, int count, const StarCatalog& catalog, unsigned seed,
+             Make&& make) {
     Dice dice(seed);
     std::vector<double> errors;
     int tried = 0;
@@ -121,7 +167,7 @@ void run(const char* name, int count, const StarCatalog& catalog, unsigned seed,
         const std::optional<Trial> trial = make(dice);
         if (!trial) continue;
         ++tried;
-        const Result result = solve(*trial, catalog);
+        const Result result = solveIt(*trial);
         slowest = std::max(slowest, result.milliseconds);
         if (!result.solution) {
             std::printf(
@@ -139,6 +185,18 @@ void run(const char* name, int count, const StarCatalog& catalog, unsigned seed,
             errors.push_back(off);
     }
     report(name, count, errors, wrong, slowest);
+}
+
+template <typename Make>
+void run(const char* name, int count, const StarCatalog& catalog, unsigned seed, Make&& make) {
+    runWith([&](const Trial& trial) { return solve(trial, catalog); }, name, count, catalog, seed, make);
+}
+
+template <typename Make>
+void runBlind(const char* name, int count, const StarCatalog& catalog, unsigned seed, bool scaleKnown,
+              Make&& make) {
+    runWith([&](const Trial& trial) { return solveBlind(trial, catalog, {.scaleKnown = scaleKnown}); }, name,
+            count, catalog, seed, make);
 }
 
 /// Tries that must come to nothing; attempt(dice) makes one.
@@ -172,6 +230,45 @@ Result solvePoints(Dice& dice, const StarCatalog& catalog) {
     result.milliseconds =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
     return result;
+}
+
+/// The same in fields of 0.3 to 25 degrees without a position.
+Result solvePointsBlind(Dice& dice, const StarCatalog& catalog) {
+    std::vector<ImageStar> chance;
+    const auto count = static_cast<int>(dice.between(5, 400));
+    for (int s = 0; s < count; ++s)
+        chance.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
+    const double scale = std::exp(dice.between(std::log(1), std::log(90)));
+    const PlateGeometry geometry{1024, 768, scale, scale, 1};
+    const StarPatterns& sky = patterns();
+    const auto begin = std::chrono::steady_clock::now();
+    Result result;
+    if (const auto wide = searchWide(geometry, chance, sky, catalog, {})) result.solution = wide->plate;
+    result.milliseconds = millisecondsSince(begin);
+    return result;
+}
+
+/// The field's stars, each moved by up to a tenth of the field's width: the right stars in wrong patterns.
+test::ListCatalog scrambled(const StarCatalog& catalog, const Trial& trial, Dice& dice) {
+    const SkyPosition centre = trial.field.wcs.reference;
+    const double width =
+        static_cast<double>(trial.field.width) * std::hypot(trial.field.wcs.cd[0], trial.field.wcs.cd[2]);
+    auto stars = catalog.cone({.raDeg = centre.ra, .decDeg = centre.dec, .radiusDeg = width});
+    for (CatalogStar& star : stars) {
+        const SkyPosition moved = fromTangentPlane(
+            {dice.between(-0.1, 0.1) * width, dice.between(-0.1, 0.1) * width}, {star.raDeg, star.decDeg});
+        star.raDeg = moved.ra;
+        star.decDeg = moved.dec;
+    }
+    return test::ListCatalog(std::move(stars));
+}
+
+Trial trialAnyWidth(Dice& dice) {
+    const double width = std::exp(dice.between(std::log(0.8), std::log(20)));
+    Trial trial = trialOf(dice, 1024, 768, width * 3600 / 1024);
+    // Wide fields are taken with small lenses, which don't see the faintest stars.
+    trial.field.tenthMagnitude = 8000 / std::max(1.0, width / 2);
+    return trial;
 }
 
 Trial trialElsewhere(Dice& dice) {
@@ -274,6 +371,39 @@ int main(int argc, char** argv) {
     } else if (what == "elsewhere") {
         runEmpty("another region of the sky", count, 79,
                  [&](Dice& dice) { return solve(trialElsewhere(dice), *catalog); });
+    } else if (what == "blind") {
+        runBlind("fields of 0.8 to 20 degrees anywhere", count, *catalog, 21, true, trialAnyWidth);
+    } else if (what == "blind-any-scale") {
+        runBlind("fields of 0.8 to 20 degrees anywhere of any scale", count, *catalog, 22, false,
+                 trialAnyWidth);
+    } else if (what == "blind-small") {
+        runBlind("fields of 0.64 x 0.43 degrees with eight stars or more, anywhere", count, *catalog, 23,
+                 true, [&](Dice& dice) -> std::optional<Trial> {
+                     Trial trial = trialOf(dice, 1536, 1032, 0.64 * 3600 / 1536);
+                     return starsInside(*catalog, trial.field) >= 8 ? std::optional(trial) : std::nullopt;
+                 });
+    } else if (what == "blind-points") {
+        runEmpty("points strewn at random, the whole sky", count, 24,
+                 [&](Dice& dice) { return solvePointsBlind(dice, *catalog); });
+    } else if (what == "blind-noise") {
+        runEmpty("noise and hot pixels, the whole sky", count, 25, [&](Dice& dice) {
+            Trial trial = trialAnyWidth(dice);
+            trial.field.hotShare = dice.between(0, 0.002);
+            return solveBlind(trial, *catalog, {.stars = false});
+        });
+    } else if (what == "blind-elsewhere") {
+        runEmpty("the whole sky but the field's own region", count, 26, [&](Dice& dice) {
+            Trial trial = trialAnyWidth(dice);
+            const SkyPosition centre = trial.field.wcs.reference;
+            trial.start = {std::fmod(centre.ra + 180, 360.0), -centre.dec};
+            return solveBlind(trial, *catalog, {.farthestFromStart = 150});
+        });
+    } else if (what == "blind-scrambled") {
+        runEmpty("the right stars in wrong places, the whole sky", count, 27, [&](Dice& dice) {
+            const Trial trial = trialAnyWidth(dice);
+            const auto sky = scrambled(*catalog, trial, dice);
+            return solveBlind(trial, *catalog, {.drawn = &sky});
+        });
     } else {
         std::fprintf(stderr, "see the head of bench/solver_trials.cpp\n");
         return 2;
