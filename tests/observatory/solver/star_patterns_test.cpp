@@ -199,7 +199,7 @@ TEST_F(PatternFile, IsRefusedWhenItIsNotAsItWasWritten) {
 
 TEST(PatternStore, MakesOnceAndMendsWhatIsDamaged) {
     const test::TempFolder folder;
-    std::vector<TychoStar> stars;
+    std::vector<MovingStar> stars;
     for (const CatalogStar& s : randomStars(200, 8))
         stars.push_back({s.raDeg, s.decDeg, s.magnitude + 1, 0, 0});
     writeTychoCatalog(folder / kTychoFileName, stars, 2026);
