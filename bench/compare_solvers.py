@@ -16,6 +16,7 @@ import math
 import os
 import resource
 import shutil
+import signal
 import statistics
 import subprocess
 import sys
@@ -140,21 +141,24 @@ def frames_of(options, folder):
 
 
 def attempt(solver, frame, seconds):
-    """Whether it solved the frame (None: wrongly), pixels off, and CPU seconds."""
+    """Whether it solved the frame, in a word, pixels off, and CPU seconds."""
     with tempfile.TemporaryDirectory() as folder:
         before = resource.getrusage(resource.RUSAGE_CHILDREN)
+        run = subprocess.Popen(solver.command(frame, folder), stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                               text=True, start_new_session=True)
         try:
-            run = subprocess.run(solver.command(frame, folder), capture_output=True, text=True, timeout=seconds)
-            output = run.stdout
+            output, word = run.communicate(timeout=seconds)[0], "unsolved"
         except subprocess.TimeoutExpired:
-            output = ""
+            os.killpg(run.pid, signal.SIGKILL)  # with whatever it has started
+            run.communicate()
+            output, word = "", "given up"
         after = resource.getrusage(resource.RUSAGE_CHILDREN)
         cpu = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
         centre = solver.centre(folder, output)
     if centre is None:
-        return False, math.nan, cpu
+        return word, math.nan, cpu
     off = separation(*centre, *frame["place"]) * 3600 / frame["true_scale"]
-    return (True if off < max(5, 0.02 * frame["width"]) else None), off, cpu
+    return ("solved" if off < max(5, 0.02 * frame["width"]) else "WRONG"), off, cpu
 
 
 def main():
@@ -172,14 +176,14 @@ def main():
         for frame in frames_of(options, folder):
             line = f"{frame['name']:48}"
             for solver in solvers:
-                solved, off, cpu = attempt(solver, frame, options.seconds)
-                results[solver.name].append((solved, off, cpu))
-                word = {True: f"{off:6.2f} px", False: "unsolved", None: "WRONG"}[solved]
-                line += f"{word:>14}{cpu:10.3f} s"
+                word, off, cpu = attempt(solver, frame, options.seconds)
+                results[solver.name].append((word, off, cpu))
+                line += f"{f'{off:.2f} px' if word == 'solved' else word:>14}{cpu:10.3f} s"
             print(line, flush=True)
     for name, rows in results.items():
-        offs = [off for solved, off, _ in rows if solved]
-        print(f"{name}: {len(offs)} of {len(rows)} solved, {sum(s is None for s, _, _ in rows)} wrong, CPU "
+        offs = [off for word, off, _ in rows if word == "solved"]
+        print(f"{name}: {len(offs)} of {len(rows)} solved, {sum(w == 'WRONG' for w, _, _ in rows)} wrong, "
+              f"{sum(w == 'given up' for w, _, _ in rows)} given up, CPU "
               f"{statistics.median(cpu for _, _, cpu in rows):.3f} s (median) "
               f"{max(cpu for _, _, cpu in rows):.3f} s (most), centre off by "
               f"{statistics.median(offs) if offs else math.nan:.2f} px (median)")
