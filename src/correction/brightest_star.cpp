@@ -85,7 +85,7 @@ class Search {
                                 const StripeGrid::Range& range) {
             const auto found =
                 searchStripes(working, direction, grid, range, spotSide(), kNoiseOfPeak * noise);
-            if (found.peakFailed) log_.emplace_back("Error in Peak Subroutine");
+            log_.insert(log_.end(), static_cast<std::size_t>(found.withoutPeak), "Error in Peak Subroutine");
             return found;
         };
         const auto clipped = [](StripeGrid::Range range, int pixels) {
@@ -161,6 +161,10 @@ BrightestStar BrightestStar3(const platform::ImageArray& image) {
     };
     try {
         const StarMeasurement star = Search(image, result.log).run();
+        if (star.flux < 0) {
+            result.failure = Failure::kNoLight;
+            return result;
+        }
         result.x = star.x;
         result.y = star.y;
         result.hfd = star.halfFluxDiameter;

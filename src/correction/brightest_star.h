@@ -15,6 +15,7 @@ struct BrightestStar {
         kNoStar,         // nothing stands out
         kEdgeOrWeak,     // too close to the frame's edge, or lost in its noise
         kNoStripes,      // the image can't be searched
+        kNoLight,        // its flux came out below 0; nobody is told
         kNotMeasurable,  // something else went wrong; the operator gets a pop-up
     };
 

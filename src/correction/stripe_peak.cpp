@@ -3,13 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/errors.h"
+
 namespace vantrel::correction {
 namespace {
 
 std::size_t smoothingWidth(std::size_t elements) {
     const auto range = static_cast<double>(elements - 1);
     const double width = range < 20 ? std::nearbyint(range / 4) : 5;
-    return static_cast<std::size_t>(std::max(width, 1.0));
+    if (width == 0) throw platform::runTimeError(platform::error_number::kDivisionByZero);
+    return static_cast<std::size_t>(width);
 }
 
 std::vector<double> smoothed(const std::vector<double>& profile, std::size_t width) {

@@ -51,9 +51,10 @@ int brightestPixel(const View& view, const StripeGrid::Range& range, int spot) {
 
 double significanceOf(std::vector<double> peaks, double noise) {
     std::sort(peaks.begin(), peaks.end());
+    constexpr std::size_t kFewest = 3;
+    const std::size_t run = std::max(kFewest, peaks.size() / 2);
+    if (run >= peaks.size()) return kCertain;
     if (!(peaks.back() > 0)) return 0;
-    const std::size_t run = peaks.size() / 2;
-    if (run < 3) return kCertain;
     const auto n = static_cast<double>(run);
     double meanY = 0;
     for (std::size_t i = 0; i < run; ++i) meanY += peaks[i] / n;
@@ -98,7 +99,7 @@ StandingOut searchStripes(const PixelGrid& image, StripeDirection direction, con
     std::vector<double> peaks;
     for (int stripe = 0; stripe < grid.count; ++stripe) {
         const auto peak = Peak(profileOf(view, grid.offset + stripe * grid.size, grid.size, range));
-        found.peakFailed = found.peakFailed || !peak;
+        if (!peak) ++found.withoutPeak;
         peaks.push_back(peak.value_or(0));
     }
     const int brightest = grid.stripeOf(brightestPixel(view, range, spot));

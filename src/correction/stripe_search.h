@@ -31,7 +31,7 @@ enum class StripeDirection { kColumns, kRows };
 struct StandingOut {
     int first = 0, last = 0;  // stripes
     double significance = 0;
-    bool peakFailed = false;  // a profile was too short to have a peak
+    int withoutPeak = 0;  // stripes whose profile is too short to have a peak
 };
 
 /// Stripes of the grid, each summed into a profile over the pixels of `range` of the other dimension and
@@ -41,8 +41,8 @@ struct StandingOut {
 /// The significance says how far the highest peak lies above the darkest stripe, as the line fitted through
 /// the lower half of the sorted peaks has it, in units of `noise`: what sky without stars may leave of a
 /// peak. The other stars' scatter is no part of it, or a rich field would hide its brightest star. 1000 when
-/// fewer than three stripes lie in that half, or there is no noise; 0 when no stripe has a peak. Throws the
-/// run-time failure 9 when the grid has no stripes.
+/// fewer than three stripes lie below the highest, or there is no noise; 0 when no stripe has a peak. Throws
+/// the run-time failure 9 when the grid has no stripes.
 StandingOut searchStripes(const PixelGrid& image, StripeDirection direction, const StripeGrid& grid,
                           const StripeGrid::Range& range, int spot, double noise);
 

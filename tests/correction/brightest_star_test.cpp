@@ -1,0 +1,252 @@
+#include "correction/brightest_star.h"
+
+#include <cmath>
+
+#include <gmock/gmock.h>
+
+#include "correction/open_picture.h"
+#include "correction/open_star_finder.h"
+#include "support/recording_log.h"
+#include "support/recording_messages.h"
+#include "support/star_frames.h"
+
+namespace vantrel::correction {
+namespace {
+
+using test::FramePainter;
+using test::FrameRecipe;
+using test::FrameStar;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const char* const kNoStar = "No star found";
+const char* const kEdgeOrWeak = "Star is too close to frame edge or is too weak";
+const char* const kNotMeasurable = "Can not measure HFD for this image.";
+
+FrameRecipe frame(int width, int height, std::vector<FrameStar> stars) {
+    FrameRecipe recipe;
+    recipe.width = width;
+    recipe.height = height;
+    recipe.stars = std::move(stars);
+    return recipe;
+}
+
+FrameRecipe with(FrameRecipe recipe, const std::function<void(FrameRecipe&)>& change) {
+    change(recipe);
+    return recipe;
+}
+
+void expectFailure(const BrightestStar& found, const std::string& text) {
+    EXPECT_THAT(found.log, ElementsAre(text));
+    EXPECT_TRUE(found.noStar);
+    EXPECT_EQ(found.edgeOrWeak, text == kEdgeOrWeak);
+    EXPECT_EQ(found.x, 0);
+    EXPECT_EQ(found.y, 0);
+    EXPECT_EQ(found.hfd, 0);
+    EXPECT_EQ(found.flux, 0);
+}
+
+TEST(BrightestStar, isMeasuredToATenthOfAPixel) {
+    const struct {
+        const char* what;
+        FrameRecipe recipe;
+    } rows[] = {
+        {"not decimated", frame(101, 101, {{40.3, 61.8, 3, 9000}})},
+        {"nor here", frame(102, 90, {{60.5, 30.5, 2.5, 9000}})},
+        {"by two, leaving a column over", frame(201, 150, {{140.2, 33.4, 3.5, 9000}})},
+        {"by seven", frame(765, 510, {{500.9, 101.1, 4, 2000}})},
+        {"by fourteen, taller than wide", frame(900, 1500, {{300.4, 1100.7, 2.2, 20'000}})},
+        {"the sharpest", frame(400, 300, {{120.5, 200, 1.5, 15'000}})},
+        {"the widest", frame(400, 300, {{120.5, 200, 8, 5000}})},
+        {"far out of focus", frame(900, 700, {{400.2, 300.7, 20, 2000}})},
+        {"saturated", frame(400, 300, {{120.3, 200.8, 5, 300'000}})},
+        {"a gradient fifty times its noise",
+         with(frame(180, 140, {{130.2, 40.6, 3, 1500}}), [](auto& r) { r.gradientX = r.gradientY = 950; })},
+        {"among hot pixels",
+         with(frame(600, 400, {{321.7, 111.2, 3, 4000}}), [](auto& r) { r.wrongPixels = 3e-4; })},
+        {"beside a nebula with more light", with(frame(500, 400, {{100.3, 300.4, 3, 4000}}),
+                                                 [](auto& r) {
+                                                     r.nebula = {300, 150, 90, 800};
+                                                 })},
+        {"beside a nebula as small as they come", with(frame(280, 220, {{220.4, 40.9, 2.5, 3500}}),
+                                                       [](auto& r) {
+                                                           r.sky = 150;
+                                                           r.nebula = {140, 130, 70, 1200};
+                                                       })},
+        {"on a nebula's slope", with(frame(300, 220, {{120.3, 96.4, 4, 1500}}),
+                                     [](auto& r) {
+                                         r.nebula = {146, 115, 80, 500};
+                                     })},
+        {"of two, the brighter", frame(700, 500, {{150.1, 200.9, 3, 6000}, {550.5, 300.2, 3, 4500}})},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const FrameStar& star = row.recipe.stars.front();
+        const BrightestStar found = BrightestStar3(FramePainter(11).paint(row.recipe));
+        EXPECT_THAT(found.log, IsEmpty());
+        EXPECT_FALSE(found.noStar || found.edgeOrWeak);
+        EXPECT_NEAR(found.x, star.x, 0.1);
+        EXPECT_NEAR(found.y, star.y, 0.1);
+        const double truth = test::trueHalfFluxDiameter(star, row.recipe.sky);
+        EXPECT_NEAR(found.hfd, truth, 0.05 * truth);
+        EXPECT_GT(found.size2, 0.6 * star.width);
+        EXPECT_LT(found.size2, 3 * star.width);
+        if (star.peak < 60'000) {
+            EXPECT_NEAR(found.flux, star.flux(), 0.05 * star.flux());
+        }
+    }
+}
+
+TEST(BrightestStar, isToldApartFromOneThatTouchesIt) {
+    const auto found =
+        BrightestStar3(FramePainter(11).paint(frame(300, 200, {{100, 90, 4, 20'000}, {112, 94, 4, 4000}})));
+    EXPECT_NEAR(found.x, 100, 0.1);
+    EXPECT_NEAR(found.y, 90, 0.1);
+}
+
+TEST(BrightestStar, isTheSameInEveryTypeOfPixels) {
+    const auto image = FramePainter(2).paint(frame(160, 120, {{70.3, 50.6, 3, 9000}}));
+    const auto& counts = std::get<std::vector<std::uint16_t>>(image.pixels());
+    std::vector<float> floats(counts.begin(), counts.end());
+    floats[30 * 160 + 100] = NAN;
+    floats[50 * 160 + 73] = INFINITY;  // in the star's outskirts
+    const BrightestStar expected = BrightestStar3(image);
+    for (const auto& pixels :
+         {platform::ImageArray::Pixels(std::vector<std::int32_t>(counts.begin(), counts.end())),
+          platform::ImageArray::Pixels(floats)}) {
+        const BrightestStar found = BrightestStar3({160, 120, pixels});
+        EXPECT_NEAR(found.x, expected.x, 0.1);
+        EXPECT_NEAR(found.y, expected.y, 0.1);
+        EXPECT_NEAR(found.hfd, expected.hfd, 0.1);
+    }
+}
+
+TEST(BrightestStar, isNotFoundInNoise) {
+    for (std::uint64_t seed = 1; seed <= 24; ++seed) {
+        SCOPED_TRACE(seed);
+        FramePainter painter(seed);
+        const int width = 90 + static_cast<int>(painter.random()() % 400);
+        FrameRecipe recipe = frame(width, width * 3 / 4, {});
+        recipe.wrongPixels = seed % 2 == 1 ? 1e-4 : 0;
+        recipe.gradientX = seed % 3 == 2 ? 800 : 0;
+        expectFailure(BrightestStar3(painter.paint(recipe)), kNoStar);
+    }
+    expectFailure(BrightestStar3({120, 90, std::vector<std::uint16_t>(120 * 90, 1000)}), kNoStar);
+    expectFailure(BrightestStar3({120, 90, std::vector<float>(120 * 90, 0)}), kNoStar);
+}
+
+TEST(BrightestStar, mustNotLieInTheOutermostStripesNorReachTheEdge) {
+    const struct {
+        const char* what;
+        int width, height;
+        double x, y, size;
+        bool found;
+    } rows[] = {
+        // 20 stripes of 5 columns each, and one column left over behind them
+        {"last pixel of the first stripe", 101, 101, 4.3, 50, 1.6, false},
+        {"second stripe", 101, 101, 5.7, 50, 1.6, true},
+        {"first pixel of the last stripe", 101, 101, 94.7, 50, 1.6, false},
+        {"last stripe but one", 101, 101, 94.3, 50, 1.6, true},
+        {"top row of stripes", 101, 101, 50, 4.3, 1.6, false},
+        {"second row of stripes", 101, 101, 50, 5.7, 1.6, true},
+        {"bottom row of stripes", 101, 101, 50, 94.7, 1.6, false},
+        {"last row of stripes but one", 101, 101, 50, 94.3, 1.6, true},
+        // 21 stripes of 5 × 14 columns from column 14 on
+        {"decimated, first stripe", 1500, 1000, 83, 500, 3, false},
+        {"decimated, second stripe", 1500, 1000, 84, 500, 3, true},
+        {"so wide that its light reaches the edge", 101, 101, 9, 50, 7, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const auto found = BrightestStar3(
+            FramePainter(7).paint(frame(row.width, row.height, {{row.x, row.y, row.size, 15'000}})));
+        if (!row.found) {
+            expectFailure(found, kEdgeOrWeak);
+            continue;
+        }
+        EXPECT_NEAR(found.x, row.x, 0.1);
+        EXPECT_NEAR(found.y, row.y, 0.1);
+    }
+}
+
+TEST(BrightestStar, isTooWeakWhenItsCentreIsLostInTheNoise) {
+    const double noise = FrameRecipe().noise();
+    int weak = 0;
+    for (std::uint64_t seed = 1; seed <= 6; ++seed) {
+        const auto found =
+            BrightestStar3(FramePainter(seed).paint(frame(150, 110, {{70, 50, 8, 5.5 * noise}})));
+        weak += found.edgeOrWeak;
+        expectFailure(found, found.edgeOrWeak ? kEdgeOrWeak : kNoStar);
+    }
+    EXPECT_GT(weak, 0);
+}
+
+TEST(BrightestStar, namesWhatItCanNotMeasure) {
+    expectFailure(BrightestStar3({0, 0, std::vector<float>()}), kNotMeasurable);
+    expectFailure(BrightestStar3({120, 90, std::vector<float>(120 * 90, NAN)}), kNotMeasurable);
+    // One row: no stripe of columns has a profile, and there is no stripe of rows.
+    const BrightestStar row = BrightestStar3({100, 1, std::vector<float>(100, 5)});
+    ASSERT_EQ(row.log.size(), 21U);
+    EXPECT_THAT(std::vector<std::string>(row.log.begin(), row.log.end() - 1),
+                Each("Error in Peak Subroutine"));
+    EXPECT_EQ(row.log.back(), kNotMeasurable);
+    EXPECT_EQ(row.failure, BrightestStar::Failure::kNotMeasurable);
+    EXPECT_TRUE(row.noStar);
+}
+
+struct Finder : test::OpenPicture {
+    using OpenPicture::OpenPicture;
+    test::RecordingLog log;
+    test::RecordingMessages messages;
+    OpenStarFinder finder{image, log, messages};
+};
+
+TEST(OpenStarFinder, looksAtTheImageThatEitherProgramShows) {
+    const struct {
+        const char* program;
+        std::vector<std::string> uses;
+    } rows[] = {
+        {"MaxIm", {"create MaxIm.Application", "get CurrentDocument", "get ImageArray"}},
+        {"CCDSoft", {"create CCDSoft.Image", "call AttachToActive", "call SetActive", "get DataArray"}},
+    };
+    for (const auto& row : rows) {
+        Finder world(row.program);
+        world.show(FramePainter(3).paint(frame(160, 120, {{70.3, 50.6, 3, 9000}})));
+        const auto [x, y] = world.finder.FindBrightestStarOnImage();
+        EXPECT_NEAR(x, 70.3, 0.1);
+        EXPECT_NEAR(y, 50.6, 0.1);
+        EXPECT_EQ(world.uses(), row.uses);
+        EXPECT_THAT(world.log.lines, IsEmpty());
+        EXPECT_THAT(world.messages.shown, IsEmpty());
+    }
+}
+
+TEST(OpenStarFinder, logsFailuresAndShowsThatAStarCanNotBeMeasured) {
+    const struct {
+        platform::ImageArray image;
+        const char* text;
+        bool shown;
+    } rows[] = {
+        {{120, 90, std::vector<float>(120 * 90, 0)}, kNoStar, false},
+        {FramePainter(7).paint(frame(101, 101, {{3, 50, 3, 9000}})), kEdgeOrWeak, false},
+        {{120, 90, std::vector<float>(120 * 90, NAN)}, kNotMeasurable, true},
+    };
+    for (const auto& row : rows) {
+        Finder world;
+        world.show(row.image);
+        const auto [x, y] = world.finder.FindBrightestStarOnImage();
+        EXPECT_EQ(x, 0);
+        EXPECT_EQ(y, 0);
+        EXPECT_THAT(world.log.lines, ElementsAre(row.text));
+        EXPECT_EQ(world.messages.shown.size(), row.shown ? 1U : 0U);
+        for (const auto& shown : world.messages.shown) EXPECT_EQ(shown.text, "Can not measure HFD");
+    }
+    Finder lost("CCDSoft");
+    lost.show({120, 90, std::vector<float>(120 * 90, 0)});
+    lost.fail("CCDSoft.Image", "DataArray");
+    EXPECT_THROW(lost.finder.FindBrightestStarOnImage(), platform::OperationError);
+}
+
+}  // namespace
+}  // namespace vantrel::correction
