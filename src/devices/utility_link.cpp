@@ -29,13 +29,13 @@ std::string UtilityLink::DegreesToDMS(double degrees, const std::string& degreeM
     return call("DegreesToDMS", {degrees, degreeMark, minuteMark, secondMark}).toText();
 }
 
-// The number of decimals comes after the marks, which are written out as the object's own defaults.
+// The number of decimals comes after the marks; where these are left out, the object's own stand.
 std::string UtilityLink::HoursToHMS(double hours, int decimals) {
-    return call("HoursToHMS", {hours, ":", ":", "", decimals}).toText();
+    return call("HoursToHMS", {hours, Value(), Value(), Value(), decimals}).toText();
 }
 
 std::string UtilityLink::DegreesToDMS(double degrees, int decimals) {
-    return call("DegreesToDMS", {degrees, "\u00b0", "'", "\"", decimals}).toText();
+    return call("DegreesToDMS", {degrees, Value(), Value(), Value(), decimals}).toText();
 }
 
 double UtilityLink::DMSToDegrees(const std::string& text) { return call("DMSToDegrees", {text}).toDouble(); }
