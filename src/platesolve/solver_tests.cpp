@@ -186,7 +186,6 @@ bool SolverTests::TestCatPath() {
     engine::LogPort& log = services_.log;
     const int catalog = catalogs_.PinPointCatalog();
 
-    services_.state.StopRequested = false;
     const ObjectRef object = services_.automation.create("PinPoint.Plate");
     AutomationObject& plate = required(object);
     plate.put("Catalog", catalog);
