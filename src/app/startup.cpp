@@ -82,6 +82,7 @@ void StartUp::chooseFolders() {
     parts_.log.AddToLog("OS: " + (vista ? "Vista" : osName));
     parts_.log.AddToLog("Log folder: " + folders.log);
     parts_.log.SetLogStream(folders.log, parts_.popups);
+    if (parts_.machine.provideTestImage) parts_.machine.provideTestImage(folders.images);
 }
 
 void StartUp::showLog() {

@@ -4,6 +4,7 @@
 #include "observatory/helpers/util_object.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "observatory/solver/pin_point_plate.h"
+#include "observatory/test_image.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -66,6 +67,10 @@ void Observatory::install(platform::ClassRegistry& classes) {
 
 void Observatory::openImagingProgram(const platform::SettingsRoot& settings) {
     if (settings.read("PolarAlign", "ImagingSoftware") != "CCDSoft") imaging_->maxIm().start();
+}
+
+void Observatory::provideTestImage(const std::string& folder) const {
+    observatory::provideTestImage(folders_.real(folder), seams_.stars);
 }
 
 void Observatory::installHelpers(platform::ClassRegistry& classes) {

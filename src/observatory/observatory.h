@@ -44,6 +44,10 @@ class Observatory {
     /// Registers every class; the registry's owner may uninstall some again.
     void install(platform::ClassRegistry& classes);
 
+    /// Puts the solver's test image into the folder (a text with a drive letter) unless it is there already.
+    /// Throws CatalogError or FitsError when it can't be drawn or written.
+    void provideTestImage(const std::string& folder) const;
+
     /// The imaging programs; their documents also show the pictures of the simulator's own camera.
     ImagingPrograms& imaging() { return *imaging_; }
 

@@ -1,6 +1,9 @@
 // Everything around the program in one hand: what a front prepares and the program runs on.
 #pragma once
 
+#include <functional>
+#include <string>
+
 #include "platform/automation.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
@@ -21,6 +24,9 @@ struct Machine {
     Dialogs& dialogs;
     Desktop& desktop;
     WindowSystem& windows;
+    /// Puts the solver's test image into the image folder, which exists, unless it is there already. May be
+    /// left out.
+    std::function<void(const std::string& folder)> provideTestImage = {};
 };
 
 }  // namespace vantrel::platform
