@@ -12,8 +12,8 @@
 namespace vantrel::headless {
 namespace {
 
-using nlohmann::json;
 using platform::joinLines;
+using test::json;
 using test::Script;
 using testing::Contains;
 using testing::HasSubstr;
@@ -154,16 +154,14 @@ TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
         Script script;
         script.waitIdle();
         c.prepare(script);
-        script.click("frmMain.cmdRun").send({{"do", "advance"}, {"seconds", 400}});
+        script.click("frmMain.cmdRun").advance(400);
         // Whatever the run asks now is answered; a disabled button ignores its click.
-        script.click("frmMain.cmdSkip").send({{"do", "advance"}, {"seconds", 1}});
-        script.click("frmMain.cmdNext").waitIdle();
-        script.send({{"do", "read"}, {"control", "frmMain.cmdRun"}});
-        const auto result = script.run();
+        script.click("frmMain.cmdSkip").advance(1).click("frmMain.cmdNext").waitIdle();
+        const auto result = script.read("frmMain.cmdRun").run();
         for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line)) << c.why;
         for (const std::string& text : c.shown) EXPECT_THAT(result.popups, Contains(text)) << c.why;
-        const auto button = result.replies[result.replies.size() - 3];
-        EXPECT_EQ(button["enabled"], true) << c.why << ": the window is usable again";
+        EXPECT_EQ(result.read.at("frmMain.cmdRun")["enabled"], true)
+            << c.why << ": the window is usable again";
     }
 }
 

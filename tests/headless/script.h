@@ -1,7 +1,10 @@
-// A script for the whole program with the built-in observatory, in virtual time.
+// Scripts for the whole program with the built-in instruments, in virtual time, and what comes of them.
 #pragma once
 
+#include <algorithm>
 #include <fstream>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,24 +16,58 @@
 
 namespace vantrel::headless::test {
 
+using nlohmann::json;
+
+/// Lines of the log. Sums put one behind the other.
+struct Lines : std::vector<std::string> {
+    using std::vector<std::string>::vector;
+    friend Lines operator+(Lines first, const Lines& second) {
+        first.insert(first.end(), second.begin(), second.end());
+        return first;
+    }
+};
+
+/// What a script saw. Replies stand in the order of the commands.
+struct ScriptResult {
+    std::vector<json> replies;
+    Lines log;                         // without times, from startLog() on
+    std::vector<std::string> popups;   // likewise
+    std::vector<double> popupSeconds;  // that each was shown for
+    std::map<std::string, json> read;  // the last reply about each control and setting, by its name
+
+    json reply(const std::string& name) const {
+        if (const auto found = read.find(name); found != read.end()) return found->second;
+        ADD_FAILURE() << "no reply " << name;
+        return {};
+    }
+    /// The journal with this name as "put BinX 2", "call Expose 1.0 1 0".
+    std::vector<std::string> uses(const std::string& name) const {
+        std::vector<std::string> texts;
+        const json found = reply(name);
+        for (const json& use : found["journal"]) {
+            std::string text = use["kind"].get<std::string>() + " " + use["member"].get<std::string>();
+            for (const json& argument : use["args"]) text += " " + argument.dump();
+            texts.push_back(text);
+        }
+        return texts;
+    }
+};
+
+/// Commands one after the other; run() carries them out. By default the simulator is mount and camera and is
+/// solved by PinPoint.
 class Script {
   public:
-    using json = nlohmann::json;
+    using Result = ScriptResult;
 
-    /// The simulator with PinPoint as it comes.
-    Script() {
-        setting("Main", "MyTelescopeID", "AxisSimulator.Telescope");
-        setting("PolarAlign", "PlateSolveMethod", "0").setting("PolarAlign", "DeltaRA", "15");
-        setting("Solve", "ScaleH", "3.6").setting("Solve", "ScaleV", "3.6");
-    }
+    Script() { settings_["PolarAlign"]["DeltaRA"] = "15"; }
 
     Script& setting(const char* section, const char* key, const std::string& value) {
         settings_[section][key] = value;
         return *this;
     }
-    /// The outside programs that exist; by default all.
-    Script& installed(std::vector<std::string> classes) {
-        options_.installed = std::move(classes);
+    /// The outside programs that exist; all that there are, unless said.
+    Script& installed(std::vector<std::string> progIds) {
+        installed_ = std::move(progIds);
         return *this;
     }
     Script& send(const json& command) {
@@ -41,11 +78,15 @@ class Script {
         return send({{"do", "type"}, {"control", control}, {"text", text}});
     }
     Script& click(const char* control) { return send({{"do", "click"}, {"control", control}}); }
+    Script& leave(const char* control) { return send({{"do", "leave"}, {"control", control}}); }
+    Script& choose(const char* control, const char* item) {
+        return send({{"do", "choose"}, {"control", control}, {"item", item}});
+    }
     Script& check(const char* control, int value) {
         return send({{"do", "check"}, {"control", control}, {"value", value}});
     }
     /// Replies can be found by their name.
-    Script& read(const char* control, const char* name) {
+    Script& read(const std::string& control, const std::string& name) {
         return send({{"id", name}, {"do", "read"}, {"control", control}});
     }
     Script& journal(const char* object, const char* name) {
@@ -54,7 +95,17 @@ class Script {
     Script& put(const char* object, const char* member, const json& value) {
         return send({{"do", "automation"}, {"object", object}, {"put", member}, {"value", value}});
     }
-    Script& advance(double seconds) { return send({{"do", "advance"}, {"seconds", seconds}}); }
+    Script& read(const std::string& control) {
+        return send({{"id", control}, {"do", "read"}, {"control", control}});
+    }
+    /// The stored value, as "key".
+    Script& readSetting(const char* section, const char* key) {
+        return send({{"id", key}, {"do", "setting"}, {"section", section}, {"key", key}});
+    }
+    /// The result's log and pop-ups begin here.
+    Script& startLog() {
+        return send({{"id", "log"}, {"do", "log"}}).send({{"id", "popups"}, {"do", "popups"}});
+    }
     Script& fail(const char* object, const char* member, int number, const char* source,
                  const char* description, int after = 0, int times = -1) {
         return send({{"do", "fault"},
@@ -75,6 +126,7 @@ class Script {
                      {"after", after},
                      {"times", times}});
     }
+    Script& advance(double seconds) { return send({{"do", "advance"}, {"seconds", seconds}}); }
     Script& waitIdle() { return send({{"do", "wait"}, {"for", {{"idle", true}}}, {"seconds", 600}}); }
     Script& waitForNext() {
         return send({{"do", "wait"},
@@ -82,57 +134,49 @@ class Script {
                      {"seconds", 600}});
     }
 
-    struct Result {
-        std::vector<json> replies;
-        std::vector<std::string> log;  // without times
-        std::vector<std::string> popups;
-        std::vector<double> popupSeconds;  // that each was shown for
-
-        json reply(const std::string& name) const {
-            for (const json& reply : replies)
-                if (reply.contains("id") && reply["id"] == name) return reply;
-            ADD_FAILURE() << "no reply " << name;
-            return {};
-        }
-        /// The journal with this name as "put BinX 2", "call Expose 1.0 1 0".
-        std::vector<std::string> uses(const std::string& name) const {
-            std::vector<std::string> texts;
-            const json found = reply(name);
-            for (const json& use : found["journal"]) {
-                std::string text = use["kind"].get<std::string>() + " " + use["member"].get<std::string>();
-                for (const json& argument : use["args"]) text += " " + argument.dump();
-                texts.push_back(text);
-            }
-            return texts;
-        }
-    };
-
     /// Runs the script to its end, with questions about log and pop-ups last.
-    Result run() {
+    ScriptResult run() {
         send({{"do", "log"}, {"from", 0}}).send({{"do", "popups"}});
         const vantrel::test::TempFolder home;
         std::ofstream(home / "settings.json") << settings_;
-        options_.virtualTime = true;
-        options_.home = home.path();
-        options_.settings = home / "settings.json";
+        Options options;
+        options.virtualTime = true;
+        options.home = home.path();
+        options.settings = home / "settings.json";
+        options.installed = installed_;
         platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
         KeptReplies replies;
-        EXPECT_TRUE(Program(options_, time, commands_, replies).run());
+        EXPECT_TRUE(Program(options, time, commands_, replies).run());
+        return resultOf(replies.replies);
+    }
 
-        Result result{replies.replies, {}, {}, {}};
-        for (const json& reply : result.replies) EXPECT_TRUE(reply["ok"]) << reply;
-        for (const json& line : result.replies[result.replies.size() - 2]["lines"])
-            result.log.push_back(line.get<std::string>().substr(11));
-        for (const json& popup : result.replies.back()["popups"]) {
-            result.popups.push_back(popup["text"]);
-            result.popupSeconds.push_back(popup["seconds"]);
+  private:
+    static ScriptResult resultOf(const std::vector<json>& replies) {
+        ScriptResult result;
+        result.replies = replies;
+        for (const json& reply : replies) {
+            EXPECT_TRUE(reply["ok"]) << reply;
+            if (reply.contains("id")) result.read[reply["id"]] = reply;
+        }
+        const auto last = replies.end();
+        constexpr std::size_t kTime = 11;  // "HH:mm:ss" and three blanks
+        const json& lines = (last - 2)->at("lines");
+        const auto start = result.read.contains("log") ? result.read["log"]["next"].get<std::size_t>() : 0;
+        for (std::size_t i = start; i < lines.size(); ++i)
+            result.log.push_back(lines[i].get<std::string>().substr(kTime));
+        const json& popups = (last - 1)->at("popups");
+        for (std::size_t i = result.read.contains("popups") ? result.read["popups"]["popups"].size() : 0;
+             i < popups.size(); ++i) {
+            result.popups.push_back(popups[i]["text"]);
+            result.popupSeconds.push_back(popups[i]["seconds"]);
         }
         return result;
     }
 
-  private:
-    json settings_;
-    Options options_;
+    json settings_ = {{"Main", {{"MyTelescopeID", "AxisSimulator.Telescope"}}},
+                      {"PolarAlign", {{"PlateSolveMethod", "0"}}},
+                      {"Solve", {{"ScaleH", "3.6"}, {"ScaleV", "3.6"}}}};
+    std::optional<std::vector<std::string>> installed_;
     ListedCommands commands_;
 };
 

@@ -1,0 +1,92 @@
+// The image-scale calculator through the operator protocol.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "script.h"
+
+namespace vantrel::headless {
+namespace {
+
+using test::json;
+using test::Script;
+
+TEST(PixelScale, IsCalculatedFromWhatIsTyped) {
+    const struct {
+        const char* why;
+        const char *focalLength, *unit, *pixelX, *pixelY, *binning;
+        const char *scaleX, *scaleY, *focalLengthAfter, *unitAfter;
+    } cases[] = {
+        {"millimetres", "2000", "mm", "9", "9", "2", "1.854", "1.854", "2000", "mm"},
+        {"inches become millimetres", "80", "in", "9", "18", "2", "1.825", "3.65", "2032", "mm"},
+        {"rounded to micrometres", "10.0001", "in", "5", "5", "1", "4.055", "4.055", "254.003", "mm"},
+        {"a comma", "530", "mm", "3,8", "3.76", "1", "1.477", "1.461", "530", "mm"},
+        {"no pixel size", "2000", "in", "", "9", "2", "3.6", "3.6", "2000", "in"},
+        {"no height of a pixel", "2000", "mm", "9", "", "2", "3.6", "3.6", "2000", "mm"},
+        {"no focal length", "0", "in", "9", "9", "2", "3.6", "3.6", "0", "in"},
+        {"negative", "-5", "mm", "9", "9", "2", "3.6", "3.6", "-5", "mm"},
+        {"not a number", "2000", "in", "9 um", "9", "2", "3.6", "3.6", "2000", "in"},
+        {"not a binning", "2000", "mm", "9", "9", "two", "3.6", "3.6", "2000", "mm"},
+    };
+    for (const auto& c : cases) {
+        Script script;
+        script.waitIdle().startLog().click("frmMain.cmdGetImageScale(0)").waitIdle();
+        script.type("frmPixelScale.txtFL", c.focalLength).choose("frmPixelScale.cmbUnits", c.unit);
+        script.type("frmPixelScale.txtPixelSizeX", c.pixelX).type("frmPixelScale.txtPixelSizeY", c.pixelY);
+        script.type("frmPixelScale.cmbCamBin", c.binning).click("frmPixelScale.cmdCalculate").waitIdle();
+        for (const char* control : {"txtPlateScaleHoriz", "txtPlateScaleVert", "txtFL", "cmbUnits"})
+            script.read(std::string("frmPixelScale.") + control);
+        for (const char* key : {"TelescopeFL", "FocalLengthUnits", "CameraPixelYSize", "CamBin", "ScaleH"})
+            script.readSetting("Solve", key);
+        const auto result = script.run();
+        const auto text = [&](const char* control) {
+            return result.read.at(std::string("frmPixelScale.") + control)["text"];
+        };
+        const auto stored = [&](const char* key) { return result.read.at(key)["value"]; };
+        EXPECT_EQ(text("txtPlateScaleHoriz"), c.scaleX) << c.why;
+        EXPECT_EQ(text("txtPlateScaleVert"), c.scaleY) << c.why;
+        EXPECT_EQ(text("txtFL"), c.focalLengthAfter) << c.why;
+        EXPECT_EQ(text("cmbUnits"), c.unitAfter) << c.why;
+        EXPECT_EQ(stored("TelescopeFL"), c.focalLengthAfter) << c.why;
+        EXPECT_EQ(stored("FocalLengthUnits"), c.unitAfter) << c.why;
+        EXPECT_EQ(stored("CameraPixelYSize"), c.pixelY == std::string() ? json() : c.pixelY) << c.why;
+        EXPECT_EQ(stored("CamBin"), c.binning) << c.why;
+        EXPECT_EQ(stored("ScaleH"), "3.6") << c.why << ": the solver's scale is the operator's to change";
+        EXPECT_TRUE(result.log.empty() && result.popups.empty()) << c.why;
+    }
+}
+
+TEST(PixelScale, WindowStaysOnTopAndComesBackAsItWasLeft) {
+    Script script;
+    script.setting("PolarAlign", "PlateSolveMethod", "1").setting("Solve", "CamBin", "1");
+    script.setting("PolarAlign", "ImagingSoftware", "CCDSoft");  // the other one has no image link
+    script.waitIdle().click("frmMain.cmdGetImageScale(1)").type("frmPixelScale.txtFL", "530");
+    script.choose("frmPixelScale.cmbCamBin", "4").send({{"id", "open"}, {"do", "windows"}});
+    script.type("frmPixelScale.txtPlateScaleHoriz", "9").click("frmPixelScale.mnuExit").waitIdle();
+    script.send({{"id", "closed"}, {"do", "windows"}});
+    script.click("frmMain.cmdGetImageScale(1)").waitIdle();
+    for (const char* control :
+         {"txtFL", "cmbUnits", "cmbCamBin", "txtUnbinnedCCDScaleVert", "txtPlateScaleHoriz"})
+        script.read(std::string("frmPixelScale.") + control);
+    const auto result = script.run();
+
+    const auto window = [&](const char* when) {
+        for (const json& shown : result.read.at(when)["windows"])
+            if (shown["form"] == "frmPixelScale") return shown;
+        return json();
+    };
+    EXPECT_EQ(window("open")["onTop"], true);
+    EXPECT_EQ(window("open")["title"], "Pixel Scale Calculator");
+    EXPECT_EQ(window("closed"), json());
+    const auto text = [&](const char* control) {
+        return result.read.at(std::string("frmPixelScale.") + control)["text"];
+    };
+    EXPECT_EQ(text("txtFL"), "530");
+    EXPECT_EQ(text("cmbUnits"), "mm");
+    EXPECT_EQ(text("cmbCamBin"), "4");
+    EXPECT_EQ(text("txtUnbinnedCCDScaleVert"), "1.0");
+    EXPECT_EQ(text("txtPlateScaleHoriz"), "3.6") << "of the solver";
+}
+
+}  // namespace
+}  // namespace vantrel::headless
