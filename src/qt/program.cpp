@@ -36,9 +36,8 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       desktop_(user.folders, user.userProfile),
       screen_(workArea()),
       observatory_(front.loop, user.folders, seed, seams(dialogs, user.cache)),
-      application_(
-          {front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_,
-           [this](const std::string& folder) { observatory_.provideTestImage(folder); }}),
+      application_({front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_,
+                    [this](const std::string& folder) { observatory_.provideTestImage(folder); }}),
       chance_(seed),
       simulatorForm_(screen_),
       simulatorPanel_(front.loop, classes_, chance_, simulatorForm_) {
