@@ -53,7 +53,8 @@ bool ConeCollector::wants(double magnitude) const {
 
 void ConeCollector::offer(const MovingStar& star, double epochYear) {
     if (!wants(star.magnitude)) return;
-    const MovingStar now = carried(star, query_.epochYear - epochYear);
+    const bool moves = star.motionRaMas != 0 || star.motionDecMas != 0;
+    const MovingStar now = moves ? carried(star, query_.epochYear - epochYear) : star;
     if (!circle_.holds(now.raDeg, now.decDeg)) return;
     stars_.push_back({now.raDeg, now.decDeg, now.magnitude});
     if (query_.maxStars > 0 && stars_.size() >= query_.maxStars + std::max(query_.maxStars, kSmallestSurplus))
