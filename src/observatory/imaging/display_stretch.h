@@ -1,7 +1,7 @@
 // Which counts of an image are shown black and which white.
 #pragma once
 
-#include "platform/image_array.h"
+#include "observatory/imaging/pixel_statistics.h"
 
 namespace vantrel::observatory {
 
@@ -11,8 +11,10 @@ struct Stretch {
 };
 
 /// The stretch in which a star field looks its best: black a little below the sky's level, white where only
-/// the bright stars are. Looks at some ten thousand pixels, whatever the image's size. `max` is always above
-/// `min`.
-Stretch automaticStretch(const platform::ImageArray& image);
+/// the bright stars are. `max` is always above `min`.
+Stretch automaticStretch(const PixelStatistics& statistics);
+inline Stretch automaticStretch(const platform::ImageArray& image) {
+    return automaticStretch(statisticsOf(image));
+}
 
 }  // namespace vantrel::observatory

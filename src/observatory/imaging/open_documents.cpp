@@ -4,6 +4,12 @@
 
 namespace vantrel::observatory {
 
+const Stretch& ImageDocument::shownStretch() const {
+    if (stretch) return *stretch;
+    if (!measured) measured = automaticStretch(*pixels);
+    return *measured;
+}
+
 OpenDocuments::Ref OpenDocuments::open(ImageDocument document) {
     documents_.push_back(std::make_shared<ImageDocument>(std::move(document)));
     const Ref opened = documents_.back();
@@ -21,6 +27,9 @@ OpenDocuments::Ref OpenDocuments::replaceCurrent(ImageDocument document) {
 }
 
 void OpenDocuments::setPixels(const Ref& document, platform::ImageRef pixels) {
+    const bool sameFormat =
+        pixels->width() == document->pixels->width() && pixels->height() == document->pixels->height();
+    if (!sameFormat) document->measured.reset();
     document->pixels = std::move(pixels);
     document->modified = true;
     tellIfShown(document);
@@ -28,6 +37,7 @@ void OpenDocuments::setPixels(const Ref& document, platform::ImageRef pixels) {
 
 void OpenDocuments::setStretch(const Ref& document, std::optional<Stretch> stretch) {
     document->stretch = stretch;
+    if (!stretch) document->measured.reset();
     tellIfShown(document);
 }
 

@@ -21,7 +21,10 @@ struct ImageDocument {
     std::optional<Stretch> stretch = {};  // nothing: the automatic one of its pixels
     bool modified = false;                // since it was saved
 
-    Stretch shownStretch() const { return stretch ? *stretch : automaticStretch(*pixels); }
+    /// The chosen stretch, or the automatic one. That is measured once for each exposure: what is drawn into
+    /// the pixels later is shown as it was meant by whoever asked for the white point before.
+    const Stretch& shownStretch() const;
+    mutable std::optional<Stretch> measured = {};  // the automatic one, once somebody asked
 };
 
 /// Documents are handed out shared: one that was closed stays valid for whoever still holds it.
