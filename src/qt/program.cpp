@@ -73,6 +73,7 @@ observatory::ObservatorySeams Program::seams(platform::Dialogs& dialogs, const s
 
 void Program::openWindows() {
     windows_ = windowsFor(screen_, front_);
+    imageWindow_ = std::make_unique<ImageWindow>(observatory_.imaging().documents(), settings_, front_);
     addSimulatorMenu();
 }
 
@@ -82,6 +83,10 @@ void Program::addSimulatorMenu() {
     QAction* const open = menu->addAction("Mount and Camera...");
     QObject::connect(open, &QAction::triggered, &window("frmMain"),
                      [this] { front_.loop.post([this] { simulatorForm_.show(); }); });
+    QAction* const image = menu->addAction("Camera Image");
+    image->setShortcut(QKeySequence("Ctrl+I"));
+    QObject::connect(image, &QAction::triggered, imageWindow_.get(),
+                     [this] { front_.barrier.run([this] { imageWindow_->showByOperator(); }); });
 }
 
 FormWindow& Program::window(const std::string& formName) const {

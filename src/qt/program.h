@@ -11,6 +11,7 @@
 #include "platform/class_registry.h"
 #include "platform/desktop_windows.h"
 #include "platform/user_machine.h"
+#include "qt/image_window.h"
 #include "qt/qt_desktop.h"
 #include "qt/watched_settings.h"
 #include "qt/windows.h"
@@ -27,10 +28,14 @@ class Program {
     platform::Screen& screen() { return screen_; }
     platform::AutomationHost& automation() { return classes_; }
 
-    /// Gives every form its window. Without them the program runs unseen.
+    observatory::ImagingPrograms& imaging() { return observatory_.imaging(); }
+
+    /// Gives every form its window, and the imaging program its own. Without them the program runs unseen.
     void openWindows();
     /// The window of the form with this name; throws std::out_of_range when there is none.
     FormWindow& window(const std::string& formName) const;
+    /// The imaging program's; only while there are windows.
+    ImageWindow& imageWindow() const { return *imageWindow_; }
 
   private:
     observatory::ObservatorySeams seams(platform::Dialogs& dialogs, const std::filesystem::path& cache);
@@ -49,6 +54,7 @@ class Program {
     observatory::SimulatorPanel simulatorPanel_;
     platform::Subscription look_;
     std::vector<std::unique_ptr<FormWindow>> windows_;
+    std::unique_ptr<ImageWindow> imageWindow_;
 };
 
 }  // namespace vantrel::qt

@@ -1,5 +1,7 @@
 // vantrel-pictures FOLDER: the windows' pictures for the documentation, taken while the program measures with
-// the built-in simulator. With QT_SCALE_FACTOR set, the names end in the scale.
+// the built-in simulator, and the imaging program's window with each of the marks. With QT_SCALE_FACTOR set,
+// the names end in the scale.
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
@@ -8,13 +10,16 @@
 #include <cstdio>
 #include <map>
 
+#include "correction/image_overlays.h"
 #include "qt/night.h"
+#include "support/memory_settings_port.h"
+#include "support/recording_log.h"
 
 namespace vantrel::qt {
 namespace {
 
-/// The picture in its 256 most frequent colours, which keeps the file small.
-QImage withPalette(const QImage& picture) {
+/// The picture in its most frequent colours, which keeps the file small.
+QImage withPalette(const QImage& picture, std::size_t colors) {
     const QImage image = picture.convertToFormat(QImage::Format_RGB32);
     std::map<QRgb, int> counts;
     for (int y = 0; y < image.height(); ++y)
@@ -22,10 +27,18 @@ QImage withPalette(const QImage& picture) {
     std::vector<std::pair<int, QRgb>> byCount;
     for (const auto& [color, count] : counts) byCount.emplace_back(count, color);
     std::sort(byCount.rbegin(), byCount.rend());
-    constexpr std::size_t kColors = 256;
     QList<QRgb> palette;
-    for (std::size_t i = 0; i < std::min(kColors, byCount.size()); ++i) palette.push_back(byCount[i].second);
+    for (std::size_t i = 0; i < std::min(colors, byCount.size()); ++i) palette.push_back(byCount[i].second);
     return image.convertToFormat(QImage::Format_Indexed8, palette, Qt::ThresholdDither | Qt::AvoidDither);
+}
+
+void save(QWidget& window, const QString& path, std::size_t colors) {
+    const int percent = qRound(window.devicePixelRatio() * 100);
+    const QString scale = percent == 100 ? QString() : "-" + QString::number(percent);
+    const QString file = path + scale + ".png";
+    if (!withPalette(window.grab().toImage(), colors).save(file, "PNG", 0))
+        throw std::runtime_error("can't write " + file.toStdString());
+    std::printf("%s\n", qPrintable(file));
 }
 
 class Pictures {
@@ -39,12 +52,8 @@ class Pictures {
         window.resize(window.sizeHint().expandedTo(window.minimumSizeHint()).expandedTo(window.size()));
         if (auto* const tabs = window.findChild<QTabWidget*>()) tabs->setCurrentIndex(tab);
         QApplication::processEvents();
-        const int percent = qRound(window.devicePixelRatio() * 100);
-        const QString scale = percent == 100 ? QString() : "-" + QString::number(percent);
-        const QString file = folder_ + "/" + name + look_ + scale + ".png";
-        const QImage image = withPalette(window.grab().toImage());
-        if (!image.save(file, "PNG", 0)) throw std::runtime_error("can't write " + file.toStdString());
-        std::printf("%s\n", qPrintable(file));
+        constexpr std::size_t kColors = 256;
+        save(window, folder_ + "/" + name + look_, kColors);
     }
 
   private:
@@ -109,6 +118,43 @@ void takePictures(const QString& folder, bool byNight) {
     });
 }
 
+/// What the correction draws into the picture of the simulator's camera, as the observer sees it.
+void takeImagePictures(const QString& folder, const char* look) {
+    Night night;
+    const std::string name = look;
+    night.theme.setNight(name != "day");
+    ImageWindow& window = night.program.imageWindow();
+    window.findChild<QAction*>("green")->setChecked(name == "green");
+    window.resize(600, 560);
+
+    const auto simulator = night.program.automation().create("AxisSimulator.Telescope");
+    simulator->put("Connected", true);
+    simulator->put("Tracking", true);
+    simulator->put("SkyLevel", 200.0);
+    simulator->call("SlewToCoordinates", {5.6, -1.0});
+    test::MemorySettingsPort settings;
+    settings.root.write("PolarAlign", "CrossHairWidth", "2");
+    test::RecordingLog log;
+    correction::OpenImage image(night.program.automation(), [] { return "MaxIm"; });
+    correction::ImageOverlays marks(image, settings, log);
+    const auto take = [&](const char* mark, const std::function<void()>& draw) {
+        simulator->call("Expose");
+        draw();
+        window.show();
+        QApplication::processEvents();
+        night.loop.yield();
+        constexpr std::size_t kColors = 40;  // as noise takes most room
+        save(window, folder + "/image-" + mark + "-" + look, kColors);
+    };
+    take("cross-hair", [&] { marks.CrossHair(std::nullopt); });
+    take("rectangle", [&] { marks.DrawCenteredRectangles(0.2); });
+    take("line", [&] {
+        marks.DrawLineOnImage(950, 300, 480, 700);
+        marks.CrossHair(engine::PixelPosition{480, 700});
+    });
+    if (!log.lines.empty()) throw std::runtime_error(log.lines.front());
+}
+
 }  // namespace
 }  // namespace vantrel::qt
 
@@ -120,6 +166,7 @@ int main(int argc, char** argv) {
     try {
         QDir().mkpath(folder);
         for (const bool byNight : {false, true}) vantrel::qt::takePictures(folder, byNight);
+        for (const char* look : {"day", "night", "green"}) vantrel::qt::takeImagePictures(folder, look);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vantrel-pictures: %s\n", error.what());
         return 1;

@@ -1,0 +1,60 @@
+#include "qt/image_colors.h"
+
+#include <algorithm>
+
+namespace vantrel::qt {
+namespace {
+
+using observatory::ToneCurve;
+
+constexpr double kNightWhite = 0.86;  // of the brightest, so that marks and white stand out
+
+QColor green(const QColor& red) {
+    // The eye takes a green for brighter than a red of the same strength.
+    constexpr double kAsDark = 0.75;
+    const auto dimmed = [](int part) { return static_cast<int>(part * kAsDark); };
+    return {dimmed(red.green()), dimmed(red.red()), dimmed(red.blue())};
+}
+
+QColor shade(const QColor& brightest, double strength) {
+    const auto part = [strength](int of) { return static_cast<int>(of * strength); };
+    return {part(brightest.red()), part(brightest.green()), part(brightest.blue())};
+}
+
+}  // namespace
+
+Colors inGreen(const Colors& c) {
+    return {.window = green(c.window),
+            .base = green(c.base),
+            .button = green(c.button),
+            .border = green(c.border),
+            .text = green(c.text),
+            .dim = green(c.dim),
+            .accent = green(c.accent),
+            .onAccent = green(c.onAccent),
+            .lit = green(c.lit),
+            .unlit = green(c.unlit),
+            .onUnlit = green(c.onUnlit),
+            .chart = green(c.chart),
+            .ring = green(c.ring),
+            .marker = green(c.marker)};
+}
+
+ImageColors imageColors(const Colors& colors, bool night, bool inverted) {
+    const QColor brightest = night ? colors.marker : QColor(Qt::white);
+    const QColor mark = night ? colors.marker : QColor(0xFF, 0xB0, 0x20);
+    ImageColors result;
+    for (int tone = 0; tone <= ToneCurve::kWhite; ++tone) {
+        const double light =
+            static_cast<double>(inverted ? ToneCurve::kWhite - tone : tone) / ToneCurve::kWhite;
+        const double strength = night && light < 1 ? light * kNightWhite : light;
+        result.tones[static_cast<std::size_t>(tone)] = shade(brightest, strength).rgb();
+    }
+    result.tones[ToneCurve::kMark] = mark.rgb();
+    result.ground = night ? QColor(Qt::black) : QColor(0x2A, 0x2E, 0x35);
+    result.text = night ? colors.text : QColor(0xB8, 0xBF, 0xC9);
+    result.line = night ? colors.text : QColor(0x4F, 0xB4, 0xE8);
+    return result;
+}
+
+}  // namespace vantrel::qt

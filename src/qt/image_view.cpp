@@ -1,0 +1,218 @@
+#include "qt/image_view.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QWheelEvent>
+#include <cmath>
+
+namespace vantrel::qt {
+
+using observatory::ViewPoint;
+
+ImageView::ImageView(observatory::ShownImage& image, const Front& front)
+    : image_(image), front_(front), colors_(imageColors(colorsOf(false), false, false)) {
+    setObjectName("imageView");
+    setAccessibleName("Camera image");
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    constexpr int kSmallest = 160;
+    setMinimumSize(kSmallest, kSmallest);
+    following_ = image_.changed.subscribe([this] { follow(); });
+    follow();
+}
+
+QSize ImageView::sizeHint() const {
+    constexpr int kUsual = 720;
+    return {kUsual, kUsual * 3 / 4};
+}
+
+/// Looks at no pixel: whoever changes them may still be at it.
+void ImageView::follow() {
+    if (const auto pixels = image_.pixels())
+        viewport_.setImageSize(static_cast<int>(pixels->width()), static_cast<int>(pixels->height()));
+    else
+        viewport_.setImageSize(0, 0);
+    update();
+}
+
+void ImageView::setColors(const ImageColors& colors) {
+    colors_ = colors;
+    painted_.reset();
+    update();
+}
+
+void ImageView::setCrossHair(bool shown) {
+    crossHair_ = shown;
+    update();
+}
+
+void ImageView::changeView(const std::function<void()>& change) {
+    change();
+    update();
+    moved.emit();
+}
+
+void ImageView::fit() {
+    changeView([this] { viewport_.fit(); });
+}
+
+void ImageView::showPixels() {
+    changeView([this] { viewport_.zoomTo(1, anchor()); });
+}
+
+void ImageView::zoomIn() { zoomAround(anchor(), true); }
+void ImageView::zoomOut() { zoomAround(anchor(), false); }
+
+void ImageView::zoomAround(ViewPoint anchor, bool closer) {
+    changeView([&] { closer ? viewport_.zoomIn(anchor) : viewport_.zoomOut(anchor); });
+}
+
+/// What keys zoom around: what the operator looks at.
+ViewPoint ImageView::anchor() const { return cursor_ ? onScreen(*cursor_) : viewport_.middle(); }
+
+ViewPoint ImageView::onScreen(QPointF position) const {
+    return {position.x() * devicePixelRatioF(), position.y() * devicePixelRatioF()};
+}
+
+std::optional<QPoint> ImageView::pixelUnderCursor() const {
+    const auto pixels = image_.pixels();
+    if (!cursor_ || !pixels) return std::nullopt;
+    const ViewPoint point = viewport_.toImage(onScreen(*cursor_));
+    const QPoint pixel(static_cast<int>(std::lround(point.x)), static_cast<int>(std::lround(point.y)));
+    const QRect all(0, 0, static_cast<int>(pixels->width()), static_cast<int>(pixels->height()));
+    if (!all.contains(pixel)) return std::nullopt;
+    return pixel;
+}
+
+void ImageView::refreshPicture() {
+    const auto pixels = image_.pixels();
+    const observatory::ViewWindow window = viewport_.window();
+    if (rastered_.lock() != pixels || window != rasterWindow_) {
+        raster_ = rasterOf(*pixels, window, image_.statistics());
+        rastered_ = pixels;
+        rasterWindow_ = window;
+        painted_.reset();
+    }
+    const observatory::ShownStretch stretch = image_.stretch();
+    if (painted_ == stretch) return;
+    painted_ = stretch;
+    if (picture_.size() != QSize(raster_.width, raster_.height))
+        picture_ = QImage(raster_.width, raster_.height, QImage::Format_RGB32);
+    const observatory::ToneCurve curve = stretch.curve();
+    for (int row = 0; row < raster_.height; ++row)
+        paintRow(raster_, row, curve, colors_.tones,
+                 reinterpret_cast<std::uint32_t*>(picture_.scanLine(row)));
+    picture_.setDevicePixelRatio(devicePixelRatioF());
+}
+
+void ImageView::paintEvent(QPaintEvent* /*event*/) {
+    front_.barrier.run([this] {
+        QPainter painter(this);
+        painter.fillRect(rect(), colors_.ground);
+        if (!image_.pixels()) {
+            painter.setPen(colors_.text);
+            painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap,
+                             "No image yet.\n\nThe pictures that the imaging program takes\nappear here.");
+            return;
+        }
+        refreshPicture();
+        const double ratio = devicePixelRatioF();
+        painter.drawImage(QPointF(rasterWindow_.x / ratio, rasterWindow_.y / ratio), picture_);
+        if (crossHair_) paintCrossHair(painter);
+    });
+}
+
+void ImageView::paintCrossHair(QPainter& painter) const {
+    const auto pixels = image_.pixels();
+    const double ratio = devicePixelRatioF();
+    const ViewPoint middle = viewport_.toWindow(
+        {(static_cast<double>(pixels->width()) - 1) / 2, (static_cast<double>(pixels->height()) - 1) / 2});
+    const QPointF centre(middle.x / ratio, middle.y / ratio);
+    QPen pen(colors_.line, 1);
+    pen.setCosmetic(true);
+    painter.setPen(pen);
+    constexpr double kGap = 12;  // what lies in the middle stays in sight
+    const QRectF room = rect();
+    painter.drawLine(QLineF(room.left(), centre.y(), centre.x() - kGap, centre.y()));
+    painter.drawLine(QLineF(centre.x() + kGap, centre.y(), room.right(), centre.y()));
+    painter.drawLine(QLineF(centre.x(), room.top(), centre.x(), centre.y() - kGap));
+    painter.drawLine(QLineF(centre.x(), centre.y() + kGap, centre.x(), room.bottom()));
+}
+
+void ImageView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    changeView([this] {
+        viewport_.setWindowSize(qRound(width() * devicePixelRatioF()),
+                                qRound(height() * devicePixelRatioF()));
+    });
+}
+
+void ImageView::wheelEvent(QWheelEvent* event) {
+    constexpr int kStep = 120;  // eighths of a degree: a notch of the wheel
+    wheel_ += event->angleDelta().y();
+    cursor_ = event->position();
+    for (; wheel_ >= kStep; wheel_ -= kStep) zoomAround(onScreen(*cursor_), true);
+    for (; wheel_ <= -kStep; wheel_ += kStep) zoomAround(onScreen(*cursor_), false);
+    event->accept();
+}
+
+void ImageView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton && event->button() != Qt::MiddleButton) {
+        QWidget::mousePressEvent(event);
+        return;
+    }
+    grip_ = event->position();
+    setCursor(Qt::ClosedHandCursor);
+}
+
+void ImageView::mouseMoveEvent(QMouseEvent* event) {
+    cursor_ = event->position();
+    if (grip_) {
+        const QPointF way = (event->position() - *grip_) * devicePixelRatioF();
+        grip_ = event->position();
+        viewport_.pan(way.x(), way.y());
+        update();
+    }
+    moved.emit();
+}
+
+void ImageView::mouseReleaseEvent(QMouseEvent* event) {
+    QWidget::mouseReleaseEvent(event);
+    grip_.reset();
+    unsetCursor();
+}
+
+void ImageView::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) return;
+    cursor_ = event->position();
+    viewport_.fitted() ? showPixels() : fit();
+}
+
+void ImageView::leaveEvent(QEvent* event) {
+    QWidget::leaveEvent(event);
+    cursor_.reset();
+    moved.emit();
+}
+
+void ImageView::keyPressEvent(QKeyEvent* event) {
+    constexpr double kShare = 0.1;  // of the view
+    const double across = viewport_.middle().x * 2 * kShare;
+    const double down = viewport_.middle().y * 2 * kShare;
+    const auto pan = [this](double dx, double dy) { changeView([&] { viewport_.pan(dx, dy); }); };
+    switch (event->key()) {
+        case Qt::Key_Left:
+            return pan(across, 0);
+        case Qt::Key_Right:
+            return pan(-across, 0);
+        case Qt::Key_Up:
+            return pan(0, down);
+        case Qt::Key_Down:
+            return pan(0, -down);
+        default:
+            QWidget::keyPressEvent(event);
+    }
+}
+
+}  // namespace vantrel::qt

@@ -1,0 +1,83 @@
+// The image in front, to be zoomed, drawn about and looked at pixel by pixel.
+#pragma once
+
+#include <QImage>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "observatory/imaging/image_viewport.h"
+#include "observatory/imaging/shown_image.h"
+#include "observatory/imaging/view_raster.h"
+#include "qt/binding.h"
+#include "qt/image_colors.h"
+
+namespace vantrel::qt {
+
+/// The wheel zooms around the cursor, dragging or the arrow keys move the image, a double click changes
+/// between the whole image and its own pixels. A pixel of the image is measured in pixels of the screen, also
+/// where the desktop enlarges everything else.
+class ImageView : public QWidget {
+  public:
+    ImageView(observatory::ShownImage& image, const Front& front);
+
+    void setColors(const ImageColors& colors);
+    /// Lines through the image's middle, which aren't part of it.
+    void setCrossHair(bool shown);
+
+    void fit();
+    /// One pixel of the image for one of the screen.
+    void showPixels();
+    void zoomIn();
+    void zoomOut();
+    const observatory::ImageViewport& viewport() const { return viewport_; }
+
+    /// The image's column and row under the cursor.
+    std::optional<QPoint> pixelUnderCursor() const;
+
+    /// The view or what is under the cursor is another.
+    platform::Signal<> moved;
+
+    QSize sizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    void follow();
+    void changeView(const std::function<void()>& change);
+    void zoomAround(observatory::ViewPoint anchor, bool closer);
+    observatory::ViewPoint anchor() const;
+    observatory::ViewPoint onScreen(QPointF position) const;
+    void refreshPicture();
+    void paintCrossHair(QPainter& painter) const;
+
+    observatory::ShownImage& image_;
+    Front front_;
+    platform::Subscription following_;
+    observatory::ImageViewport viewport_;
+    ImageColors colors_;
+    bool crossHair_ = false;
+
+    // What is on the screen now, and what it was made from.
+    observatory::ViewRaster raster_;
+    std::weak_ptr<const platform::ImageArray> rastered_;
+    observatory::ViewWindow rasterWindow_;
+    std::optional<observatory::ShownStretch> painted_;
+    QImage picture_;
+
+    std::optional<QPointF> cursor_;
+    std::optional<QPointF> grip_;  // where the image is held
+    int wheel_ = 0;                // turned, but not yet by a whole step
+};
+
+}  // namespace vantrel::qt

@@ -1,0 +1,309 @@
+#include "qt/image_window.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPointer>
+#include <QScreen>
+#include <QToolBar>
+#include <QVBoxLayout>
+#include <algorithm>
+#include <cmath>
+
+#include "correction/star_under_point.h"
+#include "platform/errors.h"
+#include "platform/text.h"
+#include "qt/histogram_bar.h"
+#include "qt/image_view.h"
+
+namespace vantrel::qt {
+namespace {
+
+constexpr const char* kSection = "ImageWindow";
+constexpr const char* kNothing = "–";
+
+QString valueText(double value) {
+    if (value >= observatory::kMarkValue) return "mark";
+    constexpr int kFigures = 6;
+    return value == std::floor(value) && std::abs(value) < 1e9 ? QString::number(value, 'f', 0)
+                                                               : QString::number(value, 'g', kFigures);
+}
+
+QString starText(const platform::ImageArray& image, QPoint pixel) {
+    try {
+        const auto star = correction::measureStarAt(image, pixel.x(), pixel.y());
+        if (star && star->peak < observatory::kMarkValue)
+            return QString("HFD %1 px").arg(star->halfFluxDiameter, 0, 'f', 2);
+    } catch (const platform::OperationError&) {  // no numbers around the cursor
+    }
+    return kNothing;
+}
+
+/// "1:4", "3:1"; the whole image may lie in between.
+QString scaleText(double scale) {
+    const auto side = [](double factor) {
+        const bool whole = std::abs(factor - std::round(factor)) < 1e-6;
+        return QString::number(factor, 'f', whole ? 0 : 1);
+    };
+    return scale >= 1 ? side(scale) + ":1" : "1:" + side(1 / scale);
+}
+
+}  // namespace
+
+ImageWindow::ImageWindow(observatory::OpenDocuments& documents, platform::SettingsRoot& settings,
+                         const Front& front)
+    : QWidget(nullptr, Qt::Window),
+      settings_(settings),
+      front_(front),
+      image_(documents),
+      view_(new ImageView(image_, front)),
+      histogram_(new HistogramBar(image_, front.barrier)),
+      bar_(new QToolBar) {
+    setObjectName("imageWindow");
+    setAutoFillBackground(true);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(bar_);
+    column->addWidget(view_, 1);
+    column->addWidget(histogram_);
+    column->addWidget(statusLine());
+    addCommands();
+    setContextMenuPolicy(Qt::ActionsContextMenu);
+    front_.barrier.run([this] {
+        inverted_->setChecked(chosen("Inverted"));
+        green_->setChecked(chosen("GreenByNight"));
+        restorePlace();
+    });
+    applyLook();
+    view_->setFocus();
+
+    following_ = image_.changed.subscribe([this] { follow(); });
+    moving_ = view_->moved.subscribe([this] {
+        tellPixel();
+        tellView();
+    });
+    look_ = front_.theme.changed.subscribe([this] { applyLook(); });
+    follow();
+}
+
+ImageWindow::~ImageWindow() {
+    front_.barrier.run([this] { rememberPlace(); });
+}
+
+// ---- Commands ----
+
+QAction* ImageWindow::addCommand(const char* name, const QString& text, const QString& tip,
+                                 const QList<QKeySequence>& keys, std::function<void()> command) {
+    auto* const action = new QAction(text, this);
+    action->setObjectName(name);
+    action->setShortcuts(keys);
+    QString key = keys.front().toString(QKeySequence::NativeText);
+    action->setToolTip(tip + " (" + key + ")");
+    connect(action, &QAction::triggered, this,
+            [this, command = std::move(command)] { front_.barrier.run(command); });
+    addAction(action);
+    return action;
+}
+
+QAction* ImageWindow::addSwitch(const char* name, const QString& text, const QString& tip,
+                                const QKeySequence& key, std::function<void(bool)> command) {
+    QAction* const action = addCommand(name, text, tip, {key}, [] {});
+    action->setCheckable(true);
+    connect(action, &QAction::toggled, this,
+            [this, command = std::move(command)](bool on) { front_.barrier.run([&] { command(on); }); });
+    return action;
+}
+
+void ImageWindow::addCommands() {
+    QAction* const fit =
+        addCommand("fit", "Fit", "Show the whole image", {QKeySequence("F")}, [this] { view_->fit(); });
+    QAction* const pixels = addCommand("pixels", "1:1", "Show every pixel of the image as one of the screen",
+                                       {QKeySequence("1")}, [this] { view_->showPixels(); });
+    QAction* const closer = addCommand("zoomIn", "+", "Zoom in", {QKeySequence("+"), QKeySequence("=")},
+                                       [this] { view_->zoomIn(); });
+    QAction* const farther =
+        addCommand("zoomOut", "−", "Zoom out", {QKeySequence("-")}, [this] { view_->zoomOut(); });
+    automatic_ =
+        addCommand("automatic", "Auto", "Choose the stretch from each image", {QKeySequence("A")}, [this] {
+            // Switched off, the stretch of this image stays for the next.
+            if (image_.automatic())
+                image_.choose(image_.stretch());
+            else
+                image_.beAutomatic();
+            follow();
+        });
+    automatic_->setCheckable(true);
+    QAction* const cross = addSwitch("crossHair", "Cross hair", "Lines through the middle of the image",
+                                     QKeySequence("X"), [this](bool on) { view_->setCrossHair(on); });
+    inverted_ =
+        addSwitch("inverted", "Invert", "Dark stars on a bright sky", QKeySequence("I"), [this](bool on) {
+            remember("Inverted", on ? "1" : "0");
+            applyLook();
+        });
+    green_ = addSwitch("green", "Green by night", "Night vision in green instead of red", QKeySequence("G"),
+                       [this](bool on) {
+                           remember("GreenByNight", on ? "1" : "0");
+                           applyLook();
+                       });
+    QAction* const histogram = addSwitch("showHistogram", "Histogram", "Show the histogram and the stretch",
+                                         QKeySequence("H"), [this](bool on) { histogram_->setVisible(on); });
+    histogram->setChecked(true);
+    full_ = addSwitch("fullScreen", "Full screen", "The image all over the screen; Esc leaves it",
+                      QKeySequence("F11"), [this](bool on) { showFull(on); });
+    bar_->addActions({fit, pixels, farther, closer});
+    bar_->addSeparator();
+    bar_->addActions({automatic_, inverted_, cross, histogram});
+    bar_->addSeparator();
+    bar_->addAction(full_);
+    for (QAction* action : bar_->actions())
+        if (QWidget* const button = bar_->widgetForAction(action))
+            button->setAccessibleName(action->toolTip());
+}
+
+void ImageWindow::showFull(bool full) {
+    bar_->setVisible(!full);
+    setWindowState(full ? windowState() | Qt::WindowFullScreen : windowState() & ~Qt::WindowFullScreen);
+}
+
+/// The desktop has ways of its own to leave the full screen.
+void ImageWindow::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange && full_ != nullptr) full_->setChecked(isFullScreen());
+}
+
+void ImageWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && full_->isChecked()) {
+        full_->setChecked(false);
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+// ---- Status ----
+
+QLabel* ImageWindow::addStatus(const char* name, const QString& widest, const QString& meaning) {
+    auto* const label = new QLabel(kNothing);
+    label->setObjectName(name);
+    label->setToolTip(meaning);
+    label->setAccessibleName(meaning);
+    label->setFixedWidth(label->fontMetrics().horizontalAdvance(widest) + 12);
+    status_->layout()->addWidget(label);
+    return label;
+}
+
+/// Places of a fixed width: nothing jumps while the cursor moves.
+QWidget* ImageWindow::statusLine() {
+    status_ = new QWidget;
+    auto* const row = new QHBoxLayout(status_);
+    row->setContentsMargins(10, 4, 10, 5);
+    position_ = addStatus("pixel", "x 00000  y 00000", "Column and row under the cursor, from 0");
+    value_ = addStatus("value", "−0.00000e+00", "Value of the pixel under the cursor");
+    star_ = addStatus("star", "HFD 00.00 px", "Half-flux diameter of the star under the cursor");
+    row->addStretch();
+    size_ = addStatus("size", "00000 × 00000", "Columns and rows of the image");
+    scale_ = addStatus("scale", "1:00.0", "Pixels of the screen to pixels of the image");
+    return status_;
+}
+
+void ImageWindow::tellPixel() {
+    front_.barrier.run([this] {
+        const auto pixel = view_->pixelUnderCursor();
+        if (!pixel) {
+            for (QLabel* label : {position_, value_, star_}) label->setText(kNothing);
+            return;
+        }
+        const auto pixels = image_.pixels();
+        const double value =
+            pixels->at(static_cast<std::size_t>(pixel->x()), static_cast<std::size_t>(pixel->y()));
+        position_->setText(QString("x %1  y %2").arg(pixel->x()).arg(pixel->y()));
+        value_->setText(valueText(value));
+        star_->setText(starText(*pixels, *pixel));
+    });
+}
+
+void ImageWindow::tellView() {
+    const auto pixels = image_.pixels();
+    scale_->setText(pixels ? scaleText(view_->viewport().scale()) : kNothing);
+    size_->setText(pixels ? QString("%1 × %2").arg(pixels->width()).arg(pixels->height()) : kNothing);
+}
+
+// ---- What the image does ----
+
+void ImageWindow::follow() {
+    const auto document = image_.document();
+    const QString name = "Camera image";
+    setWindowTitle(document ? QString::fromStdString(document->title) + " – " + name : name);
+    view_->setAccessibleDescription(document ? QString::fromStdString(document->title)
+                                             : QString("No image yet"));
+    automatic_->setChecked(image_.automatic());
+    tellView();
+    // The pixels are read when whoever changed them has finished.
+    front_.loop.post([window = QPointer<ImageWindow>(this)] {
+        if (window) window->tellPixel();
+    });
+    if (document && !isVisible() && !closedByOperator_) show();
+}
+
+void ImageWindow::showByOperator() {
+    closedByOperator_ = false;
+    show();
+    raise();
+    activateWindow();
+}
+
+void ImageWindow::closeEvent(QCloseEvent* event) {
+    front_.barrier.run([this] { rememberPlace(); });
+    closedByOperator_ = true;
+    event->accept();
+}
+
+void ImageWindow::applyLook() {
+    const bool night = front_.theme.night();
+    const bool green = night && green_->isChecked();
+    const Colors colors = green ? inGreen(front_.theme.colors()) : front_.theme.colors();
+    setPalette(green ? paletteOf(colors) : QPalette());
+    view_->setColors(imageColors(colors, night, inverted_->isChecked()));
+    green_->setEnabled(night);
+}
+
+// ---- Memory ----
+
+bool ImageWindow::chosen(const char* key) const {
+    return platform::leadingNumber(settings_.read(kSection, key).value_or("0")) != 0;
+}
+
+void ImageWindow::remember(const char* key, const std::string& value) const {
+    if (settings_.read(kSection, key) != value) settings_.write(kSection, key, value);
+}
+
+void ImageWindow::restorePlace() {
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    const QSize usual = sizeHint().boundedTo(room.size() * 0.8);
+    const auto stored = [this](const char* key, int otherwise) {
+        const auto text = settings_.read(kSection, key);
+        return text ? static_cast<int>(std::clamp(platform::leadingNumber(*text), -1e6, 1e6)) : otherwise;
+    };
+    const QSize size = QSize(stored("Width", usual.width()), stored("Height", usual.height()))
+                           .expandedTo(minimumSizeHint())
+                           .boundedTo(room.size());
+    resize(size);
+    // At first to the right, beside the main window.
+    const QPoint corner(stored("Left", room.right() - size.width()),
+                        stored("Top", room.top() + room.height() / 10));
+    move(std::clamp(corner.x(), room.left(), room.right() + 1 - size.width()),
+         std::clamp(corner.y(), room.top(), room.bottom() + 1 - size.height()));
+}
+
+void ImageWindow::rememberPlace() const {
+    if (!isVisible() || isMinimized() || isFullScreen() || isMaximized()) return;
+    remember("Left", std::to_string(pos().x()));
+    remember("Top", std::to_string(pos().y()));
+    remember("Width", std::to_string(width()));
+    remember("Height", std::to_string(height()));
+}
+
+}  // namespace vantrel::qt

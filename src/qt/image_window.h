@@ -1,0 +1,77 @@
+// The imaging program's window: its picture, and what an observer does with it.
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+#include "observatory/imaging/shown_image.h"
+#include "platform/settings_root.h"
+#include "qt/binding.h"
+
+class QAction;
+class QLabel;
+class QToolBar;
+
+namespace vantrel::qt {
+
+class HistogramBar;
+class ImageView;
+
+/// Opens by itself, without taking the keyboard, when there is an image; once the operator has closed it, it
+/// stays closed until showByOperator. Exposures go on either way. Its place and choices are kept in the
+/// settings' section "ImageWindow".
+class ImageWindow : public QWidget {
+  public:
+    /// What it is given must outlive it.
+    ImageWindow(observatory::OpenDocuments& documents, platform::SettingsRoot& settings, const Front& front);
+    ~ImageWindow() override;
+
+    /// Opens the window, or brings it in front of the others.
+    void showByOperator();
+
+  protected:
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    QAction* addCommand(const char* name, const QString& text, const QString& tip,
+                        const QList<QKeySequence>& keys, std::function<void()> command);
+    QAction* addSwitch(const char* name, const QString& text, const QString& tip, const QKeySequence& key,
+                       std::function<void(bool)> command);
+    void addCommands();
+    QWidget* statusLine();
+    QLabel* addStatus(const char* name, const QString& widest, const QString& meaning);
+
+    void follow();
+    void tellPixel();
+    void tellView();
+    void applyLook();
+    void showFull(bool full);
+
+    void restorePlace();
+    void rememberPlace() const;
+    bool chosen(const char* key) const;
+    void remember(const char* key, const std::string& value) const;
+
+    platform::SettingsRoot& settings_;
+    Front front_;
+    observatory::ShownImage image_;
+    ImageView* view_;
+    HistogramBar* histogram_;
+    QToolBar* bar_;
+    QWidget* status_ = nullptr;
+    QLabel* position_ = nullptr;
+    QLabel* value_ = nullptr;
+    QLabel* star_ = nullptr;
+    QLabel* scale_ = nullptr;
+    QLabel* size_ = nullptr;
+    QAction* automatic_ = nullptr;
+    QAction* inverted_ = nullptr;
+    QAction* green_ = nullptr;
+    QAction* full_ = nullptr;
+    bool closedByOperator_ = false;
+    platform::Subscription following_, moving_, look_;
+};
+
+}  // namespace vantrel::qt
