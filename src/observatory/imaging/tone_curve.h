@@ -24,21 +24,22 @@ class ToneCurve {
     /// `white` lies above `black`.
     ToneCurve(double black, double white, double midtone)
         : black_(static_cast<float>(black)),
+          white_(static_cast<float>(white)),
           perUnit_(1 / static_cast<float>(white - black)),
           midtone_(static_cast<float>(midtone)) {}
 
     /// 0 to kWhite, or kMark. What isn't a number is black.
     std::uint8_t at(float value) const {
         if (value >= static_cast<float>(kMarkValue)) return kMark;
+        if (value >= white_) return kWhite;
         const float share = (value - black_) * perUnit_;
         if (!(share > 0)) return 0;
-        if (share >= 1) return kWhite;
         return static_cast<std::uint8_t>(kWhite * ((midtone_ - 1) * share) /
                                          ((2 * midtone_ - 1) * share - midtone_));
     }
 
   private:
-    float black_, perUnit_, midtone_;
+    float black_, white_, perUnit_, midtone_;
 };
 
 }  // namespace vantrel::observatory
