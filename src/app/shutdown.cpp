@@ -13,6 +13,7 @@ void Shutdown::UnloadThisApplication() {
     parts_.state.AppUnloading = true;
     parts_.camera.abortCCDSoftExposure();
     parts_.state.StopRequested = true;
+    parts_.machine.loop.setEnding(true);
 }
 
 bool Shutdown::finish() {
@@ -27,6 +28,7 @@ bool Shutdown::finish() {
             // The shutdown always completes; what a step has to say it has said by itself.
         }
     }
+    parts_.machine.loop.setEnding(false);
     through_ = true;
     return true;
 }

@@ -169,14 +169,15 @@ bool TelescopeLink::TelescopeIsConnected() {
 void TelescopeLink::EnsureTelescopeConnected() {
     if (TelescopeIsConnected()) return;
     constexpr int kAttempts = 4;
-    const bool& stop = services_.state.StopRequested;
+    const auto& state = services_.state;
+    const auto stop = [&state] { return state.StopRequested || state.AppUnloading; };
     int attempt = 0;
     do {
         ConnectTelescope();
-        if (stop) return;
+        if (stop()) return;
         WaitSeconds(services_.loop, 3);
         YieldPause();
-        if (stop) return;
+        if (stop()) return;
         ++attempt;
     } while (attempt < kAttempts && !TelescopeIsConnected());
 }
@@ -229,7 +230,7 @@ void TelescopeLink::repeatReadOfDec(double& dec) {
 
 void TelescopeLink::SlewToCoordinates(double ra, double dec) {
     constexpr int kTrials = 5;
-    const bool& stop = services_.state.StopRequested;
+    const auto& stop = services_.state.StopRequested;
     attempt(kSlew, [&] {
         int trial = 1;
         for (; trial <= kTrials && !TelescopeMoveIsSuccessful(NormalizeRAHours(ra), dec); ++trial) {
@@ -240,7 +241,7 @@ void TelescopeLink::SlewToCoordinates(double ra, double dec) {
         }
         // A mount that had to be asked again may have stopped half-way.
         if (trial != 1) call("SlewToCoordinatesAsync", {NormalizeRAHours(ra), dec});
-        while (get("Slewing").toBool()) {
+        while (!services_.state.AppUnloading && get("Slewing").toBool()) {
             if (stop) AbortTelescopeSlew();
             WaitSeconds(services_.loop, 1);
         }

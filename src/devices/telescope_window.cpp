@@ -42,6 +42,11 @@ void TelescopeWindow::linkAtStartUp() {
     link_.EnsureTelescopeConnected();
 }
 
+/// A stop that the end of the program asks for stays.
+void TelescopeWindow::clearStopRequest() {
+    if (!services_.state.AppUnloading) services_.state.StopRequested = false;
+}
+
 void TelescopeWindow::cmdTelescope_Click() {
     window_.show();
     window_.setOnTop(true);
@@ -50,7 +55,7 @@ void TelescopeWindow::cmdTelescope_Click() {
 }
 
 void TelescopeWindow::Form_Load() {
-    services_.state.StopRequested = false;
+    clearStopRequest();
     window_.show();
     const Rectangle& area = window_.screen().workArea();
     const auto stored = [&](const char* key, int otherwise) {
@@ -84,7 +89,7 @@ void TelescopeWindow::Form_Unload() {
 }
 
 void TelescopeWindow::cmdPickTelescope_Click() {
-    services_.state.StopRequested = false;
+    clearStopRequest();
     if (link_.TelescopeIsConnected()) {
         link_.DisconnectTelescope();
         link_.clearDisconnectRequest();
@@ -99,12 +104,12 @@ void TelescopeWindow::cmdPickTelescope_Click() {
 }
 
 void TelescopeWindow::cmdTelescopeSetup_Click() {
-    services_.state.StopRequested = false;
+    clearStopRequest();
     link_.SetupTelescope();
 }
 
 void TelescopeWindow::cmdConnectTelescope_Click() {
-    services_.state.StopRequested = false;
+    clearStopRequest();
     window_.cmdConnectTelescope.setEnabled(false);
     window_.cmdDisconnectTelescope.setEnabled(true);
     window_.txtTelescopeSelectionStatus.setText(" Connecting");
@@ -114,7 +119,7 @@ void TelescopeWindow::cmdConnectTelescope_Click() {
 }
 
 void TelescopeWindow::cmdDisconnectTelescope_Click() {
-    services_.state.StopRequested = false;
+    clearStopRequest();
     window_.cmdConnectTelescope.setEnabled(true);
     window_.cmdDisconnectTelescope.setEnabled(false);
     window_.txtTelescopeSelectionStatus.setText(" Disconnecting");

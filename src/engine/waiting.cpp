@@ -11,9 +11,9 @@ void WaitSeconds(platform::EventLoop& loop, double seconds) {
         loop.yield();
         loop.sleep(kStep);
         left -= 0.1;
-    } while (left > 0.1);
+    } while (left > 0.1 && !loop.ending());
     loop.yield();
-    if (left > 0) loop.sleep(platform::Milliseconds{std::llround(left * 1000)});
+    if (left > 0 && !loop.ending()) loop.sleep(platform::Milliseconds{std::llround(left * 1000)});
     loop.yield();
 }
 

@@ -32,6 +32,14 @@ class EventLoop {
 
     /// Returns when `duration` has passed. Handlers that fall due in the meantime run.
     virtual void sleep(Milliseconds duration) = 0;
+
+    /// The program is ending: no wait is worth its time any more. Loops that let real time pass cut
+    /// sleeps short, and whoever waits in several steps leaves after the one at hand.
+    bool ending() const { return ending_; }
+    void setEnding(bool ending) { ending_ = ending; }
+
+  private:
+    bool ending_ = false;
 };
 
 }  // namespace vantrel::platform

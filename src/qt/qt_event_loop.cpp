@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
+#include <algorithm>
 #include <chrono>
 
 namespace vantrel::qt {
@@ -36,13 +37,15 @@ platform::TimerHandle QtEventLoop::every(platform::Milliseconds interval, std::f
 void QtEventLoop::yield() { QCoreApplication::processEvents(); }
 
 void QtEventLoop::sleep(platform::Milliseconds duration) {
+    constexpr platform::Milliseconds kShort{10};
+    const bool wasEnding = ending();
     bool over = false;
     QTimer timer;
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
     QObject::connect(&timer, &QTimer::timeout, &timer, [&over] { over = true; });
-    timer.start(duration);
-    runUntil([&over] { return over; });
+    timer.start(wasEnding ? std::min(duration, kShort) : duration);
+    runUntil([&] { return over || ending() != wasEnding; });
 }
 
 void QtEventLoop::runUntil(const std::function<bool()>& done) {

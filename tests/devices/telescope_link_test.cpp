@@ -342,6 +342,18 @@ TEST(TelescopeLink, WaitsUntilTheMountStandsEvenWhenStopped) {
     EXPECT_THAT(actionsOn(world.host, kScope), ElementsAre("call SlewToCoordinatesAsync 1 30"));
 }
 
+TEST(TelescopeLink, ASlewDoesntKeepTheProgramFromEnding) {
+    TelescopeWorld world;
+    world.connect();
+    world.mount.slewingReads = 1000;
+    const auto end = world.loop.after(platform::Milliseconds{2500}, [&world] {
+        world.state.AppUnloading = true;
+        world.loop.setEnding(true);
+    });
+    world.link.SlewToCoordinates(3, 45);
+    EXPECT_LT(world.elapsed(), 3) << "seconds";
+}
+
 TEST(TelescopeLink, GivesUpTheTrialsWhenStopped) {
     struct Case {
         double stopAfter;  // seconds; 0: before the slew

@@ -58,6 +58,38 @@ TEST(TelescopeWindow, LoadsTheStoredTelescope) {
     }
 }
 
+TEST(TelescopeWindow, TheEndOfTheProgramStaysRequested) {
+    using Operation = std::function<void(WindowWorld&)>;
+    const struct {
+        const char* what;
+        Operation operation;
+    } rows[] = {
+        {"load", [](WindowWorld& world) { world.open(); }},
+        {"Select", [](WindowWorld& world) { world.window.cmdPickTelescope.onClick(); }},
+        {"Setup", [](WindowWorld& world) { world.window.cmdTelescopeSetup.onClick(); }},
+        {"Connect", [](WindowWorld& world) { world.window.cmdConnectTelescope.onClick(); }},
+        {"Disconnect", [](WindowWorld& world) { world.window.cmdDisconnectTelescope.onClick(); }},
+    };
+    for (const auto& row : rows) {
+        WindowWorld world;
+        world.state.AppUnloading = world.state.StopRequested = true;
+        row.operation(world);
+        EXPECT_TRUE(world.state.StopRequested) << row.what;
+    }
+}
+
+TEST(TelescopeWindow, TheEndOfTheProgramCutsTheAttemptsToConnectShort) {
+    WindowWorld world;
+    world.mount.connects = false;
+    const auto end = world.loop.after(platform::Milliseconds{1000}, [&world] {
+        world.state.AppUnloading = world.state.StopRequested = true;
+        world.loop.setEnding(true);
+    });
+    const double before = world.elapsed();
+    world.behaviour.linkAtStartUp();
+    EXPECT_LT(world.elapsed() - before, 1.5) << "seconds; four attempts would take twelve";
+}
+
 TEST(TelescopeWindow, RemembersItsPlace) {
     WindowWorld world;
     world.open();
