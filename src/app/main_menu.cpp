@@ -44,7 +44,7 @@ void MainMenu::cmdSysInfo_Click() {
     }
     if (!viewer.empty() && desktop.open(viewer)) return;
     parts_.machine.dialogs.messageBox(kProgramTitle, "This computer has no system-information viewer.",
-                                      platform::Dialogs::Icon::kInformation);
+                                      platform::Dialogs::Icon::kInformation, platform::Dialogs::Buttons::kOk);
 }
 
 }  // namespace vantrel::app

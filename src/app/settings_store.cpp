@@ -62,7 +62,9 @@ void SettingsStore::ensureRoot() {
 
 void SettingsStore::fail(const std::string& text, Dialogs::Icon icon) {
     failed_ = true;
-    dialogs_.messageBox("", text, icon);
+    const auto buttons =
+        icon == Dialogs::Icon::kCritical ? Dialogs::Buttons::kOkCancel : Dialogs::Buttons::kOk;
+    dialogs_.messageBox("", text, icon, buttons);
     if (onFailure) onFailure();
     throw SettingsFailure(text);
 }

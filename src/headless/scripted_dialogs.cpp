@@ -29,7 +29,7 @@ std::string ScriptedDialogs::take(std::deque<std::string>& answers) {
     return answer;
 }
 
-void ScriptedDialogs::messageBox(const std::string& title, const std::string& text, Icon) {
+void ScriptedDialogs::messageBox(const std::string& title, const std::string& text, Icon, Buttons) {
     boxes_.push_back({clock_.utc(), title, text});
     take(confirmations_);
 }

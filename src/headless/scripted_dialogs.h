@@ -28,7 +28,7 @@ class ScriptedDialogs : public platform::Dialogs {
     /// Every message box so far.
     const std::vector<Box>& boxes() const { return boxes_; }
 
-    void messageBox(const std::string& title, const std::string& text, Icon icon) override;
+    void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
     std::string chooseFolder(const std::string& title) override;
     /// An answer may be a choice's id or its description; anything else is handed over as it is, as an entry
     /// of a list that the program doesn't know.

@@ -12,8 +12,11 @@ class Dialogs {
     virtual ~Dialogs() = default;
 
     enum class Icon { kInformation, kExclamation, kCritical };
+    /// How a message can be closed; it makes no difference to what follows.
+    enum class Buttons { kOk, kOkCancel };
 
-    virtual void messageBox(const std::string& title, const std::string& text, Icon icon) = 0;
+    virtual void messageBox(const std::string& title, const std::string& text, Icon icon,
+                            Buttons buttons) = 0;
 
     /// A folder with drive letter and backslashes; empty when the operator cancels.
     virtual std::string chooseFolder(const std::string& title) = 0;

@@ -44,8 +44,9 @@ void makeRoomForGloves(const QWidget& dialog) {
 
 }  // namespace
 
-void QtDialogs::messageBox(const std::string& title, const std::string& text, Icon icon) {
-    QMessageBox box(iconOf(icon), QString::fromStdString(title), plain(text), QMessageBox::Ok,
+void QtDialogs::messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) {
+    QMessageBox box(iconOf(icon), QString::fromStdString(title), plain(text),
+                    buttons == Buttons::kOkCancel ? QMessageBox::Ok | QMessageBox::Cancel : QMessageBox::Ok,
                     QApplication::activeWindow());
     box.setTextFormat(Qt::PlainText);
     makeRoomForGloves(box);

@@ -14,7 +14,7 @@ class QtDialogs : public platform::Dialogs {
     QtDialogs(const platform::FolderMap& folders, std::string startFolder)
         : folders_(folders), startFolder_(std::move(startFolder)) {}
 
-    void messageBox(const std::string& title, const std::string& text, Icon icon) override;
+    void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
     std::string chooseFolder(const std::string& title) override;
     std::string choose(const std::string& title, const std::vector<Choice>& choices,
                        const std::string& current) override;

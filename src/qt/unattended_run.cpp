@@ -52,7 +52,8 @@ void UnattendedRun::answer() {
         next_.click();
 }
 
-void UnattendedDialogs::messageBox(const std::string& title, const std::string& text, Icon /*icon*/) {
+void UnattendedDialogs::messageBox(const std::string& title, const std::string& text, Icon /*icon*/,
+                                   Buttons /*buttons*/) {
     out_ << title << ": " << text << std::endl;
 }
 

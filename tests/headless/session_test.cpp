@@ -172,7 +172,7 @@ TEST(Session, ShowsDrawingsPopupsAndBoxes) {
     SmallWorld world;
     world.program.window.picPlot.setDrawing(
         {{-10, 10, 10, -10}, {Circle{1, 2, 3, true, 255}, Line{0, 1, 2, 3, 0}, Text{4, 5, "N", 16711680}}});
-    world.dialogs.messageBox("Small", "Hello", Dialogs::Icon::kInformation);
+    world.dialogs.messageBox("Small", "Hello", Dialogs::Icon::kInformation, Dialogs::Buttons::kOk);
     world.expect(R"~(
 > {"do":"drawing","control":"frmMain.picPlot"}
 < {"ok":true,"drawing":[{"kind":"circle","x":1.0,"y":2.0,"r":3.0,"filled":true,"color":255},{"kind":"line","x1":0.0,"y1":1.0,"x2":2.0,"y2":3.0,"color":0},{"kind":"text","x":4.0,"y":5.0,"text":"N","color":16711680}],"scale":{"left":-10.0,"top":10.0,"right":10.0,"bottom":-10.0}}

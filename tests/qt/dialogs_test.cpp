@@ -82,7 +82,8 @@ TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
     for (const auto icon : {platform::Dialogs::Icon::kInformation, platform::Dialogs::Icon::kExclamation,
                             platform::Dialogs::Icon::kCritical}) {
         inTheDialog(check);
-        dialogs.messageBox("Vantrel", "Vantrel is already running", icon);
+        dialogs.messageBox("Vantrel", "Vantrel is already running", icon,
+                           platform::Dialogs::Buttons::kOkCancel);
     }
 }
 
