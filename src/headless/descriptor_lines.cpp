@@ -45,14 +45,16 @@ Incoming DescriptorCommands::takeLine(std::size_t length) {
     return {Incoming::Kind::kLine, std::move(line)};
 }
 
-/// False when nothing has come yet.
+/// False when nothing has come yet, or a signal asks for attention.
 bool DescriptorCommands::readMore(bool mayWait) {
     if (!mayWait && !readable(descriptor_)) return false;
     std::array<char, 65536> chunk;
     const ssize_t got = ::read(descriptor_, chunk.data(), chunk.size());
     if (got > 0)
         buffer_.append(chunk.data(), static_cast<std::size_t>(got));
-    else if (got == 0 || errno != EINTR)
+    else if (got < 0 && errno == EINTR)
+        return false;
+    else
         ended_ = true;
     return true;
 }

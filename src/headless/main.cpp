@@ -12,6 +12,7 @@
 #include "headless/options.h"
 #include "headless/program.h"
 #include "headless/system_time.h"
+#include "platform/termination.h"
 
 namespace {
 
@@ -26,21 +27,23 @@ constexpr platform::Milliseconds kLongestRun = std::chrono::hours{24 * 366 * 100
 constexpr long kMostSteps = 1'000'000'000'000;
 
 int runVirtual(const headless::Options& options, headless::CommandSource& commands,
-               headless::ReplySink& replies) {
+               headless::ReplySink& replies, const platform::TerminationWatch& termination) {
     const auto start = options.start ? *options.start : *platform::parseInstant(headless::kVirtualStart);
     platform::VirtualTime time(start, kLongestRun, kMostSteps);
-    return headless::Program(options, time, commands, replies).run() ? kSuccess : kFailure;
+    return headless::Program(options, time, commands, replies).run([&] { return termination.requested(); })
+               ? kSuccess
+               : kFailure;
 }
 
 int runReal(const headless::Options& options, headless::DescriptorCommands& commands,
-            headless::ReplySink& replies) {
+            headless::ReplySink& replies, const platform::TerminationWatch& termination) {
     const headless::Program* running = nullptr;
     headless::SystemTime time(options.start.value_or(headless::SystemTime::now()), [&] {
         return running != nullptr && running->wantsInput() ? commands.descriptor() : -1;
     });
     headless::Program program(options, time, commands, replies);
     running = &program;
-    return program.run() ? kSuccess : kFailure;
+    return program.run([&] { return termination.requested(); }) ? kSuccess : kFailure;
 }
 
 }  // namespace
@@ -53,10 +56,11 @@ int main(int argc, char** argv) {
             std::cout << headless::usage();
             return kSuccess;
         }
+        const platform::TerminationWatch termination;
         headless::DescriptorCommands commands(STDIN_FILENO);
         headless::DescriptorReplies replies(STDOUT_FILENO);
-        return options.virtualTime ? runVirtual(options, commands, replies)
-                                   : runReal(options, commands, replies);
+        return options.virtualTime ? runVirtual(options, commands, replies, termination)
+                                   : runReal(options, commands, replies, termination);
     } catch (const headless::UsageError& error) {
         std::cerr << "vantrel-headless: " << error.what() << "\n(--help shows the options)\n";
         return kUsage;

@@ -68,9 +68,12 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
     if (!options.installed) openImagingProgram();
 }
 
-bool Program::run() {
+bool Program::run(const std::function<bool()>& endRequested) {
     loop_.setOnFailure([this] { application_.reportFailure(); });
-    loop_.setAttendant([this] { session_.attend(); });
+    loop_.setAttendant([&] {
+        if (endRequested()) session_.close();
+        session_.attend();
+    });
     if (!options_.virtualTime) session_.beginStart();
     loop_.runUntil([this] { return session_.over(); });
     return session_.endedWell();

@@ -1,6 +1,7 @@
 // The whole program with the built-in observatory, operated by commands.
 #pragma once
 
+#include <functional>
 #include <memory>
 
 #include "app/application.h"
@@ -49,8 +50,9 @@ class Program {
     /// exist, std::runtime_error when a file can't be used.
     Program(const Options& options, platform::TimeKeeper& time, CommandSource& commands, ReplySink& replies);
 
-    /// From the first command to the end of the program; true when it ended as it should.
-    bool run();
+    /// From the first command to the end of the program; true when it ended as it should. The program closes
+    /// when `endRequested` says so, as at the end of the commands.
+    bool run(const std::function<bool()>& endRequested);
 
     /// True while a new command would be carried out at once.
     bool wantsInput() const { return session_.wantsInput(); }

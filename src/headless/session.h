@@ -27,6 +27,9 @@ class Session {
     /// Lets the start-up begin without a command.
     void beginStart();
 
+    /// Closes the program, as the end of the commands does.
+    void close();
+
     /// True while a new command would be carried out at once.
     bool wantsInput() const { return !later_ && !held_ && !closing_; }
 
@@ -47,7 +50,6 @@ class Session {
     Next carryOut(const Command& command);
     Next finish(const Command& command, Outcome outcome);
     bool startAllows(OperatorCommands::Needs needs);
-    void close();
     void refuse(const Command& command, Json reason);
     void reply(const Json& id, const Json& fields);
 

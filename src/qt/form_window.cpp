@@ -44,6 +44,13 @@ void FormWindow::followForm() {
     }
 }
 
+void FormWindow::bringToFront() {
+    if (!isVisible()) return;
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    raise();
+    activateWindow();
+}
+
 void FormWindow::followPlace() {
     const platform::Rectangle place = form_.place();
     if (place == followed_) return;

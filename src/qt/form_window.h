@@ -15,6 +15,9 @@ class FormWindow : public QWidget {
 
     platform::Form& form() const { return form_; }
 
+    /// Puts the window in front of all others, if it is shown at all.
+    void bringToFront();
+
   protected:
     /// To be called once, when every widget is in place. Makes the form at least as large as its
     /// widgets would like.

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
 #include <QPixmap>
 #include <cstring>
 #include <filesystem>
@@ -12,6 +13,7 @@
 #include "app/startup.h"
 #include "app/version.h"
 #include "platform/instance_guard.h"
+#include "platform/termination.h"
 #include "qt/program.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_event_loop.h"
@@ -105,6 +107,9 @@ int measureOnce(const Options& options) {
     return run.measured() && written ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
+/// How often the program looks whether another instance asks for the window, or the system for the end.
+constexpr platform::Milliseconds kLookOutside{250};
+
 int runWithWindows(const Options& options) {
     const platform::UserPaths paths = pathsFor(options);
     platform::UserMachine user(paths);
@@ -115,9 +120,17 @@ int runWithWindows(const Options& options) {
     qt::QtDialogs dialogs(user.folders, user.userProfile + "\\Documents");
     platform::LockFileGuard guard(paths.lock);
     if (!app::mayStart(guard, dialogs)) return EXIT_FAILURE;
+    const platform::TerminationWatch termination;
     qt::Program program({loop, theme, barrier}, user, dialogs, tonightsNoise());
     report.application = &program.application();
     program.openWindows();
+    const auto outside = loop.every(kLookOutside, [&] {
+        if (termination.requested()) {
+            if (QWidget* const dialog = QApplication::activeModalWidget()) dialog->close();
+            program.application().close();
+        }
+        if (guard.activationRequested()) program.window("frmMain").bringToFront();
+    });
     loop.post([&program] { program.application().start(); });
     loop.runUntil([&program] { return program.application().ended(); });
     return program.application().failed() ? EXIT_FAILURE : EXIT_SUCCESS;
@@ -139,6 +152,8 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("vantrel");
     QApplication::setApplicationDisplayName(app::kProgramTitle);
     QApplication::setApplicationVersion(QString::fromStdString(app::versionText()));
+    QApplication::setDesktopFileName("com.kestavo.vantrel");
+    QApplication::setWindowIcon(QIcon(":/vantrel.png"));
     QApplication::setQuitOnLastWindowClosed(false);
     try {
         const Options options = parseOptions(application);

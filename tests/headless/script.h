@@ -146,7 +146,7 @@ class Script {
         options.installed = installed_;
         platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
         KeptReplies replies;
-        EXPECT_TRUE(Program(options, time, commands_, replies).run());
+        EXPECT_TRUE(Program(options, time, commands_, replies).run([] { return false; }));
         return resultOf(replies.replies);
     }
 
