@@ -23,10 +23,13 @@ int storedSize(engine::SettingsPort& settings, const std::string& key, int curre
 LogWindow::LogWindow(frmLog& window, frmMain& main, engine::SettingsPort& settings, engine::LogPort& log)
     : window_(window), main_(main), settings_(settings) {
     window_.onLoad = [this] { Form_Load(); };
-    window_.onResize = [this] { saveSize(); };
+    // The front resizes the controls with the window, in proportion.
+    window_.onResize = [this] {
+        if (!outOfSight()) saveSize();
+    };
     window_.onDeactivate = [this] { savePlace(); };
     window_.onUnload = [this] {
-        if (!window_.minimised()) savePlace();
+        if (!outOfSight()) savePlace();
     };
     window_.mnuClear.onClick = [&log] { log.AddToLog(""); };
     window_.mnuClose.onClick = [this] { window_.unload(); };
@@ -46,6 +49,12 @@ void LogWindow::mnuOnTop_Click() {
     toggleOnTop(window_, settings_);
     applyOnTop(window_, window_.mnuOnTop, settings_);
     applyOnTop(main_, main_.setup.mnuSetOnTop, settings_);
+}
+
+/// Desktops without a minimised state move such windows far away.
+bool LogWindow::outOfSight() const {
+    constexpr int kFarAway = 30000;  // pixels
+    return window_.minimised() || window_.place().top >= kFarAway;
 }
 
 void LogWindow::savePlace() {

@@ -14,6 +14,7 @@ class LogWindow {
   private:
     void Form_Load();
     void mnuOnTop_Click();
+    bool outOfSight() const;
     void savePlace();
     void saveSize();
 

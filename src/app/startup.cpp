@@ -12,17 +12,27 @@
 
 namespace vantrel::app {
 
+using platform::Dialogs;
 using platform::formatNumber;
 using platform::joinLines;
 
 bool mayStart(platform::InstanceGuard& guard, platform::Dialogs& dialogs) {
     if (guard.acquire()) return true;
-    dialogs.messageBox(kProgramTitle, "Vantrel is already running", platform::Dialogs::Icon::kExclamation);
+    dialogs.messageBox(kProgramTitle, "Vantrel is already running", Dialogs::Icon::kExclamation,
+                       Dialogs::Buttons::kOk);
     guard.activateOther();
     return false;
 }
 
 bool StartUp::Form_Load() {
+    try {
+        return load();
+    } catch (const SettingsFailure&) {
+        return false;
+    }
+}
+
+bool StartUp::load() {
     if (!ASCOMPlatformIsInstalled()) {
         tellThatPlatformIsMissing();
         return false;
@@ -44,7 +54,7 @@ bool StartUp::Form_Load() {
         try {
             step();
         } catch (const SettingsFailure&) {
-            return false;
+            throw;
         } catch (...) {
             parts_.state.LastMessage =
                 platform::errorReport(platform::currentError(), "frmMain Sub Form_Load");
@@ -69,7 +79,7 @@ void StartUp::tellThatPlatformIsMissing() {
     const std::string text = joinLines({"The ASCOM Platform is not", "installed on this computer!!", "",
                                         "Please download from site:", "https://ascom-standards.org"});
     parts_.main.run.txtInstructions.setText(text);
-    parts_.machine.dialogs.messageBox(kProgramTitle, text, platform::Dialogs::Icon::kCritical);
+    parts_.machine.dialogs.messageBox(kProgramTitle, text, Dialogs::Icon::kCritical, Dialogs::Buttons::kOk);
 }
 
 /// The first two lines come before the log file: they are in the window only.

@@ -22,6 +22,7 @@ class StartUp {
     bool Form_Load();
 
   private:
+    bool load();
     bool ASCOMPlatformIsInstalled();
     void tellThatPlatformIsMissing();
     void chooseFolders();
