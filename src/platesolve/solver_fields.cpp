@@ -52,6 +52,7 @@ void SolverFields::txtCatExp_LostFocus() {
     const double percent = leadingNumber(panel_.txtCatExp.text());
     if (percent > 80) panel_.txtCatExp.setText("80");
     if (percent < 0) panel_.txtCatExp.setText("0");
+    store({panel_.txtCatExp, "CatExp"});
 }
 
 void SolverFields::store(const Field& field) { settings_.SaveSetting("Solve", field.key, field.box.text()); }
