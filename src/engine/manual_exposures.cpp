@@ -63,7 +63,8 @@ void ManualExposures::exposeSeries() {
         }
         WaitSeconds(services_.loop,
                     platform::parseNumber(panel_.txtContinuousExposeDelay.text()).value_or(0));
-    } while (!stopSeries_ && !state_.CameraFailed && panel_.chkExposeContinuousEnable.ticked());
+    } while (!state_.AppUnloading && !stopSeries_ && !state_.CameraFailed &&
+             panel_.chkExposeContinuousEnable.ticked());
 }
 
 /// False when a stop was requested.

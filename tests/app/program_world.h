@@ -6,6 +6,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "app/application.h"
@@ -30,12 +31,20 @@ struct PlainDesktop : platform::Desktop {
     std::vector<std::string> opened;
 };
 
-/// Settings whose disk can fill up.
+/// Settings whose disk can fail, and that tell what is written.
 struct FullDisk : platform::MemorySettings {
     bool full = false;
+    bool missing = false;
+    std::string unwritable;  // a section
+    platform::Signal<const std::string&, const std::string&> written;
+
+    void open() override {
+        if (missing) throw std::system_error(std::make_error_code(std::errc::io_error));
+    }
     void write(const std::string& section, const std::string& key, const std::string& value) override {
-        if (full) throw std::runtime_error("No space left");
+        if (full || section == unwritable) throw std::runtime_error("No space left");
         MemorySettings::write(section, key, value);
+        written.emit(section + "." + key, value);
     }
 };
 
@@ -62,8 +71,11 @@ struct ProgramWorld {
         loop.setOnFailure([this] { program->reportFailure("event loop"); });
     }
 
-    void start() {
+    void build() {
         program.emplace(platform::Machine{loop, host, settings, folders, screen, dialogs, desktop, windows});
+    }
+    void start() {
+        build();
         program->start();
     }
     void pass(double seconds) { loop.sleep(platform::Milliseconds(static_cast<long>(seconds * 1000))); }

@@ -1,0 +1,238 @@
+// Every setting of the program in one table: what stands for it when nothing is stored, what stores it at
+// once, what is stored at the end, and that the next start shows it.
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "program_world.h"
+
+namespace vantrel::app {
+namespace {
+
+using platform::Button;
+using platform::CheckBox;
+using platform::ComboBox;
+using platform::Control;
+using platform::MenuItem;
+using platform::OptionButton;
+using platform::TextBox;
+
+using World = test::ProgramWorld;
+
+std::string shown(World& world, const std::string& path) {
+    Control* const found = world.screen.findControl(path);
+    if (const auto* box = dynamic_cast<TextBox*>(found)) return box->text();
+    if (const auto* list = dynamic_cast<ComboBox*>(found)) return list->text();
+    if (const auto* box = dynamic_cast<CheckBox*>(found)) return std::to_string(box->value());
+    if (const auto* option = dynamic_cast<OptionButton*>(found)) return option->selected() ? "on" : "off";
+    if (const auto* item = dynamic_cast<MenuItem*>(found)) return item->checked() ? "on" : "off";
+    throw std::logic_error("nothing to see: " + path);
+}
+
+void operate(World& world, const std::string& path, const std::string& text) {
+    Control* const found = world.screen.findControl(path);
+    if (auto* box = dynamic_cast<TextBox*>(found)) box->type(text);
+    if (auto* list = dynamic_cast<ComboBox*>(found)) list->choose(text);
+    if (auto* box = dynamic_cast<CheckBox*>(found)) box->check(text == "1" ? 1 : 0);
+    if (auto* option = dynamic_cast<OptionButton*>(found)) option->click();
+    if (auto* item = dynamic_cast<MenuItem*>(found)) item->click();
+}
+
+/// The dialogs that hold settings of their own.
+void openEverything(World& world) {
+    for (const char* window : {"frmOptions", "frmPixelScale"}) world.form(window).show();
+    world.form("frmMain").find("framePP")->setVisible(true);
+    world.form("frmMain").find("frameTheSky")->setVisible(true);
+}
+
+enum Stored {
+    kNever = 0,
+    kOnChange = 1,
+    kOnLeave = 2,
+    kAtEnd = 4,
+    kAlways = kOnChange | kAtEnd,
+};
+
+struct Row {
+    const char* section;
+    const char* key;
+    const char* control;
+    const char* usual;   // what the control shows when nothing is stored
+    const char* other;   // another value, as the operator enters it
+    const char* stored;  // what is stored for it
+    const char* seen;    // what the control shows for it at the next start
+    int when;
+};
+
+constexpr const char* kRun = "PolarAlign";
+constexpr const char* kSolve = "Solve";
+constexpr const char* kMain = "Main";
+
+const Row kRows[] = {
+    {kRun, "PlateSolveMethod", "frmMain.optPlateSolveMethod(1)", "off", "", "1", "on", kAlways},
+    {kRun, "DeltaRA", "frmMain.txtDeltaRA", "5", "15", "15", "15", kOnChange},
+    {kRun, "DelayAfterSlew", "frmMain.txtDelayAfterSlew", "5", "7", "7", "7", kOnLeave | kAtEnd},
+    {kRun, "ExposeContinuousEnable", "frmMain.chkExposeContinuousEnable", "0", "1", "1", "1", kAlways},
+    {kRun, "ContinuousExposeDelay", "frmMain.txtContinuousExposeDelay", "0", "2", "2", "2",
+     kAlways | kOnLeave},
+    {kRun, "ContinuousExposeInterval", "frmMain.txtContinuousExposeInterval", "1", "3", "3", "3", kAlways},
+    {kRun, "PostExpDelay", "frmMain.txtPostExpDelay", "0", "4", "4", "4", kAtEnd},
+    {kRun, "CrossHairEnable", "frmMain.chkCrossHairEnable", "0", "1", "1", "1", kAtEnd},
+    {kRun, "CrossHairWidth", "frmMain.cmbCrossHairWidth", "1", "3", "3", "3", kAlways},
+    {kRun, "UseCCDSoftSubFrame", "frmMain.chkUseCCDSoftSubFrame", "0", "1", "1", "1", kAtEnd},
+    {kRun, "ImagePath", "frmMain.txtImagePath", "C:\\Users\\me\\My Documents\\Vantrel", "D:\\Images",
+     "D:\\Images", "D:\\Images", kAtEnd},
+    {kRun, "SaveImages", "frmMain.chkSaveImages", "0", "1", "1", "1", kAtEnd},
+    {kRun, "PlateSolveThroughCCDSoft", "frmMain.optImageLinkTheSky", "off", "", "False", "on", kOnChange},
+    {kRun, "frmMainOnTop", "frmMain.mnuSetOnTop", "off", "", "True", "on", kOnChange},
+    {kRun, "frmLogOnTop", "frmLog.mnuOnTop", "off", "", "True", "on", kOnChange},
+    {kRun, "EnableRestoreImagingSW", "frmOptions.chkEnableRestoreImagingSW", "0", "1", "1", "1", kAtEnd},
+    {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", "0", "0", kAtEnd},
+    {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", "1", "1", kAtEnd},
+    {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", "4", "4", kAlways},
+    {kSolve, "MinBrt", "frmMain.txtSolveMinBrt", "200", "300", "300", "300", kAlways},
+    {kSolve, "MinSig", "frmMain.txtSolveMinSig", "4.0", "5.5", "5.5", "5.5", kAlways},
+    {kSolve, "Filter", "frmMain.txtSolveFilter", "0.0", "1.2", "1.2", "1.2", kAlways},
+    {kSolve, "MaxSolveStars", "frmMain.txtMaxSolveStars", "0", "80", "80", "80", kAtEnd},
+    {kSolve, "ScaleH", "frmMain.txtSolveScaleH", "3.0", "1.8", "1.8", "1.8", kAlways},
+    {kSolve, "ScaleV", "frmMain.txtSolveScaleV", "3.0", "1.9", "1.9", "1.9", kAlways},
+    {kSolve, "MaxRes", "frmMain.txtSolveMaxRes", "0.0", "2.5", "2.5", "2.5", kAlways},
+    {kSolve, "MinStars", "frmMain.txtSolveMinStars", "0", "6", "6", "6", kAlways},
+    {kSolve, "CatExp", "frmMain.txtCatExp", "30", "40", "40", "40", kAlways | kOnLeave},
+    {kSolve, "MaxMag", "frmMain.txtCatMaxMag", "20.0", "11", "11", "11", kAlways},
+    {kSolve, "CatPath", "frmMain.txtCatPath", "C:\\", "D:\\Stars", "D:\\Stars", "C:\\", kAtEnd},
+    {kSolve, "ppCatPath3", "frmMain.txtCatPath", "C:\\", "D:\\Stars", "D:\\Stars", "D:\\Stars",
+     kOnLeave | kAtEnd},
+    {kSolve, "ppCatalog", "frmMain.cmbppCat", "GSC-ACT", "Tycho-2", "4", "Tycho-2", kAtEnd},
+    {kSolve, "ExposeInterval", "frmMain.txtExposeInterval", "10", "2.5", "2.5", "2.5", kAlways},
+    {kSolve, "TheSkyScreenFOV", "frmMain.txtTheSkyScreenFOV", "", "1.5", "1.5", "1.5", kAlways},
+    {kSolve, "TheSkyImageScale", "frmMain.txtTheSkyImageScale", "3.0", "2.1", "2.1", "2.1", kAlways},
+    {kSolve, "SpiralSearch", "frmMain.chkSpiralSearch", "1", "0", "False", "0", kAtEnd},
+    {kSolve, "CamBin", "frmPixelScale.cmbCamBin", "3", "2", "2", "2", kOnChange},
+    {kSolve, "FocalLengthUnits", "frmPixelScale.cmbUnits", "mm", "in", "in", "in", kOnChange},
+    {kSolve, "TelescopeFL", "frmPixelScale.txtFL", "", "900", "900", "900", kOnChange},
+    {kSolve, "CameraPixelXSize", "frmPixelScale.txtPixelSizeX", "", "5.4", "5.4", "5.4", kOnChange},
+    {kSolve, "CameraPixelYSize", "frmPixelScale.txtPixelSizeY", "", "5.5", "5.5", "5.5", kOnChange},
+    {kSolve, "UnbinnedCCDScaleH", "frmPixelScale.txtUnbinnedCCDScaleHoriz", "1.0", "1.2", "1.2", "1.2",
+     kOnChange},
+    {kSolve, "UnbinnedCCDScaleV", "frmPixelScale.txtUnbinnedCCDScaleVert", "1.0", "1.3", "1.3", "1.3",
+     kOnChange},
+    {kMain, "SlewEast", "frmMain.optSlewWest", "off", "", "False", "on", kOnChange},
+    {kMain, "SiteLatitude", "frmMain.txtSiteLat", "", "48 30 00", "48.5", "", kOnLeave},
+    {kMain, "SiteLongitude", "frmMain.txtSiteLong", "", "-11 30 00", "-11.5", "", kOnLeave},
+};
+
+TEST(Settings, EveryFieldShowsItsUsualValueOnAFreshMachine) {
+    World world;
+    world.start();
+    openEverything(world);
+    for (const Row& row : kRows) {
+        if (std::string(row.key).starts_with("Site")) continue;  // the mount tells it
+        EXPECT_EQ(shown(world, row.control), row.usual) << row.key;
+    }
+}
+
+TEST(Settings, EveryFieldIsStoredWhenTheTableSays) {
+    for (const Row& row : kRows) {
+        World world;
+        world.start();
+        openEverything(world);
+        const auto stored = [&] { return world.settings.read(row.section, row.key) == row.stored; };
+        const auto forget = [&] { world.settings.remove(row.section, row.key); };
+        forget();
+        operate(world, row.control, row.other);
+        EXPECT_EQ(stored(), (row.when & kOnChange) != 0) << row.key << " on a change";
+        forget();
+        world.screen.findControl(row.control)->leave();
+        EXPECT_EQ(stored(), (row.when & kOnLeave) != 0) << row.key << " on leaving";
+        forget();
+        world.form("frmMain").closeByOperator();
+        world.pass(1);
+        ASSERT_TRUE(world.program->ended());
+        EXPECT_EQ(stored(), (row.when & kAtEnd) != 0) << row.key << " at the end";
+    }
+}
+
+TEST(Settings, EveryFieldShowsAtTheNextStartWhatWasStored) {
+    World world;
+    for (const Row& row : kRows) world.settings.write(row.section, row.key, row.stored);
+    world.settings.write(kSolve, "ppCatPath4", "D:\\Stars");
+    world.settings.write(kMain, "UseTelescopeSiteLocation", "False");
+    std::filesystem::create_directories(world.folders.real("D:\\Images"));
+    std::filesystem::create_directories(world.folders.real("D:\\Logs"));
+    world.settings.write(kRun, "LogPath", "D:\\Logs");
+    world.start();
+    openEverything(world);
+    for (const Row& row : kRows) {
+        // The site shows in another form, see below; the folder is the one of the catalogue that is chosen.
+        if (row.seen[0] == '\0' || row.control == std::string("frmMain.txtCatPath")) continue;
+        EXPECT_EQ(shown(world, row.control), row.seen) << row.key;
+    }
+    EXPECT_EQ(shown(world, "frmMain.txtCatPath"), "D:\\Stars");
+    EXPECT_EQ(shown(world, "frmMain.txtLogPath"), "D:\\Logs");
+    EXPECT_EQ(shown(world, "frmMain.txtSiteLat").substr(0, 2), "48");
+    EXPECT_EQ(shown(world, "frmMain.txtSiteLong").substr(0, 3), "-11");
+}
+
+TEST(Settings, EveryWindowStandsWhereItWasLeft) {
+    const struct {
+        const char* window;
+        const char* section;
+        std::string keys;
+    } places[] = {{"frmMain", kMain, "Main"},
+                  {"frmLog", kMain, "Log"},
+                  {"frmTelescope", kMain, "Telescope"},
+                  {"frmPolarPlot", kRun, "PolarPlot"}};
+    for (const auto& place : places) {
+        World world;
+        world.start();
+        world.form(place.window).show();
+        platform::Rectangle elsewhere = world.form(place.window).place();
+        elsewhere.left = 321;
+        elsewhere.top = 123;
+        world.form(place.window).placeByOperator(elsewhere);
+        world.form("frmMain").closeByOperator();
+        world.pass(1);
+        EXPECT_EQ(world.settings.read(place.section, place.keys + "Left"), "321") << place.window;
+        EXPECT_EQ(world.settings.read(place.section, place.keys + "Top"), "123") << place.window;
+
+        world.settings.write(place.section, place.keys + "Left", "111");
+        world.start();
+        world.form(place.window).show();
+        EXPECT_EQ(world.form(place.window).place().left, 111) << place.window;
+        EXPECT_EQ(world.form(place.window).place().top, 123) << place.window;
+    }
+}
+
+TEST(Settings, TheRestHasItsKeysToo) {
+    World world;
+    world.start();
+    const auto stored = [&](const char* section, const char* key) {
+        return world.settings.read(section, key).value_or("(nothing)");
+    };
+    EXPECT_EQ(stored(kMain, "MyTelescopeID"), "ScopeSim.Telescope");
+    EXPECT_EQ(stored(kMain, "UseTelescopeSiteLocation"), "True") << "the mount tells its site";
+    EXPECT_EQ(stored(kMain, "PopupTimer"), "1000") << "as long as the last notice asked for";
+    EXPECT_EQ(stored(kMain, "MainHeight"), std::to_string(world.form("frmMain").place().height));
+    EXPECT_EQ(stored(kRun, "LogPath"), "C:\\Users\\me\\My Documents\\Vantrel\\Message Logs");
+    EXPECT_EQ(stored(kRun, "ImagingSoftware"), "(nothing)") << "none is installed";
+    for (const char* key :
+         {"PopupMsgTop", "PopupMsgLeft", "LogTop", "LogLeft", "LogHeight", "LogWidth", "TelescopeTop",
+          "TelescopeLeft", "MainTop", "MainLeft", "MainScaleHeight", "SiteLatitude", "SiteLongitude"})
+        EXPECT_NE(stored(kMain, key), "(nothing)") << key;
+
+    world.dialogs.answers = {"D:\\Logs"};
+    world.control<Button>("frmMain.cmdSetLogPath").click();
+    EXPECT_EQ(stored(kRun, "LogPath"), "D:\\Logs");
+    world.control<CheckBox>("frmMain.chkUseTelescopeLocation").check(0);
+    EXPECT_EQ(stored(kMain, "UseTelescopeSiteLocation"), "False");
+
+    world.form("frmMain").closeByOperator();
+    world.pass(1);
+    EXPECT_EQ(stored(kSolve, "SolveMode"), "0");
+    EXPECT_EQ(stored("Find", "BlinkMode"), "0");
+}
+
+}  // namespace
+}  // namespace vantrel::app
