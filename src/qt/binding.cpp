@@ -17,6 +17,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "qt/mnemonics.h"
 #include "qt/picture_widget.h"
 
 namespace vantrel::qt {
@@ -146,7 +147,7 @@ class ButtonTie : public Tie {
         showColors(widget_, QPalette::Button, color::kButtonFace, QPalette::ButtonText, color::kButtonText);
         QString caption = QString::fromStdString(button_.caption());
         if (widget_.property(kBreaksCaption).toBool()) caption.replace(' ', '\n');
-        widget_.setText(caption);
+        widget_.setText(withMnemonic(widget_, caption));
     }
 
   private:
@@ -202,7 +203,7 @@ class CheckBoxTie : public Tie {
     }
     void show() override {
         showCommon(widget_);
-        widget_.setText(QString::fromStdString(box_.caption()));
+        widget_.setText(withMnemonic(widget_, QString::fromStdString(box_.caption())));
         widget_.setChecked(box_.ticked());
     }
 
@@ -225,7 +226,7 @@ class OptionTie : public Tie {
     }
     void show() override {
         showCommon(widget_);
-        widget_.setText(QString::fromStdString(option_.caption()));
+        widget_.setText(withMnemonic(widget_, QString::fromStdString(option_.caption())));
         widget_.setChecked(option_.selected());
     }
 

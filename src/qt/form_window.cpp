@@ -5,6 +5,8 @@
 #include <QWindow>
 #include <algorithm>
 
+#include "qt/mnemonics.h"
+
 namespace vantrel::qt {
 
 FormWindow::FormWindow(platform::Form& form, const Front& front, Qt::WindowFlags flags)
@@ -16,6 +18,7 @@ FormWindow::~FormWindow() = default;
 
 void FormWindow::bind() {
     binding_ = std::make_unique<Binding>(form_, *this, front_);
+    assignMnemonics(*this);
     const QSize room(form_.screen().workArea().width, form_.screen().workArea().height);
     const QSize needed = layout()->totalSizeHint().boundedTo(room).expandedTo(layout()->totalMinimumSize());
     platform::Rectangle place = form_.place();

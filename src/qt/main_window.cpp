@@ -29,6 +29,7 @@ QPlainTextEdit* instructions() {
     constexpr int kMargin = 10;
     box->document()->setDocumentMargin(kMargin);
     box->setFocusPolicy(Qt::ClickFocus);
+    box->setAccessibleName(Text::tr("Instructions"));
     box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     return box;
 }
@@ -75,7 +76,7 @@ QGroupBox* measurementGroup() {
     grid->addField("Exposure", field("txtExposeInterval", 6), "s");
     grid->addField("Delay after slew (sec)", field("txtDelayAfterSlew", 6));
     grid->addField("Post-exp delay (sec)", field("txtPostExpDelay", 6));
-    return group("Measurement", grid);
+    return group(Text::tr("Measurement"), grid);
 }
 
 QGroupBox* exposureGroup() {
@@ -89,20 +90,23 @@ QGroupBox* exposureGroup() {
     // The widest of its captions, so that the row doesn't move.
     expose->setMinimumWidth(expose->fontMetrics().horizontalAdvance("Stoping Exp.") + 34);
     grid->addRow(row({expose, button("cmdExposeSolve")}));
-    return group("Single exposures", grid);
+    return group(Text::tr("Single exposures"), grid);
 }
 
 QGroupBox* errorPlotGroup(const Theme& theme) {
     auto* const column = new QVBoxLayout;
     auto* const picture = named<PictureWidget>("picErrorPlot", theme, PictureKind::kChart);
     picture->setMinimumHeight(picture->fontMetrics().height() * 5);
+    picture->setAccessibleName(Text::tr("Declination errors of the plates"));
     column->addWidget(picture, 1);
     auto* const values = new QHBoxLayout;
-    values->addLayout(row({new QLabel("RA range"), field("txtRARange", 8), new QLabel("°")}));
+    LineField* const range = field("txtRARange", 8);
+    LineField* const error = field("txtDecError", 8);
+    values->addLayout(row({labelOf(*range, Text::tr("RA range")), range, new QLabel("°")}));
     values->addStretch();
-    values->addLayout(row({new QLabel("Dec error"), field("txtDecError", 8), new QLabel("°")}));
+    values->addLayout(row({labelOf(*error, Text::tr("Dec error")), error, new QLabel("°")}));
     column->addLayout(values);
-    return group("Declination errors of the plates", column);
+    return group(Text::tr("Declination errors of the plates"), column);
 }
 
 QLayout* windowButtons() {
@@ -141,32 +145,34 @@ QWidget* runTab(const Theme& theme) {
 
 // ---- Set-up ----
 
-QLayout* folderRow(const char* path, const char* button) {
+/// Puts the label, the field and the button that chooses a folder into a row of the grid.
+void addFolder(QGridLayout& grid, int row, const QString& label, const char* path, const char* button,
+               int span) {
     auto* const line = named<LineField>(path);
     auto* const choose = named<QPushButton>(button);
     line->setMinimumSize(line->fontMetrics().averageCharWidth() * 18, line->fontMetrics().height() + 12);
     choose->setMinimumHeight(line->minimumHeight());
     choose->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    return row({line, choose});
+    choose->setAccessibleName(label);
+    grid.addWidget(labelOf(*line, label), row, 0);
+    grid.addLayout(qt::row({line, choose}), row, 1, 1, span);
 }
 
 QGroupBox* foldersGroup() {
     auto* const grid = new QGridLayout;
-    grid->addWidget(new QLabel("Image path"), 0, 0);
-    grid->addLayout(folderRow("txtImagePath", "Command1"), 0, 1);
-    grid->addWidget(new QLabel("Log path"), 1, 0);
-    grid->addLayout(folderRow("txtLogPath", "cmdSetLogPath"), 1, 1);
+    addFolder(*grid, 0, Text::tr("Image path"), "txtImagePath", "Command1", 1);
+    addFolder(*grid, 1, Text::tr("Log path"), "txtLogPath", "cmdSetLogPath", 1);
     grid->addWidget(named<QCheckBox>("chkSaveImages"), 2, 1);
-    return group("Folders", grid);
+    return group(Text::tr("Folders"), grid);
 }
 
 QGroupBox* siteGroup() {
     auto* const grid = new FieldGrid;
     constexpr int kAngle = 18;
-    grid->addField("Latitude", field("txtSiteLat", kAngle), "xxd xxm xx.xs  N = + / S = -");
-    grid->addField("Longitude", field("txtSiteLong", kAngle), "xxd xxm xx.xs  E =+ / W= -");
+    grid->addField(Text::tr("Latitude"), field("txtSiteLat", kAngle), "xxd xxm xx.xs  N = + / S = -");
+    grid->addField(Text::tr("Longitude"), field("txtSiteLong", kAngle), "xxd xxm xx.xs  E =+ / W= -");
     grid->addRow(named<QCheckBox>("chkUseTelescopeLocation"));
-    return group("Observing site", grid);
+    return group(Text::tr("Observing site"), grid);
 }
 
 QGroupBox* imagingGroup() {
@@ -180,8 +186,8 @@ QGroupBox* imagingGroup() {
 
 QGroupBox* messagesGroup() {
     auto* const grid = new FieldGrid;
-    grid->addField("Message display time", field("txtMsgDisplayTime", 6), "s");
-    return group("Messages", grid);
+    grid->addField(Text::tr("Message display time"), field("txtMsgDisplayTime", 6), "s");
+    return group(Text::tr("Messages"), grid);
 }
 
 QWidget* setupTab() {
@@ -234,10 +240,10 @@ QLayout* catalogTestRow() {
 
 QGroupBox* catalogGroup() {
     auto* const grid = new FieldGrid;
-    grid->addWidget(new QLabel("Catalog"), 0, 0);
-    grid->addWidget(listField("cmbppCat", 12), 0, 1, 1, 3, Qt::AlignLeft);
-    grid->addWidget(new QLabel("Path"), 1, 0);
-    grid->addLayout(folderRow("txtCatPath", "cmdSetDir"), 1, 1, 1, 3);
+    QComboBox* const catalog = listField("cmbppCat", 12);
+    grid->addWidget(labelOf(*catalog, "Catalog"), 0, 0);
+    grid->addWidget(catalog, 0, 1, 1, 3, Qt::AlignLeft);
+    addFolder(*grid, 1, "Path", "txtCatPath", "cmdSetDir", 3);
     grid->addField("Expansion (%)", field("txtCatExp", 7));
     grid->addField("Max Mag.", field("txtCatMaxMag", 7));
     grid->addRow(catalogTestRow());
@@ -295,11 +301,11 @@ QWidget* plateSolveTab() {
 
 QMenuBar* menus() {
     auto* const bar = new QMenuBar;
-    menuItem(*bar->addMenu("File"), "mnuFileExit");
-    QMenu* const set = bar->addMenu("Set");
+    menuItem(*bar->addMenu("&File"), "mnuFileExit");
+    QMenu* const set = bar->addMenu("&Set");
     menuItem(*set, "mnuSetOnTop", true);
     menuItem(*set, "mnuSetOptions");
-    QMenu* const help = bar->addMenu("Help");
+    QMenu* const help = bar->addMenu("&Help");
     menuItem(*help, "mnuFormHelp");
     menuItem(*help, "mnuAbout");
     return bar;
@@ -314,7 +320,7 @@ MainWindow::MainWindow(platform::Form& form, const Front& front) : FormWindow(fo
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     tabs->addTab(runTab(front.theme), "Run");
-    tabs->addTab(setupTab(), "Set-up");
+    tabs->addTab(setupTab(), Text::tr("Set-up"));
     tabs->addTab(plateSolveTab(), "Plate Solve");
     layout->addWidget(tabs);
     bind();

@@ -131,6 +131,12 @@ QGroupBox* group(const QString& title, QLayout* content) {
     return box;
 }
 
+QLabel* labelOf(QWidget& field, const QString& text) {
+    auto* const label = new QLabel(text);
+    label->setBuddy(&field);
+    return label;
+}
+
 FieldGrid::FieldGrid() {
     setHorizontalSpacing(8);
     setVerticalSpacing(6);
@@ -139,7 +145,7 @@ FieldGrid::FieldGrid() {
 
 void FieldGrid::addField(const QString& label, QWidget* field, const QString& unit) {
     const int row = rowCount();
-    addWidget(new QLabel(label), row, kLabel);
+    addWidget(labelOf(*field, label), row, kLabel);
     addWidget(field, row, kField);
     addWidget(new QLabel(unit), row, kUnit);
 }

@@ -1,6 +1,7 @@
 // The pieces that the windows are laid out with.
 #pragma once
 
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -16,6 +17,13 @@ class QMenu;
 class QPlainTextEdit;
 
 namespace vantrel::qt {
+
+/// Translates the windows' own texts: headings and labels that no control brings along. Captions, messages
+/// and log lines are the program's words, the same in every language, so that notes, scripts and manuals
+/// agree.
+struct Text {
+    Q_DECLARE_TR_FUNCTIONS(Text)
+};
 
 /// A line to type in, with a caret in the look's own colour. The toolkit's inverts what is below it, which is
 /// white by night; the style leaves it out.
@@ -74,6 +82,9 @@ QHBoxLayout* row(std::initializer_list<QWidget*> widgets, bool stretchBehind = f
 
 /// A group around a layout.
 QGroupBox* group(const QString& title, QLayout* content);
+
+/// A label that belongs to the field.
+QLabel* labelOf(QWidget& field, const QString& text);
 
 /// Rows of label, field and unit with their edges in line.
 class FieldGrid : public QGridLayout {

@@ -28,10 +28,10 @@ LogWindow::LogWindow(platform::Form& form, const Front& front) : FormWindow(form
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 6);
     auto* const bar = new QMenuBar;
-    QMenu* const files = bar->addMenu("Files");
+    QMenu* const files = bar->addMenu("&Files");
     menuItem(*files, "mnuClear");
     menuItem(*files, "mnuClose");
-    menuItem(*bar->addMenu("Set"), "mnuOnTop", true);
+    menuItem(*bar->addMenu("&Set"), "mnuOnTop", true);
     layout->setMenuBar(bar);
     auto* const text = named<QPlainTextEdit>("txtLog");
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
@@ -39,6 +39,7 @@ LogWindow::LogWindow(platform::Form& form, const Front& front) : FormWindow(form
     font.setStyleStrategy(text->font().styleStrategy());
     text->setFont(font);
     text->setProperty(kFollowsEnd, true);
+    text->setAccessibleName("Log");
     layout->addWidget(text);
     bind();
 }
@@ -52,6 +53,7 @@ TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : For
     grid->setSpacing(8);
     constexpr int kName = 42;
     auto* const name = named<LineField>("txtTelescopeName");
+    name->setAccessibleName(Text::tr("Telescope"));
     name->setMinimumHeight(name->fontMetrics().height() + 12);
     name->setMinimumWidth(name->fontMetrics().horizontalAdvance('0') * kName);
     grid->addWidget(name, 0, 0, 1, 2);
@@ -65,7 +67,7 @@ TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : For
     layout->addWidget(box, 1);
     auto* const status = named<LineField>("txtTelescopeSelectionStatus");
     status->setMinimumHeight(status->fontMetrics().height() + 12);
-    layout->addLayout(row({new QLabel("Status"), status}));
+    layout->addLayout(row({labelOf(*status, Text::tr("Status")), status}));
     bind();
 }
 
@@ -74,10 +76,12 @@ TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : For
 namespace {
 
 /// A value, its unit and what it says.
-void addReadout(QGridLayout& grid, const char* title, const char* value, QLabel* unit, QLabel* meaning) {
+void addReadout(QGridLayout& grid, const QString& title, const char* value, QLabel* unit, QLabel* meaning) {
     const int row = grid.rowCount();
+    auto* const readout = named<Readout>(value, 9);
+    readout->setAccessibleDescription(title);
     grid.addWidget(new QLabel(title), row, 0);
-    grid.addWidget(named<Readout>(value, 9), row, 1);
+    grid.addWidget(readout, row, 1);
     grid.addWidget(unit, row, 2);
     if (meaning != nullptr) grid.addWidget(meaning, row, 3);
 }
@@ -113,12 +117,13 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, PictureKind::kDial);
     const int side = dial->fontMetrics().height() * 18;
     dial->setMinimumSize(side, side);
+    dial->setAccessibleName(Text::tr("Pole and mount's axis"));
     layout->addWidget(dial, 1);
 
     auto* const axis = readoutGrid();
-    addReadout(*axis, "Distance", "txtMagnitude", unitLabel("lblRA_Unit"),
+    addReadout(*axis, Text::tr("Distance"), "txtMagnitude", unitLabel("lblRA_Unit"),
                meaningLabel("lblFromPole", " from pole"));
-    addReadout(*axis, "Angle", "txtAngle", new QLabel("°"), new QLabel(" CCW from up"));
+    addReadout(*axis, Text::tr("Angle"), "txtAngle", new QLabel("°"), new QLabel(Text::tr(" CCW from up")));
     auto* const parts = readoutGrid();
     addReadout(*parts, "Elevation", "txtAltitudeError", unitLabel("lblElevation_Unit"),
                meaningLabel("lblUpFromPole", " Up from pole"));
@@ -129,15 +134,15 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     addReadout(*offsets, "RA", "txtOffsetRA", new QLabel("h"), nullptr);
     addReadout(*offsets, "Dec", "txtOffsetDec", new QLabel("°"), nullptr);
     auto* const position = readoutGrid();
-    addReadout(*position, "East-West", "txtPositionEastWest", new QLabel, nullptr);
-    addReadout(*position, "Up-Down", "txtPositionUpDown", new QLabel, nullptr);
+    addReadout(*position, Text::tr("East-West"), "txtPositionEastWest", new QLabel, nullptr);
+    addReadout(*position, Text::tr("Up-Down"), "txtPositionUpDown", new QLabel, nullptr);
 
     auto* const column = new QVBoxLayout;
     column->setSpacing(10);
-    column->addWidget(group("Mount's axis", axis));
-    column->addWidget(group("Elevation and azimuth", parts));
-    column->addWidget(group("Offsets of the mount's readings", offsets));
-    QGroupBox* const positionGroup = group("Position", position);
+    column->addWidget(group(Text::tr("Mount's axis"), axis));
+    column->addWidget(group(Text::tr("Elevation and azimuth"), parts));
+    column->addWidget(group(Text::tr("Offsets of the mount's readings"), offsets));
+    QGroupBox* const positionGroup = group(Text::tr("Position"), position);
     column->addWidget(positionGroup);
     column->addStretch();
     layout->addLayout(column);
@@ -166,20 +171,24 @@ void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::st
 PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
     auto* const layout = new QVBoxLayout(this);
     auto* const bar = new QMenuBar;
-    menuItem(*bar->addMenu("File"), "mnuExit");
+    menuItem(*bar->addMenu("&File"), "mnuExit");
     layout->setMenuBar(bar);
     constexpr int kFigures = 8;
     auto* const grid = new QGridLayout;
     grid->setHorizontalSpacing(8);
     grid->setVerticalSpacing(6);
-    auto add = [grid, line = 0](const char* label, QWidget* first, QWidget* second) mutable {
-        grid->addWidget(new QLabel(label), line, 0);
+    auto add = [grid, line = 0](const QString& label, QWidget* first, QWidget* second) mutable {
+        grid->addWidget(labelOf(*first, label), line, 0);
         grid->addWidget(first, line, 1);
-        if (second != nullptr) grid->addWidget(second, line, 2);
+        if (second != nullptr) {
+            if (!label.isEmpty())
+                second->setAccessibleName(label + (second->inherits("QComboBox") ? ", unit" : ", vertical"));
+            grid->addWidget(second, line, 2);
+        }
         ++line;
     };
     add("Telescope Focal Length", field("txtFL", kFigures), listField("cmbUnits", 4));
-    add("", new QLabel("Horizontal"), new QLabel("Vertical"));
+    add("", new QLabel(Text::tr("Horizontal")), new QLabel(Text::tr("Vertical")));
     add("Unbinned pixel size (um)", field("txtPixelSizeX", kFigures), field("txtPixelSizeY", kFigures));
     add("Unbinned CCD Scale arcsec/ pixel", field("txtUnbinnedCCDScaleHoriz", kFigures),
         field("txtUnbinnedCCDScaleVert", kFigures));
@@ -305,7 +314,7 @@ PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(
         if (dynamic_cast<const platform::MenuItem*>(control) != nullptr) {
             if (menu == nullptr) {
                 auto* const bar = new QMenuBar;
-                menu = bar->addMenu("File");
+                menu = bar->addMenu("&File");
                 column->setMenuBar(bar);
             }
             menuItem(*menu, control->name().c_str());

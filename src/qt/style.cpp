@@ -1,7 +1,9 @@
 #include "qt/style.h"
 
+#include <QApplication>
 #include <QGuiApplication>
 #include <QIcon>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleOption>
@@ -228,11 +230,39 @@ QPixmap messageSign(QStyle::StandardPixmap picture) {
     return pixmap;
 }
 
+constexpr const char* kAltIsHeld = "altIsHeld";
+
+bool altIsHeld() { return qApp->property(kAltIsHeld).toBool(); }
+
+/// Lets the letters that reach a control show for as long as Alt is held.
+class AltWatch : public QObject {
+  public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const bool pressed = event->type() == QEvent::KeyPress;
+        const bool released = event->type() == QEvent::KeyRelease;
+        const bool left = event->type() == QEvent::ApplicationStateChange;
+        if (left || ((pressed || released) && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Alt))
+            show(pressed);
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    static void show(bool held) {
+        if (altIsHeld() == held) return;
+        qApp->setProperty(kAltIsHeld, held);
+        for (QWidget* widget : QApplication::allWidgets()) widget->update();
+    }
+};
+
 bool isNight() { return QGuiApplication::palette().color(QPalette::Window).lightnessF() < 0.2F; }
 
 }  // namespace
 
-Style::Style() : QProxyStyle("Fusion") {}
+Style::Style() : QProxyStyle("Fusion") {
+    auto* const watch = new AltWatch(this);
+    qApp->installEventFilter(watch);
+}
 
 void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                           const QWidget* widget) const {
@@ -290,8 +320,10 @@ void Style::drawControl(ControlElement element, const QStyleOption* option, QPai
             const QPalette& p = item->palette;
             const bool chosen = item->state & (State_Selected | State_Sunken);
             painter->fillRect(item->rect, p.color(chosen ? QPalette::Highlight : QPalette::Window));
-            drawItemText(painter, item->rect, Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextSingleLine, p,
-                         item->state & State_Enabled, item->text,
+            int flags = Qt::AlignCenter;
+            flags |= Qt::TextSingleLine;
+            flags |= altIsHeld() ? Qt::TextShowMnemonic : Qt::TextHideMnemonic;
+            drawItemText(painter, item->rect, flags, p, item->state & State_Enabled, item->text,
                          chosen ? QPalette::HighlightedText : QPalette::WindowText);
             return;
         }
@@ -360,8 +392,9 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
         case SH_ComboBox_Popup:
         case SH_EtchDisabledText:
         case SH_DitherDisabledText:
-        case SH_UnderlineShortcut:
             return 0;
+        case SH_UnderlineShortcut:
+            return altIsHeld() ? 1 : 0;
         default:
             return QProxyStyle::styleHint(hint, option, widget, data);
     }

@@ -1,0 +1,17 @@
+// Letters that reach a control with Alt held down.
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+namespace vantrel::qt {
+
+/// Gives every button, option, tick box and labelled field of the window a letter out of its caption: one of
+/// its own as far as the letters go, and on each tab as if the others weren't there. Captions must be set.
+void assignMnemonics(QWidget& window);
+
+/// The caption with the mark before the letter that the widget was given; as it is where it has none.
+QString withMnemonic(const QWidget& widget, const QString& caption);
+
+}  // namespace vantrel::qt

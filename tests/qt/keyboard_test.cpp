@@ -1,0 +1,129 @@
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QLabel>
+#include <QRegularExpression>
+#include <QTabWidget>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "qt/forms.h"
+
+namespace vantrel::qt {
+namespace {
+
+bool canHaveKeyboard(const QWidget& widget) {
+    return (widget.focusPolicy() & Qt::TabFocus) != 0 && widget.isEnabled() && widget.isVisible();
+}
+
+std::string nameOf(const QWidget& widget) { return widget.objectName().toStdString(); }
+
+QChar letterOf(const QString& caption) {
+    for (qsizetype i = 0; i + 1 < caption.size(); ++i) {
+        if (caption.at(i) != '&') continue;
+        if (caption.at(i + 1) != '&') return caption.at(i + 1).toLower();
+        ++i;
+    }
+    return {};
+}
+
+/// Does something with every window, and with every tab of one that has tabs.
+template <typename Look>
+void withEveryPage(Forms& forms, Look&& look) {
+    for (const auto& window : windowsFor(forms.screen, forms.front)) {
+        for (platform::Control* control : window->form().controls()) {
+            control->setEnabled(true);
+            if (control->name() != "txtDummy") control->setVisible(true);
+        }
+        window->form().show();
+        forms.settle();
+        auto* const tabs = window->findChild<QTabWidget*>();
+        for (int page = 0; page < (tabs == nullptr ? 1 : tabs->count()); ++page) {
+            if (tabs != nullptr) tabs->setCurrentIndex(page);
+            forms.settle();
+            look(*window);
+        }
+    }
+}
+
+TEST(Keyboard, TabReachesEveryControl) {
+    Forms forms;
+    withEveryPage(forms, [](const QWidget& window) {
+        std::set<const QWidget*> reached;
+        const QWidget* widget = window.nextInFocusChain();
+        for (; reached.insert(widget).second; widget = widget->nextInFocusChain()) {
+        }
+        for (const QWidget* child : window.findChildren<QWidget*>())
+            EXPECT_TRUE(!canHaveKeyboard(*child) || reached.contains(child)) << nameOf(*child);
+    });
+}
+
+/// Down a column, and along a row.
+TEST(Keyboard, TabFollowsTheEye) {
+    Forms forms;
+    withEveryPage(forms, [](const QWidget& window) {
+        const QWidget* before = nullptr;
+        const QWidget* widget = window.nextInFocusChain();
+        for (; widget != &window; widget = widget->nextInFocusChain()) {
+            if (!canHaveKeyboard(*widget) || widget->objectName().isEmpty()) continue;
+            if (before != nullptr && before->parentWidget() == widget->parentWidget()) {
+                const QPoint from = before->mapTo(&window, QPoint(0, before->height()));
+                const QPoint to = widget->mapTo(&window, QPoint(0, widget->height() / 2));
+                const bool sameRow = to.y() <= from.y() && to.x() > from.x();
+                const bool nextColumn = to.x() > from.x() + before->width();
+                EXPECT_TRUE(to.y() > from.y() || sameRow || nextColumn)
+                    << nameOf(*before) << " comes before " << nameOf(*widget);
+            }
+            before = widget;
+        }
+    });
+}
+
+TEST(Keyboard, EveryButtonHasALetterOfItsOwnAndEveryFieldHasOne) {
+    Forms forms;
+    withEveryPage(forms, [](const QWidget& window) {
+        std::map<QChar, std::string> buttons;
+        for (const auto* button : window.findChildren<QAbstractButton*>()) {
+            const bool hasLetters = button->text().contains(QRegularExpression("[A-Za-z]"));
+            if (!button->isVisible() || button->objectName().isEmpty() || !hasLetters) continue;
+            const QChar letter = letterOf(button->text());
+            EXPECT_FALSE(letter.isNull()) << nameOf(*button);
+            const auto [owner, isNew] = buttons.emplace(letter, nameOf(*button));
+            EXPECT_TRUE(isNew) << nameOf(*button) << " has the letter of " << owner->second;
+        }
+        for (const auto* label : window.findChildren<QLabel*>()) {
+            const bool leads = label->buddy() != nullptr && label->isVisible() && !label->text().isEmpty();
+            EXPECT_TRUE(!leads || !letterOf(label->text()).isNull()) << label->text().toStdString();
+        }
+    });
+}
+
+TEST(Keyboard, ReadersHearANameForEveryControl) {
+    Forms forms;
+    withEveryPage(forms, [](const QWidget& window) {
+        for (QWidget* child : window.findChildren<QWidget*>()) {
+            if (!canHaveKeyboard(*child) || child->objectName().isEmpty() ||
+                child->objectName().startsWith("qt_"))
+                continue;
+            QAccessibleInterface* const heard = QAccessible::queryAccessibleInterface(child);
+            ASSERT_NE(heard, nullptr) << nameOf(*child);
+            EXPECT_NE(heard->text(QAccessible::Name).trimmed().toStdString(), "") << nameOf(*child);
+        }
+    });
+}
+
+TEST(Reference, TellsOfEveryControl) {
+    Forms forms;
+    std::ostringstream text;
+    text << std::ifstream(VANTREL_REFERENCE).rdbuf();
+    for (const platform::Form* form : forms.screen.forms())
+        for (const platform::Control* control : form->controls())
+            EXPECT_NE(text.str().find("`" + control->name() + "`"), std::string::npos)
+                << form->name() << "." << control->name();
+}
+
+}  // namespace
+}  // namespace vantrel::qt
