@@ -1,17 +1,18 @@
-# make run    installs what is missing, builds, and opens the program
-# make test   the same, and runs all tests
-# make build  the programs in build/release/bin/
-# make check  format, clang-tidy and the tests under sanitizers
-# make bench  the benchmarks
+# make run      installs what is missing, builds, and opens the program
+# make test     the same, and runs all tests
+# make build    the programs in build/release/bin/
+# make check    format, clang-tidy and the tests under sanitizers
+# make package  the Debian package, in build/package/
+# make bench    the benchmarks
 
-.PHONY: run test build check bench dependencies
+.PHONY: run test build check bench package dependencies
 
 run: build
 	scripts/run.sh
 
 build: dependencies
 	cmake --preset release
-	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve
+	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve manual
 
 test: dependencies
 	cmake --preset release
@@ -26,6 +27,12 @@ bench: dependencies
 	cmake --preset bench
 	cmake --build --preset bench
 	scripts/bench.sh
+
+package:
+	scripts/install_dependencies.sh package
+	cmake --preset release
+	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve manual
+	cd build/release && cpack
 
 dependencies:
 	scripts/install_dependencies.sh

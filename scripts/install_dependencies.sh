@@ -1,13 +1,16 @@
 #!/bin/sh
-# Installs the Debian packages that building (and, with "check", checking) needs, and only those that are missing.
+# Installs the Debian packages that building (and, with "check" or "package", checking or packaging) needs, as far as
+# they are missing.
 set -eu
 
 build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev libcurl4-openssl-dev liberfa-dev libsep-dev
 libeigen3-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth fonts-dejavu-core"
 check="clang-format clang-tidy clang libclang-rt-dev"
+packaging="python3-minimal cmark-gfm fp-utils qt6-l10n-tools dpkg-dev fakeroot"
 
 wanted=$build
 [ "${1:-}" = check ] && wanted="$wanted $check"
+[ "${1:-}" = package ] && wanted="$wanted $packaging"
 
 missing=""
 for package in $wanted; do

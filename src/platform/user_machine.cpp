@@ -76,11 +76,18 @@ UserPaths desktopPaths(const Environment& environment) {
             .cache = baseDirectory(environment, "XDG_CACHE_HOME", home / ".cache") / "vantrel"};
 }
 
+std::filesystem::path sharedDataFolder() {
+    std::error_code ignored;
+    const fs::path program = fs::read_symlink("/proc/self/exe", ignored);
+    return program.parent_path().parent_path() / "share" / "vantrel";
+}
+
 UserMachine::UserMachine(const UserPaths& paths)
     : settings(paths.settings),
       folders(paths.drives),
       cache(paths.cache),
       userProfile("C:\\Users\\" + paths.userName) {
+    folders.map("C:\\Program Files\\Vantrel", sharedDataFolder());
     folders.map(userProfile + "\\My Documents", paths.documents);
     folders.map(userProfile + "\\Documents", paths.documents);
 }

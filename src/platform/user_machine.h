@@ -31,6 +31,10 @@ UserPaths pathsBelow(const std::filesystem::path& home);
 /// std::runtime_error when the environment names no home.
 UserPaths desktopPaths(const Environment& environment);
 
+/// What came with the program: the built-in catalogue, the manual. ../share/vantrel beside the folder that it
+/// runs from.
+std::filesystem::path sharedDataFolder();
+
 /// The settings and folders of one user. Settings are opened at their first use, folders are created when
 /// something is stored in them.
 class UserMachine {
@@ -38,6 +42,7 @@ class UserMachine {
     explicit UserMachine(const UserPaths& paths);
 
     SettingsFile settings;
+    /// "C:\Program Files\Vantrel" is the folder of what came with the program.
     FolderMap folders;
     std::filesystem::path cache;
     /// "C:\Users\name"; its "My Documents" and "Documents" are the desktop's documents folder.

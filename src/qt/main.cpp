@@ -3,7 +3,10 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
+#include <QLibraryInfo>
+#include <QLocale>
 #include <QPixmap>
+#include <QTranslator>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
@@ -136,6 +139,16 @@ int runWithWindows(const Options& options) {
     return program.application().failed() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
+/// The toolkit's own texts and the windows' in the desktop's language, as far as there are translations.
+void translate(QApplication& application) {
+    const QString own = QString::fromStdString((platform::sharedDataFolder() / "translations").string());
+    const QString toolkit = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    for (const auto& [name, folder] : {std::pair{"vantrel", own}, std::pair{"qtbase", toolkit}}) {
+        auto* const translator = new QTranslator(&application);
+        if (translator->load(QLocale(), name, "_", folder)) QApplication::installTranslator(translator);
+    }
+}
+
 /// Nothing of these needs a display.
 bool needsNoDisplay(int argc, char** argv) {
     for (int i = 1; i < argc; ++i)
@@ -155,6 +168,7 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName("com.kestavo.vantrel");
     QApplication::setWindowIcon(QIcon(":/vantrel.png"));
     QApplication::setQuitOnLastWindowClosed(false);
+    translate(application);
     try {
         const Options options = parseOptions(application);
         return options.measure ? measureOnce(options) : runWithWindows(options);
