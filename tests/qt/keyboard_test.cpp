@@ -30,10 +30,11 @@ QChar letterOf(const QString& caption) {
     return {};
 }
 
-/// Does something with every window, and with every tab of one that has tabs.
+/// Does something with every window of the program, and with every tab of one that has tabs.
 template <typename Look>
 void withEveryPage(Forms& forms, Look&& look) {
     for (const auto& window : windowsFor(forms.screen, forms.front)) {
+        if (window->form().name() == "frmSimulator") continue;  // a hand controller, for the mouse
         for (platform::Control* control : window->form().controls()) {
             control->setEnabled(true);
             if (control->name() != "txtDummy") control->setVisible(true);
