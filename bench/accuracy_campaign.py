@@ -21,6 +21,8 @@ from operator_session import Operator, OperatorError  # noqa: E402
 
 SIMULATOR = "AxisSimulator.Telescope"
 HOURS = 15.0
+FOCAL_LENGTH = 370.0  # mm, the simulator's own
+PIXEL_SIZE = 6.45  # micrometres
 
 
 def unit(azimuth, altitude):
@@ -90,12 +92,14 @@ def random_setup(seed):
 
 
 def measure(program, setup):
+    """The log lines of one measurement from start-up to the operator's Skip."""
+    scale = 206.265 * PIXEL_SIZE / setup.get("focal_length", FOCAL_LENGTH)
     with tempfile.TemporaryDirectory() as home:
         settings = {
             "Main": {"MyTelescopeID": SIMULATOR, "SiteLatitude": str(setup["latitude"]),
                      "SiteLongitude": str(setup["longitude"]), "SlewEast": str(setup["east"])},
             "PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": f"{setup['slew']:.3f}"},
-            "Solve": {"ScaleH": "3.6", "ScaleV": "3.6"},
+            "Solve": {"ScaleH": f"{scale:.3f}", "ScaleV": f"{scale:.3f}"},
         }
         file = os.path.join(home, "settings.json")
         with open(file, "w", encoding="utf-8") as stream:
@@ -106,6 +110,7 @@ def measure(program, setup):
         for member, value in (("SiteLatitude", setup["latitude"]), ("SiteLongitude", setup["longitude"]),
                               ("PolarAzimuthError", setup["azimuth"]), ("PolarElevationError", setup["elevation"]),
                               ("CameraRotation", setup["rotation"]), ("CameraMirrored", setup["mirrored"]),
+                              ("FocalLength", setup.get("focal_length", FOCAL_LENGTH)),
                               ("Seeing", setup["seeing"]), ("HourAngleOffset", setup["ha_offset"]),
                               ("DeclinationOffset", setup["dec_offset"])):
             operator.put(SIMULATOR, member, value)
@@ -143,9 +148,13 @@ def number_after(lines, label):
     return None
 
 
-def run_one(arguments):
+def run_seed(arguments):
     program, seed = arguments
-    setup = random_setup(seed)
+    return run_setup(program, random_setup(seed))
+
+
+def run_setup(program, setup):
+    """The set-up, how far the reported axis lies from the set one (arc-minutes; None: nothing reported), the log."""
     try:
         lines = measure(program, setup)
     except (OperatorError, OSError) as error:
@@ -174,7 +183,7 @@ def main():
 
     seeds = range(options.first_seed, options.first_seed + options.runs)
     with multiprocessing.Pool(options.jobs) as pool:
-        results = pool.map(run_one, [(options.program, seed) for seed in seeds], chunksize=1)
+        results = pool.map(run_seed, [(options.program, seed) for seed in seeds], chunksize=1)
 
     failed = [r for r in results if r[1] is None]
     distances = [r[1] for r in results if r[1] is not None]
