@@ -65,13 +65,18 @@ class ImagingTest : public testing::Test {
             std::count_if(counts.begin(), counts.end(), [&](std::uint16_t c) { return c > level; }));
     }
 
+    ObservatorySeams seams() {
+        ObservatorySeams seams;
+        seams.desktop = &desktop_;
+        return seams;
+    }
+
     platform::VirtualTime time_{platform::parseInstant("2026-11-24T20:00:00Z").value()};
     platform::QueuedEventLoop loop_{time_};
     test::TempFolder drives_;
     platform::FolderMap folders_{drives_.path()};
     platform::DesktopWindows desktop_;
-    Observatory observatory_{
-        loop_, folders_, 1, {.chooser = {}, .setup = {}, .profile = {}, .stars = {}, .desktop = &desktop_}};
+    Observatory observatory_{loop_, folders_, 1, seams()};
     platform::ClassRegistry classes_;
     ObjectRef simulator_;
 };
