@@ -20,6 +20,7 @@
 #include "observatory/solver/pattern_store.h"
 #include "observatory/solver/plate_solver.h"
 #include "observatory/solver/wide_search.h"
+#include "platform/user_machine.h"
 #include "support/list_catalog.h"
 #include "support/star_field.h"
 
@@ -62,8 +63,9 @@ Result solve(const Trial& trial, const StarCatalog& catalog, bool stars = true) 
 }
 
 const StarPatterns& patterns() {
-    static const auto made = patternsOf(*TychoCatalog::openBuiltIn(), userCacheFolder(),
-                                        [](const std::string& line) { std::puts(line.c_str()); });
+    static const auto made =
+        patternsOf(*TychoCatalog::openBuiltIn(), platform::cacheFolder(platform::processEnvironment),
+                   [](const std::string& line) { std::puts(line.c_str()); });
     return *made;
 }
 

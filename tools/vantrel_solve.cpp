@@ -23,6 +23,7 @@
 #include "observatory/solver/plate_solver.h"
 #include "observatory/solver/wide_search.h"
 #include "platform/text.h"
+#include "platform/user_machine.h"
 
 namespace {
 
@@ -176,7 +177,7 @@ class Solving {
 
     void solveWide(const StarList& found) {
         const auto patterns =
-            patternsOf(*TychoCatalog::openBuiltIn(), userCacheFolder(),
+            patternsOf(*TychoCatalog::openBuiltIn(), platform::cacheFolder(platform::processEnvironment),
                        [](const auto& line) { std::fprintf(stderr, "vantrel-solve: %s\n", line.c_str()); });
         WideSettings settings;
         settings.start = start_.value_or(SkyPosition{});

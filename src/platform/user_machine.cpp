@@ -73,7 +73,14 @@ UserPaths desktopPaths(const Environment& environment) {
             .drives = data / "vantrel" / "drives",
             .documents = documentsOf(config / "user-dirs.dirs", home).value_or(home / "Documents"),
             .lock = runtime / "vantrel.lock",
-            .cache = baseDirectory(environment, "XDG_CACHE_HOME", home / ".cache") / "vantrel"};
+            .cache = cacheFolder(environment)};
+}
+
+std::filesystem::path cacheFolder(const Environment& environment) {
+    const fs::path home = environment("HOME").value_or("");
+    const fs::path usual = home.is_absolute() ? home / ".cache" : fs::path();
+    const fs::path base = baseDirectory(environment, "XDG_CACHE_HOME", usual);
+    return base.empty() ? base : base / "vantrel";
 }
 
 std::filesystem::path sharedDataFolder() {

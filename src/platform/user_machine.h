@@ -31,6 +31,10 @@ UserPaths pathsBelow(const std::filesystem::path& home);
 /// std::runtime_error when the environment names no home.
 UserPaths desktopPaths(const Environment& environment);
 
+/// The user's folder for what can be made again (XDG_CACHE_HOME or ~/.cache, and in it "vantrel"). Empty when
+/// the environment names neither.
+std::filesystem::path cacheFolder(const Environment& environment);
+
 /// What came with the program: the built-in catalogue, the manual. ../share/vantrel beside the folder that it
 /// runs from.
 std::filesystem::path sharedDataFolder();

@@ -1,17 +1,8 @@
 #include "observatory/solver/pattern_store.h"
 
-#include <cstdlib>
 #include <system_error>
 
 namespace vantrel::observatory {
-
-std::filesystem::path userCacheFolder() {
-    if (const char* cache = std::getenv("XDG_CACHE_HOME"); cache != nullptr && cache[0] == '/')
-        return std::filesystem::path(cache) / "vantrel";
-    if (const char* home = std::getenv("HOME"); home != nullptr && home[0] != '\0')
-        return std::filesystem::path(home) / ".cache" / "vantrel";
-    return {};
-}
 
 std::shared_ptr<const StarPatterns> patternsOf(const TychoCatalog& catalog,
                                                const std::filesystem::path& cacheFolder,

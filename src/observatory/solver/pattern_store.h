@@ -13,10 +13,6 @@ namespace vantrel::observatory {
 
 inline constexpr const char* kPatternFileName = "tycho2_patterns.bin";
 
-/// The user's folder for what can be made again: XDG_CACHE_HOME or ~/.cache, and in it "vantrel". Empty when
-/// the environment names neither.
-std::filesystem::path userCacheFolder();
-
 /// The patterns of the catalogue: from the file beside it, else from the one in the cache folder, else made
 /// anew (a few seconds) and put into the cache folder for the next time. `tell` gets one line about whatever
 /// is worth knowing: a file that can't be used, the making, a cache that can't be written. Never fails for
