@@ -74,19 +74,23 @@ observatory::ObservatorySeams Program::seams(platform::Dialogs& dialogs, const s
 void Program::openWindows() {
     windows_ = windowsFor(screen_, front_);
     imageWindow_ = std::make_unique<ImageWindow>(observatory_.imaging().documents(), settings_, front_);
-    addSimulatorMenu();
+    addInstrumentsMenu();
 }
 
-/// The form of the main window doesn't know the simulator, so that this entry is the front's own.
-void Program::addSimulatorMenu() {
-    QMenu* const menu = window("frmMain").findChild<QMenuBar*>()->addMenu("Simulator");
-    QAction* const open = menu->addAction("Mount and Camera...");
-    QObject::connect(open, &QAction::triggered, &window("frmMain"),
-                     [this] { front_.loop.post([this] { simulatorForm_.show(); }); });
+/// The main window's form knows neither the imaging program nor the simulator: the ways to their windows are
+/// the front's own.
+void Program::addInstrumentsMenu() {
+    auto* const bar = window("frmMain").findChild<QMenuBar*>();
+    auto* const menu = new QMenu("Instruments", bar);
+    bar->insertMenu(bar->actions().last(), menu);
     QAction* const image = menu->addAction("Camera Image");
     image->setShortcut(QKeySequence("Ctrl+I"));
     QObject::connect(image, &QAction::triggered, imageWindow_.get(),
                      [this] { front_.barrier.run([this] { imageWindow_->showByOperator(); }); });
+    QAction* const simulator = menu->addAction("Simulator");
+    simulator->setObjectName("mnuSimulator");
+    QObject::connect(simulator, &QAction::triggered, &window("frmMain"),
+                     [this] { front_.loop.post([this] { simulatorForm_.show(); }); });
 }
 
 FormWindow& Program::window(const std::string& formName) const {

@@ -39,7 +39,7 @@ class Program {
 
   private:
     observatory::ObservatorySeams seams(platform::Dialogs& dialogs, const std::filesystem::path& cache);
-    void addSimulatorMenu();
+    void addInstrumentsMenu();
 
     Front front_;
     WatchedSettings settings_;
