@@ -48,12 +48,15 @@ inline void eachStar(std::size_t count, double raMin, double raMax, double decMi
                      const std::function<void(const test::TreeStar&)>& take) {
     std::mt19937 random(7);
     std::uniform_real_distribution<double> unit(0, 1);
+    constexpr double kRad = std::numbers::pi / 180;
+    const double low = std::sin(decMin * kRad);
+    const double high = std::sin(decMax * kRad);
     const double step = (raMax - raMin) / static_cast<double>(count);
     for (std::size_t i = 0; i < count; ++i) {
         const double magnitude = std::max(4.0, 19.5 + 2.2 * std::log10(unit(random) + 1e-9));
-        take({raMin + step * (static_cast<double>(i) + unit(random)),
-              decMin + (decMax - decMin) * unit(random), std::round(magnitude * 10) / 10,
-              20 * unit(random) - 10, 20 * unit(random) - 10});
+        const double ra = raMin + step * (static_cast<double>(i) + unit(random));
+        const double dec = std::asin(low + (high - low) * unit(random)) / kRad;
+        take({ra, dec, std::round(magnitude * 10) / 10, 20 * unit(random) - 10, 20 * unit(random) - 10});
     }
 }
 
