@@ -32,7 +32,7 @@ QSize HistogramBar::sizeHint() const { return {240, fontMetrics().height() * 4 +
 
 QRect HistogramBar::chart() const { return rect().adjusted(kMargin, 2, -kMargin, -kHandleHeight - 2); }
 
-/// Once for every exposure, when it is painted.
+/// Once for every exposure, when somebody looks.
 void HistogramBar::measure() {
     const auto pixels = image_.pixels();
     const int bins = std::max(1, chart().width() / 2);
@@ -42,7 +42,8 @@ void HistogramBar::measure() {
     bins_ = observatory::histogramOf(image_.statistics(), axis_, bins);
 }
 
-double HistogramBar::placeOf(Handle handle) const {
+double HistogramBar::placeOf(Handle handle) {
+    measure();
     const observatory::ShownStretch stretch = image_.stretch();
     switch (handle) {
         case kBlack:
@@ -54,7 +55,7 @@ double HistogramBar::placeOf(Handle handle) const {
     }
 }
 
-int HistogramBar::handleAt(Handle handle) const {
+int HistogramBar::handleAt(Handle handle) {
     return chart().left() + static_cast<int>(std::lround(placeOf(handle) * chart().width()));
 }
 
@@ -123,7 +124,6 @@ void HistogramBar::paintEvent(QPaintEvent* /*event*/) {
 
 void HistogramBar::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton || !image_.pixels()) return;
-    measure();
     const double place = placeUnder(*event);
     Handle nearest = kMidtone;
     for (const Handle handle : {kBlack, kWhite})

@@ -22,7 +22,7 @@ class HistogramBar : public QWidget {
 
     enum Handle { kBlack, kMidtone, kWhite, kHandles };
     /// Where the handle stands, from the left edge.
-    int handleAt(Handle handle) const;
+    int handleAt(Handle handle);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -32,7 +32,7 @@ class HistogramBar : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    double placeOf(Handle handle) const;
+    double placeOf(Handle handle);
     void moveTo(Handle handle, double place);
     void choose(Handle handle);
     double placeUnder(const QMouseEvent& event) const;
