@@ -13,6 +13,7 @@
 #include <cmath>
 
 #include "correction/star_under_point.h"
+#include "observatory/imaging/drawn_line.h"
 #include "platform/errors.h"
 #include "platform/text.h"
 #include "qt/histogram_bar.h"
@@ -31,10 +32,13 @@ QString valueText(double value) {
                                                                : QString::number(value, 'g', kFigures);
 }
 
-QString starText(const platform::ImageArray& image, QPoint pixel) {
+/// `sky` is the brightness that lies under the star.
+QString starText(const platform::ImageArray& image, QPoint pixel, double sky) {
     try {
         const auto star = correction::measureStarAt(image, pixel.x(), pixel.y());
-        if (star && star->peak < observatory::kMarkValue)
+        if (star && star->peak < observatory::kMarkValue &&
+            !observatory::isDrawnLine(image, star->x, star->y, star->halfFluxDiameter,
+                                      (star->peak + sky) / 2))
             return QString("HFD %1 px").arg(star->halfFluxDiameter, 0, 'f', 2);
     } catch (const platform::OperationError&) {  // no numbers around the cursor
     }
@@ -119,23 +123,24 @@ QAction* ImageWindow::addSwitch(const char* name, const QString& text, const QSt
 }
 
 void ImageWindow::addCommands() {
-    QAction* const fit =
-        addCommand("fit", "Fit", "Show the whole image", {QKeySequence("F")}, [this] { view_->fit(); });
-    QAction* const pixels = addCommand("pixels", "1:1", "Show every pixel of the image as one of the screen",
-                                       {QKeySequence("1")}, [this] { view_->showPixels(); });
-    QAction* const closer = addCommand("zoomIn", "+", "Zoom in", {QKeySequence("+"), QKeySequence("=")},
+    QAction* const fit = addCommand("fit", "Whole image", "Show the whole image", {QKeySequence("F")},
+                                    [this] { view_->fit(); });
+    QAction* const pixels =
+        addCommand("pixels", "Pixels 1:1", "Show every pixel of the image as one of the screen",
+                   {QKeySequence("1")}, [this] { view_->showPixels(); });
+    QAction* const closer = addCommand("zoomIn", "Zoom in", "Zoom in", {QKeySequence("+"), QKeySequence("=")},
                                        [this] { view_->zoomIn(); });
     QAction* const farther =
-        addCommand("zoomOut", "−", "Zoom out", {QKeySequence("-")}, [this] { view_->zoomOut(); });
-    automatic_ =
-        addCommand("automatic", "Auto", "Choose the stretch from each image", {QKeySequence("A")}, [this] {
-            // Switched off, the stretch of this image stays for the next.
-            if (image_.automatic())
-                image_.choose(image_.stretch());
-            else
-                image_.beAutomatic();
-            follow();
-        });
+        addCommand("zoomOut", "Zoom out", "Zoom out", {QKeySequence("-")}, [this] { view_->zoomOut(); });
+    automatic_ = addCommand("automatic", "Automatic stretch", "Choose the stretch from each image",
+                            {QKeySequence("A")}, [this] {
+                                // Switched off, the stretch of this image stays for the next.
+                                if (image_.automatic())
+                                    image_.choose(image_.stretch());
+                                else
+                                    image_.beAutomatic();
+                                follow();
+                            });
     automatic_->setCheckable(true);
     QAction* const cross = addSwitch("crossHair", "Cross hair", "Lines through the middle of the image",
                                      QKeySequence("X"), [this](bool on) { view_->setCrossHair(on); });
@@ -154,6 +159,12 @@ void ImageWindow::addCommands() {
     histogram->setChecked(true);
     full_ = addSwitch("fullScreen", "Full screen", "The image all over the screen; Esc leaves it",
                       QKeySequence("F11"), [this](bool on) { showFull(on); });
+    // Short on the tool bar, in full in the menu.
+    fit->setIconText("Fit");
+    pixels->setIconText("1:1");
+    farther->setIconText("−");
+    closer->setIconText("+");
+    automatic_->setIconText("Auto");
     bar_->addActions({fit, pixels, farther, closer});
     bar_->addSeparator();
     bar_->addActions({automatic_, inverted_, cross, histogram});
@@ -221,7 +232,7 @@ void ImageWindow::tellPixel() {
             pixels->at(static_cast<std::size_t>(pixel->x()), static_cast<std::size_t>(pixel->y()));
         position_->setText(QString("x %1  y %2").arg(pixel->x()).arg(pixel->y()));
         value_->setText(valueText(value));
-        star_->setText(starText(*pixels, *pixel));
+        star_->setText(starText(*pixels, *pixel, image_.statistics().median));
     });
 }
 

@@ -234,6 +234,14 @@ TEST_F(ImageWindowTest, TellsThePixelAndTheStarUnderTheCursor) {
     pointAt(-40, 40);
     EXPECT_EQ(text("pixel"), "–") << "beside the image";
 
+    std::vector<std::size_t> line;
+    for (std::size_t x = 0; x < 600; ++x) line.push_back(300 * 600 + x);
+    documents.setPixels(documents.current(), share(field->withPixels(line, 9000)));
+    settle();
+    pointAt(300, 300);
+    EXPECT_EQ(text("value"), "9000");
+    EXPECT_EQ(text("star"), "–") << "a line is no star";
+
     pointAt(401, 222);
     show(filled<std::uint16_t>(600, 400, 77));
     EXPECT_EQ(text("value"), "77") << "another exposure under a resting cursor";

@@ -29,9 +29,22 @@ double HistogramAxis::value(double place) const {
 
 std::vector<double> histogramOf(const PixelStatistics& statistics, const HistogramAxis& axis, int bins) {
     std::vector<double> counts(static_cast<std::size_t>(bins), 0.0);
-    for (const float value : statistics.sample) {
-        const auto bin = static_cast<int>(axis.place(static_cast<double>(value)) * bins);
-        ++counts[static_cast<std::size_t>(std::clamp(bin, 0, bins - 1))];
+    // Counts are whole numbers; each stands for the values around it, so that no bin is left out.
+    const auto binOf = [&](double value) {
+        return std::clamp(static_cast<int>(axis.place(value) * bins), 0, bins - 1);
+    };
+    const auto& sample = statistics.sample;
+    for (std::size_t i = 0; i < sample.size();) {
+        const auto end = static_cast<std::size_t>(
+            std::upper_bound(sample.begin() + static_cast<std::ptrdiff_t>(i), sample.end(), sample[i]) -
+            sample.begin());
+        const auto value = static_cast<double>(sample[i]);
+        const bool whole = value == std::floor(value) && end < sample.size() && sample[end] == sample[i] + 1;
+        const int first = binOf(value);
+        const int last = whole ? std::max(first + 1, binOf(value + 1)) : first + 1;
+        for (int bin = first; bin < std::min(last, bins); ++bin)
+            counts[static_cast<std::size_t>(bin)] += static_cast<double>(end - i) / (last - first);
+        i = end;
     }
     const double fullest = std::log1p(*std::max_element(counts.begin(), counts.end()));
     for (double& count : counts) count = fullest > 0 ? std::log1p(count) / fullest : 0;
