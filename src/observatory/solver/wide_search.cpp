@@ -140,7 +140,7 @@ class WideSearch {
         if (static_cast<double>(reach) > kBluntest) return std::nullopt;
         const auto tolerance = static_cast<float>(settings_.scaleTolerance);
         std::optional<WideSolution> solution;
-        patterns_.visitAlike(shape, reach, shape.size * (1 - tolerance), shape.size * (1 + tolerance),
+        patterns_.visitAlike(shape, reach, shape.size * (1 - tolerance), shape.size / (1 - tolerance),
                              [&](const StarPatterns::Match& sky, const PatternShape& there) {
                                  solution =
                                      consider(corners, sky, static_cast<double>(there.size / shape.size));

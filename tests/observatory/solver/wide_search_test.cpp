@@ -70,8 +70,8 @@ TEST(SearchWide, FindsFieldsWithoutKnowingWhere) {
         {"the pole", {10, 89.5}, 14, 200, false, -0.02},
         {"the other pole", {77, -89.9}, 14, 120, true, 0.02},
         {"across 0 hours", {359.9, -12}, 12, 77, false, 0},
-        {"a scale hardly known", {200, -40}, 13, 300, true, 0.13},
-        {"nor in the other direction", {201, -41}, 13, 300, false, -0.13},
+        {"a scale hardly known", {200, -40}, 13, 300, true, 0.14},
+        {"nor in the other direction", {201, -41}, 13, 300, false, -0.14},
         {"wide", {300, 50}, 25, -60, false, 0.01},
     };
     for (const Case& c : cases) {
