@@ -56,18 +56,6 @@ TEST_F(ImageLink, SolvesTheOpenImage) {
     EXPECT_EQ(state.PlateDecError, 0.5);
 }
 
-TEST_F(ImageLink, StartsWithASignedDeclination) {
-    struct Case {
-        double dec;
-        const char* expected;
-    };
-    for (const Case& c : {Case{0, "+0[ ][ ][ ]"}, Case{-0.5, "-0.5[ ][ ][ ]"}, Case{61, "+61[ ][ ][ ]"}}) {
-        state.ExposureDec = c.dec - 0.25;
-        solve();
-        EXPECT_EQ(image->keywords["OBJCTDEC"].toText(), c.expected);
-    }
-}
-
 TEST_F(ImageLink, ShowsTheErrorInRightAscensionWithItsSign) {
     struct Case {
         double exposure, solved;
@@ -84,46 +72,6 @@ TEST_F(ImageLink, ShowsTheErrorInRightAscensionWithItsSign) {
         solve();
         EXPECT_NEAR(state.PlateRAError, c.error, 1e-12);
         EXPECT_TRUE(log.has(c.logged)) << c.logged;
-    }
-}
-
-TEST_F(ImageLink, SaysWhereALinkFailed) {
-    struct Case {
-        const char* what;
-        std::function<void()> arrange;
-        const char* logged;
-    };
-    const Case cases[] = {
-        {"the link", [&] { fail("CCDsoft.Image", "InsertWCS", 0, 1); }, "Error when performing image link"},
-        {"the scale", [&] { fail("CCDsoft.Image", "ScaleInArcsecondsPerPixel", 0, 1); },
-         "Error when performing image link"},
-        {"a scale that is no number", [&] { panel.txtTheSkyImageScale.setText("fine"); },
-         "Error when performing image link"},
-        {"the results", [&] { fail("CCDsoft.Image", "FITSKeyword", 2, 1); },
-         "Error while getting image link results"},
-        {"a CD keyword, after the rest was read", [&] { fail("CCDsoft.Image", "FITSKeyword", 5, 1); },
-         "Error while getting image link results"},
-        {"a keyword without a number",
-         [&] {
-             image = std::make_shared<test::FakeImage>(
-                 std::map<std::string, platform::Value>{{"CRVAL1", "unknown"}});
-         },
-         "Error while getting image link results"},
-        {"a missing keyword",
-         [&] {
-             image =
-                 std::make_shared<test::FakeImage>(std::map<std::string, platform::Value>{{"CRVAL1", 1.5}});
-         },
-         "Error while getting image link results"},
-    };
-    for (const Case& c : cases) {
-        panel.txtTheSkyImageScale.setText("3.0");
-        openImage(0.1, 10.5);
-        log.lines.clear();
-        c.arrange();
-        EXPECT_FALSE(solve()) << c.what;
-        EXPECT_EQ(log.lines.back(), c.logged) << c.what;
-        EXPECT_FALSE(state.PlateSolved) << c.what;
     }
 }
 

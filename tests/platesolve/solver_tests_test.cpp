@@ -61,12 +61,6 @@ TEST_F(PathTest, Probes) {
     EXPECT_EQ(image->at(1, 1), 0);
 }
 
-TEST_F(PathTest, WithoutPinPoint) {
-    registry.uninstall(kPlate);
-    EXPECT_EQ(clickTest(), kFailed);
-    EXPECT_THAT(log.lines, ElementsAre("", "PinPoint is not installed"));
-}
-
 TEST_F(PathTest, FullEditionLooksUpStarsAroundAFixedPosition) {
     panel.txtCatMaxMag.setText("14.5");
     EXPECT_EQ(clickTest(), kPassed);
@@ -149,48 +143,6 @@ TEST_F(PathTest, MagnitudesOfTheTestImageByCatalog) {
         for (const auto& entry : host.takeJournal(kPlate))
             if (entry.member == "CatalogMaximumMagnitude") sent = entry.arguments.back().toText();
         EXPECT_EQ(sent, magnitude) << name;
-    }
-}
-
-TEST_F(PathTest, TestImageProblems) {
-    settings.SaveSetting("PolarAlign", "ImagePath", "C:\\Vantrel");
-    EXPECT_FALSE(tests.TestCatPath_PPLE());
-    EXPECT_THAT(log.lines,
-                ElementsAre("Could not open C:\\Vantrel\\VTL_Test_Image.fit", "(mod TestCatPathPPLE)"));
-
-    writeImage("Vantrel\\VTL_Test_Image.fit");
-    log.lines.clear();
-    engine.refusedAttaches = 2;
-    EXPECT_FALSE(tests.TestCatPath_PPLE());
-    EXPECT_THAT(log.lines, ElementsAre("AttachFITS Failed"));
-}
-
-TEST_F(PathTest, TestImageThatIsNotSolved) {
-    struct Case {
-        const char* member;
-        bool raises;
-        std::vector<std::string> before;
-        const char* reason;
-    };
-    const std::string broke = "Fake.Source error: it broke (-7)";
-    const Case cases[] = {{"FindImageStars", false, {}, " "},
-                          {"FindCatalogStars", false, {}, " "},
-                          {"Solve", false, {}, " "},
-                          {"Solve", true, {broke}, " it broke"},
-                          {"FindImageStars", true, {broke}, " it broke"}};
-    writeImage("VTL_Test_Image.fit");
-    for (const Case& c : cases) {
-        const std::string member = c.member;
-        engine.findsImageStars = member != "FindImageStars" || c.raises;
-        engine.findsCatalogStars = member != "FindCatalogStars";
-        engine.failingSolves = member == "Solve" && !c.raises ? 1 : 0;
-        if (c.raises) fail(kPlate, member, 0, 1);
-        log.lines.clear();
-        EXPECT_FALSE(tests.TestCatPath_PPLE()) << member;
-        auto expected = c.before;
-        expected.insert(expected.end(), {"", "** PinPoint LE test **", c.reason, "Catalog: GSC-ACT",
-                                         "Path: C:\\Stars", "PinPoint LE test failed", "  "});
-        EXPECT_THAT(log.lines, testing::ElementsAreArray(expected)) << member;
     }
 }
 
