@@ -1,6 +1,7 @@
 #include "platform/clock.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <utility>
@@ -82,7 +83,7 @@ std::optional<Instant> parseInstant(const std::string& text) {
         !(second >= 0 && second < 61))
         return std::nullopt;
     return std::chrono::sys_days{date} + std::chrono::hours{hour} + std::chrono::minutes{minute} +
-           Milliseconds{static_cast<long long>(second * 1000 + 0.5)};
+           Milliseconds{std::llround(second * 1000)};
 }
 
 }  // namespace vantrel::platform
