@@ -1,12 +1,12 @@
 #include "correction/star_seed.h"
 
 #include <cmath>
+#include <numbers>
 
 namespace vantrel::correction {
 namespace {
 
 constexpr std::size_t kFewestPixels = 4;
-constexpr double kPi = 3.14159265358979;
 
 struct Pixel {
     int x = 0, y = 0;
@@ -86,7 +86,7 @@ std::optional<StarSeed> brightestSeed(const PixelGrid& light) {
         seed.x += pixel.x * light.at(pixel.x, pixel.y) / sum;
         seed.y += pixel.y * light.at(pixel.x, pixel.y) / sum;
     }
-    seed.width = 2 * std::sqrt(static_cast<double>(core.size()) / kPi);
+    seed.width = 2 * std::sqrt(static_cast<double>(core.size()) / std::numbers::pi);
     return seed;
 }
 
