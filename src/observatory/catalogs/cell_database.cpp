@@ -80,14 +80,14 @@ class CellDatabase : public StarCatalog {
     std::vector<CatalogStar> cone(const ConeQuery& query) const override {
         if (!isSearchable(query)) return {};
         ConeCollector stars(query);
-        rings_.eachCell(query, [&](int ring, int cell) { search(ring, cell, stars); });
+        rings_.eachCell(query, [&](int ring, int cell) { search(ring, cell, query, stars); });
         return stars.take();
     }
 
     std::filesystem::path folder() const override { return folder_.path(); }
 
   private:
-    void search(int ring, int cell, ConeCollector& stars) const {
+    void search(int ring, int cell, const ConeQuery& query, ConeCollector& stars) const {
         const auto twoDigits = [](int n) { return (n < 10 ? "0" : "") + std::to_string(n); };
         const std::string name = name_ + "_" + twoDigits(ring) + twoDigits(cell) + ending_;
         const auto path = folder_.file(name);
@@ -97,7 +97,7 @@ class CellDatabase : public StarCatalog {
         const CatalogFile file(*path);
         const std::size_t size = recordBytes(file);
         if ((file.size() - kHeaderBytes) % size != 0) file.damaged("it ends within a star");
-        readStars(file, size, stars);
+        readStars(file, size, query, stars);
     }
 
     static std::size_t recordBytes(const CatalogFile& file) {
@@ -106,14 +106,18 @@ class CellDatabase : public StarCatalog {
         return size;
     }
 
-    static void readStars(const CatalogFile& file, std::size_t size, ConeCollector& stars) {
+    /// Stars come in groups of one magnitude and of one upper byte of their declinations.
+    static void readStars(const CatalogFile& file, std::size_t size, const ConeQuery& query,
+                          ConeCollector& stars) {
         constexpr std::uint32_t kGroup = 0xFFFFFF;  // where the right ascension would stand
         constexpr double kRaStep = 360.0 / 0xFFFFFF;
         constexpr double kDecStep = 90.0 / 0x7FFFFF;
+        constexpr int kGroupSteps = 65'536;
         const std::size_t blockBytes = kBytesAtATime / size * size;
         int decHigh = 0;
         double magnitude = 0;
         bool grouped = false;
+        bool wanted = true;
         for (std::uint64_t at = kHeaderBytes; at < file.size(); at += blockBytes) {
             const std::string block = file.text(at, std::min<std::uint64_t>(blockBytes, file.size() - at));
             for (std::size_t i = 0; i + size <= block.size(); i += size) {
@@ -124,12 +128,14 @@ class CellDatabase : public StarCatalog {
                     decHigh = byte(3) - 128;
                     magnitude = (byte(4) - 16) / 10.0;
                     grouped = true;
+                    wanted = stars.wants(magnitude) &&
+                             decHigh * kGroupSteps * kDecStep <= query.decDeg + query.radiusDeg &&
+                             (decHigh + 1) * kGroupSteps * kDecStep >= query.decDeg - query.radiusDeg;
                     continue;
                 }
                 if (!grouped) file.damaged("its first star has no magnitude");
-                if (!stars.wants(magnitude)) continue;
-                const double dec = (decHigh * 65'536 + byte(4) * 256 + byte(3)) * kDecStep;
-                if (std::abs(dec) > 90) file.damaged("a star lies beyond the pole");
+                if (!wanted) continue;
+                const double dec = (decHigh * kGroupSteps + byte(4) * 256 + byte(3)) * kDecStep;
                 stars.offer({ra * kRaStep, dec, magnitude}, 2000);  // no motions: any epoch
             }
         }

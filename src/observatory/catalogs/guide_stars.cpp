@@ -155,9 +155,8 @@ class GuideStars : public StarCatalog {
         if (!isSearchable(query)) return {};
         ConeCollector stars(query);
         for (const Region& region : regions_) {
-            constexpr double kEdge = 0.01;  // degrees; edges are given to a tenth of an arcminute
-            if (region.box.mayTouch(query.raDeg, query.decDeg, query.radiusDeg + kEdge))
-                search(fileOf(region.number), stars);
+            if (region.box.mayTouch(query.raDeg, query.decDeg, query.radiusDeg + kEdgeDeg))
+                search(fileOf(region.number), query, stars);
         }
         return stars.take();
     }
@@ -177,7 +176,7 @@ class GuideStars : public StarCatalog {
                            " of the star catalogue is missing in " + folder_.string());
     }
 
-    static void search(const std::filesystem::path& path, ConeCollector& stars) {
+    static void search(const std::filesystem::path& path, const ConeQuery& query, ConeCollector& stars) {
         const FitsAsciiTable table(path);
         const auto id = table.column("GSC_ID", {0, 5});
         const auto ra = table.column("RA_DEG", {5, 9});
@@ -193,16 +192,21 @@ class GuideStars : public StarCatalog {
         };
         table.eachRow([&](std::string_view text, std::uint64_t number) {
             const Row row(table, text, number);
+            const double declination = row.required(dec, -90, 90);
+            // Most rows are far away, and reading numbers is what takes time.
+            if (std::abs(declination - query.decDeg) > query.radiusDeg + kEdgeDeg) return;
             const double star = row.required(id, 0, 99'999);
             if (star != last) finish();
             last = star;
             if (row.required(kind, 0, 9) != 0) return;  // galaxies, blends, artefacts
-            mean.add(row.required(ra, 0, 360), row.required(dec, -90, 90), row.optional(positionError, 1),
+            mean.add(row.required(ra, 0, 360), declination, row.optional(positionError, 1),
                      row.required(magnitude, -5, 99), row.optional(magnitudeError, 1));
         });
         finish();
     }
 
+    /// Regions' edges are given to a tenth of an arcminute, and a star's measurements differ by less.
+    static constexpr double kEdgeDeg = 0.01;
     static constexpr double kAnyEpoch = 2000;  // the catalogue has no motions
 
     std::filesystem::path folder_;

@@ -2,6 +2,7 @@
 // sorted by right ascension. USNO-A, USNO-B, UCAC2 and UCAC4 are such.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -26,17 +27,21 @@ class ZoneRecord {
     ZoneRecord(const unsigned char* bytes, ByteOrder order) : bytes_(bytes), order_(order) {}
 
     std::uint8_t byte(std::size_t at) const { return bytes_[at]; }
-    std::int16_t int16(std::size_t at) const { return static_cast<std::int16_t>(number(at, 2)); }
-    std::int32_t int32(std::size_t at) const { return static_cast<std::int32_t>(number(at, 4)); }
+    std::int16_t int16(std::size_t at) const {
+        std::uint16_t raw;
+        std::memcpy(&raw, bytes_ + at, sizeof raw);
+        return static_cast<std::int16_t>(turned() ? __builtin_bswap16(raw) : raw);
+    }
+    std::int32_t int32(std::size_t at) const {
+        std::uint32_t raw;
+        std::memcpy(&raw, bytes_ + at, sizeof raw);
+        return static_cast<std::int32_t>(turned() ? __builtin_bswap32(raw) : raw);
+    }
 
   private:
-    std::uint32_t number(std::size_t at, std::size_t size) const {
-        std::uint32_t value = 0;
-        for (std::size_t i = 0; i < size; ++i) {
-            const std::size_t high = order_ == ByteOrder::big ? i : size - 1 - i;
-            value = value << 8U | bytes_[at + high];
-        }
-        return value;
+    /// Against this machine's order.
+    bool turned() const {
+        return (order_ == ByteOrder::little) != (std::endian::native == std::endian::little);
     }
 
     const unsigned char* bytes_;

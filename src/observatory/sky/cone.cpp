@@ -31,13 +31,17 @@ bool isSearchable(const ConeQuery& query) {
 }
 
 Circle::Circle(const ConeQuery& query)
-    : raDeg_(query.raDeg), decDeg_(query.decDeg), cosDec_(std::cos(query.decDeg * kDegree)) {
+    : raDeg_(query.raDeg),
+      decDeg_(query.decDeg),
+      decReachDeg_(query.radiusDeg * (1 + 1e-9)),
+      cosDec_(std::cos(query.decDeg * kDegree)) {
     const double half = std::sin(std::min(query.radiusDeg, 180.0) * kDegree / 2);
     quarterChordSquared_ = half * half * (1 + 1e-12);
 }
 
 /// The haversine formula.
 bool Circle::holds(double raDeg, double decDeg) const {
+    if (std::abs(decDeg - decDeg_) > decReachDeg_) return false;
     const double sinDec = std::sin((decDeg - decDeg_) * kDegree / 2);
     if (sinDec * sinDec > quarterChordSquared_) return false;
     const double sinRa = std::sin((raDeg - raDeg_) * kDegree / 2);

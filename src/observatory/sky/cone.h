@@ -26,6 +26,7 @@ class Circle {
   private:
     double raDeg_;
     double decDeg_;
+    double decReachDeg_;  ///< a little more than the radius: no star beyond needs the formula
     double cosDec_;
     double quarterChordSquared_;  ///< a quarter of the squared chord that the radius spans
 };
