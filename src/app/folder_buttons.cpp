@@ -12,7 +12,7 @@ FolderButtons::FolderButtons(SetupPanel& panel, platform::Dialogs& dialogs, engi
 }
 
 std::string FolderButtons::choose(const char* title, platform::TextBox& box, const char* key) {
-    const std::string folder = dialogs_.chooseFolder(title);
+    std::string folder = dialogs_.chooseFolder(title);
     if (folder.empty()) return folder;
     box.setText(folder);
     settings_.SaveSetting("PolarAlign", key, folder);

@@ -58,7 +58,7 @@ DataFolders chooseDataFolders(const platform::FolderMap& map, engine::SettingsPo
         return folders;
     };
 
-    const DataFolders known{stored("LogPath"), stored("ImagePath")};
+    DataFolders known{stored("LogPath"), stored("ImagePath")};
     const std::string vistaFolder = userProfile + "\\Documents\\Vantrel";
     if (known.log.empty() || known.images.empty()) {
         if (vista) return use({vistaFolder + "\\Messaage Logs", vistaFolder});

@@ -77,6 +77,7 @@ SkyAround skyAround(const PixelGrid& pixels, double x0, double y0, double inner,
         }
     if (ring.size() < kFewestPixels) return {};
     std::vector<double> values;
+    values.reserve(ring.size());
     for (const RingPixel& pixel : ring) values.push_back(pixel.value);
     SkyAround sky = {medianOf(values), 0, 0, 0, 0};
     for (double& value : values) value = std::abs(value - sky.level);

@@ -34,9 +34,10 @@ Sample sampleOf(const Pixel* pixels, std::size_t stride, const PixelBox& box) {
     for (int j = 0; j < sample.rows; ++j) {
         const int y = box.top + (2 * j + 1) * box.height() / (2 * sample.rows);
         const Pixel* row = pixels + static_cast<std::size_t>(y) * stride;
-        for (int i = 0; i < sample.columns; ++i)
-            sample.values.push_back(
-                static_cast<double>(row[box.left + (2 * i + 1) * box.width() / (2 * sample.columns)]));
+        for (int i = 0; i < sample.columns; ++i) {
+            const int x = box.left + (2 * i + 1) * box.width() / (2 * sample.columns);
+            sample.values.push_back(static_cast<double>(row[x]));
+        }
     }
     return sample;
 }

@@ -56,8 +56,10 @@ Growth growthOf(const PixelGrid& pixels, const StarGaussian& star, double radius
     for (int y = box.top; y < box.bottom; ++y)
         for (int x = box.left; x < box.right; ++x)
             for (int part = 0; part < kParts * kParts; ++part) {
-                const double dx = x - star.x + (part % kParts + 0.5) / kParts - 0.5;
-                const double dy = y - star.y + (part / kParts + 0.5) / kParts - 0.5;
+                const int column = part % kParts;
+                const int row = part / kParts;
+                const double dx = x - star.x + (column + 0.5) / kParts - 0.5;
+                const double dy = y - star.y + (row + 0.5) / kParts - 0.5;
                 const auto ring = static_cast<std::size_t>(std::hypot(dx, dy) / kStep);
                 if (ring < rings.size()) rings[ring] += pixels.at(x, y) / (kParts * kParts);
             }

@@ -259,7 +259,7 @@ std::string MeasurementRun::expose() {
     const bool ownName =
         platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "SaveImages", "0")) == 1;
     const auto now = platform::civilLocal(services_.loop.clock().utc());
-    const std::string imageFileName =
+    std::string imageFileName =
         ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image.fit" : "SavedImage.fit";
     check();
     if (state_.UsingAxisSimulator) {

@@ -51,7 +51,7 @@ class StarGrid {
         double bestSquare = radius * radius;
         for (int y = std::max(y0, 0); y <= std::min(y1, cells_ - 1); ++y) {
             for (int x = std::max(x0, 0); x <= std::min(x1, cells_ - 1); ++x) {
-                const auto cell = static_cast<std::size_t>(y * cells_ + x);
+                const std::size_t cell = cellAt(x, y);
                 for (std::uint32_t i = starts_[cell]; i < starts_[cell + 1]; ++i) {
                     const PlanePoint& p = points_[order_[i]];
                     const double square = (p.x - at.x) * (p.x - at.x) + (p.y - at.y) * (p.y - at.y);
@@ -74,7 +74,10 @@ class StarGrid {
     std::size_t cellOf(PlanePoint p) const {
         const int x = std::clamp(column(p.x, left_), 0, cells_ - 1);
         const int y = std::clamp(column(p.y, top_), 0, cells_ - 1);
-        return static_cast<std::size_t>(y * cells_ + x);
+        return cellAt(x, y);
+    }
+    std::size_t cellAt(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(cells_) + static_cast<std::size_t>(x);
     }
 
     std::vector<PlanePoint> points_;
