@@ -30,6 +30,11 @@ constexpr std::int64_t kMaxPixels = 400'000'000;
 constexpr std::int64_t kMaxSide = 100'000;
 constexpr std::int64_t kMaxPlanes = 16;
 constexpr std::int64_t kMaxUnpackedBytes = 2'000'000'000;
+/// Deflated data (RFC 1951) take at least a byte for 1032 of theirs, and no way of packing images takes less
+/// than a byte for about twice as many pixels, unless nothing is on them.
+constexpr std::int64_t kMaxInflation = 1032;
+constexpr std::int64_t kMaxPixelsInByte = 2 * kMaxInflation;
+constexpr const char* kTooSmall = "claims to hold more than a file of its size can";
 
 [[noreturn]] void fail(const std::filesystem::path& path, const std::string& why) {
     throw FitsError(path.string() + ": " + why);
@@ -96,6 +101,7 @@ bool isBottomUp(const FitsHeader& header) {
 
 /// CFITSIO's own explanation of a status code.
 std::string libraryError(int status) {
+    if (status == MEMORY_ALLOCATION) return "damaged: it asks for more memory than an image takes";
     char text[FLEN_STATUS] = "";
     fits_get_errstatus(status, text);
     fits_clear_errmsg();
@@ -179,18 +185,22 @@ Layout findImage(LibraryFile& file, const std::filesystem::path& path) {
     fail(path, "holds no image");
 }
 
-/// Files that unpack to more than any camera's image are refused before a byte of them is unpacked. (The last
-/// four bytes of a gzip file are the size of its content, RFC 1952.)
-void checkUnpackedSize(const std::filesystem::path& path) {
+/// Files that unpack to more than any camera's image, or than they can hold, are refused before a byte of
+/// them is unpacked. (The last four bytes of a gzip file are the size of its content, RFC 1952.) Returns the
+/// most bytes of FITS that the file can be.
+std::int64_t checkUnpackedSize(const std::filesystem::path& path) {
     const File file(path);
     if (file.size() < 18) fail(path, "not a FITS file");
     std::byte magic[2];
     file.read(0, magic);
-    if (magic[0] != std::byte{0x1f} || magic[1] != std::byte{0x8b}) return;
+    const auto bytes = static_cast<std::int64_t>(file.size());
+    if (magic[0] != std::byte{0x1f} || magic[1] != std::byte{0x8b}) return bytes;
     unsigned char tail[4];
     file.read(file.size() - 4, std::as_writable_bytes(std::span(tail)));
     const std::int64_t size = tail[0] + (tail[1] << 8) + (tail[2] << 16) + (std::int64_t{tail[3]} << 24);
     if (size > kMaxUnpackedBytes) fail(path, "the image is too large");
+    if (size > kMaxInflation * bytes) fail(path, kTooSmall);
+    return kMaxInflation * bytes;
 }
 
 std::string guarded(const std::filesystem::path& path, const std::function<std::string()>& call) {
@@ -421,11 +431,12 @@ struct Unpacked {
 };
 
 /// Unpacks the image into the memory file as floats, planes averaged, and returns its size and cards.
-std::string unpackByLibrary(const std::filesystem::path& path, int memory) {
+std::string unpackByLibrary(const std::filesystem::path& path, std::int64_t mostBytes, int memory) {
     LibraryFile file(path, READONLY);
     const std::string primary = cardImages(file);
     const Layout layout = findImage(file, path);
     checkLayout(path, layout);
+    if (layout.width * layout.height / kMaxPixelsInByte > mostBytes) fail(path, kTooSmall);
     const auto width = static_cast<std::size_t>(layout.width);
     const auto planes = static_cast<float>(layout.planes);
     float blank = std::numeric_limits<float>::quiet_NaN();
@@ -460,11 +471,12 @@ Unpacked unpackedFrom(const std::string& answer) {
 
 /// CFITSIO crashes on some damaged files, so it works in a process of its own.
 void FitsImage::openByLibrary(const std::filesystem::path& path) {
-    checkUnpackedSize(path);
+    const std::int64_t mostBytes = checkUnpackedSize(path);
     const int memory = ::memfd_create("vantrel-fits", MFD_CLOEXEC);
     if (memory < 0) fail(path, errorText(errno));
     auto source = std::make_unique<UnpackedSource>(path, memory);
-    const Unpacked unpacked = unpackedFrom(guarded(path, [&] { return unpackByLibrary(path, memory); }));
+    const Unpacked unpacked =
+        unpackedFrom(guarded(path, [&] { return unpackByLibrary(path, mostBytes, memory); }));
     width_ = unpacked.width;
     height_ = unpacked.height;
     header_ = unpacked.header;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <system_error>
 
 #include <fcntl.h>
@@ -14,6 +15,7 @@ namespace vantrel::observatory {
 namespace {
 
 constexpr unsigned kSecondsAllowed = 120;
+constexpr rlim_t kBytesAllowed = rlim_t{4} << 30U;
 
 void writeAll(int pipe, const std::string& text) {
     for (std::size_t done = 0; done < text.size();) {
@@ -23,10 +25,20 @@ void writeAll(int pipe, const std::string& text) {
     }
 }
 
+/// Lets the process have kBytesAllowed more than it has.
+void limitMemory() {
+    rlim_t pages = 0;
+    if (!(std::ifstream("/proc/self/statm") >> pages)) return;
+    const rlim_t bytes = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + kBytesAllowed;
+    const rlimit limit{bytes, bytes};
+    ::setrlimit(RLIMIT_AS, &limit);
+}
+
 [[noreturn]] void child(const std::function<std::string()>& call, int pipe) {
     for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGALRM}) std::signal(signal, SIG_DFL);
     const rlimit noCore{0, 0};
     ::setrlimit(RLIMIT_CORE, &noCore);
+    limitMemory();
     ::alarm(kSecondsAllowed);
     std::string answer;
     try {

@@ -14,7 +14,7 @@ class GuardedCallFailed : public std::runtime_error {
 
 /// Runs the call in a child process and returns its text. What the call throws arrives as GuardedCallFailed
 /// with the same text; a crash, or more than two minutes, arrives as GuardedCallFailed with the text
-/// `onCrash`. Memory changes of the call are lost unless they go to shared memory.
+/// `onCrash`. The call is refused memory beyond 4 GB. Its changes to memory are lost unless that is shared.
 std::string callGuarded(const std::function<std::string()>& call, const std::string& onCrash);
 
 }  // namespace vantrel::observatory
