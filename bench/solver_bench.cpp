@@ -9,6 +9,7 @@
 #include <benchmark/benchmark.h>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "observatory/solver/image_reduction.h"
 #include "observatory/solver/plate_solver.h"

@@ -16,6 +16,7 @@
 #include <string>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "observatory/solver/pattern_store.h"
 #include "observatory/solver/plate_solver.h"

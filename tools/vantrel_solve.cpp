@@ -16,6 +16,7 @@
 #include <nlohmann/json.hpp>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "observatory/solver/catalog_choice.h"
 #include "observatory/solver/exposure_facts.h"

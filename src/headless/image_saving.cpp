@@ -4,6 +4,7 @@
 
 #include "headless/json_values.h"
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 
 namespace vantrel::headless {
 

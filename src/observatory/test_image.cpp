@@ -4,7 +4,7 @@
 #include <numbers>
 #include <system_error>
 
-#include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 #include "observatory/sky/noise.h"
 #include "observatory/sky/renderer.h"
 #include "observatory/sky/star_catalog.h"

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "support/fits_bytes.h"
 #include "support/star_field.h"

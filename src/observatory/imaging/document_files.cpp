@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 #include "platform/text.h"
 
 namespace vantrel::observatory {

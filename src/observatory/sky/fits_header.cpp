@@ -113,4 +113,9 @@ std::optional<bool> FitsHeader::logical(std::string_view keyword) const {
     return flag == nullptr ? std::nullopt : std::optional(*flag);
 }
 
+bool FitsHeader::isBottomUp() const {
+    const auto order = text("ROWORDER");
+    return order && order->size() >= 6 && (order->at(0) == 'B' || order->at(0) == 'b');
+}
+
 }  // namespace vantrel::observatory

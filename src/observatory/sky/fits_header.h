@@ -33,6 +33,9 @@ class FitsHeader {
     std::optional<std::string> text(std::string_view keyword) const;
     std::optional<bool> logical(std::string_view keyword) const;
 
+    /// Whether the file's first row is the image's lowest.
+    bool isBottomUp() const;
+
     const std::vector<FitsCard>& cards() const { return cards_; }
 
   private:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "observatory/sky/fits_writing.h"
 #include "observatory/solver/catalog_choice.h"
 #include "observatory/solver/exposure_facts.h"
 #include "platform/image_array.h"

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_writing.h"
 #include "platform/image_array.h"
 
 namespace vantrel::observatory {

@@ -7,6 +7,7 @@
 #include <fitsio.h>
 #include <gtest/gtest.h>
 
+#include "observatory/sky/fits_writing.h"
 #include "support/fits_bytes.h"
 
 namespace vantrel::observatory {

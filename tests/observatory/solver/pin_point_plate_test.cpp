@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "platform/image_array.h"
 #include "support/catalog_trees.h"

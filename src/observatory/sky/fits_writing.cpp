@@ -1,0 +1,168 @@
+#include "observatory/sky/fits_writing.h"
+
+#include <stdexcept>
+#include <system_error>
+
+#include <unistd.h>
+
+#include "observatory/sky/fits_error.h"
+#include "observatory/sky/fits_library.h"
+#include "observatory/sky/raw_file.h"
+
+namespace vantrel::observatory {
+
+namespace {
+
+/// Writes beside the target and takes its place when complete.
+template <typename Write>
+void replaceFile(const std::filesystem::path& target, Write&& write) {
+    std::filesystem::path partial = target;
+    partial += std::string(".").append(std::to_string(::getpid())).append(".part");
+    std::error_code error;
+    std::filesystem::remove(partial, error);
+    try {
+        write(partial);
+    } catch (...) {
+        std::filesystem::remove(partial, error);
+        throw;
+    }
+    std::filesystem::rename(partial, target, error);
+    if (error) {
+        std::error_code ignored;
+        std::filesystem::remove(partial, ignored);
+        failFits(target, error.message());
+    }
+}
+
+void writeCard(LibraryFile& file, const FitsCard& card) {
+    const char* keyword = card.keyword.c_str();
+    const char* comment = card.comment.empty() ? nullptr : card.comment.c_str();
+    int* status = file.status();
+    if (const auto* flag = std::get_if<bool>(&card.value)) {
+        int value = *flag ? 1 : 0;
+        fits_update_key(file.get(), TLOGICAL, keyword, &value, comment, status);
+    } else if (const auto* whole = std::get_if<std::int64_t>(&card.value)) {
+        LONGLONG value = *whole;
+        fits_update_key(file.get(), TLONGLONG, keyword, &value, comment, status);
+    } else if (const auto* real = std::get_if<double>(&card.value)) {
+        fits_update_key_dbl(file.get(), keyword, *real, -15, comment, status);
+    } else {
+        fits_update_key_str(file.get(), keyword, std::get<std::string>(card.value).c_str(), comment, status);
+    }
+    file.check(*status);
+}
+
+void removeOldWcs(LibraryFile& file) {
+    for (const char* keyword :
+         {"CDELT1", "CDELT2", "CROTA1", "CROTA2", "PC1_1", "PC1_2", "PC2_1", "PC2_2", "LONPOLE", "LATPOLE",
+          "A_ORDER", "B_ORDER", "AP_ORDER", "BP_ORDER", "EPOCH"}) {
+        int status = 0;
+        fits_delete_key(file.get(), keyword, &status);
+    }
+    fits_clear_errmsg();
+}
+
+void copyWithWcs(const std::filesystem::path& source, bool packed, const std::filesystem::path& target,
+                 const TangentWcs& wcs) {
+    if (packed) {
+        checkUnpackedSize(source);
+        LibraryFile from(source, READONLY);
+        auto to = LibraryFile::create(target);
+        from.check(fits_copy_file(from.get(), to.get(), 1, 1, 1, from.status()));
+        to.close();
+    } else {
+        std::error_code error;
+        std::filesystem::copy_file(source, target, error);
+        if (error) {
+            failFits(source,
+                     "can't be copied to \"" + target.parent_path().string() + "\": " + error.message());
+        }
+        std::filesystem::permissions(target, std::filesystem::perms::owner_write,
+                                     std::filesystem::perm_options::add, error);
+    }
+    LibraryFile file(target, READWRITE);
+    const FitsLayout layout = file.findImage();
+    removeOldWcs(file);
+    const bool bottomUp = file.header().isBottomUp();
+    for (const FitsCard& card : wcsCards(wcs, static_cast<double>(layout.height), bottomUp))
+        writeCard(file, card);
+    file.close();
+}
+
+struct FitsPixelType {
+    int image;  // in the file
+    int data;   // in memory
+};
+FitsPixelType fitsPixelType(const std::uint16_t*) { return {USHORT_IMG, TUSHORT}; }
+FitsPixelType fitsPixelType(const std::int32_t*) { return {LONG_IMG, TINT}; }
+FitsPixelType fitsPixelType(const float*) { return {FLOAT_IMG, TFLOAT}; }
+
+template <typename Pixel>
+void writePixels(const std::filesystem::path& path, std::size_t width, std::size_t height,
+                 std::span<const Pixel> pixels, const std::vector<FitsCard>& cards) {
+    if (pixels.size() != width * height || pixels.empty())
+        throw std::invalid_argument("pixels and size disagree");
+    const FitsPixelType type = fitsPixelType(pixels.data());
+    replaceFile(path, [&](const std::filesystem::path& partial) {
+        auto file = LibraryFile::create(partial);
+        LONGLONG sizes[2] = {static_cast<LONGLONG>(width), static_cast<LONGLONG>(height)};
+        file.check(fits_create_imgll(file.get(), type.image, 2, sizes, file.status()));
+        for (const FitsCard& card : cards) writeCard(file, card);
+        // CFITSIO takes a pointer to non-const, but only reads from it.
+        file.check(fits_write_img(file.get(), type.data, 1, static_cast<LONGLONG>(pixels.size()),
+                                  const_cast<Pixel*>(pixels.data()), file.status()));
+        file.close();
+    });
+}
+
+}  // namespace
+
+void writeFits(const std::filesystem::path& path, std::size_t width, std::size_t height,
+               std::span<const std::uint16_t> pixels, const std::vector<FitsCard>& cards) {
+    writePixels(path, width, height, pixels, cards);
+}
+
+void writeFits(const std::filesystem::path& path, const platform::ImageArray& image,
+               const std::vector<FitsCard>& cards) {
+    std::visit(
+        [&](const auto& pixels) {
+            writePixels(path, image.width(), image.height(), std::span(pixels), cards);
+        },
+        image.pixels());
+}
+
+std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp) {
+    const double down = bottomUp ? -1 : 1;
+    return {{"CTYPE1", "RA---TAN", "gnomonic projection"},
+            {"CTYPE2", "DEC--TAN", "gnomonic projection"},
+            {"CUNIT1", "deg"},
+            {"CUNIT2", "deg"},
+            {"CRVAL1", wcs.reference.ra, "right ascension of the reference pixel"},
+            {"CRVAL2", wcs.reference.dec, "declination of the reference pixel"},
+            {"CRPIX1", wcs.referencePixel.x + 1, "reference pixel, column"},
+            {"CRPIX2", bottomUp ? height - wcs.referencePixel.y : wcs.referencePixel.y + 1,
+             "reference pixel, row"},
+            {"CD1_1", wcs.cd[0], "degrees per pixel"},
+            {"CD1_2", wcs.cd[1] * down, "degrees per pixel"},
+            {"CD2_1", wcs.cd[2], "degrees per pixel"},
+            {"CD2_2", wcs.cd[3] * down, "degrees per pixel"},
+            {"EQUINOX", 2000.0, "equinox of the world coordinates"},
+            {"RADESYS", "ICRS", "frame of the world coordinates"}};
+}
+
+void writeWcs(const std::filesystem::path& source, const std::filesystem::path& target,
+              const TangentWcs& wcs) {
+    std::error_code ignored;
+    const bool packed = RawFile(source).isGzip();
+    if (packed && std::filesystem::equivalent(source, target, ignored)) {
+        failFits(target, "compressed by gzip, its header can't be changed");
+    }
+    replaceFile(target, [&](const std::filesystem::path& partial) {
+        guardedLibraryCall(source, [&] {
+            copyWithWcs(source, packed, partial, wcs);
+            return std::string();
+        });
+    });
+}
+
+}  // namespace vantrel::observatory

@@ -1,0 +1,50 @@
+#include "observatory/sky/raw_file.h"
+
+#include <cerrno>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "observatory/sky/fits_error.h"
+
+namespace vantrel::observatory {
+
+namespace {
+
+std::string errorText(int error) { return std::generic_category().message(error); }
+
+}  // namespace
+
+RawFile::RawFile(const std::filesystem::path& path)
+    : path_(path), descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+    if (descriptor_ < 0) failFits(path, errorText(errno));
+    struct stat status {};
+    const bool regular = ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
+    size_ = static_cast<std::size_t>(status.st_size);
+    if (!regular) {
+        ::close(descriptor_);
+        failFits(path, "not a file");
+    }
+}
+
+RawFile::~RawFile() { ::close(descriptor_); }
+
+void RawFile::read(std::size_t offset, std::span<std::byte> out) const {
+    while (!out.empty()) {
+        const auto got = ::pread(descriptor_, out.data(), out.size(), static_cast<off_t>(offset));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) failFits(path_, got < 0 ? errorText(errno) : "ends before its last pixel");
+        offset += static_cast<std::size_t>(got);
+        out = out.subspan(static_cast<std::size_t>(got));
+    }
+}
+
+bool RawFile::isGzip() const {
+    std::byte magic[2] = {};
+    if (size_ >= sizeof magic) read(0, magic);
+    return magic[0] == std::byte{0x1f} && magic[1] == std::byte{0x8b};
+}
+
+}  // namespace vantrel::observatory

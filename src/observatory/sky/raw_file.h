@@ -1,0 +1,34 @@
+// The bytes of a file.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <span>
+
+namespace vantrel::observatory {
+
+class RawFile {
+  public:
+    /// Opens a file for reading. Throws FitsError when it can't be, or is no regular file.
+    explicit RawFile(const std::filesystem::path& path);
+    /// Takes over an open descriptor, whose size nobody asks for; the path is for messages.
+    RawFile(const std::filesystem::path& path, int descriptor) : path_(path), descriptor_(descriptor) {}
+    ~RawFile();
+    RawFile(const RawFile&) = delete;
+    RawFile& operator=(const RawFile&) = delete;
+
+    std::size_t size() const { return size_; }
+
+    /// Fills `out` from the offset on. Throws FitsError when the file can't be read or ends before.
+    void read(std::size_t offset, std::span<std::byte> out) const;
+
+    /// Whether it begins as files packed by gzip do (RFC 1952).
+    bool isGzip() const;
+
+  private:
+    std::filesystem::path path_;
+    int descriptor_;
+    std::size_t size_ = 0;
+};
+
+}  // namespace vantrel::observatory
