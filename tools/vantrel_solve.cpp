@@ -6,7 +6,9 @@
 #include <cmath>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -15,6 +17,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "observatory/catalogs/curl_downloads.h"
 #include "observatory/sky/fits_image.h"
 #include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
@@ -33,7 +36,7 @@ using namespace vantrel::observatory;
 
 constexpr const char* kUsage =
     "usage: vantrel-solve FILE [--ra HOURS --dec DEG] [--scale ARCSEC_PER_PX] [--radius DEG]\n"
-    "                     [--catalog FOLDER --catalog-number N] [--json] [--wcs OUT.fits]\n"
+    "                     [--catalog FOLDER|Internet --catalog-number N] [--json] [--wcs OUT.fits]\n"
     "\n"
     "  --ra, --dec   about where the image points, J2000; left out, the header must tell\n"
     "                unless the radius is 180\n"
@@ -42,7 +45,11 @@ constexpr const char* kUsage =
     "  --radius      how far off the position may be (default: the image's diagonal, at least 1.5);\n"
     "                a wider one, 180 being all the sky, uses star patterns that the first such\n"
     "                search makes and keeps in the user's cache folder\n"
-    "  --catalog     folder of another star catalogue, with its number\n"
+    "  --catalog     folder of another star catalogue, with its number (--catalog-number):\n"
+    "                0 GSC-1.1, 1 USNO-SA2.0, 3 GSC-ACT, 4 Tycho-2, 5 USNO-A2.0, 6 UCAC2, 7 USNO-B;\n"
+    "                UCAC4 and .290 and .1476 files are found under any number. \"Internet\" in\n"
+    "                place of a folder asks the VizieR service for 8 USNO-B or 9 NOMAD; answers are\n"
+    "                kept in the user's cache folder\n"
     "  --json        print the solution as one JSON object\n"
     "  --wcs         write a copy of the image with the solution in its header\n";
 
@@ -127,6 +134,16 @@ struct Outcome {
     std::size_t starsFound = 0;
 };
 
+std::shared_ptr<const StarCatalog> catalogFor(const Options& options,
+                                              const std::filesystem::path& cacheFolder) {
+    if (!platform::equalIgnoringCase(options.catalog, kInternetPath))
+        return openCatalog(options.catalog, options.catalogNumber);
+    auto catalog =
+        openNetworkCatalog(options.catalogNumber, {std::make_shared<CurlDownloads>(), cacheFolder, {}});
+    if (catalog == nullptr) throw BadInput("--catalog Internet needs --catalog-number 8 or 9");
+    return catalog;
+}
+
 class Solving {
   public:
     Solving(const Options& options, const FitsImage& image)
@@ -134,7 +151,8 @@ class Solving {
           image_(image),
           start_(startFor(options, image.header())),
           scales_(scalesFor(options, image.header())),
-          catalog_(openCatalog(options.catalog, options.catalogNumber)) {
+          cacheFolder_(platform::cacheFolder(platform::processEnvironment)),
+          catalog_(catalogFor(options, cacheFolder_)) {
         const double radius = options.radius.value_or(0);
         if (!start_ && radius < 180)
             throw BadInput(options.file +
@@ -177,9 +195,9 @@ class Solving {
     }
 
     void solveWide(const StarList& found) {
-        const auto patterns =
-            patternsOf(*TychoCatalog::openBuiltIn(), platform::cacheFolder(platform::processEnvironment),
-                       [](const auto& line) { std::fprintf(stderr, "vantrel-solve: %s\n", line.c_str()); });
+        const auto patterns = patternsOf(*TychoCatalog::openBuiltIn(), cacheFolder_, [](const auto& line) {
+            std::fprintf(stderr, "vantrel-solve: %s\n", line.c_str());
+        });
         WideSettings settings;
         settings.start = start_.value_or(SkyPosition{});
         settings.radiusDeg = *options_.radius;
@@ -200,6 +218,7 @@ class Solving {
     const FitsImage& image_;
     std::optional<SkyPosition> start_;
     std::vector<double> scales_;
+    std::filesystem::path cacheFolder_;
     std::shared_ptr<const StarCatalog> catalog_;
     double epoch_ = kCatalogEpoch;
     bool wide_ = false;  ///< whether the radius goes beyond what a plate around the start position covers

@@ -128,11 +128,18 @@ TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
         {"folder without a catalogue",
          file + place + " --scale 6 --catalog " + folder_.path().string() + " --catalog-number 5", 2,
          "no star catalogue USNO-A2.0"},
+        {"a catalogue that isn't on the network", file + place + " --scale 6 --catalog Internet", 2,
+         "--catalog Internet needs --catalog-number 8 or 9"},
+        {"no way to the network", file + place + " --scale 6 --catalog internet --catalog-number 9", 2,
+         "the star catalogue NOMAD-Net can't be reached over the network: "},
         {"unwritable WCS file", file + place + " --scale 6 --wcs /nowhere/w.fits", 2, "\"/nowhere\""},
         {"help", "--help", 0, ""},
     };
+    // Nobody listens at the discard port, so nothing is asked of the network where there is one.
+    const std::string offline =
+        "https_proxy=http://127.0.0.1:9 XDG_CACHE_HOME='" + (folder_ / "cache").string() + "' ";
     for (const Case& c : cases) {
-        const Answer answer = run(c.arguments);
+        const Answer answer = run(c.arguments, offline);
         EXPECT_EQ(answer.status, c.status) << c.why << ": " << answer.err;
         EXPECT_NE(answer.err.find(c.says), std::string::npos) << c.why << ": " << answer.err;
         EXPECT_EQ(std::count(answer.err.begin(), answer.err.end(), '\n'), c.status == 2 ? 1 : 0)
