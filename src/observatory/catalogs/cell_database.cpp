@@ -1,5 +1,6 @@
 // Star databases of cells of sky, NAME_RRCC.1476 and NAME_RRCC.290: rings of declination, counted from the
-// south pole, each cut into cells of right ascension. A file holds one cell, brightest stars first.
+// south pole, each cut into cells of right ascension. A file holds one cell, brightest stars first, and tells
+// nowhere how many: one that is cut between two records just lacks its faintest.
 #include <array>
 #include <cmath>
 #include <map>

@@ -100,14 +100,15 @@ std::optional<MovingStar> completeUcac4(const ZoneRecord& record, MovingStar sta
 }  // namespace
 
 FoundCatalog openUcac2(const CatalogFolder& folder) {
+    constexpr std::size_t kWhole = 260;  // up to +40 degrees
     const auto inner = folder.folder("u2");
     const CatalogFolder& place = inner ? *inner : folder;
     if (!inner && hasNorthernZones(place)) return nullptr;
     auto zones = zonesIn(place, kUcac2Zones);
     if (zones.empty()) return nullptr;
     return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{44, ByteOrder::little, kUnitsPerDeg, false, 0.5, true, completeUcac2}, folder.path(),
-        std::move(zones));
+        ZoneLayout{44, ByteOrder::little, kUnitsPerDeg, false, 0.5, true, kWhole, completeUcac2},
+        folder.path(), std::move(zones));
 }
 
 FoundCatalog openUcac4(const CatalogFolder& folder) {
@@ -123,8 +124,8 @@ FoundCatalog openUcac4(const CatalogFolder& folder) {
         return completeUcac4(record, star, fast);
     };
     return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{78, ByteOrder::little, kUnitsPerDeg, true, 0.2, true, complete}, folder.path(),
-        std::move(zones));
+        ZoneLayout{78, ByteOrder::little, kUnitsPerDeg, true, 0.2, true, kUcac4Zones, complete},
+        folder.path(), std::move(zones));
 }
 
 }  // namespace vantrel::observatory

@@ -78,7 +78,7 @@ FoundCatalog openUsnoA(const CatalogFolder& folder) {
     }
     if (!found) return nullptr;
     return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{12, ByteOrder::big, kUnitsPerDeg, true, kTenthsPerZone / 10.0, false, completeA},
+        ZoneLayout{12, ByteOrder::big, kUnitsPerDeg, true, kTenthsPerZone / 10.0, false, kZones, completeA},
         folder.path(), std::move(zones));
 }
 
@@ -101,8 +101,8 @@ FoundCatalog openUsnoB(const CatalogFolder& folder) {
     }
     if (!found) return nullptr;
     return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{80, ByteOrder::little, kUnitsPerDeg, true, 0.1, true, completeB}, folder.path(),
-        std::move(zones));
+        ZoneLayout{80, ByteOrder::little, kUnitsPerDeg, true, 0.1, true, 10 * kDegrees, completeB},
+        folder.path(), std::move(zones));
 }
 
 }  // namespace vantrel::observatory

@@ -16,6 +16,9 @@ constexpr std::uint64_t kRecordsAtATime = 1024;
 /// How far from its zone a star may stand before its record counts as damaged: more than any star moves
 /// between the epochs that zones were cut at.
 constexpr double kZoneSlackDeg = 0.1;
+/// Mean distances between neighbours that a zone's last star may be away from 24 hours; chance and the Milky
+/// Way explain a few dozen.
+constexpr std::uint64_t kWidestEnd = 200;
 
 /// The number of stars that the last line of an accelerator speaks of: "hours first count".
 std::optional<std::uint64_t> starsPromised(const std::filesystem::path& accelerator) {
@@ -87,6 +90,16 @@ std::uint64_t ZoneCatalog::recordsIn(const CatalogFile& file, const ZoneFile& zo
     return count;
 }
 
+/// A file that is cut between two records, of which no index knows, lacks the stars before 24 hours.
+void ZoneCatalog::checkEnd(const Strip& strip) const {
+    const auto turn = static_cast<std::uint64_t>(360) * static_cast<std::uint64_t>(layout_.unitsPerDeg);
+    unsigned char bytes[4];
+    strip.file.read((strip.records - 1) * layout_.recordBytes, bytes);
+    const std::int32_t last = ZoneRecord(bytes, strip.order).int32(0);
+    if (last < 0 || static_cast<std::uint64_t>(last) + kWidestEnd * (turn / strip.records) < turn)
+        strip.file.damaged("its stars end long before 24 hours");
+}
+
 /// Some copies were made with the bytes turned round: only the right order puts the first star in its zone.
 ByteOrder ZoneCatalog::orderOf(const CatalogFile& file, std::size_t zone) const {
     unsigned char place[8];
@@ -129,6 +142,7 @@ void ZoneCatalog::searchZone(std::size_t zone, const ConeQuery& query, double ra
     const Range decs{static_cast<std::int64_t>(std::floor(south * layout_.unitsPerDeg)),
                      static_cast<std::int64_t>(std::ceil((south + 2 * radiusDeg) * layout_.unitsPerDeg))};
     const Strip strip{file, count, orderOf(file, zone), decRange(zone), decs};
+    if (zone < layout_.wholeZones) checkEnd(strip);
     for (const Range& range : ras) scan(strip, range, stars);
 }
 

@@ -55,7 +55,8 @@ struct ZoneLayout {
     std::int32_t unitsPerDeg = 0;
     bool countsFromPole = true;  ///< south polar distances, not declinations
     double zoneHeightDeg = 0;
-    bool moves = true;  ///< has proper motions, from J2000
+    bool moves = true;           ///< has proper motions, from J2000
+    std::size_t wholeZones = 0;  ///< from the south pole on: those that go once round the sky
     /// Completes a star whose position is filled in already. Nothing when it is to be left out.
     std::function<std::optional<MovingStar>(const ZoneRecord& record, MovingStar star)> complete;
 };
@@ -99,6 +100,7 @@ class ZoneCatalog : public StarCatalog {
                     ConeCollector& stars) const;
     void scan(const Strip& strip, const Range& ras, ConeCollector& stars) const;
     std::uint64_t recordsIn(const CatalogFile& file, const ZoneFile& zone) const;
+    void checkEnd(const Strip& strip) const;
     ByteOrder orderOf(const CatalogFile& file, std::size_t zone) const;
     std::uint64_t firstNotBefore(const Strip& strip, std::int64_t ra) const;
 

@@ -244,6 +244,20 @@ TEST_P(Distribution, NamesTheFileThatIsCutShort) {
     EXPECT_GT(refused, 0U);
 }
 
+TEST(ZoneCatalog, NoticesAZoneThatIsCutBetweenRecords) {
+    TreeStars stars;
+    for (int i = 0; i < 2000; ++i) stars.push_back({0.18 * i, -33.21, 12});
+    const test::TempFolder folder{test::TempFolder::quickPlace()};
+    test::writeUcac4(folder.path(), folder.path(), stars);
+    const auto found = [&] {
+        return openUcac4(CatalogFolder(folder.path()))
+            ->cone({.raDeg = 100.8, .decDeg = -33.21, .radiusDeg = 0.1});
+    };
+    EXPECT_EQ(found().size(), 1U);
+    fs::resize_file(folder / "z284", 1000 * 78);
+    EXPECT_THROW(found(), CatalogError);
+}
+
 INSTANTIATE_TEST_SUITE_P(Catalogs, Distribution, testing::ValuesIn(kKinds),
                          [](const auto& info) { return std::string(info.param.name); });
 
