@@ -52,44 +52,11 @@ TEST_F(Catalogs, AtStart) {
     }
 }
 
-TEST_F(Catalogs, KeepTheirOwnFolders) {
-    start();
-    panel.lblCatTest.setCaption("Test passed");
-    ASSERT_TRUE(panel.cmbppCat.choose("USNO-B"));
-    EXPECT_EQ(catalogs.PinPointCatalog(), 7);
-    EXPECT_EQ(panel.lblCatTest.caption(), "");
-    EXPECT_EQ(panel.txtCatPath.text(), "C:\\");
-    EXPECT_EQ(stored("ppCatPath7"), "C:\\");
-
-    panel.txtCatPath.type("E:\\B");
-    panel.cmbppCat.choose("UCAC2");
-    EXPECT_EQ(panel.txtCatPath.text(), "C:\\");
-    panel.cmbppCat.choose("USNO-B");
-    EXPECT_EQ(panel.txtCatPath.text(), "E:\\B");
-}
-
-TEST_F(Catalogs, OnTheInternetHaveNoFolder) {
-    start();
-    for (const auto& [name, key] : {std::pair{"USNO-B-Net", "ppCatPath8"}, {"NOMAD-Net", "ppCatPath9"}}) {
-        panel.cmbppCat.choose(name);
-        EXPECT_EQ(panel.txtCatPath.text(), "Internet");
-        EXPECT_EQ(stored(key), "Internet");
-    }
-    panel.cmbppCat.choose("GSC-ACT");
-    EXPECT_EQ(panel.txtCatPath.text(), "C:\\");
-}
-
-TEST_F(Catalogs, FolderDialog) {
+TEST_F(Catalogs, FolderDialogHasItsTitle) {
     start();
     dialogs.answers = {"F:\\GSC"};
     panel.cmdSetDir.click();
     EXPECT_THAT(dialogs.titles, ElementsAre("Set PinPoint path"));
-    EXPECT_EQ(panel.txtCatPath.text(), "F:\\GSC");
-    EXPECT_EQ(stored("ppCatPath3"), "F:\\GSC");
-
-    panel.cmdSetDir.click();  // cancelled
-    EXPECT_EQ(panel.txtCatPath.text(), "c:\\");
-    EXPECT_EQ(stored("ppCatPath3"), "c:\\");
 }
 
 TEST_F(Catalogs, AreStoredAtTheEndAndWhenThePathIsLeft) {

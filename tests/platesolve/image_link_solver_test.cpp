@@ -8,7 +8,6 @@ namespace vantrel::platesolve {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class ImageLink : public testing::Test, protected test::SolvingWorld {
   protected:
@@ -80,18 +79,6 @@ TEST_F(ImageLink, FailsSilentlyWhileTheProgramCloses) {
     fail("CCDsoft.Image", "InsertWCS");
     EXPECT_FALSE(solve());
     EXPECT_EQ(log.lines.size(), 1U);
-}
-
-TEST_F(ImageLink, LeavesErrorsBeforeTheLinkToTheCaller) {
-    state.PlateSolved = true;
-    image.reset();
-    EXPECT_THROW(solve(), platform::OperationError);
-    EXPECT_FALSE(state.PlateSolved);
-    EXPECT_THAT(log.lines, IsEmpty());
-
-    openImage(0.1, 10.5);
-    fail("CCDsoft.Image", "FITSKeyword", 0, 1);
-    EXPECT_THROW(solve(), platform::OperationError);
 }
 
 }  // namespace

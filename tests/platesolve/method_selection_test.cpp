@@ -7,7 +7,6 @@
 namespace vantrel::platesolve {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 class Selecting : public testing::Test, protected test::SolvingWorld {
@@ -16,52 +15,6 @@ class Selecting : public testing::Test, protected test::SolvingWorld {
         return settings.root.read("PolarAlign", key);
     }
 };
-
-TEST_F(Selecting, PinPoint) {
-    EXPECT_TRUE(panel.optPinPoint.click());
-    EXPECT_THAT(log.lines, ElementsAre("PinPoint is connected"));
-    EXPECT_EQ(state.PlateSolveMethod, "PP");
-    EXPECT_TRUE(panel.framePP.visible());
-    EXPECT_FALSE(panel.frameTheSky.visible());
-    EXPECT_EQ(stored("PlateSolveMethod"), "0");
-    EXPECT_EQ(engine.objects, 1);
-    EXPECT_TRUE(solver.pinPointSelected());
-}
-
-TEST_F(Selecting, AutoAstrometry) {
-    EXPECT_TRUE(panel.optAutoAstrometry.click());
-    EXPECT_THAT(log.lines, ElementsAre("Plate solve using TheSky"));
-    EXPECT_EQ(state.PlateSolveMethod, "TheSky");
-    EXPECT_FALSE(panel.framePP.visible());
-    EXPECT_TRUE(panel.frameTheSky.visible());
-    EXPECT_EQ(stored("PlateSolveMethod"), "1");
-    EXPECT_FALSE(solver.pinPointSelected());
-}
-
-TEST_F(Selecting, PinPointThatIsNotInstalledChangesNothing) {
-    registry.uninstall("PinPoint.Plate");
-    panel.optAutoAstrometry.click();
-    forget();
-    panel.optPinPoint.click();
-    EXPECT_THAT(log.lines, ElementsAre("PinPoint is not connected", "Error creating PinPoint.Plate"));
-    EXPECT_THAT(messages.shown, IsEmpty());
-    EXPECT_EQ(state.PlateSolveMethod, "TheSky");
-    EXPECT_TRUE(panel.frameTheSky.visible());
-    EXPECT_EQ(stored("PlateSolveMethod"), "1");
-    selection.save();
-    EXPECT_EQ(stored("PlateSolveMethod"), "1");
-}
-
-TEST_F(Selecting, PinPointThatFailsOnceItWasFoundIsReported) {
-    messages.secondsToShow = 7;
-    fail("PinPoint.Plate", "create", 1);
-    panel.optPinPoint.click();
-    EXPECT_THAT(log.lines, ElementsAre("Error creating PinPoint.Plate"));
-    EXPECT_THAT(messages.shown,
-                ElementsAre(test::RecordingMessages::Shown{"Error creating PinPoint.Plate", 7}));
-    EXPECT_EQ(state.PlateSolveMethod, "");
-    EXPECT_EQ(stored("PlateSolveMethod"), std::nullopt);
-}
 
 TEST_F(Selecting, MethodAtStart) {
     struct Case {
