@@ -91,30 +91,37 @@ def random_setup(seed):
     }
 
 
+def started(program, home, setup):
+    """The operator of a program whose simulator is set up and whose camera looks near the field."""
+    scale = 206.265 * PIXEL_SIZE / setup.get("focal_length", FOCAL_LENGTH)
+    settings = {
+        "Main": {"MyTelescopeID": SIMULATOR, "SiteLatitude": str(setup["latitude"]),
+                 "SiteLongitude": str(setup["longitude"]), "SlewEast": str(setup["east"])},
+        "PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": f"{setup['slew']:.3f}"},
+        "Solve": {"ScaleH": f"{scale:.3f}", "ScaleV": f"{scale:.3f}"},
+    }
+    file = os.path.join(home, "settings.json")
+    with open(file, "w", encoding="utf-8") as stream:
+        json.dump(settings, stream)
+    operator = Operator(program, "--virtual-time", "--start", "2026-11-24T20:00:00Z", "--home", home, "--seed",
+                        str(setup["seed"]), "--settings", file)
+    operator.wait(idle=True)
+    for member, value in (("SiteLatitude", setup["latitude"]), ("SiteLongitude", setup["longitude"]),
+                          ("PolarAzimuthError", setup["azimuth"]), ("PolarElevationError", setup["elevation"]),
+                          ("CameraRotation", setup["rotation"]), ("CameraMirrored", setup["mirrored"]),
+                          ("FocalLength", setup.get("focal_length", FOCAL_LENGTH)),
+                          ("Refraction", setup.get("refraction", False)),
+                          ("Seeing", setup["seeing"]), ("HourAngleOffset", setup["ha_offset"]),
+                          ("DeclinationOffset", setup["dec_offset"])):
+        operator.put(SIMULATOR, member, value)
+    point_and_sync(operator, setup)
+    return operator
+
+
 def measure(program, setup):
     """The log lines of one measurement from start-up to the operator's Skip."""
-    scale = 206.265 * PIXEL_SIZE / setup.get("focal_length", FOCAL_LENGTH)
     with tempfile.TemporaryDirectory() as home:
-        settings = {
-            "Main": {"MyTelescopeID": SIMULATOR, "SiteLatitude": str(setup["latitude"]),
-                     "SiteLongitude": str(setup["longitude"]), "SlewEast": str(setup["east"])},
-            "PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": f"{setup['slew']:.3f}"},
-            "Solve": {"ScaleH": f"{scale:.3f}", "ScaleV": f"{scale:.3f}"},
-        }
-        file = os.path.join(home, "settings.json")
-        with open(file, "w", encoding="utf-8") as stream:
-            json.dump(settings, stream)
-        operator = Operator(program, "--virtual-time", "--start", "2026-11-24T20:00:00Z", "--home", home, "--seed",
-                            str(setup["seed"]), "--settings", file)
-        operator.wait(idle=True)
-        for member, value in (("SiteLatitude", setup["latitude"]), ("SiteLongitude", setup["longitude"]),
-                              ("PolarAzimuthError", setup["azimuth"]), ("PolarElevationError", setup["elevation"]),
-                              ("CameraRotation", setup["rotation"]), ("CameraMirrored", setup["mirrored"]),
-                              ("FocalLength", setup.get("focal_length", FOCAL_LENGTH)),
-                              ("Seeing", setup["seeing"]), ("HourAngleOffset", setup["ha_offset"]),
-                              ("DeclinationOffset", setup["dec_offset"])):
-            operator.put(SIMULATOR, member, value)
-        point_and_sync(operator, setup)
+        operator = started(program, home, setup)
         operator.click("frmMain.cmdRun")
         operator.wait(control="frmMain.cmdNext", property="enabled", **{"is": True})
         solved = operator.read("frmMain.cmdSkip")["enabled"]

@@ -1,0 +1,234 @@
+#!/usr/bin/env python3
+"""Asks the tests whether they would notice: changes single operators, constants and statements, and runs them.
+
+All mutants of a room are compiled into it at once, each behind a switch, so that one build serves them all; the
+environment variable VANTREL_MUTANT chooses one at run time. The choice of places is the same each time for a seed.
+TREE is a checkout of its own with a configured build, whose sources are spoiled and put back at the end, e.g.
+
+    git worktree add --detach ../mutants && cmake -S ../mutants --preset dev && scripts/mutate.py ../mutants engine
+"""
+
+import argparse
+import os
+import random
+import re
+import subprocess
+import sys
+import tempfile
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+# Room under src/: its test program.
+ROOMS = {name: f"{name}_test" for name in
+         ("platform", "engine", "correction", "platesolve", "devices", "app", "headless", "qt")}
+ROOMS |= {f"observatory/{name}": f"{name}_test" for name in
+          ("catalogs", "helpers", "imaging", "panel", "sky", "solver", "telescopes")}
+
+SWAPS = [(" < ", " <= "), (" <= ", " < "), (" > ", " >= "), (" >= ", " > "), (" == ", " != "), (" != ", " == "),
+         (" && ", " || "), (" || ", " && "), (" + ", " - "), (" - ", " + "), (" * ", " / "), (" / ", " * "),
+         ("true", "false"), ("false", "true")]
+
+SWITCH = ('#include <cstdlib>\n'
+          'namespace { inline bool mutantIs(int n) { static const int chosen = [] { const char* text = '
+          'std::getenv("VANTREL_MUTANT"); return text ? std::atoi(text) : 0; }(); return chosen == n; } }\n')
+
+
+@dataclass
+class Mutant:
+    room: str
+    path: Path
+    line: int  # from 0
+    before: str
+    after: str
+    text: str  # of the line with the switch; NUMBER stands for the mutant's number
+    number: int = 0
+    fate: str = ""
+
+    def __str__(self):
+        return f"{self.fate:9} {self.path}:{self.line + 1}: {self.before.strip()}  ->  {self.after.strip() or '(nothing)'}"
+
+
+def without_literals(line):
+    """The line with its texts and remarks blanked, so that places in it stay the same."""
+    line = re.sub(r'"(\\.|[^"\\])*"|\'(\\.|[^\'\\])\'', lambda m: '"' + "_" * (len(m[0]) - 2) + '"', line)
+    return re.sub(r"//.*", lambda m: " " * len(m[0]), line)
+
+
+def changes(expression):
+    """The expression with one place changed, for every place."""
+    plain = without_literals(expression)
+    for old, new in SWAPS:
+        pattern = re.escape(old) if old.startswith(" ") else rf"\b{old}\b"
+        for found in re.finditer(pattern, plain):
+            yield expression[:found.start()] + new + expression[found.end():]
+    for found in re.finditer(r"(?<![\w.])\d+(\.\d+)?(?![\w.])", plain):
+        number = found[0]
+        more = str(int(number) + 1) if number.isdigit() else str(float(number) + 1)
+        yield expression[:found.start()] + more + expression[found.end():]
+    for found in re.finditer(r"(?<=[\s(])!(?=[\w(])", plain):
+        yield expression[:found.start()] + expression[found.end():]
+
+
+def closing(plain, opening):
+    depth = 0
+    for place in range(opening, len(plain)):
+        depth += {"(": 1, ")": -1}.get(plain[place], 0)
+        if depth == 0:
+            return place
+    return None
+
+
+def mutants_of_line(line):
+    """Pairs: what the line becomes, and the line with both behind the switch."""
+    plain = without_literals(line)
+    condition = re.match(r"(\s+(?:\} else )?(?:if|while) )\(", plain)
+    if condition:
+        end = closing(plain, condition.end() - 1)
+        if end is None or ";" in plain[:end] or re.match(r"\s*(const|auto)\b", plain[condition.end():]):
+            return
+        test, rest = line[condition.end():end], line[end + 1:]
+        for changed in [*changes(test), f"!({test})"]:
+            yield (f"{condition[1]}({changed}){rest}",
+                   f"{condition[1]}(mutantIs(NUMBER) ? bool({changed}) : bool({test})){rest}")
+        return
+    if not re.match(r"\s{4,}[\w*(:].*;\s*$", plain) or plain.count(";") != 1 or "{" in plain:
+        return
+    statement = line.strip()
+    indent = line[:len(line) - len(line.lstrip())]
+    declaration = re.match(r"((?:const )?(?:auto|[\w:]+(?:<[\w:, ]+>)?)[*&]? \w+ = )(.*);$", statement)
+    if declaration and not statement.startswith("return "):
+        for changed in changes(declaration[2]):
+            yield (f"{indent}{declaration[1]}{changed};",
+                   f"{indent}{declaration[1]}mutantIs(NUMBER) ? ({changed}) : ({declaration[2]});")
+        return
+    if re.match(r"(using|static|else|case|break|continue|friend|struct|class|typedef|throw)\b", statement):
+        return
+    replacements = list(changes(statement))
+    if not statement.startswith("return") and re.match(r"[\w.:>\-\[\]()]+(\(.*\)| [-+*/]?= .*);$", statement):
+        replacements.append("")
+    for changed in replacements:
+        yield indent + changed, f"{indent}{{ if (mutantIs(NUMBER)) {{ {changed} }} else {{ {statement} }} }}"
+
+
+def mutants_of_file(room, path, tree):
+    lines = (tree / path).read_text(encoding="utf-8").splitlines()
+    for i, line in enumerate(lines):
+        before = lines[i - 1].split("//")[0].rstrip() if i else ""
+        if before and before[-1] not in ";{}:" or not line.startswith("    "):
+            continue  # in the middle of a statement
+        for after, text in mutants_of_line(line):
+            yield Mutant(room, path, i, line, after, text)
+
+
+def chosen(tree, room, count, seed, a_file):
+    """Places spread over the room's files, no more than one on a line."""
+    rng = random.Random(f"{seed} {room}")
+    files = sorted(p.relative_to(tree) for p in (tree / "src" / room).glob("*.cpp") if p.name != "main.cpp")
+    rng.shuffle(files)
+    result = []
+    for path in files:
+        places = {}
+        for mutant in mutants_of_file(room, path, tree):
+            places.setdefault(mutant.line, []).append(mutant)
+        lines = sorted(places)
+        for line in rng.sample(lines, min(a_file, len(lines))):
+            result.append(rng.choice(places[line]))
+        if len(result) >= count:
+            break
+    return result[:count]
+
+
+def write(tree, originals, mutants):
+    for path, text in originals.items():
+        lines = text.splitlines()
+        for mutant in mutants:
+            if mutant.path == path and mutant.fate != "unbuilt":
+                lines[mutant.line] = mutant.text.replace("NUMBER", str(mutant.number))
+        new = SWITCH + "\n".join(lines) + "\n"
+        if (tree / path).read_text(encoding="utf-8") != new:
+            (tree / path).write_text(new, encoding="utf-8")
+
+
+def build(tree, preset, originals, mutants, targets):
+    """Drops what doesn't compile until the rest does."""
+    for _ in range(6):
+        write(tree, originals, mutants)
+        run = subprocess.run(["cmake", "--build", "--preset", preset, "--target", *targets, "--", "-k", "0"], cwd=tree,
+                             capture_output=True, text=True)
+        if run.returncode == 0:
+            return
+        wrong = {(m[1], int(m[2])) for m in re.finditer(r"(src/[\w/]+\.cpp):(\d+)[:,]", run.stdout + run.stderr)}
+        dropped = 0
+        for mutant in mutants:
+            if (str(mutant.path), mutant.line + 1 + SWITCH.count("\n")) in wrong and mutant.fate != "unbuilt":
+                mutant.fate, dropped = "unbuilt", dropped + 1
+        if not dropped:
+            break
+    sys.exit("the mutants don't build:\n" + run.stdout[-3000:])
+
+
+def passes(tree, preset, test, mutant, limit, arguments):
+    """True when all tests pass; the seconds that they took."""
+    environment = {**os.environ, "VANTREL_MUTANT": str(mutant), "QT_QPA_PLATFORM": "offscreen"}
+    began = time.monotonic()
+    with tempfile.TemporaryDirectory() as scratch:
+        try:
+            run = subprocess.run([tree.resolve() / "build" / preset / "bin" / test, "--gtest_fail_fast",
+                                  "--gtest_brief=1", *arguments], cwd=scratch, env=environment,
+                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=limit)
+        except subprocess.TimeoutExpired:
+            return False, limit
+    return run.returncode == 0, time.monotonic() - began
+
+
+def survey(tree, options, room, first):
+    mutants = chosen(tree, room, options.count, options.seed, options.per_file)
+    for number, mutant in enumerate(mutants, first):
+        mutant.number = number
+    originals = {m.path: (tree / m.path).read_text(encoding="utf-8") for m in mutants}
+    tests = [ROOMS[room], *options.also]
+    build(tree, options.preset, originals, mutants, tests)
+    standing = [m for m in mutants if not m.fate]
+    for test in tests:
+        arguments = [f"--gtest_filter={options.filter}"] if options.filter else []
+        well, seconds = passes(tree, options.preset, test, 0, 1200, arguments)
+        if not well:
+            sys.exit(f"{test} fails without a mutant")
+        for mutant in standing:
+            well, _ = passes(tree, options.preset, test, mutant.number, 10 + 4 * seconds, arguments)
+            mutant.fate = "survived" if well else "killed"
+        standing = [m for m in standing if m.fate == "survived"]
+    return mutants, originals
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("tree", type=Path)
+    parser.add_argument("rooms", nargs="*", help=f"of {', '.join(ROOMS)}; all of them when left out")
+    parser.add_argument("--count", type=int, default=12, help="mutants in a room, some of which won't compile")
+    parser.add_argument("--per-file", type=int, default=2)
+    parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--preset", default="dev")
+    parser.add_argument("--also", action="append", default=[], help="test program that is asked about survivors")
+    parser.add_argument("--filter", help="of the tests, as GoogleTest's")
+    options = parser.parse_args()
+    unknown = set(options.rooms) - set(ROOMS)
+    if unknown:
+        parser.error(f"no such room: {', '.join(sorted(unknown))}")
+
+    for index, room in enumerate(ROOMS):
+        if options.rooms and room not in options.rooms:
+            continue
+        mutants, originals = survey(options.tree, options, room, 1000 * (index + 1))
+        counts = {fate: sum(m.fate == fate for m in mutants) for fate in ("killed", "survived", "unbuilt")}
+        print(f"{room}: " + ", ".join(f"{n} {fate}" for fate, n in counts.items()), flush=True)
+        for mutant in mutants:
+            if mutant.fate != "unbuilt":
+                print(f"  {mutant.number} {mutant}", flush=True)
+        for path, text in originals.items():
+            (options.tree / path).write_text(text, encoding="utf-8")
+
+
+if __name__ == "__main__":
+    main()
