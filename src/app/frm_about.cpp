@@ -5,7 +5,7 @@
 namespace vantrel::app {
 
 frmAbout::frmAbout(platform::Screen& screen)
-    : Form(screen, "frmAbout", std::string("About ") + kProgramTitle, {220, 220, 420, 260}),
+    : Form(screen, "frmAbout", std::string("About ") + kProgramTitle, {220, 220, 420, 200}),
       lblVersion(*this, "lblVersion", "Version " + versionText()),
       lblDescription(*this, "lblDescription",
                      "Measures where the polar axis of a telescope mount points and guides its correction.\n"

@@ -8,7 +8,7 @@
 namespace vantrel::app {
 
 frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
-    : Form(screen, "frmOptions", "Options", {200, 200, 320, 160}),
+    : Form(screen, "frmOptions", "Options", {200, 200, 320, 100}),
       chkImagingSWVersionCheck(*this, "chkImagingSWVersionCheck", "Version check"),
       chkGreenColors(*this, "chkGreenColors", "Night vision colors"),
       chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size") {

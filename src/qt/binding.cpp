@@ -14,18 +14,19 @@
 #include <QSignalBlocker>
 #include <QTextDocument>
 #include <QTextOption>
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
 #include "qt/mnemonics.h"
 #include "qt/picture_widget.h"
+#include "qt/translation.h"
 
 namespace vantrel::qt {
 
 namespace color = platform::color;
 
-QString plainCaption(const std::string& caption) {
-    QString text = QString::fromStdString(caption);
+QString plainCaption(QString text) {
     text.replace("\r\n", "\n");
     constexpr QChar kPlaceholder(0xFFFF);
     text.replace("&&", kPlaceholder).remove('&').replace(kPlaceholder, '&');
@@ -67,6 +68,9 @@ class Tie : public QObject {
     platform::Control& control() const { return control_; }
     const Theme& theme() const { return front_.theme; }
 
+    /// A caption in the operator's language.
+    QString words(const std::string& text) const { return inWords(control_.form().name(), text); }
+
     /// The operator did something that may start a procedure.
     void post(std::function<void()> action) {
         front_.loop.post([action = std::move(action)] { action(); });
@@ -80,7 +84,7 @@ class Tie : public QObject {
     void showCommon(QWidget& widget) const {
         widget.setEnabled(control_.enabled());
         widget.setVisible(control_.visible());
-        widget.setToolTip(QString::fromStdString(control_.toolTip()).trimmed());
+        widget.setToolTip(words(control_.toolTip()).trimmed());
     }
 
     /// Colours other than a control's usual ones are laid over the look's palette.
@@ -113,7 +117,7 @@ class LabelTie : public Tie {
     void show() override {
         showCommon(widget_);
         showColors(widget_, QPalette::Window, color::kButtonFace, QPalette::WindowText, color::kButtonText);
-        widget_.setText(plainCaption(label_.caption()));
+        widget_.setText(plainCaption(words(label_.caption())));
     }
 
   private:
@@ -127,7 +131,7 @@ class FrameTie : public Tie {
         : Tie(frame, front), frame_(frame), widget_(widget) {}
     void show() override {
         showCommon(widget_);
-        widget_.setTitle(QString::fromStdString(frame_.caption()));
+        widget_.setTitle(words(frame_.caption()));
     }
 
   private:
@@ -145,7 +149,7 @@ class ButtonTie : public Tie {
         keepFocusToItself();
         showCommon(widget_);
         showColors(widget_, QPalette::Button, color::kButtonFace, QPalette::ButtonText, color::kButtonText);
-        QString caption = QString::fromStdString(button_.caption());
+        QString caption = words(button_.caption());
         if (widget_.property(kBreaksCaption).toBool()) caption.replace(' ', '\n');
         widget_.setText(withMnemonic(widget_, caption));
     }
@@ -203,7 +207,7 @@ class CheckBoxTie : public Tie {
     }
     void show() override {
         showCommon(widget_);
-        widget_.setText(withMnemonic(widget_, QString::fromStdString(box_.caption())));
+        widget_.setText(withMnemonic(widget_, words(box_.caption())));
         widget_.setChecked(box_.ticked());
     }
 
@@ -226,7 +230,7 @@ class OptionTie : public Tie {
     }
     void show() override {
         showCommon(widget_);
-        widget_.setText(withMnemonic(widget_, QString::fromStdString(option_.caption())));
+        widget_.setText(withMnemonic(widget_, words(option_.caption())));
         widget_.setChecked(option_.selected());
     }
 
@@ -350,7 +354,8 @@ class ComboTie : public Tie {
     ComboTie(platform::ComboBox& box, QComboBox& widget, const Front& front)
         : Tie(box, front), box_(box), widget_(widget) {
         connect(&widget_, &QComboBox::activated, this, [this](int index) {
-            post([this, text = widget_.itemText(index).toStdString()] {
+            if (index < 0 || static_cast<std::size_t>(index) >= items_.size()) return;
+            post([this, text = items_[static_cast<std::size_t>(index)].text] {
                 box_.choose(text);
                 show();
             });
@@ -363,11 +368,11 @@ class ComboTie : public Tie {
         if (items_ != box_.items()) {
             items_ = box_.items();
             widget_.clear();
-            for (const auto& item : items_) widget_.addItem(QString::fromStdString(item.text));
+            for (const auto& item : items_) widget_.addItem(words(item.text));
         }
-        const QString text = QString::fromStdString(box_.text());
-        widget_.setCurrentIndex(widget_.findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
-        widget_.setPlaceholderText(text);  // shown when it isn't in the list
+        const auto chosen = std::ranges::find(items_, box_.text(), &platform::ComboBox::Item::text);
+        widget_.setCurrentIndex(chosen == items_.end() ? -1 : static_cast<int>(chosen - items_.begin()));
+        widget_.setPlaceholderText(words(box_.text()));  // shown when it isn't in the list
     }
 
   private:

@@ -38,7 +38,7 @@ class Binding {
 };
 
 /// The caption as the toolkit's plain texts show it: a doubled ampersand is one, line ends are line feeds.
-QString plainCaption(const std::string& caption);
+QString plainCaption(QString text);
 
 /// Set to true on a push button whose caption breaks at blanks, for buttons that are tall and narrow.
 inline constexpr const char* kBreaksCaption = "breaksCaption";

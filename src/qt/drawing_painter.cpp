@@ -1,5 +1,6 @@
 #include "qt/drawing_painter.h"
 
+#include <QCoreApplication>
 #include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QPainter>
@@ -138,7 +139,7 @@ void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing
     const auto& scale = drawing.scale;
     if (drawing.shapes.empty() || scale.left == scale.right || scale.top == scale.bottom) {
         painter.setPen(colors.dim);
-        painter.drawText(place, Qt::AlignCenter, "No measurement yet");
+        painter.drawText(place, Qt::AlignCenter, QCoreApplication::translate("Text", "No measurement yet"));
     } else {
         constexpr qreal kMargin = 4;
         const QRectF inner = place.adjusted(kMargin, kMargin, -kMargin, -kMargin);

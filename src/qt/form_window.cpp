@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "qt/mnemonics.h"
+#include "qt/translation.h"
 
 namespace vantrel::qt {
 
@@ -30,7 +31,7 @@ void FormWindow::bind() {
 }
 
 void FormWindow::followForm() {
-    const QString title = QString::fromStdString(form_.title());
+    const QString title = inWords(form_.name(), form_.title());
     if (windowTitle() != title) setWindowTitle(title);
     followPlace();
     followOnTop();

@@ -6,22 +6,26 @@
 #include <algorithm>
 #include <cmath>
 
+#include "qt/parts.h"
+
 namespace vantrel::qt {
 namespace {
 
 constexpr int kHandleHeight = 9;
 constexpr int kMargin = 7;  // room for half a handle
-constexpr std::array kNames = {"black point", "midtone", "white point"};
+constexpr std::array kMoves = {QT_TRANSLATE_NOOP("Text", "Moves the black point"),
+                               QT_TRANSLATE_NOOP("Text", "Moves the midtone"),
+                               QT_TRANSLATE_NOOP("Text", "Moves the white point")};
 
 }  // namespace
 
 HistogramBar::HistogramBar(observatory::ShownImage& image, const Barrier& barrier)
     : image_(image), barrier_(barrier) {
     setObjectName("histogram");
-    setAccessibleName("Histogram and stretch");
-    setToolTip(
+    setAccessibleName(Text::tr("Histogram and stretch"));
+    setToolTip(Text::tr(
         "Drag the black point, the midtone or the white point. By keyboard: up and down choose one, left and "
-        "right move it. A double click makes the stretch automatic.");
+        "right move it. A double click makes the stretch automatic."));
     setFocusPolicy(Qt::StrongFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     choose(kMidtone);
@@ -84,7 +88,7 @@ void HistogramBar::moveTo(Handle handle, double place) {
 
 void HistogramBar::choose(Handle handle) {
     chosen_ = handle;
-    setAccessibleDescription(QString("Moves the ") + kNames[static_cast<std::size_t>(handle)]);
+    setAccessibleDescription(Text::tr(kMoves[static_cast<std::size_t>(handle)]));
     update();
 }
 

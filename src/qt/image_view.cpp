@@ -5,6 +5,8 @@
 #include <QWheelEvent>
 #include <cmath>
 
+#include "qt/parts.h"
+
 namespace vantrel::qt {
 
 using observatory::ViewPoint;
@@ -12,7 +14,7 @@ using observatory::ViewPoint;
 ImageView::ImageView(observatory::ShownImage& image, const Front& front)
     : image_(image), front_(front), colors_(imageColors(colorsOf(false), false, false)) {
     setObjectName("imageView");
-    setAccessibleName("Camera image");
+    setAccessibleName(Text::tr("Camera image"));
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
@@ -113,8 +115,9 @@ void ImageView::paintEvent(QPaintEvent* /*event*/) {
         painter.fillRect(rect(), colors_.ground);
         if (!image_.pixels()) {
             painter.setPen(colors_.text);
-            painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap,
-                             "No image yet.\n\nThe pictures that the imaging program takes\nappear here.");
+            painter.drawText(
+                rect(), Qt::AlignCenter | Qt::TextWordWrap,
+                Text::tr("No image yet.\n\nThe pictures that the imaging program takes\nappear here."));
             return;
         }
         refreshPicture();

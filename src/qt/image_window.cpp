@@ -18,6 +18,7 @@
 #include "platform/text.h"
 #include "qt/histogram_bar.h"
 #include "qt/image_view.h"
+#include "qt/parts.h"
 
 namespace vantrel::qt {
 namespace {
@@ -26,7 +27,7 @@ constexpr const char* kSection = "ImageWindow";
 constexpr const char* kNothing = "–";
 
 QString valueText(double value) {
-    if (value >= observatory::kMarkValue) return "mark";
+    if (value >= observatory::kMarkValue) return Text::tr("mark");
     constexpr int kFigures = 6;
     return value == std::floor(value) && std::abs(value) < 1e9 ? QString::number(value, 'f', 0)
                                                                : QString::number(value, 'g', kFigures);
@@ -39,7 +40,7 @@ QString starText(const platform::ImageArray& image, QPoint pixel, double sky) {
         if (star && star->peak < observatory::kMarkValue &&
             !observatory::isDrawnLine(image, star->x, star->y, star->halfFluxDiameter,
                                       (star->peak + sky) / 2))
-            return QString("HFD %1 px").arg(star->halfFluxDiameter, 0, 'f', 2);
+            return Text::tr("HFD %1 px").arg(star->halfFluxDiameter, 0, 'f', 2);
     } catch (const platform::OperationError&) {  // no numbers around the cursor
     }
     return kNothing;
@@ -123,17 +124,17 @@ QAction* ImageWindow::addSwitch(const char* name, const QString& text, const QSt
 }
 
 void ImageWindow::addCommands() {
-    QAction* const fit = addCommand("fit", "Whole image", "Show the whole image", {QKeySequence("F")},
-                                    [this] { view_->fit(); });
-    QAction* const pixels =
-        addCommand("pixels", "Pixels 1:1", "Show every pixel of the image as one of the screen",
-                   {QKeySequence("1")}, [this] { view_->showPixels(); });
-    QAction* const closer = addCommand("zoomIn", "Zoom in", "Zoom in", {QKeySequence("+"), QKeySequence("=")},
-                                       [this] { view_->zoomIn(); });
-    QAction* const farther =
-        addCommand("zoomOut", "Zoom out", "Zoom out", {QKeySequence("-")}, [this] { view_->zoomOut(); });
-    automatic_ = addCommand("automatic", "Automatic stretch", "Choose the stretch from each image",
-                            {QKeySequence("A")}, [this] {
+    QAction* const fit = addCommand("fit", Text::tr("Whole image"), Text::tr("Show the whole image"),
+                                    {QKeySequence("F")}, [this] { view_->fit(); });
+    QAction* const pixels = addCommand("pixels", Text::tr("Pixels 1:1"),
+                                       Text::tr("Show every pixel of the image as one of the screen"),
+                                       {QKeySequence("1")}, [this] { view_->showPixels(); });
+    QAction* const closer = addCommand("zoomIn", Text::tr("Zoom in"), Text::tr("Zoom in"),
+                                       {QKeySequence("+"), QKeySequence("=")}, [this] { view_->zoomIn(); });
+    QAction* const farther = addCommand("zoomOut", Text::tr("Zoom out"), Text::tr("Zoom out"),
+                                        {QKeySequence("-")}, [this] { view_->zoomOut(); });
+    automatic_ = addCommand("automatic", Text::tr("Automatic stretch"),
+                            Text::tr("Choose the stretch from each image"), {QKeySequence("A")}, [this] {
                                 // Switched off, the stretch of this image stays for the next.
                                 if (image_.automatic())
                                     image_.choose(image_.stretch());
@@ -142,29 +143,32 @@ void ImageWindow::addCommands() {
                                 follow();
                             });
     automatic_->setCheckable(true);
-    QAction* const cross = addSwitch("crossHair", "Cross hair", "Lines through the middle of the image",
-                                     QKeySequence("X"), [this](bool on) { view_->setCrossHair(on); });
-    inverted_ =
-        addSwitch("inverted", "Invert", "Dark stars on a bright sky", QKeySequence("I"), [this](bool on) {
-            remember("Inverted", on ? "1" : "0");
-            applyLook();
-        });
-    green_ = addSwitch("green", "Green by night", "Night vision in green instead of red", QKeySequence("G"),
-                       [this](bool on) {
+    QAction* const cross =
+        addSwitch("crossHair", Text::tr("Cross hair"), Text::tr("Lines through the middle of the image"),
+                  QKeySequence("X"), [this](bool on) { view_->setCrossHair(on); });
+    inverted_ = addSwitch("inverted", Text::tr("Invert"), Text::tr("Dark stars on a bright sky"),
+                          QKeySequence("I"), [this](bool on) {
+                              remember("Inverted", on ? "1" : "0");
+                              applyLook();
+                          });
+    green_ = addSwitch("green", Text::tr("Green by night"), Text::tr("Night vision in green instead of red"),
+                       QKeySequence("G"), [this](bool on) {
                            remember("GreenByNight", on ? "1" : "0");
                            applyLook();
                        });
-    QAction* const histogram = addSwitch("showHistogram", "Histogram", "Show the histogram and the stretch",
-                                         QKeySequence("H"), [this](bool on) { histogram_->setVisible(on); });
+    QAction* const histogram =
+        addSwitch("showHistogram", Text::tr("Histogram"), Text::tr("Show the histogram and the stretch"),
+                  QKeySequence("H"), [this](bool on) { histogram_->setVisible(on); });
     histogram->setChecked(true);
-    full_ = addSwitch("fullScreen", "Full screen", "The image all over the screen; Esc leaves it",
-                      QKeySequence("F11"), [this](bool on) { showFull(on); });
+    full_ = addSwitch("fullScreen", Text::tr("Full screen"),
+                      Text::tr("The image all over the screen; Esc leaves it"), QKeySequence("F11"),
+                      [this](bool on) { showFull(on); });
     // Short on the tool bar, in full in the menu.
-    fit->setIconText("Fit");
+    fit->setIconText(Text::tr("Fit"));
     pixels->setIconText("1:1");
     farther->setIconText("−");
     closer->setIconText("+");
-    automatic_->setIconText("Auto");
+    automatic_->setIconText(Text::tr("Auto"));
     bar_->addActions({fit, pixels, farther, closer});
     bar_->addSeparator();
     bar_->addActions({automatic_, inverted_, cross, histogram});
@@ -211,12 +215,13 @@ QWidget* ImageWindow::statusLine() {
     status_ = new QWidget;
     auto* const row = new QHBoxLayout(status_);
     row->setContentsMargins(10, 4, 10, 5);
-    position_ = addStatus("pixel", "x 00000  y 00000", "Column and row under the cursor, from 0");
-    value_ = addStatus("value", "−0.00000e+00", "Value of the pixel under the cursor");
-    star_ = addStatus("star", "HFD 00.00 px", "Half-flux diameter of the star under the cursor");
+    position_ = addStatus("pixel", "x 00000  y 00000", Text::tr("Column and row under the cursor, from 0"));
+    value_ = addStatus("value", "−0.00000e+00", Text::tr("Value of the pixel under the cursor"));
+    star_ = addStatus("star", Text::tr("HFD %1 px").arg("00.00"),
+                      Text::tr("Half-flux diameter of the star under the cursor"));
     row->addStretch();
-    size_ = addStatus("size", "00000 × 00000", "Columns and rows of the image");
-    scale_ = addStatus("scale", "1:00.0", "Pixels of the screen to pixels of the image");
+    size_ = addStatus("size", "00000 × 00000", Text::tr("Columns and rows of the image"));
+    scale_ = addStatus("scale", "1:00.0", Text::tr("Pixels of the screen to pixels of the image"));
     return status_;
 }
 
@@ -246,10 +251,10 @@ void ImageWindow::tellView() {
 
 void ImageWindow::follow() {
     const auto document = image_.document();
-    const QString name = "Camera image";
+    const QString name = Text::tr("Camera image");
     setWindowTitle(document ? QString::fromStdString(document->title) + " – " + name : name);
     view_->setAccessibleDescription(document ? QString::fromStdString(document->title)
-                                             : QString("No image yet"));
+                                             : Text::tr("No image yet"));
     automatic_->setChecked(image_.automatic());
     tellView();
     // The pixels are read when whoever changed them has finished.

@@ -3,10 +3,8 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
-#include <QLibraryInfo>
 #include <QLocale>
 #include <QPixmap>
-#include <QTranslator>
 #include <cstring>
 #include <filesystem>
 #include <iostream>
@@ -17,14 +15,17 @@
 #include "app/version.h"
 #include "platform/instance_guard.h"
 #include "platform/termination.h"
+#include "qt/parts.h"
 #include "qt/program.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_event_loop.h"
+#include "qt/translation.h"
 #include "qt/unattended_run.h"
 
 namespace {
 
 using namespace vantrel;
+using qt::Text;
 
 struct Options {
     std::optional<std::filesystem::path> home;
@@ -35,13 +36,15 @@ struct Options {
 Options parseOptions(const QApplication& application) {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        "Measures a telescope mount's polar alignment and guides its correction.");
+        Text::tr("Measures a telescope mount's polar alignment and guides its correction."));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption home("home", "Keep settings, drives and documents in <folder>.", "folder");
+    const QCommandLineOption home("home", Text::tr("Keep settings, drives and documents in <folder>."),
+                                  Text::tr("folder"));
     const QCommandLineOption measure(
-        "measure", "Measure once with the built-in simulator, without windows, and print the log.");
-    const QCommandLineOption png("png", "Write the polar plot of --measure as a picture.", "file");
+        "measure", Text::tr("Measure once with the built-in simulator, without windows, and print the log."));
+    const QCommandLineOption png("png", Text::tr("Write the polar plot of --measure as a picture."),
+                                 Text::tr("file"));
     parser.addOptions({home, measure, png});
     parser.process(application);
     Options options;
@@ -139,16 +142,6 @@ int runWithWindows(const Options& options) {
     return program.application().failed() ? EXIT_FAILURE : EXIT_SUCCESS;
 }
 
-/// The toolkit's own texts and the windows' in the desktop's language, as far as there are translations.
-void translate(QApplication& application) {
-    const QString own = QString::fromStdString((platform::sharedDataFolder() / "translations").string());
-    const QString toolkit = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
-    for (const auto& [name, folder] : {std::pair{"vantrel", own}, std::pair{"qtbase", toolkit}}) {
-        auto* const translator = new QTranslator(&application);
-        if (translator->load(QLocale(), name, "_", folder)) QApplication::installTranslator(translator);
-    }
-}
-
 /// Nothing of these needs a display.
 bool needsNoDisplay(int argc, char** argv) {
     for (int i = 1; i < argc; ++i)
@@ -168,7 +161,7 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName("com.kestavo.vantrel");
     QApplication::setWindowIcon(QIcon(":/vantrel.png"));
     QApplication::setQuitOnLastWindowClosed(false);
-    translate(application);
+    qt::speak(application, QLocale());
     try {
         const Options options = parseOptions(application);
         return options.measure ? measureOnce(options) : runWithWindows(options);

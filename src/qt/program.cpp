@@ -10,6 +10,7 @@
 
 #include "observatory/catalogs/curl_downloads.h"
 #include "observatory/simulator_setup.h"
+#include "qt/parts.h"
 
 namespace vantrel::qt {
 namespace {
@@ -81,13 +82,13 @@ void Program::openWindows() {
 /// the front's own.
 void Program::addInstrumentsMenu() {
     auto* const bar = window("frmMain").findChild<QMenuBar*>();
-    auto* const menu = new QMenu("Instruments", bar);
+    auto* const menu = new QMenu(Text::tr("Instruments"), bar);
     bar->insertMenu(bar->actions().last(), menu);
-    QAction* const image = menu->addAction("Camera Image");
+    QAction* const image = menu->addAction(Text::tr("Camera Image"));
     image->setShortcut(QKeySequence("Ctrl+I"));
     QObject::connect(image, &QAction::triggered, imageWindow_.get(),
                      [this] { front_.barrier.run([this] { imageWindow_->showByOperator(); }); });
-    QAction* const simulator = menu->addAction("Simulator");
+    QAction* const simulator = menu->addAction(Text::tr("Simulator"));
     simulator->setObjectName("mnuSimulator");
     QObject::connect(simulator, &QAction::triggered, &window("frmMain"),
                      [this] { front_.loop.post([this] { simulatorForm_.show(); }); });

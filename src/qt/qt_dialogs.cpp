@@ -10,11 +10,14 @@
 #include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
+
+#include "qt/translation.h"
 
 namespace vantrel::qt {
 namespace {
 
-QString plain(const std::string& text) { return QString::fromStdString(text).replace("\r\n", "\n"); }
+QString plain(const std::string& text) { return inWords("dialog", text).replace("\r\n", "\n"); }
 
 QMessageBox::Icon iconOf(platform::Dialogs::Icon icon) {
     switch (icon) {
@@ -40,6 +43,20 @@ class StyleIcons : public QFileIconProvider {
 void makeRoomForGloves(const QWidget& dialog) {
     for (QPushButton* button : dialog.findChildren<QPushButton*>())
         button->setMinimumHeight(button->fontMetrics().height() + 18);
+}
+
+/// As wide as its entries and high enough for some, with rows that a glove hits.
+void showWhole(QListWidget& list) {
+    constexpr int kEdges = 28;
+    constexpr int kRows = 5;
+    constexpr int kPadding = 14;
+    const int rowHeight = list.fontMetrics().height() + kPadding;
+    for (int row = 0; row < list.count(); ++row) list.item(row)->setSizeHint({0, rowHeight});
+    list.setMinimumHeight(rowHeight * kRows);
+    for (int row = 0; row < list.count(); ++row) {
+        const int needed = list.fontMetrics().horizontalAdvance(list.item(row)->text()) + kEdges;
+        list.setMinimumWidth(std::max(list.minimumWidth(), needed));
+    }
 }
 
 }  // namespace
@@ -72,14 +89,16 @@ std::string QtDialogs::chooseFolder(const std::string& title) {
 std::string QtDialogs::choose(const std::string& title, const std::vector<Choice>& choices,
                               const std::string& current) {
     QDialog dialog(QApplication::activeWindow());
-    dialog.setWindowTitle(QString::fromStdString(title));
+    dialog.setWindowTitle(plain(title));
     auto* const layout = new QVBoxLayout(&dialog);
     auto* const list = new QListWidget;
+    list->setAccessibleName(plain(title));
     layout->addWidget(list);
     for (const Choice& choice : choices) {
         list->addItem(QString::fromStdString(choice.description));
         if (choice.id == current) list->setCurrentRow(list->count() - 1);
     }
+    showWhole(*list);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     layout->addWidget(buttons);
     QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);

@@ -39,7 +39,7 @@ LogWindow::LogWindow(platform::Form& form, const Front& front) : FormWindow(form
     font.setStyleStrategy(text->font().styleStrategy());
     text->setFont(font);
     text->setProperty(kFollowsEnd, true);
-    text->setAccessibleName("Log");
+    text->setAccessibleName(Text::tr("Log"));
     layout->addWidget(text);
     bind();
 }
@@ -182,7 +182,8 @@ PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : F
         grid->addWidget(first, line, 1);
         if (second != nullptr) {
             if (!label.isEmpty())
-                second->setAccessibleName(label + (second->inherits("QComboBox") ? ", unit" : ", vertical"));
+                second->setAccessibleName(
+                    label + (second->inherits("QComboBox") ? Text::tr(", unit") : Text::tr(", vertical")));
             grid->addWidget(second, line, 2);
         }
         ++line;
@@ -218,8 +219,10 @@ AboutWindow::AboutWindow(platform::Form& form, const Front& front) : FormWindow(
         layout->addWidget(text);
     }
     layout->addStretch();
-    layout->addLayout(row({button("cmdSysInfo"), button("cmdOK")}));
+    QPushButton* const ok = button("cmdOK");
+    layout->addLayout(row({button("cmdSysInfo"), ok}));
     bind();
+    ok->setFocus();
 }
 
 // ---- Pop-up ----

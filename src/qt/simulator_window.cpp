@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "qt/parts.h"
+#include "qt/translation.h"
 
 namespace vantrel::qt {
 namespace {
@@ -48,13 +49,16 @@ QLabel* hint(const QString& text) {
 QGroupBox* axisGroup() {
     auto* const grid = new QGridLayout;
     grid->setSpacing(6);
-    addAdjuster(*grid, "Azimuth", "cmdAzimuth", "txtAzimuthError", "West", "East");
-    addAdjuster(*grid, "Elevation", "cmdElevation", "txtElevationError", "Down", "Up");
+    addAdjuster(*grid, Text::tr("Azimuth"), "cmdAzimuth", "txtAzimuthError", Text::tr("West"),
+                Text::tr("East"));
+    addAdjuster(*grid, Text::tr("Elevation"), "cmdElevation", "txtElevationError", Text::tr("Down"),
+                Text::tr("Up"));
     auto* const column = new QVBoxLayout;
     column->addLayout(grid);
     column->addLayout(row({named<QCheckBox>("chkShowError"), button("cmdAskew")}, true));
-    column->addWidget(hint("Keys: ← → turn azimuth, ↑ ↓ elevation, by 1'; with Shift 10', with Ctrl 0.1'."));
-    return group("Polar axis and its adjusters", column);
+    column->addWidget(
+        hint(Text::tr("Keys: ← → turn azimuth, ↑ ↓ elevation, by 1'; with Shift 10', with Ctrl 0.1'.")));
+    return group(Text::tr("Polar axis and its adjusters"), column);
 }
 
 QGridLayout* compass() {
@@ -64,11 +68,12 @@ QGridLayout* compass() {
         const char* name;
         int row, column;
     } places[] = {
-        {"cmdNorth", 0, 1}, {"cmdWest", 1, 2}, {"cmdHalt", 1, 1}, {"cmdEast", 1, 0}, {"cmdSouth", 2, 1}};
+        {"cmdNorth", 0, 1}, {"cmdEast", 1, 0}, {"cmdHalt", 1, 1}, {"cmdWest", 1, 2}, {"cmdSouth", 2, 1}};
     for (const auto& place : places) {
         QPushButton* const button = qt::button(place.name);
         const int side = button->fontMetrics().height() * 3;
-        button->setFixedSize(button->fontMetrics().horizontalAdvance("Halt") + 40, side);
+        button->setFixedSize(button->fontMetrics().horizontalAdvance(inWords("frmSimulator", "Halt")) + 40,
+                             side);
         button->setAutoRepeat(true);
         grid->addWidget(button, place.row, place.column);
     }
@@ -80,10 +85,12 @@ QGridLayout* positions() {
     grid->setHorizontalSpacing(8);
     grid->setVerticalSpacing(6);
     const struct {
-        const char* title;
+        QString title;
         const char* name;
-    } readouts[] = {
-        {"RA", "txtRA"}, {"Dec", "txtDec"}, {"Hour angle", "txtHourAngle"}, {"Altitude", "txtAltitude"}};
+    } readouts[] = {{Text::tr("RA"), "txtRA"},
+                    {Text::tr("Dec"), "txtDec"},
+                    {Text::tr("Hour angle"), "txtHourAngle"},
+                    {Text::tr("Altitude"), "txtAltitude"}};
     for (const auto& readout : readouts) {
         const int row = grid->rowCount();
         grid->addWidget(new QLabel(readout.title), row, 0);
@@ -96,11 +103,12 @@ QGroupBox* mountGroup() {
     auto* const pace = new QVBoxLayout;
     auto* const state = named<QLabel>("lblState");
     scaleFont(*state, 1.1, true);
-    state->setMinimumWidth(state->fontMetrics().horizontalAdvance("Standing still") + 4);
+    state->setMinimumWidth(state->fontMetrics().horizontalAdvance(inWords("frmSimulator", "Standing still")) +
+                           4);
     pace->addWidget(state);
     pace->addWidget(listField("cmbRate", 11));
     pace->addWidget(named<QCheckBox>("chkTracking"));
-    pace->addWidget(new QLabel("Keys: N, S, E, W"));
+    pace->addWidget(new QLabel(Text::tr("Keys: N, S, E, W")));
     pace->addStretch();
     auto* const row = new QHBoxLayout;
     row->setSpacing(16);
@@ -108,7 +116,7 @@ QGroupBox* mountGroup() {
     row->addLayout(pace);
     row->addStretch();
     row->addLayout(positions());
-    return group("Hand controller", row);
+    return group(Text::tr("Hand controller"), row);
 }
 
 QGroupBox* starGroup() {
@@ -122,7 +130,7 @@ QGroupBox* starGroup() {
     advice->setWordWrap(true);
     advice->setMinimumHeight(advice->fontMetrics().lineSpacing() * 2 + 2);
     column->addWidget(advice);
-    return group("Bright star", column);
+    return group(Text::tr("Bright star"), column);
 }
 
 QVBoxLayout* columnOf(std::initializer_list<QGroupBox*> groups) {
@@ -141,35 +149,37 @@ QWidget* mountPage() {
 
 QGroupBox* cameraGroup() {
     auto* const grid = new FieldGrid;
-    grid->addField("Focal length", field("txtFocalLength", 8), "mm");
-    grid->addField("Pixel size", field("txtPixelSize", 8), "µm");
-    grid->addField("Width", field("txtWidth", 8), "pixels");
-    grid->addField("Height", field("txtHeight", 8), "pixels");
-    grid->addField("Rotation", field("txtRotation", 8), "°");
-    grid->addField("Exposure", field("txtExposure", 8), "s");
+    grid->addField(Text::tr("Focal length"), field("txtFocalLength", 8), "mm");
+    grid->addField(Text::tr("Pixel size"), field("txtPixelSize", 8), "µm");
+    grid->addField(Text::tr("Width"), field("txtWidth", 8), Text::tr("pixels"));
+    grid->addField(Text::tr("Height"), field("txtHeight", 8), Text::tr("pixels"));
+    grid->addField(Text::tr("Rotation"), field("txtRotation", 8), "°");
+    grid->addField(Text::tr("Exposure"), field("txtExposure", 8), "s");
     grid->addRow(row({named<QCheckBox>("chkMirrored")}, true));
     auto* const size = named<QLabel>("lblField");
-    size->setMinimumWidth(size->fontMetrics().horizontalAdvance("00.00\" a pixel, 00.00° by 00.00°") + 4);
+    size->setMinimumWidth(
+        size->fontMetrics().horizontalAdvance(inWords("frmSimulator", "00.00\" a pixel, 00.00° by 00.00°")) +
+        4);
     grid->addRow(size);
-    return group("Camera", grid);
+    return group(Text::tr("Camera"), grid);
 }
 
 QGroupBox* skyGroup() {
     auto* const grid = new FieldGrid;
-    grid->addField("Seeing", field("txtSeeing", 8), "arc-seconds");
-    grid->addField("Sky", field("txtSkyLevel", 8), "e- per s and pixel");
-    grid->addField("Faintest star", field("txtLimitingMagnitude", 8), "mag");
-    grid->addField("Hot pixels", field("txtHotPixels", 8), "or share");
-    grid->addField("Pointing noise", field("txtPointingNoise", 8), "arc-seconds");
+    grid->addField(Text::tr("Seeing"), field("txtSeeing", 8), Text::tr("arc-seconds"));
+    grid->addField(Text::tr("Sky"), field("txtSkyLevel", 8), Text::tr("e- per s and pixel"));
+    grid->addField(Text::tr("Faintest star"), field("txtLimitingMagnitude", 8), Text::tr("mag"));
+    grid->addField(Text::tr("Hot pixels"), field("txtHotPixels", 8), Text::tr("or share"));
+    grid->addField(Text::tr("Pointing noise"), field("txtPointingNoise", 8), Text::tr("arc-seconds"));
     grid->addRow(row({named<QCheckBox>("chkRefraction")}, true));
-    return group("Sky and mount", grid);
+    return group(Text::tr("Sky and mount"), grid);
 }
 
 QGroupBox* siteGroup() {
     auto* const grid = new FieldGrid;
-    grid->addField("Latitude", field("txtLatitude", 8), "° north");
-    grid->addField("Longitude", field("txtLongitude", 8), "° east");
-    return group("Site", grid);
+    grid->addField(Text::tr("Latitude"), field("txtLatitude", 8), Text::tr("° north"));
+    grid->addField(Text::tr("Longitude"), field("txtLongitude", 8), Text::tr("° east"));
+    return group(Text::tr("Site"), grid);
 }
 
 QWidget* cameraPage() {
@@ -188,8 +198,8 @@ SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : For
     layout->setContentsMargins(6, 6, 6, 6);
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
-    tabs->addTab(mountPage(), "Mount");
-    tabs->addTab(cameraPage(), "Camera and sky");
+    tabs->addTab(mountPage(), Text::tr("Mount"));
+    tabs->addTab(cameraPage(), Text::tr("Camera and sky"));
     layout->addWidget(tabs);
     auto* const status = named<QLabel>("lblStatus");
     status->setWordWrap(true);

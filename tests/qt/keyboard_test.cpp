@@ -34,7 +34,6 @@ QChar letterOf(const QString& caption) {
 template <typename Look>
 void withEveryPage(Forms& forms, Look&& look) {
     for (const auto& window : windowsFor(forms.screen, forms.front)) {
-        if (window->form().name() == "frmSimulator") continue;  // a hand controller, for the mouse
         for (platform::Control* control : window->form().controls()) {
             control->setEnabled(true);
             if (control->name() != "txtDummy") control->setVisible(true);

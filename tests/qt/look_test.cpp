@@ -7,10 +7,12 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QTabWidget>
+#include <optional>
 
 #include <gtest/gtest.h>
 
 #include "qt/forms.h"
+#include "qt/in_german.h"
 #include "qt/light.h"
 #include "qt/watched_settings.h"
 
@@ -98,10 +100,17 @@ std::string clippedPart(const QWidget& widget) {
     return {};
 }
 
-class LayoutTest : public testing::TestWithParam<int> {};
+struct Layout {
+    int points;
+    bool german = false;
+};
+
+class LayoutTest : public testing::TestWithParam<Layout> {};
 
 TEST_P(LayoutTest, ClipsNothing) {
-    const WithFont font(GetParam());
+    const WithFont font(GetParam().points);
+    std::optional<InGerman> german;
+    if (GetParam().german) german.emplace();
     Forms forms;
     const auto windows = windowsFor(forms.screen, forms.front);
     fill(forms);
@@ -116,7 +125,9 @@ TEST_P(LayoutTest, ClipsNothing) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(FontSizes, LayoutTest, testing::Values(9, 11, 13));
+INSTANTIATE_TEST_SUITE_P(FontSizes, LayoutTest,
+                         testing::Values(Layout{9}, Layout{11}, Layout{13}, Layout{9, true},
+                                         Layout{13, true}));
 
 int brightest(const QImage& image) {
     int most = 0;

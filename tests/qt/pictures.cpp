@@ -1,17 +1,20 @@
-// vantrel-pictures FOLDER: the windows' pictures for the documentation, taken while the program measures with
-// the built-in simulator, and the imaging program's window with each of the marks. With QT_SCALE_FACTOR set,
-// the names end in the scale.
+// vantrel-pictures FOLDER [LANGUAGE]: the windows' pictures for the documentation, taken while the program
+// measures with the built-in simulator, and the imaging program's window with each of the marks. With
+// QT_SCALE_FACTOR set, the names end in the scale. In English, unless another language is asked for.
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QDir>
-#include <QLabel>
 #include <QTabWidget>
+#include <QTimer>
 #include <algorithm>
 #include <cstdio>
 #include <map>
 
 #include "correction/image_overlays.h"
 #include "qt/night.h"
+#include "qt/qt_dialogs.h"
+#include "qt/translation.h"
 #include "support/memory_settings_port.h"
 #include "support/recording_log.h"
 
@@ -51,9 +54,12 @@ class Pictures {
         FormWindow& window = night_.program.window(formName);
         window.resize(window.sizeHint().expandedTo(window.minimumSizeHint()).expandedTo(window.size()));
         if (auto* const tabs = window.findChild<QTabWidget*>()) tabs->setCurrentIndex(tab);
+        takeWidget(window, name);
+    }
+    void takeWidget(QWidget& widget, const QString& name) const {
         QApplication::processEvents();
         constexpr std::size_t kColors = 256;
-        save(window, folder_ + "/" + name + look_, kColors);
+        save(widget, folder_ + "/" + name + look_, kColors);
     }
 
   private:
@@ -61,6 +67,46 @@ class Pictures {
     QString folder_;
     QString look_;
 };
+
+/// The small windows and dialogs, as they open.
+void takeSmallWindows(Night& night, const Pictures& pictures) {
+    for (const auto& [form, name] : {std::pair{"frmAbout", "about"},
+                                     {"frmOptions", "options"},
+                                     {"frmPixelScale", "pixel-scale"},
+                                     {"frmSelectCCSoftware", "imaging-software"}}) {
+        night.program.screen().find(form)->show();
+        pictures.take(form, name);
+        night.program.screen().find(form)->unload();
+    }
+    QtDialogs dialogs(night.user.folders, "C:\\");
+    const auto takeDialog = [&](const char* name) {
+        QTimer::singleShot(0, [&pictures, name] {
+            auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            pictures.takeWidget(*dialog, name);
+            dialog->reject();
+        });
+    };
+    takeDialog("chooser");
+    dialogs.choose("Telescope Chooser",
+                   {{"AxisSimulator.Telescope", "Simulated mount with a polar axis error and a camera"},
+                    {"ScopeSim.Telescope", "Simulated equatorial mount"}},
+                   "AxisSimulator.Telescope");
+    takeDialog("message");
+    dialogs.messageBox("Vantrel", "Vantrel is already running", platform::Dialogs::Icon::kExclamation,
+                       platform::Dialogs::Buttons::kOk);
+}
+
+/// The other method's fields, without choosing it.
+void showTheSkyFrame(Night& night, const Pictures& pictures) {
+    const auto show = [&night](const char* frame, bool visible) {
+        night.program.screen().findControl(frame)->setVisible(visible);
+    };
+    show("frmMain.framePP", false);
+    show("frmMain.frameTheSky", true);
+    pictures.take("frmMain", "image-link", 2);
+    show("frmMain.frameTheSky", false);
+    show("frmMain.framePP", true);
+}
 
 void takePictures(const QString& folder, bool byNight) {
     Night night;
@@ -81,8 +127,8 @@ void takePictures(const QString& folder, bool byNight) {
              press("frmSimulator.cmdCenterStar");
          }},
         {[&] {
-             const auto& window = night.program.window("frmSimulator");
-             return widgetOf<QLabel>(window, "lblStatus").text().endsWith("in the middle of the picture.");
+             const auto* const status = night.program.screen().findControl("frmSimulator.lblStatus");
+             return dynamic_cast<const platform::Label&>(*status).caption().ends_with("of the picture.");
          },
          [&] {
              pictures.take("frmSimulator", "simulator");
@@ -98,9 +144,11 @@ void takePictures(const QString& folder, bool byNight) {
              pictures.take("frmMain", "measured");
              pictures.take("frmMain", "set-up", 1);
              pictures.take("frmMain", "plate-solve", 2);
+             showTheSkyFrame(night, pictures);
              pictures.take("frmPolarPlot", "polar-plot");
              pictures.take("frmLog", "log");
              pictures.take("frmTelescope", "telescope");
+             takeSmallWindows(night, pictures);
              pictures.take("frmMain", "measured");
              night.click("cmdNext");
          }},
@@ -160,11 +208,12 @@ void takeImagePictures(const QString& folder, const char* look) {
 
 int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
+    QApplication application(argc, argv);
     QApplication::setFont(QFont("DejaVu Sans", 9));  // the same picture on every machine
     const QString folder = argc > 1 ? argv[1] : ".";
     try {
         QDir().mkpath(folder);
+        if (argc > 2) vantrel::qt::speak(application, QLocale(argv[2]));
         for (const bool byNight : {false, true}) vantrel::qt::takePictures(folder, byNight);
         for (const char* look : {"day", "night", "green"}) vantrel::qt::takeImagePictures(folder, look);
     } catch (const std::exception& error) {

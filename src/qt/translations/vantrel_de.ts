@@ -119,5 +119,518 @@
         <source>Vertical</source>
         <translation>Senkrecht</translation>
     </message>
+    <message>
+        <source>No measurement yet</source>
+        <translation>Noch keine Messung</translation>
+    </message>
+    <message>
+        <source>Moves the black point</source>
+        <translation>Verschiebt den Schwarzpunkt</translation>
+    </message>
+    <message>
+        <source>Moves the midtone</source>
+        <translation>Verschiebt den Mittelton</translation>
+    </message>
+    <message>
+        <source>Moves the white point</source>
+        <translation>Verschiebt den Weißpunkt</translation>
+    </message>
+    <message>
+        <source>Histogram and stretch</source>
+        <translation>Histogramm und Streckung</translation>
+    </message>
+    <message>
+        <source>Drag the black point, the midtone or the white point. By keyboard: up and down choose one, left and right move it. A double click makes the stretch automatic.</source>
+        <translation>Schwarzpunkt, Mittelton oder Weißpunkt ziehen. Mit der Tastatur: Auf und Ab wählen einen aus, Links und Rechts verschieben ihn. Ein Doppelklick streckt wieder selbsttätig.</translation>
+    </message>
+    <message>
+        <source>Camera image</source>
+        <translation>Kamerabild</translation>
+    </message>
+    <message>
+        <source>No image yet.
+
+The pictures that the imaging program takes
+appear here.</source>
+        <translation>Noch kein Bild.
+
+Die Bilder, die das Aufnahmeprogramm macht,
+erscheinen hier.</translation>
+    </message>
+    <message>
+        <source>mark</source>
+        <translation>Marke</translation>
+    </message>
+    <message>
+        <source>HFD %1 px</source>
+        <translation>HFD %1 px</translation>
+    </message>
+    <message>
+        <source>Whole image</source>
+        <translation>Ganzes Bild</translation>
+    </message>
+    <message>
+        <source>Show the whole image</source>
+        <translation>Das ganze Bild zeigen</translation>
+    </message>
+    <message>
+        <source>Pixels 1:1</source>
+        <translation>Pixel 1:1</translation>
+    </message>
+    <message>
+        <source>Show every pixel of the image as one of the screen</source>
+        <translation>Jedes Pixel des Bildes als eines des Bildschirms zeigen</translation>
+    </message>
+    <message>
+        <source>Zoom in</source>
+        <translation>Vergrößern</translation>
+    </message>
+    <message>
+        <source>Zoom out</source>
+        <translation>Verkleinern</translation>
+    </message>
+    <message>
+        <source>Automatic stretch</source>
+        <translation>Selbsttätige Streckung</translation>
+    </message>
+    <message>
+        <source>Choose the stretch from each image</source>
+        <translation>Die Streckung nach jedem Bild wählen</translation>
+    </message>
+    <message>
+        <source>Cross hair</source>
+        <translation>Fadenkreuz</translation>
+    </message>
+    <message>
+        <source>Lines through the middle of the image</source>
+        <translation>Linien durch die Bildmitte</translation>
+    </message>
+    <message>
+        <source>Invert</source>
+        <translation>Umkehren</translation>
+    </message>
+    <message>
+        <source>Dark stars on a bright sky</source>
+        <translation>Dunkle Sterne auf hellem Himmel</translation>
+    </message>
+    <message>
+        <source>Green by night</source>
+        <translation>Nachts grün</translation>
+    </message>
+    <message>
+        <source>Night vision in green instead of red</source>
+        <translation>Nachtfarben in Grün statt in Rot</translation>
+    </message>
+    <message>
+        <source>Histogram</source>
+        <translation>Histogramm</translation>
+    </message>
+    <message>
+        <source>Show the histogram and the stretch</source>
+        <translation>Histogramm und Streckung zeigen</translation>
+    </message>
+    <message>
+        <source>Full screen</source>
+        <translation>Vollbild</translation>
+    </message>
+    <message>
+        <source>The image all over the screen; Esc leaves it</source>
+        <translation>Das Bild auf dem ganzen Bildschirm; Esc beendet es</translation>
+    </message>
+    <message>
+        <source>Fit</source>
+        <translation>Ganz</translation>
+    </message>
+    <message>
+        <source>Auto</source>
+        <translation>Auto</translation>
+    </message>
+    <message>
+        <source>Column and row under the cursor, from 0</source>
+        <translation>Spalte und Zeile unter dem Zeiger, ab 0</translation>
+    </message>
+    <message>
+        <source>Value of the pixel under the cursor</source>
+        <translation>Wert des Pixels unter dem Zeiger</translation>
+    </message>
+    <message>
+        <source>Half-flux diameter of the star under the cursor</source>
+        <translation>Halbflussdurchmesser des Sterns unter dem Zeiger</translation>
+    </message>
+    <message>
+        <source>Columns and rows of the image</source>
+        <translation>Spalten und Zeilen des Bildes</translation>
+    </message>
+    <message>
+        <source>Pixels of the screen to pixels of the image</source>
+        <translation>Pixel des Bildschirms zu Pixeln des Bildes</translation>
+    </message>
+    <message>
+        <source>No image yet</source>
+        <translation>Noch kein Bild</translation>
+    </message>
+    <message>
+        <source>Instruments</source>
+        <translation>Geräte</translation>
+    </message>
+    <message>
+        <source>Camera Image</source>
+        <translation>Kamerabild</translation>
+    </message>
+    <message>
+        <source>Simulator</source>
+        <translation>Simulator</translation>
+    </message>
+    <message>
+        <source>Log</source>
+        <translation>Protokoll</translation>
+    </message>
+    <message>
+        <source>, unit</source>
+        <translation>, Einheit</translation>
+    </message>
+    <message>
+        <source>, vertical</source>
+        <translation>, senkrecht</translation>
+    </message>
+    <message>
+        <source>Azimuth</source>
+        <translation>Azimut</translation>
+    </message>
+    <message>
+        <source>West</source>
+        <translation>West</translation>
+    </message>
+    <message>
+        <source>East</source>
+        <translation>Ost</translation>
+    </message>
+    <message>
+        <source>Elevation</source>
+        <translation>Höhe</translation>
+    </message>
+    <message>
+        <source>Down</source>
+        <translation>Ab</translation>
+    </message>
+    <message>
+        <source>Up</source>
+        <translation>Auf</translation>
+    </message>
+    <message>
+        <source>Keys: ← → turn azimuth, ↑ ↓ elevation, by 1&apos;; with Shift 10&apos;, with Ctrl 0.1&apos;.</source>
+        <translation>Tasten: ← → drehen das Azimut, ↑ ↓ die Höhe, um 1&apos;; mit Umschalt 10&apos;, mit Strg 0.1&apos;.</translation>
+    </message>
+    <message>
+        <source>Polar axis and its adjusters</source>
+        <translation>Polachse und ihre Verstellschrauben</translation>
+    </message>
+    <message>
+        <source>RA</source>
+        <translation>RA</translation>
+    </message>
+    <message>
+        <source>Dec</source>
+        <translation>Dek</translation>
+    </message>
+    <message>
+        <source>Hour angle</source>
+        <translation>Stundenwinkel</translation>
+    </message>
+    <message>
+        <source>Altitude</source>
+        <translation>Höhe</translation>
+    </message>
+    <message>
+        <source>Keys: N, S, E, W</source>
+        <translation>Tasten: N, S, E, W</translation>
+    </message>
+    <message>
+        <source>Hand controller</source>
+        <translation>Handsteuerung</translation>
+    </message>
+    <message>
+        <source>Bright star</source>
+        <translation>Heller Stern</translation>
+    </message>
+    <message>
+        <source>Focal length</source>
+        <translation>Brennweite</translation>
+    </message>
+    <message>
+        <source>Pixel size</source>
+        <translation>Pixelgröße</translation>
+    </message>
+    <message>
+        <source>Width</source>
+        <translation>Breite</translation>
+    </message>
+    <message>
+        <source>pixels</source>
+        <translation>Pixel</translation>
+    </message>
+    <message>
+        <source>Height</source>
+        <translation>Höhe</translation>
+    </message>
+    <message>
+        <source>Rotation</source>
+        <translation>Drehung</translation>
+    </message>
+    <message>
+        <source>Exposure</source>
+        <translation>Belichtung</translation>
+    </message>
+    <message>
+        <source>Camera</source>
+        <translation>Kamera</translation>
+    </message>
+    <message>
+        <source>Seeing</source>
+        <translation>Seeing</translation>
+    </message>
+    <message>
+        <source>arc-seconds</source>
+        <translation>Bogensekunden</translation>
+    </message>
+    <message>
+        <source>Sky</source>
+        <translation>Himmel</translation>
+    </message>
+    <message>
+        <source>e- per s and pixel</source>
+        <translation>e- je s und Pixel</translation>
+    </message>
+    <message>
+        <source>Faintest star</source>
+        <translation>Schwächster Stern</translation>
+    </message>
+    <message>
+        <source>mag</source>
+        <translation>mag</translation>
+    </message>
+    <message>
+        <source>Hot pixels</source>
+        <translation>Heiße Pixel</translation>
+    </message>
+    <message>
+        <source>or share</source>
+        <translation>oder Anteil</translation>
+    </message>
+    <message>
+        <source>Pointing noise</source>
+        <translation>Zielrauschen</translation>
+    </message>
+    <message>
+        <source>Sky and mount</source>
+        <translation>Himmel und Montierung</translation>
+    </message>
+    <message>
+        <source>° north</source>
+        <translation>° Nord</translation>
+    </message>
+    <message>
+        <source>° east</source>
+        <translation>° Ost</translation>
+    </message>
+    <message>
+        <source>Site</source>
+        <translation>Ort</translation>
+    </message>
+    <message>
+        <source>Mount</source>
+        <translation>Montierung</translation>
+    </message>
+    <message>
+        <source>Camera and sky</source>
+        <translation>Kamera und Himmel</translation>
+    </message>
+    <message>
+        <source>Measures a telescope mount&apos;s polar alignment and guides its correction.</source>
+        <translation>Misst die Polausrichtung einer Teleskopmontierung und leitet ihre Korrektur an.</translation>
+    </message>
+    <message>
+        <source>Keep settings, drives and documents in &lt;folder&gt;.</source>
+        <translation>Einstellungen, Laufwerke und Dokumente in &lt;Ordner&gt; halten.</translation>
+    </message>
+    <message>
+        <source>folder</source>
+        <translation>Ordner</translation>
+    </message>
+    <message>
+        <source>Measure once with the built-in simulator, without windows, and print the log.</source>
+        <translation>Einmal mit dem eingebauten Simulator messen, ohne Fenster, und das Protokoll ausgeben.</translation>
+    </message>
+    <message>
+        <source>Write the polar plot of --measure as a picture.</source>
+        <translation>Das Poldiagramm von --measure als Bild schreiben.</translation>
+    </message>
+    <message>
+        <source>file</source>
+        <translation>Datei</translation>
+    </message>
+</context>
+<context>
+    <name>dialog</name>
+    <message>
+        <source>This computer has no system-information viewer.</source>
+        <translation>Auf diesem Rechner gibt es kein Programm für Systeminformationen.</translation>
+    </message>
+    <message>
+        <source>Telescope Chooser</source>
+        <translation>Teleskop wählen</translation>
+    </message>
+</context>
+<context>
+    <name>frmAbout</name>
+    <message>
+        <source>Measures where the polar axis of a telescope mount points and guides its correction.
+Written by the Vantrel developers.</source>
+        <translation>Misst, wohin die Polachse einer Teleskopmontierung zeigt, und leitet ihre Korrektur an.
+Geschrieben von den Vantrel-Entwicklern.</translation>
+    </message>
+    <message>
+        <source>This program moves your telescope. It comes without any warranty: watch the mount while it slews, and keep its cables and the sky around the Sun clear.</source>
+        <translation>Dieses Programm bewegt Ihr Teleskop. Es kommt ohne jede Gewährleistung: Beobachten Sie die Montierung, während sie schwenkt, achten Sie auf die Kabel und meiden Sie den Himmel um die Sonne.</translation>
+    </message>
+    <message>
+        <source>System Info...</source>
+        <translation>Systeminfo …</translation>
+    </message>
+</context>
+<context>
+    <name>frmSimulator</name>
+    <message>
+        <source>Polar Axis Simulator</source>
+        <translation>Polachsensimulator</translation>
+    </message>
+    <message>
+        <source>Show the error</source>
+        <translation>Fehler zeigen</translation>
+    </message>
+    <message>
+        <source>Set It Askew</source>
+        <translation>Verstellen</translation>
+    </message>
+    <message>
+        <source>Somewhere within two degrees, without telling where</source>
+        <translation>Irgendwohin innerhalb von zwei Grad, ohne zu sagen, wohin</translation>
+    </message>
+    <message>
+        <source>Halt</source>
+        <translation>Halt</translation>
+    </message>
+    <message>
+        <source>Tracking</source>
+        <translation>Nachführung</translation>
+    </message>
+    <message>
+        <source>Go To</source>
+        <translation>Anfahren</translation>
+    </message>
+    <message>
+        <source>Center</source>
+        <translation>Zentrieren</translation>
+    </message>
+    <message>
+        <source>Sync</source>
+        <translation>Abgleichen</translation>
+    </message>
+    <message>
+        <source>Mirrored</source>
+        <translation>Gespiegelt</translation>
+    </message>
+    <message>
+        <source>Refraction</source>
+        <translation>Refraktion</translation>
+    </message>
+    <message>
+        <source>How many, or below 1 the share of all pixels</source>
+        <translation>Wie viele, oder unter 1 der Anteil an allen Pixeln</translation>
+    </message>
+    <message>
+        <source>Not connected</source>
+        <translation>Nicht verbunden</translation>
+    </message>
+    <message>
+        <source>Slewing</source>
+        <translation>Schwenkt</translation>
+    </message>
+    <message>
+        <source>Parked</source>
+        <translation>Geparkt</translation>
+    </message>
+    <message>
+        <source>Standing still</source>
+        <translation>Steht</translation>
+    </message>
+    <message>
+        <source>%1 a press</source>
+        <translation>%1 je Druck</translation>
+    </message>
+    <message>
+        <source>Correct on a star near the meridian and near the equator: that is what the mark is made for. The list begins with the best.</source>
+        <translation>Korrigieren Sie an einem Stern nahe dem Meridian und dem Äquator: Dafür ist die Marke gemacht. Die Liste beginnt mit den besten.</translation>
+    </message>
+    <message>
+        <source>%1 a pixel, %2 by %3</source>
+        <translation>%1 je Pixel, %2 mal %3</translation>
+    </message>
+    <message>
+        <source>%1 is no number</source>
+        <translation>%1 ist keine Zahl</translation>
+    </message>
+    <message>
+        <source>%1 is in the middle of the picture.</source>
+        <translation>%1 steht in der Bildmitte.</translation>
+    </message>
+    <message>
+        <source>%1 is %2 off the middle.</source>
+        <translation>%1 steht %2 neben der Mitte.</translation>
+    </message>
+    <message>
+        <source>Centering %1</source>
+        <translation>%1 wird zentriert</translation>
+    </message>
+    <message>
+        <source>Synced on %1</source>
+        <translation>Auf %1 abgeglichen</translation>
+    </message>
+    <message>
+        <source>%1, on the meridian - best</source>
+        <translation>%1, im Meridian - am besten</translation>
+    </message>
+    <message>
+        <source>%1, on the meridian - good</source>
+        <translation>%1, im Meridian - gut</translation>
+    </message>
+    <message>
+        <source>%1, on the meridian - to sync on</source>
+        <translation>%1, im Meridian - zum Abgleichen</translation>
+    </message>
+    <message>
+        <source>%1 west - best</source>
+        <translation>%1 westlich - am besten</translation>
+    </message>
+    <message>
+        <source>%1 west - good</source>
+        <translation>%1 westlich - gut</translation>
+    </message>
+    <message>
+        <source>%1 west - to sync on</source>
+        <translation>%1 westlich - zum Abgleichen</translation>
+    </message>
+    <message>
+        <source>%1 east - best</source>
+        <translation>%1 östlich - am besten</translation>
+    </message>
+    <message>
+        <source>%1 east - good</source>
+        <translation>%1 östlich - gut</translation>
+    </message>
+    <message>
+        <source>%1 east - to sync on</source>
+        <translation>%1 östlich - zum Abgleichen</translation>
+    </message>
 </context>
 </TS>
