@@ -3,8 +3,8 @@
 
 Every figure comes from whole measurements by vantrel-headless in virtual time, solver included. Beside it stands
 the theoretical limit: three points on an arc of s degrees in all, each known to sigma along the radius, fix the axis
-to sigma / (sqrt 2 sin(s/2)) across the middle of the arc and to 1.2247 sigma / (1 - cos(s/2)) along it. Sigma is
-taken from plates of the same kind by a mount without axis error, which stands still among the stars.
+to sigma / (sqrt 2 sin(s/2)) in one direction and to 1.2247 sigma / (1 - cos(s/2)) in the other. The errors of
+single plates are taken from a mount without axis error, which stands still among the stars, and drawn from.
 """
 
 import argparse
@@ -131,38 +131,49 @@ def plate_errors(arguments):
     return errors
 
 
-def theoretical_limit(sigma, slew):
-    """Across and along, in the unit of sigma: one standard deviation of the axis, the arc being two slews long."""
-    half = math.radians(slew)
-    return sigma / (math.sqrt(2) * math.sin(half)), 1.2247 * sigma / (1 - math.cos(half))
+def axis_error_of(radial, slew):
+    """Distance of the axis through three points whose distances from it are wrong by so much, in the same unit."""
+    half = math.radians(slew)  # of the arc, which is two slews long
+    across = (radial[2] - radial[0]) / (2 * math.sin(half))
+    along = ((radial[0] + radial[2]) / 2 - radial[1]) / (1 - math.cos(half))
+    return math.hypot(across, along)
 
 
-def distances_at_limit(across, along, draws=20000):
-    """Median and 95 % point of the distance that errors of these two standard deviations make."""
+def distances_at_limit(errors, slew, draws=20000):
+    """Median and 95 % point of what three plates allow at best, each as wrong as one of these at random."""
     rng = random.Random(1)
-    drawn = [math.hypot(rng.gauss(0, across), rng.gauss(0, along)) for _ in range(draws)]
+    drawn = [axis_error_of(rng.choices(errors, k=3), slew) for _ in range(draws)]
     return statistics.median(drawn), campaign.percentile(drawn, 0.95)
 
 
 @dataclasses.dataclass
 class Row:
-    value: float  # as shown
+    value: float  # of the studied quantity
     runs: int
     distances: list  # arc-seconds
-    sigma: float  # arc-seconds, one coordinate of a plate's centre; None without plates
-    limit: tuple  # median and 95 % point, arc-seconds; None without sigma
+    errors: list  # arc-seconds, coordinates of plates' centres
+
+    def sigma(self):
+        """Of one coordinate of a plate's centre, arc-seconds; None without plates."""
+        return math.sqrt(statistics.fmean(e * e for e in self.errors)) if self.errors else None
+
+    def limit(self, study):
+        """Median and 95 % point, arc-seconds; None without plates."""
+        slew = self.value if study.parameter == "slew" else STANDARD["slew"]
+        return distances_at_limit(self.errors, slew) if self.errors else None
 
 
-def measured_row(pool, program, study, value, runs, plate_runs):
-    setups = [(program, setup_for(study, value, seed)) for seed in range(1, runs + 1)]
-    distances = [d for d in pool.map(distance, setups, chunksize=1) if d is not None]
-    sigma = limit = None
-    if study.limit:
-        errors = [e for some in pool.map(plate_errors, setups[:plate_runs], chunksize=1) for e in some]
-        if errors:
-            sigma = math.sqrt(statistics.fmean(e * e for e in errors))
-            limit = distances_at_limit(*theoretical_limit(sigma, setups[0][1]["slew"]))
-    return Row(study.shown(value), runs, distances, sigma, limit)
+def measured_row(pool, program, study, value, options, old):
+    """What `old` has already isn't measured again."""
+    setups = [(program, setup_for(study, value, seed)) for seed in range(1, options.runs + 1)]
+    row = Row(value, options.runs, [], [])
+    if old and old.runs == options.runs:
+        row.distances, row.errors = old.distances, old.errors
+    if not row.distances:
+        row.distances = [d for d in pool.map(distance, setups, chunksize=1) if d is not None]
+    if study.limit and not row.errors:
+        row.errors = [e for some in pool.map(plate_errors, setups[:options.plate_runs], chunksize=1) for e in some]
+    return row
 
 
 def seconds(value):
@@ -180,23 +191,22 @@ def table(study, rows):
         measured = [None] * 3
         if row.distances:
             measured = [statistics.median(row.distances), campaign.percentile(row.distances, 0.95), max(row.distances)]
-        cells = [f"{row.value:g}", f"{len(row.distances)} of {row.runs}", *map(seconds, measured)]
+        cells = [f"{study.shown(row.value):g}", f"{len(row.distances)} of {row.runs}", *map(seconds, measured)]
         if study.limit:
-            cells += [seconds(row.sigma), *map(seconds, row.limit or (None, None))]
+            cells += [seconds(row.sigma()), *map(seconds, row.limit(study) or (None, None))]
         lines.append("| " + " | ".join(cells) + " |")
     return "\n".join(lines) + "\n"
 
 
 def chart(study, rows):
     drawing = Chart(study.title, study.axis, "distance from the true axis", study.logarithmic)
-    known = [row for row in rows if row.distances]
-    drawing.line("95 % of measurements", "upper",
-                 [(row.value, campaign.percentile(row.distances, 0.95)) for row in known])
-    drawing.line("median", "middle", [(row.value, statistics.median(row.distances)) for row in known])
-    limits = [row for row in known if row.limit]
+    known = [(study.shown(row.value), row) for row in rows if row.distances]
+    drawing.line("95 % of measurements", "upper", [(x, campaign.percentile(row.distances, 0.95)) for x, row in known])
+    drawing.line("median", "middle", [(x, statistics.median(row.distances)) for x, row in known])
+    limits = [(x, row.limit(study)) for x, row in known if row.errors]
     if limits:
-        drawing.dashes("limit, 95 %", "upper", [(row.value, row.limit[1]) for row in limits])
-        drawing.dashes("limit, median", "middle", [(row.value, row.limit[0]) for row in limits])
+        drawing.dashes("limit, 95 %", "upper", [(x, limit[1]) for x, limit in limits])
+        drawing.dashes("limit, median", "middle", [(x, limit[0]) for x, limit in limits])
     return drawing.svg()
 
 
@@ -204,10 +214,10 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("program", nargs="?", help="path of vantrel-headless; without it the --rows are shown")
     parser.add_argument("--runs", type=int, default=60, help="measurements for each value")
-    parser.add_argument("--plate-runs", type=int, default=12, help="of them for sigma, three plates each")
+    parser.add_argument("--plate-runs", type=int, default=24, help="of them for the plates' own errors")
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--only", help="names of studies, with commas")
-    parser.add_argument("--rows", default="build/accuracy-rows.json", help="where the results are kept")
+    parser.add_argument("--rows", default="build/accuracy-rows.json", help="where results are kept; what is there already stays")
     parser.add_argument("--plots", help="folder for the plots")
     options = parser.parse_args()
 
@@ -219,7 +229,8 @@ def main():
     studies = [study for study in STUDIES if study.file in wanted]
     with multiprocessing.Pool(options.jobs) as pool:
         for study in studies if options.program else []:
-            kept[study.file] = [measured_row(pool, options.program, study, value, options.runs, options.plate_runs)
+            old = {row.value: row for row in kept.get(study.file, [])}
+            kept[study.file] = [measured_row(pool, options.program, study, value, options, old.get(value))
                                 for value in study.values]
             with open(options.rows, "w", encoding="utf-8") as stream:
                 json.dump({name: [dataclasses.asdict(row) for row in rows] for name, rows in kept.items()}, stream)
