@@ -32,8 +32,8 @@ int main(int argc, char** argv) {
     }
     try {
         if (std::string(argv[1]) == "--verify") return verify(argv[2]);
-        auto stars = readTychoDistribution(argv[1], kEpoch);
-        writeTychoCatalog(argv[2], std::move(stars), kEpoch);
+        const auto stars = readTychoDistribution(argv[1], kEpoch);
+        writeTychoCatalog(argv[2], stars, kEpoch);
         return verify(argv[2]);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "make-catalog: %s\n", e.what());

@@ -66,6 +66,7 @@ Rings ringsOf290() {
 /// 1476 cells about as high as wide: rings of 90 / 17.5 degrees, but for the half as high caps.
 Rings ringsOf1476() {
     std::vector<double> edges;
+    edges.reserve(17);
     for (int k = 0; k < 17; ++k) edges.push_back(-90 + (k + 0.5) * 90 / 17.5);
     return {{1, 3, 9, 15, 21, 27, 33, 38, 43, 48, 52, 56, 60, 63, 65, 67, 68, 69}, edges};
 }

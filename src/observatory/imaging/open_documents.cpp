@@ -12,14 +12,14 @@ const Stretch& ImageDocument::shownStretch() const {
 
 OpenDocuments::Ref OpenDocuments::open(ImageDocument document) {
     documents_.push_back(std::make_shared<ImageDocument>(std::move(document)));
-    const Ref opened = documents_.back();
+    Ref opened = documents_.back();
     changed_.emit();
     return opened;
 }
 
 OpenDocuments::Ref OpenDocuments::replaceCurrent(ImageDocument document) {
     if (documents_.empty()) return open(std::move(document));
-    const Ref shown = documents_.back();
+    Ref shown = documents_.back();
     if (!document.stretch) document.stretch = shown->stretch;
     *shown = std::move(document);
     changed_.emit();

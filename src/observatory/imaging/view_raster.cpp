@@ -156,6 +156,7 @@ void enlarge(const Pixel* pixels, const platform::ImageArray& image, const ViewW
              ViewRaster& raster) {
     const auto places = [&window](double corner, int count, std::size_t limit) {
         std::vector<std::size_t> nearest;
+        nearest.reserve(static_cast<std::size_t>(std::max(count, 0)));
         for (int i = 0; i < count; ++i)
             nearest.push_back(
                 std::min(static_cast<std::size_t>(corner + (i + 0.5) / window.scale), limit - 1));

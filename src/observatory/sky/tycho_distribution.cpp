@@ -132,7 +132,7 @@ std::string gapCode(const std::vector<Placed>& stars) {
 
 }  // namespace
 
-void writeTychoCatalog(const fs::path& file, std::vector<MovingStar> stars, double epochYear) {
+void writeTychoCatalog(const fs::path& file, const std::vector<MovingStar>& stars, double epochYear) {
     std::vector<std::uint32_t> firstCells;
     std::uint32_t cells = 0;
     std::string body;

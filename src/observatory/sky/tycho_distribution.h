@@ -16,6 +16,7 @@ std::vector<MovingStar> readTychoDistribution(const std::filesystem::path& folde
 
 /// Writes the compact catalogue that TychoCatalog reads. Throws CatalogError when the file can't be written
 /// or a cell of sky holds more stars than the layout has room for.
-void writeTychoCatalog(const std::filesystem::path& file, std::vector<MovingStar> stars, double epochYear);
+void writeTychoCatalog(const std::filesystem::path& file, const std::vector<MovingStar>& stars,
+                       double epochYear);
 
 }  // namespace vantrel::observatory

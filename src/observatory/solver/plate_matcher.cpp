@@ -116,7 +116,7 @@ class Matcher {
         const auto shortest = index.shortestSide() * static_cast<float>(leastStretch_);
         std::vector<float> sides(count * count);
         std::vector<std::uint16_t> near;
-        for (std::uint16_t c = 0; c < count; ++c) {
+        for (std::uint16_t c = 0; c < static_cast<std::uint16_t>(count); ++c) {
             near.clear();
             for (std::uint16_t other = 0; other < c; ++other) {
                 const float side = chord(sky_[c], sky_[other]);

@@ -23,9 +23,7 @@ TriangleIndex::TriangleIndex(std::span<const Vector3> stars, double longest, dou
             }
         }
     }
-    const auto cellOf = [](const Triangle& t) {
-        return static_cast<std::size_t>(cell(t.middle) * kCells + cell(t.shortest));
-    };
+    const auto cellOf = [](const Triangle& t) { return cellAt(cell(t.middle), cell(t.shortest)); };
     std::vector<std::uint32_t> next(static_cast<std::size_t>(kCells) * kCells + 1);
     for (const Triangle& t : found) ++next[cellOf(t) + 1];
     for (std::size_t i = 1; i < next.size(); ++i) next[i] += next[i - 1];

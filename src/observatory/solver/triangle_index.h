@@ -57,8 +57,8 @@ class TriangleIndex {
         const int s0 = cell(shape.shortest - reach);
         const int s1 = cell(shape.shortest + reach);
         for (int m = m0; m <= m1; ++m) {
-            const std::uint32_t first = starts_[static_cast<std::size_t>(m * kCells + s0)];
-            const std::uint32_t last = starts_[static_cast<std::size_t>(m * kCells + s1) + 1];
+            const std::uint32_t first = starts_[cellAt(m, s0)];
+            const std::uint32_t last = starts_[cellAt(m, s1) + 1];
             for (std::uint32_t i = first; i < last; ++i) {
                 const Triangle& t = triangles_[i];
                 if (std::abs(t.middle - shape.middle) <= reach &&
@@ -70,6 +70,9 @@ class TriangleIndex {
 
   private:
     static constexpr int kCells = 128;
+    static std::size_t cellAt(int middle, int shortest) {
+        return static_cast<std::size_t>(middle) * kCells + static_cast<std::size_t>(shortest);
+    }
     static int cell(float ratio) {
         const int c = static_cast<int>(ratio * kCells);
         return c < 0 ? 0 : c >= kCells ? kCells - 1 : c;
