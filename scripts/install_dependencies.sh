@@ -4,9 +4,9 @@
 set -eu
 
 build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev libcurl4-openssl-dev liberfa-dev libsep-dev
-libeigen3-dev nlohmann-json3-dev libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth fonts-dejavu-core"
+libeigen3-dev nlohmann-json3-dev qt6-l10n-tools libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth fonts-dejavu-core"
 check="clang-format clang-tidy clang libclang-rt-dev"
-packaging="file python3-minimal cmark-gfm fp-utils qt6-l10n-tools dpkg-dev fakeroot"
+packaging="file python3-minimal cmark-gfm fp-utils dpkg-dev fakeroot"
 
 wanted=$build
 [ "${1:-}" = check ] && wanted="$wanted $check"
