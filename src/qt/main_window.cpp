@@ -319,6 +319,7 @@ MainWindow::MainWindow(platform::Form& form, const Front& front) : FormWindow(fo
     layout->setMenuBar(menus());
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
+    tabs->setAccessibleName(Text::tr("Pages"));
     tabs->addTab(runTab(front.theme), "Run");
     tabs->addTab(setupTab(), Text::tr("Set-up"));
     tabs->addTab(plateSolveTab(), "Plate Solve");

@@ -198,6 +198,7 @@ SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : For
     layout->setContentsMargins(6, 6, 6, 6);
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
+    tabs->setAccessibleName(Text::tr("Pages"));
     tabs->addTab(mountPage(), Text::tr("Mount"));
     tabs->addTab(cameraPage(), Text::tr("Camera and sky"));
     layout->addWidget(tabs);

@@ -1,8 +1,10 @@
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QDialog>
 #include <QLabel>
 #include <QRegularExpression>
 #include <QTabWidget>
+#include <QTimer>
 #include <fstream>
 #include <map>
 #include <set>
@@ -11,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include "qt/forms.h"
+#include "qt/image_window.h"
+#include "qt/qt_dialogs.h"
 
 namespace vantrel::qt {
 namespace {
@@ -19,7 +23,10 @@ bool canHaveKeyboard(const QWidget& widget) {
     return (widget.focusPolicy() & Qt::TabFocus) != 0 && widget.isEnabled() && widget.isVisible();
 }
 
-std::string nameOf(const QWidget& widget) { return widget.objectName().toStdString(); }
+std::string nameOf(const QWidget& widget) {
+    return widget.objectName().isEmpty() ? widget.metaObject()->className()
+                                         : widget.objectName().toStdString();
+}
 
 QChar letterOf(const QString& caption) {
     for (qsizetype i = 0; i + 1 < caption.size(); ++i) {
@@ -28,6 +35,20 @@ QChar letterOf(const QString& caption) {
         ++i;
     }
     return {};
+}
+
+/// Does something with the dialog in which the operator chooses.
+template <typename Look>
+void withTheChooser(const Forms& forms, Look&& look) {
+    QTimer::singleShot(0, [&look] {
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        look(*dialog);
+        dialog->reject();
+    });
+    const platform::FolderMap noFolders("/nowhere");
+    QtDialogs(noFolders, "C:\\").choose("Telescope Chooser", {{"A.Telescope", "A mount"}}, "A.Telescope");
+    EXPECT_EQ(forms.failures, "");
 }
 
 /// Does something with every window of the program, and with every tab of one that has tabs.
@@ -47,6 +68,12 @@ void withEveryPage(Forms& forms, Look&& look) {
             look(*window);
         }
     }
+    observatory::OpenDocuments documents;
+    ImageWindow image(documents, forms.stored, forms.front);
+    image.show();
+    forms.settle();
+    look(image);
+    withTheChooser(forms, look);
 }
 
 TEST(Keyboard, TabReachesEveryControl) {
@@ -68,7 +95,7 @@ TEST(Keyboard, TabFollowsTheEye) {
         const QWidget* before = nullptr;
         const QWidget* widget = window.nextInFocusChain();
         for (; widget != &window; widget = widget->nextInFocusChain()) {
-            if (!canHaveKeyboard(*widget) || widget->objectName().isEmpty()) continue;
+            if (!canHaveKeyboard(*widget) || widget->objectName().startsWith("qt_")) continue;
             if (before != nullptr && before->parentWidget() == widget->parentWidget()) {
                 const QPoint from = before->mapTo(&window, QPoint(0, before->height()));
                 const QPoint to = widget->mapTo(&window, QPoint(0, widget->height() / 2));
@@ -105,9 +132,7 @@ TEST(Keyboard, ReadersHearANameForEveryControl) {
     Forms forms;
     withEveryPage(forms, [](const QWidget& window) {
         for (QWidget* child : window.findChildren<QWidget*>()) {
-            if (!canHaveKeyboard(*child) || child->objectName().isEmpty() ||
-                child->objectName().startsWith("qt_"))
-                continue;
+            if (!canHaveKeyboard(*child) || child->objectName().startsWith("qt_")) continue;
             QAccessibleInterface* const heard = QAccessible::queryAccessibleInterface(child);
             ASSERT_NE(heard, nullptr) << nameOf(*child);
             EXPECT_NE(heard->text(QAccessible::Name).trimmed().toStdString(), "") << nameOf(*child);

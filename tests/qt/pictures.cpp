@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 
 #include "correction/image_overlays.h"
@@ -21,8 +22,13 @@
 namespace vantrel::qt {
 namespace {
 
-/// The picture in its most frequent colours, which keeps the file small.
-QImage withPalette(const QImage& picture, std::size_t colors) {
+int distance(QRgb a, QRgb b) {
+    return std::max(
+        {std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)), std::abs(qBlue(a) - qBlue(b))});
+}
+
+/// The picture in its most frequent colours that are so far apart, which keeps the file small.
+QImage withPalette(const QImage& picture, int apart) {
     const QImage image = picture.convertToFormat(QImage::Format_RGB32);
     std::map<QRgb, int> counts;
     for (int y = 0; y < image.height(); ++y)
@@ -30,16 +36,20 @@ QImage withPalette(const QImage& picture, std::size_t colors) {
     std::vector<std::pair<int, QRgb>> byCount;
     for (const auto& [color, count] : counts) byCount.emplace_back(count, color);
     std::sort(byCount.rbegin(), byCount.rend());
+    constexpr int kColors = 256;
     QList<QRgb> palette;
-    for (std::size_t i = 0; i < std::min(colors, byCount.size()); ++i) palette.push_back(byCount[i].second);
+    for (const auto& [count, color] : byCount) {
+        const auto near = [color = color, apart](QRgb taken) { return distance(taken, color) < apart; };
+        if (palette.size() < kColors && std::ranges::none_of(palette, near)) palette.push_back(color);
+    }
     return image.convertToFormat(QImage::Format_Indexed8, palette, Qt::ThresholdDither | Qt::AvoidDither);
 }
 
-void save(QWidget& window, const QString& path, std::size_t colors) {
+void save(QWidget& window, const QString& path, int apart) {
     const int percent = qRound(window.devicePixelRatio() * 100);
     const QString scale = percent == 100 ? QString() : "-" + QString::number(percent);
     const QString file = path + scale + ".png";
-    if (!withPalette(window.grab().toImage(), colors).save(file, "PNG", 0))
+    if (!withPalette(window.grab().toImage(), apart).save(file, "PNG", 0))
         throw std::runtime_error("can't write " + file.toStdString());
     std::printf("%s\n", qPrintable(file));
 }
@@ -58,8 +68,7 @@ class Pictures {
     }
     void takeWidget(QWidget& widget, const QString& name) const {
         QApplication::processEvents();
-        constexpr std::size_t kColors = 256;
-        save(widget, folder_ + "/" + name + look_, kColors);
+        save(widget, folder_ + "/" + name + look_, 1);
     }
 
   private:
@@ -96,18 +105,6 @@ void takeSmallWindows(Night& night, const Pictures& pictures) {
                        platform::Dialogs::Buttons::kOk);
 }
 
-/// The other method's fields, without choosing it.
-void showTheSkyFrame(Night& night, const Pictures& pictures) {
-    const auto show = [&night](const char* frame, bool visible) {
-        night.program.screen().findControl(frame)->setVisible(visible);
-    };
-    show("frmMain.framePP", false);
-    show("frmMain.frameTheSky", true);
-    pictures.take("frmMain", "image-link", 2);
-    show("frmMain.frameTheSky", false);
-    show("frmMain.framePP", true);
-}
-
 void takePictures(const QString& folder, bool byNight) {
     Night night;
     night.theme.setNight(byNight);
@@ -116,6 +113,11 @@ void takePictures(const QString& folder, bool byNight) {
     const auto shown = [&](const char* form) { return night.program.window(form).isVisible(); };
     const auto press = [&](const char* button) {
         dynamic_cast<platform::Button&>(*night.program.screen().findControl(button)).click();
+    };
+    const auto choose = [&](const char* option) {
+        night.loop.post([&night, option] {
+            dynamic_cast<platform::OptionButton&>(*night.program.screen().findControl(option)).click();
+        });
     };
     const auto says = [&](const char* text) { return night.instructions().find(text) != std::string::npos; };
     night.pass({
@@ -144,7 +146,6 @@ void takePictures(const QString& folder, bool byNight) {
              pictures.take("frmMain", "measured");
              pictures.take("frmMain", "set-up", 1);
              pictures.take("frmMain", "plate-solve", 2);
-             showTheSkyFrame(night, pictures);
              pictures.take("frmPolarPlot", "polar-plot");
              pictures.take("frmLog", "log");
              pictures.take("frmTelescope", "telescope");
@@ -162,7 +163,11 @@ void takePictures(const QString& folder, bool byNight) {
              pictures.take("frmMain", "centering");
              night.click("cmdStop");
          }},
-        {[&] { return night.enabled("cmdRun"); }, [] {}},
+        {[&] { return night.enabled("cmdRun"); }, [&] { choose("frmMain.optImagingSoftware(0)"); }},
+        {[&] { return night.enabled("optPlateSolveMethod(1)"); },
+         [&] { choose("frmMain.optPlateSolveMethod(1)"); }},
+        {[&] { return night.program.screen().findControl("frmMain.frameTheSky")->visible(); },
+         [&] { pictures.take("frmMain", "image-link", 2); }},
     });
 }
 
@@ -191,8 +196,8 @@ void takeImagePictures(const QString& folder, const char* look) {
         window.show();
         QApplication::processEvents();
         night.loop.yield();
-        constexpr std::size_t kColors = 40;  // as noise takes most room
-        save(window, folder + "/image-" + mark + "-" + look, kColors);
+        constexpr int kApart = 16;  // as noise takes most room
+        save(window, folder + "/image-" + mark + "-" + look, kApart);
     };
     take("cross-hair", [&] { marks.CrossHair(std::nullopt); });
     take("rectangle", [&] { marks.DrawCenteredRectangles(0.2); });

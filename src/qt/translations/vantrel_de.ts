@@ -469,6 +469,10 @@ erscheinen hier.</translation>
         <source>file</source>
         <translation>Datei</translation>
     </message>
+    <message>
+        <source>Pages</source>
+        <translation>Seiten</translation>
+    </message>
 </context>
 <context>
     <name>dialog</name>
