@@ -1,0 +1,197 @@
+// fault_table: for every member of every outside program, in every way that it can go wrong, while the
+// program is at each of its activities: it reports, can be used afterwards, leaves the mount at rest, and
+// loses no line of its log. Which members there are is seen in a night in which nothing goes wrong.
+//
+//   fault_table [--part N/M] [--every K] [--summary] [--only TEXT]
+//
+// --part takes one share of the table, --every only each K-th case, --summary prints what came of each
+// member,
+// --only the cases whose name contains the text, with what the program said.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <set>
+
+#include "faults/night.h"
+
+namespace {
+
+using namespace vantrel::faults;
+
+constexpr Equipment kEquipment[] = {
+    {"simulator", "AxisSimulator.Telescope", "MaxIm", "0"},
+    {"first program", "ScopeSim.Telescope", "MaxIm", "0"},
+    {"second program", "ScopeSim.Telescope", "CCDSoft", "1"},
+};
+constexpr Activity kActivities[] = {Activity::kStart,      Activity::kMeasurement, Activity::kSeries,
+                                    Activity::kCorrection, Activity::kStop,        Activity::kSolve,
+                                    Activity::kReconnect,  Activity::kShutdown};
+constexpr Kind kKinds[] = {Kind::kRaises,   Kind::kFalse,      Kind::kTrue,    Kind::kEmpty, Kind::kHuge,
+                           Kind::kNegative, Kind::kNotANumber, Kind::kGarbage, Kind::kSlow,  Kind::kGone};
+
+struct Options {
+    long part = 0, parts = 1, every = 1;
+    bool summary = false;
+    std::string only;
+};
+
+/// For ever from the first use on, for ever from the middle on, or just once in the middle.
+struct Course {
+    const char* name;
+    bool late;
+    bool once;
+};
+constexpr Course kCourses[] = {{"always", false, false}, {"later", true, false}, {"once", true, true}};
+
+struct Tally {
+    long cases = 0, untouched = 0, unharmed = 0, reported = 0, stopped = 0, defects = 0;
+};
+
+/// The text without its numbers, which differ from night to night.
+std::string withoutNumbers(const std::string& text) {
+    std::string result;
+    for (const char c : text)
+        if (!std::isdigit(static_cast<unsigned char>(c)) && c != '-') result += c;
+    return result;
+}
+
+std::multiset<std::string> comparable(const std::vector<std::string>& said) {
+    std::multiset<std::string> lines;
+    for (const std::string& line : said) lines.insert(withoutNumbers(line));
+    return lines;
+}
+
+/// Errors of the plate solver stop nothing once it holds the image: the line of the step that failed is left
+/// out, but what comes of the solve is told.
+bool maySayLess(const std::vector<std::string>& missing) {
+    return std::all_of(missing.begin(), missing.end(), [](const std::string& line) {
+        for (const char* step :
+             {"Plate Solve Attempt at", "Step ", " Solved using", " RA Error", " Dec Error"})
+            if (line.starts_with(step)) return true;
+        return false;
+    });
+}
+
+/// Waits that only the mount's or the desktop's answer ends, or closing the program.
+bool mayWaitForEver(const Member& member) { return member.name == "slewing" || member.object == "desktop"; }
+
+class Table {
+  public:
+    explicit Table(Options options) : options_(std::move(options)) {}
+
+    void run() {
+        for (const Equipment& equipment : kEquipment)
+            for (const Activity activity : kActivities) {
+                const Outcome calm = Night(equipment).spend(activity, std::nullopt);
+                for (const std::string& defect : calm.defects)
+                    complain(std::string(equipment.name) + ", " + nameOf(activity) + ", nothing wrong",
+                             defect);
+                for (const auto& [member, seen] : calm.seen)
+                    runMember(equipment, activity, calm, member, seen);
+            }
+    }
+
+    int report() const {
+        if (options_.summary) printSummary();
+        std::cout << cases_ << " cases, " << defects_ << " defects\n";
+        return defects_ == 0 && cases_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+
+  private:
+    void runMember(const Equipment& equipment, Activity activity, const Outcome& calm, const Member& member,
+                   const Sighting& seen) {
+        for (const Kind kind : kKinds) {
+            if (!applies(kind, member, seen)) continue;
+            for (const Course& course : kCourses) {
+                if (course.late && seen.uses < 2) continue;
+                if (course.once && kind == Kind::kGone) continue;
+                if (course.late && !course.once && kind != Kind::kRaises && kind != Kind::kGone) continue;
+                const std::string name = std::string(equipment.name) + ", " + nameOf(activity) + ", " +
+                                         member.text() + ", " + nameOf(kind) + ", " + course.name;
+                if (!chosen(name)) continue;
+                Fault fault{member, kind};
+                if (course.late) fault.after = seen.uses / 2;
+                if (course.once) fault.times = 1;
+                judge(name, member, calm, Night(equipment).spend(activity, fault));
+            }
+        }
+    }
+
+    bool chosen(const std::string& name) {
+        if (!options_.only.empty()) return name.find(options_.only) != std::string::npos;
+        const long number = number_++;
+        return number % options_.every == 0 && number / options_.every % options_.parts == options_.part;
+    }
+
+    void judge(const std::string& name, const Member& member, const Outcome& calm, const Outcome& outcome) {
+        ++cases_;
+        Tally& tally = tallies_[member.object + "." + member.name];
+        ++tally.cases;
+        const auto expected = comparable(calm.said);
+        const auto said = comparable(outcome.said);
+        std::vector<std::string> missing, added;
+        std::set_difference(expected.begin(), expected.end(), said.begin(), said.end(),
+                            std::back_inserter(missing));
+        std::set_difference(said.begin(), said.end(), expected.begin(), expected.end(),
+                            std::back_inserter(added));
+        std::vector<std::string> defects = outcome.defects;
+        if (outcome.struck > 0 && !missing.empty() && added.empty() && !maySayLess(missing))
+            defects.push_back("says nothing, though it leaves out \"" + missing.front() + "\"");
+        if (outcome.hung && !mayWaitForEver(member)) defects.push_back("hangs, even after Stop");
+        if (!defects.empty())
+            ++tally.defects;
+        else if (outcome.struck == 0)
+            ++tally.untouched;
+        else if (outcome.neededStop || outcome.hung)
+            ++tally.stopped;
+        else if (added.empty())
+            ++tally.unharmed;
+        else
+            ++tally.reported;
+        for (const std::string& defect : defects) complain(name, defect);
+        if (!options_.only.empty())
+            for (const std::string& line : outcome.said) std::cout << "    " << line << '\n';
+    }
+
+    void complain(const std::string& name, const std::string& defect) {
+        ++defects_;
+        std::cout << name << ":\n  " << defect << std::endl;
+    }
+
+    void printSummary() const {
+        std::printf("%-50s %7s %9s %9s %9s %9s %9s\n", "member", "cases", "untouched", "unharmed", "reported",
+                    "stopped", "defects");
+        for (const auto& [member, t] : tallies_)
+            std::printf("%-50s %7ld %9ld %9ld %9ld %9ld %9ld\n", member.c_str(), t.cases, t.untouched,
+                        t.unharmed, t.reported, t.stopped, t.defects);
+    }
+
+    Options options_;
+    long number_ = 0, cases_ = 0, defects_ = 0;
+    std::map<std::string, Tally> tallies_;
+};
+
+Options parsed(const std::vector<std::string>& arguments) {
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string value = i + 1 < arguments.size() ? arguments[i + 1] : "";
+        if (arguments[i] == "--summary") options.summary = true;
+        if (arguments[i] == "--only") options.only = value;
+        if (arguments[i] == "--every") options.every = std::max(1L, std::atol(value.c_str()));
+        if (arguments[i] == "--part" && value.find('/') != std::string::npos) {
+            options.part = std::atol(value.c_str());
+            options.parts = std::max(1L, std::atol(value.c_str() + value.find('/') + 1));
+        }
+    }
+    return options;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Table table(parsed(std::vector<std::string>(argv + 1, argv + argc)));
+    table.run();
+    return table.report();
+}

@@ -1,0 +1,303 @@
+#include "faults/night.h"
+
+#include <algorithm>
+
+#include "app/message_log.h"
+#include "app/popup_messages.h"
+#include "faults/solved_sky.h"
+
+namespace vantrel::faults {
+
+using namespace platform;
+
+namespace {
+
+constexpr Milliseconds kNightLimit = std::chrono::hours{200};
+constexpr int kPatience = 500;  // turns of the operator, half a second or more apart
+constexpr const char* kMountClass[] = {"AxisSimulator.Telescope", "ScopeSim.Telescope"};
+
+Milliseconds inSeconds(double seconds) { return Milliseconds(static_cast<long>(seconds * 1000)); }
+
+observatory::ObservatorySeams seams(DesktopWindows& windows) {
+    observatory::ObservatorySeams seams;
+    seams.desktop = &windows;
+    return seams;
+}
+
+}  // namespace
+
+const char* nameOf(Activity activity) {
+    constexpr const char* kNames[] = {"start", "measurement", "series",    "correction",
+                                      "stop",  "solve",       "reconnect", "shutdown"};
+    return kNames[static_cast<std::size_t>(activity)];
+}
+
+Night::Night(const Equipment& equipment)
+    : equipment_(equipment),
+      time_(*parseInstant("2026-11-24T20:00:00Z"), kNightLimit),
+      loop_(time_),
+      home_(test::TempFolder::quickPlace()),
+      folders_(home_.path()),
+      host_(classes_, time_),
+      windows_(host_),
+      observatory_(loop_, folders_, 1, seams(windows_)),
+      screen_({0, 0, 1920, 1080}) {
+    observatory_.install(originals_);
+    observatory_.install(classes_);
+    const ObjectRef mount = classes_.create(equipment.mount);
+    const ObjectRef simulator = classes_.create(kMountClass[0]);
+    simulator->put("CameraWidth", 24);
+    simulator->put("CameraHeight", 16);
+    classes_.install("PinPoint.Plate",
+                     {[mount] { return std::make_shared<KnowingPlate>(mount); }, "", "", ""});
+    classes_.install(
+        "CCDSoft.Image",
+        {[this, mount] { return std::make_shared<KnowingImage>(originals_.create("CCDSoft.Image"), mount); },
+         "", "", ""});
+    settings_.write("Main", "MyTelescopeID", equipment.mount);
+    settings_.write("PolarAlign", "ImagingSoftware", equipment.imaging);
+    settings_.write("PolarAlign", "PlateSolveMethod", equipment.method);
+    settings_.write("PolarAlign", "DeltaRA", "15");
+    settings_.write("Solve", "CamBin", "1");
+    for (const char* scale : {"ScaleH", "ScaleV", "TheSkyImageScale"}) settings_.write("Solve", scale, "3.6");
+    loop_.setOnFailure([this] {
+        defect("a failure left a handler: " + currentError().description());
+        program_->reportFailure("event loop");
+    });
+}
+
+template <typename Kind>
+Kind& Night::control(const std::string& name) {
+    return dynamic_cast<Kind&>(*screen_.findControl(name));
+}
+
+Outcome Night::spend(Activity activity, const std::optional<Fault>& fault) {
+    const auto begin = [&] {
+        host_.watch();
+        if (program_) {
+            saidFrom_ = program_->log().lines().size();
+            poppedFrom_ = program_->popups().history().size();
+        }
+        if (fault) host_.arm(*fault);
+    };
+    if (activity == Activity::kStart) begin();
+    startProgram();
+    if (activity != Activity::kStart) {
+        pass(2);
+        atRest_ = stateOfControls();
+        begin();
+        act(activity);
+    }
+    collect();
+    if (activity != Activity::kShutdown) {
+        checkMount();
+        host_.disarm();
+        pass(2);
+        checkAtRest();
+    }
+    if (activity == Activity::kStart) {
+        // What the start left out the next start makes good.
+        end();
+        saidFrom_ = 0;
+        startProgram();
+    }
+    if (activity != Activity::kShutdown) checkNextMeasurement();
+    end();
+    return std::move(outcome_);
+}
+
+void Night::startProgram() {
+    program_.emplace(Machine{loop_, host_, settings_, folders_, screen_, dialogs_, desktop_, windows_});
+    operator_ = loop_.every(Milliseconds{500}, [this] { operate(); });
+    program_->start();
+    awaitIdle(0.1);
+}
+
+void Night::end() {
+    program_->close();
+    awaitEnd();
+    checkEnd();
+    plans_.clear();
+    operator_.reset();
+    program_.reset();
+}
+
+/// A click a little later, when the operator's own turn is over.
+void Night::clickAfter(double seconds, const char* button) {
+    plans_.push_back(loop_.after(inSeconds(seconds), [this, button] { control<Button>(button).click(); }));
+}
+
+void Night::act(Activity activity) {
+    corrects_ = activity == Activity::kCorrection;
+    stops_ = activity == Activity::kStop;
+    switch (activity) {
+        case Activity::kStart:
+            return;
+        case Activity::kMeasurement:
+        case Activity::kCorrection:
+        case Activity::kStop:
+            clickAfter(0, "frmMain.cmdRun");
+            break;
+        case Activity::kSeries:
+            setSeries(1);
+            clickAfter(0, "frmMain.cmdExpose");
+            plans_.push_back(loop_.after(inSeconds(15), [this] { setSeries(0); }));
+            break;
+        case Activity::kSolve:
+            clickAfter(0, "frmMain.cmdExposeSolve");
+            break;
+        case Activity::kReconnect:
+            clickAfter(0, "frmTelescope.cmdDisconnectTelescope");
+            awaitIdle(3);
+            clickAfter(0, "frmTelescope.cmdConnectTelescope");
+            break;
+        case Activity::kShutdown:
+            program_->close();
+            awaitEnd();
+            return;
+    }
+    awaitIdle(activity == Activity::kSeries ? 16 : 1);
+}
+
+void Night::setSeries(int on) {
+    control<CheckBox>("frmMain.chkExposeContinuousEnable").check(on);
+    control<CheckBox>("frmMain.chkCrossHairEnable").check(on);
+}
+
+/// The operator's turn, twice a second, however deep the program is in its procedures: he goes through what
+/// it offers, to the end of a measurement or of a correction, and loses patience with what takes too long.
+void Night::operate() {
+    if (program_->ended() || !program_->busy()) {
+        turnsOfWork_ = 0;
+        return;
+    }
+    ++turnsOfWork_;
+    if (turnsOfWork_ == kPatience) {
+        outcome_.neededStop = true;
+        control<Button>("frmMain.cmdStop").click();
+    }
+    if (turnsOfWork_ == 2 * kPatience) {
+        outcome_.hung = true;
+        program_->close();
+    }
+    if (stops_ && ask("Slewing").toBool()) {
+        stops_ = false;
+        control<Button>("frmMain.cmdStop").click();
+    }
+    auto& next = control<Button>("frmMain.cmdNext");
+    auto& skip = control<Button>("frmMain.cmdSkip");
+    if (!next.enabled()) return;
+    if (!corrects_ && skip.enabled())
+        skip.click();
+    else
+        next.click();
+}
+
+/// At least these seconds, and until nothing runs any more.
+void Night::awaitIdle(double seconds) {
+    pass(seconds);
+    while (program_->busy() && !program_->ended()) pass(1);
+}
+
+void Night::awaitEnd() {
+    for (int look = 0; !program_->ended(); ++look) {
+        if (look == kPatience) return defect("the shutdown hangs");
+        pass(1);
+    }
+}
+
+void Night::collect() {
+    const auto& lines = program_->log().lines();
+    for (std::size_t i = saidFrom_; i < lines.size(); ++i) outcome_.said.push_back(lines[i].substr(11));
+    const auto& popups = program_->popups().history();
+    for (std::size_t i = poppedFrom_; i < popups.size(); ++i) outcome_.said.push_back(popups[i].text);
+    for (const auto& box : dialogs_.boxes) outcome_.said.push_back(box.text);
+    outcome_.seen = host_.seen();
+    outcome_.struck = host_.struck();
+}
+
+/// Which of the main window's buttons, boxes and lists can be used, and the captions.
+std::vector<std::string> Night::stateOfControls() const {
+    std::vector<std::string> state;
+    for (const Control* control : screen_.find("frmMain")->controls()) {
+        std::string text = control->name() + (control->enabled() ? " on" : " off");
+        text += control->visible() ? " shown" : " hidden";
+        if (const auto* captioned = dynamic_cast<const Captioned*>(control))
+            text += " " + captioned->caption();
+        state.push_back(text);
+    }
+    return state;
+}
+
+void Night::checkAtRest() {
+    if (program_->busy() || program_->ended()) return;
+    if (!screen_.find("frmMain")->shown()) defect("the main window isn't shown");
+    if (!control<Button>("frmMain.cmdRun").reachable()) defect("Run is off");
+    if (!control<Button>("frmMain.cmdExpose").reachable()) defect("Expose is off");
+    if (atRest_.empty()) return;
+    const auto now = stateOfControls();
+    for (std::size_t i = 0; i < now.size(); ++i)
+        if (now[i] != atRest_[i]) defect("not at rest: " + now[i] + " instead of " + atRest_[i]);
+}
+
+Value Night::ask(const char* member) {
+    const ObjectRef mount = classes_.create(equipment_.mount);
+    if (!mount->get("Connected").toBool()) return std::string(member) == "Tracking";
+    return mount->get(member);
+}
+
+/// A stop sends nothing to the mount: a slew that the program lost sight of ends by itself.
+void Night::checkMount() {
+    constexpr int kLongestSlew = 200;  // seconds
+    for (int i = 0; i < kLongestSlew && ask("Slewing").toBool(); ++i) pass(1);
+    if (ask("Slewing").toBool()) defect("the mount still slews");
+    if (!ask("Tracking").toBool()) defect("the mount doesn't track any more");
+}
+
+/// As the Telescope window offers it, where the link is down or half made.
+void Night::reconnect() {
+    const auto linked = [this] {
+        return control<TextBox>("frmTelescope.txtTelescopeSelectionStatus").text() == " Connected";
+    };
+    if (linked()) return;
+    if (!control<Button>("frmTelescope.cmdConnectTelescope").enabled()) {
+        clickAfter(0, "frmTelescope.cmdDisconnectTelescope");
+        awaitIdle(3);
+    }
+    clickAfter(0, "frmTelescope.cmdConnectTelescope");
+    awaitIdle(3);
+    if (!linked()) defect("the mount can't be connected again");
+}
+
+void Night::checkNextMeasurement() {
+    if (program_->busy() || program_->ended()) return;
+    corrects_ = stops_ = false;
+    reconnect();
+    const auto before = program_->log().lines().size();
+    clickAfter(0, "frmMain.cmdRun");
+    awaitIdle(1);
+    const auto& lines = program_->log().lines();
+    for (std::size_t i = before; i < lines.size(); ++i)
+        if (lines[i].ends_with("Alignment Run Complete")) return;
+    defect("the next measurement doesn't work: " + lines.back());
+}
+
+void Night::checkEnd() {
+    if (!program_->ended()) return;
+    // What was logged before the file was there, or while it was shut already, is in the window only.
+    std::string all;
+    for (const std::string& line : program_->log().lines()) all += line + "\r\n";
+    std::string file;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(home_.path())) {
+        if (entry.path().extension() != ".log") continue;
+        file += test::contentsOf(entry.path());
+        std::filesystem::remove(entry.path());
+    }
+    if (file.empty() || all.find(file) == std::string::npos) defect("lines are missing in the log file");
+    const auto rest = all.size() - file.size();
+    if (rest > 200) defect("the log file ends early");
+    if (settings_.read("PolarAlign", "DeltaRA") != "15") defect("the settings are not stored");
+    if (program_->failed()) defect("the program ended as failed");
+}
+
+}  // namespace vantrel::faults

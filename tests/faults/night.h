@@ -1,0 +1,105 @@
+// One night with the whole program in which something outside goes wrong, in virtual time.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/application.h"
+#include "faults/faulty_host.h"
+#include "observatory/observatory.h"
+#include "platform/class_registry.h"
+#include "support/recording_dialogs.h"
+#include "support/temp_folder.h"
+
+namespace vantrel::faults {
+
+/// Which instruments are used.
+struct Equipment {
+    const char* name;
+    const char* mount;
+    const char* imaging;
+    const char* method;  // 0: PinPoint, 1: image link
+};
+
+/// What the operator is at when the fault comes.
+enum class Activity { kStart, kMeasurement, kSeries, kCorrection, kStop, kSolve, kReconnect, kShutdown };
+
+const char* nameOf(Activity activity);
+
+/// What came of a night. `defects` names what must not be.
+struct Outcome {
+    std::vector<std::string> said;  // log without times, pop-ups, boxes and instructions of the activity
+    std::map<Member, Sighting> seen;
+    long struck = 0;
+    bool neededStop = false;
+    bool hung = false;  // even after Stop: the operator closed the program, or can only do that
+    std::vector<std::string> defects;
+};
+
+class Night {
+  public:
+    explicit Night(const Equipment& equipment);
+
+    /// The activity with the fault in it, a measurement after it without, and the end.
+    Outcome spend(Activity activity, const std::optional<Fault>& fault);
+
+  private:
+    void act(Activity activity);
+    void operate();
+    void awaitIdle(double seconds);
+    void clickAfter(double seconds, const char* button);
+    void setSeries(int on);
+    void awaitEnd();
+    void checkAtRest();
+    void checkMount();
+    void startProgram();
+    void end();
+    void reconnect();
+    void checkNextMeasurement();
+    void checkEnd();
+    void collect();
+    platform::Value ask(const char* member);
+    template <typename Kind>
+    Kind& control(const std::string& name);
+    void pass(double seconds) { loop_.sleep(platform::Milliseconds(static_cast<long>(seconds * 1000))); }
+    std::vector<std::string> stateOfControls() const;
+    void defect(const std::string& text) { outcome_.defects.push_back(text); }
+
+    struct Desktop : platform::Desktop {
+        std::optional<platform::SystemVersion> systemVersion() const override {
+            return platform::SystemVersion{};
+        }
+        std::string userProfile() const override { return "C:\\Users\\me"; }
+        bool open(const std::string&) override { return true; }
+    };
+
+    Equipment equipment_;
+    platform::VirtualTime time_;
+    platform::QueuedEventLoop loop_;
+    test::TempFolder home_;
+    platform::FolderMap folders_;
+    platform::MemorySettings settings_;
+    platform::ClassRegistry originals_;
+    platform::ClassRegistry classes_;
+    FaultyHost host_;
+    FaultyWindows windows_;
+    observatory::Observatory observatory_;
+    platform::Screen screen_;
+    test::RecordingDialogs dialogs_;
+    Desktop desktop_;
+    std::optional<app::Application> program_;
+    platform::TimerHandle operator_;
+    std::vector<platform::TimerHandle> plans_;
+    bool corrects_ = false;
+    bool stops_ = false;
+    int turnsOfWork_ = 0;
+    std::size_t saidFrom_ = 0;
+    std::size_t poppedFrom_ = 0;
+    std::vector<std::string> atRest_;
+    Outcome outcome_;
+};
+
+}  // namespace vantrel::faults
