@@ -106,6 +106,68 @@ Outcome Night::spend(Activity activity, const std::optional<Fault>& fault) {
     return std::move(outcome_);
 }
 
+std::vector<std::string> Night::boxes() {
+    startProgram();
+    std::vector<std::string> names;
+    for (const Form* form : screen_.forms())
+        for (const Control* control : form->controls())
+            if (const auto* box = dynamic_cast<const TextBox*>(control); box != nullptr && !box->readOnly())
+                names.push_back(form->name() + "." + control->name());
+    end();
+    return names;
+}
+
+Outcome Night::spendWith(const std::string& box, const std::string& text) {
+    startProgram();
+    const std::string before = control<TextBox>(box).text();
+    type(box, text);
+    useEverything(box);
+    const std::string kept = control<TextBox>(box).text();
+    end();
+    startProgram();
+    const std::string shown = control<TextBox>(box).text();
+    // A long text is stored as far as there is room, an empty one stands for the default.
+    if (!kept.starts_with(shown) && shown != before && !kept.empty())
+        defect("shows \"" + shown.substr(0, 40) + "\" after a new start");
+    useEverything(box);
+    collect();
+    type(box, before);
+    checkNextMeasurement();
+    end();
+    return std::move(outcome_);
+}
+
+void Night::type(const std::string& box, const std::string& text) {
+    auto& field = control<TextBox>(box);
+    const bool wasShown = field.form().shown();
+    field.form().show();
+    loop_.post([&field, text] {
+        field.type(text);
+        field.leave();
+    });
+    pass(0.1);
+    if (!wasShown) field.form().unload();
+}
+
+/// What the operator can do with the field: its window's buttons, an exposure, a measurement, a solve.
+void Night::useEverything(const std::string& box) {
+    corrects_ = stops_ = false;
+    Form& form = control<TextBox>(box).form();
+    for (Control* other : form.name() == "frmMain" ? std::vector<Control*>{} : form.controls())
+        if (auto* button = dynamic_cast<Button*>(other); button != nullptr && button->reachable()) {
+            loop_.post([button] { button->click(); });
+            awaitIdle(0.2);
+        }
+    for (const char* button : {"frmMain.cmdExpose", "frmMain.cmdRun", "frmMain.cmdExposeSolve"}) {
+        clickAfter(0, button);
+        awaitIdle(1);
+        if (program_->ended()) {
+            end();
+            return startProgram();
+        }
+    }
+}
+
 void Night::startProgram() {
     program_.emplace(Machine{loop_, host_, settings_, folders_, screen_, dialogs_, desktop_, windows_});
     operator_ = loop_.every(Milliseconds{500}, [this] { operate(); });
@@ -296,7 +358,8 @@ void Night::checkEnd() {
     if (file.empty() || all.find(file) == std::string::npos) defect("lines are missing in the log file");
     const auto rest = all.size() - file.size();
     if (rest > 200) defect("the log file ends early");
-    if (settings_.read("PolarAlign", "DeltaRA") != "15") defect("the settings are not stored");
+    if (settings_.read("PolarAlign", "ImagingSoftware") != equipment_.imaging)
+        defect("the settings are not stored");
     if (program_->failed()) defect("the program ended as failed");
 }
 

@@ -1,6 +1,8 @@
 // One night with the whole program in which something outside goes wrong, in virtual time.
 #pragma once
 
+#include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -46,7 +48,19 @@ class Night {
     /// The activity with the fault in it, a measurement after it without, and the end.
     Outcome spend(Activity activity, const std::optional<Fault>& fault);
 
+    /// The text in one of the operator's boxes ("frmMain.txtDeltaRA") while he measures, exposes, solves and
+    /// starts anew; then the old text again, and a measurement.
+    Outcome spendWith(const std::string& box, const std::string& text);
+
+    /// The boxes that the operator can write in.
+    std::vector<std::string> boxes();
+
+    platform::MemorySettings& settings() { return settings_; }
+    const std::filesystem::path& home() const { return home_.path(); }
+
   private:
+    void type(const std::string& box, const std::string& text);
+    void useEverything(const std::string& box);
     void act(Activity activity);
     void operate();
     void awaitIdle(double seconds);
