@@ -104,7 +104,7 @@ def solved_centre(lines):
     """Right ascension and declination of the newest plate, in degrees."""
     text = "\n".join(lines)
     h, m, s = re.findall(r"RA = (\d+)h (\d+)m ([\d.]+)s", text)[-1]
-    sign, d, minutes, seconds = re.findall(r"Dec = (-?)\+?(\d+)° (\d+)' ([\d.]+)\"", text)[-1]
+    sign, d, minutes, seconds = re.findall(r"Dec = (-?)\+?(\d+)° (\d+)' (\d+\.\d+)\"", text)[-1]
     ra = 15 * (int(h) + int(m) / 60 + float(s) / 3600)
     return ra, (-1 if sign else 1) * (int(d) + int(minutes) / 60 + float(seconds) / 3600)
 
