@@ -24,7 +24,10 @@ void MainMenu::mnuFormHelp_Click() {
     std::error_code ignored;
     const bool exists = std::filesystem::exists(parts_.machine.folders.real(file), ignored);
     if (exists && parts_.machine.desktop.open(file)) return;
-    const char* const text = "Could not open Help file!";
+    // A desktop without a program for it is told where the manual is.
+    const std::string text =
+        exists ? "No program here opens the manual:\r\n" + parts_.machine.folders.real(file).string()
+               : "Could not open Help file!";
     parts_.popups.ShowPopupMessage(text, 5);
     parts_.log.AddToLog(text);
 }

@@ -324,6 +324,11 @@ TEST_F(ApplicationTest, AMissingHelpFileIsTold) {
     std::ofstream(folders.real(file)) << "help";
     control<MenuItem>("frmMain.mnuFormHelp").click();
     EXPECT_THAT(desktop.opened, ElementsAre(file));
+
+    desktop.canOpen = false;
+    control<MenuItem>("frmMain.mnuFormHelp").click();
+    EXPECT_EQ(logged().back(), "No program here opens the manual:\r\n" + folders.real(file).string());
+    EXPECT_EQ(program->popups().history().back().text, logged().back());
 }
 
 TEST_F(ApplicationTest, WindowsStayOnTopAsTheOperatorWishes) {

@@ -24,9 +24,10 @@ struct PlainDesktop : platform::Desktop {
     std::optional<platform::SystemVersion> systemVersion() const override { return version; }
     std::string userProfile() const override { return "C:\\Users\\me"; }
     bool open(const std::string& file) override {
-        opened.push_back(file);
-        return true;
+        if (canOpen) opened.push_back(file);
+        return canOpen;
     }
+    bool canOpen = true;
     std::optional<platform::SystemVersion> version = platform::SystemVersion{};
     std::vector<std::string> opened;
 };
