@@ -21,6 +21,7 @@
 #include "qt/qt_event_loop.h"
 #include "qt/translation.h"
 #include "qt/unattended_run.h"
+#include "qt/watched_settings.h"
 
 namespace {
 
@@ -124,6 +125,8 @@ int runWithWindows(const Options& options) {
     qt::QtEventLoop loop(barrier);
     qt::Theme theme;
     qt::QtDialogs dialogs(user.folders, user.userProfile + "\\Documents");
+    // What is said before there is a window doesn't dazzle either.
+    barrier.run([&] { theme.setNight(qt::nightVision(user.settings)); });
     platform::LockFileGuard guard(paths.lock);
     if (!app::mayStart(guard, dialogs)) return EXIT_FAILURE;
     const platform::TerminationWatch termination;

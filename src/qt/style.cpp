@@ -392,6 +392,7 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
         case SH_ComboBox_Popup:
         case SH_EtchDisabledText:
         case SH_DitherDisabledText:
+        case SH_DialogButtonBox_ButtonsHaveIcons:  // the desktop's pictures have colours of their own
             return 0;
         case SH_UnderlineShortcut:
             return altIsHeld() ? 1 : 0;

@@ -9,11 +9,11 @@ namespace {
 constexpr const char* kSection = "PolarAlign";
 constexpr const char* kKey = "GreenColors";
 
-bool nightVision(const WatchedSettings& settings) {
+}  // namespace
+
+bool nightVision(const platform::SettingsRoot& settings) {
     return platform::leadingNumber(settings.read(kSection, kKey).value_or("0")) != 0;
 }
-
-}  // namespace
 
 platform::Subscription followNightVision(WatchedSettings& settings, Theme& theme) {
     theme.setNight(nightVision(settings));

@@ -32,6 +32,9 @@ class WatchedSettings : public platform::SettingsRoot {
     platform::SettingsRoot& settings_;
 };
 
+/// Whether "Night vision colors" are chosen.
+bool nightVision(const platform::SettingsRoot& settings);
+
 /// The look follows "Night vision colors", from now on and whenever it is stored, for as long as the
 /// subscription lives.
 class Theme;
