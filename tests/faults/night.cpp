@@ -36,6 +36,7 @@ Night::Night(const Equipment& equipment)
     : equipment_(equipment),
       time_(*parseInstant("2026-11-24T20:00:00Z"), kNightLimit),
       loop_(time_),
+      loopOfMachine_(loop_),
       home_(test::TempFolder::quickPlace()),
       folders_(home_.path()),
       host_(classes_, time_),
@@ -79,6 +80,7 @@ Outcome Night::spend(Activity activity, const std::optional<Fault>& fault) {
             poppedFrom_ = program_->popups().history().size();
         }
         if (fault) host_.arm(*fault);
+        if (onBegin) onBegin();
     };
     if (activity == Activity::kStart) begin();
     startProgram();
@@ -92,6 +94,7 @@ Outcome Night::spend(Activity activity, const std::optional<Fault>& fault) {
     if (activity != Activity::kShutdown) {
         checkMount();
         host_.disarm();
+        if (onRepair) onRepair();
         pass(2);
         checkAtRest();
     }
@@ -137,6 +140,29 @@ Outcome Night::spendWith(const std::string& box, const std::string& text) {
     return std::move(outcome_);
 }
 
+Outcome Night::exposeFor(double seconds, int spans, const std::function<void(long exposures)>& onSpan) {
+    startProgram();
+    host_.watch();
+    const auto exposures = [this] {
+        long uses = 0;
+        for (const auto& [member, seen] : host_.seen())
+            if (member.name == "expose" || member.name == "takeimage") uses += seen.uses;
+        return uses;
+    };
+    operator_.reset();  // he sleeps
+    setSeries(1);
+    clickAfter(0, "frmMain.cmdExpose");
+    for (int span = 1; span <= spans; ++span)
+        plans_.push_back(loop_.after(inSeconds(seconds * span), [&, last = span == spans] {
+            onSpan(exposures());
+            if (last) setSeries(0);
+        }));
+    awaitIdle(1);
+    checkMount();
+    end();
+    return std::move(outcome_);
+}
+
 void Night::type(const std::string& box, const std::string& text) {
     auto& field = control<TextBox>(box);
     const bool wasShown = field.form().shown();
@@ -169,7 +195,8 @@ void Night::useEverything(const std::string& box) {
 }
 
 void Night::startProgram() {
-    program_.emplace(Machine{loop_, host_, settings_, folders_, screen_, dialogs_, desktop_, windows_});
+    program_.emplace(
+        Machine{loopOfMachine_, host_, settings_, folders_, screen_, dialogs_, desktop_, windows_});
     operator_ = loop_.every(Milliseconds{500}, [this] { operate(); });
     program_->start();
     awaitIdle(0.1);
@@ -234,6 +261,7 @@ void Night::operate() {
         return;
     }
     ++turnsOfWork_;
+    if (onTurn) onTurn();
     if (turnsOfWork_ == kPatience) {
         outcome_.neededStop = true;
         control<Button>("frmMain.cmdStop").click();

@@ -52,9 +52,18 @@ class Night {
     /// starts anew; then the old text again, and a measurement.
     Outcome spendWith(const std::string& box, const std::string& text);
 
+    /// Continuous exposures over several spans of so many seconds; `onSpan` hears of all exposures so far.
+    Outcome exposeFor(double seconds, int spans, const std::function<void(long exposures)>& onSpan);
+
     /// The boxes that the operator can write in.
     std::vector<std::string> boxes();
 
+    /// Called when the activity begins, twice a second while the program is at work, and when all is to be
+    /// well again.
+    std::function<void()> onBegin, onTurn, onRepair;
+
+    /// What the machine's clock is wrong by; running times go on as ever.
+    void setClockWrongBy(platform::Milliseconds error) { loopOfMachine_.wall.error = error; }
     platform::MemorySettings& settings() { return settings_; }
     const std::filesystem::path& home() const { return home_.path(); }
 
@@ -90,9 +99,31 @@ class Night {
         bool open(const std::string&) override { return true; }
     };
 
+    /// A clock that can be set while the time goes on.
+    struct WallClock : platform::Clock {
+        explicit WallClock(const platform::Clock& running) : time(running) {}
+        platform::Instant utc() const override { return time.utc() + error; }
+        platform::Milliseconds sinceStart() const override { return time.sinceStart(); }
+        const platform::Clock& time;
+        platform::Milliseconds error{0};
+    };
+    struct LoopOfMachine : platform::EventLoop {
+        explicit LoopOfMachine(platform::EventLoop& loop) : inner(loop), wall(loop.clock()) {}
+        const platform::Clock& clock() const override { return wall; }
+        void post(std::function<void()> handler) override { inner.post(std::move(handler)); }
+        platform::TimerHandle every(platform::Milliseconds interval, std::function<void()> handler) override {
+            return inner.every(interval, std::move(handler));
+        }
+        void yield() override { inner.yield(); }
+        void sleep(platform::Milliseconds duration) override { inner.sleep(duration); }
+        platform::EventLoop& inner;
+        WallClock wall;
+    };
+
     Equipment equipment_;
     platform::VirtualTime time_;
     platform::QueuedEventLoop loop_;
+    LoopOfMachine loopOfMachine_;
     test::TempFolder home_;
     platform::FolderMap folders_;
     platform::MemorySettings settings_;
