@@ -9,8 +9,8 @@
 namespace vantrel::platform {
 namespace {
 
-// Enough for a night of polling; the oldest entries go first.
-constexpr std::size_t kLongestJournal = 1'000'000;
+// Hours of polling in some twenty megabytes; the oldest entries go first.
+constexpr std::size_t kLongestJournal = 100'000;
 
 bool matches(const std::string& wanted, const std::string& className) {
     return wanted == "*" || equalIgnoringCase(wanted, className);
