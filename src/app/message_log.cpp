@@ -20,6 +20,7 @@ void MessageLog::AddToLog(const std::string& text) {
         shown_ = lastCharacters(shown_ + kCrLf + line, kShownCharacters);
         window_.load();
         window_.txtLog.setText(shown_);
+        file_.clear();  // a disk that was full may have room again
         file_ << line << kCrLf << std::flush;
     }
     lineAdded.emit(line);

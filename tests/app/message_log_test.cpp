@@ -1,8 +1,10 @@
 #include "app/message_log.h"
 
+#include <csignal>
 #include <filesystem>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "app/folders.h"
 #include "support/app_world.h"
@@ -57,6 +59,32 @@ TEST_F(MessageLogTest, TheWindowShowsTheLast30000Characters) {
     }
     EXPECT_EQ(window.txtLog.text(), whole.substr(whole.size() - 30000));
     EXPECT_EQ(contentsOf(filesIn("C:\\Logs").front()).size(), whole.size());
+}
+
+/// While one lives, no file grows beyond so many bytes.
+struct SmallDisk {
+    explicit SmallDisk(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limit{bytes, before.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallDisk() { ::setrlimit(RLIMIT_FSIZE, &before); }
+    rlimit before{};
+};
+
+TEST_F(MessageLogTest, GoesOnWhenAFullDiskHasRoomAgain) {
+    log.SetLogStream("C:\\Logs", messages);
+    log.AddToLog("before");
+    {
+        const SmallDisk full(20);
+        for (int i = 0; i < 1000; ++i) log.AddToLog("while the disk is full");
+    }
+    log.AddToLog("afterwards");
+    EXPECT_EQ(log.lines().size(), 1002u);
+    const std::string file = contentsOf(filesIn("C:\\Logs").front());
+    EXPECT_NE(file.find("before"), std::string::npos);
+    EXPECT_TRUE(file.ends_with("afterwards\r\n")) << file.size();
 }
 
 TEST_F(MessageLogTest, AFolderGetsOneFileHoweverOftenItIsSet) {
