@@ -161,6 +161,9 @@ TEST(ImagingWindows, TellsTheFilter) {
         if (!c.cameraAnswers) world.fail("MaxIm.CCDCamera", "Filter", 438);
         EXPECT_EQ(world.windows.GetCameraFilter(), c.filter) << c.why;
         EXPECT_EQ(world.desktop.find(world.tabs)->selectedTab, c.tab) << c.why;
+        // There and back: the dialog stores only what changes.
+        EXPECT_EQ(world.desktop.turnedTo, c.cameraAnswers ? std::vector<int>{} : (std::vector{0, 4}))
+            << c.why;
     }
 }
 

@@ -19,6 +19,15 @@ struct Camera {
     bool linked = false;
 };
 
+/// A desktop that remembers which tabs were turned to.
+struct TabbedDesktop : platform::DesktopWindows {
+    void selectTab(platform::WindowId tabControl, int tab) override {
+        turnedTo.push_back(tab);
+        DesktopWindows::selectTab(tabControl, tab);
+    }
+    std::vector<int> turnedTo;
+};
+
 /// Members that can be put, and read again.
 class FakeProgram : public platform::DispatchObject {
   public:
@@ -142,7 +151,7 @@ struct ImagingWorld : DeviceWorld {
 
     Camera camera;
     double maxImVersion = 4.56;
-    platform::DesktopWindows desktop;
+    TabbedDesktop desktop;
     platform::WindowId maxImMain = 0, cameraDialog = 0, tabs = 0, setupTab = 0, connectButton = 0,
                        ccdSoftMain = 0;
 
