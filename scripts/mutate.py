@@ -81,7 +81,8 @@ def closing(plain, opening):
 
 def mutants_of_line(line):
     """Pairs: what the line becomes, and the line with both behind the switch."""
-    plain = without_literals(line)
+    plain = without_literals(line).rstrip()
+    line = line[:len(plain)]
     condition = re.match(r"(\s+(?:\} else )?(?:if|while) )\(", plain)
     if condition:
         end = closing(plain, condition.end() - 1)
@@ -92,7 +93,7 @@ def mutants_of_line(line):
             yield (f"{condition[1]}({changed}){rest}",
                    f"{condition[1]}(mutantIs(NUMBER) ? bool({changed}) : bool({test})){rest}")
         return
-    if not re.match(r"\s{4,}[\w*(:].*;\s*$", plain) or plain.count(";") != 1 or "{" in plain:
+    if not re.match(r"\s{4,}[\w*(:].*;\s*$", plain) or plain.count(";") != 1 or set("{}") & set(plain):
         return
     statement = line.strip()
     indent = line[:len(line) - len(line.lstrip())]
@@ -102,7 +103,7 @@ def mutants_of_line(line):
             yield (f"{indent}{declaration[1]}{changed};",
                    f"{indent}{declaration[1]}mutantIs(NUMBER) ? ({changed}) : ({declaration[2]});")
         return
-    if re.match(r"(using|static|else|case|break|continue|friend|struct|class|typedef|throw)\b", statement):
+    if re.match(r"(using|static|constexpr|else|case|break|continue|friend|struct|class|typedef|throw)\b", statement):
         return
     replacements = list(changes(statement))
     if not statement.startswith("return") and re.match(r"[\w.:>\-\[\]()]+(\(.*\)| [-+*/]?= .*);$", statement):
@@ -163,6 +164,9 @@ def build(tree, preset, originals, mutants, targets):
         for mutant in mutants:
             if (str(mutant.path), mutant.line + 1 + SWITCH.count("\n")) in wrong and mutant.fate != "unbuilt":
                 mutant.fate, dropped = "unbuilt", dropped + 1
+        for mutant in mutants if not dropped else []:
+            if str(mutant.path) in {path for path, _ in wrong} and mutant.fate != "unbuilt":
+                mutant.fate, dropped = "unbuilt", dropped + 1  # the mistake shows elsewhere in the file
         if not dropped:
             break
     sys.exit("the mutants don't build:\n" + run.stdout[-3000:])
