@@ -85,17 +85,6 @@ TEST(ImagingSoftwareChoice, LaunchesOnceAtStartUp) {
     EXPECT_EQ(world.desktop.topLevelWindows().size(), 2U) << "one main window and its dialog";
 }
 
-TEST(ImagingSoftwareChoice, SaysThatThereIsNoProgram) {
-    ChoiceWorld world("");
-    world.choice.startUp();
-    EXPECT_THAT(world.log.lines, ElementsAre("Neither MaxIm DL/CCD nor CCDSoft can be found",
-                                             "You must install your Imaging Software"));
-    ASSERT_EQ(world.messages.shown.size(), 1U);
-    EXPECT_EQ(world.messages.shown[0].text,
-              "Neither MaxIm DL/CCD\r\n nor CCDSoft can be found \r\nYou must install your\r\nImaging "
-              "Software");
-}
-
 TEST(ImagingSoftwareChoice, AsksWhenBothAreInstalled) {
     ChoiceWorld world;
     bool okBeforeChoice = true;
