@@ -203,12 +203,6 @@ TEST(RunDialogue, TextsThatAreNoNumbersAndFailingProgramsAreReported) {
         std::string report;
     } cases[] = {
         {"slew text", [](OneRun& r) { r.slewBy("five"); }, "Error 13: Type mismatch\r\nmod cmdRun"},
-        {"the simulator's camera",
-         [](OneRun& r) {
-             r.host.inject(
-                 {"AxisSimulator.Telescope", "Expose", {-2147220991, "Sim", "Shutter stuck"}, {}, 0, 1});
-         },
-         "Error -2147220991: Shutter stuck\r\nmod cmdRun"},
         {"the utility object",
          [](OneRun& r) {
              r.host.inject({"DriverHelper.Util", "HoursToHMS", {440, "Util", "No licence"}, {}, 0, 1});

@@ -4,9 +4,8 @@
 //
 //   fault_table [--part N/M] [--every K] [--summary] [--only TEXT]
 //
-// --part takes one share of the table, --every only each K-th case, --summary prints what came of each
-// member,
-// --only the cases whose name contains the text, with what the program said.
+// --part takes one share of the table, --every only each K-th case, --only the cases whose name contains the
+// text, with what the program said. --summary prints what came of each member.
 
 #include <algorithm>
 #include <cstdio>
@@ -20,11 +19,6 @@ namespace {
 
 using namespace vantrel::faults;
 
-constexpr Equipment kEquipment[] = {
-    {"simulator", "AxisSimulator.Telescope", "MaxIm", "0"},
-    {"first program", "ScopeSim.Telescope", "MaxIm", "0"},
-    {"second program", "ScopeSim.Telescope", "CCDSoft", "1"},
-};
 constexpr Activity kActivities[] = {Activity::kStart,      Activity::kMeasurement, Activity::kSeries,
                                     Activity::kCorrection, Activity::kStop,        Activity::kSolve,
                                     Activity::kReconnect,  Activity::kShutdown};
@@ -82,7 +76,7 @@ class Table {
     explicit Table(Options options) : options_(std::move(options)) {}
 
     void run() {
-        for (const Equipment& equipment : kEquipment)
+        for (const Equipment& equipment : kSetUps)
             for (const Activity activity : kActivities) {
                 const Outcome calm = Night(equipment).spend(activity, std::nullopt);
                 for (const std::string& defect : calm.defects)

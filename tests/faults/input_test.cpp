@@ -15,7 +15,7 @@
 namespace vantrel::faults {
 namespace {
 
-constexpr Equipment kEquipment{"first program", "ScopeSim.Telescope", "MaxIm", "0"};
+constexpr const Equipment& kEquipment = kSetUps[1];
 
 TEST(Input, EveryTextInEveryBoxIsSurvived) {
     const std::vector<std::string> texts = {"",

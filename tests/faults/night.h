@@ -26,6 +26,12 @@ struct Equipment {
     const char* method;  // 0: PinPoint, 1: image link
 };
 
+inline constexpr Equipment kSetUps[] = {
+    {"simulator", "AxisSimulator.Telescope", "MaxIm", "0"},
+    {"first program", "ScopeSim.Telescope", "MaxIm", "0"},
+    {"second program", "ScopeSim.Telescope", "CCDSoft", "1"},
+};
+
 /// What the operator is at when the fault comes.
 enum class Activity { kStart, kMeasurement, kSeries, kCorrection, kStop, kSolve, kReconnect, kShutdown };
 

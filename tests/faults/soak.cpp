@@ -19,11 +19,6 @@ namespace {
 
 using namespace vantrel::faults;
 
-constexpr Equipment kEquipment[] = {
-    {"simulator", "AxisSimulator.Telescope", "MaxIm", "0"},
-    {"first program", "ScopeSim.Telescope", "MaxIm", "0"},
-    {"second program", "ScopeSim.Telescope", "CCDSoft", "1"},
-};
 constexpr double kMostBytesAnExposure = 100;
 constexpr int kSamples = 10;
 
@@ -66,6 +61,6 @@ int main(int argc, char** argv) {
     }
     bool good = true;
     for (int i = 0; i < 3; ++i)
-        if (only < 0 || only == i) good = soak(kEquipment[i], hours) && good;
+        if (only < 0 || only == i) good = soak(kSetUps[i], hours) && good;
     return good ? EXIT_SUCCESS : EXIT_FAILURE;
 }
