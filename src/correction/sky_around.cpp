@@ -2,18 +2,11 @@
 
 #include <cmath>
 
+#include "correction/statistics.h"
 #include "engine/sky_geometry.h"
 
 namespace vantrel::correction {
 namespace {
-
-double square(double value) { return value * value; }
-
-double medianOf(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
 
 struct RingPixel {
     double dx, dy, value;

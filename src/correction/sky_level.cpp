@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "correction/statistics.h"
 #include "platform/errors.h"
 
 namespace vantrel::correction {
@@ -18,8 +19,6 @@ Place ranked(Place first, Place last, double rank) {
     std::nth_element(first, place, last);
     return place;
 }
-
-double medianOf(std::vector<double> values) { return *ranked(values.begin(), values.end(), 0.5); }
 
 /// Some pixels of a cell, row after row, evenly spread.
 struct Sample {

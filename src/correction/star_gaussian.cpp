@@ -5,10 +5,10 @@
 #include <functional>
 #include <numbers>
 
+#include "correction/statistics.h"
+
 namespace vantrel::correction {
 namespace {
-
-double square(double value) { return value * value; }
 
 /// Second largest of the four direct neighbours.
 double secondNeighbour(const PixelGrid& pixels, int x, int y) {

@@ -5,13 +5,12 @@
 
 #include "correction/sky_around.h"
 #include "correction/star_gaussian.h"
+#include "correction/statistics.h"
 
 namespace vantrel::correction {
 namespace {
 
 constexpr double kPixelVariance = 1.0 / 12;  // of a pixel's own breadth
-
-double square(double value) { return value * value; }
 
 /// The pixels around the seed; (x, y) of everything below count from the corner of this piece.
 struct Piece {
