@@ -1,27 +1,18 @@
 // Ties a form's controls to the widgets of the same names.
 #pragma once
 
-#include <QObject>
+#include <QString>
 #include <memory>
 #include <vector>
 
-#include "platform/event_loop.h"
 #include "platform/form.h"
-#include "qt/barrier.h"
-#include "qt/theme.h"
+#include "qt/front.h"
 
 class QWidget;
 
 namespace vantrel::qt {
 
 class Tie;
-
-/// What every window of this front works with.
-struct Front {
-    platform::EventLoop& loop;
-    Theme& theme;
-    const Barrier& barrier;
-};
 
 /// Widgets show what the controls hold; the operator's doing reaches the controls, clicks and choices by way
 /// of the event loop, so that a procedure never runs inside the toolkit's own mouse and key handling.

@@ -10,7 +10,7 @@
 #include "observatory/imaging/image_viewport.h"
 #include "observatory/imaging/shown_image.h"
 #include "observatory/imaging/view_raster.h"
-#include "qt/binding.h"
+#include "qt/front.h"
 #include "qt/image_colors.h"
 
 namespace vantrel::qt {

@@ -6,7 +6,7 @@
 
 #include "observatory/imaging/shown_image.h"
 #include "platform/settings_root.h"
-#include "qt/binding.h"
+#include "qt/front.h"
 
 class QAction;
 class QLabel;

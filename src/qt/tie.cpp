@@ -1,0 +1,48 @@
+#include "qt/tie.h"
+
+#include <QWidget>
+#include <utility>
+
+#include "platform/form.h"
+#include "qt/translation.h"
+
+namespace vantrel::qt {
+namespace {
+
+void setRole(QPalette& palette, QPalette::ColorRole role, const QColor& color) {
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+        palette.setColor(group, role, color);
+}
+
+}  // namespace
+
+Tie::Tie(platform::Control& control, const Front& front) : front_(front), control_(control) {
+    changed_ = control.changed.subscribe([this] { show(); });
+}
+
+QString Tie::words(const std::string& text) const { return inWords(control_.form().name(), text); }
+
+void Tie::post(std::function<void()> action) {
+    front_.loop.post([action = std::move(action)] { action(); });
+}
+
+void Tie::showCommon(QWidget& widget) const {
+    widget.setEnabled(control_.enabled());
+    widget.setVisible(control_.visible());
+    widget.setToolTip(words(control_.toolTip()).trimmed());
+}
+
+void Tie::showColors(QWidget& widget, QPalette::ColorRole back, platform::Color usualBack,
+                     QPalette::ColorRole fore, platform::Color usualFore) const {
+    const Theme& theme = front_.theme;
+    QPalette palette;
+    const bool ownBack = control_.backColor() != usualBack;
+    if (ownBack) setRole(palette, back, theme.surface(control_.backColor()));
+    if (control_.foreColor() != usualFore)
+        setRole(palette, fore, theme.ink(control_.foreColor()));
+    else if (ownBack)
+        setRole(palette, fore, theme.ink(platform::color::kBlack));
+    widget.setPalette(palette);
+}
+
+}  // namespace vantrel::qt
