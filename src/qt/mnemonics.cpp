@@ -2,6 +2,8 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
 #include <QTabWidget>
@@ -15,7 +17,8 @@
 namespace vantrel::qt {
 namespace {
 
-constexpr const char* kLetter = "mnemonic";  // the property that holds it
+constexpr const char* kLetter = "mnemonic";      // the property that holds it
+constexpr const char* kAltIsHeld = "altIsHeld";  // of the application
 
 /// Something with a caption that can have a letter.
 struct Item {
@@ -116,6 +119,27 @@ std::set<QChar> assign(const std::vector<Item>& items, const std::set<QChar>& ta
     return takenNow;
 }
 
+/// Tells the application when Alt is pressed and released, and has every widget drawn anew.
+class AltWatch : public QObject {
+  public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        const bool pressed = event->type() == QEvent::KeyPress;
+        const bool released = event->type() == QEvent::KeyRelease;
+        const bool left = event->type() == QEvent::ApplicationStateChange;
+        if (left || ((pressed || released) && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Alt))
+            show(pressed);
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    static void show(bool held) {
+        if (altIsHeld() == held) return;
+        qApp->setProperty(kAltIsHeld, held);
+        for (QWidget* widget : QApplication::allWidgets()) widget->update();
+    }
+};
+
 }  // namespace
 
 void assignMnemonics(QWidget& window) {
@@ -144,5 +168,9 @@ QString withMnemonic(const QWidget& widget, const QString& caption) {
         }
     return caption;
 }
+
+void watchAltKey(QObject& parent) { qApp->installEventFilter(new AltWatch(&parent)); }
+
+bool altIsHeld() { return qApp->property(kAltIsHeld).toBool(); }
 
 }  // namespace vantrel::qt

@@ -3,6 +3,7 @@
 
 #include <QString>
 
+class QObject;
 class QWidget;
 
 namespace vantrel::qt {
@@ -13,5 +14,10 @@ void assignMnemonics(QWidget& window);
 
 /// The caption with the mark before the letter that the widget was given; as it is where it has none.
 QString withMnemonic(const QWidget& widget, const QString& caption);
+
+/// From now on, as long as `parent` lives, the application notices when Alt is held down: the letters show
+/// only then. The application must exist.
+void watchAltKey(QObject& parent);
+bool altIsHeld();
 
 }  // namespace vantrel::qt
