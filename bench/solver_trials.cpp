@@ -43,23 +43,29 @@ struct Result {
     double milliseconds = 0;
 };
 
+double millisecondsSince(std::chrono::steady_clock::time_point begin) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+}
+
 FitsImage asImage(const std::vector<std::uint16_t>& counts, const test::StarField& field) {
     return FitsImage(field.width, field.height, std::vector<float>(counts.begin(), counts.end()));
+}
+
+PlateGeometry geometryOf(const Trial& trial, double binning) {
+    return {static_cast<double>(trial.field.width), static_cast<double>(trial.field.height), trial.scale,
+            trial.scale, binning};
 }
 
 Result solve(const Trial& trial, const StarCatalog& catalog, bool stars = true) {
     const auto image = asImage(test::drawField(stars ? &catalog : nullptr, trial.field), trial.field);
     const auto begin = std::chrono::steady_clock::now();
     const StarList found = findStars(image, {});
-    const PlateGeometry geometry{static_cast<double>(trial.field.width),
-                                 static_cast<double>(trial.field.height), trial.scale, trial.scale,
-                                 found.binning};
+    const PlateGeometry geometry = geometryOf(trial, found.binning);
     const SearchArea area = searchArea(geometry, trial.start, trial.offset, found.stars.size());
     Result result;
     result.solution = solvePlate(geometry, found.stars, area, catalog.cone(area.query(2000, 99)), {});
     result.stars = found.stars.size();
-    result.milliseconds =
-        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    result.milliseconds = millisecondsSince(begin);
     return result;
 }
 
@@ -68,10 +74,6 @@ const StarPatterns& patterns() {
         patternsOf(*TychoCatalog::openBuiltIn(), platform::cacheFolder(platform::processEnvironment),
                    [](const std::string& line) { std::puts(line.c_str()); });
     return *made;
-}
-
-double millisecondsSince(std::chrono::steady_clock::time_point begin) {
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
 }
 
 /// How the whole sky is searched for a trial's field.
@@ -88,9 +90,7 @@ Result solveBlind(const Trial& trial, const StarCatalog& catalog, const Blind& b
     const StarPatterns& sky = patterns();
     const auto begin = std::chrono::steady_clock::now();
     const StarList found = findStars(image, {});
-    const PlateGeometry geometry{static_cast<double>(trial.field.width),
-                                 static_cast<double>(trial.field.height), trial.scale, trial.scale,
-                                 found.binning};
+    const PlateGeometry geometry = geometryOf(trial, found.binning);
     WideSettings settings;
     settings.start = trial.start;
     settings.radiusDeg = blind.farthestFromStart;
@@ -158,27 +158,50 @@ void report(const char* name, int tried, const std::vector<double>& errors, int 
     std::printf("; slowest %.0f ms\n", slowest);
 }
 
-template <typename Make, typename Solve>
-void runWith(Solve&& solveIt, const char* name, int count, const StarCatalog& catalog, unsigned seed,
-             Make&& make) {
-    Dice dice(seed);
+enum class Search { kNearby, kWide, kWideAnyScale };
+
+/// A campaign of fields that are to be found.
+struct Findable {
+    const char* name;
+    const char* title;
+    unsigned seed;
+    Search search;
+    std::optional<Trial> (*make)(Dice& dice, const StarCatalog& catalog);
+};
+
+/// A campaign of tries that must come to nothing.
+struct Unfindable {
+    const char* name;
+    const char* title;
+    unsigned seed;
+    Result (*attempt)(Dice& dice, const StarCatalog& catalog);
+};
+
+void tellUnsolved(const Trial& trial, const Result& result, const StarCatalog& catalog) {
+    std::printf(
+        "  unsolved: ra %.3f dec %.3f scale %.3f, %zu stars in the image, %zu in the catalogue, told %.3f\n",
+        trial.field.wcs.reference.ra, trial.field.wcs.reference.dec,
+        3600 * std::hypot(trial.field.wcs.cd[0], trial.field.wcs.cd[2]), result.stars,
+        starsInside(catalog, trial.field), trial.scale);
+}
+
+void run(const Findable& campaign, int count, const StarCatalog& catalog) {
+    Dice dice(campaign.seed);
     std::vector<double> errors;
     int tried = 0;
     int wrong = 0;
     double slowest = 0;
     while (tried < count) {
-        const std::optional<Trial> trial = make(dice);
+        const std::optional<Trial> trial = campaign.make(dice, catalog);
         if (!trial) continue;
         ++tried;
-        const Result result = solveIt(*trial);
+        const Result result =
+            campaign.search == Search::kNearby
+                ? solve(*trial, catalog)
+                : solveBlind(*trial, catalog, {.scaleKnown = campaign.search == Search::kWide});
         slowest = std::max(slowest, result.milliseconds);
         if (!result.solution) {
-            std::printf(
-                "  unsolved: ra %.3f dec %.3f scale %.3f, %zu stars in the image, %zu in the catalogue, told "
-                "%.3f\n",
-                trial->field.wcs.reference.ra, trial->field.wcs.reference.dec,
-                3600 * std::hypot(trial->field.wcs.cd[0], trial->field.wcs.cd[2]), result.stars,
-                starsInside(catalog, trial->field), trial->scale);
+            tellUnsolved(*trial, result, catalog);
             continue;
         }
         const double off = offPixels(*trial, *result.solution);
@@ -187,60 +210,48 @@ void runWith(Solve&& solveIt, const char* name, int count, const StarCatalog& ca
         else
             errors.push_back(off);
     }
-    report(name, count, errors, wrong, slowest);
+    report(campaign.title, count, errors, wrong, slowest);
 }
 
-template <typename Make>
-void run(const char* name, int count, const StarCatalog& catalog, unsigned seed, Make&& make) {
-    runWith([&](const Trial& trial) { return solve(trial, catalog); }, name, count, catalog, seed, make);
-}
-
-template <typename Make>
-void runBlind(const char* name, int count, const StarCatalog& catalog, unsigned seed, bool scaleKnown,
-              Make&& make) {
-    runWith([&](const Trial& trial) { return solveBlind(trial, catalog, {.scaleKnown = scaleKnown}); }, name,
-            count, catalog, seed, make);
-}
-
-/// Tries that must come to nothing; attempt(dice) makes one.
-template <typename Try>
-void runEmpty(const char* name, int count, unsigned seed, Try&& attempt) {
-    Dice dice(seed);
+void run(const Unfindable& campaign, int count, const StarCatalog& catalog) {
+    Dice dice(campaign.seed);
     int solved = 0;
     std::vector<double> times;
     for (int i = 0; i < count; ++i) {
-        const Result result = attempt(dice);
+        const Result result = campaign.attempt(dice, catalog);
         solved += result.solution.has_value();
         times.push_back(result.milliseconds);
     }
     std::sort(times.begin(), times.end());
-    std::printf("%s: %d false solutions in %d tries; %.0f ms (median), %.0f (95 %%), %.0f (worst)\n", name,
-                solved, count, times[times.size() / 2], times[times.size() * 95 / 100], times.back());
+    std::printf("%s: %d false solutions in %d tries; %.0f ms (median), %.0f (95 %%), %.0f (worst)\n",
+                campaign.title, solved, count, times[times.size() / 2], times[times.size() * 95 / 100],
+                times.back());
 }
 
-/// Points strewn at random over an image, few to many.
-Result solvePoints(Dice& dice, const StarCatalog& catalog) {
-    std::vector<ImageStar> chance;
+/// Points strewn at random over an image of 1024 x 768, few to many.
+std::vector<ImageStar> pointsByChance(Dice& dice) {
+    std::vector<ImageStar> points;
     const auto count = static_cast<int>(dice.between(5, 400));
     for (int s = 0; s < count; ++s)
-        chance.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
+        points.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
+    return points;
+}
+
+Result solvePoints(Dice& dice, const StarCatalog& catalog) {
+    const auto chance = pointsByChance(dice);
     const double scale = dice.between(1, 8);
     const PlateGeometry geometry{1024, 768, scale, scale, 1};
     const auto begin = std::chrono::steady_clock::now();
     const SearchArea area = searchArea(geometry, test::anywhere(dice.random), 1.5, chance.size());
     Result result;
     result.solution = solvePlate(geometry, chance, area, catalog.cone(area.query(2000, 99)), {});
-    result.milliseconds =
-        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+    result.milliseconds = millisecondsSince(begin);
     return result;
 }
 
-/// The same in fields of 0.3 to 25 degrees without a position.
+/// In fields of 0.3 to 25 degrees without a position.
 Result solvePointsBlind(Dice& dice, const StarCatalog& catalog) {
-    std::vector<ImageStar> chance;
-    const auto count = static_cast<int>(dice.between(5, 400));
-    for (int s = 0; s < count; ++s)
-        chance.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
+    const auto chance = pointsByChance(dice);
     const double scale = std::exp(dice.between(std::log(1), std::log(90)));
     const PlateGeometry geometry{1024, 768, scale, scale, 1};
     const StarPatterns& sky = patterns();
@@ -295,6 +306,135 @@ Trial trialOff(Dice& dice, double distance, double bearingDeg) {
     return trial;
 }
 
+// ---- The campaigns
+
+std::optional<Trial> usualField(Dice& dice, const StarCatalog& /*catalog*/) {
+    return trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392);
+}
+
+/// With so many stars at the least; nothing when chance chose fewer.
+std::optional<Trial> smallField(Dice& dice, const StarCatalog& catalog, std::size_t stars) {
+    Trial trial = trialOf(dice, 1536, 1032, 0.64 * 3600 / 1536);
+    return starsInside(catalog, trial.field) >= stars ? std::optional(trial) : std::nullopt;
+}
+
+std::optional<Trial> smallFieldOfSix(Dice& dice, const StarCatalog& catalog) {
+    return smallField(dice, catalog, 6);
+}
+
+std::optional<Trial> smallFieldOfEight(Dice& dice, const StarCatalog& catalog) {
+    return smallField(dice, catalog, 8);
+}
+
+std::optional<Trial> fieldWithHotPixels(Dice& dice, const StarCatalog& /*catalog*/) {
+    Trial trial = trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392);
+    trial.field.hotShare = dice.between(0.0001, 0.0008);
+    return trial;
+}
+
+std::optional<Trial> fieldAFieldOff(Dice& dice, const StarCatalog& /*catalog*/) {
+    const double width = std::exp(dice.between(std::log(0.8), std::log(28)));
+    Trial trial = trialOf(dice, 1024, 768, width * 3600 / 1024);
+    trial.offset = std::max(1.5, width);
+    trial.start = dice.near(trial.field.wcs.reference, width);
+    return trial;
+}
+
+std::optional<Trial> fieldAtAnEdge(Dice& dice, const StarCatalog& /*catalog*/) {
+    Trial trial = trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392);
+    SkyPosition& centre = trial.field.wcs.reference;
+    if (dice.coin())
+        centre.dec = (dice.coin() ? 1 : -1) * dice.between(88.5, 90);
+    else
+        centre.ra = std::fmod(360 + dice.between(-0.5, 0.5), 360.0);
+    trial.start = dice.near(centre, 1);
+    return trial;
+}
+
+std::optional<Trial> shortExposure(Dice& dice, const StarCatalog& catalog, bool hot) {
+    Trial trial = trialOf(dice, 1536, 1032, dice.between(0.64, 1.0) * 3600 / 1536);
+    const double share = dice.between(0.0001, 0.0008);
+    trial.field.hotShare = hot ? share : 0;
+    trial.field.tenthMagnitude = 2500;
+    return starsInside(catalog, trial.field) >= 10 ? std::optional(trial) : std::nullopt;
+}
+
+std::optional<Trial> shortAndHot(Dice& dice, const StarCatalog& catalog) {
+    return shortExposure(dice, catalog, true);
+}
+
+std::optional<Trial> shortAndCold(Dice& dice, const StarCatalog& catalog) {
+    return shortExposure(dice, catalog, false);
+}
+
+std::optional<Trial> customaryFieldOff(Dice& dice, const StarCatalog& /*catalog*/) {
+    const double distance = dice.between(1.2, 1.4);
+    return trialOff(dice, distance, dice.between(0, 360));
+}
+
+std::optional<Trial> fieldOfAnyWidth(Dice& dice, const StarCatalog& /*catalog*/) {
+    return trialAnyWidth(dice);
+}
+
+Result solveFarOff(Dice& dice, const StarCatalog& catalog) {
+    return solve(trialOff(dice, 3, dice.coin() ? 90 : 270), catalog);
+}
+
+Result solveNoise(Dice& dice, const StarCatalog& catalog) {
+    Trial trial = trialElsewhere(dice);
+    trial.field.hotShare = dice.between(0, 0.002);
+    return solve(trial, catalog, false);
+}
+
+Result solveElsewhere(Dice& dice, const StarCatalog& catalog) { return solve(trialElsewhere(dice), catalog); }
+
+Result solveNoiseBlind(Dice& dice, const StarCatalog& catalog) {
+    Trial trial = trialAnyWidth(dice);
+    trial.field.hotShare = dice.between(0, 0.002);
+    return solveBlind(trial, catalog, {.stars = false});
+}
+
+Result solveElsewhereBlind(Dice& dice, const StarCatalog& catalog) {
+    Trial trial = trialAnyWidth(dice);
+    const SkyPosition centre = trial.field.wcs.reference;
+    trial.start = {std::fmod(centre.ra + 180, 360.0), -centre.dec};
+    return solveBlind(trial, catalog, {.farthestFromStart = 150});
+}
+
+Result solveScrambledBlind(Dice& dice, const StarCatalog& catalog) {
+    const Trial trial = trialAnyWidth(dice);
+    const auto sky = scrambled(catalog, trial, dice);
+    return solveBlind(trial, catalog, {.drawn = &sky});
+}
+
+constexpr Findable kFindable[] = {
+    {"accuracy", "fields of 0.8 x 0.6 degrees and more", 11, Search::kNearby, usualField},
+    {"small", "fields of 0.64 x 0.43 degrees with six stars or more", 12, Search::kNearby, smallFieldOfSix},
+    {"hot", "fields with 0.01 to 0.08 % hot pixels", 13, Search::kNearby, fieldWithHotPixels},
+    {"offset", "wide and narrow fields, a field off", 14, Search::kNearby, fieldAFieldOff},
+    {"poles", "fields at the poles and across 0 hours", 15, Search::kNearby, fieldAtAnEdge},
+    {"hot-small", "small fields in short exposures, hot pixels", 16, Search::kNearby, shortAndHot},
+    {"cold-small", "small fields in short exposures", 16, Search::kNearby, shortAndCold},
+    {"reach", "the customary field, start off by 1.2 to 1.4 degrees anywhere", 17, Search::kNearby,
+     customaryFieldOff},
+    {"blind", "fields of 0.8 to 20 degrees anywhere", 21, Search::kWide, fieldOfAnyWidth},
+    {"blind-any-scale", "fields of 0.8 to 20 degrees anywhere of any scale", 22, Search::kWideAnyScale,
+     fieldOfAnyWidth},
+    {"blind-small", "fields of 0.64 x 0.43 degrees with eight stars or more, anywhere", 23, Search::kWide,
+     smallFieldOfEight},
+};
+
+constexpr Unfindable kUnfindable[] = {
+    {"beyond", "the customary field, start off by 3 degrees in right ascension", 18, solveFarOff},
+    {"points", "points strewn at random", 77, solvePoints},
+    {"noise", "noise and hot pixels", 78, solveNoise},
+    {"elsewhere", "another region of the sky", 79, solveElsewhere},
+    {"blind-points", "points strewn at random, the whole sky", 24, solvePointsBlind},
+    {"blind-noise", "noise and hot pixels, the whole sky", 25, solveNoiseBlind},
+    {"blind-elsewhere", "the whole sky but the field's own region", 26, solveElsewhereBlind},
+    {"blind-scrambled", "the right stars in wrong places, the whole sky", 27, solveScrambledBlind},
+};
+
 int draw(int argc, char** argv, const StarCatalog& catalog) {
     test::StarField field;
     field.width = static_cast<std::size_t>(std::atoi(argv[3]));
@@ -313,103 +453,16 @@ int main(int argc, char** argv) {
     const int count = argc > 2 ? std::atoi(argv[2]) : 200;
     const auto catalog = TychoCatalog::openBuiltIn();
     if (what == "draw" && argc >= 6) return draw(argc, argv, *catalog);
-    if (what == "accuracy") {
-        run("fields of 0.8 x 0.6 degrees and more", count, *catalog, 11,
-            [](Dice& dice) { return trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392); });
-    } else if (what == "small") {
-        run("fields of 0.64 x 0.43 degrees with six stars or more", count, *catalog, 12,
-            [&](Dice& dice) -> std::optional<Trial> {
-                Trial trial = trialOf(dice, 1536, 1032, 0.64 * 3600 / 1536);
-                return starsInside(*catalog, trial.field) >= 6 ? std::optional(trial) : std::nullopt;
-            });
-    } else if (what == "hot") {
-        run("fields with 0.01 to 0.08 % hot pixels", count, *catalog, 13, [](Dice& dice) {
-            Trial trial = trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392);
-            trial.field.hotShare = dice.between(0.0001, 0.0008);
-            return trial;
-        });
-    } else if (what == "offset") {
-        run("wide and narrow fields, a field off", count, *catalog, 14, [](Dice& dice) {
-            const double width = std::exp(dice.between(std::log(0.8), std::log(28)));
-            Trial trial = trialOf(dice, 1024, 768, width * 3600 / 1024);
-            trial.offset = std::max(1.5, width);
-            trial.start = dice.near(trial.field.wcs.reference, width);
-            return trial;
-        });
-    } else if (what == "poles") {
-        run("fields at the poles and across 0 hours", count, *catalog, 15, [](Dice& dice) {
-            Trial trial = trialOf(dice, 1392, 1040, dice.between(0.8, 3.0) * 3600 / 1392);
-            SkyPosition& centre = trial.field.wcs.reference;
-            if (dice.coin()) {
-                centre.dec = (dice.coin() ? 1 : -1) * dice.between(88.5, 90);
-            } else {
-                centre.ra = std::fmod(360 + dice.between(-0.5, 0.5), 360.0);
-            }
-            trial.start = dice.near(centre, 1);
-            return trial;
-        });
-    } else if (what == "hot-small" || what == "cold-small") {
-        run("small fields in short exposures", count, *catalog, 16, [&](Dice& dice) -> std::optional<Trial> {
-            Trial trial = trialOf(dice, 1536, 1032, dice.between(0.64, 1.0) * 3600 / 1536);
-            const double share = dice.between(0.0001, 0.0008);
-            trial.field.hotShare = what == "hot-small" ? share : 0;
-            trial.field.tenthMagnitude = 2500;
-            return starsInside(*catalog, trial.field) >= 10 ? std::optional(trial) : std::nullopt;
-        });
-    } else if (what == "reach") {
-        run("the customary field, start off by 1.2 to 1.4 degrees anywhere", count, *catalog, 17,
-            [](Dice& dice) { return trialOff(dice, dice.between(1.2, 1.4), dice.between(0, 360)); });
-    } else if (what == "beyond") {
-        runEmpty("the customary field, start off by 3 degrees in right ascension", count, 18,
-                 [&](Dice& dice) { return solve(trialOff(dice, 3, dice.coin() ? 90 : 270), *catalog); });
-    } else if (what == "points") {
-        runEmpty("points strewn at random", count, 77,
-                 [&](Dice& dice) { return solvePoints(dice, *catalog); });
-    } else if (what == "noise") {
-        runEmpty("noise and hot pixels", count, 78, [&](Dice& dice) {
-            Trial trial = trialElsewhere(dice);
-            trial.field.hotShare = dice.between(0, 0.002);
-            return solve(trial, *catalog, false);
-        });
-    } else if (what == "elsewhere") {
-        runEmpty("another region of the sky", count, 79,
-                 [&](Dice& dice) { return solve(trialElsewhere(dice), *catalog); });
-    } else if (what == "blind") {
-        runBlind("fields of 0.8 to 20 degrees anywhere", count, *catalog, 21, true, trialAnyWidth);
-    } else if (what == "blind-any-scale") {
-        runBlind("fields of 0.8 to 20 degrees anywhere of any scale", count, *catalog, 22, false,
-                 trialAnyWidth);
-    } else if (what == "blind-small") {
-        runBlind("fields of 0.64 x 0.43 degrees with eight stars or more, anywhere", count, *catalog, 23,
-                 true, [&](Dice& dice) -> std::optional<Trial> {
-                     Trial trial = trialOf(dice, 1536, 1032, 0.64 * 3600 / 1536);
-                     return starsInside(*catalog, trial.field) >= 8 ? std::optional(trial) : std::nullopt;
-                 });
-    } else if (what == "blind-points") {
-        runEmpty("points strewn at random, the whole sky", count, 24,
-                 [&](Dice& dice) { return solvePointsBlind(dice, *catalog); });
-    } else if (what == "blind-noise") {
-        runEmpty("noise and hot pixels, the whole sky", count, 25, [&](Dice& dice) {
-            Trial trial = trialAnyWidth(dice);
-            trial.field.hotShare = dice.between(0, 0.002);
-            return solveBlind(trial, *catalog, {.stars = false});
-        });
-    } else if (what == "blind-elsewhere") {
-        runEmpty("the whole sky but the field's own region", count, 26, [&](Dice& dice) {
-            Trial trial = trialAnyWidth(dice);
-            const SkyPosition centre = trial.field.wcs.reference;
-            trial.start = {std::fmod(centre.ra + 180, 360.0), -centre.dec};
-            return solveBlind(trial, *catalog, {.farthestFromStart = 150});
-        });
-    } else if (what == "blind-scrambled") {
-        runEmpty("the right stars in wrong places, the whole sky", count, 27, [&](Dice& dice) {
-            const Trial trial = trialAnyWidth(dice);
-            const auto sky = scrambled(*catalog, trial, dice);
-            return solveBlind(trial, *catalog, {.drawn = &sky});
-        });
-    } else {
-        std::fprintf(stderr, "see the head of bench/solver_trials.cpp\n");
-        return 2;
-    }
-    return 0;
+    for (const Findable& campaign : kFindable)
+        if (what == campaign.name) {
+            run(campaign, count, *catalog);
+            return 0;
+        }
+    for (const Unfindable& campaign : kUnfindable)
+        if (what == campaign.name) {
+            run(campaign, count, *catalog);
+            return 0;
+        }
+    std::fprintf(stderr, "see the head of bench/solver_trials.cpp\n");
+    return 2;
 }
