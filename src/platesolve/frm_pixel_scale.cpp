@@ -3,7 +3,7 @@
 namespace vantrel::platesolve {
 
 frmPixelScale::frmPixelScale(platform::Screen& screen)
-    : Form(screen, "frmPixelScale", "Pixel Scale Calculator", {160, 160, 380, 330}),
+    : Form(screen, "frmPixelScale", "Pixel Scale Calculator", {160, 160, 380, 260}),
       txtFL(*this, "txtFL"),
       cmbUnits(*this, "cmbUnits"),
       txtPixelSizeX(*this, "txtPixelSizeX"),
