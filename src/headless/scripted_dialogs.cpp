@@ -38,7 +38,7 @@ std::string ScriptedDialogs::chooseFolder(const std::string&) { return take(fold
 
 std::string ScriptedDialogs::choose(const std::string&, const std::vector<Choice>& choices,
                                     const std::string&) {
-    const std::string answer = take(choices_);
+    std::string answer = take(choices_);
     for (const Choice& choice : choices)
         if (equalIgnoringCase(choice.id, answer) || choice.description == answer) return choice.id;
     return answer;

@@ -63,8 +63,9 @@ std::vector<Item> itemsOn(QWidget& window, const QTabWidget* tabs, const QWidget
             items.push_back({widget, caption, std::move(letters)});
     }
     // Fields may share a letter, which then goes from one to the next; buttons should not.
-    std::ranges::stable_partition(
-        items, [](const Item& item) { return dynamic_cast<const QAbstractButton*>(item.widget) != nullptr; });
+    std::stable_partition(items.begin(), items.end(), [](const Item& item) {
+        return dynamic_cast<const QAbstractButton*>(item.widget) != nullptr;
+    });
     return items;
 }
 

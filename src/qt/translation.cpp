@@ -31,7 +31,7 @@ QStringList partsOf(const QString& text, const char* pattern) {
 }  // namespace
 
 QString inWords(const std::string& form, const std::string& text) {
-    const QString plain = QString::fromStdString(text);
+    QString plain = QString::fromStdString(text);
     for (const auto& [owner, own] : ownTexts()) {
         if (form != owner) continue;
         if (text == own) return QCoreApplication::translate(owner, own);
