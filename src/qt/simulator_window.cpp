@@ -218,13 +218,13 @@ void SimulatorWindow::addKeys() {
         connect(shortcut, &QShortcut::activated, button, &QPushButton::click);
     };
     const struct {
-        Qt::Key key;
         const char* turns;
+        Qt::Key key;
         int coarse, fine, finest;
-    } arrows[] = {{Qt::Key_Left, "cmdAzimuth", 0, 1, 2},
-                  {Qt::Key_Right, "cmdAzimuth", 5, 4, 3},
-                  {Qt::Key_Down, "cmdElevation", 0, 1, 2},
-                  {Qt::Key_Up, "cmdElevation", 5, 4, 3}};
+    } arrows[] = {{"cmdAzimuth", Qt::Key_Left, 0, 1, 2},
+                  {"cmdAzimuth", Qt::Key_Right, 5, 4, 3},
+                  {"cmdElevation", Qt::Key_Down, 0, 1, 2},
+                  {"cmdElevation", Qt::Key_Up, 5, 4, 3}};
     for (const auto& arrow : arrows) {
         key(QKeySequence(arrow.key), numbered(arrow.turns, arrow.fine));
         key(QKeySequence(Qt::SHIFT | arrow.key), numbered(arrow.turns, arrow.coarse));
