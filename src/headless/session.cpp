@@ -165,7 +165,7 @@ bool Session::over() const {
     return closing_ && (targets_.program.ended() || targets_.loop.clock().utc() - closingBegan_ > kPatience);
 }
 
-void Session::refuse(const Command& command, Json reason) {
+void Session::refuse(const Command& command, const Json& reason) {
     Json fields = {{"ok", false}};
     fields.update(reason);
     reply(idOf(command.json), fields);

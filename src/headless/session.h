@@ -50,7 +50,7 @@ class Session {
     Next carryOut(const Command& command);
     Next finish(const Command& command, Outcome outcome);
     bool startAllows(OperatorCommands::Needs needs);
-    void refuse(const Command& command, Json reason);
+    void refuse(const Command& command, const Json& reason);
     void reply(const Json& id, const Json& fields);
 
     CommandTargets targets_;
