@@ -169,10 +169,10 @@ inline void writeGuideStars(const fs::path& root) {
             int id = 0;
             eachStar(count, box.raMin, box.raMax, box.decMin, box.decMax,
                      [&](const auto& star) { rows += test::guideStarRow(++id, star); });
-            test::writeTreeFile(file, test::guideStarFile(rows));
+            test::writeFile(file, test::guideStarFile(rows));
         }
     }
-    test::writeTreeFile(root / "TABLES" / "REGIONS.TBL", test::guideRegionFile(regions));
+    test::writeFile(root / "TABLES" / "REGIONS.TBL", test::guideRegionFile(regions));
 }
 
 inline void writeTycho2(const fs::path& root) {
@@ -205,7 +205,7 @@ inline void writeTycho2(const fs::path& root) {
     out.close();
     fs::resize_file(catalog, (record - 1) * 207);
     indexLine({0, 0, 0, 0});
-    test::writeTreeFile(root / "data" / "index.dat", index);
+    test::writeFile(root / "data" / "index.dat", index);
 }
 
 inline void writeCells(const fs::path& root, const std::string& ending, double density) {
@@ -228,7 +228,7 @@ inline void writeCells(const fs::path& root, const std::string& ending, double d
             test::TreeStars stars;
             eachStar(count, box.raMin, box.raMax, south, north,
                      [&](const auto& star) { stars.push_back(star); });
-            test::writeTreeFile(file, test::cellFile(stars, 5));
+            test::writeFile(file, test::cellFile(stars, 5));
         }
     }
 }

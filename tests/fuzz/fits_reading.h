@@ -3,9 +3,10 @@
 
 #include <vector>
 
-#include "fuzz/scratch_folder.h"
+#include "fuzz/input.h"
 #include "observatory/sky/fits_image.h"
 #include "observatory/solver/exposure_facts.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::fuzz {
 
@@ -22,7 +23,7 @@ inline bool isPlainFits(std::string_view bytes) {
 /// Opens the file, reads all its rows and asks everything that the solver asks of a header.
 inline void readFits(std::string_view bytes) {
     constexpr std::size_t kMostPixels = 1'000'000;
-    static const ScratchFolder folder;
+    static const test::TempFolder folder(test::TempFolder::quickPlace());
     try {
         const auto image = observatory::FitsImage::open(folder.write("image.fit", bytes));
         if (const auto wcs = image.wcs()) wcs->toPixel(wcs->toSky({1, 2}));

@@ -1,10 +1,11 @@
 // The compact catalogue file: opened, checked and searched.
-#include "fuzz/scratch_folder.h"
+#include "fuzz/input.h"
 #include "observatory/sky/tycho_catalog.h"
+#include "support/temp_folder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace vantrel;
-    static const fuzz::ScratchFolder folder;
+    static const test::TempFolder folder(test::TempFolder::quickPlace());
     try {
         const observatory::TychoCatalog catalog(folder.write("stars.bin", fuzz::textOf(data, size)));
         catalog.verify();

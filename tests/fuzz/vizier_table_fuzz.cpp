@@ -1,5 +1,5 @@
 // Answers of the catalogue service, as text from the network.
-#include "fuzz/scratch_folder.h"
+#include "fuzz/input.h"
 #include "observatory/catalogs/vizier_catalog.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <map>
 #include <numbers>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "support/fits_bytes.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::test {
 
@@ -37,11 +37,6 @@ inline std::string formatted(const char* format, ...) {
     std::vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
     return text;
-}
-
-inline void writeTreeFile(const std::filesystem::path& file, const std::string& bytes) {
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 template <typename Integer>
@@ -170,8 +165,8 @@ inline void writeUsnoA(const std::filesystem::path& root, const TreeStars& stars
     for (std::size_t zone = 0; zone < zones.size(); ++zone) {
         const auto place = onDiscs ? root / formatted("CD%02d", kDiscs[zone]) : root;
         const std::string name = formatted(onDiscs ? "ZONE%04zu" : "zone%04zu", 75 * zone);
-        writeTreeFile(place / (name + (onDiscs ? ".CAT" : ".cat")), zones[zone]);
-        writeTreeFile(place / (name + (onDiscs ? ".ACC" : ".acc")), accelerator(zones[zone].size() / 12));
+        writeFile(place / (name + (onDiscs ? ".CAT" : ".cat")), zones[zone]);
+        writeFile(place / (name + (onDiscs ? ".ACC" : ".acc")), accelerator(zones[zone].size() / 12));
     }
 }
 
@@ -179,8 +174,8 @@ inline void writeUsnoB(const std::filesystem::path& root, const TreeStars& stars
     const auto zones = zoneRecords(stars, 1800, 0.1, usnoBRecord);
     for (std::size_t zone = 0; zone < zones.size(); ++zone) {
         const auto place = root / formatted("%03zu", zone / 10);
-        writeTreeFile(place / formatted("b%04zu.cat", zone), zones[zone]);
-        writeTreeFile(place / formatted("b%04zu.acc", zone), accelerator(zones[zone].size() / 80));
+        writeFile(place / formatted("b%04zu.cat", zone), zones[zone]);
+        writeFile(place / formatted("b%04zu.acc", zone), accelerator(zones[zone].size() / 80));
     }
 }
 
@@ -188,7 +183,7 @@ inline void writeUsnoB(const std::filesystem::path& root, const TreeStars& stars
 inline void writeUcac2(const std::filesystem::path& zonesFolder, const TreeStars& stars) {
     const auto zones = zoneRecords(stars, 288, 0.5, ucac2Record);
     for (std::size_t zone = 0; zone < zones.size(); ++zone)
-        writeTreeFile(zonesFolder / formatted("z%03zu", zone + 1), zones[zone]);
+        writeFile(zonesFolder / formatted("z%03zu", zone + 1), zones[zone]);
 }
 
 inline void writeUcac4(const std::filesystem::path& zonesFolder, const std::filesystem::path& tableFolder,
@@ -203,8 +198,8 @@ inline void writeUcac4(const std::filesystem::path& zonesFolder, const std::file
         return ucac4Record(star, number);
     });
     for (std::size_t zone = 0; zone < zones.size(); ++zone)
-        writeTreeFile(zonesFolder / formatted("z%03zu", zone + 1), zones[zone]);
-    writeTreeFile(tableFolder / "u4hpm.dat", table);
+        writeFile(zonesFolder / formatted("z%03zu", zone + 1), zones[zone]);
+    writeFile(tableFolder / "u4hpm.dat", table);
 }
 
 struct FitsColumn {
@@ -327,11 +322,11 @@ inline void writeGuideStars(const std::filesystem::path& root, const TreeStars& 
         std::size_t zone = kGuideZones.size() - 1;
         while (kGuideZones[zone].firstRegion > region) --zone;
         const auto folder = (asOnDisc ? root / "GSC" : root) / name(kGuideZones[zone].name);
-        writeTreeFile(folder / (name(formatted("%04d.GSC", region)) + (asOnDisc ? ";1" : "")),
-                      guideStarFile(text));
+        writeFile(folder / (name(formatted("%04d.GSC", region)) + (asOnDisc ? ";1" : "")),
+                  guideStarFile(text));
     }
-    writeTreeFile(root / name("TABLES") / (name("REGIONS.TBL") + (asOnDisc ? ";1" : "")),
-                  guideRegionFile(regions));
+    writeFile(root / name("TABLES") / (name("REGIONS.TBL") + (asOnDisc ? ";1" : "")),
+              guideRegionFile(regions));
 }
 
 /// Boxes of 15 by 7.5 degrees; every seventh star stands in the supplement. As on the disc (one catalog.dat
@@ -368,15 +363,15 @@ inline void writeTycho2(const std::filesystem::path& root, const TreeStars& star
         for (std::size_t i = first; i < std::min(last, all.size()); ++i) text += all[i];
         return text;
     };
-    writeTreeFile(root / "suppl_1.dat", joined(supplement, 0, supplement.size()));
-    writeTreeFile((asOnDisc ? root / "data" : root) / "index.dat", index);
+    writeFile(root / "suppl_1.dat", joined(supplement, 0, supplement.size()));
+    writeFile((asOnDisc ? root / "data" : root) / "index.dat", index);
     if (asOnDisc) {
-        writeTreeFile(root / "data" / "catalog.dat", joined(lines, 0, lines.size()));
+        writeFile(root / "data" / "catalog.dat", joined(lines, 0, lines.size()));
         return;
     }
     const std::size_t part = lines.size() / 3 + 1;
     for (std::size_t i = 0; i < 3; ++i)
-        writeTreeFile(root / formatted("tyc2.dat.%02zu", i), joined(lines, i * part, (i + 1) * part));
+        writeFile(root / formatted("tyc2.dat.%02zu", i), joined(lines, i * part, (i + 1) * part));
 }
 
 /// Edges of the northern rings and cells of each ring from the pole on.
@@ -442,9 +437,8 @@ inline void writeCells(const std::filesystem::path& root, const TreeStars& stars
         cells[{ring, 1 + static_cast<int>(star.ra / 360 * cellsIn(ring))}].push_back(star);
     }
     for (const auto& [place, inside] : cells)
-        writeTreeFile(
-            root / formatted("%s_%02d%02d.%s", name.c_str(), place.first, place.second, ending.c_str()),
-            cellFile(inside, recordBytes));
+        writeFile(root / formatted("%s_%02d%02d.%s", name.c_str(), place.first, place.second, ending.c_str()),
+                  cellFile(inside, recordBytes));
 }
 
 }  // namespace vantrel::test

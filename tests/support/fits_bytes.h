@@ -1,14 +1,8 @@
 // FITS files made card by card, sound ones and hostile ones.
 #pragma once
 
-#include <bit>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace vantrel::test {
 
@@ -35,12 +29,6 @@ std::string bigEndian(Bits value) {
 inline std::string padded(std::string data) {
     data.resize((data.size() + 2879) / 2880 * 2880, '\0');
     return data;
-}
-
-inline std::filesystem::path writeBytes(const std::string& name, const std::string& bytes) {
-    const auto path = std::filesystem::path(testing::TempDir()) / name;
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-    return path;
 }
 
 }  // namespace vantrel::test

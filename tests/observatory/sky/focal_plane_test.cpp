@@ -11,13 +11,12 @@ constexpr Vector3 kUp{0, 0, 1};
 constexpr Vector3 kEast{0, 1, 0};
 
 TEST(FocalPlane, OrientationsAsLookedAtWithRowZeroOnTop) {
-    struct Case {
+    const struct {
         double rotation;
         bool mirrored;
         double upX, upY, eastX, eastY;  // unit steps in columns and rows
         const char* why;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {0, false, 0, -1, -1, 0, "up on top, east on the left"},
         {90, false, 1, 0, 0, -1, "east on top, so up is on the right"},
         {180, false, 0, 1, 1, 0, "upside down"},
@@ -25,7 +24,7 @@ TEST(FocalPlane, OrientationsAsLookedAtWithRowZeroOnTop) {
         {0, true, 0, -1, 1, 0, "mirrored: east on the right"},
         {90, true, -1, 0, 0, -1, "mirrored after the rotation"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const FocalPlane plane(kAxis, kUp, kEast, {0.001, 101, 51, c.rotation, c.mirrored});
         const double step = std::tan(0.02 * kDegree) / (0.001 * kDegree);  // 20 pixels
         const auto up = plane.pixel(direction(0, 0.02 * kDegree));

@@ -3,46 +3,31 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <fstream>
-#include <numbers>
 
 #include <gtest/gtest.h>
 
+#include "observatory/sky/tangent_wcs.h"
+#include "support/refusal.h"
+#include "support/temp_folder.h"
+
 namespace vantrel::observatory {
 namespace {
-
-constexpr double kDegree = std::numbers::pi / 180;
 
 const TychoCatalog& builtIn() {
     static const auto catalog = TychoCatalog::openBuiltIn();
     return *catalog;
 }
 
-double separationArcsec(const CatalogStar& s, double ra, double dec) {
-    const double dRa = std::remainder(s.raDeg - ra, 360.0) * std::cos(dec * kDegree);
-    return std::hypot(dRa, s.decDeg - dec) * 3600;
-}
-
-std::filesystem::path temporaryFile(const std::string& name, const std::string& bytes) {
-    const auto path = std::filesystem::path(testing::TempDir()) / name;
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
-}
-
-std::string builtInBytes() {
-    std::ifstream in(builtIn().folder() / kTychoFileName, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
+std::string builtInBytes() { return test::contentsOf(builtIn().folder() / kTychoFileName); }
 
 // Places from SIMBAD (ICRS, epoch 2000.0; Hipparcos and Gaia), the 1950 place of Barnard's star by its proper
 // motion there (-798.6, +10328.1 mas/yr; Tycho-2 has 10277). Cells give 0.13" rms; binaries stand to about
 // 1".
 TEST(TychoCatalog, KnowsStarsAtTheEpochAskedFor) {
-    struct Case {
+    const struct {
         const char* name;
         double ra, dec, magnitude, epoch, arcsec;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"Sirius", 101.287155, -16.716116, -1.46, 2000, 1.0},
         {"Vega", 279.234735, 38.783689, 0.03, 2000, 0.5},
         {"Arcturus, 2.3 arcsec a year", 213.915300, 19.182409, -0.05, 2000, 1.0},
@@ -51,15 +36,15 @@ TEST(TychoCatalog, KnowsStarsAtTheEpochAskedFor) {
         {"Barnard's star", 269.452077, 4.693365, 9.51, 2000, 1.0},
         {"Barnard's star half a century before", 269.463207, 4.549443, 9.51, 1950, 5.0},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const auto stars = builtIn().cone({.raDeg = c.ra,
                                            .decDeg = c.dec,
                                            .radiusDeg = 0.02,
                                            .epochYear = c.epoch,
                                            .brightestFirst = true});
         ASSERT_FALSE(stars.empty()) << c.name;
-        EXPECT_LT(separationArcsec(stars.front(), c.ra, c.dec), c.arcsec) << c.name;
-        EXPECT_NEAR(stars.front().magnitude, c.magnitude, 0.45) << c.name;
+        EXPECT_LT(separationDeg({stars[0].raDeg, stars[0].decDeg}, {c.ra, c.dec}) * 3600, c.arcsec) << c.name;
+        EXPECT_NEAR(stars[0].magnitude, c.magnitude, 0.45) << c.name;
     }
 }
 
@@ -69,18 +54,13 @@ TEST(TychoCatalog, ConeHoldsExactlyTheStarsInside) {
     const auto all = builtIn().cone({.raDeg = 0, .decDeg = 0, .radiusDeg = 180});
     EXPECT_EQ(all.size(), 2550960U);
     EXPECT_EQ(builtIn().starCount(), 2550960U);
-    struct Case {
+    const struct {
         double ra, dec, radius;
-    };
-    for (const Case& c :
-         {Case{0.1, 0, 1.5}, Case{359.9, 45, 2}, Case{720.3, -30, 1}, Case{80, 90, 1}, Case{200, -89.5, 2},
-          Case{123, 89.2, 0.8}, Case{10, 60, 31}, Case{-170, -20, 0.3}}) {
-        const double sinD = std::sin(c.dec * kDegree);
-        const double cosD = std::cos(c.dec * kDegree);
+    } cases[] = {{0.1, 0, 1.5},   {359.9, 45, 2},   {720.3, -30, 1}, {80, 90, 1},
+                 {200, -89.5, 2}, {123, 89.2, 0.8}, {10, 60, 31},    {-170, -20, 0.3}};
+    for (const auto& c : cases) {
         const auto inside = std::count_if(all.begin(), all.end(), [&](const CatalogStar& s) {
-            return sinD * std::sin(s.decDeg * kDegree) +
-                       cosD * std::cos(s.decDeg * kDegree) * std::cos((s.raDeg - c.ra) * kDegree) >=
-                   std::cos(c.radius * kDegree);
+            return separationDeg({s.raDeg, s.decDeg}, {c.ra, c.dec}) <= c.radius;
         });
         const auto found = builtIn().cone({.raDeg = c.ra, .decDeg = c.dec, .radiusDeg = c.radius});
         EXPECT_NEAR(static_cast<double>(found.size()), static_cast<double>(inside), 1)
@@ -115,7 +95,8 @@ TEST(TychoCatalog, ChecksumTellsASingleChangedBit) {
     EXPECT_TRUE(builtIn().verify());
     std::string bytes = builtInBytes();
     bytes[5000000] = static_cast<char>(bytes[5000000] ^ 1);
-    EXPECT_FALSE(TychoCatalog(temporaryFile("bit.bin", bytes)).verify());
+    const test::TempFolder folder;
+    EXPECT_FALSE(TychoCatalog(folder.write("bit.bin", bytes)).verify());
     const char digits[] = "123456789";  // the customary check value of this CRC is CBF43926
     EXPECT_EQ(crc32(std::as_bytes(std::span(digits, 9))), 0xCBF43926U);
 }
@@ -127,12 +108,11 @@ TEST(TychoCatalog, RefusesDamagedFilesInOneLine) {
         std::memcpy(bytes.data() + at, &value, sizeof value);
         return bytes;
     };
-    struct Case {
+    const struct {
         const char* why;
         std::string bytes;
         const char* text;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"empty", "", "not a compact Tycho-2 catalogue"},
         {"other content", std::string(100000, 'x'), "not a compact Tycho-2 catalogue"},
         {"later version", changed(8, 2), "not a compact Tycho-2 catalogue"},
@@ -143,17 +123,14 @@ TEST(TychoCatalog, RefusesDamagedFilesInOneLine) {
         {"stars of a cell", changed(64 + 720 + 1000, 0xFFFFFFFF), "its tables disagree"},
         {"gap code", changed(good.size() - 4 * 168381 - 5000, 0xFFFFFFFF), "its tables disagree"},
     };
-    for (const Case& c : cases) {
-        const auto path = temporaryFile("damaged.bin", c.bytes);
-        try {
-            TychoCatalog catalog(path);
-            ADD_FAILURE() << c.why;
-        } catch (const CatalogError& e) {
-            EXPECT_NE(std::string(e.what()).find(c.text), std::string::npos) << c.why << ": " << e.what();
-        }
+    const test::TempFolder folder;
+    for (const auto& c : cases) {
+        const std::string says =
+            test::refusalOf<CatalogError>([&] { TychoCatalog(folder.write("damaged.bin", c.bytes)); });
+        EXPECT_NE(says.find(c.text), std::string::npos) << c.why << ": " << says;
     }
-    EXPECT_THROW(TychoCatalog(std::filesystem::path(testing::TempDir())), CatalogError);
-    EXPECT_THROW(TychoCatalog("/nowhere/at/all.bin"), CatalogError);
+    EXPECT_THROW(TychoCatalog{folder.path()}, CatalogError);
+    EXPECT_THROW(TychoCatalog{folder / "missing.bin"}, CatalogError);
 }
 
 }  // namespace
