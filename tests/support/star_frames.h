@@ -30,6 +30,7 @@ struct FrameRecipe {
     FrameStar nebula{0, 0, 100, 0};
     std::vector<FrameStar> stars;
     double wrongPixels = 0;  // share of all
+    bool mosaic = false;     // a colour sensor: levels of red, green and blue differ
 
     /// Of a sky pixel, one electron a count.
     double noise() const { return std::sqrt(sky + readNoise * readNoise); }
@@ -48,6 +49,7 @@ class FramePainter {
     platform::ImageArray paint(const FrameRecipe& recipe) {
         std::vector<float> light = skyOf(recipe);
         for (const FrameStar& star : recipe.stars) addStar(light, recipe, star);
+        if (recipe.mosaic) dyePixels(light, static_cast<std::size_t>(recipe.width));
         std::vector<std::uint16_t> counts(light.size());
         const auto readVariance = static_cast<float>(recipe.readNoise * recipe.readNoise);
         const auto columns = static_cast<std::size_t>(recipe.width);
@@ -69,6 +71,12 @@ class FramePainter {
   private:
     static std::uint16_t asCount(float value) {
         return static_cast<std::uint16_t>(std::clamp(value + 0.5F, 0.0F, 65535.0F));
+    }
+
+    static void dyePixels(std::vector<float>& light, std::size_t width) {
+        constexpr float kShares[4] = {0.7F, 1.0F, 1.0F, 0.5F};
+        for (std::size_t i = 0; i < light.size(); ++i)
+            light[i] *= kShares[i % width % 2 + 2 * (i / width % 2)];
     }
 
     static std::vector<float> skyOf(const FrameRecipe& recipe) {

@@ -2,7 +2,6 @@
 
 #include "observatory/solver/star_patterns.h"
 
-#include <fstream>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -11,6 +10,7 @@
 #include "observatory/sky/tycho_distribution.h"
 #include "observatory/solver/pattern_store.h"
 #include "support/list_catalog.h"
+#include "support/refusal.h"
 #include "support/star_field.h"
 #include "support/temp_folder.h"
 
@@ -138,12 +138,7 @@ class PatternFile : public testing::Test {
     PatternFile() { made_->save(file_); }
 
     std::string reasonOf(std::uint32_t id = kId) const {
-        try {
-            StarPatterns::open(file_, id);
-            return "";
-        } catch (const PatternError& e) {
-            return e.what();
-        }
+        return test::refusalOf<PatternError>([&] { StarPatterns::open(file_, id); });
     }
 
     test::TempFolder folder_;
@@ -166,13 +161,12 @@ TEST_F(PatternFile, HoldsWhatWasMade) {
 
 TEST_F(PatternFile, IsRefusedWhenItIsNotAsItWasWritten) {
     const std::string whole = test::contentsOf(file_);
-    struct Case {
+    const struct {
         const char* why;
         std::size_t size;   ///< of the file
         std::size_t where;  ///< a byte that changes, or past the end
         const char* says;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"empty", 0, whole.size(), "holds no star patterns"},
         {"cut within the head", 20, whole.size(), "holds no star patterns"},
         {"cut within the tables", whole.size() / 2, whole.size(), "wrong size"},
@@ -184,13 +178,13 @@ TEST_F(PatternFile, IsRefusedWhenItIsNotAsItWasWritten) {
         {"a star's place", whole.size(), 60, "check sum"},
         {"the end", whole.size(), whole.size() - 1, "check sum"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         std::string bytes = whole.substr(0, c.size);
         if (c.where < bytes.size()) bytes[c.where] = static_cast<char>(bytes[c.where] ^ 0x10);
-        std::ofstream(file_, std::ios::binary) << bytes;
+        test::writeFile(file_, bytes);
         EXPECT_NE(reasonOf().find(c.says), std::string::npos) << c.why << ": " << reasonOf();
     }
-    std::ofstream(file_, std::ios::binary) << whole;
+    test::writeFile(file_, whole);
     EXPECT_EQ(reasonOf(), "");
     EXPECT_NE(reasonOf(kId + 1).find("another star catalogue"), std::string::npos);
     std::filesystem::remove(file_);
@@ -222,7 +216,7 @@ TEST(PatternStore, MakesOnceAndMendsWhatIsDamaged) {
     patterns(cache);
     EXPECT_TRUE(told.empty()) << "mended";
 
-    std::ofstream(folder / "file") << "in the way";
+    folder.write("file", "in the way");
     EXPECT_EQ(patterns(folder / "file/cache")->patternCount(), made->patternCount());
     ASSERT_EQ(told.size(), 2U);
     EXPECT_NE(told[1].find("can't be written"), std::string::npos) << told[1];

@@ -56,15 +56,13 @@ Seen seen(const test::StarField& field, double scale) {
 }
 
 TEST(SearchWide, FindsFieldsWithoutKnowingWhere) {
-    struct Case {
+    const struct {
         const char* why;
         SkyPosition centre;
-        double widthDeg;
-        double turn;
+        double widthDeg, turn;
         bool mirrored;
         double scaleError;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"anywhere", {83, 21}, 12, 10, false, 0.02},
         {"mirrored", {83, 21}, 12, 10, true, 0.02},
         {"the pole", {10, 89.5}, 14, 200, false, -0.02},
@@ -74,7 +72,7 @@ TEST(SearchWide, FindsFieldsWithoutKnowingWhere) {
         {"nor in the other direction", {201, -41}, 13, 300, false, -0.14},
         {"wide", {300, 50}, 25, -60, false, 0.01},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const auto field = fieldOf(c.centre, c.widthDeg, c.turn, c.mirrored);
         const double scale = c.widthDeg * 3600 / 700;
         const Seen image = seen(field, scale * (1 + c.scaleError));
