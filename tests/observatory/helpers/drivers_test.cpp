@@ -11,6 +11,7 @@
 namespace vantrel::observatory {
 namespace {
 
+using platform::Arguments;
 using testing::ElementsAre;
 
 class DriversTest : public testing::Test {
@@ -44,18 +45,20 @@ TEST_F(DriversTest, ChooserOffersTheDriversOfTheType) {
 }
 
 TEST_F(DriversTest, ProfileKnowsDescriptionsAndKeepsValues) {
-    EXPECT_EQ(profile_.call("GetValue", {"two.telescope", "", ""}).toText(), "The second mount");
-    EXPECT_EQ(profile_.call("GetValue", {"One.Telescope", "Port"}).toText(), "");
-    EXPECT_EQ(profile_.call("GetValue", {"One.Telescope", "Port", "", "COM1"}).toText(), "COM1");
     profile_.call("WriteValue", {"One.Telescope", "Port", "COM3"});
     profile_.call("WriteValue", {"One.Telescope", "Port", "COM4", "Spare"});
-    EXPECT_EQ(profile_.call("GetValue", {"One.Telescope", "Port", "", "COM1"}).toText(), "COM3");
-    EXPECT_EQ(profile_.call("GetValue", {"One.Telescope", "Port", "Spare"}).toText(), "COM4");
-    EXPECT_EQ(profile_.call("GetValue", {"Two.Telescope", "Port"}).toText(), "");
-
-    // A description that was written replaces the installed one.
-    profile_.call("WriteValue", {"One.Telescope", "", "My mount"});
+    const struct {
+        Arguments arguments;
+        const char* value;
+    } cases[] = {
+        {{"two.telescope", "", ""}, "The second mount"},  {{"One.Telescope", "Speed"}, ""},
+        {{"One.Telescope", "Speed", "", "9600"}, "9600"}, {{"One.Telescope", "Port", "", "COM1"}, "COM3"},
+        {{"One.Telescope", "Port", "Spare"}, "COM4"},     {{"Two.Telescope", "Port"}, ""}};
+    for (const auto& c : cases) EXPECT_EQ(profile_.call("GetValue", c.arguments).toText(), c.value);
+    profile_.call("WriteValue", {"One.Telescope", "", "My mount"});  // replaces the installed description
     EXPECT_EQ(profile_.call("GetValue", {"One.Telescope", ""}).toText(), "My mount");
+    for (const char* use : {"GetValue", "WriteValue"})
+        EXPECT_THROW(profile_.call(use, {"Nobody.Telescope", "", ""}), platform::AutomationError) << use;
 }
 
 TEST_F(DriversTest, ProfileListsDrivers) {
@@ -65,9 +68,8 @@ TEST_F(DriversTest, ProfileListsDrivers) {
     const auto devices = profile_.get("RegisteredDevices").toObject();
     ASSERT_EQ(devices->get("Count").toInt(), 2);
     EXPECT_EQ(devices->call("Item", {2}).toText(), "Two.Telescope");
-    EXPECT_THROW(devices->call("Item", {0}), platform::AutomationError);
-    EXPECT_THROW(devices->call("Item", {3}), platform::AutomationError);
-    EXPECT_THROW(profile_.call("GetValue", {"Nobody.Telescope", ""}), platform::AutomationError);
+    for (const int number : {0, 3})
+        EXPECT_THROW(devices->call("Item", {number}), platform::AutomationError) << number;
 }
 
 }  // namespace
