@@ -13,13 +13,12 @@ ImageViewport viewOf(int imageWidth, int imageHeight, int width, int height) {
 }
 
 TEST(ImageViewport, FitsImagesOfAllSizes) {
-    struct Row {
+    const struct {
         const char* what;
         int imageWidth, imageHeight, width, height;
         double scale;
         int x, y, shownWidth, shownHeight;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"wide image", 2000, 1000, 1000, 1000, 0.5, 0, 250, 1000, 500},
         {"tall image", 1000, 4000, 1000, 1000, 0.25, 375, 0, 250, 1000},
         {"small image, by a whole factor", 300, 200, 1000, 1000, 3, 50, 200, 900, 600},
@@ -27,7 +26,7 @@ TEST(ImageViewport, FitsImagesOfAllSizes) {
         {"exactly", 640, 480, 640, 480, 1, 0, 0, 640, 480},
         {"in a window of one pixel", 9576, 6388, 1, 1, 1.0 / 9576, 0, 0, 1, 1},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         const ImageViewport view = viewOf(row.imageWidth, row.imageHeight, row.width, row.height);
         const ViewWindow window = view.window();
@@ -57,13 +56,11 @@ TEST(ImageViewport, ZoomingKeepsWhatIsUnderTheCursor) {
 
 TEST(ImageViewport, StepsThroughWholeFactorsFromWhereverItIs) {
     ImageViewport view = viewOf(1000, 1000, 370, 370);
-    const double in[] = {1.0 / 2, 1, 2, 3, 4};
-    for (const double scale : in) {
+    for (const double scale : {1.0 / 2, 1.0, 2.0, 3.0, 4.0}) {
         view.zoomIn(view.middle());
         EXPECT_DOUBLE_EQ(view.scale(), scale);
     }
-    const double out[] = {3, 2, 1, 1.0 / 2, 0.37, 0.37};
-    for (const double scale : out) {
+    for (const double scale : {3.0, 2.0, 1.0, 1.0 / 2, 0.37, 0.37}) {
         view.zoomOut(view.middle());
         EXPECT_DOUBLE_EQ(view.scale(), scale);
     }

@@ -21,23 +21,22 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 TEST(ToneCurve, RunsFromBlackToWhiteThroughItsMidtone) {
     const ToneCurve curve(1000, 3000, 0.1);
-    struct Row {
+    const struct {
         float value;
         int tone;
-    };
-    const Row rows[] = {{-5, 0},
-                        {1000, 0},
-                        {1200, 127},
-                        {2999.9F, 253},
-                        {3000, 254},
-                        {65535, 254},
-                        {kInfinity, 255},
-                        {-kInfinity, 0},
-                        {kNaN, 0},
-                        {2147483000.0F, 255},
-                        {2147483648.0F, 255},
-                        {2.1e9F, 254}};
-    for (const Row& row : rows)
+    } rows[] = {{-5, 0},
+                {1000, 0},
+                {1200, 127},
+                {2999.9F, 253},
+                {3000, 254},
+                {65535, 254},
+                {kInfinity, 255},
+                {-kInfinity, 0},
+                {kNaN, 0},
+                {2147483000.0F, 255},
+                {2147483648.0F, 255},
+                {2.1e9F, 254}};
+    for (const auto& row : rows)
         EXPECT_NEAR(curve.at(row.value), row.tone, row.tone == 127 ? 1 : 0) << row.value;
     int last = 0;
     for (int value = 1000; value <= 3000; ++value) {
@@ -88,12 +87,9 @@ TEST(PixelStatistics, FindTheSkyUnderStarsMarksAndWhatIsNoNumber) {
         EXPECT_LT(found.sample.size(), 60'000U) << "whatever the size";
         EXPECT_GT(found.sample.size(), 5'000U);
     }
-}
-
-TEST(PixelStatistics, NothingButHolesIsNothing) {
-    const PixelStatistics found = statisticsOf(ImageArray(2, 1, std::vector<float>{kNaN, 2147483000.0F}));
-    EXPECT_TRUE(found.sample.empty());
-    EXPECT_EQ(found.median, 0);
+    const PixelStatistics none = statisticsOf(ImageArray(2, 1, std::vector<float>{kNaN, 2147483000.0F}));
+    EXPECT_TRUE(none.sample.empty());
+    EXPECT_EQ(none.median, 0);
 }
 
 TEST(PixelStatistics, EveryColourOfAMosaicIsSampled) {
@@ -108,12 +104,11 @@ TEST(PixelStatistics, EveryColourOfAMosaicIsSampled) {
 }
 
 TEST(AutomaticStretch, StandsForEveryKindOfPixels) {
-    struct Row {
+    const struct {
         const char* what;
         float sky, noise, scale;
         int marked;  // one pixel in so many; 0: none
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"counts", 1000, 20, 1, 0},
         {"a relative scale", 1000, 20, 1.0F / 65536, 0},
         {"crossed by broad lines", 1000, 20, 1, 20},
@@ -124,7 +119,7 @@ TEST(AutomaticStretch, StandsForEveryKindOfPixels) {
     };
     std::mt19937 random(3);
     std::normal_distribution<float> normal;
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         std::vector<float> pixels(200 * 200);
         for (std::size_t i = 0; i < pixels.size(); ++i) {
@@ -153,6 +148,19 @@ TEST(Histogram, ItsAxisShowsTheNoiseAndTheBrightestStarAndLeadsBack) {
     EXPECT_LT(axis.place(65535), 1);
     for (const double value : {450.0, 500.0, 512.0, 3000.0, 65535.0})
         EXPECT_NEAR(axis.value(axis.place(value)), value, 1e-6 * value);
+}
+
+// Each whole count stands for the values up to the next, so that no bin between them is left out.
+TEST(Histogram, WholeCountsLeaveNoGaps) {
+    std::vector<std::uint16_t> pixels(64 * 64);
+    for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<std::uint16_t>(1000 + i % 8);
+    const PixelStatistics statistics = statisticsOf(ImageArray(64, 64, std::move(pixels)));
+    const HistogramAxis axis(statistics);
+    const auto bins = histogramOf(statistics, axis, 500);
+    const auto first = static_cast<std::size_t>(500 * axis.place(1000));
+    const auto last = static_cast<std::size_t>(500 * axis.place(1007));
+    for (std::size_t bin = 0; bin < bins.size(); ++bin)
+        EXPECT_EQ(bins[bin] > 0, bin >= first && bin <= last) << bin;
 }
 
 TEST(Histogram, StandsForImagesWithoutAnyNoise) {
