@@ -28,30 +28,35 @@ std::ostream& operator<<(std::ostream& out, const Line& line) {
     return out << line.file << ":" << line.number << ": " << line.text;
 }
 
-std::vector<Line> linesOf(const fs::path& file) {
-    std::vector<Line> lines;
-    std::ifstream stream(file);
-    for (std::string text; std::getline(stream, text);)
-        lines.push_back(
-            {fs::relative(file, kRoot).generic_string(), static_cast<int>(lines.size()) + 1, text});
-    return lines;
-}
-
-/// The lines of all files with one of these extensions below the folder.
-std::vector<Line> linesBelow(const std::string& folder, const std::set<std::string>& extensions) {
-    std::vector<Line> all;
-    if (!fs::exists(kRoot / folder)) return all;
-    for (const auto& entry : fs::recursive_directory_iterator(kRoot / folder)) {
-        if (!entry.is_regular_file() || !extensions.contains(entry.path().extension().string())) continue;
-        const auto lines = linesOf(entry.path());
-        all.insert(all.end(), lines.begin(), lines.end());
-    }
-    return all;
-}
-
 const std::vector<Line>& sources() {
-    static const std::vector<Line> lines = linesBelow("src", {".h", ".cpp"});
+    static const std::vector<Line> lines = [] {
+        std::vector<Line> all;
+        for (const auto& entry : fs::recursive_directory_iterator(kRoot / "src")) {
+            if (entry.path().extension() != ".h" && entry.path().extension() != ".cpp") continue;
+            std::ifstream stream(entry.path());
+            int number = 0;
+            for (std::string text; std::getline(stream, text);)
+                all.push_back({fs::relative(entry.path(), kRoot).generic_string(), ++number, text});
+        }
+        return all;
+    }();
     return lines;
+}
+
+/// Each include with the line that it stands in.
+struct Include {
+    Line line;
+    bool own;  // in quotes
+    std::string header;
+};
+
+std::vector<Include> includes() {
+    const std::regex include(R"-(^\s*#\s*include\s*(["<])([^">]+)[">])-");
+    std::vector<Include> found;
+    std::smatch match;
+    for (const Line& line : sources())
+        if (std::regex_search(line.text, match, include)) found.push_back({line, match[1] == "\"", match[2]});
+    return found;
 }
 
 /// "engine" of "src/engine/ports.h".
@@ -81,39 +86,26 @@ TEST(Structure, RoomsIncludeOnlyWhatTheirRowAllows) {
         {"headless",
          {"headless", "app", "devices", "platesolve", "correction", "engine", "platform", "observatory"}},
     };
-    const std::regex include(R"-(^\s*#\s*include\s*"([^"/]+)/[^"]+")-");
     int seen = 0;
-    for (const Line& line : sources()) {
-        std::smatch match;
-        if (!std::regex_search(line.text, match, include)) continue;
+    for (const auto& [line, own, header] : includes()) {
+        if (!own) continue;
         ++seen;
+        EXPECT_TRUE(fs::exists(kRoot / "src" / header)) << line << "\ndoesn't name its room";
         const auto row = allowed.find(roomOf(line.file));
         ASSERT_NE(row, allowed.end()) << line << "\nis in a room that the architecture doesn't know";
-        EXPECT_TRUE(row->second.contains(match[1])) << line;
+        EXPECT_TRUE(row->second.contains(header.substr(0, header.find('/')))) << line;
     }
     EXPECT_GT(seen, 100);
 }
 
-TEST(Structure, EveryOwnIncludeNamesItsRoom) {
-    const std::regex include(R"-(^\s*#\s*include\s*"([^"]+)")-");
-    for (const Line& line : sources()) {
-        std::smatch match;
-        if (!std::regex_search(line.text, match, include)) continue;
-        EXPECT_TRUE(fs::exists(kRoot / "src" / match[1].str())) << line;
-    }
-}
-
 TEST(Structure, LibrariesStayInTheirRooms) {
-    const std::regex include(R"(^\s*#\s*include\s*<([^>]+)>)");
     const std::map<std::string, std::regex> allowed = {
         {"observatory", std::regex(R"((fitsio|erfam?|sep|zlib)\.h|curl/curl\.h|Eigen/.*)")},
         {"headless", std::regex(R"(nlohmann/.*)")},
         {"qt", std::regex(R"(Q[A-Za-z]+)")},
     };
-    for (const Line& line : sources()) {
-        std::smatch match;
-        if (!std::regex_search(line.text, match, include)) continue;
-        const std::string header = match[1];
+    for (const auto& [line, own, header] : includes()) {
+        if (own) continue;
         const auto room = allowed.find(roomOf(line.file));
         const bool isQt = std::regex_match(header, allowed.at("qt"));
         const bool good = room != allowed.end() && std::regex_match(header, room->second);
@@ -124,39 +116,25 @@ TEST(Structure, LibrariesStayInTheirRooms) {
 
 TEST(Structure, EachLibraryOfTheObservatoryHasOneWrapper) {
     const std::string fits = "observatory/sky/fits_library.h";  // the only header with a library inside
-    const std::map<std::string, std::string> wrappers = {{"<fitsio.h>", "src/" + fits},
-                                                         {'"' + fits + '"', "src/observatory/sky/"},
-                                                         {"<erfa.h>", "src/observatory/sky/"},
-                                                         {"<sep.h>", "src/observatory/solver/"},
-                                                         {"<curl/curl.h>", "src/observatory/catalogs/"}};
-    for (const auto& [header, folder] : wrappers) {
-        std::set<std::string> users;
-        for (const Line& line : sources())
-            if (line.text.find("#include " + header) != std::string::npos) users.insert(line.file);
-        for (const std::string& user : users) {
-            EXPECT_TRUE(user.starts_with(folder)) << header << " in " << user;
-            EXPECT_TRUE(user.ends_with(".cpp") || user == "src/" + fits) << header << " in " << user;
-        }
+    const std::map<std::string, std::string> wrappers = {{"fitsio.h", "src/" + fits},
+                                                         {fits, "src/observatory/sky/"},
+                                                         {"erfa.h", "src/observatory/sky/"},
+                                                         {"sep.h", "src/observatory/solver/"},
+                                                         {"curl/curl.h", "src/observatory/catalogs/"}};
+    for (const auto& [line, own, header] : includes()) {
+        const auto wrapper = wrappers.find(header);
+        if (wrapper == wrappers.end()) continue;
+        EXPECT_TRUE(line.file.starts_with(wrapper->second)) << line;
+        EXPECT_TRUE(line.file.ends_with(".cpp") || line.file == "src/" + fits) << line;
     }
 }
-
-TEST(Structure, OnlyTheMainsKnowTheObservatory) {
-    for (const Line& line : sources()) {
-        if (line.text.find("#include \"observatory/observatory.h\"") == std::string::npos) continue;
-        const std::string room = roomOf(line.file);
-        EXPECT_TRUE(room == "qt" || room == "headless" || room == "observatory") << line;
-    }
-}
-
-/// Something that may stand in few files only.
-struct OnePlace {
-    const char* why;
-    std::regex pattern;
-    std::vector<std::string> places;  // beginnings of file names
-};
 
 TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
-    const OnePlace rules[] = {
+    const struct {
+        const char* why;
+        std::regex pattern;
+        std::vector<std::string> places;  // beginnings of file names
+    } rules[] = {
         {"nested event loops",
          std::regex(R"(QEventLoop|processEvents|\bexec\s*\()"),
          {"src/qt/qt_event_loop.", "src/qt/qt_dialogs.", "src/qt/main.cpp"}},
@@ -174,7 +152,7 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
         {"the environment", std::regex(R"(\bgetenv|qgetenv)"), {"src/platform/user_machine.cpp", "src/qt/"}},
         {"threads", std::regex(R"(std::j?thread\b|std::async)"), {}},
     };
-    for (const OnePlace& rule : rules)
+    for (const auto& rule : rules)
         for (const Line& line : sources()) {
             if (!std::regex_search(line.text, rule.pattern)) continue;
             const bool allowed = std::any_of(rule.places.begin(), rule.places.end(),
