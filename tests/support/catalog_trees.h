@@ -12,6 +12,7 @@
 #include <functional>
 #include <map>
 #include <numbers>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -202,14 +203,17 @@ inline void writeUcac4(const std::filesystem::path& zonesFolder, const std::file
     writeFile(tableFolder / "u4hpm.dat", table);
 }
 
-struct FitsColumn {
-    const char* name;
-    int start;  ///< from 0
-    const char* form;
-};
-
-inline std::string fitsAsciiTable(const std::vector<FitsColumn>& fields, std::size_t rowBytes,
-                                  const std::string& rows) {
+/// The fields as "NAME START FORM" one after the other, starts from 0.
+inline std::string fitsAsciiTable(const std::string& fields, std::size_t rowBytes, const std::string& rows) {
+    std::vector<std::string> fieldCards;
+    std::istringstream words(fields);
+    int start = 0;
+    for (std::string name, form; words >> name >> start >> form;) {
+        const std::size_t i = fieldCards.size() / 3 + 1;
+        fieldCards.push_back(formatted("TTYPE%-3zu= '%-8s'           / field", i, name.c_str()));
+        fieldCards.push_back(formatted("TBCOL%-3zu= %20d / starting column", i, start + 1));
+        fieldCards.push_back(formatted("TFORM%-3zu= '%-8s'", i, form.c_str()));
+    }
     std::vector<std::string> cards = {"XTENSION= 'TABLE   '",
                                       "BITPIX  =                    8",
                                       "NAXIS   =                    2",
@@ -217,12 +221,8 @@ inline std::string fitsAsciiTable(const std::vector<FitsColumn>& fields, std::si
                                       formatted("NAXIS2  = %20zu / rows", rows.size() / rowBytes),
                                       "PCOUNT  =                    0",
                                       "GCOUNT  =                    1",
-                                      formatted("TFIELDS = %20zu", fields.size())};
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        cards.push_back(formatted("TTYPE%-3zu= '%-8s'           / field", i + 1, fields[i].name));
-        cards.push_back(formatted("TBCOL%-3zu= %20d / starting column", i + 1, fields[i].start + 1));
-        cards.push_back(formatted("TFORM%-3zu= '%-8s'", i + 1, fields[i].form));
-    }
+                                      formatted("TFIELDS = %20zu", fieldCards.size() / 3)};
+    cards.insert(cards.end(), fieldCards.begin(), fieldCards.end());
     std::string data = rows;
     data.resize((data.size() + 2879) / 2880 * 2880, ' ');
     return fitsHeader({"SIMPLE  =                    T", "BITPIX  =                    8",
@@ -231,17 +231,10 @@ inline std::string fitsAsciiTable(const std::vector<FitsColumn>& fields, std::si
 }
 
 inline std::string guideStarFile(const std::string& rows) {
-    return fitsAsciiTable({{"GSC_ID", 0, "I5"},
-                           {"RA_DEG", 5, "F9.5"},
-                           {"DEC_DEG", 14, "F9.5"},
-                           {"POS_ERR", 23, "F5.1"},
-                           {"MAG", 28, "F5.2"},
-                           {"MAG_ERR", 33, "F4.2"},
-                           {"MAG_BAND", 37, "I2"},
-                           {"CLASS", 39, "I1"},
-                           {"PLATE_ID", 40, "A4"},
-                           {"MULTIPLE", 44, "A1"}},
-                          45, rows);
+    return fitsAsciiTable(
+        "GSC_ID 0 I5 RA_DEG 5 F9.5 DEC_DEG 14 F9.5 POS_ERR 23 F5.1 MAG 28 F5.2 MAG_ERR 33 F4.2 "
+        "MAG_BAND 37 I2 CLASS 39 I1 PLATE_ID 40 A4 MULTIPLE 44 A1",
+        45, rows);
 }
 
 /// A row of the region table: right ascensions in whole hours, declinations in degrees; the declination that
@@ -259,20 +252,11 @@ inline std::string guideRegionRow(int region, int hourLow, int hourHigh, double 
 }
 
 inline std::string guideRegionFile(const std::string& rows) {
-    return fitsAsciiTable({{"REG_NO", 0, "I5"},
-                           {"RA_H_LOW", 7, "I2"},
-                           {"RA_M_LOW", 10, "I2"},
-                           {"RA_S_LOW", 13, "F5.2"},
-                           {"RA_H_HI", 19, "I2"},
-                           {"RA_M_HI", 22, "I2"},
-                           {"RA_S_HI", 25, "F5.2"},
-                           {"DECSI_LO", 31, "A1"},
-                           {"DEC_D_LO", 32, "I2"},
-                           {"DEC_M_LO", 35, "F4.1"},
-                           {"DECSI_HI", 40, "A1"},
-                           {"DEC_D_HI", 41, "I2"},
-                           {"DEC_M_HI", 44, "F4.1"}},
-                          48, rows);
+    return fitsAsciiTable(
+        "REG_NO 0 I5 RA_H_LOW 7 I2 RA_M_LOW 10 I2 RA_S_LOW 13 F5.2 RA_H_HI 19 I2 RA_M_HI 22 I2 "
+        "RA_S_HI 25 F5.2 DECSI_LO 31 A1 DEC_D_LO 32 I2 DEC_M_LO 35 F4.1 DECSI_HI 40 A1 "
+        "DEC_D_HI 41 I2 DEC_M_HI 44 F4.1",
+        48, rows);
 }
 
 struct GuideZone {
