@@ -219,26 +219,18 @@ TEST_F(ImagingTest, TheLinkEndsWithTheLastClientUnlessItIsKept) {
     }
 }
 
-TEST_F(ImagingTest, WindowsTellOfTheConnection) {
+// Which windows there are, those who look for them test.
+TEST_F(ImagingTest, TheConnectButtonStaysDownWhileTheCameraIsConnected) {
     const std::string server = classes_.serverPath("maxim.ccdcamera");
     for (int time = 0; time < 2; ++time) desktop_.startProgram(server);  // once is enough
     ASSERT_EQ(desktop_.topLevelWindows().size(), 2U);
-    const auto dialog = desktop_.topLevelWindows()[0];
-    const auto main = desktop_.topLevelWindows()[1];
-    EXPECT_THAT(desktop_.titleOf(main), testing::StartsWith("MaxIm DL"));
-    EXPECT_EQ(desktop_.titleOf(dialog), "MaxIm CCD");
-    EXPECT_EQ(desktop_.parentOf(dialog), main);
-    const auto setup = desktop_.childrenOf(dialog)[1];
+    const auto setup = desktop_.childrenOf(desktop_.topLevelWindows()[0])[1];
     const auto connect = desktop_.childrenOf(setup)[0];
     EXPECT_EQ(desktop_.buttonState(connect), 0);
     const ObjectRef camera = linkedMaxIm();
     EXPECT_NE(desktop_.buttonState(connect), 0);
     camera->put("LinkEnabled", false);
     EXPECT_EQ(desktop_.buttonState(connect), 0);
-
-    EXPECT_GT(desktop_.shellOpen(classes_.serverPath("CCDsoft.Camera"), ""), 32);
-    EXPECT_THAT(desktop_.titleOf(desktop_.topLevelWindows()[0]), HasSubstr("CCDSoft"));
-    EXPECT_EQ(desktop_.fileVersion(classes_.serverPath("CCDSoft.Image")), "5.00.205");
 }
 
 TEST_F(ImagingTest, ObjectsOfAnEndedRunAreDead) {
