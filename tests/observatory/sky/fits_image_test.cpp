@@ -88,6 +88,9 @@ TEST_F(FitsImageTest, RowOrderPutsTheTopRowFirst) {
         image.readRows(1, row);
         EXPECT_EQ(row, std::vector<float>(pixels.begin() + 3, pixels.end())) << order;
     }
+    std::vector<float> second(3);
+    FitsImage(3, 2, asInTheFile).readRows(1, second);
+    EXPECT_EQ(second, (std::vector<float>{4, 5, 6})) << "of an image in memory";
 }
 
 TEST_F(FitsImageTest, AveragesColourPlanes) {
@@ -106,10 +109,12 @@ TEST_F(FitsImageTest, ReadsPackedFiles) {
     std::vector<std::uint16_t> values(70 * 40);
     for (std::size_t i = 0; i < values.size(); ++i) values[i] = static_cast<std::uint16_t>(i * 37 % 65536);
     writeFits(folder_ / "plain.fits", 70, 40, values,
-              {{"OBJECT", std::string("M 13's heart")}, {"EXPTIME", 2.5}});
+              {{"OBJECT", std::string("M 13's heart")}, {"EXPTIME", 2.5}, {"GUIDED", true}, {"DARK", false}});
     const auto plain = FitsImage::open(folder_ / "plain.fits");
     EXPECT_EQ(plain.header().text("OBJECT"), "M 13's heart");
     EXPECT_EQ(plain.header().number("exptime"), 2.5);
+    EXPECT_EQ(plain.header().logical("GUIDED"), true);
+    EXPECT_EQ(plain.header().logical("DARK"), false);
     EXPECT_EQ(pixelsOf(plain), std::vector<float>(values.begin(), values.end()));
 
     for (const std::string packed :
@@ -150,7 +155,7 @@ TEST_F(FitsImageTest, RefusesDamagedAndHostileFilesInOneLine) {
         {"empty", ""},
         {"a long text", std::string(10000, 'z')},
         {"pixels missing", fitsHeader(imageCards(8))},
-        {"header without end", endless + data},
+        {"header without end", endless + data, "the header has no end"},
         {"cut in the header", fitsHeader(imageCards(8)).substr(0, 1000)},
         {"no axes", with(imageCards(8), 2, "NAXIS   = 0") + data},
         {"negative width", with(imageCards(8), 3, "NAXIS1  = -3") + data},
