@@ -101,6 +101,9 @@ TEST(ImageViewport, AResizedWindowKeepsItsMiddleOrTheWholeImage) {
     view.setWindowSize(900, 700);
     EXPECT_NEAR(view.toImage(view.middle()).x, middle.x, 0.5);
     EXPECT_NEAR(view.toImage(view.middle()).y, middle.y, 0.5);
+    view.pan(-1e6, -1e6);
+    view.setWindowSize(1000, 800);
+    EXPECT_EQ(view.window().left, 3000 - 1000) << "and shows nothing beside the image";
 }
 
 TEST(ImageViewport, PixelCentresStandAtWholeNumbers) {

@@ -241,6 +241,8 @@ TEST_F(ImagingTest, ObjectsOfAnEndedRunAreDead) {
     EXPECT_EQ(failure([&] { application->get("AutofocusStatus"); }), 462);
     classes_.create("MaxIm.Application");  // a new run
     EXPECT_EQ(failure([&] { camera->get("LinkEnabled"); }), 462);
+    EXPECT_EQ(failure([&] { camera->put("BinX", 1); }), 462);
+    EXPECT_EQ(failure([&] { camera->call("SetFullFrame"); }), 462);
     EXPECT_FALSE(classes_.create("MaxIm.CCDCamera")->get("LinkEnabled").toBool());
 }
 
