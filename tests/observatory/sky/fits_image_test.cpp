@@ -135,6 +135,9 @@ TEST_F(FitsImageTest, ReadsPackedFiles) {
         const auto image = FitsImage::open(folder_ / packed.substr(0, packed.find('[')));
         EXPECT_EQ(pixelsOf(image), pixelsOf(plain)) << packed;
         EXPECT_EQ(image.header().number("EXPTIME"), 2.5) << packed;
+        std::vector<float> row(70);
+        image.readRows(39, row);
+        EXPECT_EQ(row, std::vector<float>(values.end() - 70, values.end())) << packed;
     }
 }
 
