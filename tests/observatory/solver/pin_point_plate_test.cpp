@@ -207,16 +207,6 @@ TEST_F(PinPointPlateTest, TakesTheCatalogueOfItsNumberOrOneThatServesForAll) {
     EXPECT_THAT(failureOf([&] { plate_.call("FindCatalogStars"); }), HasSubstr("z181"));
 }
 
-TEST_F(PinPointPlateTest, TakesInternetForTheCataloguesOfTheNetwork) {
-    lookAtOrigin();
-    for (const int number : {8, 9}) {
-        plate_.put("Catalog", number);
-        plate_.put("CatalogPath", "Internet");
-        EXPECT_EQ(plate_.get("CatalogPath").toText(), "Internet");
-        EXPECT_THAT(failureOf([&] { plate_.call("FindCatalogStars"); }), HasSubstr("needs the network"));
-    }
-}
-
 // The look-up without a picture that proves catalogue and folder.
 TEST_F(PinPointPlateTest, LooksUpStarsForAnImageArray) {
     lookAtOrigin();
