@@ -129,13 +129,15 @@ struct ImagingWorld : DeviceWorld {
              kMaxImPath, "", ""});
         desktop.installProgram(kMaxImPath, {[this] { openMaxIm(); }, "4.56"});
     }
-    void installCCDSoft(const std::optional<std::string>& fileVersion = "5.00.73") {
+    /// The classes may be registered with another file.
+    void installCCDSoft(const std::optional<std::string>& fileVersion = "5.00.73",
+                        const char* registered = kCCDSoftPath) {
         registry.install(
             "CCDSoft.Camera",
-            {[this] { return std::make_shared<FakeCCDSoftCamera>(loop, camera); }, kCCDSoftPath, "", ""});
+            {[this] { return std::make_shared<FakeCCDSoftCamera>(loop, camera); }, registered, "", ""});
         registry.install(
             "CCDSoft.Image",
-            {[this] { return std::make_shared<FakeCCDSoftImage>(loop, camera); }, kCCDSoftPath, "", ""});
+            {[this] { return std::make_shared<FakeCCDSoftImage>(loop, camera); }, registered, "", ""});
         desktop.installProgram(kCCDSoftPath, {[this] { openCCDSoft(); }, fileVersion});
     }
 

@@ -24,102 +24,66 @@ constexpr const char* kScope = "ScopeSim.Telescope";
 
 struct FailureCase {
     const char* operation;
+    bool connected;  // before
     const char* progId;
     const char* member;  // that fails
-    std::function<void(TelescopeWorld&)> prepare;
     std::function<void(TelescopeLink&)> act;
-    const char* kind;
-    bool popsUp, namesSource;
-    double seconds;
     const char* hint;
+    double seconds;  // of the message; 0: there is none
+    bool namesSource;
 };
 
-void connected(TelescopeWorld& world) { world.connect(); }
-void selected(TelescopeWorld& world) { world.link.setTelescopeProgID(kScope); }
-
-std::vector<FailureCase> failureCases() {
+TEST(TelescopeLinkFailures, AreReportedByTheirNumber) {
     using L = TelescopeLink;
     constexpr double kDisplay = 7;  // what the operator set
-    return {
-        {"ChooseTelescope", "DriverHelper.Chooser", "Choose", selected, [](L& l) { l.ChooseTelescope(); },
-         "Sub", true, false, 5, "Telescope Setup tab"},
-        {"LoadTelescope", kScope, "create", selected, [](L& l) { l.LoadTelescope(); }, "Sub", true, false, 5,
-         "Telescope Setup tab"},
-        {"ConnectTelescope", kScope, "create", selected, [](L& l) { l.ConnectTelescope(); }, "Sub", true,
-         false, 5, "Telescope Setup tab"},
-        {"DisconnectTelescope", kScope, "Connected", connected, [](L& l) { l.DisconnectTelescope(); }, "Sub",
-         true, true, 5, "Telescope Setup tab"},
-        {"SetupTelescope", kScope, "SetupDialog", connected, [](L& l) { l.SetupTelescope(); }, "Sub", true,
-         true, kDisplay, "Telescope Setup tab"},
-        {"SlewToCoordinates", kScope, "Slewing", connected, [](L& l) { l.SlewToCoordinates(3, 45); }, "Sub",
-         true, true, kDisplay, "Check Telescope Setup Tab"},
-        {"GetTelescopeDec", kScope, "Declination", connected, [](L& l) { l.GetTelescopeDec(); }, "Function",
-         true, true, kDisplay, "Check Telescope Setup Tab"},
-        {"GetTelescopeRA", kScope, "RightAscension", connected, [](L& l) { l.GetTelescopeRA(); }, "Function",
-         false, false, 0, ""},
+    const char* tab = "Telescope Setup tab";
+    const char* check = "Check Telescope Setup Tab";
+    const auto slew = [](L& link) { link.SlewToCoordinates(3, 45); };
+    const FailureCase cases[] = {
+        {"Sub ChooseTelescope", false, "DriverHelper.Chooser", "Choose", &L::ChooseTelescope, tab, 5, false},
+        {"Sub LoadTelescope", false, kScope, "create", &L::LoadTelescope, tab, 5, false},
+        {"Sub ConnectTelescope", false, kScope, "create", &L::ConnectTelescope, tab, 5, false},
+        {"Sub DisconnectTelescope", true, kScope, "Connected", &L::DisconnectTelescope, tab, 5, true},
+        {"Sub SetupTelescope", true, kScope, "SetupDialog", &L::SetupTelescope, tab, kDisplay, true},
+        {"Sub SlewToCoordinates", true, kScope, "Slewing", slew, check, kDisplay, true},
+        {"Function GetTelescopeDec", true, kScope, "Declination", &L::GetTelescopeDec, check, kDisplay, true},
+        {"Function GetTelescopeRA", true, kScope, "RightAscension", &L::GetTelescopeRA, "", 0, false},
     };
-}
-
-TEST(TelescopeLinkFailures, AreReportedByTheirNumber) {
-    for (const FailureCase& c : failureCases()) {
-        struct Kind {
+    for (const FailureCase& c : cases) {
+        const std::string generic = std::string(c.namesSource ? "Fake.Source " : "") +
+                                    "Error 438: it broke\r\nmodComponents " + c.operation;
+        const std::string noLink = std::string("Telescope link failed: ") + c.operation;
+        const struct {
             int number;
             std::string message, logged, shown;
-        };
-        const std::string label = std::string("modComponents ") + c.kind + " " + c.operation;
-        const std::string generic =
-            std::string(c.namesSource ? "Fake.Source " : "") + "Error 438: it broke\r\n" + label;
-        const std::string noLink = std::string("Telescope link failed: ") + c.kind + " " + c.operation;
-        for (const Kind& kind :
-             {Kind{91, noLink, noLink, std::string("Telescope link failed\r\n") + c.hint},
-              Kind{-2147352567, "it broke", "ASCOM Telescope: it broke", "ASCOM Telescope\r\nit broke"},
-              Kind{438, generic, generic, generic}}) {
+        } kinds[] = {{91, noLink, noLink, std::string("Telescope link failed\r\n") + c.hint},
+                     {-2147352567, "it broke", "ASCOM Telescope: it broke", "ASCOM Telescope\r\nit broke"},
+                     {438, generic, generic, generic}};
+        for (const auto& kind : kinds) {
             SCOPED_TRACE(testing::Message() << c.operation << ", failure " << kind.number);
             TelescopeWorld world;
-            world.messages.secondsToShow = 7;
-            c.prepare(world);
+            world.messages.secondsToShow = kDisplay;
+            world.link.setTelescopeProgID(kScope);
+            if (c.connected) world.connect();
             world.fail(c.progId, c.member, kind.number);
-
             c.act(world.link);
-
             EXPECT_TRUE(world.log.has(kind.logged)) << testing::PrintToString(world.log.lines);
             EXPECT_EQ(world.state.LastMessage, kind.message);
-            if (c.popsUp) {
-                ASSERT_FALSE(world.messages.shown.empty());
+            EXPECT_EQ(world.messages.shown.empty(), c.seconds == 0);
+            if (c.seconds != 0) {
                 EXPECT_EQ(world.messages.shown.back(),
                           (test::RecordingMessages::Shown{kind.shown, c.seconds}));
-            } else {
-                EXPECT_THAT(world.messages.shown, IsEmpty());
             }
         }
     }
 }
 
 TEST(TelescopeLinkFailures, WithoutADriverAreFailure91) {
-    struct Case {
-        std::function<void(TelescopeLink&)> act;
-        const char* logged;
-        Messages shown;
-    };
-    for (const Case& c : {
-             Case{[](auto& l) { EXPECT_EQ(l.GetTelescopeRA(), 0); },
-                  "Telescope link failed: Function GetTelescopeRA",
-                  {}},
-             Case{[](auto& l) { EXPECT_EQ(l.GetTelescopeDec(), -1000); },
-                  "Telescope link failed: Function GetTelescopeDec",
-                  {{"Telescope link failed\r\nCheck Telescope Setup Tab", 3}}},
-             Case{[](auto& l) { l.SlewToCoordinates(1, 2); },
-                  "Telescope link failed: Sub SlewToCoordinates",
-                  {{"Telescope link failed\r\nCheck Telescope Setup Tab", 3}}},
-             Case{[](auto& l) { l.DisconnectTelescope(); },
-                  "Telescope link failed: Sub DisconnectTelescope",
-                  {{"Telescope link failed\r\nTelescope Setup tab", 5}}},
-         }) {
-        TelescopeWorld world;
-        c.act(world.link);
-        EXPECT_TRUE(world.log.has(c.logged)) << testing::PrintToString(world.log.lines);
-        EXPECT_EQ(world.messages.shown, c.shown) << c.logged;
-    }
+    TelescopeWorld world;
+    EXPECT_EQ(world.link.GetTelescopeRA(), 0);
+    EXPECT_EQ(world.link.GetTelescopeDec(), -1000);
+    EXPECT_THAT(world.log.lines, ElementsAre("Telescope link failed: Function GetTelescopeRA",
+                                             "Telescope link failed: Function GetTelescopeDec"));
 }
 
 TEST(TelescopeLinkFailures, OfTheSimulatorsCameraLeave) {
@@ -255,13 +219,10 @@ TEST(TelescopeLink, TriesFourTimesToConnect) {
 // ---- positions
 
 TEST(TelescopeLink, BringsRightAscensionIntoTheDay) {
-    for (const auto& [reading, expected] : std::vector<std::pair<double, double>>{
-             {0, 0}, {23.999, 23.999}, {24, 0}, {25, 1}, {49, 1}, {-1.5, 22.5}, {-25, 23}}) {
-        TelescopeWorld world;
-        world.connect();
-        world.mount.ra = reading;
-        EXPECT_DOUBLE_EQ(world.link.GetTelescopeRA(), expected) << reading;
-    }
+    TelescopeWorld world;
+    world.connect();
+    world.mount.ra = -1.5;
+    EXPECT_EQ(world.link.GetTelescopeRA(), 22.5);
 }
 
 TEST(TelescopeLink, RereadsAnImpossibleDeclination) {
@@ -302,33 +263,38 @@ TEST(TelescopeLink, KeepsTheDeclinationReadBeforeTheFailure) {
 // ---- slews
 
 TEST(TelescopeLink, RepeatsASlewThatTheMountRefuses) {
-    struct Case {
-        long failures;
+    constexpr double kNever = 1000;
+    const struct {
+        long failures;     // -1: always
+        double stopAfter;  // seconds
         long commands;
         double seconds;
         std::size_t trialsLogged;
         bool reported;
+    } rows[] = {
+        {0, kNever, 1, 0, 0, false},   // accepted at once: one command
+        {1, kNever, 3, 3, 1, false},   // accepted on trial 2, and once more
+        {4, kNever, 6, 12, 4, false},  //
+        {5, kNever, 6, 15, 5, false},  // all trials failed, the last command is taken
+        {-1, kNever, 6, 15, 5, true},  //
+        {-1, 0, 1, 0, 1, false},       // stopped before
+        {-1, 2, 1, 3, 1, false},       // in the first wait
+        {-1, 4, 2, 6, 2, false},
     };
-    for (const Case& c : {
-             Case{0, 1, 0, 0, false},   // accepted at once: one command
-             Case{1, 3, 3, 1, false},   // accepted on trial 2, and once more
-             Case{2, 4, 6, 2, false},   //
-             Case{4, 6, 12, 4, false},  //
-             Case{5, 6, 15, 5, false},  // all trials failed, the last command is taken
-             Case{-1, 6, 15, 5, true},  //
-         }) {
-        SCOPED_TRACE(c.failures);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.failures << " failures, stop after " << row.stopAfter << " s");
         TelescopeWorld world;
         world.connect();
-        if (c.failures != 0) world.fail(kScope, "SlewToCoordinatesAsync", 438, c.failures);
+        if (row.failures != 0) world.fail(kScope, "SlewToCoordinatesAsync", 438, row.failures);
+        world.state.StopRequested = row.stopAfter == 0;
+        const auto stop = world.stopAfter(row.stopAfter);
         world.link.SlewToCoordinates(-1.5, 30);
-        EXPECT_EQ(usesOf(world.host, kScope, "call SlewToCoordinatesAsync 22.5 30"), c.commands);
-        EXPECT_NEAR(world.elapsed(), c.seconds, 1e-9);
-        for (std::size_t trial = 1; trial <= c.trialsLogged; ++trial)
+        EXPECT_EQ(usesOf(world.host, kScope, "call SlewToCoordinatesAsync 22.5 30"), row.commands);
+        EXPECT_NEAR(world.elapsed(), row.seconds, 1e-9);
+        for (std::size_t trial = 1; trial <= row.trialsLogged; ++trial)
             EXPECT_EQ(world.log.lines.at(trial - 1),
                       "Telescope Slew failed on Trial " + std::to_string(trial));
-        EXPECT_EQ(world.log.lines.size(), c.trialsLogged + (c.reported ? 1 : 0));
-        EXPECT_EQ(world.messages.shown.size(), c.reported ? 1U : 0U);
+        EXPECT_EQ(world.log.lines.size(), row.trialsLogged + (row.reported ? 1 : 0));
     }
 }
 
@@ -352,24 +318,6 @@ TEST(TelescopeLink, ASlewDoesntKeepTheProgramFromEnding) {
     });
     world.link.SlewToCoordinates(3, 45);
     EXPECT_LT(world.elapsed(), 3) << "seconds";
-}
-
-TEST(TelescopeLink, GivesUpTheTrialsWhenStopped) {
-    struct Case {
-        double stopAfter;  // seconds; 0: before the slew
-        long commands;
-        double seconds;
-    };
-    for (const Case& c : {Case{0, 1, 0}, {2, 1, 3}, {4, 2, 6}}) {
-        TelescopeWorld world;
-        world.connect();
-        world.fail(kScope, "SlewToCoordinatesAsync", 438);
-        world.state.StopRequested = c.stopAfter == 0;
-        const auto stop = world.stopAfter(c.stopAfter);
-        world.link.SlewToCoordinates(24, 30);
-        EXPECT_EQ(usesOf(world.host, kScope, "call SlewToCoordinatesAsync 0 30"), c.commands);
-        EXPECT_NEAR(world.elapsed(), c.seconds, 1e-9);
-    }
 }
 
 TEST(TelescopeLink, ReportsASlewThatCannotWait) {

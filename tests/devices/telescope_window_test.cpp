@@ -197,15 +197,6 @@ TEST(TelescopeWindow, SelectingNeverHoldsTwoConnections) {
     }
 }
 
-TEST(TelescopeWindow, SetupKeepsTheConnection) {
-    WindowWorld world;
-    world.open();
-    world.window.cmdTelescopeSetup.click();
-    world.pass(3);
-    EXPECT_EQ(test::usesOf(world.host, kScope, "call SetupDialog"), 1);
-    EXPECT_EQ(world.look(), " Connected -SD");
-}
-
 TEST(TelescopeWindow, TheWatchLeavesADriverAloneThatIsBeingLinked) {
     // A tick that falls into the messages of linking sees a driver that is not connected yet.
     WindowWorld world;
@@ -221,27 +212,39 @@ TEST(TelescopeWindow, MainButtonShowsItOnTopAndConnects) {
     world.open();
     world.window.closeByOperator();
     world.link.DisconnectTelescope();
-
     world.behaviour.cmdTelescope_Click();
-
     EXPECT_TRUE(world.window.shown());
     EXPECT_TRUE(world.window.onTop());
     world.pass(3);
     EXPECT_EQ(world.look(), " Connected -SD");
 }
 
-TEST(TelescopeWindow, LinksAtStartUp) {
-    WindowWorld stored;
-    stored.behaviour.linkAtStartUp();
-    EXPECT_THAT(actionsOn(stored.host, kScope), ElementsAre("create", "put Connected True"));
-    EXPECT_TRUE(stored.window.shown());
-    EXPECT_EQ(stored.messages.open, std::nullopt);
+TEST(TelescopeWindow, EventsRunWhileADriverComesUpOrGoesDown) {
+    constexpr int kPause = 150;  // turns of the event loop
+    WindowWorld world;
+    int turns = 0;
+    world.loop.setAttendant([&] { ++turns; });
+    const auto turnsOf = [&](const std::function<void()>& operation) {
+        turns = 0;
+        operation();
+        return turns;
+    };
+    world.link.setTelescopeProgID(kScope);
+    EXPECT_GE(turnsOf([&] { world.link.EnsureTelescopeConnected(); }), 3 * kPause);
+    EXPECT_EQ(turnsOf([&] { world.behaviour.cmdTelescope_Click(); }), kPause) << "connected already";
+    EXPECT_EQ(turnsOf([&] { world.window.cmdPickTelescope.click(); }), 3 * kPause + 4);
+}
 
-    WindowWorld none;
-    none.settings.SaveMainSetting("MyTelescopeID", "");
-    none.behaviour.linkAtStartUp();
-    EXPECT_THAT(actionsOn(none.host, kAxis), ElementsAre("create", "put Connected True"));
-    EXPECT_EQ(none.messages.open, std::nullopt);
+TEST(TelescopeWindow, LinksAtStartUp) {
+    for (const char* stored : {kScope, ""}) {
+        WindowWorld world;
+        world.settings.SaveMainSetting("MyTelescopeID", stored);
+        world.behaviour.linkAtStartUp();
+        EXPECT_THAT(actionsOn(world.host, *stored == 0 ? kAxis : kScope),
+                    ElementsAre("create", "put Connected True"));
+        EXPECT_EQ(world.window.shown(), *stored != 0);
+        EXPECT_EQ(world.messages.open, std::nullopt);
+    }
 }
 
 }  // namespace

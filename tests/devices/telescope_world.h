@@ -37,10 +37,8 @@ class FakeDriver : public platform::DispatchObject {
         property("SiderealTime", [&mount] { return mount.siderealTime; });
         property("SiteLatitude", [&mount] { return mount.latitude; });
         property("SiteLongitude", [&mount] { return mount.longitude; });
-        method("SlewToCoordinatesAsync", [](const platform::Arguments&) { return platform::Value(); });
-        method("SetupDialog", [](const platform::Arguments&) { return platform::Value(); });
-        method("Expose", [](const platform::Arguments&) { return platform::Value(); });
-        method("SaveImageToFile", [](const platform::Arguments&) { return platform::Value(); });
+        for (const char* member : {"SlewToCoordinatesAsync", "SetupDialog", "Expose", "SaveImageToFile"})
+            method(member, [](const platform::Arguments&) { return platform::Value(); });
     }
     ~FakeDriver() override {
         connect(false);
