@@ -32,11 +32,6 @@ FrameRecipe frame(int width, int height, std::vector<FrameStar> stars) {
     return recipe;
 }
 
-FrameRecipe with(FrameRecipe recipe, const std::function<void(FrameRecipe&)>& change) {
-    change(recipe);
-    return recipe;
-}
-
 void expectFailure(const BrightestStar& found, const std::string& text) {
     EXPECT_THAT(found.log, ElementsAre(text));
     EXPECT_TRUE(found.noStar);
@@ -62,22 +57,23 @@ TEST(BrightestStar, isMeasuredToATenthOfAPixel) {
         {"far out of focus", frame(900, 700, {{400.2, 300.7, 20, 2000}})},
         {"saturated", frame(400, 300, {{120.3, 200.8, 5, 300'000}})},
         {"a gradient fifty times its noise",
-         with(frame(180, 140, {{130.2, 40.6, 3, 1500}}), [](auto& r) { r.gradientX = r.gradientY = 950; })},
+         {.width = 180,
+          .height = 140,
+          .gradientX = 950,
+          .gradientY = 950,
+          .stars = {{130.2, 40.6, 3, 1500}}}},
         {"among hot pixels",
-         with(frame(600, 400, {{321.7, 111.2, 3, 4000}}), [](auto& r) { r.wrongPixels = 3e-4; })},
-        {"beside a nebula with more light", with(frame(500, 400, {{100.3, 300.4, 3, 4000}}),
-                                                 [](auto& r) {
-                                                     r.nebula = {300, 150, 90, 800};
-                                                 })},
-        {"beside a nebula as small as they come", with(frame(280, 220, {{220.4, 40.9, 2.5, 3500}}),
-                                                       [](auto& r) {
-                                                           r.sky = 150;
-                                                           r.nebula = {140, 130, 70, 1200};
-                                                       })},
-        {"on a nebula's slope", with(frame(300, 220, {{120.3, 96.4, 4, 1500}}),
-                                     [](auto& r) {
-                                         r.nebula = {146, 115, 80, 500};
-                                     })},
+         {.width = 600, .height = 400, .stars = {{321.7, 111.2, 3, 4000}}, .wrongPixels = 3e-4}},
+        {"beside a nebula with more light",
+         {.width = 500, .height = 400, .nebula = {300, 150, 90, 800}, .stars = {{100.3, 300.4, 3, 4000}}}},
+        {"beside a nebula as small as they come",
+         {.width = 280,
+          .height = 220,
+          .sky = 150,
+          .nebula = {140, 130, 70, 1200},
+          .stars = {{220.4, 40.9, 2.5, 3500}}}},
+        {"on a nebula's slope",
+         {.width = 300, .height = 220, .nebula = {146, 115, 80, 500}, .stars = {{120.3, 96.4, 4, 1500}}}},
         {"of two, the brighter", frame(700, 500, {{150.1, 200.9, 3, 6000}, {550.5, 300.2, 3, 4500}})},
     };
     for (const auto& row : rows) {

@@ -150,158 +150,100 @@ struct Evening : test::CorrectionWorld {
 enum class Event { kNext, kSkip, kStop, kClose, kNoExposure, kNoSolve, kOffImage };
 
 void happen(Evening& evening, Event event) {
-    switch (event) {
-        case Event::kNext:
-            evening.panel.cmdNext.click();
-            break;
-        case Event::kSkip:
-            evening.panel.cmdSkip.click();
-            break;
-        case Event::kStop:
-            evening.panel.cmdStop.click();
-            break;
-        case Event::kClose:
-            evening.state.StopRequested = true;
-            evening.state.AppUnloading = true;
-            break;
-        case Event::kNoExposure:
-            evening.camera.fails = true;
-            evening.mount.shutterStuck = true;
-            break;
-        case Event::kNoSolve:
-            evening.solver.fails = true;
-            break;
-        case Event::kOffImage:
-            evening.star.place = {10, 790};
-            break;
-    }
+    using enum Event;
+    if (event == kNext) evening.panel.cmdNext.click();
+    if (event == kSkip) evening.panel.cmdSkip.click();
+    if (event == kStop) evening.panel.cmdStop.click();
+    if (event == kClose) evening.state.StopRequested = evening.state.AppUnloading = true;
+    if (event == kNoExposure) evening.camera.fails = evening.mount.shutterStuck = true;
+    if (event == kNoSolve) evening.solver.fails = true;
+    if (event == kOffImage) evening.star.place = {10, 790};
 }
 
 using Lines = std::vector<std::string>;
 
 struct Case {
-    const char* stage;
+    std::string stage;
     Event event;
-    const char* next;     // the stage that follows; the same when nothing comes of the event
-    const char* buttons;  // enabled there
-    Lines lines;
+    std::string next;     // the stage that follows; the same when nothing comes of the event
+    std::string buttons;  // enabled there
+    Lines lines = {};
 };
+
+struct Adjuster {
+    std::string name, capitalised;
+    std::string aborted;           // log line
+    std::string next;              // stage
+    std::string buttonsAfterStar;  // there, when the star was centred
+};
+const Adjuster kAdjusters[] = {
+    {"azimuth", "Azimuth", "Azimuth Correction Aborted !!", "elevation placing", "Stop Next Skip"},
+    {"elevation", "Elevation", "Polar Align Aborted !!", "success", "Stop Next"}};
 
 const Lines kStopped = {"Operation stopped by operator", "Align Aborted", "Alignment Run Complete"};
 
 std::vector<Case> casesOfBothCameras() {
-    return {
-        {"azimuth placing", Event::kNext, "azimuth pointing", "Stop", {}},
-        {"azimuth placing", Event::kSkip, "elevation placing", "Stop Next Skip", {}},
-        {"azimuth placing", Event::kStop, "start", "Run Expose", kStopped},
-        {"azimuth placing", Event::kNoSolve, "azimuth placing", "Stop Next Skip", {}},
-        {"azimuth placing", Event::kOffImage, "azimuth placing", "Stop Next Skip", {}},
-        {"azimuth pointing",
-         Event::kNext,
-         "azimuth centring",
-         "Stop Next",
-         {"Azimuth Correction Plate Solved", "Star is on Plate"}},
-        {"azimuth pointing",
-         Event::kSkip,
-         "azimuth centring",
-         "Stop Next",
-         {"Azimuth Correction Plate Solved", "Star is on Plate"}},
-        {"azimuth pointing",
-         Event::kStop,
-         "start",
-         "Run Expose",
-         {"Operation stopped by operator", "Azimuth Correction Aborted !!", "Align Aborted",
-          "Alignment Run Complete"}},
-        {"azimuth pointing",
-         Event::kNoSolve,
-         "start",
-         "Run Expose",
-         {"Azimuth Correction Aborted !!", "Align Aborted", "Alignment Run Complete"}},
-        {"azimuth pointing",
-         Event::kOffImage,
-         "azimuth centring",
-         "Stop Next",
-         {"Azimuth Correction Plate Solved", "Star is not on Plate"}},
-        {"azimuth centring", Event::kNext, "elevation placing", "Stop Next Skip", {}},
-        {"azimuth centring", Event::kSkip, "azimuth centring", "Stop Next", {}},
-        {"azimuth centring", Event::kStop, "start", "Run Expose", kStopped},
-        {"azimuth centring", Event::kNoSolve, "azimuth centring", "Stop Next", {}},
-        {"azimuth centring", Event::kOffImage, "azimuth centring", "Stop Next", {}},
-        {"elevation placing", Event::kNext, "elevation pointing", "Stop", {}},
-        {"elevation placing", Event::kSkip, "success", "Stop Next Skip", {}},
-        {"elevation placing", Event::kStop, "start", "Run Expose", kStopped},
-        {"elevation placing", Event::kNoSolve, "elevation placing", "Stop Next Skip", {}},
-        {"elevation placing", Event::kOffImage, "elevation placing", "Stop Next Skip", {}},
-        {"elevation pointing",
-         Event::kNext,
-         "elevation centring",
-         "Stop Next",
-         {"Elevation Correction Plate Solved", "Star is on Plate"}},
-        {"elevation pointing",
-         Event::kSkip,
-         "elevation centring",
-         "Stop Next",
-         {"Elevation Correction Plate Solved", "Star is on Plate"}},
-        {"elevation pointing",
-         Event::kStop,
-         "start",
-         "Run Expose",
-         {"Operation stopped by operator", "Polar Align Aborted !!", "Align Aborted",
-          "Alignment Run Complete"}},
-        {"elevation pointing",
-         Event::kNoSolve,
-         "start",
-         "Run Expose",
-         {"Polar Align Aborted !!", "Align Aborted", "Alignment Run Complete"}},
-        {"elevation pointing",
-         Event::kOffImage,
-         "elevation centring",
-         "Stop Next",
-         {"Elevation Correction Plate Solved", "Star is not on Plate"}},
-        {"elevation centring", Event::kNext, "success", "Stop Next", {}},
-        {"elevation centring", Event::kSkip, "elevation centring", "Stop Next", {}},
-        {"elevation centring", Event::kStop, "start", "Run Expose", kStopped},
-        {"elevation centring", Event::kNoSolve, "elevation centring", "Stop Next", {}},
-        {"elevation centring", Event::kOffImage, "elevation centring", "Stop Next", {}},
-        {"success", Event::kNext, "start", "Run Expose", {"Alignment Run Complete"}},
-        {"success", Event::kSkip, "success", "Stop Next", {}},
+    using enum Event;
+    std::vector<Case> cases = {
+        {"success", kNext, "start", "Run Expose", {"Alignment Run Complete"}},
         {"success",
-         Event::kStop,
+         kStop,
          "start",
          "Run Expose",
          {"Operation stopped by operator", "Alignment Run Complete"}},
-        {"success", Event::kNoExposure, "success", "Stop Next", {}},
-        {"success", Event::kNoSolve, "success", "Stop Next", {}},
-        {"success", Event::kOffImage, "success", "Stop Next", {}},
+        {"success", kSkip, "success", "Stop Next"},
+        {"success", kNoExposure, "success", "Stop Next"},
+        {"success", kNoSolve, "success", "Stop Next"},
+        {"success", kOffImage, "success", "Stop Next"},
     };
+    for (const Adjuster& a : kAdjusters) {
+        const std::string placing = a.name + " placing", pointing = a.name + " pointing";
+        const std::string centring = a.name + " centring";
+        const std::string solved = a.capitalised + " Correction Plate Solved";
+        const Lines stopped = {kStopped[0], a.aborted, kStopped[1], kStopped[2]};
+        const Lines unsolved = {a.aborted, kStopped[1], kStopped[2]};
+        cases.insert(cases.end(),
+                     {{placing, kNext, pointing, "Stop"},
+                      {placing, kSkip, a.next, "Stop Next Skip"},
+                      {placing, kStop, "start", "Run Expose", kStopped},
+                      {placing, kNoSolve, placing, "Stop Next Skip"},
+                      {placing, kOffImage, placing, "Stop Next Skip"},
+                      {pointing, kNext, centring, "Stop Next", {solved, "Star is on Plate"}},
+                      {pointing, kSkip, centring, "Stop Next", {solved, "Star is on Plate"}},
+                      {pointing, kStop, "start", "Run Expose", stopped},
+                      {pointing, kNoSolve, "start", "Run Expose", unsolved},
+                      {pointing, kOffImage, centring, "Stop Next", {solved, "Star is not on Plate"}},
+                      {centring, kNext, a.next, a.buttonsAfterStar},
+                      {centring, kSkip, centring, "Stop Next"},
+                      {centring, kStop, "start", "Run Expose", kStopped},
+                      {centring, kNoSolve, centring, "Stop Next"},
+                      {centring, kOffImage, centring, "Stop Next"}});
+    }
+    return cases;
 }
 
-/// A camera that fails once; the loops end as by Skip or Next, the pointing goes on with its next exposure.
+/// A camera that fails once: the loops end as by Skip or Next, the pointing goes on with its next exposure.
 std::vector<Case> failuresOfTheCamera() {
-    return {
-        {"azimuth placing", Event::kNoExposure, "elevation placing", "Stop Next Skip", {}},
-        {"azimuth pointing",
-         Event::kNoExposure,
-         "azimuth centring",
-         "Stop Next",
-         {"Azimuth Correction Plate Solved", "Star is on Plate"}},
-        {"azimuth centring", Event::kNoExposure, "elevation placing", "Stop Next Skip", {}},
-        {"elevation placing", Event::kNoExposure, "success", "Stop Next Skip", {}},
-        {"elevation pointing",
-         Event::kNoExposure,
-         "elevation centring",
-         "Stop Next",
-         {"Elevation Correction Plate Solved", "Star is on Plate"}},
-        {"elevation centring", Event::kNoExposure, "success", "Stop Next", {}},
-    };
+    std::vector<Case> cases;
+    for (const Adjuster& a : kAdjusters) {
+        const Lines solved = {a.capitalised + " Correction Plate Solved", "Star is on Plate"};
+        cases.push_back({a.name + " placing", Event::kNoExposure, a.next, "Stop Next Skip"});
+        cases.push_back(
+            {a.name + " pointing", Event::kNoExposure, a.name + " centring", "Stop Next", solved});
+        cases.push_back({a.name + " centring", Event::kNoExposure, a.next, a.buttonsAfterStar});
+    }
+    return cases;
 }
 
 std::vector<Case> failuresOfTheSimulator() {
     std::vector<Case> cases;
-    for (const char* stage : {"azimuth placing", "azimuth pointing", "azimuth centring", "elevation placing",
-                              "elevation pointing", "elevation centring"})
-        cases.push_back(
-            {stage, Event::kNoExposure, "start", "Run Expose", {"Error 5: Shutter stuck\r\nmod cmdRun"}});
+    for (const Adjuster& a : kAdjusters)
+        for (const char* stage : {" placing", " pointing", " centring"})
+            cases.push_back({a.name + stage,
+                             Event::kNoExposure,
+                             "start",
+                             "Run Expose",
+                             {"Error 5: Shutter stuck\r\nmod cmdRun"}});
     return cases;
 }
 
@@ -323,7 +265,7 @@ void expectAnotherRun(Evening& evening, const std::string& why) {
 void expectCases(const std::vector<Case>& cases, bool simulator) {
     for (const Case& c : cases) {
         Evening evening(simulator);
-        const std::string why = std::string(c.stage) + ", event " + std::to_string(static_cast<int>(c.event));
+        const std::string why = c.stage + ", event " + std::to_string(static_cast<int>(c.event));
         std::size_t from = 0;
         const auto look = [&] {
             EXPECT_EQ(evening.stage(), c.next) << why;

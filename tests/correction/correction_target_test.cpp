@@ -12,29 +12,22 @@
 
 #include "correction/star_pointing.h"
 #include "engine/angles.h"
+#include "support/vectors.h"
 
 namespace vantrel::correction {
 namespace {
 
+using test::cross;
+using test::dot;
+using test::turned;
+using test::Vector;
+
 constexpr double kDegree = std::numbers::pi / 180;
 constexpr double kArcsec = kDegree / 3600;
 
-struct Vector {
-    double x, y, z;
-};
-Vector operator+(const Vector& a, const Vector& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-Vector operator*(double s, const Vector& v) { return {s * v.x, s * v.y, s * v.z}; }
-double dot(const Vector& a, const Vector& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-Vector cross(const Vector& a, const Vector& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
 double angleBetween(const Vector& a, const Vector& b) {
     const Vector c = cross(a, b);
     return std::atan2(std::sqrt(dot(c, c)), dot(a, b));
-}
-Vector turned(const Vector& v, const Vector& about, double angle) {
-    return std::cos(angle) * v + std::sin(angle) * cross(about, v) +
-           (1 - std::cos(angle)) * dot(about, v) * about;
 }
 /// The turn about the line that brings the plane of `from` onto that of `to`, radians in (-π, π].
 double turnAbout(const Vector& line, const Vector& from, const Vector& to) {

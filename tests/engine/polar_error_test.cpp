@@ -5,30 +5,21 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/errors.h"
+#include "support/vectors.h"
 
 namespace vantrel::engine {
 namespace {
 
+using test::turned;
+using test::Vector;
+
 constexpr double kDegree = std::numbers::pi / 180;
 
-struct Vector {
-    double x, y, z;  // hour angle 0 on the equator, hour angle 6 h (west), the pole
-};
-
+// Directions: x to hour angle 0 on the equator, y to hour angle 6 h (west), z to the pole.
 Vector unitVector(double haHours, double decDegrees) {
     const double h = haHours * 15 * kDegree;
     const double d = decDegrees * kDegree;
     return {std::cos(h) * std::cos(d), std::sin(h) * std::cos(d), std::sin(d)};
-}
-
-/// Rodrigues' rotation of a vector about an axis.
-Vector turned(const Vector& v, const Vector& k, double angle) {
-    const double c = std::cos(angle), s = std::sin(angle);
-    const double dot = k.x * v.x + k.y * v.y + k.z * v.z;
-    return {v.x * c + (k.y * v.z - k.z * v.y) * s + k.x * dot * (1 - c),
-            v.y * c + (k.z * v.x - k.x * v.z) * s + k.y * dot * (1 - c),
-            v.z * c + (k.x * v.y - k.y * v.x) * s + k.z * dot * (1 - c)};
 }
 
 /// A mount whose axis is turned away from the pole, in a plain geometry that shares nothing with the solver:
