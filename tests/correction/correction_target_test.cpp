@@ -195,26 +195,5 @@ TEST(SkyOffsetToPixel, IsTheWrittenFormulaToTheLastBit) {
         << "a singular matrix has no pixel";
 }
 
-TEST(SkyOffsetToPixel, IsUndoneByTheMatrix) {
-    RandomMounts random;
-    for (int i = 0; i < 1000; ++i) {
-        const double turn = random.between(0, 2 * std::numbers::pi);
-        const double scale = random.between(0.3, 8) / 3600;
-        const double hand = random.between(-1, 1) < 0 ? -1 : 1;
-        const engine::PlateSolution plate = {random.between(0, 24),         random.between(-80, 80),
-                                             hand * scale * std::cos(turn), -scale * std::sin(turn),
-                                             hand * scale * std::sin(turn), scale * std::cos(turn)};
-        const double hours = random.between(-0.1, 0.1);
-        const double degrees = random.between(-2, 2);
-        const auto pixel = SkyOffsetToPixel(engine::NormalizeRAHours(plate.ra + hours), plate.dec + degrees,
-                                            plate, {600, 300});
-        ASSERT_TRUE(pixel);
-        const double x = pixel->x - 600;
-        const double y = pixel->y - 300;
-        EXPECT_NEAR(plate.CD1_1 * x + plate.CD1_2 * y, hours * 15, 1e-9);
-        EXPECT_NEAR(plate.CD2_1 * x + plate.CD2_2 * y, degrees, 1e-9);
-    }
-}
-
 }  // namespace
 }  // namespace vantrel::correction

@@ -34,6 +34,8 @@ TEST(StarLight, isWhatTheSecondBrightestNeighbourSupports) {
         {"two side by side", {{20, 20, 900}, {21, 20, 900}}, 0},
         {"neighbours across a corner don't count", {{20, 20, 900}, {21, 21, 900}, {19, 19, 900}}, 0},
         {"a sharp star", {{20, 20, 90}, {21, 20, 40}, {20, 21, 30}}, 90},
+        {"neighbours on the other sides", {{20, 20, 90}, {19, 20, 40}, {20, 19, 30}}, 90},
+        {"above and below", {{20, 20, 90}, {20, 19, 40}, {20, 21, 30}}, 90},
         {"a hot pixel on a star's flank", {{20, 20, 900}, {21, 20, 40}, {20, 21, 30}}, 3.5 * 30},
     };
     for (const auto& row : rows) {

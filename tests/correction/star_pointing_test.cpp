@@ -26,14 +26,6 @@ struct Pointing : testing::Test, test::CorrectionWorld {
         s.plateDec = mount.dec + solver.decError;
         return s;
     }
-    static std::vector<std::string> logged(const std::vector<std::string>& before,
-                                           const CorrectionTarget& target,
-                                           const std::vector<std::string>& after) {
-        std::vector<std::string> lines = before;
-        lines.insert(lines.end(), target.log.begin(), target.log.end());
-        lines.insert(lines.end(), after.begin(), after.end());
-        return lines;
-    }
 };
 
 TEST_F(Pointing, WithACameraTakesTheRunsExposureAndWaitsForItsDownload) {
@@ -62,28 +54,31 @@ TEST_F(Pointing, WithTheSimulatorItsImageGoesToTheImageFolder) {
     EXPECT_THAT(camera.exposures, IsEmpty());
 }
 
+const struct {
+    void (StarPointing::*point)(double, double);
+    CorrectionTarget (*target)(const PointingSituation&);
+    std::vector<std::string> begins;  // its log
+} kAdjusters[] = {{&StarPointing::PointAzCorrectionAllignmentStar,
+                   azimuthTarget,
+                   {"*** Az Correction ***", "Azimuth Correction Plate Solved"}},
+                  {&StarPointing::PointAltCorrectionAllignmentStar,
+                   elevationTarget,
+                   {"*** Elevation Correction ***", "Elevation Correction Plate Solved"}}};
+
 TEST_F(Pointing, LogsEveryValueAndMarksThePath) {
     solver.raError = 0.01;
     solver.decError = -0.2;
-    const struct {
-        void (StarPointing::*point)(double, double);
-        CorrectionTarget (*target)(const PointingSituation&);
-        std::vector<std::string> before;
-    } adjusters[] = {{&StarPointing::PointAzCorrectionAllignmentStar,
-                      azimuthTarget,
-                      {"*** Az Correction ***", "Azimuth Correction Plate Solved"}},
-                     {&StarPointing::PointAltCorrectionAllignmentStar,
-                      elevationTarget,
-                      {"*** Elevation Correction ***", "Elevation Correction Plate Solved"}}};
-    for (const auto& adjuster : adjusters) {
+    for (const auto& adjuster : kAdjusters) {
         log.lines.clear();
         overlays.drawn.clear();
         (pointing.*adjuster.point)(0.05, 60);
         const std::string x = formatNumber(marks.TargetX, "0");
         const std::string y = formatNumber(marks.TargetY, "0");
-        EXPECT_EQ(log.lines, logged(adjuster.before, adjuster.target(situation(0.05, 60)),
-                                    {"Brightest Star X = 500, Brightest Star Y = 400", "Star is on Plate",
-                                     "Target X = " + x + ", Target Y = " + y}));
+        std::vector<std::string> lines = adjuster.begins;
+        for (const std::string& line : adjuster.target(situation(0.05, 60)).log) lines.push_back(line);
+        lines.insert(lines.end(), {"Brightest Star X = 500, Brightest Star Y = 400", "Star is on Plate",
+                                   "Target X = " + x + ", Target Y = " + y});
+        EXPECT_EQ(log.lines, lines);
         EXPECT_THAT(overlays.drawn,
                     ElementsAre("cross " + toText(marks.TargetX) + " " + toText(marks.TargetY),
                                 "line 500 400 " + x + " " + y));
@@ -96,11 +91,7 @@ TEST_F(Pointing, SlewsInsteadWhenTheTargetIsOffTheImage) {
     solver.decError = -0.2;
     star.place = {30.5, 400};
     // Without an axis error the star stays where it is, so that the mount's readings are the aim's.
-    const struct {
-        void (StarPointing::*point)(double, double);
-    } adjusters[] = {{&StarPointing::PointAzCorrectionAllignmentStar},
-                     {&StarPointing::PointAltCorrectionAllignmentStar}};
-    for (const auto& adjuster : adjusters) {
+    for (const auto& adjuster : kAdjusters) {
         log.lines.clear();
         mount.slews.clear();
         overlays.drawn.clear();

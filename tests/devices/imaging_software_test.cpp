@@ -203,27 +203,25 @@ TEST(ImagingSoftwareChoice, BringsTheLaunchedProgramForward) {
 }
 
 TEST(ImagingSoftwareChoice, ComparesVersions) {
-    struct Case {
+    const struct {
         const char* recorded;
         bool recent;
         const char* version;
-    };
-    for (const Case& c : {
-             Case{"5.00.72", false, "5.00.72"},
-             Case{"5.00.73", true, "5.00.73"},
-             Case{"5.00.73.1", true, "5.00.73.1"},
-             Case{"5.01.0", true, "5.01.0"},
-             Case{"6.0.0", true, "6.0.0"},
-             Case{"4.99.99", false, "4.99.99"},
-             Case{"5, 0, 0, 73", false, "5. 0. 0"},
-             Case{"5, 0, 73, 0", true, "5. 0. 73"},
-             Case{"5", false, "5"},
-             Case{"", false, ""},
-         }) {
-        ChoiceWorld world("C", c.recorded);
+    } rows[] = {{"5.00.72", false, "5.00.72"},
+                {"5.00.73", true, "5.00.73"},
+                {"5.00.73.1", true, "5.00.73.1"},
+                {"5.01.0", true, "5.01.0"},
+                {"6.0.0", true, "6.0.0"},
+                {"4.99.99", false, "4.99.99"},
+                {"5, 0, 0, 73", false, "5. 0. 0"},
+                {"5, 0, 73, 0", true, "5. 0. 73"},
+                {"5", false, "5"},
+                {"", false, ""}};
+    for (const auto& row : rows) {
+        ChoiceWorld world("C", row.recorded);
         const auto test = world.choice.FileVersionIsRecent(world.kCCDSoftPath, "5.00.73");
-        EXPECT_EQ(test.recent, c.recent) << c.recorded;
-        EXPECT_EQ(test.version, c.version) << c.recorded;
+        EXPECT_EQ(test.recent, row.recent) << row.recorded;
+        EXPECT_EQ(test.version, row.version) << row.recorded;
     }
 }
 
