@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "correction/correction_sequence.h"
+#include "correction/open_picture.h"
 #include "engine/measurement_run.h"
 #include "platform/class_registry.h"
-#include "platform/dispatch_object.h"
 #include "platform/queued_event_loop.h"
 #include "platform/text.h"
 #include "support/memory_settings_port.h"
@@ -19,19 +19,6 @@
 namespace vantrel::correction::test {
 
 using namespace platform;
-
-/// The imaging program as far as a pointing asks for it: an open image of this size.
-class OpenFrame : public DispatchObject {
-  public:
-    static constexpr int kWidth = 1000;
-    static constexpr int kHeight = 800;
-    OpenFrame() : DispatchObject("MaxIm.Application") {
-        property("AutofocusStatus", [] { return Value(0); });
-        property("CurrentDocument", [] { return ObjectRef(std::make_shared<OpenFrame>()); });
-        property("XSize", [] { return Value(kWidth); });
-        property("YSize", [] { return Value(kHeight); });
-    }
-};
 
 /// A mount without errors, and the simulator's camera.
 struct Mount : engine::TelescopePort {
@@ -178,6 +165,8 @@ struct CorrectionWorld {
     Guide guide;
     Marks overlays;
     OneStar star;
+    vantrel::test::Picture frame{
+        std::make_shared<ImageArray>(1000, 800, std::vector<std::uint16_t>(1000UL * 800))};
     ClassRegistry classes;
     CorrectionMarks marks;
 
@@ -191,8 +180,9 @@ struct CorrectionWorld {
                                   exposures, overlays,      pointing, marks};
 
     explicit CorrectionWorld(bool simulator = false) {
-        classes.install("MaxIm.Application",
-                        {[] { return std::make_shared<OpenFrame>(); }, "MaxIm.exe", "", ""});
+        classes.install(
+            "MaxIm.Application",
+            {[this] { return std::make_shared<vantrel::test::FakeApplication>(frame); }, "", "", ""});
         guide.target = &correction;
         state.PlateSolveMethod = "PP";
         state.UsingAxisSimulator = simulator;

@@ -106,7 +106,7 @@ TEST(ImagingWindows, BringsTheProgramInUseToTheFront) {
 TEST(ImagingWindows, ReadsTheConnectButton) {
     struct Case {
         const char* why;
-        const char* closed;  // window that isn't there
+        const char* wrong;  // window that isn't there
         int state;
         bool connected;
         Strings log;
@@ -118,12 +118,19 @@ TEST(ImagingWindows, ReadsTheConnectButton) {
              Case{"up, but has the focus", "", 8, false, {}},
              Case{"no dialog", "dialog", 1, false, {"Could not find MaxIm CCD Window"}},
              Case{"another tab is shown", "setup", 1, false, {"Could not find MaxIm CCD Setup Tab"}},
+             Case{"not told",
+                  "desktop",
+                  1,
+                  false,
+                  {" Error 5: Invalid procedure call or argument\r\nmodUtility Function "
+                   "MaxImCameraIsConnected"}},
          }) {
         ImagingWorld world;
         world.openMaxIm();
         world.desktop.find(world.connectButton)->buttonState = c.state;
-        if (c.closed == std::string("dialog")) world.desktop.close(world.cameraDialog);
-        if (c.closed == std::string("setup")) world.desktop.close(world.setupTab);
+        if (c.wrong == std::string("dialog")) world.desktop.close(world.cameraDialog);
+        if (c.wrong == std::string("setup")) world.desktop.close(world.setupTab);
+        world.desktop.refuses = c.wrong == std::string("desktop");
         EXPECT_EQ(world.windows.MaxImCameraIsConnected(), c.connected) << c.why;
         EXPECT_EQ(world.log.lines, c.log) << c.why;
         ASSERT_EQ(world.messages.shown.size(), c.log.size()) << c.why;

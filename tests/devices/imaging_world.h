@@ -19,13 +19,18 @@ struct Camera {
     bool linked = false;
 };
 
-/// A desktop that remembers which tabs were turned to.
+/// A desktop that remembers which tabs were turned to, and may refuse to tell of buttons.
 struct TabbedDesktop : platform::DesktopWindows {
     void selectTab(platform::WindowId tabControl, int tab) override {
         turnedTo.push_back(tab);
         DesktopWindows::selectTab(tabControl, tab);
     }
+    int buttonState(platform::WindowId button) const override {
+        if (refuses) throw platform::runTimeError(platform::error_number::kInvalidProcedureCall);
+        return DesktopWindows::buttonState(button);
+    }
     std::vector<int> turnedTo;
+    bool refuses = false;
 };
 
 /// Members that can be put, and read again.

@@ -1,5 +1,6 @@
 #include "devices/telescope_link.h"
 
+#include <cmath>
 #include <functional>
 
 #include <gmock/gmock.h>
@@ -381,6 +382,11 @@ TEST(TelescopeLink, TellsSiderealTimeFromTheClockWhenTheMountCannot) {
     world.fail(kScope, "SiderealTime", 438);
     EXPECT_NEAR(world.link.SiderealTime(), 1.0193, 0.0001);
     EXPECT_THAT(world.log.lines, IsEmpty());
+
+    world.mount.longitude = HUGE_VAL;
+    EXPECT_EQ(world.link.SiderealTime(), 0);
+    EXPECT_THAT(world.log.lines, ElementsAre("Error 5: Invalid procedure call or argument\r\n"
+                                             "modComponents Function SiderealTime"));
 }
 
 }  // namespace
