@@ -1,15 +1,20 @@
 #include <QAbstractButton>
 #include <QApplication>
+#include <QDesktopServices>
 #include <QDialog>
 #include <QFileDialog>
 #include <QListWidget>
+#include <QPushButton>
+#include <QTextBrowser>
 #include <QTimer>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 
 #include <gtest/gtest.h>
 
 #include "qt/light.h"
+#include "qt/qt_desktop.h"
 #include "qt/qt_dialogs.h"
 #include "qt/temporary_home.h"
 #include "qt/theme.h"
@@ -62,17 +67,25 @@ TEST_F(DialogsTest, AChoiceBeginsWithTheCurrentOneAndComesBackById) {
     });
     EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "A.Telescope");
     EXPECT_EQ(first, "Second mount");
+    inTheDialog([](QDialog& dialog) {
+        auto& list = *dialog.findChild<QListWidget*>();
+        list.setCurrentRow(0);
+        Q_EMIT list.itemActivated(list.item(0));  // a double click
+    });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "A.Telescope");
     inTheDialog([](QDialog& dialog) { dialog.reject(); });
     EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "");
     inTheDialog([](QDialog& dialog) { dialog.accept(); });
     EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "C.Telescope"), "") << "nothing was chosen";
 }
 
-TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
+TEST_F(DialogsTest, GiveNothingButRedLightByNightAndHaveLargeButtons) {
     theme.setNight(true);
     const auto check = [](QDialog& dialog) {
         QApplication::processEvents();
         EXPECT_LE(foreignLight(dialog.grab().toImage()), 0) << dialog.windowTitle().toStdString();
+        for (const QPushButton* button : dialog.findChildren<QPushButton*>())
+            EXPECT_GE(button->height(), 2 * button->fontMetrics().height()) << "for gloves";
         dialog.reject();
     };
     inTheDialog(check);
@@ -85,6 +98,31 @@ TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
         dialogs.messageBox("Vantrel", "Vantrel is already running", icon,
                            platform::Dialogs::Buttons::kOkCancel);
     }
+}
+
+TEST(QtDesktop, OpensFilesAndPagesAndTheManualInPlaceOfHelpThatNothingShows) {
+    const TemporaryHome home;
+    const std::filesystem::path help = home.folder() / "help";
+    std::filesystem::create_directories(help / "manual");
+    std::ofstream(help / "manual" / "index.html") << "Manual";
+    platform::FolderMap folders(home.folder());
+    folders.map("C:\\Help", help);
+    QtDesktop desktop(folders, {});
+    QTextBrowser browser;
+    for (const char* scheme : {"file", "https"})
+        QDesktopServices::setUrlHandler(scheme, &browser, "setSource");
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "/nowhere");  // no program to ask which files the desktop shows
+    const auto opened = [&](const char* file) {
+        desktop.open(file);
+        return browser.source().toString().toStdString();
+    };
+    EXPECT_EQ(opened("https://example.org/help"), "https://example.org/help");
+    EXPECT_EQ(opened("C:\\Help\\Log.txt"), "file://" + (help / "Log.txt").string());
+    EXPECT_EQ(opened("C:\\Help\\Vantrel.chm"), "file://" + (help / "manual" / "index.html").string());
+    EXPECT_EQ(opened("C:\\Other\\Vantrel.chm").substr(0, 7), "file://");
+    qputenv("PATH", path);
+    for (const char* scheme : {"file", "https"}) QDesktopServices::unsetUrlHandler(scheme);
 }
 
 }  // namespace

@@ -294,8 +294,11 @@ TEST_F(ImageWindowTest, HandlesMoveByKeysAndNeverPassEachOther) {
 }
 
 TEST_F(ImageWindowTest, ByNightHoldsNothingButItsColour) {
-    show(starField());
     theme.setNight(true);
+    window.show();
+    settle();
+    EXPECT_LE(foreignLight(window.grab().toImage()), 0) << "without an image";
+    show(starField());
     action("crossHair").setChecked(true);
     for (const bool inverted : {false, true}) {
         action("inverted").setChecked(inverted);
@@ -316,7 +319,7 @@ TEST_F(ImageWindowTest, ByNightHoldsNothingButItsColour) {
     EXPECT_GT(qBlue(shownAt(150, 101)), 250) << "by day a star is white";
 }
 
-TEST_F(ImageWindowTest, EverythingHasAKeyATooltipAndAName) {
+TEST_F(ImageWindowTest, EveryCommandHasAKeyOfItsOwnThatItsTooltipNames) {
     QSet<QKeySequence> keys;
     for (const QAction* command : window.actions()) {
         SCOPED_TRACE(command->objectName().toStdString());
@@ -329,10 +332,13 @@ TEST_F(ImageWindowTest, EverythingHasAKeyATooltipAndAName) {
     }
     for (const QToolButton* button : window.findChildren<QToolButton*>())
         EXPECT_TRUE(button->defaultAction() == nullptr || !button->accessibleName().isEmpty());
-    for (const QWidget* widget : {static_cast<QWidget*>(&view()), static_cast<QWidget*>(&histogram())}) {
-        EXPECT_FALSE(widget->accessibleName().isEmpty());
-        EXPECT_NE(widget->focusPolicy() & Qt::TabFocus, 0);
-    }
+}
+
+TEST(ImageColors, WhiteStandsOutByNight) {
+    const Colors night = colorsOf(true);
+    const auto tones = imageColors(night, true, false).tones;
+    EXPECT_EQ(tones[ToneCurve::kWhite], night.marker.rgb());
+    EXPECT_LT(qRed(tones[ToneCurve::kWhite - 1]), 0.9 * night.marker.red());
 }
 
 TEST_F(ImageWindowTest, FullScreenComesAndGoesByKeys) {

@@ -100,6 +100,19 @@ std::string clippedPart(const QWidget& widget) {
     return {};
 }
 
+/// The widgets that a window shows side by side.
+std::vector<const QWidget*> shownIn(const FormWindow& window) {
+    std::vector<const QWidget*> shown;
+    for (const QWidget* widget : window.findChildren<QWidget*>())
+        if (widget->isVisible() && widget->window() == &window) shown.push_back(widget);
+    return shown;
+}
+
+bool isPart(const QWidget* widget) {
+    return qobject_cast<const QLabel*>(widget) || qobject_cast<const QLineEdit*>(widget) ||
+           qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget);
+}
+
 struct Layout {
     int points;
     bool german = false;
@@ -107,7 +120,7 @@ struct Layout {
 
 class LayoutTest : public testing::TestWithParam<Layout> {};
 
-TEST_P(LayoutTest, ClipsNothing) {
+TEST_P(LayoutTest, ClipsAndCoversNothing) {
     const WithFont font(GetParam().points);
     std::optional<InGerman> german;
     if (GetParam().german) german.emplace();
@@ -117,10 +130,15 @@ TEST_P(LayoutTest, ClipsNothing) {
     for (const auto& window : windows) {
         onEveryPage(*window, [&] {
             forms.settle();
-            for (const QWidget* widget : window->findChildren<QWidget*>())
-                if (widget->isVisible() && widget->window() == window.get()) {
-                    EXPECT_EQ(clippedPart(*widget), "") << window->form().name();
-                }
+            const auto shown = shownIn(*window);
+            for (const QWidget* widget : shown) {
+                EXPECT_EQ(clippedPart(*widget), "") << window->form().name();
+                for (const QWidget* other : shown)
+                    EXPECT_FALSE(other != widget && isPart(widget) && isPart(other) &&
+                                 other->parentWidget() == widget->parentWidget() &&
+                                 other->geometry().intersects(widget->geometry()))
+                        << widget->objectName().toStdString() << " " << other->objectName().toStdString();
+            }
         });
     }
 }

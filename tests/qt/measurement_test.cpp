@@ -57,22 +57,30 @@ TEST(Measurement, OfAFreshStartFindsTheSimulatorsAxis) {
     EXPECT_EQ(night.failures, "");
 }
 
-TEST(Measurement, EndsAtTheStopButton) {
+TEST(Measurement, NeedsNoOperator) {
+    for (const char* slew : {"15", "0"}) {  // degrees; none is refused by a question
+        Night night;
+        night.user.settings.write("PolarAlign", "DeltaRA", slew);
+        std::ostringstream out;
+        UnattendedRun run(night.program, night.loop, out);
+        night.loop.post([&] { run.begin(); });
+        night.loop.runUntil([&] { return run.over(); });
+        EXPECT_EQ(run.measured(), slew == std::string("15")) << out.str();
+        EXPECT_THAT(out.str(), HasSubstr(run.measured() ? "Alignment Run Complete" : "Align Aborted"));
+        night.program.application().close();
+        night.loop.runUntil([&] { return night.program.application().ended(); });
+    }
+}
+
+TEST(Measurement, EndsAtTheStopButtonAndWithTheWindow) {
     Night night;
     night.pass({
         {[&] { return night.started(); }, [&] { night.click("cmdRun"); }},
         {[&] { return night.enabled("cmdStop"); }, [&] { night.click("cmdStop"); }},
-        {[&] { return night.enabled("cmdRun"); }, [] {}},
-    });
-    EXPECT_THAT(night.program.application().log().lines(), testing::Contains(HasSubstr("Align Aborted")));
-}
-
-TEST(Measurement, EndsWithTheWindow) {
-    Night night;
-    night.pass({
-        {[&] { return night.started(); }, [&] { night.click("cmdRun"); }},
+        {[&] { return night.enabled("cmdRun"); }, [&] { night.click("cmdRun"); }},
         {[&] { return night.enabled("cmdStop"); }, [] {}},
     });
+    EXPECT_THAT(night.program.application().log().lines(), testing::Contains(HasSubstr("Align Aborted")));
     for (const platform::Form* form : night.program.screen().forms())
         EXPECT_FALSE(form->shown()) << form->name();
     EXPECT_EQ(night.failures, "");
