@@ -172,8 +172,10 @@ TEST(CameraLink, LeavesTheProgramThatIsNotInUseAlone) {
     maxIm.link.abortCCDSoftExposure();
     ccdSoft.link.DisconnectMaxImCamera();
     ccdSoft.link.setCamDisableAutoShutdown(true);
-    EXPECT_THAT(maxIm.host.takeJournal("*"), IsEmpty());
-    EXPECT_THAT(ccdSoft.host.takeJournal("*"), IsEmpty());
+    for (CameraWorld* world : {&maxIm, &ccdSoft}) {
+        EXPECT_THAT(world->host.takeJournal("*"), IsEmpty());
+        EXPECT_THAT(world->log.lines, IsEmpty());
+    }
 }
 
 // ---- saving

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QApplication>
+#include <QMouseEvent>
+#include <QTabWidget>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -63,6 +65,23 @@ Widget& widgetOf(const QWidget& window, const char* name) {
     auto* const found = window.findChild<Widget*>(name);
     if (found == nullptr) throw std::logic_error(std::string("no widget ") + name);
     return *found;
+}
+
+/// The toolkit's own test functions hold no button while they move.
+inline void moveMouse(QWidget& widget, QPointF place, Qt::MouseButtons held = Qt::NoButton) {
+    QMouseEvent move(QEvent::MouseMove, place, widget.mapToGlobal(place), Qt::NoButton, held, {});
+    QApplication::sendEvent(&widget, &move);
+}
+
+/// Every tab of a window that has tabs, else the window as it is.
+template <typename Look>
+void onEveryPage(const QWidget& window, Look&& look) {
+    auto* const tabs = window.findChild<QTabWidget*>();
+    for (int page = 0; page < (tabs == nullptr ? 1 : tabs->count()); ++page) {
+        if (tabs != nullptr) tabs->setCurrentIndex(page);
+        QApplication::processEvents();
+        look();
+    }
 }
 
 }  // namespace vantrel::qt

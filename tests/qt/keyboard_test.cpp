@@ -3,7 +3,6 @@
 #include <QDialog>
 #include <QLabel>
 #include <QRegularExpression>
-#include <QTabWidget>
 #include <QTimer>
 #include <fstream>
 #include <map>
@@ -61,12 +60,10 @@ void withEveryPage(Forms& forms, Look&& look) {
         }
         window->form().show();
         forms.settle();
-        auto* const tabs = window->findChild<QTabWidget*>();
-        for (int page = 0; page < (tabs == nullptr ? 1 : tabs->count()); ++page) {
-            if (tabs != nullptr) tabs->setCurrentIndex(page);
+        onEveryPage(*window, [&] {
             forms.settle();
             look(*window);
-        }
+        });
     }
     observatory::OpenDocuments documents;
     ImageWindow image(documents, forms.stored, forms.front);

@@ -6,7 +6,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QTabWidget>
 #include <optional>
 
 #include <gtest/gtest.h>
@@ -66,16 +65,6 @@ void fill(Forms& forms) {
                    platform::Text{-0.05, 0.98, "Up"},
                    platform::Circle{0.2, 0.3, 0.05, true, platform::color::kDarkGreen}};
     plot.picPolarPlot.setDrawing(dial);
-}
-
-template <typename Check>
-void onEveryPage(QWidget& window, const Check& check) {
-    auto* const tabs = window.findChild<QTabWidget*>();
-    for (int page = 0; page < (tabs == nullptr ? 1 : tabs->count()); ++page) {
-        if (tabs != nullptr) tabs->setCurrentIndex(page);
-        QApplication::processEvents();
-        check();
-    }
 }
 
 /// Why the widget doesn't show all it has to show; empty when it does.

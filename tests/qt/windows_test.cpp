@@ -315,9 +315,7 @@ TEST(PopupWindow, AClickTellsTheFormAndDraggingMovesIt) {
     const QPoint start = window.pos();
     const QPoint held(20, 20);
     QTest::mousePress(&window, Qt::LeftButton, {}, held);
-    QMouseEvent move(QEvent::MouseMove, held, window.mapToGlobal(held + QPoint(60, 40)), Qt::NoButton,
-                     Qt::LeftButton, {});
-    QApplication::sendEvent(&window, &move);
+    moveMouse(window, held + QPoint(60, 40), Qt::LeftButton);
     QTest::mouseRelease(&window, Qt::LeftButton, {}, held);
     forms.settle();
     EXPECT_EQ(clicks, 1) << "a drag is no click";
