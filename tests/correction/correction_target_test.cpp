@@ -8,7 +8,7 @@
 #include <numbers>
 #include <random>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "correction/star_pointing.h"
 #include "engine/angles.h"
@@ -166,6 +166,28 @@ TEST(CorrectionTarget, AnAlignedMountHasItsStarInPlace) {
         for (const auto& target : {azimuthTarget(s), elevationTarget(s)})
             EXPECT_LT(missedBy(setup.plate(), target, setup), 1e-6 * kArcsec) << latitude;
     }
+}
+
+TEST(CorrectionTarget, TellsEveryStepInTheLog) {
+    // The axis stands a degree above the pole, the star due west on the equator: on the line about which the
+    // axis is turned, so that nothing moves it.
+    const MountAtStar setup{45, 1, 0, 10, 6, 0};
+    const PointingSituation s = setup.situation(4.25, 0.4);
+    EXPECT_THAT(
+        azimuthTarget(s).log,
+        testing::ElementsAre(
+            "Az Plate RA = 4.000000, Az Plate Dec = 0.000000", "RA Offset = -0.250000, Dec Offset = 0.400000",
+            "Axis Alt = 46.000000, Axis Az = 180.000000", "Plate Alt = 0.000000, Plate Az = 90.000000",
+            "Move To Alt = 0.000000, Move To Az = 90.000000", "Move To RA = 4.000000, Move To Dec = 0.000000",
+            "TrueScope Move To RA = 4.000000, Dec = 0.000000"));
+    EXPECT_THAT(
+        elevationTarget(s).log,
+        testing::ElementsAre(
+            "Elevation Plate RA = 4.000000, Dec = 0.000000", "RA Offset = -0.250000, Dec Offset = 0.400000",
+            "Axis Alt = 46.000000, Axis Az = 180.000000", "Merridian HA = 0.000000, Dec = 89.000000",
+            "Merridian Error Amplitude = 1.000000", "Plate Alt = 0.000000, Plate Az = 90.000000",
+            "Axis points above Pole", "Move To RA = 4.000000, Move To Dec = 0.000000",
+            "TrueScope Move To RA = 4.000000, Dec = 0.000000"));
 }
 
 TEST(SkyOffsetToPixel, IsTheWrittenFormulaToTheLastBit) {
