@@ -25,12 +25,12 @@ constexpr const char* kScope = "ScopeSim.Telescope";
 
 struct FailureCase {
     const char* operation;
-    bool connected;  // before
     const char* progId;
     const char* member;  // that fails
     std::function<void(TelescopeLink&)> act;
     const char* hint;
     double seconds;  // of the message; 0: there is none
+    bool connected;  // before
     bool namesSource;
 };
 
@@ -41,14 +41,14 @@ TEST(TelescopeLinkFailures, AreReportedByTheirNumber) {
     const char* check = "Check Telescope Setup Tab";
     const auto slew = [](L& link) { link.SlewToCoordinates(3, 45); };
     const FailureCase cases[] = {
-        {"Sub ChooseTelescope", false, "DriverHelper.Chooser", "Choose", &L::ChooseTelescope, tab, 5, false},
-        {"Sub LoadTelescope", false, kScope, "create", &L::LoadTelescope, tab, 5, false},
-        {"Sub ConnectTelescope", false, kScope, "create", &L::ConnectTelescope, tab, 5, false},
-        {"Sub DisconnectTelescope", true, kScope, "Connected", &L::DisconnectTelescope, tab, 5, true},
-        {"Sub SetupTelescope", true, kScope, "SetupDialog", &L::SetupTelescope, tab, kDisplay, true},
-        {"Sub SlewToCoordinates", true, kScope, "Slewing", slew, check, kDisplay, true},
-        {"Function GetTelescopeDec", true, kScope, "Declination", &L::GetTelescopeDec, check, kDisplay, true},
-        {"Function GetTelescopeRA", true, kScope, "RightAscension", &L::GetTelescopeRA, "", 0, false},
+        {"Sub ChooseTelescope", "DriverHelper.Chooser", "Choose", &L::ChooseTelescope, tab, 5, false, false},
+        {"Sub LoadTelescope", kScope, "create", &L::LoadTelescope, tab, 5, false, false},
+        {"Sub ConnectTelescope", kScope, "create", &L::ConnectTelescope, tab, 5, false, false},
+        {"Sub DisconnectTelescope", kScope, "Connected", &L::DisconnectTelescope, tab, 5, true, true},
+        {"Sub SetupTelescope", kScope, "SetupDialog", &L::SetupTelescope, tab, kDisplay, true, true},
+        {"Sub SlewToCoordinates", kScope, "Slewing", slew, check, kDisplay, true, true},
+        {"Function GetTelescopeDec", kScope, "Declination", &L::GetTelescopeDec, check, kDisplay, true, true},
+        {"Function GetTelescopeRA", kScope, "RightAscension", &L::GetTelescopeRA, "", 0, true, false},
     };
     for (const FailureCase& c : cases) {
         const std::string generic = std::string(c.namesSource ? "Fake.Source " : "") +

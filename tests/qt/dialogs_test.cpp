@@ -4,7 +4,6 @@
 #include <QDialog>
 #include <QFileDialog>
 #include <QListWidget>
-#include <QPushButton>
 #include <QTextBrowser>
 #include <QTimer>
 #include <filesystem>
@@ -79,13 +78,11 @@ TEST_F(DialogsTest, AChoiceBeginsWithTheCurrentOneAndComesBackById) {
     EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "C.Telescope"), "") << "nothing was chosen";
 }
 
-TEST_F(DialogsTest, GiveNothingButRedLightByNightAndHaveLargeButtons) {
+TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
     theme.setNight(true);
     const auto check = [](QDialog& dialog) {
         QApplication::processEvents();
         EXPECT_LE(foreignLight(dialog.grab().toImage()), 0) << dialog.windowTitle().toStdString();
-        for (const QPushButton* button : dialog.findChildren<QPushButton*>())
-            EXPECT_GE(button->height(), 2 * button->fontMetrics().height()) << "for gloves";
         dialog.reject();
     };
     inTheDialog(check);
@@ -108,7 +105,7 @@ TEST(QtDesktop, OpensFilesAndPagesAndTheManualInPlaceOfHelpThatNothingShows) {
     platform::FolderMap folders(home.folder());
     folders.map("C:\\Help", help);
     QtDesktop desktop(folders, {});
-    QTextBrowser browser;
+    QTextBrowser browser;  // has a slot for addresses
     for (const char* scheme : {"file", "https"})
         QDesktopServices::setUrlHandler(scheme, &browser, "setSource");
     const QByteArray path = qgetenv("PATH");
