@@ -271,6 +271,12 @@ void expectCases(const std::vector<Case>& cases, bool simulator) {
             EXPECT_EQ(evening.stage(), c.next) << why;
             EXPECT_EQ(evening.enabledButtons(), c.buttons) << why;
             EXPECT_EQ(evening.outcome(from), c.lines) << why;
+            const bool correcting = evening.stage() != "start";
+            EXPECT_EQ(evening.panel.lblAz.visible() && evening.panel.lblAlt.visible(), correcting) << why;
+            const bool centred = evening.stage().ends_with("pointing") || evening.stage() == "success";
+            EXPECT_TRUE(!correcting ||
+                        (evening.panel.txtInstructions.alignment() == Alignment::kCentre) == centred)
+                << why;
             const std::string lights = evening.lights();
             EXPECT_EQ(lights.find("lblAz") != std::string::npos, evening.stage().starts_with("azimuth"))
                 << why;

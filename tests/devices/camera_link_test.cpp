@@ -79,6 +79,7 @@ TEST(CameraLink, StopsAtTheOperatorsWish) {
         EXPECT_NEAR(world.elapsed(), 3, 0.11);
         EXPECT_EQ(world.state.CameraFailed, row.cameraFailed);
         EXPECT_EQ(world.log.lines, row.cameraFailed ? Strings{"Exposure aborted"} : Strings{});
+        EXPECT_EQ(world.messages.shown.size(), world.log.lines.size());
         EXPECT_EQ(test::usesOf(world.host, kCCDSoft, "call abort"), row.aborts);
     }
 }
@@ -189,9 +190,9 @@ TEST(CameraLink, SavesInTheImageFolder) {
 
     CameraWorld ccdSoft("CCDSoft");
     ccdSoft.link.AttachCCDSoftImageToActiveImager();
-    ccdSoft.forget();
     ccdSoft.link.SaveImageToFile("SavedImage.fit");
-    EXPECT_THAT(actionsOn(ccdSoft.host, "*"), ElementsAre("put path C:\\SavedImage.fit", "call Save"));
+    EXPECT_THAT(actionsOn(ccdSoft.host, "*"), ElementsAre("create", "call AttachToActiveImager",
+                                                          "put path C:\\SavedImage.fit", "call Save"));
 }
 
 TEST(CameraLink, LogsAnImageThatCannotBeSaved) {
