@@ -30,6 +30,11 @@ TEST(Angles, ArcTan2KeepsItsAxisRules) {
     for (const auto& c : cases) EXPECT_NEAR(ArcTan2(c.y, c.x), c.expected, 1e-14) << c.y << ", " << c.x;
 }
 
+TEST(Angles, RoundingBeyondOneIsOne) {
+    EXPECT_EQ(ArcCos(-1.0000001), kPi);
+    EXPECT_EQ(ArcCos(1.0000001), 0);
+}
+
 TEST(SkyGeometry, ASingularSystemHasZerosForASolution) {
     EXPECT_EQ(Solve3Equations({{{1, 2, 3}, {2, 4, 6}, {0, 0, 1}}}, {1, 2, 3}), (Row{0, 0, 0}));
     const Row solution = Solve3Equations({{{2, 1, -1}, {-3, -1, 2}, {-2, 1, 2}}}, {8, -11, -3});
