@@ -59,7 +59,6 @@ struct Application::Wiring {
     void start() {
         {
             const BusyGuard busy(parts.busy);
-            parts.main.load();
             if (!StartUp(parts).Form_Load()) failed = true;
             if (failed) close();
             if (!shutdown.begun()) parts.main.show();
