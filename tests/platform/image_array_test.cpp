@@ -39,12 +39,6 @@ TEST(ImageArray, SetsPixelsWhereTheyAreWhenNobodyElseHoldsThem) {
     EXPECT_EQ(counts(marked), (Counts{1, 2, 7, 4}));
 }
 
-TEST(ImageArray, CopiesThePixelsThatSomebodyElseHolds) {
-    const ImageArray first = fourPixels();
-    const ImageArray marked = first.withPixels({2}, 7);
-    EXPECT_NE(counts(marked).data(), counts(first).data());
-}
-
 TEST(ImageArray, SetsTheNearestValueThatAPixelCanHold) {
     const struct {
         ImageArray::Pixels pixel;

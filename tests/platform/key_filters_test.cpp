@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/text.h"
-
 namespace vantrel::platform {
 namespace {
 
@@ -20,18 +18,6 @@ TEST(KeyFilters, LetThroughWhatANumberNeeds) {
         EXPECT_EQ(wholeNumberKey(row.code), row.whole) << row.code;
         EXPECT_EQ(decimalNumberKey(row.code), row.decimal) << row.code;
     }
-}
-
-TEST(Characters, AreCountedWhole) {
-    const std::string text =
-        "a\xC2\xB0"
-        "b\xE2\x82\xAC";  // a, degree sign, b, euro sign
-    EXPECT_EQ(firstCharacters(text, 0), "");
-    EXPECT_EQ(firstCharacters(text, 2), "a\xC2\xB0");
-    EXPECT_EQ(firstCharacters(text, 9), text);
-    EXPECT_EQ(lastCharacters(text, 0), "");
-    EXPECT_EQ(lastCharacters(text, 2), "b\xE2\x82\xAC");
-    EXPECT_EQ(lastCharacters(text, 9), text);
 }
 
 }  // namespace

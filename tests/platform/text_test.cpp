@@ -110,7 +110,9 @@ TEST(Text, CountsCharactersNotBytes) {
     EXPECT_EQ(firstCharacters(text, 2), "a\xC3\xA4");
     EXPECT_EQ(lastCharacters(text, 2), "\xC3\xA4\xE2\x82\xAC");
     EXPECT_EQ(lastCharacters(text, 9), text);
+    EXPECT_EQ(firstCharacters(text, 9), text);
     EXPECT_EQ(firstCharacters(text, 0), "");
+    EXPECT_EQ(lastCharacters(text, 0), "");
 }
 
 }  // namespace
