@@ -112,6 +112,7 @@ TEST_F(MessageLogTest, WithoutAFolderTheWindowStillGetsTheLines) {
     EXPECT_EQ(messages.shown[0].text, "Could not create directory");
     EXPECT_EQ(messages.shown[0].seconds, 10);
     EXPECT_TRUE(window.txtLog.text().ends_with("   text"));
+    EXPECT_FALSE(MakeFolderPath(folders, "C:\\Logs", messages));
 }
 
 TEST_F(MessageLogTest, AReleasedLogLeavesTheWindowAlone) {

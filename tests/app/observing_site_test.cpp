@@ -66,25 +66,9 @@ TEST_F(ObservingSiteTest, CheckSiteShowsTheStoredSiteOrSaysWhatIsWrong) {
 
 TEST_F(ObservingSiteTest, AUtilityThatFailsIsNamed) {
     memory.write("Main", "SiteLatitude", "48.5");
-    platform::Fault fault;
-    fault.object = "DriverHelper.Util";
-    fault.member = "DegreesToDMS";
-    fault.error = platform::AutomationError(7, "Helper", "broken");
-    host.inject(fault);
+    host.inject({"DriverHelper.Util", "DegreesToDMS", {7, "Helper", "broken"}, std::nullopt, 0, -1});
     EXPECT_FALSE(site.CheckSite());
     EXPECT_EQ(log.lines.front(), "Helper error: broken (7)");
-}
-
-TEST_F(ObservingSiteTest, LeavingAFieldStoresBothAsDecimalDegrees) {
-    panel.txtSiteLat.setText("48d 30m 00.0s");
-    panel.txtSiteLong.setText("-11 15 00");
-    for (platform::TextBox* box : {&panel.txtSiteLat, &panel.txtSiteLong}) {
-        memory.remove("Main", "SiteLatitude");
-        box->leave();
-        EXPECT_EQ(memory.read("Main", "SiteLatitude"), "48.5");
-        EXPECT_EQ(memory.read("Main", "SiteLongitude"), "-11.25");
-    }
-    EXPECT_TRUE(log.lines.empty());
 }
 
 TEST_F(ObservingSiteTest, UsesTheTelescopesSiteWhenTheMountKnowsIt) {

@@ -7,56 +7,53 @@ namespace {
 
 using platform::SystemVersion;
 
+SystemVersion home(int minor, const char* pack = "") {
+    return {.platformId = 1, .major = 4, .minor = minor, .servicePackText = pack};
+}
+SystemVersion professional(int major, int minor, std::uint32_t product, int suite = 0) {
+    return {.platformId = 2, .major = major, .minor = minor, .suiteMask = suite, .productType = product};
+}
+SystemVersion withPack(SystemVersion version, int major, int minor = 0) {
+    version.servicePackMajor = major;
+    version.servicePackMinor = minor;
+    return version;
+}
+
 TEST(GetOSName, NamesEverySystemOfTheTable) {
-    const struct {
-        SystemVersion version;
-        const char* name;
-    } rows[] = {
-        {{.platformId = 1, .major = 4, .minor = 0}, "Windows 95"},
-        {{.platformId = 1, .major = 4, .minor = 0, .servicePackText = " C "}, "Windows 95 OSR2"},
-        {{.platformId = 1, .major = 4, .minor = 0, .servicePackText = "B"}, "Windows 95 OSR2"},
-        {{.platformId = 1, .major = 4, .minor = 10}, "Windows 98"},
-        {{.platformId = 1, .major = 4, .minor = 10, .servicePackText = " A "}, "Windows 98 SE"},
-        {{.platformId = 1, .major = 4, .minor = 90}, "Windows ME"},
+    const std::pair<SystemVersion, const char*> rows[] = {
+        {home(0), "Windows 95"},
+        {home(0, " C "), "Windows 95 OSR2"},
+        {home(0, "B"), "Windows 95 OSR2"},
+        {home(10), "Windows 98"},
+        {home(10, " A "), "Windows 98 SE"},
+        {home(90), "Windows ME"},
         {{.platformId = 1, .major = 3}, ""},
-        {{.platformId = 2, .major = 5, .suiteMask = 2, .productType = 1}, "Windows 2000 Advanced"},
-        {{.platformId = 2, .major = 5, .suiteMask = 128, .productType = 1}, "Windows 2000 Data center"},
-        {{.platformId = 2, .major = 5, .productType = 1}, "Windows 2000"},
-        {{.platformId = 2, .major = 5, .servicePackMajor = 4, .productType = 3}, ""},
-        {{.platformId = 2, .major = 5, .minor = 1, .servicePackMajor = 2, .productType = 1},
-         "Windows XP Professional Service Pack 2"},
-        {{.platformId = 2,
-          .major = 5,
-          .minor = 1,
-          .servicePackMajor = 2,
-          .servicePackMinor = 1,
-          .productType = 1},
-         "Windows XP Professional Service Pack 2.1"},
-        {{.platformId = 2, .major = 5, .minor = 1, .servicePackMinor = 1, .productType = 1},
-         "Windows XP Professional"},
-        {{.platformId = 2, .major = 5, .minor = 1, .suiteMask = 512, .productType = 1}, "Windows XP Home"},
-        {{.platformId = 2, .major = 5, .minor = 1, .suiteMask = 1, .productType = 1}, "Windows XP"},
-        {{.platformId = 2, .major = 5, .minor = 2, .productType = 3}, "Windows Server 2003 Standard"},
-        {{.platformId = 2, .major = 5, .minor = 2, .suiteMask = 2, .productType = 3},
-         "Windows Server 2003 Enterprise"},
-        {{.platformId = 2, .major = 5, .minor = 2, .suiteMask = 128, .productType = 3},
-         "Windows Server 2003 Data center"},
-        {{.platformId = 2, .major = 5, .minor = 2, .suiteMask = 1024, .productType = 3},
-         "Windows Server 2003 Web Edition"},
-        {{.platformId = 2, .major = 5, .minor = 2, .suiteMask = 1, .productType = 3}, "Windows Server 2003"},
-        {{.platformId = 2, .major = 5, .minor = 2, .productType = 1}, ""},
-        {{.platformId = 2, .major = 6, .servicePackMajor = 1, .productType = 1},
-         "Windows Vista Ultimate Edition Service Pack 1"},
-        {{.platformId = 2, .major = 6, .productType = 3}, "Windows Server 2008 Home Premium Edition"},
-        {{.platformId = 2, .major = 6, .productType = 28}, "Windows Vista Ultimate Edition (N)"},
-        {{.platformId = 2, .major = 6, .productType = 0xABCDABCD}, "Windows Vista Not activated product"},
-        {{.platformId = 2, .major = 6, .productType = 11}, "Windows Vista "},
-        {{.platformId = 2, .major = 6, .minor = 1, .productType = 1}, ""},
+        {professional(5, 0, 1, 2), "Windows 2000 Advanced"},
+        {professional(5, 0, 1, 128), "Windows 2000 Data center"},
+        {professional(5, 0, 1), "Windows 2000"},
+        {withPack(professional(5, 0, 3), 4), ""},
+        {withPack(professional(5, 1, 1), 2), "Windows XP Professional Service Pack 2"},
+        {withPack(professional(5, 1, 1), 2, 1), "Windows XP Professional Service Pack 2.1"},
+        {withPack(professional(5, 1, 1), 0, 1), "Windows XP Professional"},
+        {professional(5, 1, 1, 512), "Windows XP Home"},
+        {professional(5, 1, 1, 1), "Windows XP"},
+        {professional(5, 2, 3), "Windows Server 2003 Standard"},
+        {professional(5, 2, 3, 2), "Windows Server 2003 Enterprise"},
+        {professional(5, 2, 3, 128), "Windows Server 2003 Data center"},
+        {professional(5, 2, 3, 1024), "Windows Server 2003 Web Edition"},
+        {professional(5, 2, 3, 1), "Windows Server 2003"},
+        {professional(5, 2, 1), ""},
+        {withPack(professional(6, 0, 1), 1), "Windows Vista Ultimate Edition Service Pack 1"},
+        {professional(6, 0, 3), "Windows Server 2008 Home Premium Edition"},
+        {professional(6, 0, 28), "Windows Vista Ultimate Edition (N)"},
+        {professional(6, 0, 0xABCDABCD), "Windows Vista Not activated product"},
+        {professional(6, 0, 11), "Windows Vista "},
+        {professional(6, 1, 1), ""},
         {{.platformId = 3, .major = 5}, ""},
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(GetOSName(row.version), row.name)
-            << row.version.platformId << ": " << row.version.major << "." << row.version.minor;
+    for (const auto& [version, name] : rows)
+        EXPECT_EQ(GetOSName(version), name)
+            << version.platformId << ": " << version.major << "." << version.minor;
     EXPECT_EQ(GetOSName(std::nullopt), "Error");
 }
 

@@ -84,6 +84,16 @@ TEST_F(PopupMessagesTest, TheOperatorMovesItWithTwoClicks) {
     EXPECT_FALSE(window.shown()) << "the next one closes by itself again";
 }
 
+TEST_F(PopupMessagesTest, APlaceThatCanNotBeStoredIsToldAndTheWindowCloses) {
+    popups.ShowPopupMessage("text", 5);
+    window.clickByOperator();
+    memory.full = true;
+    window.clickByOperator();
+    EXPECT_FALSE(window.shown());
+    ASSERT_EQ(log.lines.size(), 1u);
+    EXPECT_TRUE(log.lines[0].ends_with("\r\n frmPopupMsg sub SaveFormPosition")) << log.lines[0];
+}
+
 TEST_F(PopupMessagesTest, FitsItsTextAndStandsInTheMiddleTheFirstTime) {
     popups.ShowPopupMessage("a longer line of text\r\nx", 5);
     const platform::Rectangle place = window.place();

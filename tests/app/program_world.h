@@ -3,10 +3,10 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "app/application.h"
@@ -15,6 +15,7 @@
 #include "platform/desktop_windows.h"
 #include "platform/queued_event_loop.h"
 #include "platform/recording_host.h"
+#include "support/full_disk.h"
 #include "support/recording_dialogs.h"
 #include "support/temp_folder.h"
 
@@ -27,27 +28,21 @@ struct PlainDesktop : platform::Desktop {
         if (canOpen) opened.push_back(file);
         return canOpen;
     }
+    std::string registryValue(const std::string& /*key*/, const std::string& name) const override {
+        const auto found = registry.find(name);
+        return found == registry.end() ? "" : found->second;
+    }
     bool canOpen = true;
+    std::map<std::string, std::string> registry;  // by the values' names
     std::optional<platform::SystemVersion> version = platform::SystemVersion{};
     std::vector<std::string> opened;
 };
 
-/// Settings whose disk can fail, and that tell what is written.
-struct FullDisk : platform::MemorySettings {
-    bool full = false;
-    bool missing = false;
-    std::string unwritable;  // a section
-    platform::Signal<const std::string&, const std::string&> written;
-
-    void open() override {
-        if (missing) throw std::system_error(std::make_error_code(std::errc::io_error));
-    }
-    void write(const std::string& section, const std::string& key, const std::string& value) override {
-        if (full || section == unwritable) throw std::runtime_error("No space left");
-        MemorySettings::write(section, key, value);
-        written.emit(section + "." + key, value);
-    }
-};
+inline observatory::ObservatorySeams seams(platform::DesktopWindows& windows) {
+    observatory::ObservatorySeams seams;
+    seams.desktop = &windows;
+    return seams;
+}
 
 struct ProgramWorld {
     platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{1}};
@@ -56,12 +51,12 @@ struct ProgramWorld {
     platform::FolderMap folders{home.path()};
     FullDisk settings;
     platform::ClassRegistry classes;
-    observatory::Observatory observatory{loop, folders, 1};
+    platform::DesktopWindows windows;
+    observatory::Observatory observatory{loop, folders, 1, seams(windows)};
     platform::RecordingHost host{classes};
     platform::Screen screen{{0, 0, 1920, 1080}};
     RecordingDialogs dialogs;
     PlainDesktop desktop;
-    platform::DesktopWindows windows;
     std::optional<app::Application> program;
 
     ProgramWorld() {
@@ -78,6 +73,19 @@ struct ProgramWorld {
     void start() {
         build();
         program->start();
+    }
+    /// The operator's imaging program, with a small camera.
+    void useImagingProgram(const std::string& name) {
+        observatory.install(classes);
+        settings.write("PolarAlign", "ImagingSoftware", name);
+        observatory.openImagingProgram(settings);
+        const platform::ObjectRef simulator = classes.create("AxisSimulator.Telescope");
+        simulator->put("CameraWidth", 24);
+        simulator->put("CameraHeight", 16);
+    }
+    void close() {
+        form("frmMain").closeByOperator();
+        pass(1);
     }
     void pass(double seconds) { loop.sleep(platform::Milliseconds(static_cast<long>(seconds * 1000))); }
 

@@ -10,7 +10,6 @@
 namespace vantrel::app {
 namespace {
 
-using platform::Button;
 using platform::CheckBox;
 using platform::ComboBox;
 using platform::Control;
@@ -58,11 +57,11 @@ struct Row {
     const char* section;
     const char* key;
     const char* control;
-    const char* usual;   // what the control shows when nothing is stored
-    const char* other;   // another value, as the operator enters it
-    const char* stored;  // what is stored for it
-    const char* seen;    // what the control shows for it at the next start
+    const char* usual;  // what the control shows when nothing is stored
+    const char* other;  // another value, as the operator enters it
     int when;
+    const char* stored = other;  // what is stored for it
+    const char* seen = stored;   // what the control shows for it at the next start
 };
 
 constexpr const char* kRun = "PolarAlign";
@@ -70,57 +69,52 @@ constexpr const char* kSolve = "Solve";
 constexpr const char* kMain = "Main";
 
 const Row kRows[] = {
-    {kRun, "PlateSolveMethod", "frmMain.optPlateSolveMethod(1)", "off", "", "1", "on", kAlways},
-    {kRun, "DeltaRA", "frmMain.txtDeltaRA", "5", "15", "15", "15", kOnChange},
-    {kRun, "DelayAfterSlew", "frmMain.txtDelayAfterSlew", "5", "7", "7", "7", kOnLeave | kAtEnd},
-    {kRun, "ExposeContinuousEnable", "frmMain.chkExposeContinuousEnable", "0", "1", "1", "1", kAlways},
-    {kRun, "ContinuousExposeDelay", "frmMain.txtContinuousExposeDelay", "0", "2", "2", "2",
-     kAlways | kOnLeave},
-    {kRun, "ContinuousExposeInterval", "frmMain.txtContinuousExposeInterval", "1", "3", "3", "3", kAlways},
-    {kRun, "PostExpDelay", "frmMain.txtPostExpDelay", "0", "4", "4", "4", kAtEnd},
-    {kRun, "CrossHairEnable", "frmMain.chkCrossHairEnable", "0", "1", "1", "1", kAtEnd},
-    {kRun, "CrossHairWidth", "frmMain.cmbCrossHairWidth", "1", "3", "3", "3", kAlways},
-    {kRun, "UseCCDSoftSubFrame", "frmMain.chkUseCCDSoftSubFrame", "0", "1", "1", "1", kAtEnd},
-    {kRun, "ImagePath", "frmMain.txtImagePath", "C:\\Users\\me\\My Documents\\Vantrel", "D:\\Images",
-     "D:\\Images", "D:\\Images", kAtEnd},
-    {kRun, "SaveImages", "frmMain.chkSaveImages", "0", "1", "1", "1", kAtEnd},
-    {kRun, "PlateSolveThroughCCDSoft", "frmMain.optImageLinkTheSky", "off", "", "False", "on", kOnChange},
-    {kRun, "frmMainOnTop", "frmMain.mnuSetOnTop", "off", "", "True", "on", kOnChange},
-    {kRun, "frmLogOnTop", "frmLog.mnuOnTop", "off", "", "True", "on", kOnChange},
-    {kRun, "EnableRestoreImagingSW", "frmOptions.chkEnableRestoreImagingSW", "0", "1", "1", "1", kAtEnd},
-    {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", "0", "0", kAtEnd},
-    {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", "1", "1", kAtEnd},
-    {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", "4", "4", kAlways},
-    {kSolve, "MinBrt", "frmMain.txtSolveMinBrt", "200", "300", "300", "300", kAlways},
-    {kSolve, "MinSig", "frmMain.txtSolveMinSig", "4.0", "5.5", "5.5", "5.5", kAlways},
-    {kSolve, "Filter", "frmMain.txtSolveFilter", "0.0", "1.2", "1.2", "1.2", kAlways},
-    {kSolve, "MaxSolveStars", "frmMain.txtMaxSolveStars", "0", "80", "80", "80", kAtEnd},
-    {kSolve, "ScaleH", "frmMain.txtSolveScaleH", "3.0", "1.8", "1.8", "1.8", kAlways},
-    {kSolve, "ScaleV", "frmMain.txtSolveScaleV", "3.0", "1.9", "1.9", "1.9", kAlways},
-    {kSolve, "MaxRes", "frmMain.txtSolveMaxRes", "0.0", "2.5", "2.5", "2.5", kAlways},
-    {kSolve, "MinStars", "frmMain.txtSolveMinStars", "0", "6", "6", "6", kAlways},
-    {kSolve, "CatExp", "frmMain.txtCatExp", "30", "40", "40", "40", kAlways | kOnLeave},
-    {kSolve, "MaxMag", "frmMain.txtCatMaxMag", "20.0", "11", "11", "11", kAlways},
-    {kSolve, "CatPath", "frmMain.txtCatPath", "C:\\", "D:\\Stars", "D:\\Stars", "C:\\", kAtEnd},
-    {kSolve, "ppCatPath3", "frmMain.txtCatPath", "C:\\", "D:\\Stars", "D:\\Stars", "D:\\Stars",
-     kOnLeave | kAtEnd},
-    {kSolve, "ppCatalog", "frmMain.cmbppCat", "GSC-ACT", "Tycho-2", "4", "Tycho-2", kAtEnd},
-    {kSolve, "ExposeInterval", "frmMain.txtExposeInterval", "10", "2.5", "2.5", "2.5", kAlways},
-    {kSolve, "TheSkyScreenFOV", "frmMain.txtTheSkyScreenFOV", "", "1.5", "1.5", "1.5", kAlways},
-    {kSolve, "TheSkyImageScale", "frmMain.txtTheSkyImageScale", "3.0", "2.1", "2.1", "2.1", kAlways},
-    {kSolve, "SpiralSearch", "frmMain.chkSpiralSearch", "1", "0", "False", "0", kAtEnd},
-    {kSolve, "CamBin", "frmPixelScale.cmbCamBin", "3", "2", "2", "2", kOnChange},
-    {kSolve, "FocalLengthUnits", "frmPixelScale.cmbUnits", "mm", "in", "in", "in", kOnChange},
-    {kSolve, "TelescopeFL", "frmPixelScale.txtFL", "", "900", "900", "900", kOnChange},
-    {kSolve, "CameraPixelXSize", "frmPixelScale.txtPixelSizeX", "", "5.4", "5.4", "5.4", kOnChange},
-    {kSolve, "CameraPixelYSize", "frmPixelScale.txtPixelSizeY", "", "5.5", "5.5", "5.5", kOnChange},
-    {kSolve, "UnbinnedCCDScaleH", "frmPixelScale.txtUnbinnedCCDScaleHoriz", "1.0", "1.2", "1.2", "1.2",
-     kOnChange},
-    {kSolve, "UnbinnedCCDScaleV", "frmPixelScale.txtUnbinnedCCDScaleVert", "1.0", "1.3", "1.3", "1.3",
-     kOnChange},
-    {kMain, "SlewEast", "frmMain.optSlewWest", "off", "", "False", "on", kOnChange},
-    {kMain, "SiteLatitude", "frmMain.txtSiteLat", "", "48 30 00", "48.5", "", kOnLeave},
-    {kMain, "SiteLongitude", "frmMain.txtSiteLong", "", "-11 30 00", "-11.5", "", kOnLeave},
+    {kRun, "PlateSolveMethod", "frmMain.optPlateSolveMethod(1)", "off", "", kAlways, "1", "on"},
+    {kRun, "DeltaRA", "frmMain.txtDeltaRA", "5", "15", kOnChange},
+    {kRun, "DelayAfterSlew", "frmMain.txtDelayAfterSlew", "5", "7", kOnLeave | kAtEnd},
+    {kRun, "ExposeContinuousEnable", "frmMain.chkExposeContinuousEnable", "0", "1", kAlways},
+    {kRun, "ContinuousExposeDelay", "frmMain.txtContinuousExposeDelay", "0", "2", kAlways | kOnLeave},
+    {kRun, "ContinuousExposeInterval", "frmMain.txtContinuousExposeInterval", "1", "3", kAlways},
+    {kRun, "PostExpDelay", "frmMain.txtPostExpDelay", "0", "4", kAtEnd},
+    {kRun, "CrossHairEnable", "frmMain.chkCrossHairEnable", "0", "1", kAtEnd},
+    {kRun, "CrossHairWidth", "frmMain.cmbCrossHairWidth", "1", "3", kAlways},
+    {kRun, "UseCCDSoftSubFrame", "frmMain.chkUseCCDSoftSubFrame", "0", "1", kAtEnd},
+    {kRun, "ImagePath", "frmMain.txtImagePath", "C:\\Users\\me\\My Documents\\Vantrel", "D:\\Images", kAtEnd},
+    {kRun, "SaveImages", "frmMain.chkSaveImages", "0", "1", kAtEnd},
+    {kRun, "PlateSolveThroughCCDSoft", "frmMain.optImageLinkTheSky", "off", "", kOnChange, "False", "on"},
+    {kRun, "frmMainOnTop", "frmMain.mnuSetOnTop", "off", "", kOnChange, "True", "on"},
+    {kRun, "frmLogOnTop", "frmLog.mnuOnTop", "off", "", kOnChange, "True", "on"},
+    {kRun, "EnableRestoreImagingSW", "frmOptions.chkEnableRestoreImagingSW", "0", "1", kAtEnd},
+    {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", kAtEnd},
+    {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", kAtEnd},
+    {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", kAlways},
+    {kSolve, "MinBrt", "frmMain.txtSolveMinBrt", "200", "300", kAlways},
+    {kSolve, "MinSig", "frmMain.txtSolveMinSig", "4.0", "5.5", kAlways},
+    {kSolve, "Filter", "frmMain.txtSolveFilter", "0.0", "1.2", kAlways},
+    {kSolve, "MaxSolveStars", "frmMain.txtMaxSolveStars", "0", "80", kAtEnd},
+    {kSolve, "ScaleH", "frmMain.txtSolveScaleH", "3.0", "1.8", kAlways},
+    {kSolve, "ScaleV", "frmMain.txtSolveScaleV", "3.0", "1.9", kAlways},
+    {kSolve, "MaxRes", "frmMain.txtSolveMaxRes", "0.0", "2.5", kAlways},
+    {kSolve, "MinStars", "frmMain.txtSolveMinStars", "0", "6", kAlways},
+    {kSolve, "CatExp", "frmMain.txtCatExp", "30", "40", kAlways | kOnLeave},
+    {kSolve, "MaxMag", "frmMain.txtCatMaxMag", "20.0", "11", kAlways},
+    {kSolve, "CatPath", "frmMain.txtCatPath", "C:\\", "D:\\Stars", kAtEnd, "D:\\Stars", "C:\\"},
+    {kSolve, "ppCatPath3", "frmMain.txtCatPath", "C:\\", "D:\\Stars", kOnLeave | kAtEnd},
+    {kSolve, "ppCatalog", "frmMain.cmbppCat", "GSC-ACT", "Tycho-2", kAtEnd, "4", "Tycho-2"},
+    {kSolve, "ExposeInterval", "frmMain.txtExposeInterval", "10", "2.5", kAlways},
+    {kSolve, "TheSkyScreenFOV", "frmMain.txtTheSkyScreenFOV", "", "1.5", kAlways},
+    {kSolve, "TheSkyImageScale", "frmMain.txtTheSkyImageScale", "3.0", "2.1", kAlways},
+    {kSolve, "SpiralSearch", "frmMain.chkSpiralSearch", "1", "0", kAtEnd, "False", "0"},
+    {kSolve, "CamBin", "frmPixelScale.cmbCamBin", "3", "2", kOnChange},
+    {kSolve, "FocalLengthUnits", "frmPixelScale.cmbUnits", "mm", "in", kOnChange},
+    {kSolve, "TelescopeFL", "frmPixelScale.txtFL", "", "900", kOnChange},
+    {kSolve, "CameraPixelXSize", "frmPixelScale.txtPixelSizeX", "", "5.4", kOnChange},
+    {kSolve, "CameraPixelYSize", "frmPixelScale.txtPixelSizeY", "", "5.5", kOnChange},
+    {kSolve, "UnbinnedCCDScaleH", "frmPixelScale.txtUnbinnedCCDScaleHoriz", "1.0", "1.2", kOnChange},
+    {kSolve, "UnbinnedCCDScaleV", "frmPixelScale.txtUnbinnedCCDScaleVert", "1.0", "1.3", kOnChange},
+    {kMain, "SlewEast", "frmMain.optSlewWest", "off", "", kOnChange, "False", "on"},
+    {kMain, "SiteLatitude", "frmMain.txtSiteLat", "", "48 30 00", kOnLeave, "48.5", ""},
+    {kMain, "SiteLongitude", "frmMain.txtSiteLong", "", "-11 30 00", kOnLeave, "-11.5", ""},
 };
 
 TEST(Settings, EveryFieldShowsItsUsualValueOnAFreshMachine) {
@@ -147,8 +141,7 @@ TEST(Settings, EveryFieldIsStoredWhenTheTableSays) {
         world.screen.findControl(row.control)->leave();
         EXPECT_EQ(stored(), (row.when & kOnLeave) != 0) << row.key << " on leaving";
         forget();
-        world.form("frmMain").closeByOperator();
-        world.pass(1);
+        world.close();
         ASSERT_TRUE(world.program->ended());
         EXPECT_EQ(stored(), (row.when & kAtEnd) != 0) << row.key << " at the end";
     }
@@ -192,8 +185,7 @@ TEST(Settings, EveryWindowStandsWhereItWasLeft) {
         elsewhere.left = 321;
         elsewhere.top = 123;
         world.form(place.window).placeByOperator(elsewhere);
-        world.form("frmMain").closeByOperator();
-        world.pass(1);
+        world.close();
         EXPECT_EQ(world.settings.read(place.section, place.keys + "Left"), "321") << place.window;
         EXPECT_EQ(world.settings.read(place.section, place.keys + "Top"), "123") << place.window;
 
@@ -217,21 +209,36 @@ TEST(Settings, TheRestHasItsKeysToo) {
     EXPECT_EQ(stored(kMain, "MainHeight"), std::to_string(world.form("frmMain").place().height));
     EXPECT_EQ(stored(kRun, "LogPath"), "C:\\Users\\me\\My Documents\\Vantrel\\Message Logs");
     EXPECT_EQ(stored(kRun, "ImagingSoftware"), "(nothing)") << "none is installed";
-    for (const char* key :
-         {"PopupMsgTop", "PopupMsgLeft", "LogTop", "LogLeft", "LogHeight", "LogWidth", "TelescopeTop",
-          "TelescopeLeft", "MainTop", "MainLeft", "MainScaleHeight", "SiteLatitude", "SiteLongitude"})
+    for (const char* key : {"PopupMsgTop", "PopupMsgLeft", "LogTop", "LogLeft", "LogHeight", "LogWidth",
+                            "TelescopeTop", "TelescopeLeft", "MainTop", "MainLeft", "MainScaleHeight"})
         EXPECT_NE(stored(kMain, key), "(nothing)") << key;
-
-    world.dialogs.answers = {"D:\\Logs"};
-    world.control<Button>("frmMain.cmdSetLogPath").click();
-    EXPECT_EQ(stored(kRun, "LogPath"), "D:\\Logs");
-    world.control<CheckBox>("frmMain.chkUseTelescopeLocation").check(0);
-    EXPECT_EQ(stored(kMain, "UseTelescopeSiteLocation"), "False");
-
-    world.form("frmMain").closeByOperator();
-    world.pass(1);
+    world.close();
     EXPECT_EQ(stored(kSolve, "SolveMode"), "0");
     EXPECT_EQ(stored("Find", "BlinkMode"), "0");
+}
+
+TEST(Settings, NumericBoxesTakeOnlyTheKeysOfNumbers) {
+    World world;
+    world.start();
+    openEverything(world);
+    const auto expectKeys = [&](const char* control, const std::string& typed, const char* text) {
+        auto& box = world.control<TextBox>(control);
+        box.setText("1");
+        for (const char key : typed) box.key(key);
+        EXPECT_EQ(box.text(), text) << control;
+    };
+    expectKeys("frmMain.txtDeltaRA", "2a.3,#-4", "123#4");
+    expectKeys("frmMain.txtExposeInterval", "0,5\r", "10.5");
+    expectKeys("frmMain.txtDelayAfterSlew", "x7\b8", "18");
+    expectKeys("frmMain.txtPostExpDelay", "a-1,5", "1a-1,5");
+    for (const char* control :
+         {"frmMain.txtContinuousExposeDelay", "frmMain.txtContinuousExposeInterval",
+          "frmMain.txtMaxSolveStars", "frmMain.txtSolveMinSiz", "frmMain.txtSolveMinBrt",
+          "frmMain.txtSolveMinSig", "frmMain.txtSolveFilter", "frmMain.txtSolveScaleH",
+          "frmMain.txtSolveScaleV", "frmMain.txtSolveMinStars", "frmMain.txtSolveMaxRes", "frmMain.txtCatExp",
+          "frmMain.txtCatMaxMag", "frmMain.txtTheSkyImageScale", "frmMain.txtTheSkyScreenFOV",
+          "frmPixelScale.txtFL", "frmPixelScale.txtPixelSizeX", "frmPixelScale.txtPlateScaleVert"})
+        expectKeys(control, "x2,5-e", "12.5");
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 // Solving plates by the image link, with the second imaging program, through the operator protocol.
 
-#include <functional>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,9 +9,8 @@
 namespace vantrel::headless {
 namespace {
 
-using test::json;
-using test::Lines;
-using test::Script;
+using namespace test;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -30,9 +27,13 @@ void setUp(Script& s) {
     s.setting("Solve", "ScaleV", "7.2");
 }
 
-/// A header that tells these values, one after the other, once the start position has been written.
-void tellFromHeader(Script& s, std::initializer_list<json> values) {
-    for (const json& value : values) s.giveBack(kImage, "FITSKeyword", value, 2, 1);
+/// A header that tells these values, one after the other, once the start position has been written, and no
+/// more.
+Prepare telling(const std::vector<json>& values) {
+    return [=](Script& s) {
+        for (const json& value : values) s.giveBack(kImage, "FITSKeyword", value, 2, 1);
+        failing(kImage, "FITSKeyword", 7, 2)(s);
+    };
 }
 
 TEST(ImageLink, SaysEveryStepAndEveryFailure) {
@@ -43,38 +44,18 @@ TEST(ImageLink, SaysEveryStepAndEveryFailure) {
     const Lines noResult = {"Error while getting image link results"};
     const struct {
         const char* why;
-        std::function<void(Script&)> prepare;
+        Prepare prepare;
         Lines logged;
-        bool solved;
+        bool solved = false;
     } cases[] = {
-        {"solved",
-         [](Script& s) {
-             tellFromHeader(s, {1.5, -0.25, 0.002, 0, 0, "2E-3"});
-         },
-         attempt + solution, true},
-        {"no link", [](Script& s) { s.fail(kImage, "InsertWCS", 7, "CCDSoft", "No"); }, attempt + noLink,
-         false},
-        {"a scale that the program refuses",
-         [](Script& s) { s.fail(kImage, "ScaleInArcsecondsPerPixel", 7, "CCDSoft", "No"); }, attempt + noLink,
-         false},
-        {"a scale that is no number", [](Script& s) { s.type("frmMain.txtTheSkyImageScale", "fine"); },
-         attempt + noLink, false},
-        {"no right ascension", [](Script& s) { s.fail(kImage, "FITSKeyword", 7, "CCDSoft", "No", 2); },
-         attempt + noResult, false},
-        {"a right ascension that is no number", [](Script& s) { tellFromHeader(s, {"unknown"}); },
-         attempt + noResult, false},
-        {"no declination",
-         [](Script& s) {
-             tellFromHeader(s, {1.5});
-             s.fail(kImage, "FITSKeyword", 7, "CCDSoft", "No", 2);
-         },
-         attempt + noResult, false},
-        {"no matrix, after the rest was told",
-         [](Script& s) {
-             tellFromHeader(s, {1.5, -0.25, 0.002});
-             s.fail(kImage, "FITSKeyword", 7, "CCDSoft", "No", 2);
-         },
-         attempt + solution + noResult, false},
+        {"solved", telling({1.5, -0.25, 0.002, 0, 0, "2E-3"}), attempt + solution, true},
+        {"no link", failing(kImage, "InsertWCS"), attempt + noLink},
+        {"a scale that the program refuses", failing(kImage, "ScaleInArcsecondsPerPixel"), attempt + noLink},
+        {"a scale that is no number", typing("frmMain.txtTheSkyImageScale", "fine"), attempt + noLink},
+        {"no right ascension", telling({}), attempt + noResult},
+        {"a right ascension that is no number", telling({"unknown"}), attempt + noResult},
+        {"no declination", telling({1.5}), attempt + noResult},
+        {"no matrix, after the rest was told", telling({1.5, -0.25, 0.002}), attempt + solution + noResult},
     };
     for (const auto& c : cases) {
         Script script;
@@ -96,14 +77,13 @@ TEST(ImageLink, SaysEveryStepAndEveryFailure) {
 TEST(ImageLink, ErrorsBeforeItAreTheCallersToReport) {
     const struct {
         const char* why;
-        std::function<void(Script&)> prepare;
+        Prepare prepare;
         std::string report;
     } cases[] = {
         {"no image object, since the simulator took the image",
-         [](Script& s) { s.setting("Main", "MyTelescopeID", "AxisSimulator.Telescope"); },
+         storing("Main", "MyTelescopeID", "AxisSimulator.Telescope"),
          "Error 91: Object variable or With block variable not set"},
-        {"a header that can't be written",
-         [](Script& s) { s.fail(kImage, "FITSKeyword", 7, "CCDSoft", "Read only"); }, "Error 7: Read only"},
+        {"a header that can't be written", failing(kImage, "FITSKeyword"), "Error 7: Broken"},
     };
     for (const auto& c : cases)
         for (const bool run : {false, true}) {
@@ -114,7 +94,7 @@ TEST(ImageLink, ErrorsBeforeItAreTheCallersToReport) {
             const auto result = script.read("frmMain.cmdRun").run();
             const std::string report =
                 c.report + platform::kCrLf + (run ? "mod cmdRun" : "mod cmdExposeSolve");
-            EXPECT_THAT(result.log, testing::Contains(report)) << c.why;
+            EXPECT_THAT(result.log, Contains(report)) << c.why;
             EXPECT_THAT(result.popups, ElementsAre(report)) << c.why;
             EXPECT_EQ(result.read.at("frmMain.cmdRun")["enabled"], true) << c.why;
         }
@@ -122,8 +102,8 @@ TEST(ImageLink, ErrorsBeforeItAreTheCallersToReport) {
 
 TEST(ImageLink, StartsWhereTheMountPoints) {
     const struct {
-        double ra, dec;
-        const char *raText, *decText;
+        double mountRA, mountDec;
+        const char *ra, *dec;
     } cases[] = {{23.5, 0, "23 30 00", "+00 00 00"},
                  {0.2, -0.5, "00 12 00", "-00 30 00"},
                  {6.25, 61.5, "06 15 00", "+61 30 00"}};
@@ -131,16 +111,11 @@ TEST(ImageLink, StartsWhereTheMountPoints) {
         Script script;
         setUp(script);
         script.waitIdle().giveBack(kImage, "InsertWCS", nullptr);
-        script.giveBack(kMount, "RightAscension", c.ra).giveBack(kMount, "Declination", c.dec);
+        script.giveBack(kMount, "RightAscension", c.mountRA).giveBack(kMount, "Declination", c.mountDec);
         script.click("frmMain.cmdExposeSolve").waitIdle();
-        const auto result = script.send({{"id", "uses"}, {"do", "journal"}, {"object", kImage}}).run();
-        Lines written;
-        for (const json& use : result.read.at("uses")["journal"])
-            if (use["kind"] == "put" && use["member"] == "FITSKeyword")
-                written.push_back(use["args"][0].get<std::string>() + " " +
-                                  use["args"][1].get<std::string>());
-        EXPECT_THAT(written, ElementsAre(StartsWith(std::string("OBJCTRA ") + c.raText),
-                                         StartsWith(std::string("OBJCTDEC ") + c.decText)));
+        const auto uses = script.journal(kImage, "uses").run().uses("uses");
+        EXPECT_THAT(uses, Contains(StartsWith(std::string("put FITSKeyword \"OBJCTRA\" \"") + c.ra)));
+        EXPECT_THAT(uses, Contains(StartsWith(std::string("put FITSKeyword \"OBJCTDEC\" \"") + c.dec)));
     }
 }
 
@@ -158,8 +133,7 @@ TEST(ImageLink, MeasuresWhatPinPointMeasures) {
         Script script;
         setUp(script);
         script.setting("PolarAlign", "PlateSolveMethod", std::to_string(method)).waitIdle();
-        for (const auto& [member, value] : {std::pair{"HourAngleOffset", 0.01}, {"DeclinationOffset", 0.15}})
-            script.send({{"do", "automation"}, {"object", kMount}, {"put", member}, {"value", value}});
+        script.put(kMount, "HourAngleOffset", 0.01).put(kMount, "DeclinationOffset", 0.15);
         script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle();
         const auto result = script.run();
         EXPECT_EQ(result.log.back(), "Alignment Run Complete");

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,27 +14,22 @@
 namespace vantrel::headless {
 namespace {
 
-using nlohmann::json;
+using namespace test;
 using platform::joinLines;
-using test::Script;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
-
-using Strings = std::vector<std::string>;
-using Prepare = std::function<void(Script&)>;
 
 constexpr const char* kMaxIm = "MaxIm.CCDCamera";
 constexpr const char* kApplication = "MaxIm.Application";
 constexpr const char* kDocument = "MaxIm.Document";
 constexpr const char* kCCDSoft = "CCDSoft.Camera";
 constexpr const char* kImage = "CCDSoft.Image";
+constexpr const char* kSeconds = "frmMain.txtContinuousExposeInterval";
 
+/// A member that fails once, or as often as said.
 Prepare broken(const char* object, const char* member, int after = 0, int times = 1, int number = 7) {
-    return [=](Script& s) { s.fail(object, member, number, "Src", "Broken", after, times); };
-}
-Prepare answering(const char* object, const char* member, const json& value, int after = 0, int times = -1) {
-    return [=](Script& s) { s.giveBack(object, member, value, after, times); };
+    return failing(object, member, number, after, times);
 }
 
 /// A mount, PinPoint, and the imaging program that is stored, or open; with a small camera.
@@ -55,8 +49,31 @@ struct Popup {
     double seconds = 0;
 };
 
-void expectPopups(const Script::Result& result, const std::vector<Popup>& wanted) {
-    for (const Popup& popup : wanted) {
+/// What has to be found in the log and among the messages.
+struct Told {
+    Lines logged;
+    std::vector<Popup> shown = {};
+    friend Told operator+(Told first, const Told& second) {
+        first.shown.insert(first.shown.end(), second.shown.begin(), second.shown.end());
+        return {first.logged + second.logged, first.shown};
+    }
+};
+
+constexpr double kReport = 5;       // seconds
+constexpr double kDisplayTime = 3;  // the field's
+
+const Told kNothing = {};
+template <typename... Texts>
+Told logged(const Texts&... lines) {
+    return {{lines...}};
+}
+Told shown(const std::string& text, double seconds) { return {{}, {{text, seconds}}}; }
+/// In the log and in a message.
+Told reported(const std::string& text, double seconds = kReport) { return {{text}, {{text, seconds}}}; }
+
+void expectTold(const Script::Result& result, const Told& wanted) {
+    for (const std::string& line : wanted.logged) EXPECT_THAT(result.log, Contains(line));
+    for (const Popup& popup : wanted.shown) {
         const auto found = std::find(result.popups.begin(), result.popups.end(), popup.text);
         if (found == result.popups.end()) {
             ADD_FAILURE() << "not shown: " << popup.text << "\nbut " << testing::PrintToString(result.popups);
@@ -69,9 +86,6 @@ void expectPopups(const Script::Result& result, const std::vector<Popup>& wanted
     }
 }
 
-constexpr double kReport = 5;       // seconds
-constexpr double kDisplayTime = 3;  // the field's
-
 std::string sourced(const char* label) { return joinLines({"Src Error 7: Broken", label}); }
 std::string unsourced(const char* label) { return joinLines({"Error 7: Broken", label}); }
 
@@ -82,152 +96,94 @@ enum class Series { kEnds, kGoesOn };
 struct ExposureCase {
     const char* why;
     Prepare prepare;
-    Strings logged;
-    std::vector<Popup> shown;
+    Told told;
     Series series = Series::kEnds;  // CameraFailed ends it
-    double seconds = 8;             // that are looked at
 };
 
 /// A series of exposures in which something goes wrong; afterwards the window can be used.
 void checkExposures(const char* program, const std::vector<ExposureCase>& cases) {
+    constexpr double kWatched = 8;  // seconds
     for (const ExposureCase& c : cases) {
         SCOPED_TRACE(c.why);
         Script script = nightWith(program);
         script.type("frmMain.txtContinuousExposeDelay", "1");
         script.check("frmMain.chkExposeContinuousEnable", 1).check("frmMain.chkCrossHairEnable", 1);
         c.prepare(script);
-        script.click("frmMain.cmdExpose").advance(c.seconds).read("frmMain.cmdExpose", "series");
+        script.click("frmMain.cmdExpose").advance(kWatched).read("frmMain.cmdExpose", "series");
         script.check("frmMain.chkExposeContinuousEnable", 0).waitIdle();
         script.read("frmMain.cmdExpose", "after").read("frmMain.cmdRun", "run");
         const auto result = script.run();
-        for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line));
-        if (c.logged.empty()) {
+        expectTold(result, c.told);
+        if (c.told.logged.empty()) {
             EXPECT_THAT(result.log, Not(Contains(HasSubstr("Broken"))));
         }
-        expectPopups(result, c.shown);
         EXPECT_EQ(result.reply("series")["caption"], c.series == Series::kEnds ? "Expose" : "Stop Expose");
         EXPECT_EQ(result.reply("after")["caption"], "Expose");
         EXPECT_EQ(result.reply("run")["enabled"], true);
     }
 }
 
-const std::string kNoCamera =
-    joinLines({"Failed to start camera!", "Verify camera model in Imaging Software"});
+const Told kNoCamera =
+    reported(joinLines({"Failed to start camera!", "Verify camera model in Imaging Software"}), kDisplayTime);
+const Told kLet = reported(sourced("Module modComponents Property Let camLinkEnabled"));
+const Told kGet = reported(sourced("Module modComponents Property Get camLinkEnabled"));
+const Told kAcquire = reported(sourced("Module modComponents Sub AcquireImage"));
+const Told kCrossHair = logged(unsourced("Module modComponents Sub CrossHair"));
+const std::string kAborted = "Exposure Aborted";
 
 TEST(MaxImExposures, ReportWhatFails) {
-    const std::string let = sourced("Module modComponents Property Let camLinkEnabled");
-    const std::string get = sourced("Module modComponents Property Get camLinkEnabled");
-    const std::string acquire = sourced("Module modComponents Sub AcquireImage");
-    const std::string take = unsourced("Module modComponents sub TakePicture");
-    const std::string notStarted = joinLines(
-        {"Error 32768: MaxIm DL Failed to start the exposure", "Module modComponents sub TakePicture"});
-    const std::string crossHair = unsourced("Module modComponents Sub CrossHair");
+    const Told take = reported(unsourced("Module modComponents sub TakePicture"));
+    const Told notStarted = reported(joinLines(
+        {"Error 32768: MaxIm DL Failed to start the exposure", "Module modComponents sub TakePicture"}));
     std::vector<ExposureCase> cases = {
-        {"the link can't be set, but is",
-         broken(kMaxIm, "LinkEnabled"),
-         {let},
-         {{let, kReport}},
-         Series::kGoesOn},
-        {"the link can't be read",
-         broken(kMaxIm, "LinkEnabled", 1),
-         {get, kNoCamera},
-         {{get, kReport}, {kNoCamera, kDisplayTime}},
-         Series::kGoesOn},
-        {"no camera",
-         answering(kMaxIm, "LinkEnabled", false),
-         {kNoCamera},
-         {{kNoCamera, kDisplayTime}},
-         Series::kGoesOn},
-        {"the exposure doesn't start",
-         answering(kMaxIm, "Expose", false),
-         {notStarted},
-         {{notStarted, kReport}}},
-        {"the exposure fails to start", broken(kMaxIm, "Expose"), {notStarted}, {{notStarted, kReport}}},
-        {"the image fails", broken(kMaxIm, "ImageReady", 3), {take}, {{take, kReport}}},
-        {"aborted in the program",
-         broken(kMaxIm, "ImageReady", 3, 1, 65535),
-         {"Exposure Aborted"},
-         {{"Exposure Aborted", kReport}}},
-        {"the filter can't be read", broken(kMaxIm, "Filter", 0, -1), {}, {}, Series::kGoesOn},
-        {"the application is gone for once",
-         broken(kApplication, "AutofocusStatus"),
-         {},
-         {},
-         Series::kGoesOn},
-        {"the document is gone for once", broken(kDocument, "XSize", 1), {}, {}, Series::kGoesOn},
-        {"no application", broken(kApplication, "create", 0, -1), {crossHair}, {}, Series::kGoesOn},
-        {"no document", broken(kApplication, "CurrentDocument"), {crossHair}, {}, Series::kGoesOn},
+        {"the link can't be set, but is", broken(kMaxIm, "LinkEnabled"), kLet, Series::kGoesOn},
+        {"the link can't be read", broken(kMaxIm, "LinkEnabled", 1), kGet + kNoCamera, Series::kGoesOn},
+        {"no camera", answering(kMaxIm, "LinkEnabled", false), kNoCamera, Series::kGoesOn},
+        {"the exposure doesn't start", answering(kMaxIm, "Expose", false), notStarted},
+        {"the exposure fails to start", broken(kMaxIm, "Expose"), notStarted},
+        {"the image fails", broken(kMaxIm, "ImageReady", 3), take},
+        {"aborted in the program", broken(kMaxIm, "ImageReady", 3, 1, 65535), reported(kAborted)},
+        {"the filter can't be read", broken(kMaxIm, "Filter", 0, -1), kNothing, Series::kGoesOn},
+        {"the application is gone once", broken(kApplication, "AutofocusStatus"), kNothing, Series::kGoesOn},
+        {"the document is gone for once", broken(kDocument, "XSize", 1), kNothing, Series::kGoesOn},
+        {"no application", broken(kApplication, "create", 0, -1), kCrossHair, Series::kGoesOn},
+        {"no document", broken(kApplication, "CurrentDocument"), kCrossHair, Series::kGoesOn},
+        {"the marked image isn't taken", broken(kDocument, "ImageArray", 1), kCrossHair, Series::kGoesOn},
     };
     for (const char* member : {"BinX", "BinY", "SetFullFrame", "MaxBinX", "MaxBinY"})
-        cases.push_back({member, broken(kMaxIm, member), {acquire}, {{acquire, kReport}}});
+        cases.push_back({member, broken(kMaxIm, member), kAcquire});
     for (const char* member : {"XSize", "YSize", "StretchMax", "ImageArray"})
-        cases.push_back({member, broken(kDocument, member), {crossHair}, {}, Series::kGoesOn});
-    cases.push_back({"the marked image isn't taken",
-                     broken(kDocument, "ImageArray", 1),
-                     {crossHair},
-                     {},
-                     Series::kGoesOn});
+        cases.push_back({member, broken(kDocument, member), kCrossHair, Series::kGoesOn});
     checkExposures("MaxIm", cases);
 }
 
 TEST(CCDSoftExposures, ReportWhatFails) {
-    const std::string let = sourced("Module modComponents Property Let camLinkEnabled");
-    const std::string get = sourced("Module modComponents Property Get camLinkEnabled");
-    const std::string acquire = sourced("Module modComponents Sub AcquireImage");
-    const std::string take = sourced("Module modComponents sub TakeCCDSoftImage");
-    const std::string attach = sourced("Module modComponents Sub AttachCCDSoftImageToActiveImager");
-    const std::string crossHair = unsourced("Module modComponents Sub CrossHair");
+    const Told take = reported(sourced("Module modComponents sub TakeCCDSoftImage"));
+    const Told attach = reported(sourced("Module modComponents Sub AttachCCDSoftImageToActiveImager"));
+    const Told aborted = reported(kAborted, kDisplayTime);
     std::vector<ExposureCase> cases = {
-        {"connecting fails, but it is",
-         broken(kCCDSoft, "Connect"),
-         {let},
-         {{let, kReport}},
-         Series::kGoesOn},
-        {"the state can't be read",
-         broken(kCCDSoft, "State"),
-         {get, kNoCamera},
-         {{get, kReport}, {kNoCamera, kDisplayTime}},
-         Series::kGoesOn},
-        {"not linked",
-         answering(kCCDSoft, "State", 5),
-         {kNoCamera},
-         {{kNoCamera, kDisplayTime}},
-         Series::kGoesOn},
-        {"it can't be asynchronous", broken(kCCDSoft, "Asynchronous"), {}, {}, Series::kGoesOn},
-        {"whether it is asynchronous can't be read",
-         broken(kCCDSoft, "Asynchronous", 1),
-         {},
-         {},
-         Series::kGoesOn},
-        {"it isn't asynchronous", answering(kCCDSoft, "Asynchronous", false), {}, {}, Series::kGoesOn},
-        {"aborted in the program",
-         broken(kCCDSoft, "IsExposureComplete", 3, 1, 65535),
-         {"Exposure Aborted"},
-         {{"Exposure Aborted", kDisplayTime}}},
-        {"aborted before it began",
-         broken(kCCDSoft, "TakeImage", 0, 1, 65535),
-         {"Exposure Aborted"},
-         {{"Exposure Aborted", kDisplayTime}}},
-        {"no image object", broken(kImage, "create"), {attach}, {{attach, kReport}}, Series::kGoesOn},
-        {"the image can't be attached to",
-         broken(kImage, "AttachToActiveImager"),
-         {attach},
-         {{attach, kReport}},
-         Series::kGoesOn},
-        {"no open image", broken(kImage, "create", 1), {crossHair}, {}, Series::kGoesOn},
-        {"the marked image isn't taken", broken(kImage, "DataArray", 1), {crossHair}, {}, Series::kGoesOn},
+        {"connecting fails, but it is", broken(kCCDSoft, "Connect"), kLet, Series::kGoesOn},
+        {"the state can't be read", broken(kCCDSoft, "State"), kGet + kNoCamera, Series::kGoesOn},
+        {"not linked", answering(kCCDSoft, "State", 5), kNoCamera, Series::kGoesOn},
+        {"it can't be asynchronous", broken(kCCDSoft, "Asynchronous"), kNothing, Series::kGoesOn},
+        {"whether it is can't be read", broken(kCCDSoft, "Asynchronous", 1), kNothing, Series::kGoesOn},
+        {"it isn't", answering(kCCDSoft, "Asynchronous", false), kNothing, Series::kGoesOn},
+        {"aborted in the program", broken(kCCDSoft, "IsExposureComplete", 3, 1, 65535), aborted},
+        {"aborted before it began", broken(kCCDSoft, "TakeImage", 0, 1, 65535), aborted},
+        {"no image object", broken(kImage, "create"), attach, Series::kGoesOn},
+        {"no image to attach to", broken(kImage, "AttachToActiveImager"), attach, Series::kGoesOn},
+        {"no open image", broken(kImage, "create", 1), kCrossHair, Series::kGoesOn},
+        {"the marked image isn't taken", broken(kImage, "DataArray", 1), kCrossHair, Series::kGoesOn},
+        {"the sub-frame can't be switched", broken(kCCDSoft, "Subframe", 1), take},
     };
     for (const char* member : {"AutoSaveOn", "ScreenShutter", "ToNewWindow", "AutoSaveFileFormat", "Series",
                                "ImageReduction", "Subframe"})
-        cases.push_back({member, broken(kCCDSoft, member), {}, {}, Series::kGoesOn});
-    for (const char* member : {"BinX", "BinY"})
-        cases.push_back({member, broken(kCCDSoft, member), {acquire}, {{acquire, kReport}}});
+        cases.push_back({member, broken(kCCDSoft, member), kNothing, Series::kGoesOn});
+    for (const char* member : {"BinX", "BinY"}) cases.push_back({member, broken(kCCDSoft, member), kAcquire});
     for (const char* member : {"Frame", "ExposureTime", "TakeImage", "IsExposureComplete"})
-        cases.push_back({member, broken(kCCDSoft, member), {take}, {{take, kReport}}});
-    cases.push_back(
-        {"the sub-frame can't be switched", broken(kCCDSoft, "Subframe", 1), {take}, {{take, kReport}}});
+        cases.push_back({member, broken(kCCDSoft, member), take});
     for (const char* member : {"AttachToActive", "SetActive", "Width", "Height", "DataArray", "ModifiedFlag"})
-        cases.push_back({member, broken(kImage, member), {crossHair}, {}, Series::kGoesOn});
+        cases.push_back({member, broken(kImage, member), kCrossHair, Series::kGoesOn});
     checkExposures("CCDSoft", cases);
 }
 
@@ -267,7 +223,7 @@ TEST(Exposures, TimeOutAfterAMinuteAndTheGraceTime) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.program) + " " + c.grace);
         Script script = nightWith(c.program);
-        script.type("frmMain.txtContinuousExposeInterval", "5").type("frmMain.txtPostExpDelay", c.grace);
+        script.type(kSeconds, "5").type("frmMain.txtPostExpDelay", c.grace);
         script.giveBack(c.object, c.member, false);
         script.send({{"id", "start"}, {"do", "time"}}).journal(c.object, "before");
         script.click("frmMain.cmdExpose").waitIdle().journal(c.object, "exposure");
@@ -275,9 +231,8 @@ TEST(Exposures, TimeOutAfterAMinuteAndTheGraceTime) {
         const auto result = script.run();
         const double start = result.reply("start")["seconds"];
         EXPECT_NEAR(secondsTo(result, c.report) - start, 5 + c.seconds, 1.01);
-        const Strings uses = result.uses("exposure");
-        EXPECT_EQ(std::count(uses.begin(), uses.end(), std::string("get ") + c.member), c.looks);
-        EXPECT_EQ(std::count(uses.begin(), uses.end(), "call abort"), c.program[0] == 'C' ? 1 : 0);
+        EXPECT_EQ(result.times("exposure", std::string("get ") + c.member), c.looks);
+        EXPECT_EQ(result.times("exposure", "call abort"), c.program[0] == 'C' ? 1 : 0);
         EXPECT_EQ(result.reply("after")["caption"], "Expose");
     }
 }
@@ -288,54 +243,26 @@ TEST(Exposures, AskTheProgramForWhatIsSet) {
         const char* program;
         const char* object;
         Prepare prepare;
-        Strings uses;  // in this order
+        Lines uses;  // in this order
     } cases[] = {
-        {"a light frame",
-         "MaxIm",
-         kMaxIm,
-         [](Script&) {},
-         {"put LinkEnabled true", "get LinkEnabled", "get Filter", "put BinX 1", "put BinY 1",
-          "call SetFullFrame", "get MaxBinX", "get MaxBinY", "put BinX 2", "put BinY 2",
-          "call Expose 1.0 1 0"}},
-        {"a dark frame",
-         "MaxIm",
-         kMaxIm,
-         [](Script& s) { s.type("frmMain.txtContinuousExposeInterval", "-2"); },
-         {"call Expose 2.0 0 0"}},
-        {"the program's filter",
-         "MaxIm",
-         kMaxIm,
-         [](Script& s) { s.put(kMaxIm, "Filter", 3); },
-         {"call Expose 1.0 1 3"}},
-        {"the stored filter when it can't be read",
-         "MaxIm",
-         kMaxIm,
-         [](Script& s) {
-             broken(kMaxIm, "Filter")(s);
-             s.send({{"do", "setting"},
-                     {"section", "CurrentVersion"},
-                     {"key", "D3130_EXP_FILTER"},
-                     {"value", "2"}});
-         },
-         {"call Expose 1.0 1 2"}},
-        {"set-up and exposure",
-         "CCDSoft",
-         kCCDSoft,
-         [](Script&) {},
-         {"call Connect", "get State", "put AutoSaveOn 0", "put ScreenShutter 0", "put ToNewWindow 0",
-          "put Subframe 0", "put AutoSaveFileFormat 0", "put Series 1", "put ImageReduction 1", "put BinX 2",
-          "put BinY 2", "put Frame 1", "put Subframe false", "put ExposureTime 1.0", "put Asynchronous true",
-          "get Asynchronous", "call TakeImage", "get IsExposureComplete"}},
-        {"no time at all",
-         "CCDSoft",
-         kCCDSoft,
-         [](Script& s) { s.type("frmMain.txtContinuousExposeInterval", "0"); },
-         {"put ExposureTime 0.11"}},
-        {"a sub-frame",
-         "CCDSoft",
-         kCCDSoft,
-         [](Script& s) { s.check("frmMain.chkUseCCDSoftSubFrame", 1); },
-         {"put Subframe true", "put ExposureTime 1.0"}},
+        {"a light frame", "MaxIm", kMaxIm, asItIs,
+         texts("put LinkEnabled true", "get LinkEnabled", "get Filter", "put BinX 1", "put BinY 1",
+               "call SetFullFrame", "get MaxBinX", "get MaxBinY", "put BinX 2", "put BinY 2",
+               "call Expose 1.0 1 0")},
+        {"a dark frame", "MaxIm", kMaxIm, typing(kSeconds, "-2"), texts("call Expose 2.0 0 0")},
+        {"the program's filter", "MaxIm", kMaxIm, [](Script& s) { s.put(kMaxIm, "Filter", 3); },
+         texts("call Expose 1.0 1 3")},
+        {"the stored filter when it can't be read", "MaxIm", kMaxIm,
+         both(broken(kMaxIm, "Filter"), storing("CurrentVersion", "D3130_EXP_FILTER", "2")),
+         texts("call Expose 1.0 1 2")},
+        {"set-up and exposure", "CCDSoft", kCCDSoft, asItIs,
+         texts("call Connect", "get State", "put AutoSaveOn 0", "put ScreenShutter 0", "put ToNewWindow 0",
+               "put Subframe 0", "put AutoSaveFileFormat 0", "put Series 1", "put ImageReduction 1",
+               "put BinX 2", "put BinY 2", "put Frame 1", "put Subframe false", "put ExposureTime 1.0",
+               "put Asynchronous true", "get Asynchronous", "call TakeImage", "get IsExposureComplete")},
+        {"no time at all", "CCDSoft", kCCDSoft, typing(kSeconds, "0"), texts("put ExposureTime 0.11")},
+        {"a sub-frame", "CCDSoft", kCCDSoft, [](Script& s) { s.check("frmMain.chkUseCCDSoftSubFrame", 1); },
+         texts("put Subframe true", "put ExposureTime 1.0")},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
@@ -343,7 +270,7 @@ TEST(Exposures, AskTheProgramForWhatIsSet) {
         c.prepare(script);
         script.journal(c.object, "before").click("frmMain.cmdExpose").waitIdle().journal(c.object, "uses");
         const auto result = script.run();
-        const Strings uses = result.uses("uses");
+        const Lines uses = result.uses("uses");
         auto at = uses.begin();
         for (const std::string& use : c.uses) {
             at = std::find(at, uses.end(), use);
@@ -363,7 +290,7 @@ TEST(Exposures, StopAndClosingEndThem) {
     const struct {
         const char* program;
         const char* object;
-        Strings logged;
+        Lines logged;
         long aborts;
     } cases[] = {{"MaxIm", kMaxIm, {"Align Aborted"}, 0},
                  {"CCDSoft", kCCDSoft, {"Exposure aborted", "Align Aborted"}, 2}};
@@ -373,12 +300,11 @@ TEST(Exposures, StopAndClosingEndThem) {
         script.click("frmMain.cmdRun").advance(3).journal(c.object, "before").click("frmMain.cmdStop");
         script.waitIdle().journal(c.object, "stopped").read("frmMain.cmdRun", "run");
         script.click("frmMain.cmdExpose").waitIdle().journal(c.object, "again");
-        script.type("frmMain.txtContinuousExposeInterval", "300").click("frmMain.cmdExpose").advance(2);
+        script.type(kSeconds, "300").click("frmMain.cmdExpose").advance(2);
         const auto result = script.run();  // and closes the window meanwhile
         for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line));
         EXPECT_THAT(result.log, Not(Contains(HasSubstr("Error"))));
-        const Strings stopped = result.uses("stopped");
-        EXPECT_EQ(std::count(stopped.begin(), stopped.end(), "call abort"), c.aborts);
+        EXPECT_EQ(result.times("stopped", "call abort"), c.aborts);
         EXPECT_EQ(result.reply("run")["enabled"], true);
         EXPECT_THAT(result.popups, Not(Contains(HasSubstr("Error")))) << "the next exposure works";
     }
@@ -387,57 +313,26 @@ TEST(Exposures, StopAndClosingEndThem) {
 // ---- saving, solving, manual exposures
 
 TEST(ManualExposures, ReportWhatFails) {
-    const std::string save = sourced("modUtilities Sub SaveImageToFile");
+    const Told unsolved = logged("Plate Solve failed", "Check Plate Solve Settings");
+    const Told unsaved = logged(sourced("modUtilities Sub SaveImageToFile")) + unsolved;
     const std::string mismatch = "Error 13: Type mismatch\r\n";
-    const Strings unsolved = {"Plate Solve failed", "Check Plate Solve Settings"};
-    const auto with = [](Strings lines, const Strings& more) {
-        lines.insert(lines.end(), more.begin(), more.end());
-        return lines;
-    };
+    const char* const expose = "frmMain.cmdExpose";
+    const char* const exposeAndSolve = "frmMain.cmdExposeSolve";
     const struct {
         const char* why;
         const char* program;
         const char* button;
         Prepare prepare;
-        Strings logged;
-        std::vector<Popup> shown;
+        Told told;
     } cases[] = {
-        {"no number to expose",
-         "MaxIm",
-         "frmMain.cmdExpose",
-         [](Script& s) { s.type("frmMain.txtContinuousExposeInterval", "abc"); },
-         {mismatch + "mod cmdRun"},
-         {{mismatch + "mod cmdRun", kReport}}},
-        {"no number to expose and solve",
-         "MaxIm",
-         "frmMain.cmdExposeSolve",
-         [](Script& s) { s.type("frmMain.txtExposeInterval", "abc"); },
-         {"", "** Expose & Plate Solve **", mismatch + "mod cmdExposeSolve"},
-         {{mismatch + "mod cmdExposeSolve", kReport}}},
-        {"the image can't be saved",
-         "MaxIm",
-         "frmMain.cmdExposeSolve",
-         broken(kMaxIm, "SaveImage"),
-         with({save}, unsolved),
-         {}},
-        {"the path isn't taken",
-         "CCDSoft",
-         "frmMain.cmdExposeSolve",
-         broken(kImage, "path"),
-         with({save}, unsolved),
-         {}},
-        {"the second program can't save",
-         "CCDSoft",
-         "frmMain.cmdExposeSolve",
-         broken(kImage, "Save"),
-         with({save}, unsolved),
-         {}},
-        {"the plate isn't solved",
-         "MaxIm",
-         "frmMain.cmdExposeSolve",
-         answering("PinPoint.Plate", "Solve", false),
-         unsolved,
-         {}},
+        {"no number to expose", "MaxIm", expose, typing(kSeconds, "abc"), reported(mismatch + "mod cmdRun")},
+        {"no number to expose and solve", "MaxIm", exposeAndSolve, typing("frmMain.txtExposeInterval", "abc"),
+         logged("", "** Expose & Plate Solve **") + reported(mismatch + "mod cmdExposeSolve")},
+        {"the image can't be saved", "MaxIm", exposeAndSolve, broken(kMaxIm, "SaveImage"), unsaved},
+        {"the path isn't taken", "CCDSoft", exposeAndSolve, broken(kImage, "path"), unsaved},
+        {"the second program can't save", "CCDSoft", exposeAndSolve, broken(kImage, "Save"), unsaved},
+        {"the plate isn't solved", "MaxIm", exposeAndSolve, answering("PinPoint.Plate", "Solve", false),
+         unsolved},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
@@ -445,9 +340,8 @@ TEST(ManualExposures, ReportWhatFails) {
         c.prepare(script);
         script.click(c.button).waitIdle().read("frmMain.cmdExpose", "expose").read("frmMain.cmdRun", "run");
         const auto result = script.run();
-        for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line));
-        expectPopups(result, c.shown);
-        if (c.shown.empty()) {
+        expectTold(result, c.told);
+        if (c.told.shown.empty()) {
             EXPECT_THAT(result.popups, Not(Contains(HasSubstr("Broken")))) << "logged only";
         }
         EXPECT_EQ(result.reply("expose")["caption"], "Expose");
@@ -467,171 +361,88 @@ TEST(ManualExposures, SeriesRunUntilTheyAreStopped) {
     script.read("frmMain.cmdExpose", "idle").journal(kDocument, "marks");
     script.check("frmMain.chkCrossHairEnable", 0).read("frmMain.cmbCrossHairWidth", "width");
     const auto result = script.run();
-    const auto exposures = [&](const char* name) {
-        const Strings uses = result.uses(name);
-        return std::count(uses.begin(), uses.end(), "call Expose 1.0 1 0");
-    };
-    EXPECT_EQ(exposures("single"), 1);
-    EXPECT_EQ(exposures("series"), 4) << "of 1.1 s, with 0.1 s between them";
+    EXPECT_EQ(result.times("single", "call Expose 1.0 1 0"), 1);
+    EXPECT_EQ(result.times("series", "call Expose 1.0 1 0"), 4) << "of 1.1 s, with 0.1 s between them";
     for (const char* button : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"})
         EXPECT_EQ(result.reply(button)["enabled"], false) << button;
     EXPECT_EQ(result.reply("running")["caption"], "Stop Expose");
     EXPECT_EQ(result.reply("stopping")["caption"], "Stoping Exp.");
     EXPECT_EQ(result.reply("idle")["caption"], "Expose");
     EXPECT_EQ(result.reply("width")["enabled"], true);
-    const Strings marks = result.uses("marks");
-    EXPECT_EQ(std::count(marks.begin(), marks.end(), R"(put ImageArray {"height":32,"width":48})"), 4);
+    EXPECT_EQ(result.times("marks", R"(put ImageArray {"height":32,"width":48})"), 4);
 }
 
 // ---- which program, and its launch
 
 TEST(ImagingChoice, IsMadeAtTheStart) {
-    const Strings mount = {"ScopeSim.Telescope", "PinPoint.Plate"};
-    const auto withMount = [&](Strings programs) {
-        programs.insert(programs.end(), mount.begin(), mount.end());
-        return programs;
-    };
-    const std::string maxIm = "MaxIm DL/CCD V 4.56 is the Imaging Software";
-    const std::string ccdSoft = "CCDSoft V 5.00.205 is the Imaging Software";
-    const std::string launchingMaxIm = " Launching MaxIm DL \r\n Please wait ";
-    const std::string launchingCCDSoft = " Launching CCDSoft \r\n Please wait ";
+    const Told maxIm = logged("MaxIm DL/CCD V 4.56 is the Imaging Software");
+    const Told ccdSoft = logged("CCDSoft V 5.00.205 is the Imaging Software");
+    const std::string launching = " Launching MaxIm DL \r\n Please wait ";
+    const Told launchingMaxIm = shown(launching, 10);
+    const Told launchingCCDSoft = shown(" Launching CCDSoft \r\n Please wait ", 10);
     const std::string connecting = " Conecting to Camera \r\n Please wait ";
-    const std::string none = joinLines(
-        {"Neither MaxIm DL/CCD", " nor CCDSoft can be found ", "You must install your", "Imaging Software"});
+    const Told connects = shown(connecting, 10);
+    const Told noMaxIm = reported("Could not start MaxIm", 10);
+    const Lines everything = {};
+    const Lines mount = {"ScopeSim.Telescope", "PinPoint.Plate"};
+    const char* const none = nullptr;
     const struct {
         const char* why;
-        std::optional<Strings> installed;
+        Lines installed;
         const char* stored;
         Prepare prepare;
         const char* program;  // in use
-        Strings logged;
-        std::vector<Popup> shown;
-        Strings notShown;
+        Told told;
+        std::string notShown = "-";
     } cases[] = {
-        {"the built-in one is open",
-         {},
-         nullptr,
-         [](Script&) {},
-         "MaxIm",
-         {maxIm},
-         {{connecting, 10}},
-         {launchingMaxIm}},
-        {"only MaxIm is installed",
-         withMount({kMaxIm}),
-         nullptr,
-         [](Script&) {},
-         "MaxIm",
-         {maxIm},
-         {{launchingMaxIm, 10}, {connecting, 10}},
-         {}},
-        {"only CCDSoft is installed",
-         withMount({kCCDSoft}),
-         nullptr,
-         [](Script&) {},
-         "CCDSoft",
-         {ccdSoft},
-         {{launchingCCDSoft, 10}, {connecting, 10}},
-         {}},
-        {"CCDSoft is stored",
-         {},
-         "CCDSoft",
-         [](Script&) {},
-         "CCDSoft",
-         {ccdSoft},
-         {{launchingCCDSoft, 10}},
-         {}},
-        {"any version will do",
-         {},
-         "CCDSoft",
-         [](Script& s) { s.setting("PolarAlign", "ImagingSWVersionCheck", "0"); },
-         "CCDSoft",
-         {"CCDSoft V Unknown is the Imaging Software"},
-         {},
-         {}},
-        {"neither is installed",
-         mount,
-         nullptr,
-         [](Script&) {},
-         nullptr,
-         {"Neither MaxIm DL/CCD nor CCDSoft can be found", "You must install your Imaging Software"},
-         {{none, 0}},
-         {connecting}},
-        {"the stored one isn't installed",
-         mount,
-         "CCDSoft",
-         [](Script&) {},
-         "CCDSoft",
-         {"Could not find CCDSoft on this computer"},
-         {{"Could not find CCDSoft", 10}},
-         {connecting}},
-        {"the application can't be had",
-         {},
-         nullptr,
-         broken(kApplication, "create"),
-         "MaxIm",
-         {"Could not start MaxIm"},
-         {{"Could not start MaxIm", 10}},
-         {connecting}},
-        {"the application doesn't tell its version",
-         {},
-         nullptr,
-         broken(kApplication, "Version"),
-         "MaxIm",
-         {"Could not start MaxIm"},
-         {{"Could not start MaxIm", 10}},
-         {connecting}},
-        {"no scripting",
-         {},
-         nullptr,
-         broken(kMaxIm, "DisableAutoShutdown"),
-         "MaxIm",
-         {maxIm, "Your MaxIm DL Version does not support Scripting",
-          "MaxIm DL Version must be 2.06 or greater", "MaxIm DL Camera could not be Connected"},
-         {{"MaxIm Version must be\r\n2.0.6 or greater\r\n\r\n MaxIm Camera Not Connected ", 10}},
-         {}},
-        {"no camera in MaxIm",
-         {},
-         nullptr,
-         answering(kMaxIm, "LinkEnabled", false),
-         "MaxIm",
-         {maxIm},
-         {{"Failed to start camera!\r\nVerify camera model in MaxIm", kDisplayTime}},
-         {}},
-        {"no camera in CCDSoft",
-         {},
-         "CCDSoft",
-         answering(kCCDSoft, "State", 5),
-         "CCDSoft",
-         {ccdSoft},
-         {{"Failed to start camera!\r\nVerify camera model in CCDSoft", kDisplayTime}},
-         {}},
-        {"no camera object",
-         {},
-         "CCDSoft",
-         broken(kCCDSoft, "create"),
-         "CCDSoft",
-         {ccdSoft, unsourced("modUtility Sub LaunchCCDSoft")},
-         {{unsourced("modUtility Sub LaunchCCDSoft"), kReport}},
-         {}},
+        {"the built-in one is open", everything, none, asItIs, "MaxIm", maxIm + connects, launching},
+        {"only MaxIm is installed", mount + texts(kMaxIm), none, asItIs, "MaxIm",
+         maxIm + launchingMaxIm + connects},
+        {"only CCDSoft is installed", mount + texts(kCCDSoft), none, asItIs, "CCDSoft",
+         ccdSoft + launchingCCDSoft + connects},
+        {"CCDSoft is stored", everything, "CCDSoft", asItIs, "CCDSoft", ccdSoft + launchingCCDSoft},
+        {"any version will do", everything, "CCDSoft", storing("PolarAlign", "ImagingSWVersionCheck", "0"),
+         "CCDSoft", logged("CCDSoft V Unknown is the Imaging Software")},
+        {"neither is installed", mount, none, asItIs, none,
+         logged("Neither MaxIm DL/CCD nor CCDSoft can be found", "You must install your Imaging Software") +
+             shown(joinLines({"Neither MaxIm DL/CCD", " nor CCDSoft can be found ", "You must install your",
+                              "Imaging Software"}),
+                   0),
+         connecting},
+        {"the stored one isn't installed", mount, "CCDSoft", asItIs, "CCDSoft",
+         logged("Could not find CCDSoft on this computer") + shown("Could not find CCDSoft", 10), connecting},
+        {"the application can't be had", everything, none, broken(kApplication, "create"), "MaxIm", noMaxIm,
+         connecting},
+        {"the application doesn't tell its version", everything, none, broken(kApplication, "Version"),
+         "MaxIm", noMaxIm, connecting},
+        {"no scripting", everything, none, broken(kMaxIm, "DisableAutoShutdown"), "MaxIm",
+         maxIm +
+             logged("Your MaxIm DL Version does not support Scripting",
+                    "MaxIm DL Version must be 2.06 or greater", "MaxIm DL Camera could not be Connected") +
+             shown("MaxIm Version must be\r\n2.0.6 or greater\r\n\r\n MaxIm Camera Not Connected ", 10)},
+        {"no camera in MaxIm", everything, none, answering(kMaxIm, "LinkEnabled", false), "MaxIm",
+         maxIm + shown("Failed to start camera!\r\nVerify camera model in MaxIm", kDisplayTime)},
+        {"no camera in CCDSoft", everything, "CCDSoft", answering(kCCDSoft, "State", 5), "CCDSoft",
+         ccdSoft + shown("Failed to start camera!\r\nVerify camera model in CCDSoft", kDisplayTime)},
+        {"no camera object", everything, "CCDSoft", broken(kCCDSoft, "create"), "CCDSoft",
+         ccdSoft + reported(unsourced("modUtility Sub LaunchCCDSoft"))},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         Script script;
         script.setting("Main", "MyTelescopeID", "ScopeSim.Telescope");
-        if (c.installed) script.installed(*c.installed);
+        if (!c.installed.empty()) script.installed(c.installed);
         if (c.stored != nullptr) script.setting("PolarAlign", "ImagingSoftware", c.stored);
         c.prepare(script);
         script.waitIdle();
-        script.send(
-            {{"id", "stored"}, {"do", "setting"}, {"section", "PolarAlign"}, {"key", "ImagingSoftware"}});
+        script.readSetting("PolarAlign", "ImagingSoftware");
         script.read("frmMain.optImagingSoftware(0)", "0").read("frmMain.optImagingSoftware(1)", "1");
         script.read("frmMain.cmdRun", "run");
         const auto result = script.run();
-        for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line));
-        expectPopups(result, c.shown);
-        for (const std::string& text : c.notShown) EXPECT_THAT(result.popups, Not(Contains(text)));
+        expectTold(result, c.told);
+        EXPECT_THAT(result.popups, Not(Contains(c.notShown)));
         const json program = c.program == nullptr ? json() : json(c.program);
-        EXPECT_EQ(result.reply("stored")["value"], program);
+        EXPECT_EQ(result.reply("ImagingSoftware")["value"], program);
         EXPECT_EQ(result.reply("0")["value"], program == "CCDSoft" ? 1 : 0);
         EXPECT_EQ(result.reply("1")["value"], program == "MaxIm" ? 1 : 0);
         EXPECT_EQ(result.reply("run")["enabled"], true);
@@ -666,19 +477,17 @@ TEST(ImagingChoice, HandsTheCameraOver) {
         const char* why;
         const char* from;
         Prepare prepare;
-        Strings logged;
+        Lines logged;
         bool linked;
     } cases[] = {
-        {"to the second", "MaxIm", [](Script&) {}, {"CCDSoft V 5.00.205 is the Imaging Software"}, true},
-        {"to the first", "CCDSoft", [](Script&) {}, {"MaxIm DL/CCD V 4.56 is the Imaging Software"}, true},
-        {"the first doesn't let go", "MaxIm", broken(kMaxIm, "LinkEnabled"), {noMaxIm, heldByMaxIm}, false},
-        {"the first can't be asked", "MaxIm", broken(kMaxIm, "create"), {sourced(let.c_str())}, false},
-        {"the second doesn't let go",
-         "CCDSoft",
-         broken(kCCDSoft, "Disconnect"),
-         {noCCDSoft, heldByCCDSoft},
+        {"to the second", "MaxIm", asItIs, texts("CCDSoft V 5.00.205 is the Imaging Software"), true},
+        {"to the first", "CCDSoft", asItIs, texts("MaxIm DL/CCD V 4.56 is the Imaging Software"), true},
+        {"the first doesn't let go", "MaxIm", broken(kMaxIm, "LinkEnabled"), texts(noMaxIm, heldByMaxIm),
          false},
-        {"the second can't be asked", "CCDSoft", broken(kCCDSoft, "create"), {sourced(let.c_str())}, false},
+        {"the first can't be asked", "MaxIm", broken(kMaxIm, "create"), kLet.logged, false},
+        {"the second doesn't let go", "CCDSoft", broken(kCCDSoft, "Disconnect"),
+         texts(noCCDSoft, heldByCCDSoft), false},
+        {"the second can't be asked", "CCDSoft", broken(kCCDSoft, "create"), kLet.logged, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);

@@ -1,156 +1,201 @@
 // The whole program through the operator protocol: what the window and the log say in every situation.
 
 #include <algorithm>
-#include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/color.h"
 #include "platform/text.h"
 #include "script.h"
 
 namespace vantrel::headless {
 namespace {
 
+using namespace test;
 using platform::joinLines;
-using test::json;
-using test::Script;
 using testing::Contains;
+using testing::EndsWith;
 using testing::HasSubstr;
 
-TEST(Measurement, EveryPromptSaysItsText) {
+constexpr const char* kMount = "AxisSimulator.Telescope";
+constexpr const char* kPlate = "PinPoint.Plate";
+constexpr const char* kButtons[] = {"cmdRun", "cmdStop", "cmdNext", "cmdSkip", "cmdExpose"};
+constexpr const char* kLights[] = {"lblSlew", "lblExpose", "lblSolve", "lblFrame1", "lblFrame2", "lblFrame3"};
+
+/// What the window shows at this moment.
+void look(Script& script, const std::string& moment) {
+    const auto read = [&](const std::string& control) {
+        script.read("frmMain." + control, moment + control);
+    };
+    for (const char* button : kButtons) read(button);
+    for (const char* light : kLights) read(light);
+    read("txtInstructions");
+}
+
+std::string enabledButtons(const Script::Result& result, const std::string& moment) {
+    std::string names;
+    for (const char* button : kButtons)
+        if (result.reply(moment + button)["enabled"] == true) names += std::string(button) + " ";
+    return names;
+}
+
+/// The operator may begin again, at the moment "end".
+void expectReady(const Script::Result& result) {
+    EXPECT_EQ(result.reply("endtxtInstructions")["text"],
+              joinLines({"Polar Align Measurement Start", "1. Slew and Sync Telescope", "     to any Star",
+                         "2. Click Run Button to start", "     Alignment Measurement"}));
+    EXPECT_EQ(enabledButtons(result, "end"), "cmdRun cmdExpose ");
+    for (const char* light : kLights)
+        EXPECT_EQ(result.reply(std::string("end") + light)["backColor"], platform::color::kIndicatorOffBack)
+            << light;
+    EXPECT_EQ(result.reply("endcmdRun")["backColor"], platform::color::kButtonFace);
+}
+
+TEST(Measurement, EveryPromptSaysItsTextAndHasItsWaysOut) {
+    const std::string badSlew = joinLines({"***ERROR***ERROR***", "Telescope Slew must be ",
+                                           "between 1 and 45 degrees!", "", "Enter a new value, click Next"});
     const struct {
         const char* why;
-        std::function<void(Script&)> prepare;
+        Prepare prepare;
+        const char* logged;  // before the prompt; empty for none
         int alignment;
         std::string text;
-        bool skip;  // the prompt accepts it
-        const char* end;
+        bool skip = false;           // the prompt offers it
+        Prepare meanwhile = asItIs;  // after the run has begun
     } cases[] = {
-        {"slew too small", [](Script& s) { s.type("frmMain.txtDeltaRA", "0"); }, 2,
-         joinLines({"***ERROR***ERROR***", "Telescope Slew must be ", "between 1 and 45 degrees!", "",
-                    "Enter a new value, click Next"}),
-         false, "Align Aborted"},
-        {"plate 1", [](Script& s) { s.giveBack("PinPoint.Plate", "Solve", false); }, 0,
+        {"slew too small", typing("frmMain.txtDeltaRA", "0"), "", 2, badSlew},
+        {"slew too large", typing("frmMain.txtDeltaRA", "46"), "", 2, badSlew},
+        {"plate 1", answering(kPlate, "Solve", false), "Polar Align Aborted !!", 0,
          joinLines({"Plate Solve Failed !!", "1. Is Scope is Synced to Star?",
-                    "2. Check Plate Solve Settings", "", "Click Next to try again"}),
-         false, "Align Aborted"},
-        {"plate 2", [](Script& s) { s.giveBack("PinPoint.Plate", "Solve", false, 1); }, 0,
+                    "2. Check Plate Solve Settings", "", "Click Next to try again"})},
+        {"plate 2", answering(kPlate, "Solve", false, 1), "Polar Align Aborted !!", 0,
          joinLines({"Second Plate Solve Failed !!", "", "1. Try smaller Telescope Slew", "",
-                    "Click Next to try again"}),
-         false, "Align Aborted"},
-        {"plate 3", [](Script& s) { s.giveBack("PinPoint.Plate", "Solve", false, 2); }, 0,
+                    "Click Next to try again"})},
+        {"plate 3", answering(kPlate, "Solve", false, 2), "Polar Align Aborted !!", 0,
          joinLines({"Third Plate Solve Failed !!", "", "1. Try smaller Telescope Slew", "",
-                    "Click Next to try again"}),
-         false, "Align Aborted"},
-        {"solved", [](Script&) {}, 0,
+                    "Click Next to try again"})},
+        {"plates that don't lie on one circle", typing("frmMain.txtDeltaRA", "1"),
+         "Polar Align Error Calculation Failed", 2,
+         joinLines({"***ERROR***ERROR***", "Polar Align Error ", "Calculation Failed!", "",
+                    "Try new conditions, click Next"}),
+         false,
+         [](Script& s) {
+             s.waitForLog("***** Exposing Image 2 *****").call(kMount, "TurnElevationAdjuster", 40);
+             s.waitForLog("***** Exposing Image 3 *****").call(kMount, "TurnElevationAdjuster", -40);
+         }},
+        {"solved", asItIs, "", 0,
          joinLines({"Polar Align Measurement", "Completed Successfully !!", "1. Click Next to correct",
                     "      misalignment, or click", "      Skip Button to end"}),
-         true, "Alignment Run Complete"},
+         true},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
+        for (const char* wayOut : {c.skip ? "frmMain.cmdSkip" : "frmMain.cmdNext", "frmMain.cmdStop"}) {
+            SCOPED_TRACE(std::string(c.why) + ", " + wayOut);
+            Script script;
+            script.waitIdle();
+            c.prepare(script);
+            script.click("frmMain.cmdRun");
+            c.meanwhile(script);
+            script.waitForNext();
+            look(script, "prompt");
+            script.send({{"id", "before"}, {"do", "log"}}).click(wayOut).waitIdle();
+            look(script, "end");
+            const auto result = script.run();
+            EXPECT_EQ(result.reply("prompttxtInstructions")["text"], c.text);
+            EXPECT_EQ(result.reply("prompttxtInstructions")["alignment"], c.alignment);
+            EXPECT_EQ(enabledButtons(result, "prompt"),
+                      c.skip ? "cmdStop cmdNext cmdSkip " : "cmdStop cmdNext ");
+            EXPECT_THAT(result.reply("before")["lines"].back().get<std::string>(), EndsWith(c.logged));
+            const bool complete = wayOut == std::string("frmMain.cmdSkip");
+            EXPECT_EQ(result.log.back(), complete ? "Alignment Run Complete" : "Align Aborted");
+            expectReady(result);
+        }
+}
+
+TEST(Measurement, StopEndsItAtEveryStage) {
+    for (const char* line : {"Start Alignment Run", "***** Exposing Image 1 *****", "Start Solving Plate 1",
+                             "Step 3: Solve the plate...", "Plate 1 Solved", "***** Exposing Image 2 *****",
+                             "Plate 2 Solved", "Start Solving Plate 3", "Plate 3 Solved"}) {
+        SCOPED_TRACE(line);
         Script script;
-        c.prepare(script);
-        script.waitIdle().click("frmMain.cmdRun").waitForNext();
-        script.send({{"do", "read"}, {"control", "frmMain.txtInstructions"}});
-        script.click("frmMain.cmdSkip");
-        if (!c.skip) script.click("frmMain.cmdNext");
-        script.waitIdle();
+        script.waitIdle().click("frmMain.cmdRun").waitForLog(line).click("frmMain.cmdStop").waitIdle();
+        look(script, "end");
         const auto result = script.run();
-        const auto prompt = std::find_if(result.replies.begin(), result.replies.end(),
-                                         [](const json& reply) { return reply.contains("text"); });
-        ASSERT_NE(prompt, result.replies.end()) << c.why;
-        EXPECT_EQ((*prompt)["text"], c.text) << c.why;
-        EXPECT_EQ((*prompt)["alignment"], c.alignment) << c.why;
-        EXPECT_EQ((*(prompt + 1))["delivered"], c.skip) << c.why << ": Skip";
-        EXPECT_EQ(result.log.back(), c.end) << c.why;
+        EXPECT_EQ(std::count(result.log.begin(), result.log.end(), "Operation stopped by operator"), 1);
+        EXPECT_EQ(result.log.back(), "Align Aborted");
+        expectReady(result);
     }
+}
+
+TEST(Measurement, APlateSolvedAtHalfTheSlewMovesTheThirdToWhereTheSecondWas) {
+    constexpr int kAttemptsOfOneSolve = 11;
+    Script script;
+    script.waitIdle().giveBack(kPlate, "Solve", false, 1, kAttemptsOfOneSolve);
+    script.journal(kMount, "before")
+        .click("frmMain.cmdRun")
+        .waitForNext()
+        .click("frmMain.cmdSkip")
+        .waitIdle();
+    const auto result = script.journal(kMount, "run").run();
+    EXPECT_EQ(result.log.back(), "Alignment Run Complete");
+    EXPECT_THAT(result.log, Contains("Trying again with half Telescope Slew").Times(1));
+    const double step = 1;  // hours
+    std::vector<double> slews;
+    const json uses = result.reply("run")["journal"];
+    for (const json& use : uses)
+        if (use["member"] == "SlewToCoordinatesAsync") slews.push_back(use["args"][0]);
+    ASSERT_EQ(slews.size(), 4u) << "to plate 2, half back, to plate 3, to the start";
+    EXPECT_NEAR(slews[0] - slews[1], step / 2, 1e-9);
+    EXPECT_NEAR(slews[2], slews[0], 1e-9);
+    EXPECT_NEAR(slews[0] - slews[3], step, 1e-9);
 }
 
 TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
     constexpr int kDriver = -2147352567;
-    const char* mount = "AxisSimulator.Telescope";
+    const std::string declination = "Src Error 7: Broken\r\nmodComponents Function GetTelescopeDec";
     const struct {
         const char* why;
-        std::function<void(Script&)> prepare;
-        std::vector<std::string> logged;
-        std::vector<std::string> shown;  // pop-ups
+        Prepare prepare;
+        Lines logged;
+        Lines shown = {};  // pop-ups
     } cases[] = {
-        {"no link for the right ascension",
-         [&](Script& s) { s.fail(mount, "RightAscension", 91, "", "none"); },
-         {"Telescope link failed: Function GetTelescopeRA"},
-         {}},
-        {"the driver's own error",
-         [&](Script& s) { s.fail(mount, "RightAscension", kDriver, "Sim", "Parked"); },
-         {"ASCOM Telescope: Parked"},
-         {}},
-        {"another error",
-         [&](Script& s) { s.fail(mount, "RightAscension", 7, "Sim", "Memory"); },
-         {"Error 7: Memory\r\nmodComponents Function GetTelescopeRA"},
-         {}},
-        {"an error of the declination",
-         [&](Script& s) { s.fail(mount, "Declination", 7, "Sim", "Memory"); },
-         {"Sim Error 7: Memory\r\nmodComponents Function GetTelescopeDec"},
-         {"Sim Error 7: Memory\r\nmodComponents Function GetTelescopeDec"}},
-        {"the driver's error of the declination",
-         [&](Script& s) { s.fail(mount, "Declination", kDriver, "Sim", "Parked"); },
-         {"ASCOM Telescope: Parked"},
-         {"ASCOM Telescope\r\nParked"}},
-        {"a declination beyond the pole",
-         [&](Script& s) { s.giveBack(mount, "Declination", 95); },
-         {"Telescope Polar Axis Simulator returned illegal Dec value of: 95"},
-         {}},
-        {"a slew refused once",
-         [&](Script& s) { s.fail(mount, "SlewToCoordinatesAsync", kDriver, "Sim", "Below horizon", 0, 1); },
-         {"Telescope Slew failed on Trial 1", "Alignment Run Complete"},
-         {}},
-        {"a slew refused for ever",
-         [&](Script& s) { s.fail(mount, "SlewToCoordinatesAsync", kDriver, "Sim", "Below horizon"); },
-         {"Telescope Slew failed on Trial 5", "ASCOM Telescope: Below horizon"},
-         {"ASCOM Telescope\r\nBelow horizon"}},
-        {"sidereal time from the clock",
-         [&](Script& s) { s.fail(mount, "SiderealTime", 438, "Sim", "No"); },
-         {"Alignment Run Complete"},
-         {}},
-        {"no image",
-         [&](Script& s) { s.fail(mount, "Expose", 7, "Sim", "Shutter"); },
-         {"Error 7: Shutter\r\nmod cmdRun"},
-         {"Error 7: Shutter\r\nmod cmdRun"}},
-        {"an image that can't be attached",
-         [](Script& s) { s.giveBack("PinPoint.Plate", "AttachFITS", false); },
-         {"AttachFITS Failed", "Failed to Solve Plate!!", "Polar Align Aborted !!"},
-         {}},
-        {"an image that isn't there",
-         [](Script& s) { s.setting("PolarAlign", "SaveImages", "1"); },
-         {"Failed to Solve Plate!!", "Polar Align Aborted !!"},
-         {}},
-        {"no stars in the image",
-         [](Script& s) { s.giveBack("PinPoint.Plate", "FindImageStars", false); },
-         {"Start Solving Plate 1", "Polar Align Aborted !!"},
-         {}},
-        {"no stars in the catalogue",
-         [](Script& s) { s.giveBack("PinPoint.Plate", "FindCatalogStars", false); },
-         {"Step 2: Look up catalog stars for area...", "Polar Align Aborted !!"},
-         {}},
-        {"a refused parameter",
-         [](Script& s) { s.fail("PinPoint.Plate", "SigmaAboveMean", 5, "PP", "No", 0, 1); },
-         {"** PinPoint Error - Please Verify Settngs **", "CatalogExpansion = 0.3  pp = 0.3",
-          "CatalogMaximumMagnitude = 20  pp = 20", "MinimumBrightness = 200  pp = 200",
-          "MinimumStarSize = 2  pp = 2", "SigmaAboveMean = 4 pp = 4", "SetMaxSolveStars =0  pp = 0",
-          "ArcsecPerPixelHoriz = 3.6  pp = 0", "ArcsecPerPixelVert = 3.6 pp = 0", "MinMatchStars = 0  pp = 0",
-          "camBin = 3"},
-         {}},
-        {"a folder without a catalogue",
-         [](Script& s) { s.setting("Solve", "ppCatPath3", "D:\\Stars"); },
-         {"** PinPoint Error - Please Verify Settngs **", "Polar Align Aborted !!"},
-         {}},
-        {"every attempt of the search",
-         [](Script& s) { s.giveBack("PinPoint.Plate", "Solve", false); },
-         {" Initiating spiral search ", "  Plate solve attempt 1 of 10 failed",
-          "  Plate solve attempt 10 of 10 failed", "Polar Align Aborted !!"},
-         {}},
+        {"no link for the right ascension", failing(kMount, "RightAscension", 91),
+         texts("Telescope link failed: Function GetTelescopeRA")},
+        {"the driver's own error", failing(kMount, "RightAscension", kDriver),
+         texts("ASCOM Telescope: Broken")},
+        {"another error", failing(kMount, "RightAscension"),
+         texts("Error 7: Broken\r\nmodComponents Function GetTelescopeRA")},
+        {"an error of the declination", failing(kMount, "Declination"), texts(declination),
+         texts(declination)},
+        {"the driver's error of the declination", failing(kMount, "Declination", kDriver),
+         texts("ASCOM Telescope: Broken"), texts("ASCOM Telescope\r\nBroken")},
+        {"a declination beyond the pole", answering(kMount, "Declination", 95),
+         texts("Telescope Polar Axis Simulator returned illegal Dec value of: 95")},
+        {"a slew refused once", failing(kMount, "SlewToCoordinatesAsync", kDriver, 0, 1),
+         texts("Telescope Slew failed on Trial 1", "Alignment Run Complete")},
+        {"a slew refused for ever", failing(kMount, "SlewToCoordinatesAsync", kDriver),
+         texts("Telescope Slew failed on Trial 5", "ASCOM Telescope: Broken"),
+         texts("ASCOM Telescope\r\nBroken")},
+        {"sidereal time from the clock", failing(kMount, "SiderealTime", 438),
+         texts("Alignment Run Complete")},
+        {"no image", failing(kMount, "Expose"), texts("Error 7: Broken\r\nmod cmdRun"),
+         texts("Error 7: Broken\r\nmod cmdRun")},
+        {"an image that isn't there", storing("PolarAlign", "SaveImages", "1"),
+         texts("Failed to Solve Plate!!", "Polar Align Aborted !!")},
+        {"a folder without a catalogue", storing("Solve", "ppCatPath3", "D:\\Stars"),
+         texts("** PinPoint Error - Please Verify Settngs **", "Polar Align Aborted !!")},
+        {"a slew that is no number", typing("frmMain.txtDeltaRA", "five"),
+         texts("Error 13: Type mismatch\r\nmod cmdRun")},
+        {"a utility object that fails", failing("DriverHelper.Util", "HoursToHMS", 440, 0, 1),
+         texts("Error 440: Broken\r\nmod cmdRun")},
+        {"no method to solve with",  // which the first imaging program would choose
+         both(storing("PolarAlign", "PlateSolveMethod", ""),
+              storing("PolarAlign", "ImagingSoftware", "CCDSoft")),
+         texts("No Plate solve method selected", "Align Aborted")},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
         Script script;
         script.waitIdle();
         c.prepare(script);
@@ -158,32 +203,21 @@ TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
         // Whatever the run asks now is answered; a disabled button ignores its click.
         script.click("frmMain.cmdSkip").advance(1).click("frmMain.cmdNext").waitIdle();
         const auto result = script.read("frmMain.cmdRun").run();
-        for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line)) << c.why;
-        for (const std::string& text : c.shown) EXPECT_THAT(result.popups, Contains(text)) << c.why;
-        EXPECT_EQ(result.read.at("frmMain.cmdRun")["enabled"], true)
-            << c.why << ": the window is usable again";
+        for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line));
+        for (const std::string& text : c.shown) EXPECT_THAT(result.popups, Contains(text));
+        EXPECT_EQ(result.read.at("frmMain.cmdRun")["enabled"], true) << "the window is usable again";
     }
 }
 
 TEST(Measurement, ASolvedRunTellsItsStory) {
     const auto result =
         Script().waitIdle().click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
-    std::vector<std::string> wanted = {"Start Alignment Run",
-                                       "Plate solve method is PinPoint",
-                                       "Selected catalog is GSC-ACT",
-                                       "Telescope Slew is 15 degrees",
-                                       "Exposure is 10 sec",
-                                       "***** Exposing Image 1 *****",
-                                       "Start Solving Plate 1",
-                                       "Step 3: Solve the plate...",
-                                       "Plate 1 Solved",
-                                       "***** Exposing Image 2 *****",
-                                       "Start Solving Plate 2",
-                                       "Plate 2 Solved",
-                                       "***** Exposing Image 3 *****",
-                                       "Start Solving Plate 3",
-                                       "Plate 3 Solved",
-                                       "Alignment Run Complete"};
+    const Lines wanted = texts("Start Alignment Run", "Plate solve method is PinPoint",
+                               "Selected catalog is GSC-ACT", "Telescope Slew is 15 degrees",
+                               "Exposure is 10 sec", "***** Exposing Image 1 *****", "Start Solving Plate 1",
+                               "Step 3: Solve the plate...", "Plate 1 Solved", "***** Exposing Image 2 *****",
+                               "Start Solving Plate 2", "Plate 2 Solved", "***** Exposing Image 3 *****",
+                               "Start Solving Plate 3", "Plate 3 Solved", "Alignment Run Complete");
     auto next = wanted.begin();
     for (const std::string& line : result.log)
         if (next != wanted.end() && line == *next) ++next;

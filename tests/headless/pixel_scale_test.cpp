@@ -8,8 +8,7 @@
 namespace vantrel::headless {
 namespace {
 
-using test::json;
-using test::Script;
+using namespace test;
 
 TEST(PixelScale, IsCalculatedFromWhatIsTyped) {
     const struct {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -27,6 +28,12 @@ struct Lines : std::vector<std::string> {
     }
 };
 
+/// Some texts, written in a row of a table.
+template <typename... Texts>
+Lines texts(const Texts&... all) {
+    return {all...};
+}
+
 /// What a script saw. Replies stand in the order of the commands.
 struct ScriptResult {
     std::vector<json> replies;
@@ -41,8 +48,8 @@ struct ScriptResult {
         return {};
     }
     /// The journal with this name as "put BinX 2", "call Expose 1.0 1 0".
-    std::vector<std::string> uses(const std::string& name) const {
-        std::vector<std::string> texts;
+    Lines uses(const std::string& name) const {
+        Lines texts;
         const json found = reply(name);
         for (const json& use : found["journal"]) {
             std::string text = use["kind"].get<std::string>() + " " + use["member"].get<std::string>();
@@ -50,6 +57,10 @@ struct ScriptResult {
             texts.push_back(text);
         }
         return texts;
+    }
+    long times(const std::string& name, const std::string& use) const {
+        const Lines all = uses(name);
+        return std::count(all.begin(), all.end(), use);
     }
 };
 
@@ -92,6 +103,9 @@ class Script {
     Script& journal(const char* object, const char* name) {
         return send({{"id", name}, {"do", "journal"}, {"object", object}});
     }
+    Script& call(const char* object, const char* member, const json& argument) {
+        return send({{"do", "automation"}, {"object", object}, {"call", member}, {"args", {argument}}});
+    }
     Script& put(const char* object, const char* member, const json& value) {
         return send({{"do", "automation"}, {"object", object}, {"put", member}, {"value", value}});
     }
@@ -128,6 +142,9 @@ class Script {
     }
     Script& advance(double seconds) { return send({{"do", "advance"}, {"seconds", seconds}}); }
     Script& waitIdle() { return send({{"do", "wait"}, {"for", {{"idle", true}}}, {"seconds", 600}}); }
+    Script& waitForLog(const std::string& line) {
+        return send({{"do", "wait"}, {"for", {{"log", line}}}, {"seconds", 600}});
+    }
     Script& waitForNext() {
         return send({{"do", "wait"},
                      {"for", {{"control", "frmMain.cmdNext"}, {"property", "enabled"}, {"is", true}}},
@@ -179,5 +196,30 @@ class Script {
     std::optional<std::vector<std::string>> installed_;
     ListedCommands commands_;
 };
+
+/// What makes a situation; the outside programs' part in it is one function.
+using Prepare = std::function<void(Script&)>;
+
+inline void asItIs(Script& /*script*/) {}
+inline Prepare failing(const char* object, const char* member, int number = 7, int after = 0,
+                       int times = -1) {
+    return [=](Script& s) { s.fail(object, member, number, "Src", "Broken", after, times); };
+}
+inline Prepare answering(const char* object, const char* member, const json& value, int after = 0,
+                         int times = -1) {
+    return [=](Script& s) { s.giveBack(object, member, value, after, times); };
+}
+inline Prepare typing(const char* control, const char* text) {
+    return [=](Script& s) { s.type(control, text); };
+}
+inline Prepare storing(const char* section, const char* key, const char* value) {
+    return [=](Script& s) { s.setting(section, key, value); };
+}
+inline Prepare both(const Prepare& first, const Prepare& second) {
+    return [=](Script& s) {
+        first(s);
+        second(s);
+    };
+}
 
 }  // namespace vantrel::headless::test

@@ -6,7 +6,7 @@
 #include "platform/folder_map.h"
 #include "platform/form.h"
 #include "platform/queued_event_loop.h"
-#include "platform/settings_root.h"
+#include "support/full_disk.h"
 #include "support/recording_dialogs.h"
 #include "support/recording_log.h"
 #include "support/recording_messages.h"
@@ -19,7 +19,7 @@ struct AppWorld {
     platform::QueuedEventLoop loop{time};
     TempFolder home;
     platform::FolderMap folders{home.path()};
-    platform::MemorySettings memory;
+    FullDisk memory;
     RecordingDialogs dialogs;
     app::SettingsStore settings{memory, dialogs};
     platform::Screen screen{{0, 0, 1920, 1080}};
