@@ -10,17 +10,10 @@ namespace {
 using testing::ElementsAre;
 using Item = platform::ComboBox::Item;
 
-class Catalogs : public testing::Test, protected test::SolvingWorld {
-  protected:
-    void start() {
-        catalogs.restore();
-        panel.framePP.setVisible(true);
-    }
-    std::optional<std::string> stored(const std::string& key) { return settings.root.read("Solve", key); }
-};
+class Catalogs : public testing::Test, protected test::SolvingWorld {};
 
 TEST_F(Catalogs, AreListedByNumber) {
-    start();
+    catalogs.restore();
     EXPECT_THAT(panel.cmbppCat.items(),
                 ElementsAre(Item{"GSC-1.1", 0}, Item{"USNO-SA2.0", 1}, Item{"GSC-ACT", 3}, Item{"Tycho-2", 4},
                             Item{"USNO-A2.0", 5}, Item{"UCAC2", 6}, Item{"USNO-B", 7}, Item{"USNO-B-Net", 8},
@@ -50,25 +43,6 @@ TEST_F(Catalogs, AtStart) {
         EXPECT_EQ(world.solver.selectedCatalog(), c.name);
         EXPECT_EQ(world.panel.txtCatPath.text(), c.folder);
     }
-}
-
-TEST_F(Catalogs, FolderDialogHasItsTitle) {
-    start();
-    dialogs.answers = {"F:\\GSC"};
-    panel.cmdSetDir.click();
-    EXPECT_THAT(dialogs.titles, ElementsAre("Set PinPoint path"));
-}
-
-TEST_F(Catalogs, AreStoredAtTheEndAndWhenThePathIsLeft) {
-    start();
-    panel.cmbppCat.choose("UCAC2");
-    panel.txtCatPath.type("G:\\U");
-    EXPECT_EQ(stored("ppCatPath6"), "C:\\");
-    panel.txtCatPath.leave();
-    EXPECT_EQ(stored("ppCatPath6"), "G:\\U");
-    catalogs.save();
-    EXPECT_EQ(stored("ppCatalog"), "6");
-    EXPECT_EQ(stored("CatPath"), "G:\\U");
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,7 +16,7 @@
 #include "platesolve/solver_fields.h"
 #include "platesolve/solver_tests.h"
 #include "platform/class_registry.h"
-#include "platform/dispatch_object.h"
+#include "platform/errors.h"
 #include "platform/queued_event_loop.h"
 #include "platform/recording_host.h"
 #include "platform/text.h"
@@ -27,6 +26,7 @@
 #include "support/recording_log.h"
 #include "support/recording_messages.h"
 #include "support/temp_folder.h"
+#include "support/willing_object.h"
 
 namespace vantrel::test {
 
@@ -56,7 +56,7 @@ struct NamingUtility : engine::UtilityPort {
 /// What the solver objects of a test find.
 struct PinPoint {
     bool acceptsArrays = true;
-    bool wcsValid = false;
+    bool wcsValid = false;  // of the objects that are made now
     int failingSolves = 0;  // before one succeeds
     double ra = 5.51, dec = 20.25, roll = 30, scaleH = 2.5, scaleV = 2.4;
     std::function<void(const std::string& member)> whileIn;  // what else happens during a call
@@ -65,118 +65,58 @@ struct PinPoint {
     std::vector<double> triedRAs, triedDecs;  // where Solve was called
 };
 
-class FakeStars : public platform::DispatchObject {
+class FakePinPoint : public WillingObject {
   public:
-    explicit FakeStars(int count) : DispatchObject("Stars") {
-        property("Count", [count] { return count; });
-    }
-};
-
-class FakePinPoint : public platform::DispatchObject {
-  public:
-    explicit FakePinPoint(PinPoint& world) : DispatchObject("PinPoint.Plate"), world_(world) {
+    explicit FakePinPoint(PinPoint& world)
+        : WillingObject("PinPoint.Plate", initialValues(world)), world_(world) {
         ++world_.objects;
-        for (const char* name : {"Catalog",
-                                 "CatalogExpansion",
-                                 "CatalogMaximumMagnitude",
-                                 "CatalogMinimumMagnitude",
-                                 "CatalogPath",
-                                 "MinimumBrightness",
-                                 "MinimumStarSize",
-                                 "SigmaAboveMean",
-                                 "ExclusionBorder",
-                                 "MaxSolveStars",
-                                 "RightAscension",
-                                 "Declination",
-                                 "ArcsecPerPixelHoriz",
-                                 "ArcsecPerPixelVert",
-                                 "MinMatchStars",
-                                 "MaxMatchResidual",
-                                 "RollAngle",
-                                 "Equinox",
-                                 "ProjectionType",
-                                 "ExposureStartTime"})
-            property(
-                name, [this, name] { return held_[name]; },
-                [this, name](const platform::Value& value) { held_[name] = value; });
-        held_["RightAscension"] = held_["Declination"] = 0.0;
-        held_["ArcsecPerPixelHoriz"] = held_["ArcsecPerPixelVert"] = 1.0;
-        if (world_.acceptsArrays)
-            property(
-                "ImageArray", [] { return platform::Value(); }, [](const platform::Value&) {});
-        property("WCSValid", [this] { return world_.wcsValid; });
-        property("Columns", [] { return 1200; });
-        property("Rows", [] { return 1000; });
-        property("targetrightascension", [] { return 6.5; });
-        property("targetdeclination", [] { return -12.25; });
-        property("ImageStars", [] { return stars(41); });
-        property("CatalogStars", [] { return stars(57); });
-        property("MatchedStars", [] { return stars(33); });
-        property("MatchAvgResidual", [] { return 0.4; });
-        property("MatchFitOrder", [] { return 4; });
-        answer("AttachFITS", [] { return true; });
-        answer("DetachFITS", [] { return true; });
-        answer("ConvolveGaussian", [] { return true; });
-        answer("FindImageStars", [] { return true; });
-        answer("FindCatalogStars", [] { return true; });
-        answer("Solve", [this] { return solve(); });
-        answer("UpdateFITS", [] { return true; });
     }
     ~FakePinPoint() override { --world_.objects; }
 
-  private:
-    static platform::ObjectRef stars(int count) { return std::make_shared<FakeStars>(count); }
+    void put(const std::string& member, const platform::Value& value,
+             const platform::Arguments& arguments) override {
+        if (member == "ImageArray" && !world_.acceptsArrays)
+            throw platform::AutomationError(platform::error_number::kNoSuchMember, className(), "No arrays");
+        WillingObject::put(member, value, arguments);
+    }
+    platform::Value call(const std::string& member, const platform::Arguments& /*arguments*/) override {
+        if (world_.whileIn) world_.whileIn(member);
+        return member != "Solve" || solve();
+    }
 
-    void answer(const std::string& name, std::function<bool()> body) {
-        method(name, [this, name, body](const platform::Arguments&) {
-            if (world_.whileIn) world_.whileIn(name);
-            return body();
-        });
+  private:
+    static Values initialValues(const PinPoint& world) {
+        const auto stars = [](int count) {
+            return platform::ObjectRef(std::make_shared<WillingObject>("Stars", Values{{"Count", count}}));
+        };
+        return {{"RightAscension", 0.0},
+                {"Declination", 0.0},
+                {"ArcsecPerPixelHoriz", 1.0},
+                {"ArcsecPerPixelVert", 1.0},
+                {"Columns", 1200},
+                {"Rows", 1000},
+                {"targetrightascension", 6.5},
+                {"targetdeclination", -12.25},
+                {"ImageStars", stars(41)},
+                {"CatalogStars", stars(57)},
+                {"MatchedStars", stars(33)},
+                {"MatchAvgResidual", 0.4},
+                {"WCSValid", world.wcsValid}};
     }
 
     bool solve() {
-        world_.triedRAs.push_back(held_["RightAscension"].toDouble());
-        world_.triedDecs.push_back(held_["Declination"].toDouble());
+        world_.triedRAs.push_back(get("RightAscension").toDouble());
+        world_.triedDecs.push_back(get("Declination").toDouble());
         if (world_.failingSolves-- > 0) return false;
-        held_["RightAscension"] = world_.ra;
-        held_["Declination"] = world_.dec;
-        held_["RollAngle"] = world_.roll;
-        held_["ArcsecPerPixelHoriz"] = world_.scaleH;
-        held_["ArcsecPerPixelVert"] = world_.scaleV;
+        tell("RightAscension", world_.ra);
+        tell("Declination", world_.dec);
+        tell("RollAngle", world_.roll);
+        tell("ArcsecPerPixelHoriz", world_.scaleH);
+        tell("ArcsecPerPixelVert", world_.scaleV);
         return true;
     }
 
     PinPoint& world_;
-    std::map<std::string, platform::Value> held_;
-};
-
-/// The image that the imaging program has open.
-class FakeImage : public platform::DispatchObject {
-  public:
-    explicit FakeImage(std::map<std::string, platform::Value> solution)
-        : DispatchObject("CCDsoft.Image"), solution_(std::move(solution)) {
-        indexedProperty(
-            "FITSKeyword",
-            [this](const platform::Arguments& arguments) {
-                return keywords[argument(arguments, 0).toText()];
-            },
-            [this](const platform::Value& value, const platform::Arguments& arguments) {
-                keywords[argument(arguments, 0).toText()] = value;
-            });
-        property(
-            "ScaleInArcsecondsPerPixel", [this] { return scale; },
-            [this](const platform::Value& value) { scale = value.toDouble(); });
-        method("InsertWCS", [this](const platform::Arguments&) {
-            for (const auto& [keyword, value] : solution_) keywords[keyword] = value;
-            return platform::Value();
-        });
-    }
-
-    std::map<std::string, platform::Value> keywords;
-    double scale = 0;
-
-  private:
-    std::map<std::string, platform::Value> solution_;
 };
 
 struct SolvingWorld {
@@ -234,7 +174,7 @@ struct SolvingWorld {
     NamingUtility utility;
     engine::RunState state;
     PinPoint engine;
-    std::shared_ptr<FakeImage> image;
+    std::shared_ptr<WillingObject> image;
 
     platform::Screen screen{{0, 0, 1920, 1040}};
     platform::Form form{screen, "frmMain", "", {0, 0, 600, 500}};
