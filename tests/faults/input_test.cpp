@@ -17,26 +17,16 @@ namespace {
 
 constexpr const Equipment& kEquipment = kSetUps[1];
 
+template <typename... Texts>
+std::vector<std::string> all(const Texts&... texts) {
+    return {texts...};
+}
+
 TEST(Input, EveryTextInEveryBoxIsSurvived) {
-    const std::vector<std::string> texts = {"",
-                                            std::string(1'000'000, '7'),
-                                            "abc",
-                                            "\xce\xb1\xc2\xb5\xe2\x82\xac\xf0\x9f\x94\xad",
-                                            "1,5",
-                                            "NaN",
-                                            "inf",
-                                            "-0",
-                                            "1e308",
-                                            "-1e308",
-                                            "1e-320",
-                                            "  12  ",
-                                            "\xff\xfe",
-                                            std::string("1\0"
-                                                        "2",
-                                                        3),
-                                            "99999999999",
-                                            "C:\\",
-                                            "../../x\r\ny\tz"};
+    const std::vector<std::string> texts =
+        all("", std::string(1'000'000, '7'), "abc", "\xce\xb1\xc2\xb5\xe2\x82\xac\xf0\x9f\x94\xad", "1,5",
+            "NaN", "inf", "-0", "1e308", "-1e308", "1e-320", "  12  ", "\xff\xfe", std::string("1\0002", 3),
+            "99999999999", "C:\\", "../../x\r\ny\tz");
     const std::vector<std::string> boxes = Night(kEquipment).boxes();
     ASSERT_GT(boxes.size(), 30U);
     for (const std::string& box : boxes)

@@ -3,12 +3,13 @@
 #pragma once
 
 #include <cmath>
-#include <map>
+#include <memory>
 #include <string>
 #include <utility>
 
 #include "platform/class_registry.h"
 #include "platform/text.h"
+#include "support/willing_object.h"
 
 namespace vantrel::faults {
 
@@ -28,45 +29,34 @@ inline std::pair<double, double> truePosition(platform::AutomationObject& mount)
     return {ra, std::asin(tiltedZ) * 180 / kPi};
 }
 
-/// An object with a count.
-class Collection : public platform::AutomationObject {
+class KnowingPlate : public test::WillingObject {
   public:
-    std::string className() const override { return "PinPoint.Stars"; }
-    platform::Value get(const std::string&, const platform::Arguments&) override { return 20; }
-    void put(const std::string&, const platform::Value&, const platform::Arguments&) override {}
-    platform::Value call(const std::string&, const platform::Arguments&) override { return true; }
-};
+    explicit KnowingPlate(platform::ObjectRef mount)
+        : WillingObject("PinPoint.Plate",
+                        {{"WCSValid", false},
+                         {"Columns", 32},
+                         {"Rows", 32},
+                         {"ImageStars", stars()},
+                         {"CatalogStars", stars()},
+                         {"MatchedStars", stars()}},
+                        1.0),
+          mount_(std::move(mount)) {}
 
-class KnowingPlate : public platform::AutomationObject {
-  public:
-    explicit KnowingPlate(platform::ObjectRef mount) : mount_(std::move(mount)) {}
-
-    std::string className() const override { return "PinPoint.Plate"; }
-    platform::Value get(const std::string& member, const platform::Arguments&) override {
-        using platform::equalIgnoringCase;
-        if (equalIgnoringCase(member, "WCSValid")) return false;
-        for (const char* collection : {"ImageStars", "CatalogStars", "MatchedStars"})
-            if (equalIgnoringCase(member, collection))
-                return platform::ObjectRef(std::make_shared<Collection>());
-        if (equalIgnoringCase(member, "Columns") || equalIgnoringCase(member, "Rows")) return 32;
-        const auto found = values_.find(platform::toLower(member));
-        return found == values_.end() ? platform::Value(1.0) : found->second;
-    }
-    void put(const std::string& member, const platform::Value& value, const platform::Arguments&) override {
-        values_[platform::toLower(member)] = value;
-    }
-    platform::Value call(const std::string& member, const platform::Arguments&) override {
+    platform::Value call(const std::string& member, const platform::Arguments& /*arguments*/) override {
         if (platform::equalIgnoringCase(member, "Solve")) {
             const auto [ra, dec] = truePosition(*mount_);
-            values_["rightascension"] = ra;
-            values_["declination"] = dec;
+            tell("RightAscension", ra);
+            tell("Declination", dec);
         }
         return true;
     }
 
   private:
+    static platform::ObjectRef stars() {
+        return std::make_shared<test::WillingObject>("PinPoint.Stars", Values{}, 20);
+    }
+
     platform::ObjectRef mount_;
-    std::map<std::string, platform::Value> values_;
 };
 
 /// The image of the second program, with a link that knows.
