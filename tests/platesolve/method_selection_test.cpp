@@ -7,6 +7,13 @@
 namespace vantrel::platesolve {
 namespace {
 
+TEST(PlateSolver, SolvesNothingWithoutAMethod) {
+    test::SolvingWorld world;
+    world.state.PlateSolved = true;
+    EXPECT_FALSE(world.solver.SolvePlate("SavedImage.fit", 0, 0));
+    EXPECT_FALSE(world.state.PlateSolved);
+}
+
 TEST(ImageLinkThroughCCDSoft, IsTheOperatorsChoice) {
     test::SolvingWorld world;
     world.selection.restoreImageLink();
