@@ -99,6 +99,8 @@ TEST_F(PopupMessagesTest, FitsItsTextAndStandsInTheMiddleTheFirstTime) {
     const platform::Rectangle place = window.place();
     EXPECT_NEAR(place.left + place.width / 2, 960, 1);
     EXPECT_NEAR(place.top + place.height / 2, 540, 1);
+    popups.ShowPopupMessage("x\r\na longer line of text", 5);
+    EXPECT_NEAR(window.place().width, place.width, 8) << "whichever line is the longest";
     popups.ShowPopupMessage("x\r\nx\r\nx", 5);
     EXPECT_LT(window.place().width, place.width);
     EXPECT_GT(window.place().height, place.height);

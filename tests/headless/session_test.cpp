@@ -220,6 +220,8 @@ TEST(Session, RefusesWhatItDoesNotKnowAndGoesOn) {
          "\"dialog\" must be \"folder\", \"chooser\" or \"box\""},
         {R"~({"do":"fault","object":"*","member":"M"})~", "Either \"number\" or \"returns\" is needed"},
         {R"~({"do":"automation","object":"Small.Mount"})~", "One of \"get\", \"put\" and \"call\" is needed"},
+        {R"~({"do":"automation","object":"Small.Mount","put":"RightAscension","value":{"width":1,"height":1,"pixels":["x"]}})~",
+         "\"pixels\" must hold numbers"},
         {R"~({"do":"image","save":"/tmp/x.fit"})~", "No imaging program shows an image"},
     };
     SmallWorld world;
