@@ -4,8 +4,8 @@
 
 #include <benchmark/benchmark.h>
 
-#include "correction/brightest_star.h"
 #include "correction/image_overlays.h"
+#include "correction/stars/brightest_star.h"
 #include "platform/dispatch_object.h"
 #include "support/memory_settings_port.h"
 #include "support/recording_log.h"

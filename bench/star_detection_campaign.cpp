@@ -8,8 +8,8 @@
 #include <cstring>
 #include <string>
 
-#include "correction/brightest_star.h"
-#include "correction/stripe_search.h"
+#include "correction/stars/brightest_star.h"
+#include "correction/stars/stripe_search.h"
 #include "support/star_frames.h"
 
 namespace {

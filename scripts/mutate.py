@@ -22,6 +22,7 @@ from pathlib import Path
 # Room under src/: its test program.
 ROOMS = {name: f"{name}_test" for name in
          ("platform", "engine", "correction", "platesolve", "devices", "app", "headless", "qt")}
+ROOMS["correction/stars"] = "stars_test"
 ROOMS |= {f"observatory/{name}": f"{name}_test" for name in
           ("catalogs", "helpers", "imaging", "panel", "sky", "solver", "telescopes")}
 

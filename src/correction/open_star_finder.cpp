@@ -1,6 +1,6 @@
 #include "correction/open_star_finder.h"
 
-#include "correction/brightest_star.h"
+#include "correction/stars/brightest_star.h"
 #include "platform/image_array.h"
 
 namespace vantrel::correction {

@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "correction/star_under_point.h"
+#include "correction/stars/star_under_point.h"
 #include "observatory/imaging/drawn_line.h"
 #include "platform/errors.h"
 #include "platform/text.h"

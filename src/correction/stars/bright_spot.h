@@ -1,7 +1,7 @@
 // Where in a working image most light is gathered.
 #pragma once
 
-#include "correction/pixel_grid.h"
+#include "correction/stars/pixel_grid.h"
 
 namespace vantrel::correction {
 

@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "correction/pixel_grid.h"
-#include "correction/star_seed.h"
+#include "correction/stars/pixel_grid.h"
+#include "correction/stars/star_seed.h"
 #include "platform/image_array.h"
 
 namespace vantrel::correction {

@@ -1,8 +1,8 @@
-#include "correction/sky_around.h"
+#include "correction/stars/sky_around.h"
 
 #include <cmath>
 
-#include "correction/statistics.h"
+#include "correction/stars/statistics.h"
 #include "engine/sky_geometry.h"
 
 namespace vantrel::correction {

@@ -1,7 +1,7 @@
 // The sky that a star stands on, as the ring of pixels around the star shows it.
 #pragma once
 
-#include "correction/pixel_grid.h"
+#include "correction/stars/pixel_grid.h"
 
 namespace vantrel::correction {
 

@@ -1,4 +1,4 @@
-#include "correction/star_under_point.h"
+#include "correction/stars/star_under_point.h"
 
 #include <cmath>
 

@@ -1,10 +1,10 @@
-#include "correction/stripe_search.h"
+#include "correction/stars/stripe_search.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "correction/bright_spot.h"
-#include "correction/stripe_peak.h"
+#include "correction/stars/bright_spot.h"
+#include "correction/stars/stripe_peak.h"
 #include "platform/errors.h"
 
 namespace vantrel::correction {

@@ -1,11 +1,11 @@
-#include "correction/star_gaussian.h"
+#include "correction/stars/star_gaussian.h"
 
 #include <array>
 #include <cmath>
 #include <functional>
 #include <numbers>
 
-#include "correction/statistics.h"
+#include "correction/stars/statistics.h"
 
 namespace vantrel::correction {
 namespace {

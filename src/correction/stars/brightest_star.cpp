@@ -1,15 +1,15 @@
-#include "correction/brightest_star.h"
+#include "correction/stars/brightest_star.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "correction/bright_spot.h"
-#include "correction/sky_level.h"
-#include "correction/star_light.h"
-#include "correction/star_measurement.h"
-#include "correction/star_seed.h"
-#include "correction/stripe_search.h"
+#include "correction/stars/bright_spot.h"
+#include "correction/stars/sky_level.h"
+#include "correction/stars/star_light.h"
+#include "correction/stars/star_measurement.h"
+#include "correction/stars/star_seed.h"
+#include "correction/stars/stripe_search.h"
 #include "platform/errors.h"
 
 namespace vantrel::correction {

@@ -1,4 +1,4 @@
-#include "correction/star_seed.h"
+#include "correction/stars/star_seed.h"
 
 #include <cmath>
 #include <numbers>

@@ -1,4 +1,4 @@
-#include "correction/bright_spot.h"
+#include "correction/stars/bright_spot.h"
 
 namespace vantrel::correction {
 

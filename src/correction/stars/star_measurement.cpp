@@ -1,11 +1,11 @@
-#include "correction/star_measurement.h"
+#include "correction/stars/star_measurement.h"
 
 #include <cmath>
 #include <numbers>
 
-#include "correction/sky_around.h"
-#include "correction/star_gaussian.h"
-#include "correction/statistics.h"
+#include "correction/stars/sky_around.h"
+#include "correction/stars/star_gaussian.h"
+#include "correction/stars/statistics.h"
 
 namespace vantrel::correction {
 namespace {

@@ -1,8 +1,8 @@
 // What of an image's light can be a star's: it stands out of the sky and isn't a single wrong pixel.
 #pragma once
 
-#include "correction/pixel_grid.h"
-#include "correction/sky_level.h"
+#include "correction/stars/pixel_grid.h"
+#include "correction/stars/sky_level.h"
 #include "platform/image_array.h"
 
 namespace vantrel::correction {

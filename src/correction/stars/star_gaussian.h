@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "correction/pixel_grid.h"
+#include "correction/stars/pixel_grid.h"
 
 namespace vantrel::correction {
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "correction/pixel_grid.h"
+#include "correction/stars/pixel_grid.h"
 #include "platform/image_array.h"
 
 namespace vantrel::correction {

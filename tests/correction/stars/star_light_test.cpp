@@ -1,4 +1,4 @@
-#include "correction/star_light.h"
+#include "correction/stars/star_light.h"
 
 #include <cstdint>
 

@@ -1,9 +1,9 @@
-#include "correction/star_under_point.h"
+#include "correction/stars/star_under_point.h"
 
 #include <cmath>
 
-#include "correction/star_light.h"
-#include "correction/star_measurement.h"
+#include "correction/stars/star_light.h"
+#include "correction/stars/star_measurement.h"
 
 namespace vantrel::correction {
 namespace {

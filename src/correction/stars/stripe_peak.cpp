@@ -1,4 +1,4 @@
-#include "correction/stripe_peak.h"
+#include "correction/stars/stripe_peak.h"
 
 #include <algorithm>
 #include <cmath>

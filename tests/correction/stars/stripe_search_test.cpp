@@ -1,8 +1,8 @@
-#include "correction/stripe_search.h"
+#include "correction/stars/stripe_search.h"
 
 #include <gmock/gmock.h>
 
-#include "correction/stripe_peak.h"
+#include "correction/stars/stripe_peak.h"
 #include "platform/errors.h"
 
 namespace vantrel::correction {

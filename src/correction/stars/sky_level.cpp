@@ -1,9 +1,9 @@
-#include "correction/sky_level.h"
+#include "correction/stars/sky_level.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "correction/statistics.h"
+#include "correction/stars/statistics.h"
 #include "platform/errors.h"
 
 namespace vantrel::correction {
