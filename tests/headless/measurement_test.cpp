@@ -185,6 +185,7 @@ TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
          texts("Failed to Solve Plate!!", "Polar Align Aborted !!")},
         {"a folder without a catalogue", storing("Solve", "ppCatPath3", "D:\\Stars"),
          texts("** PinPoint Error - Please Verify Settngs **", "Polar Align Aborted !!")},
+        {"the largest slew", typing("frmMain.txtDeltaRA", "45"), texts("Telescope Slew is 45 degrees")},
         {"a slew that is no number", typing("frmMain.txtDeltaRA", "five"),
          texts("Error 13: Type mismatch\r\nmod cmdRun")},
         {"a utility object that fails", failing("DriverHelper.Util", "HoursToHMS", 440, 0, 1),

@@ -67,7 +67,10 @@ TEST(PixelScale, WindowStaysOnTopAndComesBackAsItWasLeft) {
     for (const char* control :
          {"txtFL", "cmbUnits", "cmbCamBin", "txtUnbinnedCCDScaleVert", "txtPlateScaleHoriz"})
         script.read(std::string("frmPixelScale.") + control);
+    for (const char* key : {"FocalLengthUnits", "UnbinnedCCDScaleH"}) script.readSetting("Solve", key);
     const auto result = script.run();
+    for (const char* key : {"FocalLengthUnits", "UnbinnedCCDScaleH"})
+        EXPECT_EQ(result.read.at(key)["value"], json()) << key << " is stored by opening the window";
 
     const auto window = [&](const char* when) {
         for (const json& shown : result.read.at(when)["windows"])
