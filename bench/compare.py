@@ -50,9 +50,10 @@ def run_once(tree, options, catalogs):
             continue
         with tempfile.TemporaryDirectory() as folder:
             out = Path(folder) / "out.json"
+            environment = {"VANTREL_BENCH_TREES": catalogs, **os.environ, "TMPDIR": folder}
             subprocess.run([program, f"--benchmark_out={out}", "--benchmark_out_format=json",
-                            f"--benchmark_min_time={options.seconds}"], cwd=folder, check=True,
-                           env={"VANTREL_BENCH_TREES": catalogs, **os.environ, "TMPDIR": folder}, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                            f"--benchmark_min_time={options.seconds}"], cwd=folder, check=True, env=environment,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
             measured = json.loads(out.read_text(encoding="utf-8"))["benchmarks"]
         for entry in measured:
             if entry.get("run_type") != "aggregate" and not entry.get("error_occurred"):

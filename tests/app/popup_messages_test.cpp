@@ -97,8 +97,8 @@ TEST_F(PopupMessagesTest, APlaceThatCanNotBeStoredIsToldAndTheWindowCloses) {
 TEST_F(PopupMessagesTest, FitsItsTextAndStandsInTheMiddleTheFirstTime) {
     popups.ShowPopupMessage("a longer line of text\r\nx", 5);
     const platform::Rectangle place = window.place();
-    EXPECT_NEAR(place.left + place.width / 2, 960, 1);
-    EXPECT_NEAR(place.top + place.height / 2, 540, 1);
+    EXPECT_NEAR(place.left + place.width / 2.0, 960, 1);
+    EXPECT_NEAR(place.top + place.height / 2.0, 540, 1);
     popups.ShowPopupMessage("x\r\na longer line of text", 5);
     EXPECT_NEAR(window.place().width, place.width, 8) << "whichever line is the longest";
     popups.ShowPopupMessage("x\r\nx\r\nx", 5);

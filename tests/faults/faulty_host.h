@@ -20,7 +20,7 @@ struct Member {
     std::string object;
     std::string kind;
     std::string name;
-    auto operator<=>(const Member&) const = default;
+    auto operator<=>(const Member&) const = default;  // NOLINT(modernize-use-nullptr): no pointer is here
     std::string text() const { return object + "." + name + " (" + kind + ")"; }
 };
 
@@ -65,7 +65,7 @@ class FaultyHost : public platform::AutomationHost {
 
     /// Carries the use out, or strikes. `carryOut` gives the value back.
     template <typename CarryOut>
-    platform::Value use(Member member, CarryOut&& carryOut) {
+    platform::Value use(const Member& member, CarryOut&& carryOut) {
         if (const auto instead = strike(member)) return *instead;
         platform::Value value = carryOut();
         note(member, value);

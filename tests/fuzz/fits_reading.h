@@ -16,7 +16,7 @@ inline bool isPlainFits(std::string_view bytes) {
     if (!bytes.starts_with("SIMPLE  =") || bytes.size() < kBlock) return false;
     observatory::FitsHeader header;
     for (std::size_t at = 0; at < kBlock; at += kCard) header.addCardImage(bytes.substr(at, kCard));
-    const auto axes = header.integer("NAXIS");
+    const std::int64_t axes = header.integer("NAXIS").value_or(0);
     return axes == 2 || axes == 3;
 }
 

@@ -80,6 +80,7 @@ TEST_F(RecordingHostTest, FaultsStrikeWhenAndAsOftenAsTheyShould) {
         fresh.inject(c.fault);
         const ObjectRef shelf = fresh.create("Test.Shelf");
         std::vector<int> numbers;
+        numbers.reserve(5);
         for (int i = 0; i < 5; ++i) numbers.push_back(failure([&] { shelf->get("Level"); }));
         EXPECT_EQ(numbers, c.numbers) << c.why;
     }

@@ -332,7 +332,8 @@ inline void writeTycho2(const std::filesystem::path& root, const TreeStars& star
     };
     int count = 0;
     for (const auto& [box, inside] : boxes) {
-        indexLine(15.0 * (box % 24), 7.5 * (box / 24) - 90);
+        const int zone = box / 24;
+        indexLine(15.0 * (box % 24), 7.5 * zone - 90);
         for (const TreeStar& star : inside) {
             if (++count % 7 == 0) {
                 supplement.push_back(tycho2SupplementLine(star) + end);

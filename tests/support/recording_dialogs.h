@@ -33,7 +33,7 @@ class RecordingDialogs : public platform::Dialogs {
     std::string answer(const std::string& title) {
         titles.push_back(title);
         if (answers.empty()) return "";
-        const std::string next = answers.front();
+        std::string next = answers.front();
         answers.pop_front();
         return next;
     }

@@ -16,7 +16,6 @@ namespace vantrel::observatory {
 namespace {
 
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 const std::string kPreamble =
     "#\n#   VizieR Astronomical "

@@ -222,12 +222,14 @@ TEST_F(PinPointPlateTest, LooksUpStarsForAnImageArray) {
 TEST_F(PinPointPlateTest, RefusesWhatItCannotUseAndKeepsTheRest) {
     EXPECT_NE(failureOf([&] { plate_.call("AttachFITS", {R"(C:\nowhere.fits)"}); }), "");
     EXPECT_NE(failureOf([&] { plate_.call("FindImageStars"); }), "");
-    for (const auto& [member, wrong] : {std::pair<const char*, platform::Value>{"CatalogExpansion", -1},
-                                        {"SigmaAboveMean", "many"},
-                                        {"ProjectionType", 2}}) {
-        const auto before = plate_.get(member);
-        EXPECT_NE(failureOf([&] { plate_.put(member, wrong); }), "") << member;
-        EXPECT_EQ(plate_.get(member), before) << member;
+    const struct {
+        const char* member;
+        platform::Value wrong;
+    } rows[] = {{"CatalogExpansion", -1}, {"SigmaAboveMean", "many"}, {"ProjectionType", 2}};
+    for (const auto& row : rows) {
+        const auto before = plate_.get(row.member);
+        EXPECT_NE(failureOf([&] { plate_.put(row.member, row.wrong); }), "") << row.member;
+        EXPECT_EQ(plate_.get(row.member), before) << row.member;
     }
     plate_.put("MinMatchStars", 7);
     drawAndAttach();

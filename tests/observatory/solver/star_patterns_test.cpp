@@ -112,6 +112,7 @@ TEST(StarPatterns, JoinEachStarWithTheNearestThatOutshineIt) {
 
 TEST(StarPatterns, TakeTheBrightestOfEachCellOfSky) {
     std::vector<CatalogStar> crowd;
+    crowd.reserve(50);
     for (int i = 0; i < 50; ++i) crowd.push_back({100.01 + 0.004 * i, 0.25, 12 - 0.1 * i});
     const auto patterns = StarPatterns::build(test::ListCatalog(crowd), kId, 6);
     ASSERT_EQ(patterns->stars().size(), 6U);
