@@ -34,6 +34,7 @@ QImage withPalette(const QImage& picture, int apart) {
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x) ++counts[image.pixel(x, y)];
     std::vector<std::pair<int, QRgb>> byCount;
+    byCount.reserve(counts.size());
     for (const auto& [color, count] : counts) byCount.emplace_back(count, color);
     std::sort(byCount.rbegin(), byCount.rend());
     constexpr int kColors = 256;

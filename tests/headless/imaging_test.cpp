@@ -355,7 +355,7 @@ TEST(ManualExposures, SeriesRunUntilTheyAreStopped) {
     script.check("frmMain.chkExposeContinuousEnable", 1).check("frmMain.chkCrossHairEnable", 1);
     script.type("frmMain.txtContinuousExposeDelay", "abc").click("frmMain.cmdExpose").advance(4.5);
     for (const char* button : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"})
-        script.read((std::string("frmMain.") + button).c_str(), button);
+        script.read(std::string("frmMain.") + button, button);
     script.read("frmMain.cmdExpose", "running").click("frmMain.cmdExpose");
     script.read("frmMain.cmdExpose", "stopping").waitIdle().journal(kMaxIm, "series");
     script.read("frmMain.cmdExpose", "idle").journal(kDocument, "marks");

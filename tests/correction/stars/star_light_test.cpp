@@ -19,7 +19,8 @@ platform::ImageArray skyWith(const std::vector<Spot>& spots) {
     std::vector<float> pixels(kSide * kSide);
     for (std::size_t i = 0; i < pixels.size(); ++i)
         pixels[i] = 1 + 0.001F * static_cast<float>((i * 7 + i / kSide * 3) % 11);
-    for (const Spot& spot : spots) pixels[static_cast<std::size_t>(spot.y * kSide + spot.x)] += spot.height;
+    for (const Spot& spot : spots)
+        pixels[static_cast<std::size_t>(spot.y) * kSide + static_cast<std::size_t>(spot.x)] += spot.height;
     return {kSide, kSide, std::move(pixels)};
 }
 

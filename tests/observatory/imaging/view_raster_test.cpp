@@ -27,7 +27,8 @@ ImageArray skyWith(std::size_t width, std::size_t height,
 }
 
 float at(const ViewRaster& raster, int x, int y) {
-    return raster.values[static_cast<std::size_t>(y * raster.width + x)];
+    return raster.values[static_cast<std::size_t>(y) * static_cast<std::size_t>(raster.width) +
+                         static_cast<std::size_t>(x)];
 }
 
 ViewRaster fitted(const ImageArray& image, int width, int height) {
@@ -77,6 +78,7 @@ TEST(ViewRaster, ShowsTheMeanOfTheSkyAndThePeakOfAStar) {
 
 TEST(ViewRaster, ReducedMeansCountEveryPixelByItsShare) {
     std::vector<float> pixels;
+    pixels.reserve(35);
     for (int i = 0; i < 35; ++i) pixels.push_back(static_cast<float>(i % 7));
     const ImageArray image(7, 5, pixels);
     PixelStatistics noisy;
@@ -109,8 +111,10 @@ TEST(ViewRaster, EnlargedPixelsAreSquares) {
     const ImageArray image(3, 2, std::vector<std::uint16_t>{1, 2, 3, 4, 5, 6});
     const ViewRaster raster = fitted(image, 9, 6);
     for (int y = 0; y < 6; ++y)
-        for (int x = 0; x < 9; ++x)
-            EXPECT_EQ(at(raster, x, y), static_cast<float>(1 + x / 3 + 3 * (y / 3))) << x << " " << y;
+        for (int x = 0; x < 9; ++x) {
+            const int pixel = 1 + x / 3 + 3 * (y / 3);
+            EXPECT_EQ(at(raster, x, y), static_cast<float>(pixel)) << x << " " << y;
+        }
 }
 
 TEST(ViewRaster, EveryWindowOfEveryZoomLiesInsideTheImage) {

@@ -140,6 +140,7 @@ TEST(SolvePlate, FindsNothingWhereNothingIs) {
     for (int i = 0; i < 15; ++i) {
         std::vector<ImageStar> chance;
         const int count = 4 + 20 * i;
+        chance.reserve(static_cast<std::size_t>(count));
         for (int s = 0; s < count; ++s)
             chance.push_back({899 * unit(random), 679 * unit(random), 1e6 / (s + 1)});
         const PlateGeometry geometry{900, 680, 5, 5, 1};
@@ -158,6 +159,7 @@ TEST(SolvePlate, GivesUpQuietlyWithTooLittle) {
     const auto catalogue = stars().cone(area.query(2000, 99));
     const std::vector<ImageStar> same(50, ImageStar{100, 100, 1000});
     std::vector<ImageStar> line;
+    line.reserve(50);
     for (int i = 0; i < 50; ++i) line.push_back({10.0 * i, 10.0 * i, 1000.0});
     for (const auto& few : {std::vector<ImageStar>{}, same, line})
         EXPECT_FALSE(solvePlate(geometry, few, area, catalogue, {}));
