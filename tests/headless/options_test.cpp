@@ -1,6 +1,9 @@
 #include "headless/options.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "script.h"
 
 namespace vantrel::headless {
 namespace {
@@ -36,6 +39,29 @@ TEST(Options, RefusesWhatItDoesNotUnderstand) {
         } catch (const UsageError& error) {
             EXPECT_STREQ(error.what(), text);
         }
+    }
+}
+
+TEST(Options, SettingsThatCannotBeUsedAreToldBeforeTheStart) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"[]", "settings.json holds no JSON object"},
+        {R"({"Main": )", "settings.json holds no JSON object"},
+        {R"({"Main": 7})", "settings.json: \"Main\" is not a section with keys"},
+        {nullptr, "Can't read "},
+    };
+    for (const auto& [content, text] : cases) {
+        SCOPED_TRACE(text);
+        const vantrel::test::TempFolder home;
+        Options options;
+        options.virtualTime = true;
+        options.home = home.path();
+        options.settings = home / "settings.json";
+        if (content != nullptr) std::ofstream(*options.settings) << content;
+        platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
+        test::ListedCommands commands;
+        test::KeptReplies replies;
+        EXPECT_THAT([&] { Program(options, time, commands, replies); },
+                    testing::ThrowsMessage<std::runtime_error>(testing::HasSubstr(text)));
     }
 }
 
