@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <optional>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -105,6 +106,9 @@ bool isPart(const QWidget* widget) {
 struct Layout {
     int points;
     bool german = false;
+    friend void PrintTo(const Layout& layout, std::ostream* out) {
+        *out << layout.points << (layout.german ? " points, German" : " points, English");
+    }
 };
 
 class LayoutTest : public testing::TestWithParam<Layout> {};
