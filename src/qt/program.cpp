@@ -1,10 +1,11 @@
 #include "qt/program.h"
 
 #include <QAction>
-#include <QGuiApplication>
+#include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QStyle>
 #include <algorithm>
 #include <stdexcept>
 
@@ -15,10 +16,13 @@
 namespace vantrel::qt {
 namespace {
 
-/// The desktop without its panels.
+/// The desktop without its panels and without what the title bar and the border add to a window: a form's
+/// size is that of what is inside them.
 platform::Rectangle workArea() {
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
-    return {area.left(), area.top(), area.width(), area.height()};
+    const int border = QApplication::style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
+    const int title = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    return {area.left(), area.top(), area.width() - 2 * border, area.height() - title - border};
 }
 
 /// The simulator's mount stands as one does that was set up by eye. Arc-minutes.

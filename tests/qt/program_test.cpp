@@ -1,5 +1,7 @@
 #include <QAction>
 #include <QCheckBox>
+#include <QGuiApplication>
+#include <QScreen>
 
 #include <gtest/gtest.h>
 
@@ -26,6 +28,18 @@ TEST(NightVision, SwitchesWhenTheOptionsAreClosed) {
     });
     EXPECT_FALSE(before);
     EXPECT_TRUE(after);
+}
+
+TEST(PlacesOfWindows, LeaveRoomForTheirTitleBars) {
+    constexpr int kTitleBar = 20;
+    Night night;
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    QRect telescope;
+    night.pass({{[&] { return night.started(); },
+                 [&] { telescope = night.program.window("frmTelescope").geometry(); }}});
+    EXPECT_LE(telescope.bottom(), room.bottom() - kTitleBar);
+    EXPECT_LE(telescope.right(), room.right());
+    EXPECT_GT(telescope.bottom(), room.bottom() - 3 * kTitleBar) << "in the corner all the same";
 }
 
 }  // namespace
