@@ -1,9 +1,11 @@
 #include "app/application.h"
 
 #include "app/handler_barrier.h"
+#include "app/interlocked_controls.h"
 #include "app/main_menu.h"
 #include "app/parts.h"
 #include "app/shutdown.h"
+#include "app/start_order.h"
 #include "app/startup.h"
 #include "platform/errors.h"
 
@@ -15,8 +17,10 @@ struct Application::Wiring {
           parts(machine),
           menu(parts),
           shutdown(parts),
+          order(machine.loop, parts.log),
           barrier(parts.busy, [this](const std::string& handler) { report(handler); }) {
         connectProcedures();
+        parts.interlock.setControls(interlockedControls(parts));
         connectEnd();
         for (platform::Form* form : machine.screen.forms()) barrier.guard(*form);
     }
@@ -25,7 +29,12 @@ struct Application::Wiring {
         engine::RunPanel& run = parts.main.run;
         run.cmdRun.onClick = [this] { parts.measurement.cmdRun_Click(); };
         run.cmdExpose.onClick = [this] { parts.exposures.cmdExpose_Click(); };
-        parts.main.exposures.cmdExposeSolve.onClick = [this] { parts.exposures.cmdExposeSolve_Click(); };
+        platform::Button& exposeSolve = parts.main.exposures.cmdExposeSolve;
+        exposeSolve.onClick = [this] { parts.exposures.cmdExposeSolve_Click(); };
+        order.waits(run.cmdRun, "Run");
+        order.waits(run.cmdExpose, "Expose");
+        order.leavesButtonsEnabled(exposeSolve, "Expose & Solve");
+        order.leavesButtonsEnabled(parts.main.plateSolve.cmdTestCatPath, "Test");
     }
 
     void connectEnd() {
@@ -77,6 +86,7 @@ struct Application::Wiring {
     Parts parts;
     MainMenu menu;
     Shutdown shutdown;
+    StartOrder order;
     HandlerBarrier barrier;
     bool failed = false;
     std::shared_ptr<int> life = std::make_shared<int>(0);

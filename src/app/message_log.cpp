@@ -14,6 +14,7 @@ constexpr std::size_t kShownCharacters = 30000;
 }  // namespace
 
 void MessageLog::AddToLog(const std::string& text) {
+    if (silent_) return;
     const std::string line = formatTime(civilLocal(clock_.utc()), "HH:mm:ss") + "   " + text;
     lines_.push_back(line);
     if (!released_) {

@@ -21,6 +21,8 @@ class MessageLog : public engine::LogPort {
     /// Adds "HH:mm:ss" (local time), three blanks and the text to the window and the file. Never fails;
     /// without a writable file the line is in the window only. Loads the window.
     void AddToLog(const std::string& text) override;
+    /// Silent, it takes nothing: the program is ending and procedures are being cut off.
+    void setSilent(bool silent) { silent_ = silent; }
 
     /// Makes sure that the folder exists and, unless it is the current one, opens a new log file in it. An
     /// empty folder is ignored. The operator hears of a folder that can't be created.
@@ -42,6 +44,7 @@ class MessageLog : public engine::LogPort {
     std::string shown_;  // the end of all lines, as much as the window shows
     std::string folder_;
     std::ofstream file_;
+    bool silent_ = false;
     bool released_ = false;
 };
 

@@ -95,6 +95,7 @@ struct Parts {
     // Measurement, exposures and correction
     correction::PolarPlot polarPlot;
     CorrectionRelay correctionRelay;
+    engine::Interlock interlock;
     engine::Services services;
     engine::OperatorPrompt prompt;
     engine::MeasurementRun measurement;

@@ -34,6 +34,7 @@ PopupMessages::PopupMessages(EventLoop& loop, engine::SettingsPort& settings, en
 }
 
 void PopupMessages::ShowPopupMessage(const std::string& text, double seconds) {
+    if (silent_) return;
     loop_.yield();
     window_.unload();
     loop_.yield();

@@ -22,6 +22,8 @@ class PopupMessages : public engine::MessagePort {
 
     /// Nothing stays visible while a stop is requested.
     void ShowPopupMessage(const std::string& text, double seconds) override;
+    /// Silent, it shows nothing: the program is ending.
+    void setSilent(bool silent) { silent_ = silent; }
     void ClosePopupMessage(const std::optional<std::string>& ifItShows) override;
     double displaySeconds() const override;
 
@@ -53,6 +55,7 @@ class PopupMessages : public engine::MessagePort {
     platform::Timer timer_;
     platform::Milliseconds closesAt_{0};
     bool moveMode_ = false;
+    bool silent_ = false;
     std::vector<Shown> history_;
 };
 

@@ -14,11 +14,13 @@ void Shutdown::UnloadThisApplication() {
     parts_.camera.abortCCDSoftExposure();
     parts_.state.StopRequested = true;
     parts_.machine.loop.setEnding(true);
+    setSilent(true);
 }
 
 bool Shutdown::finish() {
     if (finishing_) return false;
     finishing_ = true;
+    setSilent(false);
     using Step = void (Shutdown::*)();
     for (const Step step : {&Shutdown::saveEverything, &Shutdown::leaveImagingProgram,
                             &Shutdown::disconnectTelescope, &Shutdown::UnloadAll, &Shutdown::AppQuit}) {
@@ -31,6 +33,11 @@ bool Shutdown::finish() {
     parts_.machine.loop.setEnding(false);
     through_ = true;
     return true;
+}
+
+void Shutdown::setSilent(bool silent) {
+    parts_.log.setSilent(silent);
+    parts_.popups.setSilent(silent);
 }
 
 void Shutdown::saveEverything() {

@@ -13,7 +13,8 @@ class Shutdown {
   public:
     explicit Shutdown(Parts& parts) : parts_(parts) {}
 
-    /// The operator wants the program to end. Returns at once; further wishes change nothing.
+    /// The operator wants the program to end. Returns at once; further wishes change nothing. Procedures that
+    /// are cut off by it have nothing to tell him.
     void UnloadThisApplication();
     bool begun() const { return begun_; }
 
@@ -23,6 +24,7 @@ class Shutdown {
     bool through() const { return through_; }
 
   private:
+    void setSilent(bool silent);
     void saveEverything();
     void leaveImagingProgram();
     void disconnectTelescope();

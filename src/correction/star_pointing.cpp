@@ -46,32 +46,40 @@ StarPointing::StarPointing(engine::RunPanel& panel, engine::RunState& state, con
       indicators_(services.settings) {}
 
 void StarPointing::PointAzCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle) {
-    point({"*** Az Correction ***", "Azimuth Correction Aborted !!", "Azimuth Correction Plate Solved",
-           azimuthTarget},
-          ErrorAmplitude, ErrorAngle);
+    pointOrAbort({"*** Az Correction ***", "Azimuth Correction Aborted !!", "Azimuth Correction Plate Solved",
+                  azimuthTarget},
+                 ErrorAmplitude, ErrorAngle);
 }
 
 void StarPointing::PointAltCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle) {
-    point({"*** Elevation Correction ***", "Polar Align Aborted !!", "Elevation Correction Plate Solved",
-           elevationTarget},
-          ErrorAmplitude, ErrorAngle);
+    pointOrAbort({"*** Elevation Correction ***", "Polar Align Aborted !!",
+                  "Elevation Correction Plate Solved", elevationTarget},
+                 ErrorAmplitude, ErrorAngle);
+}
+
+void StarPointing::pointOrAbort(const Adjustment& adjustment, double ErrorAmplitude, double ErrorAngle) {
+    marks_.CorrectionPointed = false;
+    try {
+        point(adjustment, ErrorAmplitude, ErrorAngle);
+        marks_.CorrectionPointed = true;
+    } catch (const Ended&) {
+        if (!state_.AppUnloading) services_.log.AddToLog(adjustment.aborted);
+    }
 }
 
 void StarPointing::point(const Adjustment& adjustment, double ErrorAmplitude, double ErrorAngle) {
-    marks_.CorrectionPointed = false;
     PointingSituation situation = readSituation(ErrorAmplitude, ErrorAngle);
     exposeAndSave();
     services_.log.AddToLog(adjustment.heading);
 
     Indicators::switchOff(panel_.lblExpose);
     indicators_.SetActiveColors(panel_.lblSolve);
-    services_.loop.yield();
+    check();
+    state_.ExposureRA = situation.telescopeRA;
+    state_.ExposureDec = situation.telescopeDec;
     state_.SpiralSearchAllowed = false;
     const auto plate = services_.solver.SolvePlate(engine::kSavedImage, 0, 0);
-    if (!state_.PlateSolved || !plate) {
-        services_.log.AddToLog(adjustment.aborted);
-        return;
-    }
+    if (!state_.PlateSolved || !plate) throw Ended{};
     services_.log.AddToLog(adjustment.solved);
 
     situation.plateRA = plate->ra;
@@ -79,15 +87,15 @@ void StarPointing::point(const Adjustment& adjustment, double ErrorAmplitude, do
     const CorrectionTarget target = adjustment.target(situation);
     for (const std::string& entry : target.log) services_.log.AddToLog(entry);
 
-    services_.loop.yield();
+    check();
     findStar();
+    check();
     if (LocateTargetOnImage(target.moveTo, *plate))
         drawPath();
     else
         slewInstead(target);
     Indicators::switchOff(panel_.lblSlew);
     services_.loop.yield();
-    marks_.CorrectionPointed = true;
 }
 
 PointingSituation StarPointing::readSituation(double ErrorAmplitude, double ErrorAngle) {
@@ -96,11 +104,9 @@ PointingSituation StarPointing::readSituation(double ErrorAmplitude, double Erro
     situation.ErrorAngle = ErrorAngle;
     situation.telescopeRA = NormalizeRAHours(services_.telescope.GetTelescopeRA());
     situation.telescopeDec = services_.telescope.GetTelescopeDec();
-    state_.ExposureRA = situation.telescopeRA;
-    state_.ExposureDec = situation.telescopeDec;
     situation.latitude = services_.telescope.SiteLatitude();
     indicators_.SetActiveColors(panel_.lblExpose);
-    services_.loop.yield();
+    check();
     situation.lst = services_.telescope.SiderealTime();
     return situation;
 }
@@ -108,20 +114,20 @@ PointingSituation StarPointing::readSituation(double ErrorAmplitude, double Erro
 void StarPointing::exposeAndSave() {
     if (state_.UsingAxisSimulator) {
         engine::exposeWithSimulator(services_);
-        engine::saveSimulatorImage(services_, state_);
+        engine::saveSimulatorImage(services_, state_, engine::kSavedImage);
         return;
     }
     constexpr double kSecondsToDownload = 3;
     services_.camera.AcquireImage(platform::toNumber(panel_.txtExposeInterval.text()));
+    check();
     engine::WaitSeconds(services_.loop, kSecondsToDownload);
+    check();
     services_.camera.SaveImageToFile(engine::kSavedImage);
 }
 
-/// A stop ends the correction only after the pointing, so it must outlive the exposure, which clears it.
 void StarPointing::findStar() {
-    const bool stopped = state_.StopRequested;
     exposures_.SimpleShortExpose();
-    state_.StopRequested = state_.StopRequested || stopped;
+    check();
     const auto [x, y] = starFinder_.FindBrightestStarOnImage();
     marks_.StarX = static_cast<float>(x);
     marks_.StarY = static_cast<float>(y);
@@ -159,6 +165,7 @@ void StarPointing::slewInstead(const CorrectionTarget& target) {
                            ", Dec = " + formatNumber(dec, "0.000000"));
     services_.log.AddToLog("                      RA = " + services_.utility.DegreesToHMS(ra * 15) +
                            ", Dec = " + services_.utility.DegreesToDMS(dec));
+    check();
     services_.telescope.SlewToCoordinates(ra, dec);
 }
 
@@ -169,6 +176,11 @@ void StarPointing::drawPath() {
     overlays_.DrawLineOnImage(platform::toInt32(marks_.StarX), platform::toInt32(marks_.StarY),
                               platform::toInt32(marks_.TargetX), platform::toInt32(marks_.TargetY));
     Indicators::switchOff(panel_.lblSolve);
+}
+
+void StarPointing::check() {
+    services_.loop.yield();
+    if (state_.StopRequested || state_.AppUnloading) throw Ended{};
 }
 
 }  // namespace vantrel::correction

@@ -28,13 +28,15 @@ class StarPointing {
 
     /// Both expose, solve, compute the target and mark it; when it lies off the image they mark the star and
     /// slew the telescope instead. Errors (degrees) are those of the last measurement. CorrectionPointed
-    /// tells whether they got to their end; OperationError leaves them when an exposure's setting isn't a
-    /// number.
+    /// tells whether they got to their end: a stop ends them wherever it falls, and nothing slews after it.
+    /// OperationError leaves them when an exposure's setting isn't a number.
     void PointAzCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle);
     void PointAltCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle);
 
   private:
     struct Adjustment;
+    struct Ended {};  // before its end: by a plate that wasn't solved, by Stop or by the end of the program
+    void pointOrAbort(const Adjustment& adjustment, double ErrorAmplitude, double ErrorAngle);
     void point(const Adjustment& adjustment, double ErrorAmplitude, double ErrorAngle);
     PointingSituation readSituation(double ErrorAmplitude, double ErrorAngle);
     void exposeAndSave();
@@ -42,6 +44,7 @@ class StarPointing {
     bool LocateTargetOnImage(const engine::EquatorialPosition& moveTo, const engine::PlateSolution& plate);
     void slewInstead(const CorrectionTarget& target);
     void drawPath();
+    void check();
 
     engine::RunPanel& panel_;
     engine::RunState& state_;

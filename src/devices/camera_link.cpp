@@ -66,7 +66,6 @@ CameraLink::CameraLink(const Services& services, ImagingPrograms& programs, Imag
 // ---- one exposure
 
 void CameraLink::AcquireImage(double seconds) {
-    services_.state.StopRequested = false;
     if (services_.state.AppUnloading) return;
     setCamLinkEnabled(true);
     if (!camLinkEnabled()) {

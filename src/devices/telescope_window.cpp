@@ -42,11 +42,6 @@ void TelescopeWindow::linkAtStartUp() {
     link_.EnsureTelescopeConnected();
 }
 
-/// A stop that the end of the program asks for stays.
-void TelescopeWindow::clearStopRequest() {
-    if (!services_.state.AppUnloading) services_.state.StopRequested = false;
-}
-
 void TelescopeWindow::cmdTelescope_Click() {
     window_.show();
     window_.setOnTop(true);
@@ -55,7 +50,7 @@ void TelescopeWindow::cmdTelescope_Click() {
 }
 
 void TelescopeWindow::Form_Load() {
-    clearStopRequest();
+    services_.state.forgetStop();
     window_.show();
     const Rectangle& area = window_.screen().workArea();
     const auto stored = [&](const char* key, int otherwise) {
@@ -89,7 +84,7 @@ void TelescopeWindow::Form_Unload() {
 }
 
 void TelescopeWindow::cmdPickTelescope_Click() {
-    clearStopRequest();
+    services_.state.forgetStop();
     if (link_.TelescopeIsConnected()) {
         link_.DisconnectTelescope();
         link_.clearDisconnectRequest();
@@ -104,12 +99,12 @@ void TelescopeWindow::cmdPickTelescope_Click() {
 }
 
 void TelescopeWindow::cmdTelescopeSetup_Click() {
-    clearStopRequest();
+    services_.state.forgetStop();
     link_.SetupTelescope();
 }
 
 void TelescopeWindow::cmdConnectTelescope_Click() {
-    clearStopRequest();
+    services_.state.forgetStop();
     window_.cmdConnectTelescope.setEnabled(false);
     window_.cmdDisconnectTelescope.setEnabled(true);
     window_.txtTelescopeSelectionStatus.setText(" Connecting");
@@ -119,7 +114,7 @@ void TelescopeWindow::cmdConnectTelescope_Click() {
 }
 
 void TelescopeWindow::cmdDisconnectTelescope_Click() {
-    clearStopRequest();
+    services_.state.forgetStop();
     window_.cmdConnectTelescope.setEnabled(true);
     window_.cmdDisconnectTelescope.setEnabled(false);
     window_.txtTelescopeSelectionStatus.setText(" Disconnecting");

@@ -28,7 +28,6 @@ class TelescopeWindow {
     void cmdDisconnectTelescope_Click();
     void Timer1_Timer();
     void showLinkDown();
-    void clearStopRequest();
     std::string storedTelescope();
 
     Services services_;

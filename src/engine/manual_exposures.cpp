@@ -28,7 +28,7 @@ bool ManualExposures::SimpleShortExpose() {
 bool ManualExposures::exposeShort() {
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
-        saveSimulatorImage(services_, state_);
+        saveSimulatorImage(services_, state_, kSavedImage);
         state_.CameraFailed = false;  // it speaks of another camera
         return true;
     }
@@ -40,12 +40,13 @@ bool ManualExposures::exposeShort() {
 }
 
 void ManualExposures::cmdExpose_Click() {
-    state_.StopRequested = false;
+    state_.forgetStop();
     if (Indicators::isLit(run_.cmdExpose)) {
         stopSeries_ = true;
         run_.cmdExpose.setCaption("Stoping Exp.");
         return;
     }
+    const Interlock::Engaged undisturbed(services_.interlock);
     lockRunButtons();
     try {
         exposeSeries();
@@ -103,13 +104,14 @@ void ManualExposures::cmdExposeSolve_Click() {
 }
 
 void ManualExposures::exposeAndSolve() {
+    state_.forgetStop();
     services_.log.AddToLog("");
     services_.log.AddToLog("** Expose & Plate Solve **");
-    state_.ExposureDec = services_.telescope.GetTelescopeDec();
-    state_.ExposureRA = NormalizeRAHours(services_.telescope.GetTelescopeRA());
+    const double dec = services_.telescope.GetTelescopeDec();
+    const double ra = NormalizeRAHours(services_.telescope.GetTelescopeRA());
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
-        saveSimulatorImage(services_, state_);
+        saveSimulatorImage(services_, state_, kSavedImage);
     } else {
         services_.camera.AcquireImage(platform::toNumber(run_.txtExposeInterval.text()));
         services_.loop.yield();
@@ -117,6 +119,8 @@ void ManualExposures::exposeAndSolve() {
         services_.loop.yield();
         services_.camera.SaveImageToFile(kSavedImage);
     }
+    state_.ExposureRA = ra;
+    state_.ExposureDec = dec;
     state_.SpiralSearchAllowed = true;
     services_.solver.SolvePlate(kSavedImage, 0, 0);
     if (state_.PlateSolved) return;

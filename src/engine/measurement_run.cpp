@@ -44,6 +44,7 @@ void MeasurementRun::cmdRun_Click() {
 
 void MeasurementRun::measure() {
     beginRun();
+    const Interlock::Engaged undisturbed(services_.interlock);
     const double chosenSlew = validatedSlewHours();
     logSettings();
 
@@ -82,7 +83,8 @@ void MeasurementRun::beginRun() {
         log("No Plate solve method selected");
         throw StopExit{};
     }
-    state_.StopRequested = false;
+    state_.forgetStop();
+    eastward_ = state_.SlewEast;
     panel_.cmdRun.setEnabled(false);
     indicators_.SetActiveColors(panel_.cmdRun);
     panel_.cmdStop.setEnabled(true);
@@ -118,8 +120,8 @@ void MeasurementRun::logSettings() {
 }
 
 void MeasurementRun::readStartPosition(Plate& plate) {
-    state_.ExposureDec = services_.telescope.GetTelescopeDec();
-    state_.ExposureRA = NormalizeRAHours(services_.telescope.GetTelescopeRA());
+    position_.Dec = services_.telescope.GetTelescopeDec();
+    position_.RA = NormalizeRAHours(services_.telescope.GetTelescopeRA());
     indicators_.SetActiveColors(panel_.lblFrame1);
     services_.loop.yield();
     logPosition(Style::kSexagesimal);
@@ -167,7 +169,7 @@ bool MeasurementRun::retryWithHalfTheSlew(Plate& plate, const Plate& first, doub
     log("Trying again with half Telescope Slew");
     moveExposurePosition(-slewHours / 2);
     check();
-    services_.telescope.SlewToCoordinates(state_.ExposureRA, state_.ExposureDec);
+    services_.telescope.SlewToCoordinates(position_.RA, position_.Dec);
     logPosition(Style::kDecimal);
     waitForMountToSettle();
     readPosition(plate);
@@ -201,7 +203,7 @@ PolarErrorResult MeasurementRun::solveForAxis(const std::array<Plate, 3>& plates
     std::array<PlatePosition, 3> positions{};
     for (std::size_t i = 0; i < plates.size(); ++i)
         positions[i] = {NormalizeRAHours(plates[i].lst - plates[i].ra), plates[i].dec, plates[i].scopeHA};
-    const PolarErrorResult result = CalcPolarError(positions, state_.ExposureDec);
+    const PolarErrorResult result = CalcPolarError(positions, position_.Dec);
     if (result.BadSolution) {
         services_.display.showBadSolution();
         return result;
@@ -259,13 +261,13 @@ std::string MeasurementRun::expose() {
     const bool ownName =
         platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "SaveImages", "0")) == 1;
     const auto now = platform::civilLocal(services_.loop.clock().utc());
-    std::string imageFileName =
-        ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image.fit" : "SavedImage.fit";
+    const std::string name = ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image" : kSavedImage;
+    const std::string imageFileName = name + ".fit";
     check();
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
         check();
-        saveSimulatorImage(services_, state_);
+        saveSimulatorImage(services_, state_, name);
     } else {
         services_.camera.AcquireImage(platform::toNumber(panel_.txtExposeInterval.text()));
         check();
@@ -283,6 +285,8 @@ void MeasurementRun::announceSolving(const Plate& plate) {
 
 std::optional<PlateSolution> MeasurementRun::solve(const Plate& plate, const std::string& imageFileName,
                                                    double raOffset, double decOffset) {
+    state_.ExposureRA = position_.RA;
+    state_.ExposureDec = position_.Dec;
     state_.SpiralSearchAllowed = true;
     auto solution = services_.solver.SolvePlate(imageFileName, raOffset, decOffset);
     if (!state_.PlateSolved) return std::nullopt;
@@ -305,11 +309,11 @@ void MeasurementRun::slewOn(double hours) {
     Indicators::switchOff(panel_.lblSolve);
     indicators_.SetActiveColors(panel_.lblSlew);
     check();
-    services_.telescope.SlewToCoordinates(state_.ExposureRA, state_.ExposureDec);
+    services_.telescope.SlewToCoordinates(position_.RA, position_.Dec);
 }
 
 void MeasurementRun::moveExposurePosition(double hours) {
-    state_.ExposureRA = NormalizeRAHours(state_.ExposureRA + (state_.SlewEast ? hours : -hours));
+    position_.RA = NormalizeRAHours(position_.RA + (eastward_ ? hours : -hours));
 }
 
 void MeasurementRun::waitForMountToSettle() {
@@ -319,26 +323,29 @@ void MeasurementRun::waitForMountToSettle() {
 
 void MeasurementRun::readPosition(Plate& plate) {
     plate.lst = services_.telescope.SiderealTime();
-    plate.scopeHA = NormalizeRAHours(plate.lst - state_.ExposureRA);
+    plate.scopeHA = NormalizeRAHours(plate.lst - position_.RA);
 }
 
 void MeasurementRun::logPosition(Style style) {
     if (style == Style::kSexagesimal)
-        log("Telescope at RA = " + services_.utility.HoursToHMS(state_.ExposureRA) +
-            "  Dec = " + services_.utility.DegreesToDMS(state_.ExposureDec));
+        log("Telescope at RA = " + services_.utility.HoursToHMS(position_.RA) +
+            "  Dec = " + services_.utility.DegreesToDMS(position_.Dec));
     else
-        log("Telescope at RA = " + formatNumber(state_.ExposureRA, "0.00000") +
-            "  Dec = " + formatNumber(state_.ExposureDec, "0.00000"));
+        log("Telescope at RA = " + formatNumber(position_.RA, "0.00000") +
+            "  Dec = " + formatNumber(position_.Dec, "0.00000"));
 }
 
-/// Shows the text until the operator clicks Next or Stop, and ends the run. Without an alignment the box
-/// keeps the one it has.
+/// Shows the text until the operator clicks Next or Stop, and ends the run; meanwhile he can change what the
+/// text asks him to. Without an alignment the box keeps the one it has.
 void MeasurementRun::failurePrompt(const std::string& text, std::optional<Alignment> alignment) {
     if (alignment) panel_.txtInstructions.setAlignment(*alignment);
     panel_.txtInstructions.setText(text);
     panel_.cmdNext.setEnabled(true);
     panel_.cmdSkip.setEnabled(false);
-    prompt_.WaitForNextOrSkipClick();
+    {
+        const Interlock::Lifted mending(services_.interlock);
+        prompt_.WaitForNextOrSkipClick();
+    }
     Indicators::switchOff(panel_.cmdNext);
     throw StopExit{};
 }

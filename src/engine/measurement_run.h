@@ -12,6 +12,7 @@
 #include "engine/run_panel.h"
 #include "engine/run_state.h"
 #include "engine/services.h"
+#include "engine/sky_geometry.h"
 
 namespace vantrel::engine {
 
@@ -83,6 +84,10 @@ class MeasurementRun {
     OperatorPrompt& prompt_;
     Services services_;
     Indicators indicators_;
+
+    // Decided when the run begins, and its own from then on.
+    bool eastward_ = true;
+    EquatorialPosition position_;  // of the mount for the plate in hand: read once, then as commanded
 };
 
 }  // namespace vantrel::engine

@@ -21,7 +21,7 @@ bool OperatorPrompt::WaitForNextOrSkipClick() {
             state_.NextClicked = false;
             return true;
         }
-    } while (!state_.SkipClicked && !state_.StopRequested);
+    } while (!state_.SkipClicked && !state_.StopRequested && !state_.AppUnloading);
     state_.SkipClicked = false;
     return false;
 }

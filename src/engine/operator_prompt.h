@@ -14,8 +14,8 @@ class OperatorPrompt {
     OperatorPrompt(RunPanel& panel, RunState& state, platform::EventLoop& loop, SettingsPort& settings,
                    LogPort& log, TelescopePort& telescope);
 
-    /// Waits until the operator clicks Next (true), Skip or Stop (false). The caller enables the buttons
-    /// before and resets the Next button's colour afterwards.
+    /// Waits until the operator clicks Next (true), Skip or Stop (false), or the program ends (false). The
+    /// caller enables the buttons before and resets the Next button's colour afterwards.
     bool WaitForNextOrSkipClick();
 
   private:

@@ -9,7 +9,7 @@ namespace vantrel::engine {
 /// One for the life of the program, owned by the composition of the main form. Every flag has one setter
 /// named here; everybody may read.
 struct RunState {
-    bool StopRequested = false;        // the Stop button; cleared by whatever starts something new
+    bool StopRequested = false;        // the Stop button; forgotten by whatever starts something new
     bool AppUnloading = false;         // shutdown: every procedure returns at its next check, silently
     bool NextClicked = false;          // the Next button
     bool SkipClicked = false;          // the Skip button
@@ -25,6 +25,11 @@ struct RunState {
     std::string PlateSolveMethod;      // "PP", "TheSky", or empty while none was chosen
     std::string LastMessage;           // text of the last report
     std::string LastSavedImage;        // file name of the image saved last, without its folder
+
+    /// Something new begins. The stop that the end of the program asks for stays.
+    void forgetStop() {
+        if (!AppUnloading) StopRequested = false;
+    }
 };
 
 }  // namespace vantrel::engine

@@ -1,6 +1,7 @@
 // Everything the engine's procedures call, in one hand.
 #pragma once
 
+#include "engine/interlock.h"
 #include "engine/ports.h"
 #include "platform/event_loop.h"
 
@@ -17,6 +18,7 @@ struct Services {
     UtilityPort& utility;
     ResultDisplayPort& display;
     CorrectionPort& correction;
+    Interlock& interlock;
 };
 
 }  // namespace vantrel::engine

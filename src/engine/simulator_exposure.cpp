@@ -4,8 +4,8 @@ namespace vantrel::engine {
 
 void exposeWithSimulator(const Services& services) { services.telescope.simulatorExpose(); }
 
-void saveSimulatorImage(const Services& services, RunState& state) {
-    state.LastSavedImage = kSavedImage;
+void saveSimulatorImage(const Services& services, RunState& state, const std::string& name) {
+    state.LastSavedImage = name;
     services.telescope.simulatorSaveImage(services.settings.GetSetting("PolarAlign", "ImagePath", "C:") +
                                           "\\" + state.LastSavedImage + ".fit");
 }

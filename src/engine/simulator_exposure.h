@@ -12,7 +12,7 @@ inline constexpr const char* kSavedImage = "SavedImage";
 /// Takes an image with the simulator driver; throws OperationError.
 void exposeWithSimulator(const Services& services);
 
-/// Saves that image as "SavedImage.fit" in the image folder; throws OperationError.
-void saveSimulatorImage(const Services& services, RunState& state);
+/// Saves that image in the image folder under a name without ending; throws OperationError.
+void saveSimulatorImage(const Services& services, RunState& state, const std::string& name);
 
 }  // namespace vantrel::engine

@@ -235,7 +235,7 @@ bool SolverTests::TestCatPath_PPLE() {
     const int catalog = catalogs_.PinPointCatalog();
 
     services_.state.PlateSolved = false;
-    services_.state.StopRequested = false;
+    services_.state.forgetStop();
     const ObjectRef object = services_.automation.create("PinPoint.Plate");
     AutomationObject& plate = required(object);
 

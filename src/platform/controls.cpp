@@ -11,7 +11,7 @@ Control::Control(Form& form, std::string name) : form_(form), name_(std::move(na
 Control::~Control() { form_.remove(*this); }
 
 bool Control::reachable() const {
-    return enabled_ && visible_ && (frame_ == nullptr || frame_->shown()) && form_.shown();
+    return enabled() && visible_ && (frame_ == nullptr || frame_->shown()) && form_.shown();
 }
 
 bool Control::leave() {
@@ -21,7 +21,7 @@ bool Control::leave() {
 }
 
 Control::Properties Control::properties() const {
-    return {{"enabled", enabled_},
+    return {{"enabled", enabled()},
             {"visible", visible_ && (frame_ == nullptr || frame_->shown())},
             {"backColor", std::int64_t{backColor_}},
             {"foreColor", std::int64_t{foreColor_}}};

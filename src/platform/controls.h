@@ -33,8 +33,10 @@ class Control {
     const std::string& name() const { return name_; }
     Form& form() const { return form_; }
 
-    bool enabled() const { return enabled_; }
+    bool enabled() const { return enabled_ && !held_; }
     void setEnabled(bool enabled) { assign(enabled_, enabled); }
+    /// Out of the operator's reach as if it were disabled, whatever setEnabled says meanwhile.
+    void setHeld(bool held) { assign(held_, held); }
     bool visible() const { return visible_; }
     void setVisible(bool visible) { assign(visible_, visible); }
     Color backColor() const { return backColor_; }
@@ -83,6 +85,7 @@ class Control {
     std::string name_;
     const Frame* frame_ = nullptr;
     bool enabled_ = true;
+    bool held_ = false;
     bool visible_ = true;
     Color backColor_ = color::kButtonFace;
     Color foreColor_ = color::kButtonText;

@@ -405,7 +405,8 @@ TEST(CorrectionDialogue, AStopBetweenTwoExposuresOrAfterTheSolveIsNotForgotten) 
     after.live(
         "start", [] {}, [] {});
     EXPECT_EQ(after.outcome(0), (Lines{"Azimuth Correction Plate Solved", "Operation stopped by operator",
-                                       "Star is on Plate", "Align Aborted", "Alignment Run Complete"}));
+                                       "Azimuth Correction Aborted !!", "Align Aborted",
+                                       "Alignment Run Complete"}));
     EXPECT_EQ(after.camera.exposures.size(), exposures) << "none after the one that was under way";
 }
 

@@ -170,7 +170,9 @@ struct CorrectionWorld {
     ClassRegistry classes;
     CorrectionMarks marks;
 
-    engine::Services services{loop, settings, log, messages, mount, camera, solver, texts, display, guide};
+    engine::Interlock interlock;
+    engine::Services services{loop,   settings, log,     messages, mount,    camera,
+                              solver, texts,    display, guide,    interlock};
     engine::OperatorPrompt prompt{panel, state, loop, settings, log, mount};
     engine::MeasurementRun run{panel, state, prompt, services};
     OpenImage image{classes, [] { return "MaxIm"; }};

@@ -2,6 +2,7 @@
 // be struck by a fault. Objects that members hand out are wrapped as well.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -55,7 +56,10 @@ class FaultyHost : public platform::AutomationHost {
         return inner_.profileDescription(deviceType, progId);
     }
 
-    /// From now on uses are counted anew.
+    /// Hears of every use as it begins.
+    std::function<void(const Member&)> onUse;
+
+    /// From now on uses are counted anew, as they end.
     void watch() { seen_.clear(); }
     const std::map<Member, Sighting>& seen() const { return seen_; }
 
@@ -66,6 +70,7 @@ class FaultyHost : public platform::AutomationHost {
     /// Carries the use out, or strikes. `carryOut` gives the value back.
     template <typename CarryOut>
     platform::Value use(const Member& member, CarryOut&& carryOut) {
+        if (onUse) onUse(member);
         if (const auto instead = strike(member)) return *instead;
         platform::Value value = carryOut();
         note(member, value);

@@ -16,8 +16,6 @@ constexpr Milliseconds kNightLimit = std::chrono::hours{200};
 constexpr int kPatience = 500;  // turns of the operator, half a second or more apart
 constexpr const char* kMountClass[] = {"AxisSimulator.Telescope", "ScopeSim.Telescope"};
 
-Milliseconds inSeconds(double seconds) { return Milliseconds(static_cast<long>(seconds * 1000)); }
-
 observatory::ObservatorySeams seams(DesktopWindows& windows) {
     observatory::ObservatorySeams seams;
     seams.desktop = &windows;

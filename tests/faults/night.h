@@ -1,6 +1,7 @@
 // One night with the whole program in which something outside goes wrong, in virtual time.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -37,6 +38,10 @@ enum class Activity { kStart, kMeasurement, kSeries, kCorrection, kStop, kSolve,
 
 const char* nameOf(Activity activity);
 
+inline platform::Milliseconds inSeconds(double seconds) {
+    return platform::Milliseconds(static_cast<long>(seconds * 1000));
+}
+
 /// What came of a night. `defects` names what must not be.
 struct Outcome {
     std::vector<std::string> said;  // log without times, pop-ups, boxes and instructions of the activity
@@ -61,6 +66,15 @@ class Night {
     /// Continuous exposures over several spans of so many seconds; `onSpan` hears of all exposures so far.
     Outcome exposeFor(double seconds, int spans, const std::function<void(long exposures)>& onSpan);
 
+    /// The operator does anything at any moment, outside things fail (two nights in three), and in the middle
+    /// of it he closes the program. The seed tells one night from another.
+    Outcome spendRestlessly(std::uint64_t seed);
+
+    /// How many turns the loop takes while the activity lasts.
+    long turnsOf(Activity activity);
+    /// Stop in that turn, or in the first one after it that has the button.
+    Outcome stopInTurn(Activity activity, long turn);
+
     /// The boxes that the operator can write in.
     std::vector<std::string> boxes();
 
@@ -74,6 +88,9 @@ class Night {
     const std::filesystem::path& home() const { return home_.path(); }
 
   private:
+    class Restless;
+    void checkMeasuredErrors();
+    void closeInTheMiddle();
     void type(const std::string& box, const std::string& text);
     void useEverything(const std::string& box);
     void act(Activity activity);
@@ -144,6 +161,7 @@ class Night {
     std::optional<app::Application> program_;
     platform::TimerHandle operator_;
     std::vector<platform::TimerHandle> plans_;
+    platform::Subscription atTheEnd_;
     bool corrects_ = false;
     bool stops_ = false;
     int turnsOfWork_ = 0;

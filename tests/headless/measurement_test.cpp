@@ -181,7 +181,7 @@ TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
          texts("Alignment Run Complete")},
         {"no image", failing(kMount, "Expose"), texts("Error 7: Broken\r\nmod cmdRun"),
          texts("Error 7: Broken\r\nmod cmdRun")},
-        {"an image that isn't there", storing("PolarAlign", "SaveImages", "1"),
+        {"an image that isn't there", answering(kMount, "SaveImageToFile", true),
          texts("Failed to Solve Plate!!", "Polar Align Aborted !!")},
         {"a folder without a catalogue", storing("Solve", "ppCatPath3", "D:\\Stars"),
          texts("** PinPoint Error - Please Verify Settngs **", "Polar Align Aborted !!")},
@@ -227,6 +227,93 @@ TEST(Measurement, ASolvedRunTellsItsStory) {
          {"Telescope at RA = ", "Plate 3 Dec = ", "Theta = ", "Gamma = ", "Elevation error: ",
           "Azimuth error: ", " Degrees from Pole (Dec units)", " Degrees CCW from Up", ", Dec Offset = "})
         EXPECT_THAT(result.log, Contains(HasSubstr(part)));
+}
+
+/// What a measurement relies on is out of reach while it is under way, and back afterwards; its own buttons,
+/// the exposures of a correction and what only shows aren't touched.
+TEST(Measurement, WhatItReliesOnIsOutOfReachWhileItIsUnderWay) {
+    const Lines held = texts("frmMain.txtDeltaRA", "frmMain.optSlewWest", "frmMain.cmdExposeSolve",
+                             "frmMain.txtImagePath", "frmMain.txtSiteLat", "frmMain.optImagingSoftware(0)",
+                             "frmMain.optPlateSolveMethod(1)", "frmMain.cmdTestCatPath",
+                             "frmTelescope.cmdPickTelescope", "frmTelescope.cmdDisconnectTelescope");
+    const Lines free = texts("frmMain.cmdStop", "frmMain.txtContinuousExposeInterval", "frmMain.cmdLog",
+                             "frmMain.chkCrossHairEnable", "frmMain.mnuSetOptions");
+    const auto look = [&](Script& script, const std::string& moment) {
+        for (const auto& list : {held, free})
+            for (const std::string& control : list) script.read(control, moment + control);
+    };
+    Script script;
+    script.waitIdle();
+    look(script, "before ");
+    script.click("frmMain.cmdRun").waitForLog("***** Exposing Image 1 *****");
+    look(script, "during ");
+    script.click("frmMain.cmdExposeSolve").click("frmMain.optSlewWest").type("frmMain.txtDeltaRA", "3");
+    script.click("frmTelescope.cmdDisconnectTelescope").waitForNext();
+    look(script, "offered ");
+    script.click("frmMain.cmdSkip").waitIdle();
+    look(script, "after ");
+    const auto result = script.run();
+    const auto enabled = [&](const std::string& moment, const std::string& control) {
+        return result.reply(moment + control)["enabled"] == true;
+    };
+    for (const std::string& control : held) {
+        EXPECT_FALSE(enabled("during ", control)) << control;
+        EXPECT_FALSE(enabled("offered ", control)) << control;
+        EXPECT_EQ(enabled("after ", control), enabled("before ", control)) << control;
+    }
+    for (const std::string& control : free) EXPECT_TRUE(enabled("during ", control)) << control;
+    EXPECT_THAT(result.log, testing::Not(Contains("** Expose & Plate Solve **")));
+}
+
+/// A prompt that asks for other settings has to let them be changed; what is tried meanwhile doesn't keep the
+/// program from closing.
+TEST(Measurement, AFailurePromptLetsTheOperatorMendAndClose) {
+    Script script;
+    script.giveBack(kPlate, "Solve", false).waitIdle().click("frmMain.cmdRun").waitForNext();
+    for (const char* control : {"frmMain.txtDeltaRA", "frmMain.cmdExposeSolve", "frmMain.txtSolveScaleH"})
+        script.read(control);
+    script.startLog().click("frmMain.cmdExposeSolve").send({{"do", "close"}, {"window", "frmMain"}});
+    const auto result = script.advance(10).send({{"id", "windows"}, {"do", "windows"}}).run();
+    for (const char* control : {"frmMain.txtDeltaRA", "frmMain.cmdExposeSolve", "frmMain.txtSolveScaleH"})
+        EXPECT_EQ(result.reply(control)["enabled"], true) << control;
+    EXPECT_TRUE(result.reply("windows")["windows"].empty()) << "closed";
+    EXPECT_THAT(result.log, testing::Not(Contains("Plate Solve failed")));
+}
+
+TEST(Measurement, AnExposureWithASolveComesBeforeWhatIsStartedMeanwhile) {
+    Script script;
+    script.setting("Main", "MyTelescopeID", "ScopeSim.Telescope").waitIdle();
+    script.startLog().click("frmMain.cmdExposeSolve").advance(2);
+    script.click("frmMain.cmdRun").click("frmMain.cmdExposeSolve").click("frmMain.cmdRun").waitForNext();
+    const auto result = script.click("frmMain.cmdSkip").waitIdle().run();
+    const auto at = [&](const std::string& line) {
+        return std::find(result.log.begin(), result.log.end(), line) - result.log.begin();
+    };
+    EXPECT_EQ(std::count(result.log.begin(), result.log.end(), "** Expose & Plate Solve **"), 1);
+    EXPECT_EQ(std::count(result.log.begin(), result.log.end(), "Run waits until Expose & Solve has ended"),
+              1);
+    EXPECT_LT(at("Step 3: Solve the plate..."), at("Start Alignment Run"));
+    EXPECT_THAT(result.log, Contains("Alignment Run Complete"));
+}
+
+TEST(Measurement, AnEarlierStopDoesNotKeepAnExposureFromBeingSolved) {
+    for (const char* mount : {kMount, "ScopeSim.Telescope"}) {
+        Script script;
+        script.setting("Main", "MyTelescopeID", mount).waitIdle().click("frmMain.cmdRun").advance(3);
+        script.click("frmMain.cmdStop").waitIdle();
+        const auto result = script.startLog().click("frmMain.cmdExposeSolve").waitIdle().run();
+        EXPECT_THAT(result.log, Contains(HasSubstr(" RA Error = "))) << mount;
+    }
+}
+
+TEST(Measurement, ImagesOfTheirOwnNamesAreSavedAndSolved) {
+    for (const char* mount : {kMount, "ScopeSim.Telescope"}) {
+        Script script;
+        script.setting("PolarAlign", "SaveImages", "1").setting("Main", "MyTelescopeID", mount);
+        const auto result =
+            script.waitIdle().click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
+        EXPECT_THAT(result.log, Contains("Alignment Run Complete")) << mount;
+    }
 }
 
 }  // namespace

@@ -1,0 +1,78 @@
+// restless_operator: an operator who clicks, types and closes at random, and one who presses Stop in every
+// turn of the loop. Whatever he does, the program ends within ten seconds of his wish, a measurement that
+// succeeds is right, and nothing exposes or slews after a Stop.
+//
+//   restless_operator [--nights N] [--seed FIRST] [--stops N]
+//
+// --nights random nights for each set-up from that seed on, --stops as many places to stop for each activity.
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+#include "faults/night.h"
+
+namespace {
+
+using namespace vantrel::faults;
+
+class Report {
+  public:
+    void add(const std::string& name, const Outcome& outcome) {
+        ++nights_;
+        for (const std::string& defect : outcome.defects) {
+            ++defects_;
+            std::cout << name << ": " << defect << std::endl;
+        }
+    }
+    int result() const {
+        std::cout << nights_ << " nights, " << defects_ << " defects\n";
+        return defects_ == 0 && nights_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+
+  private:
+    long nights_ = 0, defects_ = 0;
+};
+
+void spendNights(Report& report, long nights, long first) {
+    for (long seed = first; seed < first + nights; ++seed) {
+        const Equipment& equipment = kSetUps[seed % std::size(kSetUps)];
+        Outcome outcome;
+        try {
+            outcome = Night(equipment).spendRestlessly(static_cast<std::uint64_t>(seed));
+        } catch (const std::exception& error) {
+            outcome.defects.push_back(std::string("doesn't end: ") + error.what());
+        }
+        report.add(std::string(equipment.name) + ", seed " + std::to_string(seed), outcome);
+    }
+}
+
+void stopEverywhere(Report& report, long stops) {
+    for (const Equipment& equipment : kSetUps)
+        for (const Activity activity : {Activity::kMeasurement, Activity::kCorrection}) {
+            const long turns = Night(equipment).turnsOf(activity);
+            for (long i = 0; i < stops; ++i) {
+                const long turn = turns * i / stops;
+                report.add(std::string(equipment.name) + ", " + nameOf(activity) + ", Stop in turn " +
+                               std::to_string(turn) + " of " + std::to_string(turns),
+                           Night(equipment).stopInTurn(activity, turn));
+            }
+        }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    long nights = 0, first = 0, stops = 0;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string option = argv[i];
+        const long value = std::atol(argv[i + 1]);
+        if (option == "--nights") nights = value;
+        if (option == "--seed") first = value;
+        if (option == "--stops") stops = value;
+    }
+    Report report;
+    spendNights(report, nights, first);
+    stopEverywhere(report, stops);
+    return report.result();
+}
