@@ -78,7 +78,9 @@ void TelescopeLink::ChooseTelescope() {
     attempt(kChoose, [&] {
         const ObjectRef chooser = services_.automation.create("DriverHelper.Chooser");
         required(chooser).put("DeviceType", "Telescope");
-        TelescopeProgID_ = required(chooser).call("Choose", {TelescopeProgID_}).toText();
+        // Some choosers return nothing when the operator cancels: the driver in use stays.
+        const std::string chosen = required(chooser).call("Choose", {TelescopeProgID_}).toText();
+        if (!chosen.empty()) TelescopeProgID_ = chosen;
         TelescopeName_ = GetTelescopeFriendlyName(TelescopeProgID_);
         window_.txtTelescopeName.setText(TelescopeName_);
         services_.settings.SaveMainSetting("MyTelescopeID", TelescopeProgID_);

@@ -20,7 +20,8 @@ class TelescopeLink : public engine::TelescopePort {
   public:
     TelescopeLink(const Services& services, engine::UtilityPort& utility, frmTelescope& window);
 
-    /// Lets the operator choose the driver, remembers the choice and connects to it.
+    /// Lets the operator choose the driver, remembers the choice and connects to it. When nothing is chosen
+    /// the driver stays.
     void ChooseTelescope();
     /// Creates the chosen driver and connects to it, unless one is connected already.
     void LoadTelescope();

@@ -151,6 +151,17 @@ TEST(TelescopeLink, ChoosingRemembersAndLoads) {
     EXPECT_TRUE(world.link.TelescopeIsConnected());
 }
 
+TEST(TelescopeLink, ChoosingNothingKeepsTheDriver) {
+    TelescopeWorld world;
+    world.choice = "";
+    world.link.setTelescopeProgID(kScope);
+    world.link.ChooseTelescope();
+    EXPECT_EQ(world.settings.GetSetting("Main", "MyTelescopeID", "none"), kScope);
+    EXPECT_EQ(world.window.txtTelescopeName.text(), "Friendly ScopeSim.Telescope");
+    EXPECT_TRUE(world.link.TelescopeIsConnected());
+    EXPECT_THAT(world.log.lines, ElementsAre("Telescope Fake Mount is connected"));
+}
+
 TEST(TelescopeLink, ClosesTheLoadingNoticeThatStillStands) {
     TelescopeWorld world;
     world.connect();

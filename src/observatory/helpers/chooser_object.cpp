@@ -19,7 +19,8 @@ std::string ChooserObject::choose(const std::string& current) const {
     std::vector<DriverChoice> drivers;
     for (const std::string& progId : classes_.installed(deviceType_))
         drivers.push_back({progId, classes_.profileDescription(deviceType_, progId)});
-    return dialog_ ? dialog_(deviceType_ + " Chooser", drivers, current) : "";
+    const std::string chosen = dialog_ ? dialog_(deviceType_ + " Chooser", drivers, current) : "";
+    return chosen.empty() ? current : chosen;
 }
 
 }  // namespace vantrel::observatory

@@ -21,7 +21,7 @@ using ChooserDialog = std::function<std::string(
     const std::string& title, const std::vector<DriverChoice>& drivers, const std::string& current)>;
 
 /// "DeviceType" says which drivers are offered ("Telescope" at the start); "Choose"(current ProgID) returns
-/// the chosen ProgID, or an empty text.
+/// the chosen ProgID; the current one when the operator cancelled.
 class ChooserObject : public platform::DispatchObject {
   public:
     ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog);

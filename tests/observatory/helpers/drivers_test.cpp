@@ -44,6 +44,13 @@ TEST_F(DriversTest, ChooserOffersTheDriversOfTheType) {
     EXPECT_THAT(shown, ElementsAre("Focuser Chooser", "", "One.Focuser=A focuser"));
 }
 
+TEST_F(DriversTest, CancellingTheChooserReturnsTheCurrentDriver) {
+    const ChooserDialog dialogs[] = {[](const auto&, const auto&, const auto&) { return ""; }, nullptr};
+    for (const ChooserDialog& dialog : dialogs)
+        for (const char* current : {"Two.Telescope", "Gone.Telescope", ""})
+            EXPECT_EQ(ChooserObject(classes_, dialog).call("Choose", {current}).toText(), current);
+}
+
 TEST_F(DriversTest, ProfileKnowsDescriptionsAndKeepsValues) {
     profile_.call("WriteValue", {"One.Telescope", "Port", "COM3"});
     profile_.call("WriteValue", {"One.Telescope", "Port", "COM4", "Spare"});
