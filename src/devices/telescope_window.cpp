@@ -45,6 +45,7 @@ void TelescopeWindow::linkAtStartUp() {
 void TelescopeWindow::cmdTelescope_Click() {
     window_.show();
     window_.setOnTop(true);
+    link_.clearDisconnectRequest();
     link_.YieldPause();
     link_.EnsureTelescopeConnected();
 }
@@ -111,6 +112,8 @@ void TelescopeWindow::cmdConnectTelescope_Click() {
     // An earlier Disconnect is over: otherwise the timer would undo this connection.
     link_.clearDisconnectRequest();
     link_.ConnectTelescope();
+    // Where no driver could be created the timer has nothing to watch.
+    if (!link_.TelescopeIsConnected()) showNotConnected();
 }
 
 void TelescopeWindow::cmdDisconnectTelescope_Click() {
@@ -142,13 +145,17 @@ void TelescopeWindow::Timer1_Timer() {
 }
 
 void TelescopeWindow::showLinkDown() {
+    showNotConnected();
+    link_.clearDisconnectRequest();
+    link_.releaseDriver();
+}
+
+void TelescopeWindow::showNotConnected() {
     const bool hasTelescope = !window_.txtTelescopeName.text().empty();
     window_.txtTelescopeSelectionStatus.setText(" Not Connected");
-    link_.clearDisconnectRequest();
     window_.cmdConnectTelescope.setEnabled(hasTelescope);
     window_.cmdTelescopeSetup.setEnabled(hasTelescope);
     window_.cmdDisconnectTelescope.setEnabled(false);
-    link_.releaseDriver();
 }
 
 }  // namespace vantrel::devices

@@ -28,6 +28,7 @@ class TelescopeWindow {
     void cmdDisconnectTelescope_Click();
     void Timer1_Timer();
     void showLinkDown();
+    void showNotConnected();
     std::string storedTelescope();
 
     Services services_;

@@ -172,15 +172,33 @@ TEST(TelescopeWindow, ButtonsConnectAndDisconnect) {
 
     world.fail(kScope, "create", 429, 1);
     world.window.cmdConnectTelescope.click();
-    EXPECT_EQ(world.look(), " Connecting -SD");
     EXPECT_TRUE(world.log.has("Error 429: it broke\r\nmodComponents Sub ConnectTelescope"));
-
-    world.window.cmdDisconnectTelescope.click();
-    EXPECT_EQ(world.look(), " Disconnecting CS-");
+    EXPECT_EQ(world.look(), " Not Connected CS-");
 
     world.window.cmdConnectTelescope.click();
     world.pass(3);
     EXPECT_EQ(world.look(), " Connected -SD") << "a Disconnect before doesn't undo it";
+}
+
+TEST(TelescopeWindow, SaysThatItConnectsWhileItDoes) {
+    WindowWorld world;
+    world.open();
+    world.window.cmdDisconnectTelescope.click();
+    std::string meanwhile;
+    world.messages.whileShowing = [&] { meanwhile = world.look(); };
+    world.window.cmdConnectTelescope.click();
+    EXPECT_EQ(meanwhile, " Connecting -SD");
+}
+
+TEST(TelescopeWindow, MainButtonConnectsOnceAfterADisconnect) {
+    WindowWorld world;
+    world.open();
+    world.window.cmdDisconnectTelescope.click();
+    world.forget();
+    world.behaviour.cmdTelescope_Click();
+    world.pass(3);
+    EXPECT_THAT(actionsOn(world.host, kScope), ElementsAre("create", "put Connected True"));
+    EXPECT_EQ(world.look(), " Connected -SD");
 }
 
 TEST(TelescopeWindow, SelectingNeverHoldsTwoConnections) {
