@@ -155,6 +155,7 @@ void ImagingSoftwareChoice::useCCDSoft() {
     stopExposeSeries();
     setProgram(kCCDSoft);
     LaunchCCDSoft();
+    if (!isInForce(kCCDSoft)) return;
     controls_.optAutoAstrometry.setEnabled(true);
 }
 
@@ -162,8 +163,14 @@ void ImagingSoftwareChoice::useMaxIm() {
     stopExposeSeries();
     setProgram(kMaxIm);
     LaunchMaxIm();
+    if (!isInForce(kMaxIm)) return;
     controls_.optPinPoint.select();
     controls_.optAutoAstrometry.setEnabled(false);
+}
+
+/// False once the operator chose the other program while this one was waited for, or the program ends.
+bool ImagingSoftwareChoice::isInForce(const std::string& program) const {
+    return programs_.ImagingSoftware == program && !services_.state.AppUnloading;
 }
 
 void ImagingSoftwareChoice::stopExposeSeries() {
@@ -235,7 +242,7 @@ void ImagingSoftwareChoice::LaunchCCDSoft() {
             services_.loop.yield();
             ShellOpenFile(path);
             services_.loop.yield();
-            if (services_.state.AppUnloading) return;
+            if (!isInForce(kCCDSoft)) return;
         }
         popUp(lines({" Conecting to Camera ", " Please wait "}), kLongMessage);
         services_.loop.yield();
@@ -293,9 +300,8 @@ void ImagingSoftwareChoice::ShellOpenFile(const std::string& path) {
         services_.log.AddToLog("Unable to open " + path + " because of error " + std::to_string(result));
         return;
     }
-    const bool& ending = services_.state.AppUnloading;
-    while (!ending && windows_.FindCCDSoftWindow() == 0) WaitSeconds(services_.loop, 1);
-    while (!ending && !desktop_.programIsIdle(path)) WaitSeconds(services_.loop, 1);
+    while (isInForce(kCCDSoft) && windows_.FindCCDSoftWindow() == 0) WaitSeconds(services_.loop, 1);
+    while (isInForce(kCCDSoft) && !desktop_.programIsIdle(path)) WaitSeconds(services_.loop, 1);
 }
 
 // ---- both

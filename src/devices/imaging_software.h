@@ -58,6 +58,7 @@ class ImagingSoftwareChoice {
     void useMaxIm();
     void setProgram(const std::string& program);
     void selectOption(const std::string& program);
+    bool isInForce(const std::string& program) const;
     void stopExposeSeries();
     void reportNoProgram();
     void askOperator();

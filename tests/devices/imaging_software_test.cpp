@@ -101,6 +101,34 @@ TEST(ImagingSoftwareChoice, RestrictsThePlateSolveMethods) {
     EXPECT_EQ(world.stored(), "CCDSoft");
 }
 
+TEST(ImagingSoftwareChoice, TheLastChoiceCountsThatIsMadeWhileAProgramIsWaitedFor) {
+    struct Case {
+        const char* why;
+        bool maxImFirst;
+        std::function<void(ChoiceWorld&)> prepare;
+    };
+    const auto missing = [](ChoiceWorld& world) { world.registry.uninstall("CCDSoft.Camera"); };
+    const auto withoutWindow = [](ChoiceWorld& world) {
+        world.desktop.installProgram(world.kCCDSoftPath, {nullptr, "5.01.0"});
+    };
+    const auto tooOld = [](ChoiceWorld& world) { world.fail("MaxIm.CCDCamera", "DisableAutoShutdown", 438); };
+    for (const Case& c :
+         {Case{"CCDSoft is missing", false, missing}, Case{"CCDSoft shows no window", false, withoutWindow},
+          Case{"MaxIm is too old", true, tooOld}}) {
+        SCOPED_TRACE(c.why);
+        ChoiceWorld world;
+        c.prepare(world);
+        world.main.show();
+        auto& first = c.maxImFirst ? world.panel.optMaxIm : world.panel.optCCDSoft;
+        auto& second = c.maxImFirst ? world.panel.optCCDSoft : world.panel.optMaxIm;
+        const auto choose = world.loop.after(platform::Milliseconds{2500}, [&] { second.click(); });
+        first.select();
+        EXPECT_EQ(world.programs.usesCCDSoft(), c.maxImFirst);
+        EXPECT_EQ(world.optAutoAstrometry.enabled(), c.maxImFirst);
+        EXPECT_EQ(world.programs.ccdSoftCamera != nullptr, c.maxImFirst);
+    }
+}
+
 TEST(ImagingSoftwareChoice, EndsASeriesOfExposuresFirst) {
     for (const auto color :
          {platform::color::kRed, platform::color::kDarkGreen, platform::color::kButtonFace}) {
