@@ -29,11 +29,12 @@ std::string libraryError(int status) {
 
 }  // namespace
 
-LibraryFile::LibraryFile(const std::filesystem::path& path, int mode) : path_(path) {
+LibraryFile::LibraryFile(const std::filesystem::path& path, int mode, const std::filesystem::path& name)
+    : name_(name.empty() ? path : name) {
     check(fits_open_diskfile(&file_, path.c_str(), mode, &status_));
 }
 
-LibraryFile::LibraryFile(const std::filesystem::path& path) : path_(path) {
+LibraryFile::LibraryFile(const std::filesystem::path& path, const std::filesystem::path& name) : name_(name) {
     check(fits_create_diskfile(&file_, path.c_str(), &status_));
 }
 
@@ -44,7 +45,7 @@ LibraryFile::~LibraryFile() {
 }
 
 void LibraryFile::check(int status) const {
-    if (status != 0) failFits(path_, libraryError(status));
+    if (status != 0) failFits(name_, libraryError(status));
 }
 
 void LibraryFile::close() {
@@ -90,7 +91,7 @@ FitsLayout LibraryFile::findImage() {
         check(fits_get_img_paramll(file_, 3, &bitpix, &axes, sizes, &status_));
         if (axes == 2 || axes == 3) return {bitpix, sizes[0], sizes[1], sizes[2]};
     }
-    failFits(path_, "holds no image");
+    failFits(name_, "holds no image");
 }
 
 std::int64_t checkUnpackedSize(const std::filesystem::path& path) {

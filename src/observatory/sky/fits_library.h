@@ -15,9 +15,12 @@ namespace vantrel::observatory {
 
 class LibraryFile {
   public:
-    /// Opens a file; `mode` is READONLY or READWRITE. Throws FitsError.
-    LibraryFile(const std::filesystem::path& path, int mode);
-    static LibraryFile create(const std::filesystem::path& path) { return LibraryFile(path); }
+    /// Opens a file; `mode` is READONLY or READWRITE. Failures name it by its path, or by `name`. Throws
+    /// FitsError.
+    LibraryFile(const std::filesystem::path& path, int mode, const std::filesystem::path& name = {});
+    static LibraryFile create(const std::filesystem::path& path, const std::filesystem::path& name) {
+        return LibraryFile(path, name);
+    }
     ~LibraryFile();
     LibraryFile(const LibraryFile&) = delete;
     LibraryFile& operator=(const LibraryFile&) = delete;
@@ -36,9 +39,9 @@ class LibraryFile {
     FitsLayout findImage();
 
   private:
-    explicit LibraryFile(const std::filesystem::path& path);
+    LibraryFile(const std::filesystem::path& path, const std::filesystem::path& name);
 
-    std::filesystem::path path_;
+    std::filesystem::path name_;  // in messages
     fitsfile* file_ = nullptr;
     int status_ = 0;
 };

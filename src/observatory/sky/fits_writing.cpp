@@ -13,7 +13,8 @@ namespace vantrel::observatory {
 
 namespace {
 
-/// Writes beside the target and takes its place when complete.
+/// Writes beside the target and takes its place when complete. The operator knows the target's name only:
+/// what goes wrong is told of that.
 template <typename Write>
 void replaceFile(const std::filesystem::path& target, Write&& write) {
     std::filesystem::path partial = target;
@@ -62,25 +63,26 @@ void removeOldWcs(LibraryFile& file) {
     fits_clear_errmsg();
 }
 
-void copyWithWcs(const std::filesystem::path& source, bool packed, const std::filesystem::path& target,
-                 const TangentWcs& wcs) {
+/// Makes the file `partial` of what is to become `target`.
+void copyWithWcs(const std::filesystem::path& source, bool packed, const std::filesystem::path& partial,
+                 const std::filesystem::path& target, const TangentWcs& wcs) {
     if (packed) {
         checkUnpackedSize(source);
         LibraryFile from(source, READONLY);
-        auto to = LibraryFile::create(target);
+        auto to = LibraryFile::create(partial, target);
         from.check(fits_copy_file(from.get(), to.get(), 1, 1, 1, from.status()));
         to.close();
     } else {
         std::error_code error;
-        std::filesystem::copy_file(source, target, error);
+        std::filesystem::copy_file(source, partial, error);
         if (error) {
             failFits(source,
                      "can't be copied to \"" + target.parent_path().string() + "\": " + error.message());
         }
-        std::filesystem::permissions(target, std::filesystem::perms::owner_write,
+        std::filesystem::permissions(partial, std::filesystem::perms::owner_write,
                                      std::filesystem::perm_options::add, error);
     }
-    LibraryFile file(target, READWRITE);
+    LibraryFile file(partial, READWRITE, target);
     const FitsLayout layout = file.findImage();
     removeOldWcs(file);
     const bool bottomUp = file.header().isBottomUp();
@@ -104,7 +106,7 @@ void writePixels(const std::filesystem::path& path, std::size_t width, std::size
         throw std::invalid_argument("pixels and size disagree");
     const FitsPixelType type = fitsPixelType(pixels.data());
     replaceFile(path, [&](const std::filesystem::path& partial) {
-        auto file = LibraryFile::create(partial);
+        auto file = LibraryFile::create(partial, path);
         LONGLONG sizes[2] = {static_cast<LONGLONG>(width), static_cast<LONGLONG>(height)};
         file.check(fits_create_imgll(file.get(), type.image, 2, sizes, file.status()));
         for (const FitsCard& card : cards) writeCard(file, card);
@@ -159,7 +161,7 @@ void writeWcs(const std::filesystem::path& source, const std::filesystem::path& 
     }
     replaceFile(target, [&](const std::filesystem::path& partial) {
         guardedLibraryCall(source, [&] {
-            copyWithWcs(source, packed, partial, wcs);
+            copyWithWcs(source, packed, partial, target, wcs);
             return std::string();
         });
     });

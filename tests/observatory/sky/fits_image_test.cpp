@@ -201,6 +201,32 @@ TEST(WriteFits, ReplacesTheFileOnlyWhenComplete) {
         EXPECT_EQ(entry.path().filename(), "written.fits");
 }
 
+TEST(WriteFits, FailuresNameTheFileThatWasToBeWritten) {
+    const test::TempFolder folder;
+    const std::vector<std::uint16_t> values(4, 7);
+    const std::string text(5000, 'x');
+    std::ofstream(folder / "text") << text;
+    const TangentWcs wcs{{0, 0}, {0, 0}, {1, 0, 0, 1}};
+    const struct {
+        const char* why;
+        std::filesystem::path target;
+        std::function<void(const std::filesystem::path&)> write;
+    } cases[] = {
+        {"a value that FITS has no text for", folder / "image.fits",
+         [&](const auto& target) {
+             writeFits(target, 2, 2, values, {{"EXPTIME", std::nan("")}});
+         }},
+        {"no such folder", folder / "none/image.fits",
+         [&](const auto& target) { writeFits(target, 2, 2, values, {}); }},
+        {"the source is no image", folder / "solved.fits",
+         [&](const auto& target) { writeWcs(folder / "text", target, wcs); }},
+    };
+    for (const auto& c : cases) {
+        const std::string error = test::refusalOf<FitsError>([&] { c.write(c.target); });
+        EXPECT_TRUE(error.starts_with(c.target.string() + ": ")) << c.why << ": " << error;
+    }
+}
+
 TEST(WriteWcs, IsReadBackInArrayPixelsForBothRowOrders) {
     const test::TempFolder folder;
     const std::vector<std::uint16_t> values(50 * 30, 100);
