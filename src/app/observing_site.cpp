@@ -16,15 +16,17 @@ constexpr const char* kLongitude = "SiteLongitude";
 }  // namespace
 
 ObservingSite::ObservingSite(SetupPanel& panel, engine::SettingsPort& settings, engine::LogPort& log,
-                             engine::UtilityPort& utility, engine::RunState& state, MountSite mount)
+                             engine::MessagePort& messages, engine::UtilityPort& utility,
+                             engine::RunState& state, MountSite mount)
     : panel_(panel),
       settings_(settings),
       log_(log),
+      messages_(messages),
       utility_(utility),
       state_(state),
       mount_(std::move(mount)) {
-    panel_.txtSiteLat.onLeave = [this] { SetSite(); };
-    panel_.txtSiteLong.onLeave = [this] { SetSite(); };
+    panel_.txtSiteLat.onLeave = [this] { leave(); };
+    panel_.txtSiteLong.onLeave = [this] { leave(); };
     panel_.chkUseTelescopeLocation.onClick = [this] { chkUseTelescopeLocation_Click(); };
 }
 
@@ -55,14 +57,43 @@ bool ObservingSite::showStored(const char* key, TextBox& box) {
     return true;
 }
 
+void ObservingSite::leave() {
+    refuseNonsense(panel_.txtSiteLong, kLongitude, SiteAxis::kLongitude);
+    refuseNonsense(panel_.txtSiteLat, kLatitude, SiteAxis::kLatitude);
+    SetSite();
+}
+
+/// The box goes back to what is stored. One that was never filled may be left empty.
+void ObservingSite::refuseNonsense(TextBox& box, const char* key, SiteAxis axis) {
+    if (readSiteAngle(box.text(), axis)) return;
+    const std::string refused = box.text();
+    try {
+        if (!showStored(key, box)) box.setText("");
+    } catch (...) {
+        box.setText("");  // neither can that be read
+    }
+    if (refused == box.text()) return;
+    state_.LastMessage = noSiteAngle(refused, axis);
+    log_.AddToLog(state_.LastMessage);
+    messages_.ShowPopupMessage(state_.LastMessage, 5);
+}
+
 void ObservingSite::SetSite() {
     try {
-        settings_.SaveMainSetting(kLongitude, toText(utility_.DMSToDegrees(panel_.txtSiteLong.text())));
-        settings_.SaveMainSetting(kLatitude, toText(utility_.DMSToDegrees(panel_.txtSiteLat.text())));
+        store(kLongitude, panel_.txtSiteLong, SiteAxis::kLongitude);
+        store(kLatitude, panel_.txtSiteLat, SiteAxis::kLatitude);
     } catch (...) {
         state_.LastMessage = errorReport(currentError(), "frmMain Sub SetSite");
         log_.AddToLog(state_.LastMessage);
     }
+}
+
+/// The utility reads signs, not the letters of hemispheres.
+void ObservingSite::store(const char* key, const TextBox& box, SiteAxis axis) {
+    if (box.text().empty()) return;
+    const auto angle = readSiteAngle(box.text(), axis);
+    const double degrees = utility_.DMSToDegrees(angle ? angle->unlettered : box.text());
+    settings_.SaveMainSetting(key, toText(angle && angle->opposite ? -degrees : degrees));
 }
 
 void ObservingSite::chkUseTelescopeLocation_Click() {

@@ -7,6 +7,7 @@
 #include "app/setup_panel.h"
 #include "engine/ports.h"
 #include "engine/run_state.h"
+#include "platform/site_angle.h"
 
 namespace vantrel::app {
 
@@ -19,7 +20,8 @@ class ObservingSite {
   public:
     /// Takes over the fields' events.
     ObservingSite(SetupPanel& panel, engine::SettingsPort& settings, engine::LogPort& log,
-                  engine::UtilityPort& utility, engine::RunState& state, MountSite mount);
+                  engine::MessagePort& messages, engine::UtilityPort& utility, engine::RunState& state,
+                  MountSite mount);
 
     /// Ticks "Use telescope" as stored, which reads the site from the mount.
     void restoreUseTelescope();
@@ -27,10 +29,13 @@ class ObservingSite {
     /// Shows the stored site; false, and logged, when it is missing or can't be read.
     bool CheckSite();
 
-    /// Stores what the fields show. Fields that can't be read are logged and nothing is stored for them.
+    /// Stores what the fields show; nothing for one that is empty. Failures are logged.
     void SetSite();
 
   private:
+    void leave();
+    void refuseNonsense(platform::TextBox& box, const char* key, platform::SiteAxis axis);
+    void store(const char* key, const platform::TextBox& box, platform::SiteAxis axis);
     void chkUseTelescopeLocation_Click();
     void useTelescopeSite();
     bool showStored(const char* key, platform::TextBox& box);
@@ -38,6 +43,7 @@ class ObservingSite {
     SetupPanel& panel_;
     engine::SettingsPort& settings_;
     engine::LogPort& log_;
+    engine::MessagePort& messages_;
     engine::UtilityPort& utility_;
     engine::RunState& state_;
     MountSite mount_;

@@ -30,7 +30,7 @@ Parts::Parts(const platform::Machine& surroundings)
           deviceServices, machine.windows, imagingPrograms, imagingWindows, camera,
           {main.imaging, main.run.cmdExpose, main.plateSolve.optPinPoint, main.plateSolve.optAutoAstrometry},
           selectForm),
-      site(main.setup, settings, log, utility, state,
+      site(main.setup, settings, log, popups, utility, state,
            {[this] { return telescope.mountLatitude(); }, [this] { return telescope.mountLongitude(); }}),
       solveServices{machine.loop, machine.automation, machine.folders, settings, log, utility, state},
       catalogs(main.plateSolve, settings, machine.dialogs),

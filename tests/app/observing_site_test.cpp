@@ -23,8 +23,14 @@ struct ObservingSiteTest : testing::Test, test::AppWorld {
     SetupPanel& panel = form.setup;
     test::RecordingLog log;
     std::optional<double> latitude, longitude;  // what the mount says
-    ObservingSite site{panel,   settings, log,
-                       utility, state,    {[this] { return latitude; }, [this] { return longitude; }}};
+    test::RecordingMessages messages;
+    ObservingSite site{panel,
+                       settings,
+                       log,
+                       messages,
+                       utility,
+                       state,
+                       {[this] { return latitude; }, [this] { return longitude; }}};
 
     void SetUp() override {
         observatory.install(classes);
@@ -69,6 +75,45 @@ TEST_F(ObservingSiteTest, AUtilityThatFailsIsNamed) {
     host.inject({"DriverHelper.Util", "DegreesToDMS", {7, "Helper", "broken"}, std::nullopt, 0, -1});
     EXPECT_FALSE(site.CheckSite());
     EXPECT_EQ(log.lines.front(), "Helper error: broken (7)");
+}
+
+TEST_F(ObservingSiteTest, StoresWhatTheOperatorWritesOnBothHemispheres) {
+    const struct {
+        const char *latitude, *longitude;
+        std::optional<std::string> storedLatitude, storedLongitude;
+    } rows[] = {
+        {"48d 30m 00.0s", "-11d 15m 00.0s", "48.5", "-11.25"},
+        {"48.5 S", "W 11 15", "-48.5", "-11.25"},
+        {"48:30 N", "11.25", "48.5", "11.25"},
+        {"48.5", "", "48.5", std::nullopt},
+    };
+    for (const auto& row : rows) {
+        for (const char* key : {"SiteLatitude", "SiteLongitude"}) memory.remove("Main", key);
+        panel.txtSiteLong.setText(row.longitude);
+        panel.txtSiteLat.type(row.latitude);
+        panel.txtSiteLat.leave();
+        EXPECT_EQ(memory.read("Main", "SiteLatitude"), row.storedLatitude) << row.latitude;
+        EXPECT_EQ(memory.read("Main", "SiteLongitude").value_or(""), row.storedLongitude.value_or(""))
+            << row.longitude;
+        EXPECT_EQ(panel.txtSiteLat.text(), row.latitude);
+    }
+    EXPECT_TRUE(log.lines.empty());
+}
+
+TEST_F(ObservingSiteTest, RefusesNonsenseAndKeepsTheFormerSite) {
+    memory.write("Main", "SiteLatitude", "48.5");
+    memory.write("Main", "SiteLongitude", "-11.25");
+    ASSERT_TRUE(site.CheckSite());
+    for (const char* nonsense : {"north", "48.5 E", "91", ""}) {
+        panel.txtSiteLat.type(nonsense);
+        panel.txtSiteLat.leave();
+        EXPECT_EQ(panel.txtSiteLat.text(), utility.DegreesToDMS(48.5)) << nonsense;
+        EXPECT_EQ(memory.read("Main", "SiteLatitude"), "48.5") << nonsense;
+        EXPECT_EQ(messages.shown.back().text, platform::noSiteAngle(nonsense, platform::SiteAxis::kLatitude));
+        EXPECT_EQ(log.lines.back(), messages.shown.back().text);
+    }
+    EXPECT_EQ(memory.read("Main", "SiteLongitude"), "-11.25");
+    EXPECT_EQ(messages.shown.size(), 4u);
 }
 
 TEST_F(ObservingSiteTest, UsesTheTelescopesSiteWhenTheMountKnowsIt) {

@@ -65,8 +65,8 @@ SimulatorPanel::SimulatorPanel(platform::EventLoop& loop, platform::AutomationHo
       timer_(loop, platform::Milliseconds{250}),
       fields_{{window.txtAzimuthError, "PolarAzimuthError", "0.00", ""},
               {window.txtElevationError, "PolarElevationError", "0.00", ""},
-              {window.txtLatitude, "SiteLatitude", nullptr, ""},
-              {window.txtLongitude, "SiteLongitude", nullptr, ""},
+              {window.txtLatitude, "SiteLatitude", nullptr, "", platform::SiteAxis::kLatitude},
+              {window.txtLongitude, "SiteLongitude", nullptr, "", platform::SiteAxis::kLongitude},
               {window.txtFocalLength, "FocalLength", nullptr, ""},
               {window.txtPixelSize, "PixelSize", nullptr, ""},
               {window.txtWidth, "CameraWidth", "0", ""},
@@ -231,16 +231,28 @@ void SimulatorPanel::put(Field& field) {
     if (!simulator_ || text == field.shown) return;
     field.shown.clear();  // whatever the simulator makes of it is shown
     attempt([&] {
-        const auto value = platform::parseNumber(text);
-        if (!value)
-            throw platform::OperationError(platform::error_number::kTypeMismatch, "", text + " is no number");
-        simulator_->put(field.member, *value);
+        simulator_->put(field.member, numberIn(field));
         starsDue_ = {};  // the site may have changed
     });
     if (field.shown.empty()) {
         field.shown = textFor(field);
         field.box.setText(field.shown);
     }
+}
+
+double SimulatorPanel::numberIn(const Field& field) {
+    const std::string& text = field.box.text();
+    const auto refuse = [](const std::string& why) {
+        return platform::OperationError(platform::error_number::kTypeMismatch, "", why);
+    };
+    if (field.axis) {
+        const auto angle = platform::readSiteAngle(text, *field.axis);
+        if (!angle) throw refuse(platform::noSiteAngle(text, *field.axis));
+        return angle->degrees;
+    }
+    const auto value = platform::parseNumber(text);
+    if (!value) throw refuse(text + " is no number");
+    return *value;
 }
 
 /// Also called when the window follows the simulator, which then holds this value already.

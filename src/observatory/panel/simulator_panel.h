@@ -12,6 +12,7 @@
 #include "observatory/sky/noise.h"
 #include "platform/automation.h"
 #include "platform/event_loop.h"
+#include "platform/site_angle.h"
 #include "platform/timer.h"
 
 namespace vantrel::observatory {
@@ -31,6 +32,7 @@ class SimulatorPanel {
         const char* member;
         const char* pattern;  // none: as many figures as the number has
         std::string shown;    // the text last put there; another one is the operator's
+        std::optional<platform::SiteAxis> axis = std::nullopt;  // of an angle on the Earth
     };
     struct Switch {
         platform::CheckBox& box;
@@ -64,6 +66,7 @@ class SimulatorPanel {
 
     double number(const char* member) const;
     std::string textFor(const Field& field) const;
+    static double numberIn(const Field& field);
     /// Runs the operator's wish and shows what came of it; what goes wrong becomes the status.
     void attempt(const std::function<void()>& wish);
 

@@ -108,16 +108,27 @@ TEST_F(Panel, WhatIsNoValueIsSaidAndTakenBack) {
         TextBox& box;
         const char* text;
         const char* before;
-        const char* status;
+        std::string status;
     } cases[] = {{window.txtSeeing, "bad", "3", "bad is no number"},
                  {window.txtSeeing, "-1", "3", "Seeing must be between 0.1 and 120 arcsec"},
-                 {window.txtLatitude, "91", "50", "SiteLatitude must be between -90 and 90 degrees"}};
+                 {window.txtLatitude, "50 E", "50", noSiteAngle("50 E", platform::SiteAxis::kLatitude)},
+                 {window.txtLongitude, "181", "10", "SiteLongitude must be between -180 and 180 degrees"}};
     for (const auto& c : cases) {
         enter(c.box, c.text);
         EXPECT_EQ(c.box.text(), c.before);
         EXPECT_EQ(status(), c.status);
     }
     enter(window.txtSeeing, "2.5");
+    EXPECT_EQ(status(), "");
+}
+
+TEST_F(Panel, TheSiteMayBeWrittenWithItsHemispheres) {
+    enter(window.txtLatitude, "33 45 S");
+    EXPECT_EQ(window.txtLatitude.text(), "-33.75");
+    enter(window.txtLongitude, "W 70d 30m");
+    EXPECT_EQ(window.txtLongitude.text(), "-70.5");
+    EXPECT_EQ(get("SiteLatitude"), -33.75);
+    EXPECT_EQ(get("SiteLongitude"), -70.5);
     EXPECT_EQ(status(), "");
 }
 
