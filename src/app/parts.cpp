@@ -41,6 +41,7 @@ Parts::Parts(const platform::Machine& surroundings)
       solverTests(solveServices, main.plateSolve, catalogs),
       solver(pinPoint, imageLink, main.plateSolve, state),
       scaleCalculator(pixelScaleForm, main.plateSolve, settings),
+      Timer1(machine.loop, platform::Milliseconds{1000}),
       polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot),
       services{machine.loop, settings, log,       popups,          telescope, camera,
                solver,       utility,  polarPlot, correctionRelay, interlock},
@@ -53,6 +54,7 @@ Parts::Parts(const platform::Machine& surroundings)
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
       correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
     correctionRelay.target = &correction;
+    Timer1.onTick = [this] { scaleCalculator.recompute(); };
 }
 
 }  // namespace vantrel::app

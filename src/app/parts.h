@@ -29,6 +29,7 @@
 #include "platesolve/solver_fields.h"
 #include "platesolve/solver_tests.h"
 #include "platform/machine.h"
+#include "platform/timer.h"
 
 namespace vantrel::app {
 
@@ -91,6 +92,7 @@ struct Parts {
     platesolve::SolverTests solverTests;
     platesolve::PlateSolver solver;
     platesolve::ScaleCalculator scaleCalculator;
+    platform::Timer Timer1;  // the main window's
 
     // Measurement, exposures and correction
     correction::PolarPlot polarPlot;

@@ -58,6 +58,7 @@ void Shutdown::disconnectTelescope() {
 }
 
 void Shutdown::UnloadAll() {
+    parts_.Timer1.setEnabled(false);
     parts_.telescopeWindow.stopTimer();
     parts_.popups.stopTimer();
     parts_.polarPlot.Timer1().setEnabled(false);

@@ -114,6 +114,7 @@ void StartUp::placeMainWindow() {
     const std::string height = std::to_string(parts_.main.place().height);
     parts_.settings.SaveMainSetting("MainHeight", height);
     parts_.settings.SaveMainSetting("MainScaleHeight", height);
+    parts_.Timer1.setEnabled(true);
 }
 
 void StartUp::openProfile() {

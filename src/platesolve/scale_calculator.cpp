@@ -67,27 +67,42 @@ void ScaleCalculator::Form_Load() {
     window_.txtUnbinnedCCDScaleVert.setText(stored("UnbinnedCCDScaleV", "1.0"));
     window_.txtPlateScaleHoriz.setText(stored("ScaleH", "3.0"));
     window_.txtPlateScaleVert.setText(stored("ScaleV", "3.0"));
+    shown_.reset();
 }
 
 void ScaleCalculator::cmdCalculate_Click() {
+    const auto scale = scaleOfInputs();
+    if (!scale) return;
+    if (window_.cmbUnits.text() == "in") {
+        window_.txtFL.setText(toText(scale->focalLength));
+        window_.cmbUnits.setText("mm");
+    }
+    show(*scale);
+}
+
+void ScaleCalculator::recompute() {
+    if (!window_.shown()) return;
+    const auto scale = scaleOfInputs();
+    if (scale && scale != shown_) show(*scale);
+}
+
+std::optional<ScaleCalculator::Scale> ScaleCalculator::scaleOfInputs() const {
     const auto pixelX = parseNumber(window_.txtPixelSizeX.text());
     const auto pixelY = parseNumber(window_.txtPixelSizeY.text());
     auto focalLength = parseNumber(window_.txtFL.text());
-    const bool inches = window_.cmbUnits.text() == "in";
-    if (inches && focalLength) focalLength = rounded(*focalLength * kMillimetresPerInch);
+    if (window_.cmbUnits.text() == "in" && focalLength)
+        focalLength = rounded(*focalLength * kMillimetresPerInch);
     const auto binning = parseNumber(window_.cmbCamBin.text());
     const auto positive = [](const std::optional<double>& number) { return number && *number > 0; };
-    if (!positive(pixelX) || !positive(pixelY) || !positive(focalLength) || !binning) return;
+    if (!positive(pixelX) || !positive(pixelY) || !positive(focalLength) || !binning) return std::nullopt;
+    const auto scale = [&](double pixel) { return rounded(pixel * *binning / *focalLength * kScaleFactor); };
+    return Scale{*focalLength, scale(*pixelX), scale(*pixelY)};
+}
 
-    if (inches) {
-        window_.txtFL.setText(toText(*focalLength));
-        window_.cmbUnits.setText("mm");
-    }
-    const auto scale = [&](double pixel) {
-        return toText(rounded(pixel * *binning / *focalLength * kScaleFactor));
-    };
-    window_.txtPlateScaleHoriz.setText(scale(*pixelX));
-    window_.txtPlateScaleVert.setText(scale(*pixelY));
+void ScaleCalculator::show(const Scale& scale) {
+    window_.txtPlateScaleHoriz.setText(toText(scale.horizontal));
+    window_.txtPlateScaleVert.setText(toText(scale.vertical));
+    shown_ = scale;
 }
 
 void ScaleCalculator::store(const char* key, const std::string& value) {

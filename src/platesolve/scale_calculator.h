@@ -1,6 +1,8 @@
 // Works out the image scale from the telescope's focal length, the camera's pixels and its binning.
 #pragma once
 
+#include <optional>
+
 #include "engine/ports.h"
 #include "platesolve/frm_pixel_scale.h"
 #include "platesolve/plate_solve_panel.h"
@@ -11,7 +13,20 @@ class ScaleCalculator {
   public:
     ScaleCalculator(frmPixelScale& window, PlateSolvePanel& panel, engine::SettingsPort& settings);
 
+    /// Shows the scale of what the boxes hold by now, if the window is open. Every box that takes numbers
+    /// stays as the operator left it: he may be typing.
+    void recompute();
+
   private:
+    struct Scale {
+        double focalLength;           // millimetres
+        double horizontal, vertical;  // arc-seconds per binned pixel
+        bool operator==(const Scale&) const = default;
+    };
+    /// Nothing as long as a number is missing or not positive.
+    std::optional<Scale> scaleOfInputs() const;
+    void show(const Scale& scale);
+
     void cmdGetImageScale_Click();
     void Form_Load();
     void cmdCalculate_Click();
@@ -19,6 +34,7 @@ class ScaleCalculator {
 
     frmPixelScale& window_;
     engine::SettingsPort& settings_;
+    std::optional<Scale> shown_;  // since the window was opened
 };
 
 }  // namespace vantrel::platesolve

@@ -55,6 +55,46 @@ TEST(PixelScale, IsCalculatedFromWhatIsTyped) {
     }
 }
 
+TEST(PixelScale, IsRecomputedEverySecondAndLeavesAloneWhatIsTyped) {
+    const struct {
+        const char* why;
+        const char *focalLength, *unit, *pixelX;
+        const char *scaleX, *scaleY;
+    } cases[] = {
+        {"millimetres", "2000", "mm", "9", "1.854", "1.236"},
+        {"inches stay inches", "80", "in", "9", "1.825", "1.217"},
+        {"nothing to compute from yet", "", "mm", "9", "3.6", "3.6"},
+        {"half typed", "2000", "mm", "9.", "1.854", "1.236"},
+    };
+    for (const auto& c : cases) {
+        Script script;
+        script.setting("Solve", "CamBin", "2");
+        script.waitIdle().click("frmMain.cmdGetImageScale(0)").waitIdle();
+        script.type("frmPixelScale.txtPixelSizeX", c.pixelX).type("frmPixelScale.txtPixelSizeY", "6");
+        script.type("frmPixelScale.txtFL", c.focalLength).choose("frmPixelScale.cmbUnits", c.unit);
+        script.advance(1.5);
+        for (const char* control :
+             {"txtPlateScaleHoriz", "txtPlateScaleVert", "txtFL", "cmbUnits", "txtPixelSizeX"})
+            script.read(std::string("frmPixelScale.") + control);
+        // A scale that the operator types instead stays until something changes that it is computed from.
+        script.type("frmPixelScale.txtPlateScaleVert", "7.").advance(2);
+        script.read("frmPixelScale.txtPlateScaleVert", "typed");
+        script.type("frmPixelScale.txtFL", "1000").choose("frmPixelScale.cmbUnits", "mm").advance(1.5);
+        script.read("frmPixelScale.txtPlateScaleVert", "changed");
+        const auto result = script.run();
+        const auto text = [&](const char* control) {
+            return result.read.at(std::string("frmPixelScale.") + control)["text"];
+        };
+        EXPECT_EQ(text("txtPlateScaleHoriz"), c.scaleX) << c.why;
+        EXPECT_EQ(text("txtPlateScaleVert"), c.scaleY) << c.why;
+        EXPECT_EQ(text("txtFL"), c.focalLength) << c.why;
+        EXPECT_EQ(text("cmbUnits"), c.unit) << c.why;
+        EXPECT_EQ(text("txtPixelSizeX"), c.pixelX) << c.why;
+        EXPECT_EQ(result.read.at("typed")["text"], "7.") << c.why;
+        EXPECT_EQ(result.read.at("changed")["text"], "2.472") << c.why;
+    }
+}
+
 TEST(PixelScale, WindowStaysOnTopAndComesBackAsItWasLeft) {
     Script script;
     script.setting("PolarAlign", "PlateSolveMethod", "1").setting("Solve", "CamBin", "1");
