@@ -9,18 +9,6 @@
 namespace vantrel::platform {
 namespace {
 
-CivilTime fromTm(const std::tm& tm, int millisecond) {
-    return {tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, millisecond};
-}
-
-int millisecondOf(Instant instant) {
-    return static_cast<int>((instant - std::chrono::floor<std::chrono::seconds>(instant)).count());
-}
-
-std::time_t toTimeT(Instant instant) {
-    return std::chrono::floor<std::chrono::seconds>(instant).time_since_epoch().count();
-}
-
 std::string padded(int value, std::size_t width) {
     std::string text = std::to_string(value);
     if (text.size() < width) text.insert(0, width - text.size(), '0');
@@ -29,18 +17,32 @@ std::string padded(int value, std::size_t width) {
 
 }  // namespace
 
+/// By arithmetic: the C library counts leap seconds here, too, where the machine's time zone does.
 CivilTime civilUtc(Instant instant) {
-    const std::time_t seconds = toTimeT(instant);
-    std::tm tm{};
-    gmtime_r(&seconds, &tm);
-    return fromTm(tm, millisecondOf(instant));
+    const auto day = std::chrono::floor<std::chrono::days>(instant);
+    const std::chrono::year_month_day date{day};
+    const std::chrono::hh_mm_ss time{instant - day};
+    return {int{date.year()},
+            static_cast<int>(unsigned{date.month()}),
+            static_cast<int>(unsigned{date.day()}),
+            static_cast<int>(time.hours().count()),
+            static_cast<int>(time.minutes().count()),
+            static_cast<int>(time.seconds().count()),
+            static_cast<int>(time.subseconds().count())};
 }
 
 CivilTime civilLocal(Instant instant) {
-    const std::time_t seconds = toTimeT(instant);
+    const auto second = std::chrono::floor<std::chrono::seconds>(instant);
+    const std::time_t seconds = second.time_since_epoch().count();
     std::tm tm{};
     localtime_r(&seconds, &tm);
-    return fromTm(tm, millisecondOf(instant));
+    return {tm.tm_year + 1900,
+            tm.tm_mon + 1,
+            tm.tm_mday,
+            tm.tm_hour,
+            tm.tm_min,
+            tm.tm_sec,
+            static_cast<int>((instant - second).count())};
 }
 
 std::string formatTime(const CivilTime& time, std::string_view pattern) {

@@ -1,8 +1,6 @@
 // Whatever the operator writes into any box of any window, and whatever becomes of folders, clocks, locale
 // and time zone: the program goes on, and so does the next start.
 
-#include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <locale>
@@ -11,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "faults/night.h"
+#include "support/time_zone.h"
 
 namespace vantrel::faults {
 namespace {
@@ -113,15 +112,11 @@ TEST(Surroundings, LocalesAndTimeZonesChangeNoLineAndNoSetting) {
     EXPECT_EQ(traceOfANight(), expected) << "comma";
     std::locale::global(before);
 
-    const char* zone = std::getenv("TZ");
-    const std::string zoneBefore = zone != nullptr ? zone : "";
-    for (const char* other : {"UTC", "NPT-5:45", "<+14>-14", "<-12>12", "no zone at all"}) {
-        ::setenv("TZ", other, 1);
-        ::tzset();
+    // The last one's clock counts leap seconds.
+    for (const char* other : {"UTC", "NPT-5:45", "<+14>-14", "<-12>12", "no zone at all", "right/UTC"}) {
+        const test::TimeZone there(other);
         EXPECT_EQ(traceOfANight(), expected) << other;
     }
-    zone != nullptr ? ::setenv("TZ", zoneBefore.c_str(), 1) : ::unsetenv("TZ");
-    ::tzset();
 }
 
 }  // namespace

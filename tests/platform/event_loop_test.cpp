@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/queued_event_loop.h"
+#include "support/time_zone.h"
 
 namespace vantrel::platform {
 namespace {
@@ -137,6 +138,18 @@ TEST(Clock, ReadsInstants) {
     EXPECT_EQ(formatTime(civilUtc(instant), "yyyyMMdd_HHmmss HH:mm"), "20261124_200304 20:03");
     EXPECT_EQ(civilUtc(instant).millisecond, 250);
     EXPECT_EQ(instant.time_since_epoch(), 1795550584250ms);
+}
+
+/// In a zone whose clock counts leap seconds, 27 of them since 1972.
+TEST(Clock, UniversalTimeDoesntDependOnTheZone) {
+    for (const char* zone : {"UTC", "Pacific/Auckland", "right/UTC"}) {
+        const test::TimeZone here(zone);
+        for (const char* text :
+             {"2026-11-24T20:03:04.250Z", "1969-12-31T23:59:59.999Z", "2000-02-29T00:00:00Z"}) {
+            const CivilTime time = civilUtc(parseInstant(text).value());
+            EXPECT_EQ(formatTime(time, "yyyy-MM-ddTHH:mm:ss"), std::string(text).substr(0, 19)) << zone;
+        }
+    }
 }
 
 }  // namespace
