@@ -68,22 +68,31 @@ std::optional<MemorySettings::Entry> parseLine(std::string_view line) {
     throw std::system_error(errno, std::generic_category(), what + " " + file.string());
 }
 
-/// Writes a whole new file that has reached the disk when this returns.
+/// What an interrupted call left undone is done.
+template <typename Call>
+auto untilDone(Call&& call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR) result = call();
+    return result;
+}
+
+/// Writes a whole new file that has reached the disk when this returns; nothing stays of one that hasn't.
 void writeFlushed(const std::filesystem::path& file, std::string_view text) {
     const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (descriptor < 0) fail("Can't create", file);
     bool good = true;
     while (good && !text.empty()) {
-        const ssize_t written = ::write(descriptor, text.data(), text.size());
-        if (written < 0 && errno == EINTR) continue;
+        const ssize_t written = untilDone([&] { return ::write(descriptor, text.data(), text.size()); });
         good = written > 0;
         if (good) text.remove_prefix(static_cast<std::size_t>(written));
     }
-    good = good && ::fsync(descriptor) == 0;
+    good = good && untilDone([&] { return ::fsync(descriptor); }) == 0;
     const int error = errno;
     ::close(descriptor);
+    if (good) return;
+    ::unlink(file.c_str());
     errno = error;
-    if (!good) fail("Can't write", file);
+    fail("Can't write", file);
 }
 
 }  // namespace
@@ -92,6 +101,13 @@ const MemorySettings& SettingsFile::settings() const {
     if (!settings_) settings_ = loaded();
     return *settings_;
 }
+
+void SettingsFile::open() {
+    settings();
+    ::unlink(freshFile().c_str());
+}
+
+std::filesystem::path SettingsFile::freshFile() const { return file_.string() + ".new"; }
 
 void SettingsFile::write(const std::string& section, const std::string& key, const std::string& value) {
     if (settings().read(section, key) == value) return;
@@ -140,9 +156,8 @@ void SettingsFile::replaceBy(MemorySettings settings) {
     for (const auto& [name, entry] : settings.entries())
         text += escaped(entry.section) + '\t' + escaped(entry.key) + '\t' + escaped(entry.value) + '\n';
 
-    const std::filesystem::path fresh = file_.string() + ".new";
-    writeFlushed(fresh, text);
-    std::filesystem::rename(fresh, file_);
+    writeFlushed(freshFile(), text);
+    std::filesystem::rename(freshFile(), file_);
     settings_ = std::move(settings);
 }
 

@@ -18,8 +18,9 @@ class SettingsFile : public SettingsRoot {
     explicit SettingsFile(std::filesystem::path file) : file_(std::move(file)) {}
 
     /// A file that does not exist yet is an empty store, but its folder is created; a file that can't be read
-    /// or a folder that can't be created throws std::system_error.
-    void open() override { settings(); }
+    /// or a folder that can't be created throws std::system_error. What a run that was killed left half
+    /// written goes: only the one instance that stores settings may open them.
+    void open() override;
 
     bool hasSection(const std::string& section) const override { return settings().hasSection(section); }
     std::optional<std::string> read(const std::string& section, const std::string& key) const override {
@@ -33,6 +34,7 @@ class SettingsFile : public SettingsRoot {
     const MemorySettings& settings() const;
     MemorySettings loaded() const;
     void replaceBy(MemorySettings settings);
+    std::filesystem::path freshFile() const;
 
     std::filesystem::path file_;
     mutable std::optional<MemorySettings> settings_;  // nothing until the store is opened

@@ -11,9 +11,7 @@ constexpr int kSignals[] = {SIGTERM, SIGINT, SIGHUP};
 volatile std::sig_atomic_t requestedBySignal =
     0;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
 
-void restoreUsual() {
-    for (const int signal : kSignals) std::signal(signal, SIG_DFL);
-}
+void restoreUsual(int signal) { std::signal(signal, SIG_DFL); }
 
 }  // namespace
 
@@ -22,13 +20,15 @@ TerminationWatch::TerminationWatch() {
     struct sigaction action {};
     action.sa_handler = [](int) {
         requestedBySignal = 1;
-        restoreUsual();
+        restoreUsual(SIGINT);
     };
     // Without SA_RESTART: who waits for input wakes up.
     for (const int signal : kSignals) ::sigaction(signal, &action, nullptr);
 }
 
-TerminationWatch::~TerminationWatch() { restoreUsual(); }
+TerminationWatch::~TerminationWatch() {
+    for (const int signal : kSignals) restoreUsual(signal);
+}
 
 bool TerminationWatch::requested() const { return requestedBySignal != 0; }
 

@@ -3,8 +3,9 @@
 
 namespace vantrel::platform {
 
-/// Turns the first SIGTERM, SIGINT or SIGHUP into a wish that somebody has to ask for; a second one ends the
-/// program at once, as it does without this. One object at a time.
+/// Turns SIGTERM, SIGINT and SIGHUP into a wish that somebody has to ask for. Systems that shut down send
+/// more than one; the closing goes on. Only SIGINT ends the program at once when the wish is there already:
+/// somebody at a terminal has lost patience. One object at a time.
 class TerminationWatch {
   public:
     TerminationWatch();

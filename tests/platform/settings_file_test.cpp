@@ -1,8 +1,10 @@
 #include "platform/settings_file.h"
 
+#include <csignal>
 #include <system_error>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include "support/temp_folder.h"
 
@@ -61,6 +63,33 @@ TEST(SettingsFile, AFailedWriteLeavesOldFileAndOldValue) {
     std::filesystem::create_directory(folder / "settings.new");  // where the fresh file would be written
     EXPECT_THROW(file.write("Main", "Key", "new"), std::runtime_error);
     EXPECT_EQ(file.read("Main", "Key"), "old");
+    EXPECT_EQ(SettingsFile(folder / "settings").read("Main", "Key"), "old");
+}
+
+TEST(SettingsFile, OpeningTakesAwayWhatAKilledRunLeftHalfWritten) {
+    const TempFolder folder;
+    SettingsFile(folder / "settings").write("Main", "Key", "kept");
+    std::ofstream(folder / "settings.new") << "Main\tKe";
+    SettingsFile file(folder / "settings");
+    EXPECT_EQ(file.read("Main", "Key"), "kept");
+    EXPECT_TRUE(std::filesystem::exists(folder / "settings.new")) << "perhaps of an instance that still runs";
+    file.open();
+    EXPECT_FALSE(std::filesystem::exists(folder / "settings.new"));
+}
+
+TEST(SettingsFile, NothingStaysOfAFileThatCantBeWrittenWhole) {
+    const TempFolder folder;
+    SettingsFile file(folder / "settings");
+    file.write("Main", "Key", "old");
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{100, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THROW(file.write("Main", "Key", std::string(1000, 'x')), std::system_error);
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, SIG_DFL);
+    EXPECT_FALSE(std::filesystem::exists(folder / "settings.new"));
     EXPECT_EQ(SettingsFile(folder / "settings").read("Main", "Key"), "old");
 }
 
