@@ -10,11 +10,13 @@
 #include <iostream>
 #include <optional>
 #include <random>
+#include <utility>
 
 #include "app/startup.h"
 #include "app/version.h"
 #include "platform/instance_guard.h"
 #include "platform/termination.h"
+#include "qt/display_watch.h"
 #include "qt/parts.h"
 #include "qt/program.h"
 #include "qt/qt_dialogs.h"
@@ -157,7 +159,9 @@ bool needsNoDisplay(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     if (needsNoDisplay(argc, argv)) qputenv("QT_QPA_PLATFORM", "offscreen");
+    std::optional<qt::DisplayWatch> watch(std::in_place);
     QApplication application(argc, argv);
+    watch.reset();
     QApplication::setApplicationName("vantrel");
     QApplication::setApplicationDisplayName(app::kProgramTitle);
     QApplication::setApplicationVersion(QString::fromStdString(app::versionText()));
