@@ -11,7 +11,9 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
     : Form(screen, "frmOptions", "Options", {200, 200, 320, 100}),
       chkImagingSWVersionCheck(*this, "chkImagingSWVersionCheck", "Version check"),
       chkGreenColors(*this, "chkGreenColors", "Night vision colors"),
-      chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size") {
+      chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size"),
+      cmdOK(*this, "cmdOK", "OK") {
+    cmdOK.onClick = [this] { unload(); };
     chkImagingSWVersionCheck.setToolTip("Enable Imaging SW Version Check");
     chkEnableRestoreImagingSW.setToolTip("Enable auto restore imaging software size while taking images");
 

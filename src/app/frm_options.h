@@ -12,6 +12,7 @@ class frmOptions : public platform::Form {
     frmOptions(platform::Screen& screen, engine::SettingsPort& settings);
 
     platform::CheckBox chkImagingSWVersionCheck, chkGreenColors, chkEnableRestoreImagingSW;
+    platform::Button cmdOK;
 };
 
 }  // namespace vantrel::app

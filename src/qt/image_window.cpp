@@ -193,9 +193,11 @@ void ImageWindow::changeEvent(QEvent* event) {
 void ImageWindow::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && full_->isChecked()) {
         full_->setChecked(false);
-        return;
+    } else if (event->matches(QKeySequence::Close)) {
+        close();
+    } else {
+        QWidget::keyPressEvent(event);
     }
-    QWidget::keyPressEvent(event);
 }
 
 // ---- Status ----

@@ -9,6 +9,7 @@
 #include <QTabWidget>
 #include <QTextDocument>
 #include <QVBoxLayout>
+#include <utility>
 
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
@@ -326,6 +327,18 @@ MainWindow::MainWindow(platform::Form& form, const Front& front) : FormWindow(fo
     layout->addWidget(tabs);
     bind();
     findChild<QPushButton*>("cmdRun")->setFocus();
+    nextChanged_ = form.find("cmdNext")->changed.subscribe([this] { offerAnswer(); });
+}
+
+/// A prompt enables Next, which then has the keyboard, unless the operator is in the middle of a field.
+void MainWindow::offerAnswer() {
+    const bool enabled = form().find("cmdNext")->enabled();
+    if (std::exchange(nextWasEnabled_, enabled) == enabled || !enabled) return;
+    auto* const next = findChild<QPushButton*>("cmdNext");
+    const auto* const line = qobject_cast<QLineEdit*>(focusWidget());
+    const bool inField =
+        (line != nullptr && !line->isReadOnly()) || qobject_cast<QComboBox*>(focusWidget()) != nullptr;
+    if (next->isVisible() && !inField) next->setFocus();
 }
 
 }  // namespace vantrel::qt

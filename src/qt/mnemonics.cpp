@@ -52,6 +52,8 @@ std::vector<QChar> lettersOf(const QString& caption) {
     return letters;
 }
 
+bool isButton(const Item& item) { return dynamic_cast<const QAbstractButton*>(item.widget) != nullptr; }
+
 /// The widgets of the window that lie on this page, or on none.
 std::vector<Item> itemsOn(QWidget& window, const QTabWidget* tabs, const QWidget* page) {
     std::vector<Item> items;
@@ -63,9 +65,7 @@ std::vector<Item> itemsOn(QWidget& window, const QTabWidget* tabs, const QWidget
             items.push_back({widget, caption, std::move(letters)});
     }
     // Fields may share a letter, which then goes from one to the next; buttons should not.
-    std::stable_partition(items.begin(), items.end(), [](const Item& item) {
-        return dynamic_cast<const QAbstractButton*>(item.widget) != nullptr;
-    });
+    std::ranges::stable_partition(items, isButton);
     return items;
 }
 
@@ -80,12 +80,14 @@ class Assignment {
         }
     }
 
-    /// The item's own letter, or one that it shares.
+    /// The item's own letter, or one that it shares with another field.
     QChar letterOf(std::size_t item) const {
         for (const auto& [letter, owner] : owners_)
             if (owner == item) return letter;
         for (const QChar letter : items_[item].letters)
-            if (!taken_.contains(letter)) return letter;
+            if (const auto owner = owners_.find(letter);
+                owner != owners_.end() && !isButton(items_[owner->second]))
+                return letter;
         return {};
     }
 
@@ -107,7 +109,7 @@ class Assignment {
 };
 
 /// Returns the letters that are taken now.
-std::set<QChar> assign(const std::vector<Item>& items, const std::set<QChar>& taken) {
+std::set<QChar> assignTo(const std::vector<Item>& items, const std::set<QChar>& taken) {
     const Assignment assignment(items, taken);
     std::set<QChar> takenNow = taken;
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -118,6 +120,13 @@ std::set<QChar> assign(const std::vector<Item>& items, const std::set<QChar>& ta
         setCaption(*items[i].widget, withMnemonic(*items[i].widget, items[i].caption));
     }
     return takenNow;
+}
+
+/// The buttons that choose first, then the others.
+std::set<QChar> assign(std::vector<Item> items, const std::set<QChar>& taken) {
+    const auto others = std::ranges::stable_partition(
+        items, [](const Item& item) { return item.widget->property(kChoosesLetterFirst).toBool(); });
+    return assignTo({others.begin(), others.end()}, assignTo({items.begin(), others.begin()}, taken));
 }
 
 /// Tells the application when Alt is pressed and released, and has every widget drawn anew.

@@ -8,6 +8,9 @@ class QWidget;
 
 namespace vantrel::qt {
 
+/// Set to true on buttons that are pressed in the dark: theirs is the letter that comes to mind.
+inline constexpr const char* kChoosesLetterFirst = "choosesLetterFirst";
+
 /// Gives every button, option, tick box and labelled field of the window a letter out of its caption: one of
 /// its own as far as the letters go, and on each tab as if the others weren't there. Captions must be set.
 void assignMnemonics(QWidget& window);

@@ -7,6 +7,8 @@
 #include <QMenu>
 #include <QPainter>
 
+#include "qt/mnemonics.h"
+
 namespace vantrel::qt {
 namespace {
 
@@ -90,6 +92,7 @@ QPushButton* button(const char* name) {
 
 QPushButton* bigButton(const char* name) {
     auto* const button = named<QPushButton>(name);
+    button->setProperty(kChoosesLetterFirst, true);
     scaleFont(*button, 1.3, true);
     button->setMinimumSize(figureWidth(*button) * 8, button->fontMetrics().height() * 2 + 18);
     button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);

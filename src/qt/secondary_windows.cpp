@@ -18,6 +18,7 @@
 
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
+#include "qt/window_keys.h"
 #include "qt/windows.h"
 
 namespace vantrel::qt {
@@ -221,6 +222,7 @@ AboutWindow::AboutWindow(platform::Form& form, const Front& front) : FormWindow(
     layout->addStretch();
     QPushButton* const ok = button("cmdOK");
     layout->addLayout(row({button("cmdSysInfo"), ok}));
+    answerWithEnter(*ok);
     bind();
     ok->setFocus();
 }
@@ -334,6 +336,8 @@ PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(
     }
     column->addStretch();
     column->addLayout(buttons);
+    if (buttons->count() > 0)
+        answerWithEnter(static_cast<QPushButton&>(*buttons->itemAt(buttons->count() - 1)->widget()));
     bind();
 }
 

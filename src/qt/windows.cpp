@@ -1,6 +1,7 @@
 #include "qt/windows.h"
 
 #include "qt/simulator_window.h"
+#include "qt/window_keys.h"
 
 namespace vantrel::qt {
 namespace {
@@ -21,7 +22,12 @@ std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) 
 
 std::vector<std::unique_ptr<FormWindow>> windowsFor(platform::Screen& screen, const Front& front) {
     std::vector<std::unique_ptr<FormWindow>> windows;
-    for (platform::Form* form : screen.forms()) windows.push_back(windowFor(*form, front));
+    for (platform::Form* form : screen.forms()) {
+        windows.push_back(windowFor(*form, front));
+        FormWindow& window = *windows.back();
+        pressByEnter(window);
+        if (form->name() != "frmMain") closeByKeys(window);
+    }
     return windows;
 }
 

@@ -15,6 +15,12 @@ namespace vantrel::qt {
 class MainWindow : public FormWindow {
   public:
     MainWindow(platform::Form& form, const Front& front);
+
+  private:
+    void offerAnswer();
+
+    platform::Subscription nextChanged_;
+    bool nextWasEnabled_ = false;
 };
 
 class LogWindow : public FormWindow {

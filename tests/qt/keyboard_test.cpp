@@ -2,12 +2,18 @@
 #include <QAccessible>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QRegularExpression>
+#include <QTest>
 #include <QTimer>
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -120,9 +126,90 @@ TEST(Keyboard, EveryButtonHasALetterOfItsOwnAndEveryFieldHasOne) {
         }
         for (const auto* label : window.findChildren<QLabel*>()) {
             const bool leads = label->buddy() != nullptr && label->isVisible() && !label->text().isEmpty();
-            EXPECT_TRUE(!leads || !letterOf(label->text()).isNull()) << label->text().toStdString();
+            if (!leads) continue;
+            const QChar letter = letterOf(label->text());
+            EXPECT_FALSE(letter.isNull()) << label->text().toStdString();
+            EXPECT_FALSE(buttons.contains(letter))
+                << label->text().toStdString() << " has the letter of " << buttons[letter];
         }
     });
+}
+
+TEST(Keyboard, ButtonsPressedInTheDarkHaveTheirFirstLetter) {
+    Forms forms;
+    const MainWindow window(forms.main, forms.front);
+    EXPECT_EQ(widgetOf<QPushButton>(window, "cmdRun").text(), "&Run");
+    EXPECT_EQ(widgetOf<QPushButton>(window, "cmdNext").text(), "&Next");
+    EXPECT_EQ(widgetOf<QPushButton>(window, "cmdSkip").text(), "S&kip") << "Alt+S opens a menu";
+}
+
+/// The widgets of a window that may have the keyboard when a key comes.
+std::vector<QWidget*> receiversIn(QWidget& window) {
+    std::vector<QWidget*> receivers{&window};
+    for (QWidget* child : window.findChildren<QWidget*>())
+        if (canHaveKeyboard(*child)) receivers.push_back(child);
+    return receivers;
+}
+
+TEST(Keyboard, EscAndControlWCloseEveryWindowButTheMainOne) {
+    Forms forms;
+    for (const auto& window : windowsFor(forms.screen, forms.front)) {
+        platform::Form& form = window->form();
+        if (form.name() == "frmPopupMsg") continue;  // never has the keyboard
+        form.show();
+        forms.settle();
+        for (QWidget* receiver : receiversIn(*window))
+            for (const auto& [key, modifier] :
+                 {std::pair(Qt::Key_Escape, Qt::NoModifier), std::pair(Qt::Key_W, Qt::ControlModifier)}) {
+                form.show();
+                forms.settle();
+                QTest::keyClick(receiver, key, modifier);
+                forms.settle();
+                EXPECT_EQ(form.shown(), form.name() == "frmMain")
+                    << form.name() << ", " << nameOf(*receiver) << ", key " << key;
+            }
+    }
+}
+
+TEST(Keyboard, EnterAnswersAWindowThatHasAnOK) {
+    Forms forms;
+    for (const auto& window : windowsFor(forms.screen, forms.front)) {
+        platform::Form& form = window->form();
+        if (form.name() != "frmAbout" && form.name() != "frmOptions") continue;
+        form.show();
+        forms.settle();
+        for (QWidget* receiver : receiversIn(*window)) {
+            form.show();
+            forms.settle();
+            receiver->setFocus();
+            QTest::keyClick(receiver, Qt::Key_Return);
+            forms.settle();
+            EXPECT_EQ(form.shown(), receiver->objectName() == "cmdSysInfo")
+                << form.name() << ", " << nameOf(*receiver);
+        }
+    }
+}
+
+TEST(Keyboard, EnterPressesTheButtonThatHasTheKeyboardAndNoOther) {
+    Forms forms;
+    const auto windows = windowsFor(forms.screen, forms.front);
+    forms.main.show();
+    forms.settle();
+    const auto main = std::ranges::find_if(windows, [&](const auto& w) { return &w->form() == &forms.main; });
+    int runs = 0;
+    forms.main.run.cmdRun.onClick = [&] { ++runs; };
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) {
+        auto& run = widgetOf<QPushButton>(**main, "cmdRun");
+        run.setFocus();
+        QTest::keyClick(&run, key);
+        forms.settle();
+    }
+    EXPECT_EQ(runs, 3);
+    auto& slew = widgetOf<QLineEdit>(**main, "txtDeltaRA");
+    slew.setFocus();
+    QTest::keyClick(&slew, Qt::Key_Return);
+    forms.settle();
+    EXPECT_EQ(runs, 3);
 }
 
 TEST(Keyboard, ReadersHearANameForEveryControl) {

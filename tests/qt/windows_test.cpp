@@ -102,6 +102,37 @@ TEST_F(MainWindowTest, ADisabledButtonGivesItsKeysToNobodyAndTakesThemBack) {
     EXPECT_EQ(window.focusWidget(), &widget<QLineEdit>("txtDeltaRA")) << "the operator went elsewhere";
 }
 
+TEST_F(MainWindowTest, APromptGivesTheKeysToNextButTakesThemFromNoField) {
+    struct Case {
+        const char* had;
+        bool enabled;  // whether it can be used when the prompt comes
+        bool taken;
+    };
+    window.activateWindow();
+    auto& next = widget<QPushButton>("cmdNext");
+    for (const Case& c : {Case{"cmdRun", false, true}, Case{"cmdStop", true, true},
+                          Case{"txtInstructions", true, true}, Case{"txtDeltaRA", true, false},
+                          Case{"cmbCrossHairWidth", true, false}, Case{"txtRARange", true, true}}) {
+        main.find("cmdRun")->setEnabled(true);
+        main.run.cmdNext.setEnabled(false);
+        main.find(c.had)->setEnabled(true);
+        widget<QWidget>(c.had).setFocus();
+        main.find(c.had)->setEnabled(c.enabled);
+        main.run.cmdNext.setEnabled(true);
+        EXPECT_EQ(window.focusWidget() == &next, c.taken) << c.had;
+    }
+    int answers = 0;
+    main.run.cmdNext.onClick = [&] { ++answers; };
+    QTest::keyClick(window.focusWidget(), Qt::Key_Space);
+    settle();
+    EXPECT_EQ(answers, 1);
+
+    // What the prompt says otherwise doesn't bring the keys back that went elsewhere since.
+    widget<QPushButton>("cmdStop").setFocus();
+    main.run.cmdNext.setBackColor(color::kRed);
+    EXPECT_NE(window.focusWidget(), &next);
+}
+
 TEST_F(MainWindowTest, KeysPassTheFilter) {
     auto& slew = widget<QLineEdit>("txtDeltaRA");
     main.run.txtDeltaRA.keyFilter = [](int code) { return code >= '0' && code <= '9' ? code : 0; };
