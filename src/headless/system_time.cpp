@@ -21,9 +21,21 @@ Milliseconds SystemTime::sinceStart() const {
 
 void SystemTime::passUntil(Instant instant) {
     constexpr Milliseconds kLongestRest{60'000};
-    const Milliseconds rest = std::clamp(instant - utc(), Milliseconds{0}, kLongestRest);
-    pollfd watched{watched_(), POLLIN, 0};  // a negative descriptor is ignored
-    ::poll(&watched, 1, static_cast<int>(rest.count()));
+    wait(std::clamp(instant - utc(), Milliseconds{0}, kLongestRest), watched_());
+}
+
+std::vector<int> SystemTime::readable() { return wait(Milliseconds{0}, -1); }
+
+std::vector<int> SystemTime::wait(Milliseconds longest, int another) {
+    std::vector<pollfd> watched;
+    for (const int descriptor : descriptors_) watched.push_back({descriptor, POLLIN, 0});
+    watched.push_back({another, POLLIN, 0});  // a negative descriptor is ignored
+    const int ready = ::poll(watched.data(), watched.size(), static_cast<int>(longest.count()));
+    watched.pop_back();
+    std::vector<int> found;
+    for (const pollfd& one : watched)
+        if (ready > 0 && one.revents != 0) found.push_back(one.fd);
+    return found;
 }
 
 }  // namespace vantrel::headless

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <vector>
 
 #include "platform/queued_event_loop.h"
 
@@ -19,11 +20,17 @@ class SystemTime : public platform::TimeKeeper {
     platform::Instant utc() const override { return start_ + sinceStart(); }
     platform::Milliseconds sinceStart() const override;
     void passUntil(platform::Instant instant) override;
+    void watch(std::vector<int> descriptors) override { descriptors_ = std::move(descriptors); }
+    std::vector<int> readable() override;
 
   private:
+    /// Waits for input at most so long; those of watch() that have some.
+    std::vector<int> wait(platform::Milliseconds longest, int another);
+
     platform::Instant start_;
     std::chrono::steady_clock::time_point began_;
     std::function<int()> watched_;
+    std::vector<int> descriptors_;
 };
 
 }  // namespace vantrel::headless

@@ -12,7 +12,7 @@
 
 namespace vantrel::platform {
 
-/// Stops its timer when it goes.
+/// Stops its timer, or its watch of a descriptor, when it goes.
 using TimerHandle = std::shared_ptr<void>;
 
 class EventLoop {
@@ -26,6 +26,10 @@ class EventLoop {
 
     /// Runs the handler every `interval` for as long as the handle lives.
     [[nodiscard]] virtual TimerHandle every(Milliseconds interval, std::function<void()> handler) = 0;
+
+    /// Runs the handler whenever the descriptor of a socket or pipe has something to read, or its other end
+    /// was closed, for as long as the handle lives. The handle has to go before the descriptor is closed.
+    [[nodiscard]] virtual TimerHandle whenReadable(int descriptor, std::function<void()> handler) = 0;
 
     /// Runs what is due now and returns.
     virtual void yield() = 0;

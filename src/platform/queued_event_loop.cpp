@@ -25,6 +25,13 @@ TimerHandle QueuedEventLoop::after(Milliseconds delay, std::function<void()> han
     return startTimer(delay, Milliseconds{0}, std::move(handler));
 }
 
+TimerHandle QueuedEventLoop::whenReadable(int descriptor, std::function<void()> handler) {
+    auto held = std::make_shared<std::function<void()>>(std::move(handler));
+    watches_.push_back({descriptor, held});
+    tellWatched();
+    return held;
+}
+
 TimerHandle QueuedEventLoop::startTimer(Milliseconds delay, Milliseconds interval,
                                         std::function<void()> handler) {
     auto held = std::make_shared<std::function<void()>>(std::move(handler));
@@ -86,9 +93,36 @@ bool QueuedEventLoop::runNext() {
 bool QueuedEventLoop::runDue() {
     // What is queued or falls due while this runs waits for the next turn, so that a handler that posts
     // itself can't keep a yield from returning.
-    bool ran = false;
+    bool ran = runReadable();
     for (std::size_t turns = queue_.size() + timers_.size(); turns > 0 && runNext(); --turns) ran = true;
     return ran;
+}
+
+/// True when a handler ran.
+bool QueuedEventLoop::runReadable() {
+    if (watches_.empty()) return false;
+    tellWatched();
+    bool ran = false;
+    for (const int descriptor : time_.readable()) {
+        // Handlers come and go while others run.
+        const auto found = std::find_if(watches_.begin(), watches_.end(), [&](const Watch& watch) {
+            return watch.descriptor == descriptor && !watch.handler.expired();
+        });
+        if (found == watches_.end()) continue;
+        const auto handler = found->handler.lock();
+        dispatch(*handler);
+        ran = true;
+    }
+    tellWatched();
+    return ran;
+}
+
+/// A descriptor whose handle has gone may be closed, and another's by now.
+void QueuedEventLoop::tellWatched() {
+    std::erase_if(watches_, [](const Watch& watch) { return watch.handler.expired(); });
+    std::vector<int> descriptors;
+    for (const Watch& watch : watches_) descriptors.push_back(watch.descriptor);
+    time_.watch(std::move(descriptors));
 }
 
 void QueuedEventLoop::attend() {

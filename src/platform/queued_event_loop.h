@@ -18,6 +18,11 @@ class TimeKeeper : public Clock {
   public:
     /// Lets time pass until the instant, or returns earlier when something outside wants attention.
     virtual void passUntil(Instant instant) = 0;
+
+    /// The descriptors whose input is part of what is outside, from now on.
+    virtual void watch(std::vector<int> /*descriptors*/) {}
+    /// Those of them that have something to read now. Where time is virtual, nothing comes from outside.
+    virtual std::vector<int> readable() { return {}; }
 };
 
 /// Time that stands still until somebody waits. A limit on the steps and on the time that may pass turns an
@@ -45,6 +50,7 @@ class QueuedEventLoop : public EventLoop {
     const Clock& clock() const override { return time_; }
     void post(std::function<void()> handler) override;
     TimerHandle every(Milliseconds interval, std::function<void()> handler) override;
+    TimerHandle whenReadable(int descriptor, std::function<void()> handler) override;
     void yield() override;
     void sleep(Milliseconds duration) override;
 
@@ -71,10 +77,17 @@ class QueuedEventLoop : public EventLoop {
         std::weak_ptr<std::function<void()>> handler;
     };
 
+    struct Watch {
+        int descriptor;
+        std::weak_ptr<std::function<void()>> handler;
+    };
+
     TimerHandle startTimer(Milliseconds delay, Milliseconds interval, std::function<void()> handler);
     bool takeTurn();
     bool runNext();
     bool runDue();
+    bool runReadable();
+    void tellWatched();
     void attend();
     Instant nextDue(Instant latest);
     void dispatch(const std::function<void()>& handler);
@@ -82,6 +95,7 @@ class QueuedEventLoop : public EventLoop {
     TimeKeeper& time_;
     std::deque<std::function<void()>> queue_;
     std::vector<Timer> timers_;
+    std::vector<Watch> watches_;
     std::function<void()> attend_;
     std::function<void()> onFailure_;
     long nextOrder_ = 0;

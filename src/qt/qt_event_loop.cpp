@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
@@ -32,6 +33,18 @@ platform::TimerHandle QtEventLoop::every(platform::Milliseconds interval, std::f
                      [this, handler = std::move(handler)] { barrier_.run(handler); });
     timer->start(interval);
     return timer;
+}
+
+platform::TimerHandle QtEventLoop::whenReadable(int descriptor, std::function<void()> handler) {
+    const std::shared_ptr<QSocketNotifier> notifier(new QSocketNotifier(descriptor, QSocketNotifier::Read),
+                                                    [](QSocketNotifier* gone) {
+                                                        gone->setEnabled(false);
+                                                        gone->disconnect();
+                                                        gone->deleteLater();
+                                                    });
+    QObject::connect(notifier.get(), &QSocketNotifier::activated, &receiver_,
+                     [this, handler = std::move(handler)] { barrier_.run(handler); });
+    return notifier;
 }
 
 void QtEventLoop::yield() { QCoreApplication::processEvents(); }

@@ -20,6 +20,7 @@ class QtEventLoop : public platform::EventLoop {
     void post(std::function<void()> handler) override;
     [[nodiscard]] platform::TimerHandle every(platform::Milliseconds interval,
                                               std::function<void()> handler) override;
+    [[nodiscard]] platform::TimerHandle whenReadable(int descriptor, std::function<void()> handler) override;
     void yield() override;
     void sleep(platform::Milliseconds duration) override;
 

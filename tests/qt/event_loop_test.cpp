@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "qt/qt_event_loop.h"
+#include "support/pipe.h"
 
 namespace vantrel::qt {
 namespace {
@@ -49,6 +50,26 @@ TEST_F(QtEventLoopTest, ATimerTicksUntilItsHandleGoesAlsoFromWithin) {
     loop.runUntil([&] { return ticks >= 3; });
     loop.sleep(Milliseconds{20});
     EXPECT_EQ(ticks, 3);
+}
+
+TEST_F(QtEventLoopTest, ADescriptorIsWatchedUntilItsHandleGoesAlsoFromWithin) {
+    test::Pipe pipe;
+    std::string heard;
+    platform::TimerHandle handle = loop.whenReadable(pipe.descriptor(), [&] {
+        heard += pipe.read();
+        if (heard == "onetwo") handle.reset();
+    });
+    pipe.write("one");
+    loop.runUntil([&] { return heard == "one"; });
+    pipe.write("two");
+    loop.runUntil([&] { return heard == "onetwo"; });
+    pipe.write("three");
+    loop.sleep(Milliseconds{1});
+    EXPECT_EQ(heard, "onetwo");
+    bool ended = false;
+    handle = loop.whenReadable(pipe.descriptor(), [&] { ended = pipe.read().empty(); });
+    pipe.closeInput();
+    loop.runUntil([&] { return ended; });
 }
 
 TEST_F(QtEventLoopTest, FailuresAreReportedAndTheLoopGoesOn) {
