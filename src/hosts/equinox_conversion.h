@@ -1,0 +1,22 @@
+// Positions between the equinox that a mount counts in and that of date, which the program counts in. How it
+// is done is given from outside.
+#pragma once
+
+#include <functional>
+
+#include "platform/clock.h"
+
+namespace vantrel::hosts {
+
+struct EquatorialPosition {
+    double rightAscension = 0;  // hours
+    double declination = 0;     // degrees
+};
+
+struct EquinoxConversion {
+    using Function = std::function<EquatorialPosition(const EquatorialPosition&, platform::Instant utc)>;
+    Function toDate;   // from J2000 to the equator and equinox of the instant
+    Function toJ2000;  // and back
+};
+
+}  // namespace vantrel::hosts
