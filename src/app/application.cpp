@@ -22,6 +22,7 @@ struct Application::Wiring {
         connectProcedures();
         parts.interlock.setControls(interlockedControls(parts));
         connectEnd();
+        putClicksOff(machine);
         for (platform::Form* form : machine.screen.forms()) barrier.guard(*form);
     }
 
@@ -35,6 +36,15 @@ struct Application::Wiring {
         order.waits(run.cmdExpose, "Expose");
         order.leavesButtonsEnabled(exposeSolve, "Expose & Solve");
         order.leavesButtonsEnabled(parts.main.plateSolve.cmdTestCatPath, "Test");
+    }
+
+    /// What ends or answers a procedure is heard at once.
+    void putClicksOff(const platform::Machine& machine) {
+        if (machine.outsideCalls == nullptr) return;
+        const engine::RunPanel& run = parts.main.run;
+        barrier.putOffWhile(*machine.outsideCalls, machine.loop,
+                            {&run.cmdStop, &run.cmdNext, &run.cmdSkip, &parts.main.setup.mnuFileExit},
+                            [this] { return parts.state.AppUnloading; });
     }
 
     void connectEnd() {

@@ -13,6 +13,7 @@ void Shutdown::UnloadThisApplication() {
     parts_.state.AppUnloading = true;
     parts_.camera.abortCCDSoftExposure();
     parts_.state.StopRequested = true;
+    parts_.telescope.AbortTelescopeSlew();
     parts_.machine.loop.setEnding(true);
     setSilent(true);
 }

@@ -34,6 +34,7 @@ constexpr LinkOperation kConnect{"Sub", "ConnectTelescope", PopUp::kFiveSeconds,
 constexpr LinkOperation kDisconnect{"Sub", "DisconnectTelescope", PopUp::kFiveSeconds, kSetupTab, true};
 constexpr LinkOperation kSetup{"Sub", "SetupTelescope", PopUp::kDisplayTime, kSetupTab, true};
 constexpr LinkOperation kSlew{"Sub", "SlewToCoordinates", PopUp::kDisplayTime, kCheckSetupTab, true};
+constexpr LinkOperation kAbort{"Sub", "AbortTelescopeSlew", PopUp::kDisplayTime, kSetupTab, true};
 constexpr LinkOperation kGetDec{"Function", "GetTelescopeDec", PopUp::kDisplayTime, kCheckSetupTab, true};
 constexpr LinkOperation kGetRA{"Function", "GetTelescopeRA"};
 constexpr LinkOperation kSiderealTime{"Function", "SiderealTime"};
@@ -67,6 +68,18 @@ class TelescopeLink::Linking {
 
   private:
     int& count_;
+};
+
+/// While one lives, the driver is being asked to let go.
+class TelescopeLink::Disconnecting {
+  public:
+    explicit Disconnecting(bool& flag) : flag_(flag) { flag_ = true; }
+    ~Disconnecting() { flag_ = false; }
+    Disconnecting(const Disconnecting&) = delete;
+    Disconnecting& operator=(const Disconnecting&) = delete;
+
+  private:
+    bool& flag_;
 };
 
 TelescopeLink::TelescopeLink(const Services& services, engine::UtilityPort& utility, frmTelescope& window)
@@ -123,7 +136,10 @@ void TelescopeLink::link() {
 }
 
 void TelescopeLink::DisconnectTelescope() {
+    if (disconnecting_) return;
     attempt(kDisconnect, [&] {
+        const Linking guard(linking_);
+        const Disconnecting once(disconnecting_);
         DisconnectRequested_ = true;
         services_.loop.yield();
         const ObjectRef driver = driver_;
@@ -248,6 +264,20 @@ void TelescopeLink::SlewToCoordinates(double ra, double dec) {
             WaitSeconds(services_.loop, 1);
         }
     });
+}
+
+void TelescopeLink::AbortTelescopeSlew() {
+    if (!abortsSlews() || !driver_) return;
+    attempt(kAbort, [&] { call("AbortSlew"); });
+}
+
+/// Drivers of real mounts that are known to have the command are sent it, unless the operator said no.
+bool TelescopeLink::abortsSlews() const {
+    const bool reachesRealMounts =
+        TelescopeProgID_.starts_with("Indi:") || TelescopeProgID_.starts_with("Alpaca:");
+    const std::string setting =
+        services_.settings.GetSetting("Main", "AbortSlewOnStop", reachesRealMounts ? "1" : "0");
+    return leadingNumber(setting) != 0;
 }
 
 bool TelescopeLink::TelescopeMoveIsSuccessful(double ra, double dec) {

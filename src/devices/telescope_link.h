@@ -44,8 +44,9 @@ class TelescopeLink : public engine::TelescopePort {
     void SlewToCoordinates(double ra, double dec) override;
     /// Sends the mount one command to slew (hours, degrees); true when it took it.
     bool TelescopeMoveIsSuccessful(double ra, double dec);
-    /// Sends nothing to the mount: a slew ends when the mount ends it.
-    void AbortTelescopeSlew() override {}
+    /// Sends the mount its command to stop where the setting "AbortSlewOnStop" says so, which it does for
+    /// real mounts unless the operator changes it. Otherwise nothing: a slew ends when the mount ends it.
+    void AbortTelescopeSlew() override;
     /// From the mount, else from the clock and the site's longitude.
     double SiderealTime() override;
     /// From the mount, else as stored.
@@ -76,13 +77,17 @@ class TelescopeLink : public engine::TelescopePort {
 
     /// The driver's own word; throws OperationError, number 91 when there is no driver.
     bool driverIsConnected();
+    /// True while an operation is in the middle of linking the driver or letting it go.
+    bool linking() const { return linking_ > 0; }
     /// Lets go of the driver, unless an operation is in the middle of linking it.
     void releaseDriver();
 
   private:
     class Linking;
+    class Disconnecting;
 
     void link();
+    bool abortsSlews() const;
     void repeatReadOfDec(double& dec);
     double clockSiderealTime();
     double siteCoordinate(const LinkOperation& operation);
@@ -104,6 +109,7 @@ class TelescopeLink : public engine::TelescopePort {
     std::string TelescopeProgID_;
     std::string TelescopeName_;
     bool DisconnectRequested_ = false;
+    bool disconnecting_ = false;
     int linking_ = 0;  // operations on the stack that hold the driver half-linked
 };
 

@@ -124,8 +124,15 @@ void TelescopeWindow::cmdDisconnectTelescope_Click() {
     link_.DisconnectTelescope();
 }
 
+/// A look that takes its time, or a driver that is coming up or going down, isn't looked at again meanwhile.
 void TelescopeWindow::Timer1_Timer() {
-    if (services_.state.StopRequested) return;
+    if (services_.state.StopRequested || looking_ || link_.linking()) return;
+    looking_ = true;
+    look();
+    looking_ = false;
+}
+
+void TelescopeWindow::look() {
     try {
         if (!link_.driverIsConnected()) {
             showLinkDown();

@@ -27,6 +27,7 @@ class TelescopeWindow {
     void cmdConnectTelescope_Click();
     void cmdDisconnectTelescope_Click();
     void Timer1_Timer();
+    void look();
     void showLinkDown();
     void showNotConnected();
     std::string storedTelescope();
@@ -35,6 +36,7 @@ class TelescopeWindow {
     TelescopeLink& link_;
     frmTelescope& window_;
     platform::Timer Timer1_;
+    bool looking_ = false;
 };
 
 }  // namespace vantrel::devices

@@ -10,6 +10,7 @@
 #include "platform/event_loop.h"
 #include "platform/folder_map.h"
 #include "platform/form.h"
+#include "platform/outside_call.h"
 #include "platform/settings_root.h"
 #include "platform/window_system.h"
 
@@ -27,6 +28,8 @@ struct Machine {
     /// Puts the solver's test image into the image folder, which exists, unless it is there already. May be
     /// left out.
     std::function<void(const std::string& folder)> provideTestImage = {};
+    /// Whether a member of an outside program is waiting for its answer; nothing where none takes any time.
+    OutsideCalls* outsideCalls = nullptr;
 };
 
 }  // namespace vantrel::platform

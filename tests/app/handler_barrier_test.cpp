@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/errors.h"
+#include "platform/queued_event_loop.h"
 
 namespace vantrel::app {
 namespace {
@@ -50,6 +51,37 @@ TEST_F(HandlerBarrierTest, KnowsWhenTheLastHandlerHasReturned) {
     form.show();
     button.click();
     EXPECT_EQ(story, (std::vector<std::string>{"change", "busy", "idle"}));
+}
+
+TEST_F(HandlerBarrierTest, PutsClicksOffWhileAnOutsideMemberWaits) {
+    platform::VirtualTime time({});
+    platform::QueuedEventLoop loop(time);
+    platform::OutsideCalls calls;
+    bool ending = false;
+    std::vector<std::string> story;
+    platform::Button stop{form, "cmdStop", ""};
+    button.onClick = [&] { story.emplace_back("click"); };
+    stop.onClick = [&] { story.emplace_back("stop"); };
+    barrier.putOffWhile(calls, loop, {&stop}, [&] { return ending; });
+    barrier.guard(form);
+    form.show();
+    const auto clickDuringAMember = [&] {
+        const platform::OutsideCall outer(calls), inner(calls);
+        button.click();
+        button.click();
+        stop.click();
+        loop.yield();
+        story.emplace_back("answer");
+    };
+    clickDuringAMember();
+    loop.yield();
+    button.click();
+    EXPECT_EQ(story, (std::vector<std::string>{"stop", "answer", "click", "click"}));
+    story.clear();
+    clickDuringAMember();
+    ending = true;
+    loop.yield();
+    EXPECT_EQ(story, (std::vector<std::string>{"stop", "answer"}));
 }
 
 }  // namespace

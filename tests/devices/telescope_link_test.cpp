@@ -400,5 +400,25 @@ TEST(TelescopeLink, TellsSiderealTimeFromTheClockWhenTheMountCannot) {
                                              "modComponents Function SiderealTime"));
 }
 
+/// A real mount is told to stop; the built-in ones aren't, unless the operator wants it.
+TEST(TelescopeLink, AStopIsSentToTheMountsThatAreKnownToTakeIt) {
+    constexpr const char* kReal = "Indi:localhost:7624/Mount";
+    constexpr const char* kBuiltIn = "ScopeSim.Telescope";
+    const struct {
+        const char* progId;
+        std::optional<std::string> setting;
+        int aborts;
+    } cases[] = {{kReal, {}, 1}, {kReal, "1", 1}, {kReal, "0", 0}, {kBuiltIn, {}, 0}, {kBuiltIn, "1", 1}};
+    for (const auto& c : cases) {
+        test::TelescopeWorld world;
+        if (c.setting) world.settings.SaveSetting("Main", "AbortSlewOnStop", *c.setting);
+        world.link.AbortTelescopeSlew();
+        EXPECT_TRUE(world.log.lines.empty()) << "nothing to stop without a driver";
+        world.connect(c.progId);
+        world.link.AbortTelescopeSlew();
+        EXPECT_EQ(world.mount.aborts, c.aborts) << c.progId << " " << c.setting.value_or("unset");
+    }
+}
+
 }  // namespace
 }  // namespace vantrel::devices

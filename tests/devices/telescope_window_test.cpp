@@ -265,5 +265,26 @@ TEST(TelescopeWindow, LinksAtStartUp) {
     }
 }
 
+/// A look that outlasts the watch's interval, and a disconnecting that does, are each there once.
+TEST(TelescopeWindow, ADriverThatTakesItsTimeIsNotAskedAgainMeanwhile) {
+    WindowWorld world;
+    world.open();
+    const auto takes = [&](double seconds) { return [&world, seconds] { world.pass(seconds); }; };
+    for (const double seconds : {0.9, 1.5, 10.0}) {
+        world.mount.waitToRead = takes(seconds);
+        world.pass(60);
+        EXPECT_EQ(world.mount.deepest, 1) << seconds;
+        EXPECT_EQ(world.look(), " Connected -SD") << seconds;
+    }
+    world.mount.waitToRead = nullptr;
+    world.forget();
+    world.mount.waitToPut = takes(2.5);
+    world.window.cmdDisconnectTelescope.click();
+    world.pass(10);
+    EXPECT_EQ(world.mount.deepest, 1);
+    EXPECT_EQ(world.mount.connections, 0);
+    EXPECT_EQ(world.log.lines, std::vector<std::string>{"Friendly ScopeSim.Telescope is disconnected"});
+}
+
 }  // namespace
 }  // namespace vantrel::devices

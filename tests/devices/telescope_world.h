@@ -1,6 +1,8 @@
 // A telescope link with everything around it, on virtual time, and a driver that does as the test says.
 #pragma once
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,6 +23,17 @@ struct Mount {
     double ra = 3, dec = 45;
     int slewingReads = 0;  // how often Slewing still reads True
     double siderealTime = 6, latitude = 48.25, longitude = 11.5;
+    int aborts = 0;
+
+    // A driver that takes its time with "Connected", during which other handlers run.
+    std::function<void()> waitToRead, waitToPut;
+    int depth = 0, deepest = 0;  // of such waits inside each other
+    void wait(const std::function<void()>& how) {
+        if (!how) return;
+        deepest = std::max(deepest, ++depth);
+        how();
+        --depth;
+    }
 };
 
 class FakeDriver : public platform::DispatchObject {
@@ -28,8 +41,15 @@ class FakeDriver : public platform::DispatchObject {
     FakeDriver(std::string progId, Mount& mount) : DispatchObject(std::move(progId)), mount_(mount) {
         mount_.mostDrivers = std::max(mount_.mostDrivers, ++mount_.drivers);
         property(
-            "Connected", [this] { return connected_; },
-            [this](const platform::Value& value) { connect(value.toBool()); });
+            "Connected",
+            [this] {
+                mount_.wait(mount_.waitToRead);
+                return connected_;
+            },
+            [this](const platform::Value& value) {
+                mount_.wait(mount_.waitToPut);
+                connect(value.toBool());
+            });
         property("Name", [] { return "Fake Mount"; });
         property("RightAscension", [&mount] { return mount.ra; });
         property("Declination", [&mount] { return mount.dec; });
@@ -37,6 +57,10 @@ class FakeDriver : public platform::DispatchObject {
         property("SiderealTime", [&mount] { return mount.siderealTime; });
         property("SiteLatitude", [&mount] { return mount.latitude; });
         property("SiteLongitude", [&mount] { return mount.longitude; });
+        method("AbortSlew", [&mount](const platform::Arguments&) {
+            ++mount.aborts;
+            return platform::Value();
+        });
         for (const char* member : {"SlewToCoordinatesAsync", "SetupDialog", "Expose", "SaveImageToFile"})
             method(member, [](const platform::Arguments&) { return platform::Value(); });
     }
@@ -80,8 +104,8 @@ class FakeChooser : public platform::DispatchObject {
 
 struct TelescopeWorld : DeviceWorld {
     TelescopeWorld() {
-        for (const char* progId :
-             {"ScopeSim.Telescope", "AxisSimulator.Telescope", "TheSky.Telescope", "GeminiTnF.Telescope"})
+        for (const char* progId : {"ScopeSim.Telescope", "AxisSimulator.Telescope", "TheSky.Telescope",
+                                   "GeminiTnF.Telescope", "Indi:localhost:7624/Mount"})
             registry.install(progId,
                              {[this, progId] { return std::make_shared<FakeDriver>(progId, mount); },
                               "C:\\Drivers\\driver.exe", "Telescope", std::string("Friendly ") + progId});
