@@ -4,7 +4,6 @@
 #include <fstream>
 
 #include "app/message_log.h"
-#include "observatory/catalogs/curl_downloads.h"
 #include "platform/text.h"
 
 namespace vantrel::headless {
@@ -18,9 +17,6 @@ constexpr Rectangle kWorkArea{0, 0, 1920, 1040};
 UserPaths pathsFor(const Options& options) {
     return options.home ? pathsBelow(*options.home) : desktopPaths(processEnvironment);
 }
-
-/// "MaxIm" of "MaxIm.CCDCamera": the classes of one program are installed together.
-std::string programOf(const std::string& progId) { return toLower(progId.substr(0, progId.find('.'))); }
 
 }  // namespace
 
@@ -54,15 +50,14 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
       dialogs_(time),
       desktop_(user_.folders, user_.userProfile),
       screen_(kWorkArea),
-      observatory_(loop_, user_.folders, options.seed, seams()),
-      automation_(classes_),
-      application_({loop_, automation_, user_.settings, user_.folders, screen_, dialogs_, desktop_, windows_,
-                    [this](const std::string& folder) { observatory_.provideTestImage(folder); }},
-                   guard_),
-      session_({application_, loop_, screen_, user_.settings, automation_, classes_, user_.folders, dialogs_,
-                observatory_.imaging().documents()},
+      station_({loop_, user_.folders, user_.settings, dialogs_, paths_.cache,
+                [this] { return application_.stopping(); }},
+               options.seed),
+      automation_(station_.classes()),
+      application_(station_.machine(automation_, screen_, desktop_), guard_),
+      session_({application_, loop_, screen_, user_.settings, automation_, station_.classes(), user_.folders,
+                dialogs_, station_.observatory().imaging().documents()},
                commands, replies, options.virtualTime) {
-    observatory_.install(classes_);
     if (options.installed) keepInstalled(*options.installed);
     if (options.settings) preloadSettings(*options.settings);
     if (!options.installed) openImagingProgram();
@@ -79,38 +74,17 @@ bool Program::run(const std::function<bool()>& endRequested) {
     return session_.endedWell();
 }
 
-observatory::ObservatorySeams Program::seams() {
-    observatory::ObservatorySeams seams;
-    seams.chooser = [this](const std::string& title, const std::vector<observatory::DriverChoice>& drivers,
-                           const std::string& current) {
-        std::vector<Dialogs::Choice> choices;
-        for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
-        return dialogs_.choose(title, choices, current);
-    };
-    seams.desktop = &windows_;
-    seams.downloads = std::make_shared<observatory::CurlDownloads>();
-    seams.downloadCache = paths_.cache;
-    seams.stopping = [this] { return application_.stopping(); };
-    return seams;
-}
-
-/// The helper classes come with the drivers' platform, not with a program.
 void Program::keepInstalled(const std::vector<std::string>& progIds) {
-    constexpr const char* kHelpers = "driverhelper";
-    for (const std::string& progId : progIds)
-        if (!classes_.isInstalled(progId)) throw UsageError("--installed names an unknown class: " + progId);
-    for (const std::string& progId : classes_.installed()) {
-        const bool kept = programOf(progId) == kHelpers ||
-                          std::any_of(progIds.begin(), progIds.end(), [&](const std::string& wanted) {
-                              return programOf(wanted) == programOf(progId);
-                          });
-        if (!kept) classes_.uninstall(progId);
+    try {
+        station_.keepInstalled(progIds);
+    } catch (const std::invalid_argument& unknown) {
+        throw UsageError(std::string("--installed names an unknown class: ") + unknown.what());
     }
 }
 
 void Program::openImagingProgram() {
     try {
-        observatory_.openImagingProgram(user_.settings);
+        station_.openImagingProgram();
     } catch (const std::exception&) {
         // Settings that can't be read are the application's to report.
     }

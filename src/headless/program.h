@@ -12,10 +12,10 @@
 #include "headless/options.h"
 #include "headless/scripted_dialogs.h"
 #include "headless/session.h"
-#include "observatory/observatory.h"
-#include "platform/desktop_windows.h"
 #include "platform/instance_guard.h"
+#include "platform/recording_host.h"
 #include "platform/user_machine.h"
+#include "station/station.h"
 
 namespace vantrel::headless {
 
@@ -61,7 +61,6 @@ class Program {
     void preloadSettings(const std::filesystem::path& file);
     void openImagingProgram();
     void keepInstalled(const std::vector<std::string>& progIds);
-    observatory::ObservatorySeams seams();
 
     Options options_;
     platform::QueuedEventLoop loop_;
@@ -70,10 +69,8 @@ class Program {
     platform::LockFileGuard guard_;
     ScriptedDialogs dialogs_;
     HeadlessDesktop desktop_;
-    platform::DesktopWindows windows_;
     platform::Screen screen_;
-    observatory::Observatory observatory_;
-    platform::ClassRegistry classes_;
+    station::Station station_;
     platform::RecordingHost automation_;
     OperatedApplication application_;
     Session session_;

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "observatory/catalogs/curl_downloads.h"
 #include "observatory/simulator_setup.h"
 #include "qt/parts.h"
 
@@ -40,45 +39,28 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       settings_(user.settings),
       desktop_(user.folders, user.userProfile),
       screen_(workArea()),
-      observatory_(front.loop, user.folders, seed, seams(dialogs, user.cache)),
-      application_({front.loop, classes_, settings_, user.folders, screen_, dialogs, desktop_, otherPrograms_,
-                    [this](const std::string& folder) { observatory_.provideTestImage(folder); }}),
+      station_({front.loop, user.folders, settings_, dialogs, user.cache,
+                [this] { return application_.stopping(); },
+                [this](const std::string& progId) {
+                    if (progId == "AxisSimulator.Telescope") simulatorForm_.show();
+                }},
+               seed),
+      application_(station_.machine(station_.classes(), screen_, desktop_)),
       chance_(seed),
       simulatorForm_(screen_),
-      simulatorPanel_(front.loop, classes_, chance_, simulatorForm_) {
-    observatory_.install(classes_);
-    standAskew(classes_);
+      simulatorPanel_(front.loop, station_.classes(), chance_, simulatorForm_) {
+    standAskew(station_.classes());
     // Settings that can't be read or stored are the application's to report.
     front.barrier.run([this] {
         if (settings_.isEmpty()) observatory::storeSimulatorSetup(settings_);
-        observatory_.openImagingProgram(settings_);
+        station_.openImagingProgram();
         look_ = followNightVision(settings_, front_.theme);
     });
 }
 
-observatory::ObservatorySeams Program::seams(platform::Dialogs& dialogs, const std::filesystem::path& cache) {
-    observatory::ObservatorySeams seams;
-    seams.chooser = [&dialogs](const std::string& title,
-                               const std::vector<observatory::DriverChoice>& drivers,
-                               const std::string& current) {
-        std::vector<platform::Dialogs::Choice> choices;
-        choices.reserve(drivers.size());
-        for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
-        return dialogs.choose(title, choices, current);
-    };
-    seams.desktop = &otherPrograms_;
-    seams.setup = [this](const std::string& progId) {
-        if (progId == "AxisSimulator.Telescope") simulatorForm_.show();
-    };
-    seams.downloads = std::make_shared<observatory::CurlDownloads>();
-    seams.downloadCache = cache;
-    seams.stopping = [this] { return application_.stopping(); };
-    return seams;
-}
-
 void Program::openWindows() {
     windows_ = windowsFor(screen_, front_);
-    imageWindow_ = std::make_unique<ImageWindow>(observatory_.imaging().documents(), settings_, front_);
+    imageWindow_ = std::make_unique<ImageWindow>(imaging().documents(), settings_, front_);
     addInstrumentsMenu();
 }
 

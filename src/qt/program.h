@@ -1,20 +1,17 @@
 // The whole program: the application, the built-in observatory around it, and windows for its forms.
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <vector>
 
 #include "app/application.h"
-#include "observatory/observatory.h"
 #include "observatory/panel/simulator_panel.h"
-#include "platform/class_registry.h"
-#include "platform/desktop_windows.h"
 #include "platform/user_machine.h"
 #include "qt/image_window.h"
 #include "qt/qt_desktop.h"
 #include "qt/watched_settings.h"
 #include "qt/windows.h"
+#include "station/station.h"
 
 namespace vantrel::qt {
 
@@ -26,9 +23,9 @@ class Program {
 
     app::Application& application() { return application_; }
     platform::Screen& screen() { return screen_; }
-    platform::AutomationHost& automation() { return classes_; }
+    platform::AutomationHost& automation() { return station_.classes(); }
 
-    observatory::ImagingPrograms& imaging() { return observatory_.imaging(); }
+    observatory::ImagingPrograms& imaging() { return station_.observatory().imaging(); }
 
     /// Gives every form its window, and the imaging program its own. Without them the program runs unseen.
     void openWindows();
@@ -38,16 +35,13 @@ class Program {
     ImageWindow& imageWindow() const { return *imageWindow_; }
 
   private:
-    observatory::ObservatorySeams seams(platform::Dialogs& dialogs, const std::filesystem::path& cache);
     void addInstrumentsMenu();
 
     Front front_;
     WatchedSettings settings_;
     QtDesktop desktop_;
-    platform::DesktopWindows otherPrograms_;
     platform::Screen screen_;
-    observatory::Observatory observatory_;
-    platform::ClassRegistry classes_;
+    station::Station station_;
     app::Application application_;
     observatory::NoiseSource chance_;
     observatory::frmSimulator simulatorForm_;

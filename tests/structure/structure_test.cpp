@@ -83,11 +83,13 @@ TEST(Structure, RoomsIncludeOnlyWhatTheirRowAllows) {
         {"app", {"app", "devices", "platesolve", "correction", "engine", "platform"}},
         {"observatory", {"observatory", "platform"}},
         {"hosts", {"hosts", "platform"}},
+        {"station", {"station", "observatory", "hosts", "platform"}},
         {"qt",
-         {"qt", "app", "devices", "platesolve", "correction", "engine", "platform", "observatory", "hosts"}},
+         {"qt", "app", "devices", "platesolve", "correction", "engine", "platform", "observatory",
+          "station"}},
         {"headless",
          {"headless", "app", "devices", "platesolve", "correction", "engine", "platform", "observatory",
-          "hosts"}},
+          "station"}},
     };
     int seen = 0;
     for (const auto& [line, own, header] : includes()) {

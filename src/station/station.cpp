@@ -1,0 +1,70 @@
+#include "station/station.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "observatory/catalogs/curl_downloads.h"
+#include "platform/text.h"
+
+namespace vantrel::station {
+namespace {
+
+/// "maxim" of "MaxIm.CCDCamera": the classes of one program are installed together.
+std::string programOf(const std::string& progId) {
+    return platform::toLower(progId.substr(0, progId.find('.')));
+}
+
+}  // namespace
+
+Station::Station(const Surroundings& surroundings, std::uint64_t seed)
+    : surroundings_(surroundings), observatory_(surroundings.loop, surroundings.folders, seed, seams()) {
+    observatory_.install(classes_);
+}
+
+observatory::ObservatorySeams Station::seams() {
+    observatory::ObservatorySeams seams;
+    seams.chooser = [&dialogs = surroundings_.dialogs](const std::string& title,
+                                                       const std::vector<observatory::DriverChoice>& drivers,
+                                                       const std::string& current) {
+        std::vector<platform::Dialogs::Choice> choices;
+        choices.reserve(drivers.size());
+        for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
+        return dialogs.choose(title, choices, current);
+    };
+    seams.desktop = &otherPrograms_;
+    seams.setup = surroundings_.setUp;
+    seams.downloads = std::make_shared<observatory::CurlDownloads>();
+    seams.downloadCache = surroundings_.cache;
+    seams.stopping = surroundings_.stopping;
+    return seams;
+}
+
+/// The helper classes come with the drivers' platform, not with a program.
+void Station::keepInstalled(const std::vector<std::string>& progIds) {
+    constexpr const char* kHelpers = "driverhelper";
+    for (const std::string& progId : progIds)
+        if (!classes_.isInstalled(progId)) throw std::invalid_argument(progId);
+    for (const std::string& progId : classes_.installed()) {
+        const bool kept = programOf(progId) == kHelpers ||
+                          std::any_of(progIds.begin(), progIds.end(), [&](const std::string& wanted) {
+                              return programOf(wanted) == programOf(progId);
+                          });
+        if (!kept) classes_.uninstall(progId);
+    }
+}
+
+platform::Machine Station::machine(platform::AutomationHost& automation, platform::Screen& screen,
+                                   platform::Desktop& desktop) {
+    return {surroundings_.loop,
+            automation,
+            surroundings_.settings,
+            surroundings_.folders,
+            screen,
+            surroundings_.dialogs,
+            desktop,
+            otherPrograms_,
+            [this](const std::string& folder) { observatory_.provideTestImage(folder); },
+            &outsideCalls_};
+}
+
+}  // namespace vantrel::station

@@ -1,0 +1,63 @@
+// The station: every outside program and device that this program can reach, put together once for both
+// fronts.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "observatory/observatory.h"
+#include "platform/class_registry.h"
+#include "platform/desktop_windows.h"
+#include "platform/dialogs.h"
+#include "platform/folder_map.h"
+#include "platform/machine.h"
+#include "platform/outside_call.h"
+#include "platform/settings_root.h"
+
+namespace vantrel::station {
+
+/// What a front gives; all of it must outlive the station.
+struct Surroundings {
+    platform::EventLoop& loop;
+    const platform::FolderMap& folders;
+    platform::SettingsRoot& settings;
+    platform::Dialogs& dialogs;
+    std::filesystem::path cache;     // folder for what can be fetched again
+    std::function<bool()> stopping;  // nothing that takes long is worth waiting for any more
+    /// Shows the set-up of a built-in driver (a ProgID); may be left out, and then it closes at once.
+    std::function<void(const std::string& progId)> setUp = {};
+};
+
+class Station {
+  public:
+    /// All noise of the simulator comes from the seed.
+    Station(const Surroundings& surroundings, std::uint64_t seed);
+
+    /// Opens the imaging program that the settings name, so that a first start finds one open and asks
+    /// nothing. Throws what the settings throw when they can't be read.
+    void openImagingProgram() { observatory_.openImagingProgram(surroundings_.settings); }
+
+    /// Forgets the classes of the programs that aren't among these. Throws std::invalid_argument with the
+    /// name of a ProgID that is unknown.
+    void keepInstalled(const std::vector<std::string>& progIds);
+
+    /// The machine as the application sees it; `automation` is what it reaches the classes through.
+    platform::Machine machine(platform::AutomationHost& automation, platform::Screen& screen,
+                              platform::Desktop& desktop);
+
+    platform::ClassRegistry& classes() { return classes_; }
+    observatory::Observatory& observatory() { return observatory_; }
+
+  private:
+    observatory::ObservatorySeams seams();
+
+    Surroundings surroundings_;
+    platform::OutsideCalls outsideCalls_;
+    platform::DesktopWindows otherPrograms_;
+    observatory::Observatory observatory_;
+    platform::ClassRegistry classes_;
+};
+
+}  // namespace vantrel::station
