@@ -8,9 +8,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -44,6 +45,7 @@ struct CameraOrder {
     std::optional<Part> part;   // nothing: the whole sensor
     std::optional<int> filter;  // nothing: as it is
     std::optional<double> gain, offset;
+    bool subtractDark = false;  // take a dark frame as well, and take it off; not every camera can
 };
 
 /// A picture as the device gave it: a FITS file's bytes, or pixels with the cards that belong to them.
@@ -51,9 +53,14 @@ struct FitsBytes {
     std::vector<std::byte> bytes;
     bool tileCompressed = false;  // a ".fz" file
 };
+struct PictureCard {
+    std::string keyword;  // as FITS has them
+    std::variant<bool, std::int64_t, double, std::string> value;
+    std::string comment = {};
+};
 struct PlainPixels {
     ImageArray image;
-    std::vector<std::pair<std::string, std::variant<std::string, double>>> cards;  // FITS keyword and value
+    std::vector<PictureCard> cards;
 };
 using TakenPicture = std::variant<FitsBytes, PlainPixels>;
 
@@ -77,6 +84,8 @@ class CameraHardware {
 
     enum class Progress { kIdle, kExposing, kDownloading, kReady, kFailed };
     virtual Progress progress() const = 0;
+    /// Called by hardware that knows the moment at which an exposure is over; others are looked at.
+    std::function<void()> onProgress;
 
     /// The picture of the exposure that is kReady; throws what a kFailed one failed with. Then the camera is
     /// idle.

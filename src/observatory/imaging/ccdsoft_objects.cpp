@@ -39,10 +39,8 @@ void CCDSoftCamera::addLink() {
 void CCDSoftCamera::addFrame() {
     CCDSoftProgram::Settings& settings = program_.settings;
     constexpr int kFarOut = 1'000'000;
-    number("BinX", settings.binX, 1, ImagingCamera::kMaxBin);
-    number("BinY", settings.binY, 1, ImagingCamera::kMaxBin);
+    cameraNumbers(settings.binX, settings.binY, "FilterIndexZeroBased", settings.filter);
     number("Frame", settings.frame, CCDSoftProgram::kLight, CCDSoftProgram::kFlat);
-    number("FilterIndexZeroBased", settings.filter, 0, static_cast<int>(ImagingCamera::filters().size()) - 1);
     flag("Subframe", settings.useSubFrame);
     number("SubframeLeft", settings.left, 0, kFarOut);
     number("SubframeTop", settings.top, 0, kFarOut);

@@ -25,34 +25,48 @@ void CCDSoftProgram::takeImages() {
 void CCDSoftProgram::abort() {
     requireConnected();
     toCome_ = 0;
-    bench_.camera.abort();
+    bench_.camera.get().abort();
 }
 
 bool CCDSoftProgram::complete() const {
     requireConnected();
-    bench_.camera.requireSuccess();
+    bench_.camera.get().requireSuccess();
     return toCome_ == 0;
 }
 
 void CCDSoftProgram::expose() {
-    bench_.camera.start(order(), [this](Picture picture) { take(std::move(picture)); });
+    bench_.camera.get().start(order(), [this](Picture picture) { take(std::move(picture)); });
 }
 
 ExposureOrder CCDSoftProgram::order() const {
     ExposureOrder order;
-    order.light = settings.frame == kLight || settings.frame == kFlat;
+    order.frame = frameKind();
     order.seconds = settings.frame == kBias ? 0 : settings.exposureTime;
     order.filter = settings.filter;
     order.binX = settings.binX;
     order.binY = settings.binY;
-    if (settings.useSubFrame) order.subFrame = subFrame();
+    if (settings.useSubFrame) order.part = subFrame();
     order.subtractDark = settings.reduction != kNoReduction;
     return order;
 }
 
+ExposureOrder::Frame CCDSoftProgram::frameKind() const {
+    using Frame = ExposureOrder::Frame;
+    switch (settings.frame) {
+        case kBias:
+            return Frame::kBias;
+        case kDark:
+            return Frame::kDark;
+        case kFlat:
+            return Frame::kFlat;
+        default:
+            return Frame::kLight;
+    }
+}
+
 /// In binned pixels.
 SubFrame CCDSoftProgram::subFrame() const {
-    const PictureSource::Size sensor = bench_.camera.sensor();
+    const platform::CameraFacts& sensor = bench_.camera.get().facts();
     const auto part = [](int first, int end, std::size_t all, int bin) {
         if (first == 0 && end == 0) {
             first = static_cast<int>(all) / 4;

@@ -46,6 +46,7 @@ class CCDSoftProgram : public ImagingProgram {
 
   private:
     ExposureOrder order() const;
+    ExposureOrder::Frame frameKind() const;
     SubFrame subFrame() const;
     void expose();
     void take(Picture picture);

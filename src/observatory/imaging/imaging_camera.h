@@ -1,66 +1,46 @@
-// The camera that the imaging programs drive: one sensor with a shutter and a filter wheel.
+// The camera as the imaging programs share it: one piece of hardware, which one program at a time holds.
 //
 // A program connects, starts an exposure and is handed the picture when it has been downloaded; all in the
-// loop's time. Only one program can be connected.
+// loop's time.
 #pragma once
 
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "observatory/telescopes/camera.h"
+#include "platform/camera_hardware.h"
 #include "platform/errors.h"
 #include "platform/event_loop.h"
 
 namespace vantrel::observatory {
 
-/// Where pictures come from.
-struct PictureSource {
-    struct Size {
-        std::size_t width = 0;  // pixels
-        std::size_t height = 0;
-    };
-    std::function<Size()> sensor;
-    /// What an exposure that begins now records.
-    std::function<Picture(const Shot&)> expose;
-};
-
-struct Filter {
-    const char* name;
-    double transmission;  // 0 to 1
-};
-
 /// A part of the sensor in binned pixels.
-struct SubFrame {
-    int left = 0, top = 0, width = 0, height = 0;
-};
+using SubFrame = platform::CameraOrder::Part;
 
 /// What a program asks for.
-struct ExposureOrder {
-    double seconds = 1;  // 0: a bias frame, if the shutter stays closed
-    bool light = true;   // false: the shutter stays closed
-    int filter = 0;
-    int binX = 1, binY = 1;
-    std::optional<SubFrame> subFrame = {};  // nothing: the whole sensor
-    bool subtractDark = false;
-};
+using ExposureOrder = platform::CameraOrder;
 
 class ImagingCamera {
   public:
     using Delivery = std::function<void(Picture)>;
 
-    static constexpr int kMaxBin = 4;
     static constexpr int kAborted = 65535;  // failure number of an exposure that was aborted
-    static const std::vector<Filter>& filters();
 
-    ImagingCamera(platform::EventLoop& loop, PictureSource source);
+    /// The only one of that hardware, which must outlive it.
+    ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware);
+    ~ImagingCamera();
+    ImagingCamera(const ImagingCamera&) = delete;
+    ImagingCamera& operator=(const ImagingCamera&) = delete;
 
-    /// Links the camera to the program. Throws std::runtime_error when another one holds it.
+    /// Links the camera to the program. Throws std::runtime_error when another one holds it, or what the
+    /// hardware says when it can't be connected.
     void connect(const std::string& program);
     /// Ends the link and the exposure, if the program holds the camera.
     void disconnect(const std::string& program);
-    bool isConnectedTo(const std::string& program) const { return holder_ == program; }
+    bool isConnectedTo(const std::string& program) const {
+        return holder_ == program && hardware_.connected();
+    }
 
     /// Starts an exposure; one that is under way is given up. Throws std::runtime_error when the order can't
     /// be carried out or the sky can't be drawn.
@@ -68,29 +48,21 @@ class ImagingCamera {
     /// Gives the exposure up. Nothing when there is none.
     void abort();
 
-    bool busy() const { return timer_ != nullptr; }
+    bool busy() const { return watch_ != nullptr; }
     /// Throws the OperationError that the last exposure ended with, if it was aborted or failed.
     void requireSuccess() const;
 
-    int filter() const { return filter_; }
-    PictureSource::Size sensor() const { return source_.sensor(); }
+    const platform::CameraFacts& facts() const { return hardware_.facts(); }
 
   private:
-    Shot shot() const;
-    void after(double seconds, void (ImagingCamera::*next)());
-    void beginExposure();
-    void beginDownload();
+    void look();
     void deliver();
 
     platform::EventLoop& loop_;
-    PictureSource source_;
+    platform::CameraHardware& hardware_;
     std::string holder_;  // empty: nobody
-    int filter_ = 0;
-
-    ExposureOrder order_;
     Delivery delivery_;
-    Picture picture_;
-    platform::TimerHandle timer_;  // of the step under way
+    platform::TimerHandle watch_;  // while an exposure is under way
     std::optional<platform::OperationError> failure_;
 };
 

@@ -1,6 +1,8 @@
 #include "observatory/imaging/imaging_program.h"
 
+#include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/text.h"
 
@@ -24,13 +26,19 @@ void ImagingProgram::quit() {
 }
 
 void ImagingProgram::connect() {
-    bench_.camera.connect(name_);
+    bench_.camera.get().connect(name_);
     showConnection();
 }
 
 void ImagingProgram::disconnect() {
-    bench_.camera.disconnect(name_);
+    bench_.camera.get().disconnect(name_);
     showConnection();
+}
+
+void ImagingProgram::useCamera(ImagingCamera& camera) {
+    if (&camera == &bench_.camera.get()) return;
+    disconnect();
+    bench_.camera = camera;
 }
 
 void ImagingProgram::requireConnected() const {
@@ -65,15 +73,29 @@ Value ProgramObject::call(const std::string& member, const Arguments& arguments)
 }
 
 void ProgramObject::number(const std::string& name, int& field, int least, int most) {
+    number(name, field, least, [most] { return most; });
+}
+
+void ProgramObject::number(const std::string& name, int& field, int least, std::function<int()> most) {
     property(
         name, [&field] { return Value(field); },
-        [name, &field, least, most](const Value& value) {
+        [name, &field, least, most = std::move(most)](const Value& value) {
             const int wanted = value.toInt();
-            if (wanted < least || wanted > most)
+            if (wanted < least || wanted > most())
                 throw std::runtime_error(name + " must be between " + std::to_string(least) + " and " +
-                                         std::to_string(most));
+                                         std::to_string(most()));
             field = wanted;
         });
+}
+
+void ProgramObject::cameraNumbers(int& binX, int& binY, const std::string& filterName, int& filter) {
+    const auto camera = [&program = program_]() -> const platform::CameraFacts& {
+        return program.bench().camera.get().facts();
+    };
+    number("BinX", binX, 1, [camera] { return camera().maxBinX; });
+    number("BinY", binY, 1, [camera] { return camera().maxBinY; });
+    number(filterName, filter, 0,
+           [camera] { return std::max(0, static_cast<int>(camera().filters.size()) - 1); });
 }
 
 void ProgramObject::flag(const std::string& name, bool& field) {

@@ -1,6 +1,7 @@
 // One of the two imaging programs: whether it runs, its windows on the desktop, its hold of the camera.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,7 +18,7 @@ struct ImagingBench {
     platform::EventLoop& loop;
     const platform::FolderMap& folders;
     platform::DesktopWindows& desktop;
-    ImagingCamera& camera;
+    std::reference_wrapper<ImagingCamera> camera;
     OpenDocuments& documents;
 };
 
@@ -39,11 +40,14 @@ class ImagingProgram {
     /// Throws std::runtime_error when the other program holds the camera.
     void connect();
     void disconnect();
-    bool connected() const { return bench_.camera.isConnectedTo(name_); }
+    bool connected() const { return bench_.camera.get().isConnectedTo(name_); }
     /// Throws std::runtime_error unless connected.
     void requireConnected() const;
 
     const ImagingBench& bench() const { return bench_; }
+
+    /// Another camera from now on, which must outlive the program; its hold of the one in use ends.
+    void useCamera(ImagingCamera& camera);
 
   protected:
     /// Opens the windows and returns the main one.
@@ -84,9 +88,12 @@ class ProgramObject : public platform::DispatchObject {
 
     /// Properties held in a field, which must live as long as this.
     void number(const std::string& name, int& field, int least, int most);
+    /// "BinX", "BinY" and the filter's number, within what the camera has.
+    void cameraNumbers(int& binX, int& binY, const std::string& filterName, int& filter);
     void flag(const std::string& name, bool& field);
 
   private:
+    void number(const std::string& name, int& field, int least, std::function<int()> most);
     void requireLife() const;
 
     const ImagingProgram& program_;

@@ -10,10 +10,24 @@ ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, const platform::Fold
                                  platform::DesktopWindows& desktop, PictureSource pictures,
                                  CatalogSource stars)
     : stars_(std::move(stars)),
-      camera_(loop, std::move(pictures)),
+      simulated_(loop, std::move(pictures)),
+      camera_(loop, simulated_),
       bench_{loop, folders, desktop, camera_, documents_},
       maxIm_(bench_),
-      ccdSoft_(bench_) {}
+      ccdSoft_(bench_),
+      builtIn_(bench_) {}
+
+void ImagingPrograms::useCamera(std::shared_ptr<platform::CameraHardware> hardware) {
+    if (hardware == real_) return;
+    auto next = hardware ? std::make_unique<ImagingCamera>(bench_.loop, *hardware) : nullptr;
+    builtIn_.useCamera(next ? *next : camera_);
+    realCamera_ = std::move(next);
+    real_ = std::move(hardware);
+}
+
+const platform::CameraHardware& ImagingPrograms::chosenCamera() const {
+    return real_ ? *real_ : static_cast<const platform::CameraHardware&>(simulated_);
+}
 
 template <typename Object, typename Program, typename... Rest>
 std::function<platform::ObjectRef()> ImagingPrograms::objectOf(Program& program, Rest... rest) {
@@ -37,6 +51,14 @@ void ImagingPrograms::install(platform::ClassRegistry& classes, const std::strin
                                            return MaxImDocument::current(maxIm_);
                                        },
                                        maxIm, "", ""});
+    const std::string builtIn = folder + "Vantrel.exe";
+    classes.install("Vantrel.CCDCamera", {objectOf<MaxImCamera>(builtIn_), builtIn, "", ""});
+    classes.install("Vantrel.Application", {objectOf<MaxImApplication>(builtIn_), builtIn, "", ""});
+    classes.install("Vantrel.Document", {[this] {
+                                             builtIn_.start();
+                                             return MaxImDocument::current(builtIn_);
+                                         },
+                                         builtIn, "", ""});
     classes.install("CCDSoft.Camera", {objectOf<CCDSoftCamera>(ccdSoft_), ccdSoft, "", ""});
     classes.install("CCDSoft.Image", {objectOf<CCDSoftImage>(ccdSoft_, stars_), ccdSoft, "", ""});
 }

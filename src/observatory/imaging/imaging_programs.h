@@ -1,8 +1,12 @@
-// The observatory's imaging: the camera, the open images, and the two programs that show them.
+// The observatory's imaging: the simulated camera, the open images, the two programs that show them, and the
+// built-in camera program, which drives real cameras as well.
 #pragma once
+
+#include <memory>
 
 #include "observatory/imaging/ccdsoft_program.h"
 #include "observatory/imaging/maxim_program.h"
+#include "observatory/imaging/simulated_camera.h"
 #include "platform/class_registry.h"
 
 namespace vantrel::observatory {
@@ -20,6 +24,10 @@ class ImagingPrograms {
     ImagingCamera& camera() { return camera_; }
     OpenDocuments& documents() { return documents_; }
     const OpenDocuments& documents() const { return documents_; }
+    /// The camera of the built-in camera program from now on; nothing: the simulated one.
+    void useCamera(std::shared_ptr<platform::CameraHardware> hardware);
+    /// The built-in camera program's, as it says of itself.
+    const platform::CameraHardware& chosenCamera() const;
     MaxImProgram& maxIm() { return maxIm_; }
     CCDSoftProgram& ccdSoft() { return ccdSoft_; }
 
@@ -29,10 +37,14 @@ class ImagingPrograms {
 
     CatalogSource stars_;
     OpenDocuments documents_;
+    SimulatedCamera simulated_;
     ImagingCamera camera_;
     ImagingBench bench_;
     MaxImProgram maxIm_;
     CCDSoftProgram ccdSoft_;
+    BuiltInCameraProgram builtIn_;
+    std::shared_ptr<platform::CameraHardware> real_;  // nothing: the simulated camera is used
+    std::unique_ptr<ImagingCamera> realCamera_;
 };
 
 }  // namespace vantrel::observatory

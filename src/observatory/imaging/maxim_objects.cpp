@@ -14,7 +14,7 @@ using platform::Value;
 // ---- the camera
 
 MaxImCamera::MaxImCamera(MaxImProgram& program)
-    : ProgramObject("MaxIm.CCDCamera", program), program_(program), run_(program.run()) {
+    : ProgramObject(program.classPrefix() + ".CCDCamera", program), program_(program), run_(program.run()) {
     program_.clientCame();
     addLink();
     addFrame();
@@ -31,14 +31,14 @@ void MaxImCamera::addLink() {
 }
 
 void MaxImCamera::addFrame() {
-    number("BinX", program_.settings.binX, 1, ImagingCamera::kMaxBin);
-    number("BinY", program_.settings.binY, 1, ImagingCamera::kMaxBin);
-    for (const char* most : {"MaxBinX", "MaxBinY"})
-        property(most, [] { return Value(ImagingCamera::kMaxBin); });
-    property("CameraXSize",
-             [this] { return Value(static_cast<int>(program_.bench().camera.sensor().width)); });
-    property("CameraYSize",
-             [this] { return Value(static_cast<int>(program_.bench().camera.sensor().height)); });
+    const auto camera = [this]() -> const platform::CameraFacts& {
+        return program_.bench().camera.get().facts();
+    };
+    cameraNumbers(program_.settings.binX, program_.settings.binY, "Filter", program_.settings.filter);
+    property("MaxBinX", [camera] { return Value(camera().maxBinX); });
+    property("MaxBinY", [camera] { return Value(camera().maxBinY); });
+    property("CameraXSize", [camera] { return Value(static_cast<int>(camera().width)); });
+    property("CameraYSize", [camera] { return Value(static_cast<int>(camera().height)); });
     addFrameNumber("StartX", &SubFrame::left);
     addFrameNumber("StartY", &SubFrame::top);
     addFrameNumber("NumX", &SubFrame::width);
@@ -47,7 +47,6 @@ void MaxImCamera::addFrame() {
         program_.settings.subFrame.reset();
         return Value();
     });
-    number("Filter", program_.settings.filter, 0, static_cast<int>(ImagingCamera::filters().size()) - 1);
 }
 
 /// In binned pixels; whether the frame fits is looked at when it is exposed.
@@ -72,7 +71,7 @@ void MaxImCamera::addExposure() {
     property("ImageReady", [this] { return Value(program_.imageReady()); });
     method("AbortExposure", [this](const Arguments&) {
         program_.requireConnected();
-        program_.bench().camera.abort();
+        program_.bench().camera.get().abort();
         return Value();
     });
     method("SaveImage", [this](const Arguments& arguments) {
@@ -85,7 +84,8 @@ void MaxImCamera::addExposure() {
 
 // ---- the application
 
-MaxImApplication::MaxImApplication(MaxImProgram& program) : ProgramObject("MaxIm.Application", program) {
+MaxImApplication::MaxImApplication(MaxImProgram& program)
+    : ProgramObject(program.classPrefix() + ".Application", program) {
     property("Version", [] { return Value(MaxImProgram::kVersion); });
     property("AutofocusStatus", [] { return Value(0); });  // no focuser, nothing to report
     property("CurrentDocument", [&program] { return Value(MaxImDocument::current(program)); });
@@ -103,7 +103,9 @@ MaxImApplication::MaxImApplication(MaxImProgram& program) : ProgramObject("MaxIm
 // ---- the document
 
 MaxImDocument::MaxImDocument(MaxImProgram& program, OpenDocuments::Ref document)
-    : ProgramObject("MaxIm.Document", program), bench_(program.bench()), document_(std::move(document)) {
+    : ProgramObject(program.classPrefix() + ".Document", program),
+      bench_(program.bench()),
+      document_(std::move(document)) {
     addPixels();
     addStretch();
     addFile();

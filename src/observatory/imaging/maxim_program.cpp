@@ -32,7 +32,7 @@ void MaxImProgram::reset() {
 
 SubFrame MaxImProgram::frame() const {
     if (settings.subFrame) return *settings.subFrame;
-    const PictureSource::Size sensor = bench_.camera.sensor();
+    const platform::CameraFacts& sensor = bench_.camera.get().facts();
     return {0, 0, static_cast<int>(sensor.width) / settings.binX,
             static_cast<int>(sensor.height) / settings.binY};
 }
@@ -40,16 +40,22 @@ SubFrame MaxImProgram::frame() const {
 void MaxImProgram::expose(double seconds, bool light) {
     requireConnected();
     imageReady_ = false;
-    bench_.camera.start({seconds, light, settings.filter, settings.binX, settings.binY, settings.subFrame},
-                        [this](Picture picture) {
-                            showPicture(std::move(picture));
-                            imageReady_ = true;
-                        });
+    ExposureOrder order;
+    order.seconds = seconds;
+    order.frame = light ? ExposureOrder::Frame::kLight : ExposureOrder::Frame::kDark;
+    order.binX = settings.binX;
+    order.binY = settings.binY;
+    order.part = settings.subFrame;
+    if (!bench_.camera.get().facts().filters.empty()) order.filter = settings.filter;
+    bench_.camera.get().start(order, [this](Picture picture) {
+        showPicture(std::move(picture));
+        imageReady_ = true;
+    });
 }
 
 bool MaxImProgram::imageReady() const {
     requireConnected();
-    bench_.camera.requireSuccess();
+    bench_.camera.get().requireSuccess();
     return imageReady_;
 }
 
@@ -57,5 +63,7 @@ void MaxImProgram::clientLeft(int run) {
     --clients_;
     if (clients_ == 0 && run == this->run() && !settings.disableAutoShutdown) disconnect();
 }
+
+WindowId BuiltInCameraProgram::openWindows() { return bench_.desktop.open({kName, "VantrelCamera"}); }
 
 }  // namespace vantrel::observatory

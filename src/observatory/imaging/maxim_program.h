@@ -1,7 +1,10 @@
-// The first imaging program, "MaxIm DL": its windows and the settings of its camera dialog.
+// The first imaging program, "MaxIm DL": its windows and the settings of its camera dialog. And a program
+// that is driven in the same way, but makes no secret of being built in.
 #pragma once
 
 #include <optional>
+#include <string>
+#include <utility>
 
 #include "observatory/imaging/imaging_program.h"
 
@@ -11,7 +14,10 @@ class MaxImProgram : public ImagingProgram {
   public:
     static constexpr double kVersion = 4.56;
 
-    explicit MaxImProgram(const ImagingBench& bench) : ImagingProgram("MaxIm DL", bench) {}
+    explicit MaxImProgram(const ImagingBench& bench) : MaxImProgram("MaxIm DL", "MaxIm", bench) {}
+
+    /// What its classes' names begin with: "MaxIm".
+    const std::string& classPrefix() const { return classPrefix_; }
 
     struct Settings {
         int binX = 1, binY = 1;
@@ -34,14 +40,29 @@ class MaxImProgram : public ImagingProgram {
     void clientLeft(int run);
 
   protected:
+    MaxImProgram(std::string name, std::string classPrefix, const ImagingBench& bench)
+        : ImagingProgram(std::move(name), bench), classPrefix_(std::move(classPrefix)) {}
+
     platform::WindowId openWindows() override;
     void showConnection() override;
     void reset() override;
 
   private:
+    std::string classPrefix_;
     platform::WindowId connectButton_ = 0;
     bool imageReady_ = false;
     int clients_ = 0;
+};
+
+/// The built-in camera program, on whichever camera it is given.
+class BuiltInCameraProgram : public MaxImProgram {
+  public:
+    static constexpr const char* kName = "Built-in camera program";
+
+    explicit BuiltInCameraProgram(const ImagingBench& bench) : MaxImProgram(kName, "Vantrel", bench) {}
+
+  protected:
+    platform::WindowId openWindows() override;
 };
 
 }  // namespace vantrel::observatory
