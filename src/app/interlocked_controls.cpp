@@ -19,8 +19,8 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
             &telescope.cmdDisconnectTelescope, &setup.cmdTelescope, &setup.txtSiteLat, &setup.txtSiteLong,
             &setup.chkUseTelescopeLocation,
             // Camera and images
-            &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.chkUseCCDSoftSubFrame, &setup.txtImagePath,
-            &setup.Command1, &setup.chkSaveImages,
+            &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.optBuiltIn, &imaging.chkUseCCDSoftSubFrame,
+            &setup.txtImagePath, &setup.Command1, &setup.chkSaveImages,
             // The solver
             &solve.optPinPoint, &solve.optAutoAstrometry, &solve.txtSolveMinSiz, &solve.txtSolveMinBrt,
             &solve.txtSolveMinSig, &solve.txtSolveFilter, &solve.txtSolveScaleH, &solve.txtSolveScaleV,

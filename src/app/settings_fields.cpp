@@ -140,6 +140,7 @@ void SettingsFields::store() {
     const auto& imaging = form_.imaging;
     if (imaging.optMaxIm.selected()) settings_.SaveSetting(kRun, "ImagingSoftware", "MaxIm");
     if (imaging.optCCDSoft.selected()) settings_.SaveSetting(kRun, "ImagingSoftware", "CCDSoft");
+    if (imaging.optBuiltIn.selected()) settings_.SaveSetting(kRun, "ImagingSoftware", "BuiltIn");
     // Nothing reads these two; they belong to the stored set.
     settings_.SaveSetting("Solve", "SolveMode", "0");
     settings_.SaveSetting("Find", "BlinkMode", "0");

@@ -11,7 +11,7 @@ void Shutdown::UnloadThisApplication() {
     if (begun_) return;
     begun_ = true;
     parts_.state.AppUnloading = true;
-    parts_.camera.abortCCDSoftExposure();
+    parts_.camera.abortExposure();
     parts_.state.StopRequested = true;
     parts_.telescope.AbortTelescopeSlew();
     parts_.machine.loop.setEnding(true);

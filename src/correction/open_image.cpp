@@ -1,5 +1,7 @@
 #include "correction/open_image.h"
 
+#include <utility>
+
 namespace vantrel::correction {
 namespace {
 
@@ -21,7 +23,7 @@ OpenImage::OpenImage(platform::AutomationHost& host, std::function<std::string()
 
 OpenImage::Program OpenImage::program() const {
     const std::string name = imagingSoftware_();
-    if (name == "MaxIm") return Program::kMaxIm;
+    if (name == "MaxIm" || name == "BuiltIn") return Program::kMaxIm;
     return name == "CCDSoft" ? Program::kCCDSoft : Program::kNone;
 }
 
@@ -38,7 +40,10 @@ OpenImage::Access OpenImage::access(bool bringForward) {
         if (bringForward) image->call("SetActive");
         return {Program::kCCDSoft, image};
     }
-    if (!ImagingAppIsAlive()) application_ = host_.create("MaxIm.Application");
+    const std::string owner = imagingSoftware_();
+    if (owner != std::exchange(applicationOf_, owner)) release();
+    if (!ImagingAppIsAlive())
+        application_ = host_.create(owner == "BuiltIn" ? "Vantrel.Application" : "MaxIm.Application");
     if (!ImageDocumentIsAlive()) document_ = application_->get("CurrentDocument").toObject();
     return {Program::kMaxIm, document_};
 }

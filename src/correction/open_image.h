@@ -13,7 +13,8 @@ namespace vantrel::correction {
 /// OperationError when the program fails.
 class OpenImage {
   public:
-    /// The second argument tells which program is in use: "MaxIm", "CCDSoft", or anything else for none.
+    /// The second argument tells which program is in use: "MaxIm", "CCDSoft", "BuiltIn", which is spoken to
+    /// like the first, or anything else for none.
     OpenImage(platform::AutomationHost& host, std::function<std::string()> imagingSoftware);
 
     enum class Program { kNone, kMaxIm, kCCDSoft };
@@ -50,6 +51,7 @@ class OpenImage {
   private:
     platform::AutomationHost& host_;
     std::function<std::string()> imagingSoftware_;
+    std::string applicationOf_;  // the program that the objects belong to
     platform::ObjectRef application_;
     platform::ObjectRef document_;
 };

@@ -10,11 +10,12 @@ struct ImagingPanel {
         : frmImagingSW(form, "frmImagingSW", "Imaging SW"),
           optCCDSoft(form, programs, "optImagingSoftware(0)", "CCDSoft"),
           optMaxIm(form, programs, "optImagingSoftware(1)", "MaxIm DL"),
+          optBuiltIn(form, programs, "optImagingSoftware(2)", "Built-in camera program"),
           chkUseCCDSoftSubFrame(form, "chkUseCCDSoftSubFrame", "Use CCDSoft sub-frame") {}
 
     platform::Frame frmImagingSW;
     platform::OptionGroup programs;
-    platform::OptionButton optCCDSoft, optMaxIm;
+    platform::OptionButton optCCDSoft, optMaxIm, optBuiltIn;
     platform::CheckBox chkUseCCDSoftSubFrame;
 };
 

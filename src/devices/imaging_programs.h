@@ -1,4 +1,4 @@
-// Which of the two imaging programs takes the pictures, and the objects that the program holds of them.
+// Which imaging program takes the pictures, and the objects that are held of them.
 #pragma once
 
 #include <string>
@@ -8,15 +8,18 @@
 namespace vantrel::devices {
 
 struct ImagingPrograms {
-    std::string ImagingSoftware;  // "MaxIm", "CCDSoft", or "NeedToSelect" (or empty) while undecided
+    std::string
+        ImagingSoftware;  // "MaxIm", "CCDSoft", "BuiltIn", or "NeedToSelect" (or empty) while undecided
 
     platform::ObjectRef maxImCamera;
     platform::ObjectRef ccdSoftCamera;
     platform::ObjectRef ccdSoftImage;
+    platform::ObjectRef builtInCamera;
 
     bool usesMaxIm() const { return ImagingSoftware == "MaxIm"; }
     bool usesCCDSoft() const { return ImagingSoftware == "CCDSoft"; }
-    void releaseObjects() { maxImCamera = ccdSoftCamera = ccdSoftImage = nullptr; }
+    bool usesBuiltIn() const { return ImagingSoftware == "BuiltIn"; }
+    void releaseObjects() { maxImCamera = ccdSoftCamera = ccdSoftImage = builtInCamera = nullptr; }
 };
 
 }  // namespace vantrel::devices

@@ -18,6 +18,7 @@ constexpr const char* kSection = "PolarAlign";
 constexpr const char* kKey = "ImagingSoftware";
 constexpr const char* kMaxIm = "MaxIm";
 constexpr const char* kCCDSoft = "CCDSoft";
+constexpr const char* kBuiltIn = "BuiltIn";
 constexpr const char* kUndecided = "NeedToSelect";
 constexpr const char* kMaxImServer = "MaxIm.CCDCamera";
 constexpr const char* kCCDSoftServer = "CCDSoft.Camera";
@@ -74,6 +75,7 @@ ImagingSoftwareChoice::ImagingSoftwareChoice(const Services& services, WindowSys
       dialog_(dialog) {
     controls_.imaging.optCCDSoft.onClick = [this] { useCCDSoft(); };
     controls_.imaging.optMaxIm.onClick = [this] { useMaxIm(); };
+    controls_.imaging.optBuiltIn.onClick = [this] { useBuiltIn(); };
     const auto enableOK = [this] { dialog_.cmdImagingSoftwareOK.setEnabled(true); };
     dialog_.optMaxIm.onClick = enableOK;
     dialog_.optCCDSoft.onClick = enableOK;
@@ -89,7 +91,9 @@ void ImagingSoftwareChoice::startUp() {
     selectOption(services_.settings.GetSetting(kSection, kKey, ""));
 }
 
+/// Who has chosen the built-in program wants no other, whichever is open.
 void ImagingSoftwareChoice::storeProgramThatIsOpen() {
+    if (services_.settings.GetSetting(kSection, kKey, "") == kBuiltIn) return;
     const bool maxIm = windows_.WindowTitleExists("MaxIm DL", true, false);
     const bool ccdSoft = windows_.WindowTitleExists("CCDSoft", true, false);
     if (maxIm == ccdSoft) return;
@@ -118,6 +122,7 @@ void ImagingSoftwareChoice::GetImagingSW() {
 void ImagingSoftwareChoice::selectOption(const std::string& program) {
     if (program == kCCDSoft) controls_.imaging.optCCDSoft.select();
     if (program == kMaxIm) controls_.imaging.optMaxIm.select();
+    if (program == kBuiltIn) controls_.imaging.optBuiltIn.select();
 }
 
 void ImagingSoftwareChoice::reportNoProgram() {
@@ -168,7 +173,16 @@ void ImagingSoftwareChoice::useMaxIm() {
     controls_.optAutoAstrometry.setEnabled(false);
 }
 
-/// False once the operator chose the other program while this one was waited for, or the program ends.
+void ImagingSoftwareChoice::useBuiltIn() {
+    stopExposeSeries();
+    setProgram(kBuiltIn);
+    startBuiltIn();
+    if (!isInForce(kBuiltIn)) return;
+    controls_.optPinPoint.select();
+    controls_.optAutoAstrometry.setEnabled(false);
+}
+
+/// False once the operator chose another program while this one was waited for, or the program ends.
 bool ImagingSoftwareChoice::isInForce(const std::string& program) const {
     return programs_.ImagingSoftware == program && !services_.state.AppUnloading;
 }
@@ -304,7 +318,24 @@ void ImagingSoftwareChoice::ShellOpenFile(const std::string& path) {
     while (isInForce(kCCDSoft) && !desktop_.programIsIdle(path)) WaitSeconds(services_.loop, 1);
 }
 
-// ---- both
+// ---- the built-in program
+
+/// It is always there and has no windows of its own to be looked for.
+void ImagingSoftwareChoice::startBuiltIn() {
+    try {
+        services_.log.AddToLog("Built-in camera program is the Imaging Software");
+        popUp(lines({" Conecting to Camera ", " Please wait "}), kLongMessage);
+        services_.loop.yield();
+        programs_.builtInCamera = services_.automation.create("Vantrel.CCDCamera");
+        linkCamera("Verify camera in Devices");
+        services_.messages.ClosePopupMessage();
+    } catch (...) {
+        services_.log.AddToLog(errorReport(currentError(), "Built-in camera program"));
+        popUp("Could not start the built-in camera program", kLongMessage);
+    }
+}
+
+// ---- all
 
 void ImagingSoftwareChoice::linkCamera(const char* verifyText) {
     camera_.setCamLinkEnabled(true);

@@ -56,6 +56,8 @@ class ImagingSoftwareChoice {
     void storeProgramThatIsOpen();
     void useCCDSoft();
     void useMaxIm();
+    void useBuiltIn();
+    void startBuiltIn();
     void setProgram(const std::string& program);
     void selectOption(const std::string& program);
     bool isInForce(const std::string& program) const;

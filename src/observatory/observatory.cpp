@@ -66,7 +66,8 @@ void Observatory::install(platform::ClassRegistry& classes) {
 }
 
 void Observatory::openImagingProgram(const platform::SettingsRoot& settings) {
-    if (settings.read("PolarAlign", "ImagingSoftware") != "CCDSoft") imaging_->maxIm().start();
+    const auto chosen = settings.read("PolarAlign", "ImagingSoftware");
+    if (chosen != "CCDSoft" && chosen != "BuiltIn") imaging_->maxIm().start();
 }
 
 void Observatory::provideTestImage(const std::string& folder) const {

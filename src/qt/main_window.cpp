@@ -179,8 +179,10 @@ QGroupBox* siteGroup() {
 QGroupBox* imagingGroup() {
     auto* const box = named<QGroupBox>("frmImagingSW");
     auto* const column = new QVBoxLayout(box);
-    column->addLayout(row(
-        {named<QRadioButton>("optImagingSoftware(0)"), named<QRadioButton>("optImagingSoftware(1)")}, true));
+    column->addLayout(
+        row({named<QRadioButton>("optImagingSoftware(0)"), named<QRadioButton>("optImagingSoftware(1)"),
+             named<QRadioButton>("optImagingSoftware(2)")},
+            true));
     column->addWidget(named<QCheckBox>("chkUseCCDSoftSubFrame"));
     return box;
 }

@@ -155,11 +155,17 @@ TEST(CameraLink, FreesTheCameraFromTheOtherProgram) {
 
 TEST(CameraLink, KeepsQuietAboutTheWayOfExposing) {
     CameraWorld world("CCDSoft");
+    double delay = 0;
+    CCDSoftCamera camera({world.services,
+                          world.programs,
+                          world.windows,
+                          {world.txtPostExpDelay, world.panel.chkUseCCDSoftSubFrame},
+                          delay});
     world.fail(kCCDSoft, "Asynchronous", 438);
-    world.link.setCCDSoftIsAsynchronous(true);
+    camera.setCCDSoftIsAsynchronous(true);
     EXPECT_EQ(world.state.LastMessage,
               "Fake.Source Error 438: it broke\r\nmodComponents Property Let CCDSoftIsAsynchronous");
-    EXPECT_FALSE(world.link.CCDSoftIsAsynchronous());
+    EXPECT_FALSE(camera.CCDSoftIsAsynchronous());
     EXPECT_EQ(world.state.LastMessage,
               "Fake.Source Error 438: it broke\r\nmodComponents Property Get CCDSoftIsAsynchronous");
     EXPECT_THAT(world.log.lines, IsEmpty());
@@ -168,10 +174,7 @@ TEST(CameraLink, KeepsQuietAboutTheWayOfExposing) {
 
 TEST(CameraLink, LeavesTheProgramThatIsNotInUseAlone) {
     CameraWorld maxIm("MaxIm"), ccdSoft("CCDSoft");
-    maxIm.link.DisconnectCCDSoftCamera();
-    maxIm.link.setCCDSoftIsAsynchronous(true);
-    maxIm.link.abortCCDSoftExposure();
-    ccdSoft.link.DisconnectMaxImCamera();
+    maxIm.link.abortExposure();
     ccdSoft.link.setCamDisableAutoShutdown(true);
     for (CameraWorld* world : {&maxIm, &ccdSoft}) {
         EXPECT_THAT(world->host.takeJournal("*"), IsEmpty());
@@ -189,10 +192,10 @@ TEST(CameraLink, SavesInTheImageFolder) {
     EXPECT_EQ(maxIm.state.LastSavedImage, "SavedImage.fit");
 
     CameraWorld ccdSoft("CCDSoft");
-    ccdSoft.link.AttachCCDSoftImageToActiveImager();
+    ccdSoft.programs.ccdSoftImage = ccdSoft.host.create("CCDsoft.Image");
     ccdSoft.link.SaveImageToFile("SavedImage.fit");
-    EXPECT_THAT(actionsOn(ccdSoft.host, "*"), ElementsAre("create", "call AttachToActiveImager",
-                                                          "put path C:\\SavedImage.fit", "call Save"));
+    EXPECT_THAT(actionsOn(ccdSoft.host, "*"),
+                ElementsAre("create", "put path C:\\SavedImage.fit", "call Save"));
 }
 
 TEST(CameraLink, LogsAnImageThatCannotBeSaved) {

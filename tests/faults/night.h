@@ -31,6 +31,7 @@ inline constexpr Equipment kSetUps[] = {
     {"simulator", "AxisSimulator.Telescope", "MaxIm", "0"},
     {"first program", "ScopeSim.Telescope", "MaxIm", "0"},
     {"second program", "ScopeSim.Telescope", "CCDSoft", "1"},
+    {"built-in program", "ScopeSim.Telescope", "BuiltIn", "0"},
 };
 
 /// What the operator is at when the fault comes.
@@ -136,6 +137,9 @@ class Night {
         void post(std::function<void()> handler) override { inner.post(std::move(handler)); }
         platform::TimerHandle every(platform::Milliseconds interval, std::function<void()> handler) override {
             return inner.every(interval, std::move(handler));
+        }
+        platform::TimerHandle whenReadable(int descriptor, std::function<void()> handler) override {
+            return inner.whenReadable(descriptor, std::move(handler));
         }
         void yield() override { inner.yield(); }
         void sleep(platform::Milliseconds duration) override { inner.sleep(duration); }
