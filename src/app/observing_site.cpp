@@ -73,7 +73,7 @@ void ObservingSite::refuseNonsense(TextBox& box, const char* key, SiteAxis axis)
         box.setText("");  // neither can that be read
     }
     if (refused == box.text()) return;
-    state_.LastMessage = noSiteAngle(refused, axis);
+    state_.LastMessage = joinLines({noSiteAngle(refused, axis), howToWriteSiteAngle(axis)});
     log_.AddToLog(state_.LastMessage);
     messages_.ShowPopupMessage(state_.LastMessage, 5);
 }

@@ -151,10 +151,12 @@ std::optional<SiteAngle> readSiteAngle(const std::string& text, SiteAxis axis) {
 }
 
 std::string noSiteAngle(const std::string& text, SiteAxis axis) {
-    const bool latitude = axis == SiteAxis::kLatitude;
-    return "\"" + text + "\" is no " + (latitude ? "latitude" : "longitude") + kCrLf +
-           "Write it like 48d 30m 15.0s, " +
-           (latitude ? "south with S or a minus sign" : "west with W or a minus sign");
+    return "\"" + text + "\" is no " + (axis == SiteAxis::kLatitude ? "latitude" : "longitude");
+}
+
+std::string howToWriteSiteAngle(SiteAxis axis) {
+    return std::string("Write it like 48d 30m 15.0s, ") +
+           (axis == SiteAxis::kLatitude ? "south with S or a minus sign" : "west with W or a minus sign");
 }
 
 }  // namespace vantrel::platform

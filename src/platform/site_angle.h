@@ -24,7 +24,8 @@ struct SiteAngle {
 /// from 60 on, latitudes beyond 90° and longitudes beyond 360°, and for a sign and a letter that don't agree.
 std::optional<SiteAngle> readSiteAngle(const std::string& text, SiteAxis axis);
 
-/// What to tell about a text that is none.
+/// What to tell about a text that is none, and how to write one.
 std::string noSiteAngle(const std::string& text, SiteAxis axis);
+std::string howToWriteSiteAngle(SiteAxis axis);
 
 }  // namespace vantrel::platform

@@ -247,7 +247,9 @@ double SimulatorPanel::numberIn(const Field& field) {
     };
     if (field.axis) {
         const auto angle = platform::readSiteAngle(text, *field.axis);
-        if (!angle) throw refuse(platform::noSiteAngle(text, *field.axis));
+        if (!angle)
+            throw refuse(platform::noSiteAngle(text, *field.axis) + ". " +
+                         platform::howToWriteSiteAngle(*field.axis));
         return angle->degrees;
     }
     const auto value = platform::parseNumber(text);

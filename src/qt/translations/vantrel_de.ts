@@ -585,6 +585,14 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
         <translation>%1 ist keine Zahl</translation>
     </message>
     <message>
+        <source>%1 is no latitude. Write it like 48d 30m 15.0s, south with S or a minus sign</source>
+        <translation>%1 ist keine Breite. Zum Beispiel: 48d 30m 15.0s, Süden mit S oder Minuszeichen</translation>
+    </message>
+    <message>
+        <source>%1 is no longitude. Write it like 48d 30m 15.0s, west with W or a minus sign</source>
+        <translation>%1 ist keine Länge. Zum Beispiel: 48d 30m 15.0s, Westen mit W oder Minuszeichen</translation>
+    </message>
+    <message>
         <source>%1 is in the middle of the picture.</source>
         <translation>%1 steht in der Bildmitte.</translation>
     </message>

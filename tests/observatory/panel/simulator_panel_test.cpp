@@ -108,10 +108,11 @@ TEST_F(Panel, WhatIsNoValueIsSaidAndTakenBack) {
         TextBox& box;
         const char* text;
         const char* before;
-        std::string status;
+        const char* status;
     } cases[] = {{window.txtSeeing, "bad", "3", "bad is no number"},
                  {window.txtSeeing, "-1", "3", "Seeing must be between 0.1 and 120 arcsec"},
-                 {window.txtLatitude, "50 E", "50", noSiteAngle("50 E", platform::SiteAxis::kLatitude)},
+                 {window.txtLatitude, "50 E", "50",
+                  "\"50 E\" is no latitude. Write it like 48d 30m 15.0s, south with S or a minus sign"},
                  {window.txtLongitude, "181", "10", "SiteLongitude must be between -180 and 180 degrees"}};
     for (const auto& c : cases) {
         enter(c.box, c.text);
