@@ -21,13 +21,13 @@ MainMenu::MainMenu(Parts& parts) : parts_(parts) {
 
 void MainMenu::mnuFormHelp_Click() {
     const std::string file = platform::joinFolder(parts_.machine.desktop.programFolder(), "Vantrel Help.chm");
+    const std::filesystem::path manual = parts_.machine.desktop.shownFor(file);
     std::error_code ignored;
-    const bool exists = std::filesystem::exists(parts_.machine.folders.real(file), ignored);
-    if (exists && parts_.machine.desktop.open(file)) return;
-    // A desktop without a program for it is told where the manual is.
+    const bool exists = std::filesystem::exists(manual, ignored);
+    if (exists && parts_.machine.desktop.open(manual.string())) return;
+    // On a desktop without a program for it the operator is told where the manual is.
     const std::string text =
-        exists ? "No program here opens the manual:\r\n" + parts_.machine.folders.real(file).string()
-               : "Could not open Help file!";
+        exists ? "No program here opens the manual:\r\n" + manual.string() : "Could not open Help file!";
     parts_.popups.ShowPopupMessage(text, 5);
     parts_.log.AddToLog(text);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -37,6 +38,10 @@ class Desktop {
 
     /// Opens a document or page with the program that the desktop has for it; false when that fails.
     virtual bool open(const std::string& file) = 0;
+
+    /// The real file to open for one that is part of the program: itself, or what this desktop shows in its
+    /// place. It may be missing.
+    virtual std::filesystem::path shownFor(const std::string& /*file*/) const { return {}; }
 };
 
 }  // namespace vantrel::platform

@@ -18,6 +18,7 @@ class UserDesktop : public Desktop {
         return version;
     }
     std::string userProfile() const override { return userProfile_; }
+    std::filesystem::path shownFor(const std::string& file) const override { return folders_.real(file); }
 
   protected:
     const FolderMap& folders() const { return folders_; }

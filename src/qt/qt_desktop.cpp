@@ -1,9 +1,9 @@
 #include "qt/qt_desktop.h"
 
 #include <QDesktopServices>
-#include <QFileInfo>
 #include <QProcess>
 #include <QUrl>
+#include <system_error>
 
 namespace vantrel::qt {
 namespace {
@@ -16,23 +16,23 @@ bool hasProgramFor(const QString& kind) {
     return query.waitForFinished(kPatience) && !query.readAllStandardOutput().trimmed().isEmpty();
 }
 
-/// The web pages beside a help file, for desktops that can't show it; otherwise the file itself.
-QString readable(const QString& file) {
-    const QFileInfo info(file);
-    const QString pages = info.absolutePath() + QStringLiteral("/manual/index.html");
-    const bool isHelp = info.suffix() == QStringLiteral("chm");
-    if (!isHelp || !QFileInfo::exists(pages)) return file;
-    return hasProgramFor(QStringLiteral("application/vnd.ms-htmlhelp")) ? file : pages;
-}
-
 }  // namespace
 
-/// Pages go to the browser, everything else is a file.
 bool QtDesktop::open(const std::string& file) {
     const QString name = QString::fromStdString(file);
     if (name.contains(QStringLiteral("://"))) return QDesktopServices::openUrl(QUrl(name));
     const QString real = QString::fromStdString(folders().real(file).string());
-    return QDesktopServices::openUrl(QUrl::fromLocalFile(readable(real)));
+    return QDesktopServices::openUrl(QUrl::fromLocalFile(real));
+}
+
+std::filesystem::path QtDesktop::shownFor(const std::string& file) const {
+    const std::filesystem::path help = folders().real(file);
+    const std::filesystem::path pages = help.parent_path() / "manual" / "index.html";
+    std::error_code ignored;
+    const bool shown = help.extension() != ".chm" || !std::filesystem::exists(pages, ignored) ||
+                       (std::filesystem::exists(help, ignored) &&
+                        hasProgramFor(QStringLiteral("application/vnd.ms-htmlhelp")));
+    return shown ? help : pages;
 }
 
 }  // namespace vantrel::qt

@@ -10,7 +10,11 @@ namespace vantrel::qt {
 class QtDesktop : public platform::UserDesktop {
   public:
     using UserDesktop::UserDesktop;
+    /// Pages go to the browser, everything else is a file.
     bool open(const std::string& file) override;
+    /// For a help file that is missing or that no program here shows: the web pages beside it, if there are
+    /// any.
+    std::filesystem::path shownFor(const std::string& file) const override;
 };
 
 }  // namespace vantrel::qt

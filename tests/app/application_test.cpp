@@ -151,7 +151,7 @@ TEST_F(ApplicationTest, AMissingHelpFileIsTold) {
     std::filesystem::create_directories(folders.real(desktop.programFolder()));
     std::ofstream(folders.real(file)) << "help";
     help.click();
-    EXPECT_THAT(desktop.opened, ElementsAre(file));
+    EXPECT_THAT(desktop.opened, ElementsAre(folders.real(file).string()));
 
     desktop.canOpen = false;
     help.click();

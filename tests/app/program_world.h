@@ -22,6 +22,8 @@
 namespace vantrel::test {
 
 struct PlainDesktop : platform::Desktop {
+    explicit PlainDesktop(const platform::FolderMap& map) : folders(map) {}
+
     std::optional<platform::SystemVersion> systemVersion() const override { return version; }
     std::string userProfile() const override { return "C:\\Users\\me"; }
     bool open(const std::string& file) override {
@@ -32,6 +34,9 @@ struct PlainDesktop : platform::Desktop {
         const auto found = registry.find(name);
         return found == registry.end() ? "" : found->second;
     }
+    std::filesystem::path shownFor(const std::string& file) const override { return folders.real(file); }
+
+    const platform::FolderMap& folders;
     bool canOpen = true;
     std::map<std::string, std::string> registry;  // by the values' names
     std::optional<platform::SystemVersion> version = platform::SystemVersion{};
@@ -56,7 +61,7 @@ struct ProgramWorld {
     platform::RecordingHost host{classes};
     platform::Screen screen{{0, 0, 1920, 1080}};
     RecordingDialogs dialogs;
-    PlainDesktop desktop;
+    PlainDesktop desktop{folders};
     std::optional<app::Application> program;
 
     ProgramWorld() {

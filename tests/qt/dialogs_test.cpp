@@ -97,29 +97,55 @@ TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
     }
 }
 
-TEST(QtDesktop, OpensFilesAndPagesAndTheManualInPlaceOfHelpThatNothingShows) {
-    const TemporaryHome home;
-    const std::filesystem::path help = home.folder() / "help";
-    std::filesystem::create_directories(help / "manual");
-    std::ofstream(help / "manual" / "index.html") << "Manual";
-    platform::FolderMap folders(home.folder());
-    folders.map("C:\\Help", help);
-    QtDesktop desktop(folders, {});
+struct QtDesktopTest : testing::Test {
+    QtDesktopTest() {
+        for (const char* scheme : {"file", "https"})
+            QDesktopServices::setUrlHandler(scheme, &browser, "setSource");
+        qputenv("PATH", "/nowhere");  // no program to ask which files the desktop shows
+    }
+    ~QtDesktopTest() override {
+        qputenv("PATH", path);
+        for (const char* scheme : {"file", "https"}) QDesktopServices::unsetUrlHandler(scheme);
+    }
+    void put(const char* file) const {
+        const std::filesystem::path whole = home.folder() / file;
+        std::filesystem::create_directories(whole.parent_path());
+        std::ofstream(whole) << "text";
+    }
+
     QTextBrowser browser;  // has a slot for addresses
-    for (const char* scheme : {"file", "https"})
-        QDesktopServices::setUrlHandler(scheme, &browser, "setSource");
     const QByteArray path = qgetenv("PATH");
-    qputenv("PATH", "/nowhere");  // no program to ask which files the desktop shows
-    const auto opened = [&](const char* file) {
-        desktop.open(file);
-        return browser.source().toString().toStdString();
-    };
-    EXPECT_EQ(opened("https://example.org/help"), "https://example.org/help");
-    EXPECT_EQ(opened("C:\\Help\\Log.txt"), "file://" + (help / "Log.txt").string());
-    EXPECT_EQ(opened("C:\\Help\\Vantrel.chm"), "file://" + (help / "manual" / "index.html").string());
-    EXPECT_EQ(opened("C:\\Other\\Vantrel.chm").substr(0, 7), "file://");
-    qputenv("PATH", path);
-    for (const char* scheme : {"file", "https"}) QDesktopServices::unsetUrlHandler(scheme);
+    const TemporaryHome home;
+    platform::UserMachine user{home.paths()};
+};
+
+TEST_F(QtDesktopTest, OpensFilesAndPages) {
+    QtDesktop desktop(user.folders, {});
+    const std::string file = (home.folder() / "Log.txt").string();
+    for (const std::string& address : {std::string("https://example.org/help"), "file://" + file}) {
+        desktop.open(address.starts_with("file") ? file : address);
+        EXPECT_EQ(browser.source().toString().toStdString(), address);
+    }
+}
+
+TEST_F(QtDesktopTest, ShowsTheManualsPagesInPlaceOfHelpThatIsMissingOrThatNothingShows) {
+    platform::FolderMap folders(home.folder());
+    folders.map("C:\\Program Files\\Vantrel", home.folder());
+    const QtDesktop desktop(folders, {});
+    const std::string help = desktop.programFolder() + "\\Vantrel Help.chm";
+    EXPECT_EQ(desktop.shownFor(help), home.folder() / "Vantrel Help.chm") << "neither is there";
+    put("manual/index.html");
+    EXPECT_EQ(desktop.shownFor(help), home.folder() / "manual/index.html");
+    put("Vantrel Help.chm");
+    EXPECT_EQ(desktop.shownFor(help), home.folder() / "manual/index.html");
+    EXPECT_EQ(desktop.shownFor("C:\\Other\\Vantrel.chm"), home.folder() / "c/Other/Vantrel.chm");
+}
+
+/// From the folder that the programs are built into.
+TEST_F(QtDesktopTest, TheManualIsBuiltWithTheProgram) {
+    if (!VANTREL_MANUAL) GTEST_SKIP() << "this machine has nothing to build it with";
+    const QtDesktop desktop(user.folders, {});
+    EXPECT_TRUE(std::filesystem::exists(desktop.shownFor(desktop.programFolder() + "\\Vantrel Help.chm")));
 }
 
 }  // namespace
