@@ -115,6 +115,9 @@ void takePictures(const QString& folder, bool byNight) {
     const auto press = [&](const char* button) {
         dynamic_cast<platform::Button&>(*night.program.screen().findControl(button)).click();
     };
+    const auto label = [&](const char* name) -> platform::Label& {
+        return dynamic_cast<platform::Label&>(*night.program.screen().findControl(name));
+    };
     const auto choose = [&](const char* option) {
         night.loop.post([&night, option] {
             dynamic_cast<platform::OptionButton&>(*night.program.screen().findControl(option)).click();
@@ -129,10 +132,7 @@ void takePictures(const QString& folder, bool byNight) {
              pictures.take("frmSimulator", "simulator-camera", 1);
              press("frmSimulator.cmdCenterStar");
          }},
-        {[&] {
-             const auto* const status = night.program.screen().findControl("frmSimulator.lblStatus");
-             return dynamic_cast<const platform::Label&>(*status).caption().ends_with("of the picture.");
-         },
+        {[&] { return label("frmSimulator.lblStatus").caption().ends_with("of the picture."); },
          [&] {
              pictures.take("frmSimulator", "simulator");
              press("frmSimulator.cmdSync");
@@ -145,6 +145,9 @@ void takePictures(const QString& folder, bool byNight) {
         {[&] { return shown("frmPolarPlot"); },
          [&] {
              pictures.take("frmMain", "measured");
+             // The folders of this run are temporary ones.
+             label("frmMain.lblImageFolder").setCaption("/home/observer/Documents/Vantrel");
+             label("frmMain.lblLogFolder").setCaption("/home/observer/Documents/Vantrel/Message Logs");
              pictures.take("frmMain", "set-up", 1);
              pictures.take("frmMain", "plate-solve", 2);
              pictures.take("frmPolarPlot", "polar-plot");

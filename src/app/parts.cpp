@@ -19,6 +19,7 @@ Parts::Parts(const platform::Machine& surroundings)
       logWindow(logForm, main, settings, log),
       fields(main, settings, log, state),
       folderButtons(main.setup, machine.dialogs, settings, log, popups),
+      realFolders(main.setup, machine.folders),
       utility(machine.automation),
       deviceServices{machine.loop, machine.automation, settings, log, popups, state},
       telescope(deviceServices, utility, telescopeForm),

@@ -12,6 +12,7 @@
 #include "app/message_log.h"
 #include "app/observing_site.h"
 #include "app/popup_messages.h"
+#include "app/real_folders.h"
 #include "app/settings_fields.h"
 #include "app/settings_store.h"
 #include "correction/correction_sequence.h"
@@ -69,6 +70,7 @@ struct Parts {
     LogWindow logWindow;
     SettingsFields fields;
     FolderButtons folderButtons;
+    RealFolders realFolders;
 
     // Mount and camera
     devices::UtilityLink utility;

@@ -5,6 +5,8 @@ namespace vantrel::app {
 SetupPanel::SetupPanel(platform::Form& form)
     : txtImagePath(form, "txtImagePath"),
       txtLogPath(form, "txtLogPath"),
+      lblImageFolder(form, "lblImageFolder", ""),
+      lblLogFolder(form, "lblLogFolder", ""),
       Command1(form, "Command1", "..."),
       cmdSetLogPath(form, "cmdSetLogPath", "..."),
       chkSaveImages(form, "chkSaveImages", "Save images"),

@@ -9,7 +9,8 @@ struct SetupPanel {
     explicit SetupPanel(platform::Form& form);
 
     platform::TextBox txtImagePath, txtLogPath;
-    platform::Button Command1, cmdSetLogPath;  // "..." beside them
+    platform::Label lblImageFolder, lblLogFolder;  // where those are on this machine
+    platform::Button Command1, cmdSetLogPath;      // "..." beside them
     platform::CheckBox chkSaveImages;
     platform::TextBox txtSiteLat, txtSiteLong;
     platform::CheckBox chkUseTelescopeLocation;

@@ -84,12 +84,13 @@ void StartUp::tellThatPlatformIsMissing() {
 
 /// The first two lines come before the log file: they are in the window only.
 void StartUp::chooseFolders() {
-    const std::string osName = GetOSName(parts_.machine.desktop.systemVersion());
-    const bool vista = isVista(osName);
+    const platform::Desktop& desktop = parts_.machine.desktop;
+    const std::string known = GetOSName(desktop.systemVersion());
+    const bool vista = isVista(known);
     const DataFolders folders = chooseDataFolders(parts_.machine.folders, parts_.settings, parts_.popups,
-                                                  parts_.machine.desktop.userProfile(), vista);
+                                                  desktop.userProfile(), vista);
     setup_.txtLogPath.setText(folders.log);
-    parts_.log.AddToLog("OS: " + (vista ? "Vista" : osName));
+    parts_.log.AddToLog("OS: " + (vista ? "Vista" : known.empty() ? desktop.systemName() : known));
     parts_.log.AddToLog("Log folder: " + folders.log);
     parts_.log.SetLogStream(folders.log, parts_.popups);
     if (parts_.machine.provideTestImage) parts_.machine.provideTestImage(folders.images);

@@ -25,6 +25,9 @@ class Desktop {
     /// Nothing when the query fails.
     virtual std::optional<SystemVersion> systemVersion() const = 0;
 
+    /// What a system without such a record, or with one of a kind of its own, calls itself.
+    virtual std::string systemName() const { return {}; }
+
     /// The folder of the user's profile, with drive letter and backslashes.
     virtual std::string userProfile() const = 0;
 

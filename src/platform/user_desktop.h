@@ -3,6 +3,7 @@
 
 #include "platform/desktop.h"
 #include "platform/folder_map.h"
+#include "platform/system_name.h"
 
 namespace vantrel::platform {
 
@@ -17,6 +18,7 @@ class UserDesktop : public Desktop {
         version.platformId = kUnknownPlatform;
         return version;
     }
+    std::string systemName() const override { return platform::systemName(); }
     std::string userProfile() const override { return userProfile_; }
     std::filesystem::path shownFor(const std::string& file) const override { return folders_.real(file); }
 

@@ -159,11 +159,21 @@ void addFolder(QGridLayout& grid, int row, const QString& label, const char* pat
     grid.addLayout(qt::row({line, choose}), row, 1, 1, span);
 }
 
+/// A path, cut where there is no room for more.
+QLabel* realFolder(const char* name) {
+    auto* const label = named<QLabel>(name);
+    label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
 QGroupBox* foldersGroup() {
     auto* const grid = new QGridLayout;
     addFolder(*grid, 0, Text::tr("Image path"), "txtImagePath", "Command1", 1);
-    addFolder(*grid, 1, Text::tr("Log path"), "txtLogPath", "cmdSetLogPath", 1);
-    grid->addWidget(named<QCheckBox>("chkSaveImages"), 2, 1);
+    grid->addWidget(realFolder("lblImageFolder"), 1, 1);
+    addFolder(*grid, 2, Text::tr("Log path"), "txtLogPath", "cmdSetLogPath", 1);
+    grid->addWidget(realFolder("lblLogFolder"), 3, 1);
+    grid->addWidget(named<QCheckBox>("chkSaveImages"), 4, 1);
     return group(Text::tr("Folders"), grid);
 }
 

@@ -31,7 +31,7 @@ TEST_F(ApplicationTest, StartsOnAFreshMachine) {
     start();
     EXPECT_THAT(
         logged(),
-        ElementsAre("OS: ", "Log folder: C:\\Users\\me\\My Documents\\Vantrel\\Message Logs",
+        ElementsAre("OS: Starry Linux 3", "Log folder: C:\\Users\\me\\My Documents\\Vantrel\\Message Logs",
                     "Vantrel Version " + versionText(), "Neither MaxIm DL/CCD nor CCDSoft can be found",
                     "You must install your Imaging Software", "Telescope Telescope Simulator is connected",
                     HasSubstr("Telescope Site: Latitude = ")));
@@ -134,6 +134,27 @@ TEST_F(ApplicationTest, MenusAndButtonsShowTheOtherWindows) {
     control<MenuItem>("frmMain.mnuFileExit").click();
     pass(1);
     EXPECT_TRUE(program->ended());
+}
+
+TEST_F(ApplicationTest, TellsWhereTheFoldersAreOnThisMachine) {
+    start();
+    const struct {
+        const char *box, *label;
+    } rows[] = {{"frmMain.txtImagePath", "frmMain.lblImageFolder"},
+                {"frmMain.txtLogPath", "frmMain.lblLogFolder"}};
+    for (const auto& row : rows) {
+        auto& box = control<TextBox>(row.box);
+        const auto& label = control<platform::Label>(row.label);
+        EXPECT_EQ(label.caption(), folders.real(box.text()).string());
+        EXPECT_TRUE(std::filesystem::is_directory(label.caption()));
+        box.type("D:\\Night");
+        EXPECT_EQ(label.caption(), (home / "d/Night").string());
+        EXPECT_EQ(label.toolTip(), label.caption());
+        for (const char* nothingNew : {"/srv/night", ""}) {
+            box.type(nothingNew);
+            EXPECT_EQ(label.caption(), "") << nothingNew;
+        }
+    }
 }
 
 TEST_F(ApplicationTest, AMissingHelpFileIsTold) {

@@ -93,7 +93,7 @@ TEST(LifeOfTheProgram, StartsInOrder) {
         // folders and log
         std::string("setting PolarAlign.LogPath = ") + kLogs,
         "setting PolarAlign.ImagePath = C:\\Users\\me\\My Documents\\Vantrel",
-        "log OS: ",
+        "log OS: Starry Linux 3",
         std::string("log Log folder: ") + kLogs,
         "show frmLog",
         "log Vantrel Version " + versionText(),

@@ -25,6 +25,7 @@ struct PlainDesktop : platform::Desktop {
     explicit PlainDesktop(const platform::FolderMap& map) : folders(map) {}
 
     std::optional<platform::SystemVersion> systemVersion() const override { return version; }
+    std::string systemName() const override { return "Starry Linux 3"; }
     std::string userProfile() const override { return "C:\\Users\\me"; }
     bool open(const std::string& file) override {
         if (canOpen) opened.push_back(file);

@@ -67,9 +67,9 @@ std::string roomOf(const std::string& file) {
 
 bool isStandardHeader(const std::string& header) {
     // Standard headers have no dot, but for those of C and of the operating system below.
-    static const std::set<std::string> kSystem = {"unistd.h",   "fcntl.h",       "poll.h",     "stdlib.h",
-                                                  "sys/file.h", "sys/stat.h",    "sys/mman.h", "sys/types.h",
-                                                  "sys/wait.h", "sys/resource.h"};
+    static const std::set<std::string> kSystem = {
+        "unistd.h",   "fcntl.h",     "poll.h",     "stdlib.h",       "sys/file.h",   "sys/stat.h",
+        "sys/mman.h", "sys/types.h", "sys/wait.h", "sys/resource.h", "sys/utsname.h"};
     return kSystem.contains(header) || std::regex_match(header, std::regex("[a-z_0-9]+"));
 }
 
