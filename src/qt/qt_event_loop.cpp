@@ -8,6 +8,14 @@
 #include <chrono>
 
 namespace vantrel::qt {
+namespace {
+
+/// The toolkit sends what was posted in batches. A wait that begins in the middle of one, in a handler, would
+/// leave the rest lying until somebody posts anew: a window that was to be painted again stays as it is, for
+/// seconds when the operator's hands are off the mouse.
+void finishBatch() { QCoreApplication::sendPostedEvents(); }
+
+}  // namespace
 
 platform::Instant QtEventLoop::RunningClock::utc() const {
     return std::chrono::time_point_cast<platform::Milliseconds>(std::chrono::system_clock::now());
@@ -47,7 +55,10 @@ platform::TimerHandle QtEventLoop::whenReadable(int descriptor, std::function<vo
     return notifier;
 }
 
-void QtEventLoop::yield() { QCoreApplication::processEvents(); }
+void QtEventLoop::yield() {
+    finishBatch();
+    QCoreApplication::processEvents();
+}
 
 void QtEventLoop::sleep(platform::Milliseconds duration) {
     constexpr platform::Milliseconds kShort{10};
@@ -65,7 +76,12 @@ void QtEventLoop::runUntil(const std::function<bool()>& done) {
     // exec() would return at once after the toolkit's quit, and whoever waits in a loop would spin. One turn
     // at a time blocks as it should.
     QEventLoop loop;
-    while (!done()) loop.processEvents(QEventLoop::WaitForMoreEvents);
+    for (;;) {
+        // Not left to the turn, which may wait after it has sent what makes it done.
+        finishBatch();
+        if (done()) return;
+        loop.processEvents(QEventLoop::WaitForMoreEvents);
+    }
 }
 
 }  // namespace vantrel::qt

@@ -42,6 +42,21 @@ TEST_F(QtEventLoopTest, AWaitInsideAWaitEndsFirst) {
     EXPECT_EQ(order, "[].");
 }
 
+// The toolkit sends what was posted in batches, and a wait may begin in the middle of one.
+TEST_F(QtEventLoopTest, AWaitRunsWhatWasPostedBeforeItBegan) {
+    for (const bool sleeps : {false, true}) {
+        std::string order;
+        loop.post([&] {
+            order += "[";
+            sleeps ? loop.sleep(Milliseconds{1}) : loop.yield();
+            order += "]";
+        });
+        loop.post([&] { order += "."; });
+        loop.yield();
+        EXPECT_EQ(order, "[.]") << (sleeps ? "sleep" : "yield");
+    }
+}
+
 TEST_F(QtEventLoopTest, ATimerTicksUntilItsHandleGoesAlsoFromWithin) {
     int ticks = 0;
     platform::TimerHandle handle = loop.every(Milliseconds{1}, [&] {
