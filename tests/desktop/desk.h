@@ -1,0 +1,50 @@
+// What the tests on a real screen stand on: the program's own loop in real time, and an operator.
+#pragma once
+
+#include <QApplication>
+#include <QScreen>
+#include <QWidget>
+#include <chrono>
+#include <functional>
+#include <string>
+
+#include "desktop/x_operator.h"
+#include "platform/form.h"
+#include "qt/front.h"
+#include "qt/qt_event_loop.h"
+
+namespace vantrel::desktop {
+
+struct Desk {
+    std::string failures;
+    qt::Barrier barrier{[this](const std::string& text) { failures += text + "\n"; }};
+    qt::QtEventLoop loop{barrier};
+    qt::Theme theme;
+    qt::Front front{loop, theme, barrier};
+    XOperator hands;
+
+    /// Long enough for any machine; a good run never waits for it.
+    static constexpr std::chrono::seconds kPatience{30};
+
+    /// Lets the program run until it holds. False when it doesn't.
+    bool comesTrue(const std::function<bool()>& condition) {
+        constexpr std::chrono::milliseconds kGlance{5};
+        const auto glances = loop.every(kGlance, [] {});
+        const auto limit = loop.clock().sinceStart() + kPatience;
+        loop.runUntil([&] { return condition() || loop.clock().sinceStart() > limit; });
+        return condition();
+    }
+};
+
+/// The widget's place among the pixels of the screen.
+inline QRect onScreen(const QWidget& widget) {
+    const double ratio = widget.devicePixelRatio();
+    return {widget.mapToGlobal(QPoint()) * ratio, widget.size() * ratio};
+}
+
+/// Whether the screen shows what the widget holds.
+inline bool isPainted(const XOperator& eyes, QWidget& widget) {
+    return eyes.look(onScreen(widget)) == widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+}  // namespace vantrel::desktop

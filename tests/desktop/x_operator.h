@@ -1,0 +1,39 @@
+// An operator in front of an X server, with eyes and hands that the program knows nothing of: what is seen
+// comes from the screen, and what is done comes to the program as from a real mouse.
+#pragma once
+
+#include <QImage>
+#include <QPoint>
+#include <QRect>
+
+struct xcb_connection_t;
+
+namespace vantrel::desktop {
+
+/// All places are pixels of the screen.
+class XOperator {
+  public:
+    /// Sits down at the display that the environment names; throws std::runtime_error when there is none.
+    XOperator();
+    XOperator(const XOperator&) = delete;
+    XOperator& operator=(const XOperator&) = delete;
+    ~XOperator();
+
+    QImage look(const QRect& part) const;
+    /// Where the window stands with all that the window manager has put around it; empty while it isn't
+    /// shown.
+    QRect frameOf(unsigned window) const;
+
+    void moveTo(QPoint place);
+    void press();
+    void release();
+    void click(QPoint place);
+
+  private:
+    void button(bool down);
+
+    xcb_connection_t* connection_;
+    unsigned root_ = 0;
+};
+
+}  // namespace vantrel::desktop
