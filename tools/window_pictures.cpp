@@ -14,6 +14,7 @@
 
 #include "correction/image_overlays.h"
 #include "qt/night.h"
+#include "qt/offscreen.h"
 #include "qt/qt_dialogs.h"
 #include "qt/translation.h"
 #include "support/memory_settings_port.h"
@@ -216,7 +217,7 @@ void takeImagePictures(const QString& folder, const char* look) {
 }  // namespace vantrel::qt
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    const auto display = vantrel::qt::useOffscreenDisplay();
     QApplication application(argc, argv);
     QApplication::setFont(QFont("DejaVu Sans", 9));  // the same picture on every machine
     const QString folder = argc > 1 ? argv[1] : ".";

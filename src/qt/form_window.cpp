@@ -2,8 +2,10 @@
 
 #include <QCloseEvent>
 #include <QLayout>
+#include <QPointer>
 #include <QWindow>
 #include <algorithm>
+#include <utility>
 
 #include "qt/mnemonics.h"
 #include "qt/translation.h"
@@ -11,7 +13,14 @@
 namespace vantrel::qt {
 
 FormWindow::FormWindow(platform::Form& form, const Front& front, Qt::WindowFlags flags)
-    : QWidget(nullptr, flags), form_(form), front_(front) {
+    : QWidget(nullptr, flags),
+      form_(form),
+      front_(front),
+      alwaysOnTop_(flags.testFlag(Qt::WindowStaysOnTopHint)),
+      windowPlace_(*this, front.loop, [this](const QRect& place) {
+          followed_ = {place.x(), place.y(), place.width(), place.height()};
+          front_.barrier.run([this] { form_.placeByOperator(followed_); });
+      }) {
     setAutoFillBackground(true);
 }
 
@@ -39,13 +48,28 @@ void FormWindow::followForm() {
         if (isVisible()) hide();
         return;
     }
-    if (!isVisible()) show();
-    const auto& shown = form_.screen().shownForms();
-    if (activating_ || shown.back() != &form_ || testAttribute(Qt::WA_ShowWithoutActivating)) return;
-    if (!isActiveWindow()) {
-        raise();
-        activateWindow();
-    }
+    if (isVisible())
+        comeForward();
+    else
+        open();
+}
+
+/// A form that was just shown is about to be placed, by whoever showed it.
+void FormWindow::open() {
+    if (std::exchange(opening_, true)) return;
+    front_.loop.post([window = QPointer<FormWindow>(this)] {
+        if (!window) return;
+        window->opening_ = false;
+        if (!window->form_.shown()) return;
+        window->show();
+        window->comeForward();
+    });
+}
+
+void FormWindow::comeForward() {
+    if (activating_ || form_.screen().shownForms().back() != &form_ || isActiveWindow()) return;
+    raise();
+    if (!testAttribute(Qt::WA_ShowWithoutActivating)) activateWindow();
 }
 
 void FormWindow::bringToFront() {
@@ -59,40 +83,23 @@ void FormWindow::followPlace() {
     const platform::Rectangle place = form_.place();
     if (place == followed_) return;
     followed_ = place;
-    move(place.left, place.top);
-    resize(place.width, place.height);
+    windowPlace_.put({place.left, place.top, place.width, place.height});
 }
 
 void FormWindow::followOnTop() {
+    const bool onTop = alwaysOnTop_ || form_.onTop();
     const Qt::WindowFlags flags =
-        form_.onTop() ? windowFlags() | Qt::WindowStaysOnTopHint : windowFlags() & ~Qt::WindowStaysOnTopHint;
+        onTop ? windowFlags() | Qt::WindowStaysOnTopHint : windowFlags() & ~Qt::WindowStaysOnTopHint;
     if (flags == windowFlags()) return;
     // Not setWindowFlags, which would hide the window first.
     overrideWindowFlags(flags);
     if (windowHandle() != nullptr) windowHandle()->setFlags(flags);
 }
 
-void FormWindow::tellPlace() {
-    if (!isVisible() || isMinimized()) return;
-    const platform::Rectangle place{pos().x(), pos().y(), width(), height()};
-    if (place == followed_) return;
-    followed_ = place;
-    front_.barrier.run([&] { form_.placeByOperator(place); });
-}
-
 void FormWindow::closeEvent(QCloseEvent* event) {
     event->ignore();  // the form decides
+    windowPlace_.tellNow();
     front_.loop.post([&form = form_] { form.closeByOperator(); });
-}
-
-void FormWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
-    tellPlace();
-}
-
-void FormWindow::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    tellPlace();
 }
 
 void FormWindow::changeEvent(QEvent* event) {

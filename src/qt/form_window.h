@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "qt/binding.h"
+#include "qt/window_place.h"
 
 namespace vantrel::qt {
 
@@ -24,10 +25,9 @@ class FormWindow : public QWidget {
     void bind();
 
     const Front& front() const { return front_; }
+    WindowPlace& windowPlace() { return windowPlace_; }
 
     void closeEvent(QCloseEvent* event) override;
-    void moveEvent(QMoveEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
 
     /// Puts the window where the form is, and the form's title, state and visibility on it.
@@ -36,13 +36,17 @@ class FormWindow : public QWidget {
   private:
     void followPlace();
     void followOnTop();
-    void tellPlace();
+    void open();
+    void comeForward();
 
     platform::Form& form_;
     Front front_;
+    bool alwaysOnTop_;
     std::unique_ptr<Binding> binding_;
     platform::Subscription formChanged_;
+    WindowPlace windowPlace_;
     platform::Rectangle followed_;  // the place last taken over in either direction
+    bool opening_ = false;
     bool activating_ = false;
 };
 

@@ -65,7 +65,9 @@ ImageWindow::ImageWindow(observatory::OpenDocuments& documents, platform::Settin
       image_(documents),
       view_(new ImageView(image_, front)),
       histogram_(new HistogramBar(image_, front.barrier)),
-      bar_(new QToolBar) {
+      bar_(new QToolBar),
+      place_(*this, front.loop,
+             [this](const QRect& place) { front_.barrier.run([&] { rememberPlace(place); }); }) {
     setObjectName("imageWindow");
     setAutoFillBackground(true);
     setAttribute(Qt::WA_ShowWithoutActivating);
@@ -81,7 +83,7 @@ ImageWindow::ImageWindow(observatory::OpenDocuments& documents, platform::Settin
     front_.barrier.run([this] {
         inverted_->setChecked(chosen("Inverted"));
         green_->setChecked(chosen("GreenByNight"));
-        restorePlace();
+        place_.put(storedPlace());
     });
     applyLook();
     view_->setFocus();
@@ -95,9 +97,7 @@ ImageWindow::ImageWindow(observatory::OpenDocuments& documents, platform::Settin
     follow();
 }
 
-ImageWindow::~ImageWindow() {
-    front_.barrier.run([this] { rememberPlace(); });
-}
+ImageWindow::~ImageWindow() { place_.tellNow(); }
 
 // ---- Commands ----
 
@@ -274,7 +274,7 @@ void ImageWindow::showByOperator() {
 }
 
 void ImageWindow::closeEvent(QCloseEvent* event) {
-    front_.barrier.run([this] { rememberPlace(); });
+    place_.tellNow();
     closedByOperator_ = true;
     event->accept();
 }
@@ -298,30 +298,26 @@ void ImageWindow::remember(const char* key, const std::string& value) const {
     if (settings_.read(kSection, key) != value) settings_.write(kSection, key, value);
 }
 
-void ImageWindow::restorePlace() {
+QRect ImageWindow::storedPlace() const {
     const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
     const QSize usual = sizeHint().boundedTo(room.size() * 0.8);
     const auto stored = [this](const char* key, int otherwise) {
         const auto text = settings_.read(kSection, key);
         return text ? static_cast<int>(std::clamp(platform::leadingNumber(*text), -1e6, 1e6)) : otherwise;
     };
-    const QSize size = QSize(stored("Width", usual.width()), stored("Height", usual.height()))
-                           .expandedTo(minimumSizeHint())
-                           .boundedTo(room.size());
-    resize(size);
+    const QSize size =
+        QSize(stored("Width", usual.width()), stored("Height", usual.height())).expandedTo(minimumSizeHint());
     // At first to the right, beside the main window.
-    const QPoint corner(stored("Left", room.right() - size.width()),
-                        stored("Top", room.top() + room.height() / 10));
-    move(std::clamp(corner.x(), room.left(), room.right() + 1 - size.width()),
-         std::clamp(corner.y(), room.top(), room.bottom() + 1 - size.height()));
+    return {
+        QPoint(stored("Left", room.right() - size.width()), stored("Top", room.top() + room.height() / 10)),
+        size};
 }
 
-void ImageWindow::rememberPlace() const {
-    if (!isVisible() || isMinimized() || isFullScreen() || isMaximized()) return;
-    remember("Left", std::to_string(pos().x()));
-    remember("Top", std::to_string(pos().y()));
-    remember("Width", std::to_string(width()));
-    remember("Height", std::to_string(height()));
+void ImageWindow::rememberPlace(const QRect& place) const {
+    remember("Left", std::to_string(place.x()));
+    remember("Top", std::to_string(place.y()));
+    remember("Width", std::to_string(place.width()));
+    remember("Height", std::to_string(place.height()));
 }
 
 }  // namespace vantrel::qt

@@ -7,6 +7,7 @@
 #include "observatory/imaging/shown_image.h"
 #include "platform/settings_root.h"
 #include "qt/front.h"
+#include "qt/window_place.h"
 
 class QAction;
 class QLabel;
@@ -49,8 +50,8 @@ class ImageWindow : public QWidget {
     void applyLook();
     void showFull(bool full);
 
-    void restorePlace();
-    void rememberPlace() const;
+    QRect storedPlace() const;
+    void rememberPlace(const QRect& place) const;
     bool chosen(const char* key) const;
     void remember(const char* key, const std::string& value) const;
 
@@ -70,6 +71,7 @@ class ImageWindow : public QWidget {
     QAction* inverted_ = nullptr;
     QAction* green_ = nullptr;
     QAction* full_ = nullptr;
+    WindowPlace place_;
     bool closedByOperator_ = false;
     platform::Subscription following_, moving_, look_;
 };

@@ -1,16 +1,16 @@
 #include "qt/program.h"
 
 #include <QAction>
-#include <QApplication>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
-#include <QStyle>
 #include <algorithm>
 #include <stdexcept>
 
 #include "observatory/simulator_setup.h"
 #include "qt/parts.h"
+#include "qt/window_place.h"
 
 namespace vantrel::qt {
 namespace {
@@ -19,9 +19,8 @@ namespace {
 /// size is that of what is inside them.
 platform::Rectangle workArea() {
     const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
-    const int border = QApplication::style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
-    const int title = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
-    return {area.left(), area.top(), area.width() - 2 * border, area.height() - title - border};
+    const QRect inside = QRect(area.topLeft(), area.marginsRemoved(usualFrame()).size());
+    return {inside.left(), inside.top(), inside.width(), inside.height()};
 }
 
 /// The simulator's mount stands as one does that was set up by eye. Arc-minutes.

@@ -229,10 +229,12 @@ AboutWindow::AboutWindow(platform::Form& form, const Front& front) : FormWindow(
 
 // ---- Pop-up ----
 
+// One message follows the other, at times before a window manager has done with the first: it would leave the
+// window in a corner, or out of sight.
 PopupWindow::PopupWindow(platform::Form& form, const Front& front)
-    : FormWindow(
-          form, front,
-          Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus | Qt::WindowStaysOnTopHint) {
+    : FormWindow(form, front,
+                 Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus |
+                     Qt::WindowStaysOnTopHint | Qt::BypassWindowManagerHint) {
     setAttribute(Qt::WA_ShowWithoutActivating);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(18, 14, 18, 14);
@@ -275,7 +277,8 @@ void PopupWindow::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void PopupWindow::mouseReleaseEvent(QMouseEvent* /*event*/) {
-    if (!dragged_) front().loop.post([&form = form()] { form.clickByOperator(); });
+    if (dragged_) return windowPlace().tellOwnMoving();
+    front().loop.post([&form = form()] { form.clickByOperator(); });
 }
 
 // ---- Others ----

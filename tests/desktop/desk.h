@@ -1,15 +1,11 @@
 // What the tests on a real screen stand on: the program's own loop in real time, and an operator.
 #pragma once
 
-#include <QApplication>
-#include <QScreen>
+#include <QTest>
 #include <QWidget>
-#include <chrono>
-#include <functional>
 #include <string>
 
 #include "desktop/x_operator.h"
-#include "platform/form.h"
 #include "qt/front.h"
 #include "qt/qt_event_loop.h"
 
@@ -22,19 +18,14 @@ struct Desk {
     qt::Theme theme;
     qt::Front front{loop, theme, barrier};
     XOperator hands;
-
-    /// Long enough for any machine; a good run never waits for it.
-    static constexpr std::chrono::seconds kPatience{30};
-
-    /// Lets the program run until it holds. False when it doesn't.
-    bool comesTrue(const std::function<bool()>& condition) {
-        constexpr std::chrono::milliseconds kGlance{5};
-        const auto glances = loop.every(kGlance, [] {});
-        const auto limit = loop.clock().sinceStart() + kPatience;
-        loop.runUntil([&] { return condition() || loop.clock().sinceStart() > limit; });
-        return condition();
-    }
 };
+
+/// Lets the program run until it holds. False when it doesn't within a time that any machine has.
+template <typename Condition>
+bool comesTrue(Condition&& condition) {
+    constexpr int kPatience = 30'000;  // milliseconds; a good run never waits for it
+    return QTest::qWaitFor(condition, kPatience);
+}
 
 /// The widget's place among the pixels of the screen.
 inline QRect onScreen(const QWidget& widget) {

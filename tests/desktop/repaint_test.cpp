@@ -18,7 +18,7 @@ TEST(Repaint, ComesWhileAProcedureWaits) {
     qt::MainWindow window(main, desk.front);
     main.show();
     auto& instructions = *window.findChild<QPlainTextEdit*>("txtInstructions");
-    ASSERT_TRUE(desk.comesTrue([&] { return isPainted(desk.hands, instructions); }));
+    ASSERT_TRUE(comesTrue([&] { return isPainted(desk.hands, instructions); }));
 
     bool over = false, seen = false;
     main.run.cmdRun.onClick = [&] {

@@ -1,5 +1,6 @@
 #include "desktop/x_operator.h"
 
+#include <QWidget>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -44,7 +45,8 @@ QImage XOperator::look(const QRect& part) const {
     return image;
 }
 
-QRect XOperator::frameOf(unsigned window) const {
+QRect XOperator::frameOf(const QWidget& widget) const {
+    auto window = static_cast<xcb_window_t>(widget.winId());
     const auto state = owned(xcb_get_window_attributes_reply(
         connection_, xcb_get_window_attributes(connection_, window), nullptr));
     if (!state || state->map_state != XCB_MAP_STATE_VIEWABLE) return {};

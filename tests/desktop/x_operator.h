@@ -6,6 +6,7 @@
 #include <QPoint>
 #include <QRect>
 
+class QWidget;
 struct xcb_connection_t;
 
 namespace vantrel::desktop {
@@ -22,7 +23,7 @@ class XOperator {
     QImage look(const QRect& part) const;
     /// Where the window stands with all that the window manager has put around it; empty while it isn't
     /// shown.
-    QRect frameOf(unsigned window) const;
+    QRect frameOf(const QWidget& window) const;
 
     void moveTo(QPoint place);
     void press();

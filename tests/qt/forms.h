@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QTabWidget>
+#include <chrono>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -56,6 +57,13 @@ struct Forms {
             QApplication::processEvents();
             loop.yield();
         }
+    }
+
+    /// Lets windows that were shown or moved come to rest.
+    void rest() {
+        settle();
+        loop.sleep(std::chrono::seconds{1});
+        settle();
     }
 };
 

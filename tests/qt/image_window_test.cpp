@@ -350,6 +350,7 @@ TEST_F(ImageWindowTest, FullScreenComesAndGoesByKeys) {
 
 TEST_F(ImageWindowTest, RemembersWhereItStoodAndComesBackOntoTheScreen) {
     show(starField());
+    rest();
     window.move(40, 30);
     window.resize(640, 480);
     settle();

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include "qt/offscreen.h"
+
 int main(int argc, char** argv) {
     // Test discovery runs the program without ctest's environment.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    const auto display = vantrel::qt::useOffscreenDisplay();
     const QApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

@@ -280,14 +280,48 @@ TEST_F(MainWindowTest, PlaceGoesBothWays) {
     EXPECT_EQ(window.size(), QSize(900, 700));
     int resized = 0;
     main.onResize = [&] { ++resized; };
+    rest();
     window.move(220, 160);
-    settle();
+    rest();
     EXPECT_EQ(main.place(), (platform::Rectangle{220, 160, 900, 700}));
     EXPECT_EQ(resized, 0);
     window.resize(950, 720);
-    settle();
+    rest();
     EXPECT_EQ(main.place().width, 950);
     EXPECT_EQ(resized, 1);
+}
+
+TEST_F(MainWindowTest, ALongMovingIsToldWhenItEnds) {
+    rest();
+    int told = 0;
+    main.onResize = [&] { ++told; };
+    for (int width = 800; width < 850; ++width) {
+        window.resize(width, 700);
+        settle();
+        loop.sleep(std::chrono::milliseconds{20});
+    }
+    EXPECT_EQ(told, 0);
+    rest();
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(main.place().width, 849);
+    window.resize(900, 700);
+    window.close();  // at once
+    EXPECT_EQ(main.place().width, 900);
+}
+
+TEST_F(MainWindowTest, WhatAWindowDoesWhileItOpensOrIsLargeIsNoPlaceOfItsOwn) {
+    const platform::Rectangle place = main.place();
+    window.move(70, 90);  // by a window manager
+    rest();
+    EXPECT_EQ(main.place(), place);
+    for (const Qt::WindowState large : {Qt::WindowMaximized, Qt::WindowFullScreen}) {
+        window.setWindowState(large);
+        rest();
+        EXPECT_EQ(main.place(), place);
+        window.setWindowState(Qt::WindowNoState);
+        rest();
+        EXPECT_EQ(main.place(), place);
+    }
 }
 
 TEST_F(MainWindowTest, OnTopKeepsTheWindowOpenAndWhereItIs) {
