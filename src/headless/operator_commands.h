@@ -62,6 +62,8 @@ class OperatorCommands {
         Outcome (OperatorCommands::*run)(const CommandFields&);
     };
 
+    const std::vector<Command>& all() const { return commands_; }
+
     /// Throws CommandError when there is no such command.
     const Command& find(const std::string& name) const;
 
