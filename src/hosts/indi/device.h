@@ -1,0 +1,110 @@
+// One device of an INDI server as the operator's: connected when he said so, and again whenever it returns.
+//
+// Connecting has stages: the server answers, it has the device, the device's driver reaches the hardware
+// (CONNECTION), the properties that the device is of no use without are there. After that whatever belongs to
+// the connecting is set. A driver that died comes back disconnected: all of it is done again then, without
+// anybody waiting. Whoever else disconnects the device is respected.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "hosts/indi/client.h"
+#include "hosts/pumped_wait.h"
+
+namespace vantrel::hosts::indi {
+
+/// What connecting means for a kind of device.
+struct ConnectionPlan {
+    /// Sends what has to stand before the driver looks for the hardware.
+    std::function<void()> prepare = [] {};
+    /// Whether everything is there that the device is of no use without.
+    std::function<bool()> complete = [] { return true; };
+    /// What is missing when it stays incomplete: "tells no position".
+    std::string incomplete = {};
+    /// Sends what is to be set each time that it was connected.
+    std::function<void()> setUp = [] {};
+    /// It isn't connected any more.
+    std::function<void()> onLost = [] {};
+};
+
+/// Something that was sent, whose answer is awaited.
+struct Request {
+    std::string property;
+    std::string what;  // for the operator: "binning 2 x 2"
+    long serial = 0;   // of the server's words before it
+};
+
+class Device {
+  public:
+    Device(std::shared_ptr<Client> client, std::string name, const PumpedWait& wait, Tell tell,
+           ConnectionPlan plan);
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    const std::string& name() const { return name_; }
+    Client& client() const { return *client_; }
+
+    /// Waits; throws std::runtime_error with what the operator should know when it doesn't come to be.
+    void connect();
+    /// Waits for a moment, and never throws.
+    void disconnect();
+    bool ready() const { return stage_ == Stage::kReady; }
+    /// Throws unless it is connected and answers.
+    void requireReady() const;
+
+    const Property* find(std::string_view property) const { return client_->find(name_, property); }
+    bool has(std::string_view property) const { return find(property) != nullptr; }
+
+    Request setNumbers(const std::string& property, const NumberValues& values, std::string what);
+    Request setTexts(const std::string& property, const TextValues& values, std::string what);
+    Request setSwitch(const std::string& property, const std::string& element, std::string what);
+
+    /// Waits for the answer: any update that isn't Busy any more or, where it is given, what `done` wants.
+    /// Throws std::runtime_error when it is a refusal, or doesn't come, which is how drivers refuse, too.
+    void await(const Request& request, platform::Milliseconds timeOut,
+               const std::function<bool(const Property&)>& done = {});
+    /// The text, and the reason that the device gave since the request.
+    std::string withReason(const Request& request, const std::string& text) const;
+
+    PumpedWait::Outcome waitUntil(const std::function<bool()>& done, platform::Milliseconds timeOut);
+
+  private:
+    enum class Stage { kOff, kServer, kDevice, kHardware, kProperties, kReady };
+
+    platform::Milliseconds now() const { return wait_.clock().sinceStart(); }
+    void enter(Stage stage, platform::Milliseconds timeOut);
+    void hear(const Event& event);
+    void advance();
+    void advanceConnection();
+    void becomeReady();
+    void watchSilence();
+    void lose();
+    void leaveToOthers();
+    void giveUp(const std::string& why);
+    void giveUpOrRetry(const std::string& why);
+    void letGo();
+    std::string absence() const;
+
+    std::shared_ptr<Client> client_;
+    std::string name_;
+    const PumpedWait& wait_;
+    Tell tell_;
+    ConnectionPlan plan_;
+
+    std::shared_ptr<void> kept_;  // the connection, while it is wanted
+    Stage stage_ = Stage::kOff;
+    bool waitedFor_ = false;  // the operator waits for it to be connected
+    bool wasReady_ = false;   // since he asked for it
+    std::string failure_;     // of what he waits for
+    long failuresBefore_ = 0;
+    Request connecting_;
+    platform::Milliseconds deadline_{0};  // of the stage
+    platform::Milliseconds nextTry_{0};
+    platform::Milliseconds pause_{0};
+    platform::Milliseconds asked_{0};
+    platform::Subscription listening_;
+};
+
+}  // namespace vantrel::hosts::indi

@@ -1,0 +1,112 @@
+#include "hosts/indi/server_link.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vantrel::hosts::indi {
+
+using platform::EventLoop;
+using platform::Milliseconds;
+
+namespace {
+
+constexpr Milliseconds kTick{250};
+constexpr Milliseconds kFirstPause{1000};
+constexpr Milliseconds kLongestPause{15'000};
+constexpr Milliseconds kSilence{5000};      // after which it is asked
+constexpr Milliseconds kLongSilence{15'000};  // after which it is gone
+
+}  // namespace
+
+ServerLink::ServerLink(EventLoop& loop, ByteStreams& streams, ServerAddress server, Milliseconds longestElement,
+                       LinkListener listener, BlobText* blobs)
+    : loop_(loop),
+      streams_(streams),
+      server_(std::move(server)),
+      longestElement_(longestElement),
+      listener_(std::move(listener)),
+      blobs_(blobs) {}
+
+void ServerLink::start() {
+    if (!ticker_) ticker_ = loop_.every(kTick, [this] { tick(); });
+    pause_ = kFirstPause;
+    if (state_ == State::kStopped || state_ == State::kPausing) connect();
+}
+
+/// Who lets go of the last interest may be the listener: the stream is closed, but stays until the next one.
+void ServerLink::stop() {
+    ticker_.reset();
+    state_ = State::kStopped;
+    if (stream_) stream_->close();
+}
+
+void ServerLink::send(std::string_view xml) {
+    if (open()) stream_->send(xml);
+}
+
+void ServerLink::connect() {
+    state_ = State::kOpening;
+    xml_.emplace([this](XmlElement element) { handle(std::move(element)); }, blobs_);
+    stream_ = streams_.open(server_, {.onOpen = [this] { opened(); },
+                                      .onBytes = [this](std::string_view bytes) { received(bytes); },
+                                      .onEnd = [this](const std::string& why) { ended(why); }});
+}
+
+void ServerLink::opened() {
+    state_ = State::kOpen;
+    pause_ = kFirstPause;
+    answersPings_ = false;
+    lastHeard_ = lastWhole_ = lastAsked_ = now();
+    listener_.onOpen();
+}
+
+void ServerLink::received(std::string_view bytes) {
+    lastHeard_ = now();
+    try {
+        xml_->feed(bytes);
+    } catch (const StreamError& error) {
+        ended(error.what());
+        return;
+    }
+    if (!xml_->insideElement()) lastWhole_ = now();
+}
+
+void ServerLink::ended(const std::string& why) {
+    stream_->close();
+    const bool wasOpen = std::exchange(state_, State::kPausing) == State::kOpen;
+    problem_ = why;
+    if (!wasOpen) ++failures_;
+    nextAttempt_ = now() + pause_;
+    pause_ = std::min(2 * pause_, kLongestPause);
+    if (wasOpen) listener_.onLost(why);
+}
+
+void ServerLink::handle(XmlElement element) {
+    if (!open()) return;  // stopped by what came before
+    lastWhole_ = now();
+    if (element.name == "pingReply") answersPings_ = true;
+    if (element.name == "pingRequest") {
+        if (element.attribute("uid").find_first_of("<>&\"'") == std::string::npos)
+            send("<pingReply uid=\"" + element.attribute("uid") + "\"/>\n");
+        return;
+    }
+    listener_.onElement(std::move(element));
+}
+
+void ServerLink::tick() {
+    if (open()) watchSilence();
+    if (state_ == State::kPausing && now() >= nextAttempt_) connect();
+    if (listener_.onTick) listener_.onTick();
+}
+
+void ServerLink::watchSilence() {
+    const Milliseconds silence = now() - lastHeard_;
+    if (xml_->insideElement() && now() - lastWhole_ > longestElement_) return ended("it doesn't end what it sends");
+    if (answersPings_ && silence > kLongSilence) return ended("it has stopped answering");
+    if (silence > kSilence && now() - lastAsked_ > kSilence) {
+        lastAsked_ = now();
+        send("<pingRequest uid=\"vantrel\"/>\n");
+    }
+}
+
+}  // namespace vantrel::hosts::indi
