@@ -17,7 +17,11 @@ struct ServerAddress {
     std::string host;  // a name or a numeric address
     int port = 0;
 
-    std::string text() const { return host + ":" + std::to_string(port); }
+    /// "host:port", and "[numeric address]:port" where the address has colons itself.
+    std::string text() const {
+        const bool colons = host.find(':') != std::string::npos;
+        return (colons ? "[" + host + "]" : host) + ":" + std::to_string(port);
+    }
     auto operator<=>(const ServerAddress&) const = default;
 };
 

@@ -49,8 +49,7 @@ bool Base64Decoder::take(char c, std::vector<std::byte>& bytes) {
     const std::uint32_t value = valueOf(c);
     if (value == kBlank) return true;
     const bool padding = value == kPadding;
-    if (value == kNone || ended_ || (padding && count_ < 2) || (!padding && padding_ > 0))
-        return false;
+    if (value == kNone || ended_ || (padding && count_ < 2) || (!padding && padding_ > 0)) return false;
     group_ = group_ << 6U | (padding ? 0U : value);
     padding_ += padding ? 1 : 0;
     if (++count_ < 4) return true;

@@ -107,17 +107,16 @@ void BlobReceiver::end() {
     listener_.finished(std::exchange(blob_, {}));
 }
 
-void BlobReceiver::spoil(const std::string& why) {
+void BlobReceiver::drop() {
     wanted_ = false;
     blob_ = {};
     packed_ = {};
     inflater_.reset();
-    listener_.spoiled(why);
 }
 
-std::optional<std::size_t> BlobReceiver::underWay() const {
-    if (!wanted_) return std::nullopt;
-    return blob_.bytes.size();
+void BlobReceiver::spoil(const std::string& why) {
+    drop();
+    listener_.spoiled(why);
 }
 
 }  // namespace vantrel::hosts::indi

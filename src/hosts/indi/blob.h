@@ -16,8 +16,8 @@ namespace vantrel::hosts::indi {
 
 struct Blob {
     std::string device, property, element;
-    std::string format;     // ".fits", ".fits.fz"; without a ".z", which is unpacked
-    std::string timestamp;  // by the driver's clock
+    std::string format;               // ".fits", ".fits.fz"; without a ".z", which is unpacked
+    std::string timestamp;            // by the driver's clock
     platform::Milliseconds begun{0};  // when its first byte came, by ours
     std::vector<std::byte> bytes;
 };
@@ -43,8 +43,10 @@ class BlobReceiver : public BlobText {
     void text(std::string_view base64) override;
     void end() override;
 
-    /// One is on its way, and this many bytes of it have come.
-    std::optional<std::size_t> underWay() const;
+    /// One that is wanted is on its way.
+    bool underWay() const { return wanted_; }
+    /// It isn't wanted any more.
+    void drop();
 
   private:
     class Inflater;

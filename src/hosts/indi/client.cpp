@@ -20,19 +20,6 @@ constexpr std::size_t kMostProperties = 1000;  // of a device
 constexpr std::size_t kMostMessages = 20;      // of a device
 constexpr std::size_t kLongestMessage = 300;
 
-std::string escaped(const std::string& text) {
-    std::string safe;
-    for (const char c : text) switch (c) {
-            case '<': safe += "&lt;"; break;
-            case '>': safe += "&gt;"; break;
-            case '&': safe += "&amp;"; break;
-            case '"': safe += "&quot;"; break;
-            case '\'': safe += "&apos;"; break;
-            default: safe += c;
-        }
-    return safe;
-}
-
 bool isComplaint(const std::string& message) {
     return message.starts_with("[ERROR]") || message.starts_with("[WARNING]") || message.starts_with("Error");
 }
@@ -52,8 +39,9 @@ Client::Client(EventLoop& loop, ByteStreams& streams, const ServerAddress& serve
       link_(loop, streams, server, kLongestElement,
             {.onOpen =
                  [this] {
-                     if (std::exchange(wasLost_, false)) tell_("The INDI server at " + this->server() + " is back");
-                     link_.send("<getProperties version=\"1.7\"/>\n");
+                     if (std::exchange(wasLost_, false))
+                         tell_("The INDI server at " + this->server() + " is back");
+                     link_.send(getProperties());
                      events.emit({Event::Kind::kOpened});
                  },
              .onElement = [this](const XmlElement& element) { handle(element); },
@@ -136,6 +124,7 @@ void Client::define(const std::string& device, Property property) {
     if (before != known.properties.end()) memory_ -= before->second.size();
     memory_ += property.size();
     if (memory_ > kMostMemory) throw StreamError("it sends more than this program can keep");
+    property.defined = known.heard;
     const std::string name = property.name;
     known.properties.insert_or_assign(name, std::move(property));
     events.emit({Event::Kind::kDefined, device, name});
@@ -194,8 +183,7 @@ void Client::forget() {
 // ---- what is said to it
 
 void Client::ask(const std::string& device, const std::string& property) {
-    link_.send("<getProperties version=\"1.7\" device=\"" + escaped(device) + "\" name=\"" + escaped(property) +
-               "\"/>\n");
+    link_.send(getProperties(device, property));
 }
 
 void Client::setNumbers(const std::string& device, const std::string& property, const NumberValues& values) {
@@ -207,7 +195,7 @@ void Client::setNumbers(const std::string& device, const std::string& property, 
                                         [&](const auto& value) { return value.first == element.name; });
         all.emplace_back(element.name, writeNumber(given == values.end() ? element.number : given->second));
     }
-    setVector("Number", device, property, all);
+    link_.send(newVector("Number", device, property, all));
 }
 
 void Client::setTexts(const std::string& device, const std::string& property, const TextValues& values) {
@@ -219,7 +207,7 @@ void Client::setTexts(const std::string& device, const std::string& property, co
                                         [&](const auto& value) { return value.first == element.name; });
         all.emplace_back(element.name, given == values.end() ? element.text : given->second);
     }
-    setVector("Text", device, property, all);
+    link_.send(newVector("Text", device, property, all));
 }
 
 void Client::setSwitch(const std::string& device, const std::string& property, const std::string& element) {
@@ -228,16 +216,7 @@ void Client::setSwitch(const std::string& device, const std::string& property, c
     TextValues all;
     for (const PropertyElement& one : known->elements)
         all.emplace_back(one.name, one.name == element ? "On" : "Off");
-    setVector("Switch", device, property, all);
-}
-
-void Client::setVector(const std::string& kind, const std::string& device, const std::string& property,
-                       const TextValues& values) {
-    std::string xml = "<new" + kind + "Vector device=\"" + escaped(device) + "\" name=\"" + escaped(property) +
-                      "\">\n";
-    for (const auto& [name, value] : values)
-        xml += "  <one" + kind + " name=\"" + escaped(name) + "\">" + escaped(value) + "</one" + kind + ">\n";
-    link_.send(xml + "</new" + kind + "Vector>\n");
+    link_.send(newVector("Switch", device, property, all));
 }
 
 }  // namespace vantrel::hosts::indi

@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "hosts/indi/commands.h"
 #include "hosts/indi/property.h"
 #include "hosts/indi/server_link.h"
 #include "platform/signal.h"
@@ -20,10 +21,6 @@ namespace vantrel::hosts::indi {
 
 /// A line for the operator.
 using Tell = std::function<void(const std::string& line)>;
-
-/// What something is about to be set to: elements and their values.
-using NumberValues = std::vector<std::pair<std::string, double>>;
-using TextValues = std::vector<std::pair<std::string, std::string>>;
 
 struct Event {
     enum class Kind {
@@ -91,8 +88,6 @@ class Client {
     void keepMessage(const std::string& device, const std::string& text);
     void lost(const std::string& why);
     void forget();
-    void setVector(const std::string& kind, const std::string& device, const std::string& property,
-                   const TextValues& values);
 
     platform::EventLoop& loop_;
     Tell tell_;

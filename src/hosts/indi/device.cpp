@@ -30,12 +30,10 @@ bool isConnected(const Property& connection) {
 
 Device::Device(std::shared_ptr<Client> client, std::string name, const PumpedWait& wait, Tell tell,
                ConnectionPlan plan)
-    : client_(std::move(client)),
-      name_(std::move(name)),
-      wait_(wait),
+    : Dialogue(std::move(client), std::move(name), wait),
       tell_(std::move(tell)),
       plan_(std::move(plan)),
-      listening_(client_->events.subscribe([this](const Event& event) { hear(event); })) {}
+      listening_(this->client().events.subscribe([this](const Event& event) { hear(event); })) {}
 
 // ---- connecting
 
@@ -46,8 +44,8 @@ void Device::connect() {
     wasReady_ = false;
     pause_ = kFirstPause;
     nextTry_ = now();
-    failuresBefore_ = client_->link().failures();
-    kept_ = client_->keepOpen();
+    failuresBefore_ = client().link().failures();
+    kept_ = client().keepOpen();
     enter(Stage::kServer, kServerTimeOut);
     advance();
     constexpr Milliseconds kAll = kServerTimeOut + kDeviceTimeOut + kHardwareTimeOut + kPropertiesTimeOut;
@@ -55,7 +53,7 @@ void Device::connect() {
     waitedFor_ = false;
     if (ready()) return;
     letGo();
-    throw std::runtime_error(failure_.empty() ? "Connecting " + name_ + " was given up" : failure_);
+    throw std::runtime_error(failure_.empty() ? "Connecting " + name() + " was given up" : failure_);
 }
 
 void Device::disconnect() {
@@ -64,7 +62,7 @@ void Device::disconnect() {
     const bool wasWanted = stage_ != Stage::kOff;
     letGo();
     if (wasConnected) plan_.onLost();
-    if (!wasWanted || !client_->open() || !has(kConnection)) return;
+    if (!wasWanted || !client().open() || !has(kConnection)) return;
     setSwitch(kConnection, "DISCONNECT", "disconnecting");
     waitUntil(
         [this] {
@@ -75,9 +73,9 @@ void Device::disconnect() {
 }
 
 void Device::requireReady() const {
-    if (!ready()) throw std::runtime_error(name_ + " isn't connected");
-    if (now() - client_->lastHeard(name_) > kLongSilence)
-        throw std::runtime_error("The driver of " + name_ + " has stopped answering");
+    if (!ready()) throw std::runtime_error(name() + " isn't connected");
+    if (now() - client().lastHeard(name()) > kLongSilence)
+        throw std::runtime_error("The driver of " + name() + " has stopped answering");
 }
 
 void Device::enter(Stage stage, Milliseconds timeOut) {
@@ -87,21 +85,23 @@ void Device::enter(Stage stage, Milliseconds timeOut) {
 
 void Device::hear(const Event& event) {
     if (stage_ == Stage::kOff) return;
-    const bool mine = event.device == name_;
-    const bool gone = event.kind == Event::Kind::kRemoved && (event.property.empty() || event.property == kConnection);
+    const bool mine = event.device == name();
+    const bool gone =
+        event.kind == Event::Kind::kRemoved && (event.property.empty() || event.property == kConnection);
     if (event.kind == Event::Kind::kLost || (mine && gone)) return lose();
     const bool told = event.kind == Event::Kind::kUpdated && event.property == kConnection;
-    if (mine && told && stage_ >= Stage::kProperties && !find(kConnection)->on("CONNECT")) return leaveToOthers();
+    if (mine && told && stage_ >= Stage::kProperties && !find(kConnection)->on("CONNECT"))
+        return leaveToOthers();
     if (mine || event.kind == Event::Kind::kOpened || event.kind == Event::Kind::kTick) advance();
 }
 
 /// Goes on to the next stage as soon as what it takes is there.
 void Device::advance() {
-    if (stage_ == Stage::kServer && client_->open()) enter(Stage::kDevice, kDeviceTimeOut);
+    if (stage_ == Stage::kServer && client().open()) enter(Stage::kDevice, kDeviceTimeOut);
     if (stage_ >= Stage::kDevice) advanceConnection();
     if (stage_ == Stage::kProperties && plan_.complete()) becomeReady();
     if (stage_ == Stage::kReady) return watchSilence();
-    const bool nobodyThere = stage_ == Stage::kServer && client_->link().failures() > failuresBefore_;
+    const bool nobodyThere = stage_ == Stage::kServer && client().link().failures() > failuresBefore_;
     if (stage_ != Stage::kOff && (nobodyThere || now() >= deadline_)) giveUpOrRetry(absence());
 }
 
@@ -112,7 +112,7 @@ void Device::advanceConnection() {
         if (stage_ < Stage::kProperties) enter(Stage::kProperties, kPropertiesTimeOut);
     } else if (stage_ == Stage::kHardware) {
         if (connection->wasRefused > connecting_.serial)
-            giveUpOrRetry(withReason(connecting_, name_ + " can't be connected"));
+            giveUpOrRetry(withReason(connecting_, name() + " can't be connected"));
     } else if (now() >= nextTry_) {
         enter(Stage::kHardware, kHardwareTimeOut);
         plan_.prepare();
@@ -125,13 +125,13 @@ void Device::becomeReady() {
     pause_ = kFirstPause;
     asked_ = now();
     plan_.setUp();
-    if (std::exchange(wasReady_, true)) tell_(name_ + " is connected again");
+    if (std::exchange(wasReady_, true)) tell_(name() + " is connected again");
 }
 
 void Device::watchSilence() {
-    if (now() - client_->lastHeard(name_) < kSilence || now() - asked_ < kSilence) return;
+    if (now() - client().lastHeard(name()) < kSilence || now() - asked_ < kSilence) return;
     asked_ = now();
-    client_->ask(name_, kConnection);
+    client().ask(name(), kConnection);
 }
 
 /// The device has gone, but it is still wanted.
@@ -139,14 +139,14 @@ void Device::lose() {
     const bool wasConnected = ready();
     enter(Stage::kServer, kServerTimeOut);
     if (!wasConnected) return;
-    if (client_->open()) tell_("The driver of " + name_ + " has gone");
+    if (client().open()) tell_("The driver of " + name() + " has gone");
     plan_.onLost();
 }
 
 /// Another program has disconnected it, and may have had a reason.
 void Device::leaveToOthers() {
     const bool wasConnected = ready();
-    giveUp(name_ + " was disconnected by another program");
+    giveUp(name() + " was disconnected by another program");
     if (!wasConnected) return;
     tell_(failure_);
     plan_.onLost();
@@ -175,70 +175,24 @@ void Device::letGo() {
 
 /// What an operator should know who waits in vain.
 std::string Device::absence() const {
-    const std::string server = "The INDI server at " + client_->server();
+    const std::string server = "The INDI server at " + client().server();
     switch (stage_) {
         case Stage::kServer:
             return server + " doesn't answer" +
-                   (client_->link().problem().empty() ? "" : " (" + client_->link().problem() + ")") +
+                   (client().link().problem().empty() ? "" : " (" + client().link().problem() + ")") +
                    ": is it running?";
         case Stage::kDevice: {
             std::string others;
-            for (const std::string& device : client_->devices()) others += (others.empty() ? "" : ", ") + device;
-            return server + " has no device \"" + name_ + "\": is its driver running?" +
+            for (const std::string& device : client().devices())
+                others += (others.empty() ? "" : ", ") + device;
+            return server + " has no device \"" + name() + "\": is its driver running?" +
                    (others.empty() ? "" : " It has: " + others);
         }
-        case Stage::kHardware: return withReason(connecting_, name_ + " didn't connect in time");
-        default: return name_ + " " + plan_.incomplete;
+        case Stage::kHardware:
+            return withReason(connecting_, name() + " didn't connect in time");
+        default:
+            return name() + " " + plan_.incomplete;
     }
-}
-
-// ---- saying something to it
-
-Request Device::setNumbers(const std::string& property, const NumberValues& values, std::string what) {
-    const Request request{property, std::move(what), client_->serial()};
-    client_->setNumbers(name_, property, values);
-    return request;
-}
-
-Request Device::setTexts(const std::string& property, const TextValues& values, std::string what) {
-    const Request request{property, std::move(what), client_->serial()};
-    client_->setTexts(name_, property, values);
-    return request;
-}
-
-Request Device::setSwitch(const std::string& property, const std::string& element, std::string what) {
-    const Request request{property, std::move(what), client_->serial()};
-    client_->setSwitch(name_, property, element);
-    return request;
-}
-
-void Device::await(const Request& request, Milliseconds timeOut,
-                   const std::function<bool(const Property&)>& done) {
-    const auto answered = [&] {
-        const Property* property = find(request.property);
-        if (property == nullptr) throw std::runtime_error(name_ + " isn't connected any more");
-        if (property->wasRefused > request.serial)
-            throw std::runtime_error(withReason(request, name_ + " refuses " + request.what));
-        if (done) return done(*property);
-        return property->updated > request.serial && property->state != PropertyState::kBusy;
-    };
-    switch (waitUntil(answered, timeOut)) {
-        case PumpedWait::Outcome::kDone: return;
-        case PumpedWait::Outcome::kGivenUp:
-            throw std::runtime_error("Waiting for " + name_ + " was given up: " + request.what);
-        case PumpedWait::Outcome::kTimedOut:
-            throw std::runtime_error(withReason(request, name_ + " takes no notice of " + request.what));
-    }
-}
-
-std::string Device::withReason(const Request& request, const std::string& text) const {
-    const std::string reason = client_->messageSince(name_, request.serial);
-    return reason.empty() ? text : text + ": " + reason;
-}
-
-PumpedWait::Outcome Device::waitUntil(const std::function<bool()>& done, Milliseconds timeOut) {
-    const auto client = client_;
-    return wait_.until(done, timeOut, [client](Milliseconds atMost) { return client->serve(atMost); });
 }
 
 }  // namespace vantrel::hosts::indi

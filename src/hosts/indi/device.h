@@ -10,8 +10,7 @@
 #include <memory>
 #include <string>
 
-#include "hosts/indi/client.h"
-#include "hosts/pumped_wait.h"
+#include "hosts/indi/dialogue.h"
 
 namespace vantrel::hosts::indi {
 
@@ -29,22 +28,12 @@ struct ConnectionPlan {
     std::function<void()> onLost = [] {};
 };
 
-/// Something that was sent, whose answer is awaited.
-struct Request {
-    std::string property;
-    std::string what;  // for the operator: "binning 2 x 2"
-    long serial = 0;   // of the server's words before it
-};
-
-class Device {
+class Device : public Dialogue {
   public:
     Device(std::shared_ptr<Client> client, std::string name, const PumpedWait& wait, Tell tell,
            ConnectionPlan plan);
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
-
-    const std::string& name() const { return name_; }
-    Client& client() const { return *client_; }
 
     /// Waits; throws std::runtime_error with what the operator should know when it doesn't come to be.
     void connect();
@@ -54,26 +43,9 @@ class Device {
     /// Throws unless it is connected and answers.
     void requireReady() const;
 
-    const Property* find(std::string_view property) const { return client_->find(name_, property); }
-    bool has(std::string_view property) const { return find(property) != nullptr; }
-
-    Request setNumbers(const std::string& property, const NumberValues& values, std::string what);
-    Request setTexts(const std::string& property, const TextValues& values, std::string what);
-    Request setSwitch(const std::string& property, const std::string& element, std::string what);
-
-    /// Waits for the answer: any update that isn't Busy any more or, where it is given, what `done` wants.
-    /// Throws std::runtime_error when it is a refusal, or doesn't come, which is how drivers refuse, too.
-    void await(const Request& request, platform::Milliseconds timeOut,
-               const std::function<bool(const Property&)>& done = {});
-    /// The text, and the reason that the device gave since the request.
-    std::string withReason(const Request& request, const std::string& text) const;
-
-    PumpedWait::Outcome waitUntil(const std::function<bool()>& done, platform::Milliseconds timeOut);
-
   private:
     enum class Stage { kOff, kServer, kDevice, kHardware, kProperties, kReady };
 
-    platform::Milliseconds now() const { return wait_.clock().sinceStart(); }
     void enter(Stage stage, platform::Milliseconds timeOut);
     void hear(const Event& event);
     void advance();
@@ -87,9 +59,6 @@ class Device {
     void letGo();
     std::string absence() const;
 
-    std::shared_ptr<Client> client_;
-    std::string name_;
-    const PumpedWait& wait_;
     Tell tell_;
     ConnectionPlan plan_;
 

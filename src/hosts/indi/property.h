@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hosts/indi/xml_stream.h"
+#include "platform/clock.h"
 
 namespace vantrel::hosts::indi {
 
@@ -16,9 +17,9 @@ enum class PropertyState { kIdle, kOk, kBusy, kAlert };
 struct PropertyElement {
     std::string name;
     std::string label;
-    std::string text;     // as it came
-    double number = 0;    // of a number
-    bool on = false;      // of a switch
+    std::string text;                 // as it came
+    double number = 0;                // of a number
+    bool on = false;                  // of a switch
     double minimum = 0, maximum = 0;  // of a number; equal where there are no limits
 };
 
@@ -30,6 +31,8 @@ struct Property {
     PropertyState state = PropertyState::kIdle;
     std::string timestamp;  // of the last update, by the driver's clock
     std::vector<PropertyElement> elements;
+
+    platform::Milliseconds defined{0};  // when, by the loop's clock
 
     // When something came, counted in everything that comes from the server; 0: never.
     long updated = 0;     // an update, which the definition is none of

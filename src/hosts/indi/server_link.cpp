@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "hosts/indi/commands.h"
+
 namespace vantrel::hosts::indi {
 
 using platform::EventLoop;
@@ -13,13 +15,13 @@ namespace {
 constexpr Milliseconds kTick{250};
 constexpr Milliseconds kFirstPause{1000};
 constexpr Milliseconds kLongestPause{15'000};
-constexpr Milliseconds kSilence{5000};      // after which it is asked
+constexpr Milliseconds kSilence{5000};        // after which it is asked
 constexpr Milliseconds kLongSilence{15'000};  // after which it is gone
 
 }  // namespace
 
-ServerLink::ServerLink(EventLoop& loop, ByteStreams& streams, ServerAddress server, Milliseconds longestElement,
-                       LinkListener listener, BlobText* blobs)
+ServerLink::ServerLink(EventLoop& loop, ByteStreams& streams, ServerAddress server,
+                       Milliseconds longestElement, LinkListener listener, BlobText* blobs)
     : loop_(loop),
       streams_(streams),
       server_(std::move(server)),
@@ -85,11 +87,7 @@ void ServerLink::handle(XmlElement element) {
     if (!open()) return;  // stopped by what came before
     lastWhole_ = now();
     if (element.name == "pingReply") answersPings_ = true;
-    if (element.name == "pingRequest") {
-        if (element.attribute("uid").find_first_of("<>&\"'") == std::string::npos)
-            send("<pingReply uid=\"" + element.attribute("uid") + "\"/>\n");
-        return;
-    }
+    if (element.name == "pingRequest") return send(pingReply(element.attribute("uid")));
     listener_.onElement(std::move(element));
 }
 
@@ -101,11 +99,12 @@ void ServerLink::tick() {
 
 void ServerLink::watchSilence() {
     const Milliseconds silence = now() - lastHeard_;
-    if (xml_->insideElement() && now() - lastWhole_ > longestElement_) return ended("it doesn't end what it sends");
+    if (xml_->insideElement() && now() - lastWhole_ > longestElement_)
+        return ended("it doesn't end what it sends");
     if (answersPings_ && silence > kLongSilence) return ended("it has stopped answering");
     if (silence > kSilence && now() - lastAsked_ > kSilence) {
         lastAsked_ = now();
-        send("<pingRequest uid=\"vantrel\"/>\n");
+        send(pingRequest("alive"));
     }
 }
 

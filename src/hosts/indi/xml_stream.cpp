@@ -9,8 +9,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-bool isBlank(char c) { return kBlanks.find(c) != std::string_view::npos; }
-
 std::string_view withoutBlanks(std::string_view text) {
     const auto first = text.find_first_not_of(kBlanks);
     if (first == std::string_view::npos) return {};
@@ -49,7 +47,8 @@ bool appendReference(std::string& text, std::string_view name) {
     std::uint32_t code = 0;
     const auto [end, failure] = std::from_chars(name.data(), name.data() + name.size(), code, hex ? 16 : 10);
     const bool character = code >= 0x20 && code < 0x110000 && (code < 0xD800 || code > 0xDFFF);
-    if (failure != std::errc() || end != name.data() + name.size() || !(character || code == '\n' || code == '\t'))
+    if (failure != std::errc() || end != name.data() + name.size() ||
+        !(character || code == '\n' || code == '\t'))
         return false;
     appendUtf8(text, code);
     return true;
@@ -99,8 +98,8 @@ std::string unescaped(std::string_view raw) {
 }
 
 bool isNameCharacter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-' ||
-           c == ':' || c == '.';
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
+           c == '-' || c == ':' || c == '.';
 }
 
 std::string_view takeName(std::string_view& tag) {
@@ -179,8 +178,7 @@ bool XmlStream::takeMarkup(char c) {
 }
 
 void XmlStream::readMarkup() {
-    const std::string markup = std::move(markup_);
-    markup_.clear();
+    const std::string markup = std::exchange(markup_, std::string());
     inMarkup_ = false;
     const std::string_view tag = markup;
     if (tag.starts_with("!--") || tag.starts_with('?')) {

@@ -1,9 +1,9 @@
 // The stream of XML elements that an INDI server sends, cut into values.
 //
 // There is no root element: elements follow each other for as long as the connection lasts, in pieces of any
-// size. What comes is a small part of XML (no document types, no entities beside the usual ones), and it comes
-// from outside: size, depth and the time that an element may stay unfinished are limited. The base64 text of
-// BLOBs, which may be a hundred megabytes, is passed on as it comes.
+// size. What comes is a small part of XML (no document types, no entities beside the usual ones), and it
+// comes from outside: size, depth and the time that an element may stay unfinished are limited. The base64
+// text of BLOBs, which may be a hundred megabytes, is passed on as it comes.
 #pragma once
 
 #include <cstddef>
@@ -46,7 +46,8 @@ class XmlStream {
     static constexpr std::size_t kLargestElement = 512U << 10U;  // bytes, without the text of BLOBs
     static constexpr std::size_t kDeepest = 4;
 
-    /// Whole elements of the outermost level go to `onElement`. Without a taker the text of BLOBs is left out.
+    /// Whole elements of the outermost level go to `onElement`. Without a taker the text of BLOBs is left
+    /// out.
     explicit XmlStream(std::function<void(XmlElement)> onElement, BlobText* blobs = nullptr)
         : onElement_(std::move(onElement)), blobs_(blobs) {}
 
@@ -71,7 +72,7 @@ class XmlStream {
     std::vector<XmlElement> open_;  // outermost first
     std::string markup_;            // since '<'
     bool inMarkup_ = false;
-    char quote_ = 0;          // the one that a value of an attribute is in
+    char quote_ = 0;         // the one that a value of an attribute is in
     std::size_t bytes_ = 0;  // of the outermost element
 };
 

@@ -1,0 +1,24 @@
+// The automation object of a mount at an INDI server, with the members that programs drive telescopes by.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "hosts/host_object.h"
+#include "hosts/indi/mount.h"
+
+namespace vantrel::hosts::indi {
+
+class Telescope : public HostObject {
+  public:
+    Telescope(const std::string& progId, std::shared_ptr<Mount> mount, std::function<void()> setupDialog);
+
+  private:
+    void addState();
+    void addMotion();
+
+    std::shared_ptr<Mount> mount_;
+};
+
+}  // namespace vantrel::hosts::indi
