@@ -16,6 +16,7 @@ constexpr Milliseconds kDeviceTimeOut{5000};
 constexpr Milliseconds kHardwareTimeOut{30'000};
 constexpr Milliseconds kPropertiesTimeOut{10'000};
 constexpr Milliseconds kDisconnectTimeOut{3000};
+constexpr Milliseconds kDefinitions{1000};  // for a driver to define what there is before it is connected
 constexpr Milliseconds kFirstPause{1000};
 constexpr Milliseconds kLongestPause{30'000};
 constexpr Milliseconds kSilence{10'000};      // after which a driver is asked for a sign of life
@@ -49,7 +50,8 @@ void Device::connect() {
     enter(Stage::kServer, kServerTimeOut);
     advance();
     constexpr Milliseconds kAll = kServerTimeOut + kDeviceTimeOut + kHardwareTimeOut + kPropertiesTimeOut;
-    waitUntil([this] { return ready() || stage_ == Stage::kOff; }, kAll);
+    const auto outcome = waitUntil([this] { return ready() || stage_ == Stage::kOff; }, kAll);
+    if (outcome == PumpedWait::Outcome::kTimedOut) failure_ = absence();
     waitedFor_ = false;
     if (ready()) return;
     letGo();
@@ -88,7 +90,7 @@ void Device::hear(const Event& event) {
     const bool mine = event.device == name();
     const bool gone =
         event.kind == Event::Kind::kRemoved && (event.property.empty() || event.property == kConnection);
-    if (event.kind == Event::Kind::kLost || (mine && gone)) return lose();
+    if (event.kind == Event::Kind::kLost || (mine && gone)) return lose(event);
     const bool told = event.kind == Event::Kind::kUpdated && event.property == kConnection;
     if (mine && told && stage_ >= Stage::kProperties && !find(kConnection)->on("CONNECT"))
         return leaveToOthers();
@@ -113,7 +115,7 @@ void Device::advanceConnection() {
     } else if (stage_ == Stage::kHardware) {
         if (connection->wasRefused > connecting_.serial)
             giveUpOrRetry(withReason(connecting_, name() + " can't be connected"));
-    } else if (now() >= nextTry_) {
+    } else if (now() >= nextTry_ && (plan_.preparable() || now() - connection->defined > kDefinitions)) {
         enter(Stage::kHardware, kHardwareTimeOut);
         plan_.prepare();
         connecting_ = setSwitch(kConnection, "CONNECT", "connecting");
@@ -134,12 +136,18 @@ void Device::watchSilence() {
     client().ask(name(), kConnection);
 }
 
-/// The device has gone, but it is still wanted.
-void Device::lose() {
+/// The device has gone, but it is still wanted, unless it was still to be connected.
+void Device::lose(const Event& event) {
     const bool wasConnected = ready();
+    const std::string driverGone = "The driver of " + name() + " has gone";
+    const bool serverGone = event.kind == Event::Kind::kLost;
+    if (waitedFor_)
+        return giveUp(serverGone ? "The connection to the INDI server at " + client().server() +
+                                       " was lost: " + client().link().problem()
+                                 : driverGone);
     enter(Stage::kServer, kServerTimeOut);
     if (!wasConnected) return;
-    if (client().open()) tell_("The driver of " + name() + " has gone");
+    if (!serverGone) tell_(driverGone);
     plan_.onLost();
 }
 

@@ -16,6 +16,8 @@ namespace vantrel::hosts::indi {
 
 /// What connecting means for a kind of device.
 struct ConnectionPlan {
+    /// Whether the driver has defined by now what prepare() sets; it isn't waited for for long.
+    std::function<bool()> preparable = [] { return true; };
     /// Sends what has to stand before the driver looks for the hardware.
     std::function<void()> prepare = [] {};
     /// Whether everything is there that the device is of no use without.
@@ -52,7 +54,7 @@ class Device : public Dialogue {
     void advanceConnection();
     void becomeReady();
     void watchSilence();
-    void lose();
+    void lose(const Event& event);
     void leaveToOthers();
     void giveUp(const std::string& why);
     void giveUpOrRetry(const std::string& why);

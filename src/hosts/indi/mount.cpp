@@ -54,7 +54,8 @@ Mount::Mount(Surroundings surroundings, std::shared_ptr<Client> client, const st
     : surroundings_(std::move(surroundings)),
       options_(std::move(options)),
       device_(client, name, surroundings_.wait, surroundings_.tell,
-              {.prepare = [this] { prepare(); },
+              {.preparable = [this] { return preparable(); },
+               .prepare = [this] { prepare(); },
                .complete = [this] { return complete(); },
                .incomplete = "tells no position",
                .setUp = [this] { setUp(); },
@@ -68,6 +69,12 @@ void Mount::connect() {
     device_.waitUntil([this] { return !connected() || unanswered_.empty(); }, kAnswer);
 }
 
+bool Mount::preparable() const {
+    const MountOptions options = options_();
+    return (options.port.empty() || device_.has("DEVICE_PORT")) &&
+           (options.baudRate.empty() || device_.has("DEVICE_BAUD_RATE"));
+}
+
 void Mount::prepare() {
     const MountOptions options = options_();
     if (!options.port.empty()) {
@@ -76,9 +83,9 @@ void Mount::prepare() {
             device_.setSwitch("CONNECTION_MODE", "CONNECTION_SERIAL", "the serial connection");
         device_.setTexts("DEVICE_PORT", {{"PORT", options.port}}, "the port");
     }
+    if (options.baudRate.empty()) return;
     const Property* rates = device_.find("DEVICE_BAUD_RATE");
-    if (options.baudRate.empty() || rates == nullptr) return;
-    if (rates->element(options.baudRate) != nullptr)
+    if (rates != nullptr && rates->element(options.baudRate) != nullptr)
         device_.setSwitch("DEVICE_BAUD_RATE", options.baudRate, "the baud rate");
     else
         surroundings_.tell(name() + " can't be set to " + options.baudRate + " baud");

@@ -72,6 +72,7 @@ class Mount {
     EquatorialPosition reading() const;
     bool countsInJ2000() const;
 
+    bool preparable() const;
     void prepare();
     bool complete() const;
     void setUp();

@@ -1,0 +1,382 @@
+// An INDI server with a mount and a camera, in virtual time. It speaks as the simulators of Debian's indi-bin
+// do; how it takes commands can be spoiled one by one.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "hosts/fake_network.h"
+#include "hosts/indi/numbers.h"
+#include "hosts/indi/xml_stream.h"
+
+namespace vantrel::test {
+
+/// How a command is taken.
+struct Treatment {
+    enum class Kind { kObey, kRefuse, kIgnore, kIgnoreWithMessage, kCut, kHangUp, kSilence };
+    Kind kind = Kind::kObey;
+    Milliseconds delay{0};
+    bool twice = false;  // everything is said two times
+};
+
+class FakeIndi {
+  public:
+    FakeIndi(platform::VirtualTime& time, platform::QueuedEventLoop& loop)
+        : network(time, loop), time_(time), loop_(loop) {
+        network.onConnection = [this](std::shared_ptr<FakeConnection> connection) {
+            take(std::move(connection));
+        };
+    }
+
+    static constexpr const char* kMount = "Mount";
+    static constexpr const char* kCamera = "Camera";
+
+    FakeNetwork network;
+    /// By property; what isn't there is obeyed.
+    std::map<std::string, Treatment> treatment;
+    /// What came, as "EQUATORIAL_EOD_COORD RA=3 DEC=20".
+    std::vector<std::string> commands;
+
+    // The mount.
+    std::string coordinates = "EQUATORIAL_EOD_COORD";
+    double ra = 5, dec = 40;
+    Milliseconds slewTime{5000};
+    bool arrives = true;  // false: it stays Busy
+    bool moves = true;    // while it slews
+    bool parked = false;
+    bool withSite = true, withSiderealTime = true;
+    bool answersPings = true;
+    // The camera.
+    std::string picture = "SIMPLE  =                    T";
+    std::string format = ".fits";
+    Milliseconds readout{200};
+    bool delivers = true;
+    bool withWheel = true;
+
+    /// The driver died and was started again, as indiserver does it.
+    void restartDriver(const std::string& device) {
+        connected_[device] = false;
+        for (const auto& connection : properties())
+            connection->send("<delProperty device=\"" + device + "\"/>");
+        for (const auto& connection : properties()) connection->send(definitions(device), Milliseconds{100});
+    }
+    /// Every connection ends, and new ones are answered as `network.answer` says.
+    void stop() {
+        for (const auto& connection : connections_) connection->hangUp();
+        connections_.clear();
+        blobs_.clear();
+        connected_.clear();
+        tasks_.clear();
+    }
+    void cutCables() {
+        for (const auto& connection : connections_) connection->cutCable();
+    }
+    /// What another program does to the device.
+    void disconnectByOthers(const std::string& device) {
+        connected_[device] = false;
+        sayAll(connection(device));
+    }
+    void sayAll(const std::string& xml, Milliseconds delay = Milliseconds{0}) {
+        for (const auto& connection : properties()) connection->send(xml, delay);
+    }
+    void sendPicture(const std::string& bytes, Milliseconds delay = Milliseconds{0},
+                     const std::string& timestamp = {}) {
+        for (const auto& connection : blobs_) connection->send(blob(bytes, timestamp), delay);
+    }
+    /// Connections that get pictures.
+    const std::vector<std::shared_ptr<FakeConnection>>& pictureConnections() const { return blobs_; }
+    long count(const std::string& beginning) const {
+        return std::count_if(commands.begin(), commands.end(),
+                             [&](const std::string& command) { return command.starts_with(beginning); });
+    }
+
+    static std::string base64(const std::string& bytes) {
+        constexpr std::string_view kAlphabet =
+            "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+        std::string text;
+        for (std::size_t i = 0; i < bytes.size(); i += 3) {
+            unsigned group = 0;
+            for (std::size_t k = 0; k < 3; ++k)
+                group = group << 8U | (i + k < bytes.size() ? static_cast<unsigned char>(bytes[i + k]) : 0U);
+            for (std::size_t k = 0; k < 4; ++k)
+                text += i + k > bytes.size() ? '=' : kAlphabet[group >> (18 - 6 * k) & 63U];
+            if (i % 54 == 51) text += '\n';
+        }
+        return text;
+    }
+
+    std::string stamp() const {
+        return platform::formatTime(platform::civilUtc(time_.utc()), "yyyy-MM-ddTHH:mm:ss");
+    }
+
+  private:
+    using XmlElement = hosts::indi::XmlElement;
+    using XmlStream = hosts::indi::XmlStream;
+
+    void take(std::shared_ptr<FakeConnection> connection) {
+        connections_.push_back(connection);
+        const std::weak_ptr<FakeConnection> weak = connection;
+        const auto stream = std::make_shared<XmlStream>(
+            [this, weak](const XmlElement& element) { hear(weak.lock(), element); });
+        connection->onReceive = [stream](const std::string& bytes) { stream->feed(bytes); };
+    }
+
+    std::vector<std::shared_ptr<FakeConnection>> properties() const {
+        std::vector<std::shared_ptr<FakeConnection>> some;
+        for (const auto& connection : connections_)
+            if (std::find(blobs_.begin(), blobs_.end(), connection) == blobs_.end())
+                some.push_back(connection);
+        return some;
+    }
+
+    void hear(const std::shared_ptr<FakeConnection>& connection, const XmlElement& element) {
+        const std::string& device = element.attribute("device");
+        const std::string& property = element.attribute("name");
+        if (element.name == "getProperties") {
+            if (property.empty())
+                connection->send(definitions(kMount) + definitions(kCamera),
+                                 treatment["getProperties"].delay);
+            else if (property == "CONNECTION" && treatment["getProperties"].kind == Treatment::Kind::kObey)
+                connection->send(defineConnection(device));
+        } else if (element.name == "enableBLOB") {
+            if (std::find(blobs_.begin(), blobs_.end(), connection) == blobs_.end())
+                blobs_.push_back(connection);
+        } else if (element.name == "pingRequest") {
+            if (answersPings) connection->send("<pingReply uid=\"" + element.attribute("uid") + "\"/>");
+        } else if (element.name.starts_with("new")) {
+            command(device, property, element);
+        }
+    }
+
+    void command(const std::string& device, const std::string& property, const XmlElement& element) {
+        std::string text = property;
+        std::map<std::string, std::string> values;
+        for (const XmlElement& child : element.children) {
+            values[child.attribute("name")] = child.text;
+            if (child.text != "Off") text += " " + child.attribute("name") + "=" + child.text;
+        }
+        commands.push_back(text);
+        const Treatment how = treatment[property];
+        const std::string complaint =
+            "<message device=\"" + device + "\" message=\"[ERROR] No " + property + " today.\"/>";
+        switch (how.kind) {
+            case Treatment::Kind::kObey:
+                break;
+            case Treatment::Kind::kIgnore:
+                return;
+            case Treatment::Kind::kIgnoreWithMessage:
+                return sayAll(complaint, how.delay);
+            case Treatment::Kind::kRefuse:
+                return sayAll(complaint + "<setNumberVector device=\"" + device + "\" name=\"" + property +
+                                  "\" state=\"Alert\"/>",
+                              how.delay);
+            case Treatment::Kind::kCut:
+                sayAll("<setNumberVector device=\"" + device + "\" na", how.delay);
+                return later(how.delay, [this] { stop(); });
+            case Treatment::Kind::kHangUp:
+                return stop();
+            case Treatment::Kind::kSilence:
+                return cutCables();
+        }
+        later(how.delay, [this, device, property, values] { obey(device, property, values); });
+        if (how.twice) later(how.delay, [this, device, property, values] { obey(device, property, values); });
+    }
+
+    void later(Milliseconds delay, std::function<void()> what) {
+        if (delay.count() == 0) return what();
+        tasks_.push_back(loop_.after(delay, std::move(what)));
+    }
+
+    void obey(const std::string& device, const std::string& property,
+              std::map<std::string, std::string> values) {
+        if (property == "CONNECTION") {
+            connected_[device] = values["CONNECT"] == "On";
+            sayAll(connection(device));
+            if (connected_[device]) sayAll(device == kMount ? mountProperties() : cameraProperties());
+        } else if (property == coordinates) {
+            slew(number(values["RA"]), number(values["DEC"]));
+        } else if (property == "TELESCOPE_ABORT_MOTION") {
+            tasks_.clear();
+            sayAll(position("Idle") + vector("set", "Switch", kMount, property, "Ok", "ABORT", "Off"));
+        } else if (property == "TELESCOPE_PARK") {
+            parked = values["PARK"] == "On";
+            sayAll(park("set"));
+        } else if (property == "CCD_EXPOSURE") {
+            expose(number(values["CCD_EXPOSURE_VALUE"]));
+        } else if (property == "CCD_ABORT_EXPOSURE") {
+            tasks_.clear();
+            sayAll(exposure("Idle", 0) + vector("set", "Switch", kCamera, property, "Ok", "ABORT", "Off"));
+        } else {
+            std::string xml = "<setNumberVector device=\"" + device + "\" name=\"" + property +
+                              "\" state=\"" + (property == "CCD_BINNING" ? "Idle" : "Ok") + "\">";
+            for (const auto& [name, value] : values)
+                xml += "<one name=\"" + name + "\">\n" + value + "\n</one>";
+            sayAll(xml + "</setNumberVector>");
+        }
+    }
+
+    void slew(double targetRa, double targetDec) {
+        sayAll(position("Busy"));
+        constexpr int kSteps = 5;
+        for (int step = 1; step <= kSteps; ++step)
+            later(slewTime * step / kSteps, [this, step, targetRa, targetDec] {
+                if (moves) {
+                    ra += (targetRa - ra) * step / kSteps;
+                    dec += (targetDec - dec) * step / kSteps;
+                }
+                sayAll(position(step == kSteps && arrives ? "Ok" : "Busy"));
+            });
+    }
+
+    void expose(double seconds) {
+        sayAll(exposure("Busy", seconds));
+        const Milliseconds end = Milliseconds{static_cast<long>(seconds * 1000)};
+        later(end, [this] { sayAll(exposure("Busy", 0)); });
+        later(end + readout, [this] {
+            if (delivers) sendPicture(picture, Milliseconds{0}, stamp());
+            sayAll(exposure("Ok", 0));
+        });
+    }
+
+    // ---- its words
+
+    static double number(const std::string& text) { return hosts::indi::readNumber(text).value_or(0); }
+    static std::string text(double value) { return hosts::indi::writeNumber(value); }
+
+    static std::string one(const std::string& tag, const std::string& name, const std::string& value,
+                           const std::string& attributes = {}) {
+        return "    <" + tag + " name=\"" + name + "\"" + attributes + ">\n" + value + "\n    </" + tag +
+               ">\n";
+    }
+    std::string whole(const std::string& what, const std::string& kind, const std::string& device,
+                      const std::string& property, const std::string& state,
+                      const std::string& elements) const {
+        return "<" + what + kind + "Vector device=\"" + device + "\" name=\"" + property + "\" state=\"" +
+               state + "\" timestamp=\"" + stamp() + "\">\n" + elements + "</" + what + kind + "Vector>\n";
+    }
+    std::string vector(const std::string& what, const std::string& kind, const std::string& device,
+                       const std::string& property, const std::string& state, const std::string& name,
+                       const std::string& value, const std::string& limits = {}) const {
+        return whole(what, kind, device, property, state,
+                     one((what == "def" ? "def" : "one") + kind, name, value, limits));
+    }
+
+    std::string connectionElements(const std::string& device, const std::string& tag) const {
+        const auto found = connected_.find(device);
+        const bool on = found != connected_.end() && found->second;
+        return one(tag, "CONNECT", on ? "On" : "Off") + one(tag, "DISCONNECT", on ? "Off" : "On");
+    }
+    std::string connection(const std::string& device) const {
+        return whole("set", "Switch", device, "CONNECTION", "Ok", connectionElements(device, "oneSwitch"));
+    }
+    std::string defineConnection(const std::string& device) const {
+        return whole("def", "Switch", device, "CONNECTION", "Idle", connectionElements(device, "defSwitch"));
+    }
+    std::string definitions(const std::string& device) const {
+        std::string xml = defineConnection(device) +
+                          whole("def", "Text", device, "DRIVER_INFO", "Idle",
+                                one("defText", "DRIVER_NAME", device) +
+                                    one("defText", "DRIVER_INTERFACE", device == kMount ? "5" : "22"));
+        if (device == kMount)
+            xml += vector("def", "Number", device, "POLLING_PERIOD", "Idle", "PERIOD_MS", "250") +
+                   vector("def", "Text", device, "DEVICE_PORT", "Idle", "PORT", "/dev/ttyUSB0") +
+                   whole("def", "Switch", device, "DEVICE_BAUD_RATE", "Idle",
+                         one("defSwitch", "9600", "On") + one("defSwitch", "115200", "Off"));
+        const auto found = connected_.find(device);
+        if (found != connected_.end() && found->second)
+            xml += device == kMount ? mountProperties() : cameraProperties();
+        return xml;
+    }
+    std::string coordinateElements(const std::string& tag) const {
+        return one(tag, "RA", text(ra)) + one(tag, "DEC", text(dec));
+    }
+    std::string position(const std::string& state) const {
+        return whole("set", "Number", kMount, coordinates, state, coordinateElements("oneNumber"));
+    }
+    std::string park(const std::string& what) const {
+        const std::string tag = what == "def" ? "defSwitch" : "oneSwitch";
+        return whole(what, "Switch", kMount, "TELESCOPE_PARK", "Ok",
+                     one(tag, "PARK", parked ? "On" : "Off") + one(tag, "UNPARK", parked ? "Off" : "On"));
+    }
+    std::string mountProperties() const {
+        std::string xml = whole("def", "Switch", kMount, "ON_COORD_SET", "Idle",
+                                one("defSwitch", "TRACK", "Off") + one("defSwitch", "SLEW", "On") +
+                                    one("defSwitch", "SYNC", "Off")) +
+                          whole("def", "Number", kMount, coordinates, "Idle",
+                                one("defNumber", "RA", "0") + one("defNumber", "DEC", "0")) +
+                          vector("def", "Switch", kMount, "TELESCOPE_ABORT_MOTION", "Idle", "ABORT", "Off") +
+                          whole("def", "Switch", kMount, "TELESCOPE_TRACK_STATE", "Idle",
+                                one("defSwitch", "TRACK_ON", "Off") + one("defSwitch", "TRACK_OFF", "On")) +
+                          whole("def", "Text", kMount, "TIME_UTC", "Idle",
+                                one("defText", "UTC", "") + one("defText", "OFFSET", "")) +
+                          park("def");
+        if (withSite)
+            xml += whole("def", "Number", kMount, "GEOGRAPHIC_COORD", "Idle",
+                         one("defNumber", "LAT", "50:30:00") + one("defNumber", "LONG", "350") +
+                             one("defNumber", "ELEV", "200"));
+        if (withSiderealTime) xml += vector("def", "Number", kMount, "TIME_LST", "Idle", "LST", "6:30:00");
+        return xml + position("Ok");
+    }
+    std::string exposure(const std::string& state, double left) const {
+        return vector("set", "Number", kCamera, "CCD_EXPOSURE", state, "CCD_EXPOSURE_VALUE", text(left));
+    }
+    std::string cameraProperties() const {
+        const auto limits = [](const char* least, const char* most) {
+            return std::string(" min=\"") + least + "\" max=\"" + most + "\"";
+        };
+        std::string xml =
+            vector("def", "Number", kCamera, "CCD_EXPOSURE", "Idle", "CCD_EXPOSURE_VALUE", "1",
+                   limits("0.01", "3600")) +
+            vector("def", "Switch", kCamera, "CCD_ABORT_EXPOSURE", "Idle", "ABORT", "Off") +
+            whole("def", "Number", kCamera, "CCD_FRAME", "Idle",
+                  one("defNumber", "X", "0") + one("defNumber", "Y", "0") +
+                      one("defNumber", "WIDTH", "1280") + one("defNumber", "HEIGHT", "1024")) +
+            whole("def", "Number", kCamera, "CCD_BINNING", "Idle",
+                  one("defNumber", "HOR_BIN", "1", limits("1", "4")) +
+                      one("defNumber", "VER_BIN", "1", limits("1", "4"))) +
+            whole("def", "Number", kCamera, "CCD_INFO", "Idle",
+                  one("defNumber", "CCD_MAX_X", "0") + one("defNumber", "CCD_MAX_Y", "0") +
+                      one("defNumber", "CCD_PIXEL_SIZE", "0")) +
+            vector("def", "Number", kCamera, "CCD_TEMPERATURE", "Idle", "CCD_TEMPERATURE_VALUE", "-10.5") +
+            vector("def", "Number", kCamera, "CCD_GAIN", "Idle", "GAIN", "90") +
+            vector("def", "Number", kCamera, "CCD_OFFSET", "Idle", "OFFSET", "0") +
+            whole("def", "Switch", kCamera, "CCD_FRAME_TYPE", "Idle",
+                  one("defSwitch", "FRAME_LIGHT", "On") + one("defSwitch", "FRAME_DARK", "Off") +
+                      one("defSwitch", "FRAME_BIAS", "Off") + one("defSwitch", "FRAME_FLAT", "Off")) +
+            whole("def", "Switch", kCamera, "UPLOAD_MODE", "Idle",
+                  one("defSwitch", "UPLOAD_CLIENT", "Off") + one("defSwitch", "UPLOAD_LOCAL", "On")) +
+            whole("def", "Switch", kCamera, "CCD_COMPRESSION", "Idle",
+                  one("defSwitch", "INDI_ENABLED", "Off") + one("defSwitch", "INDI_DISABLED", "On")) +
+            vector("def", "Text", kCamera, "ACTIVE_DEVICES", "Idle", "ACTIVE_TELESCOPE", "Mount") +
+            whole("set", "Number", kCamera, "CCD_INFO", "Idle",
+                  one("oneNumber", "CCD_MAX_X", "1280") + one("oneNumber", "CCD_MAX_Y", "1024") +
+                      one("oneNumber", "CCD_PIXEL_SIZE", "5.2"));
+        if (withWheel)
+            xml += vector("def", "Number", kCamera, "FILTER_SLOT", "Idle", "FILTER_SLOT_VALUE", "1",
+                          limits("1", "3")) +
+                   whole("def", "Text", kCamera, "FILTER_NAME", "Idle",
+                         one("defText", "FILTER_SLOT_NAME_1", "Red") +
+                             one("defText", "FILTER_SLOT_NAME_2", "Green") +
+                             one("defText", "FILTER_SLOT_NAME_3", ""));
+        return xml;
+    }
+    std::string blob(const std::string& bytes, const std::string& timestamp) const {
+        return "<setBLOBVector device=\"" + std::string(kCamera) +
+               "\" name=\"CCD1\" state=\"Ok\" timestamp=\"" + (timestamp.empty() ? stamp() : timestamp) +
+               "\">\n<oneBLOB name=\"CCD1\" size=\"" + std::to_string(bytes.size()) + "\" format=\"" +
+               format + "\">\n" + base64(bytes) + "\n</oneBLOB>\n</setBLOBVector>\n";
+    }
+
+    platform::VirtualTime& time_;
+    platform::QueuedEventLoop& loop_;
+    std::vector<std::shared_ptr<FakeConnection>> connections_;
+    std::vector<std::shared_ptr<FakeConnection>> blobs_;
+    std::map<std::string, bool> connected_;
+    std::vector<platform::TimerHandle> tasks_;
+};
+
+}  // namespace vantrel::test
