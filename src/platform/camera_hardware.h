@@ -42,9 +42,9 @@ struct CameraOrder {
     double seconds = 1;
     Frame frame = Frame::kLight;
     int binX = 1, binY = 1;
-    std::optional<Part> part;   // nothing: the whole sensor
-    std::optional<int> filter;  // nothing: as it is
-    std::optional<double> gain, offset;
+    std::optional<Part> part = {};   // nothing: the whole sensor
+    std::optional<int> filter = {};  // nothing: as it is
+    std::optional<double> gain = {}, offset = {};
     bool subtractDark = false;  // take a dark frame as well, and take it off; not every camera can
 };
 

@@ -60,6 +60,7 @@ void ServerLink::opened() {
     answersPings_ = false;
     lastHeard_ = lastWhole_ = lastAsked_ = now();
     listener_.onOpen();
+    send(pingRequest("known"));  // whether it knows pings should be known before it falls silent
 }
 
 void ServerLink::received(std::string_view bytes) {

@@ -80,6 +80,10 @@ class FakeIndi {
         connected_[device] = false;
         sayAll(connection(device));
     }
+    void giveExposureUp() {
+        tasks_.clear();
+        sayAll(exposure("Idle", 0));
+    }
     void sayAll(const std::string& xml, Milliseconds delay = Milliseconds{0}) {
         for (const auto& connection : properties()) connection->send(xml, delay);
     }
@@ -208,8 +212,8 @@ class FakeIndi {
         } else if (property == "CCD_EXPOSURE") {
             expose(number(values["CCD_EXPOSURE_VALUE"]));
         } else if (property == "CCD_ABORT_EXPOSURE") {
-            tasks_.clear();
-            sayAll(exposure("Idle", 0) + vector("set", "Switch", kCamera, property, "Ok", "ABORT", "Off"));
+            giveExposureUp();
+            sayAll(vector("set", "Switch", kCamera, property, "Ok", "ABORT", "Off"));
         } else {
             std::string xml = "<setNumberVector device=\"" + device + "\" name=\"" + property +
                               "\" state=\"" + (property == "CCD_BINNING" ? "Idle" : "Ok") + "\">";

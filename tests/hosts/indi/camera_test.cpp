@@ -1,0 +1,430 @@
+#include "hosts/indi/camera.h"
+
+#include <gmock/gmock.h>
+
+#include "hosts/indi/indi_world.h"
+
+namespace vantrel::hosts::indi {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::CameraOrder;
+using platform::FitsBytes;
+using platform::Milliseconds;
+using test::FakeNetwork;
+using test::Treatment;
+using Kind = Treatment::Kind;
+using Progress = platform::CameraHardware::Progress;
+
+class CameraTest : public test::IndiWorld {
+  protected:
+    void connect() {
+        camera.connect();
+        loop.sleep(1s);
+        server.commands.clear();
+        told.clear();
+    }
+    std::string start(const CameraOrder& order) {
+        return problemOf([&] { camera.start(order); });
+    }
+    /// Lets time pass until the exposure is over, one way or the other.
+    Progress finish() {
+        while (camera.progress() == Progress::kExposing || camera.progress() == Progress::kDownloading)
+            loop.sleep(50ms);
+        return camera.progress();
+    }
+    /// The picture's bytes, or what went wrong.
+    std::string take() {
+        try {
+            const auto picture = std::get<FitsBytes>(camera.take());
+            return (picture.tileCompressed ? "packed " : "") +
+                   std::string(reinterpret_cast<const char*>(picture.bytes.data()), picture.bytes.size());
+        } catch (const std::exception& error) {
+            return error.what();
+        }
+    }
+
+    platform::TimerHandle later;
+    Camera camera{surroundings, servers.client(address), test::FakeIndi::kCamera};
+};
+
+TEST_F(CameraTest, TellsWhatItIsOnceItIsConnected) {
+    EXPECT_FALSE(camera.connected());
+    EXPECT_EQ(server.network.attempts, 0);
+    camera.connect();
+    ASSERT_TRUE(camera.connected());
+    const platform::CameraFacts& facts = camera.facts();
+    EXPECT_EQ(facts.width, 1280U);
+    EXPECT_EQ(facts.height, 1024U);
+    EXPECT_EQ(facts.pixelSizeX, 5.2);
+    EXPECT_EQ(facts.pixelSizeY, 5.2);
+    EXPECT_EQ(facts.maxBinX, 4);
+    EXPECT_THAT(facts.filters, testing::ElementsAre("Red", "Green", "Filter 3"));
+    EXPECT_EQ(facts.shortest, 0.01);
+    EXPECT_EQ(facts.longest, 3600);
+    EXPECT_EQ(facts.temperature, -10.5);
+    EXPECT_EQ(facts.gain, 90);
+    EXPECT_EQ(facts.offset, 0);
+    EXPECT_EQ(facts.focalLength, std::nullopt);
+    server.sayAll(
+        "<setNumberVector device=\"Camera\" name=\"CCD_TEMPERATURE\"><oneNumber "
+        "name=\"CCD_TEMPERATURE_VALUE\">-12</oneNumber></setNumberVector>");
+    loop.sleep(10ms);
+    EXPECT_EQ(facts.temperature, -12);
+    EXPECT_THAT(server.commands,
+                testing::ElementsAre("CONNECTION CONNECT=On", "UPLOAD_MODE UPLOAD_CLIENT=On"));
+    EXPECT_EQ(server.pictureConnections().size(), 1U);
+}
+
+TEST_F(CameraTest, ExposesAsOrdered) {
+    connect();
+    EXPECT_EQ(camera.progress(), Progress::kIdle);
+    EXPECT_EQ(start({.seconds = 2}), "");
+    EXPECT_EQ(camera.progress(), Progress::kExposing);
+    EXPECT_EQ(finish(), Progress::kReady);
+    EXPECT_GE(now(), 2200ms);
+    EXPECT_EQ(take(), server.picture);
+    EXPECT_EQ(camera.progress(), Progress::kIdle);
+    EXPECT_THAT(server.commands, testing::ElementsAre("CCD_EXPOSURE CCD_EXPOSURE_VALUE=2"))
+        << "nothing is set that is so already";
+    server.commands.clear();
+    EXPECT_EQ(start({.seconds = 0.1,
+                     .frame = CameraOrder::Frame::kDark,
+                     .binX = 2,
+                     .binY = 2,
+                     .part = CameraOrder::Part{.left = 10, .top = 20, .width = 300, .height = 200},
+                     .filter = 2,
+                     .gain = 50.5,
+                     .offset = 10}),
+              "");
+    EXPECT_THAT(server.commands,
+                testing::ElementsAre("FILTER_SLOT FILTER_SLOT_VALUE=3", "CCD_BINNING HOR_BIN=2 VER_BIN=2",
+                                     "CCD_FRAME X=20 Y=40 WIDTH=600 HEIGHT=400", "CCD_GAIN GAIN=50.5",
+                                     "CCD_OFFSET OFFSET=10", "CCD_FRAME_TYPE FRAME_DARK=On",
+                                     "CCD_EXPOSURE CCD_EXPOSURE_VALUE=0.1"));
+    EXPECT_EQ(finish(), Progress::kReady);
+    take();
+    server.commands.clear();
+    EXPECT_EQ(start({.seconds = 1}), "");
+    EXPECT_THAT(
+        server.commands,
+        testing::ElementsAre("CCD_BINNING HOR_BIN=1 VER_BIN=1", "CCD_FRAME X=0 Y=0 WIDTH=1280 HEIGHT=1024",
+                             "CCD_FRAME_TYPE FRAME_LIGHT=On", "CCD_EXPOSURE CCD_EXPOSURE_VALUE=1"));
+}
+
+TEST_F(CameraTest, PackedPicturesSaySo) {
+    connect();
+    server.format = ".fits.fz";
+    start({});
+    finish();
+    EXPECT_EQ(take(), "packed " + server.picture);
+    server.format = ".cr2";
+    start({});
+    EXPECT_EQ(finish(), Progress::kFailed);
+    EXPECT_EQ(take(), "Camera sends its pictures as \".cr2\": its driver has to be set to send FITS");
+    EXPECT_EQ(take(), "Camera has no picture");
+}
+
+TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
+    const struct {
+        const char* why;
+        std::function<void()> spoil;
+        CameraOrder order;
+        std::string problem;
+        Milliseconds latest;
+    } cases[] = {
+        {"refused",
+         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kRefuse}; },
+         {.seconds = -1},
+         "Camera refuses an exposure of -1 s: No CCD_EXPOSURE today.",
+         100ms},
+        {"refused late",
+         [&] {
+             server.treatment["CCD_EXPOSURE"] = {Kind::kRefuse, 1s};
+         },
+         {.seconds = 5},
+         "Camera refuses an exposure of 5 s: No CCD_EXPOSURE today.",
+         1100ms},
+        {"ignored",
+         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kIgnore}; },
+         {.seconds = 5},
+         "Camera takes no notice of an exposure of 5 s",
+         10010ms},
+        {"ignored with a message",
+         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kIgnoreWithMessage}; },
+         {.seconds = 5},
+         "Camera takes no notice of an exposure of 5 s: No CCD_EXPOSURE today.",
+         10010ms},
+        {"binning refused",
+         [&] { server.treatment["CCD_BINNING"] = {Kind::kRefuse}; },
+         {.binX = 3, .binY = 3},
+         "Camera refuses binning 3 x 3: No CCD_BINNING today.",
+         100ms},
+        {"binning ignored",
+         [&] { server.treatment["CCD_BINNING"] = {Kind::kIgnore}; },
+         {.binX = 3, .binY = 3},
+         "Camera takes no notice of binning 3 x 3",
+         5s},
+        {"frame refused",
+         [&] { server.treatment["CCD_FRAME"] = {Kind::kRefuse}; },
+         {.part = CameraOrder::Part{0, 0, 10, 10}},
+         "Camera refuses a part of the sensor: No CCD_FRAME today.",
+         100ms},
+        {"filter stuck",
+         [&] { server.treatment["FILTER_SLOT"] = {Kind::kIgnore}; },
+         {.filter = 1},
+         "Camera takes no notice of filter 2",
+         60s},
+        {"frame type refused",
+         [&] { server.treatment["CCD_FRAME_TYPE"] = {Kind::kRefuse}; },
+         {.frame = CameraOrder::Frame::kFlat},
+         "Camera refuses the kind of frame: No CCD_FRAME_TYPE today.",
+         100ms},
+        {"gain refused",
+         [&] { server.treatment["CCD_GAIN"] = {Kind::kRefuse}; },
+         {.gain = 1000},
+         "Camera refuses a gain of 1000: No CCD_GAIN today.",
+         100ms},
+        {"the server ends",
+         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kHangUp}; },
+         {},
+         "Camera isn't connected any more",
+         100ms},
+        {"the cable is cut",
+         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kSilence}; },
+         {},
+         "Camera takes no notice of an exposure of 1 s",
+         10010ms},
+        {"the operator stops",
+         [&] {
+             server.treatment["CCD_EXPOSURE"] = {Kind::kIgnore};
+             loop.post([&] { givenUp = true; });
+         },
+         {},
+         "Waiting for Camera was given up: an exposure of 1 s",
+         100ms},
+        {"the operator gives it up meanwhile",
+         [&] {
+             server.treatment["CCD_EXPOSURE"] = {Kind::kIgnore};
+             loop.post([&] { camera.abort(); });
+         },
+         {},
+         "The exposure was given up",
+         200ms},
+    };
+    for (const auto& [why, spoil, order, problem, latest] : cases) {
+        server.treatment.clear();
+        connect();
+        spoil();
+        const Milliseconds begin = now();
+        EXPECT_EQ(start(order), problem) << why;
+        EXPECT_LE(now() - begin, latest) << why;
+        EXPECT_EQ(camera.progress(), Progress::kIdle) << why;
+        givenUp = false;
+        camera.disconnect();
+        server.stop();
+        loop.sleep(20s);
+    }
+    server.treatment.clear();
+    connect();
+    EXPECT_EQ(start({}), "") << "after all that";
+    EXPECT_EQ(finish(), Progress::kReady);
+}
+
+TEST_F(CameraTest, LateAndDoubledAnswersExposeAsWell) {
+    connect();
+    for (const Treatment how :
+         {Treatment{Kind::kObey, 100ms}, {Kind::kObey, 1s}, {Kind::kObey, 9s}, {Kind::kObey, 0ms, true}}) {
+        server.treatment["CCD_EXPOSURE"] = server.treatment["CCD_BINNING"] = how;
+        if (how.delay > 5s) server.treatment.erase("CCD_BINNING");
+        EXPECT_EQ(start({.seconds = 1, .binX = 2, .binY = 2}), "");
+        EXPECT_EQ(finish(), Progress::kReady);
+        take();
+        EXPECT_EQ(start({.seconds = 1}), "");
+        EXPECT_EQ(finish(), Progress::kReady);
+        take();
+    }
+}
+
+TEST_F(CameraTest, SaysWhyAnExposureGivesNoPicture) {
+    const std::string exposure = "<setNumberVector device=\"Camera\" name=\"CCD_EXPOSURE\" state=";
+    const struct {
+        const char* why;
+        std::function<void()> spoil;
+        std::string problem;
+        Milliseconds latest;
+    } cases[] = {
+        {"fails", [&] { server.sayAll(exposure + "\"Alert\" message=\"[ERROR] Readout failed\"/>", 3s); },
+         "Camera has failed to expose: Readout failed", 4s},
+        {"no picture", [&] { server.delivers = false; }, "No picture has come from Camera", 66s},
+        {"somebody else gives it up", [&] { later = loop.after(2s, [&] { server.giveExposureUp(); }); },
+         "No picture has come from Camera", 8s},
+        {"an exposure without an end", [&] { server.readout = 24h; }, "No picture has come from Camera", 66s},
+        {"the driver dies", [&] { later = loop.after(2s, [&] { server.restartDriver("Camera"); }); },
+         "The connection to Camera was lost", 3s},
+        {"the server dies", [&] { later = loop.after(2s, [&] { server.stop(); }); },
+         "The connection to Camera was lost", 3s},
+        {"the cable is cut", [&] { later = loop.after(2s, [&] { server.cutCables(); }); },
+         "The connection to Camera was lost", 25s},
+        {"another program disconnects it",
+         [&] { later = loop.after(2s, [&] { server.disconnectByOthers("Camera"); }); },
+         "The connection to Camera was lost", 3s},
+        {"only half of the picture comes",
+         [&] {
+             server.delivers = false;
+             later = loop.after(5100ms, [&] {
+                 for (const auto& connection : server.pictureConnections()) {
+                     connection->send(
+                         "<setBLOBVector device=\"Camera\" name=\"CCD1\"><oneBLOB name=\"CCD1\" "
+                         "format=\".fits\">QUJD");
+                     connection->hangUp(1s);
+                 }
+             });
+         },
+         "The connection to Camera was lost: the server closed the connection", 7s},
+        {"half of the picture, and then nothing",
+         [&] {
+             server.delivers = false;
+             later = loop.after(5100ms, [&] {
+                 for (const auto& connection : server.pictureConnections()) {
+                     connection->send(
+                         "<setBLOBVector device=\"Camera\" name=\"CCD1\"><oneBLOB name=\"CCD1\" "
+                         "format=\".fits\">QUJD");
+                     later = loop.after(10ms, [connection] { connection->cutCable(); });
+                 }
+             });
+         },
+         "The connection to Camera was lost: it has stopped answering", 25s},
+        {"a picture that is none", [&] { server.format = ".fits.z"; }, "the picture can't be unpacked", 6s},
+        {"a picture beyond the sensor", [&] { server.picture = std::string(40'000'000, 'x'); },
+         "the picture is larger than the camera's sensor allows", 6s},
+    };
+    for (const auto& [why, spoil, problem, latest] : cases) {
+        server.delivers = true;
+        server.format = ".fits";
+        server.picture = "FITS";
+        server.readout = 200ms;
+        connect();
+        spoil();
+        EXPECT_EQ(start({.seconds = 5}), "") << why;
+        const Milliseconds begin = now();
+        EXPECT_EQ(finish(), Progress::kFailed) << why;
+        EXPECT_LE(now() - begin, latest) << why;
+        EXPECT_EQ(take(), problem) << why;
+        EXPECT_EQ(camera.progress(), Progress::kIdle) << why;
+        later.reset();
+        camera.disconnect();
+        server.stop();
+        loop.sleep(1min);
+    }
+}
+
+TEST_F(CameraTest, GivesAnExposureUp) {
+    connect();
+    start({.seconds = 100});
+    loop.sleep(3s);
+    EXPECT_EQ(problemOf([&] { camera.abort(); }), "");
+    EXPECT_EQ(camera.progress(), Progress::kIdle);
+    EXPECT_EQ(server.commands.back(), "CCD_ABORT_EXPOSURE ABORT=On");
+    camera.abort();
+    EXPECT_EQ(server.count("CCD_ABORT_EXPOSURE"), 1) << "there is none";
+    start({.seconds = 100});
+    start({.seconds = 2});
+    EXPECT_EQ(server.count("CCD_ABORT_EXPOSURE"), 2) << "a new one ends the old one";
+    EXPECT_EQ(finish(), Progress::kReady);
+}
+
+// Each of these would hand the picture of one exposure out as that of the next.
+TEST_F(CameraTest, TakesThePictureOfThisExposureOnly) {
+    connect();
+    start({.seconds = 10});
+    loop.sleep(3s);
+    camera.abort();
+    start({.seconds = 10});
+    server.sendPicture("late", 2s);
+    loop.sleep(5s);
+    EXPECT_EQ(camera.progress(), Progress::kExposing) << "before the exposure's time is over";
+    EXPECT_EQ(finish(), Progress::kReady);
+    EXPECT_EQ(take(), server.picture);
+
+    start({.seconds = 0.1});
+    camera.abort();
+    server.delivers = false;
+    start({.seconds = 0.1});
+    server.sendPicture("late", 5s, "2026-11-24T20:00:00");
+    server.sendPicture("right", 6s);
+    EXPECT_EQ(finish(), Progress::kReady) << "from before it began, by the driver's clock";
+    EXPECT_EQ(take(), "right");
+
+    server.sendPicture("somebody else's");
+    loop.sleep(1s);
+    EXPECT_EQ(camera.progress(), Progress::kIdle) << "nobody has asked for one";
+}
+
+TEST_F(CameraTest, WhatTheServerHeldBackOfAnExposureThatWasGivenUpGoesWithItsConnection) {
+    connect();
+    start({.seconds = 0.1});
+    const auto before = server.pictureConnections();
+    for (const auto& connection : before)
+        connection->send(
+            "<setBLOBVector device=\"Camera\" name=\"CCD1\"><oneBLOB name=\"CCD1\" format=\".fits\">QUJD",
+            50ms);
+    loop.sleep(60ms);
+    camera.abort();
+    for (const auto& connection : before) connection->send("QUJD</oneBLOB></setBLOBVector>", 500ms);
+    EXPECT_EQ(start({.seconds = 0.1}), "");
+    EXPECT_FALSE(before.front()->open());
+    EXPECT_EQ(finish(), Progress::kReady);
+    EXPECT_EQ(take(), server.picture);
+}
+
+TEST_F(CameraTest, ReturnsByItselfAndExposesAgain) {
+    for (const bool driver : {true, false}) {
+        connect();
+        driver ? server.restartDriver("Camera") : server.stop();
+        loop.sleep(5s);
+        EXPECT_TRUE(camera.connected());
+        EXPECT_EQ(server.count("UPLOAD_MODE UPLOAD_CLIENT"), 1);
+        EXPECT_EQ(start({}), "");
+        EXPECT_EQ(finish(), Progress::kReady);
+        EXPECT_EQ(take(), server.picture);
+    }
+}
+
+TEST_F(CameraTest, AServerThatKnowsNoPingsCostsOneSecondOnce) {
+    server.answersPings = false;
+    camera.connect();
+    const Milliseconds begin = now();
+    start({.seconds = 0.1});
+    finish();
+    take();
+    const Milliseconds second = now();
+    EXPECT_LE(second - begin, 2s);
+    start({.seconds = 0.1});
+    finish();
+    EXPECT_LE(now() - second, 500ms);
+}
+
+TEST_F(CameraTest, NeedsASecondConnection) {
+    connect();
+    server.network.answer = FakeNetwork::Answer::kRefuse;
+    for (const auto& connection : server.pictureConnections()) connection->hangUp();
+    loop.sleep(100ms);
+    EXPECT_EQ(start({}), "The INDI server at localhost:7624 has no connection for the pictures of Camera");
+    EXPECT_TRUE(camera.connected());
+}
+
+TEST_F(CameraTest, ANightOfExposuresTakesNoMoreConnections) {
+    connect();
+    const long before = server.network.attempts;
+    for (int i = 0; i < 24 * 60; ++i) {
+        ASSERT_EQ(start({.seconds = 55}), "");
+        ASSERT_EQ(finish(), Progress::kReady);
+        ASSERT_EQ(take(), server.picture);
+        loop.sleep(4s);
+    }
+    EXPECT_EQ(server.network.attempts, before);
+}
+
+}  // namespace
+}  // namespace vantrel::hosts::indi
