@@ -215,7 +215,7 @@ void Camera::start(const CameraOrder& order) {
     exposure_ = exposure;
     try {
         device_.await(exposure.request, kBegin, [&](const Property& answer) {
-            return answer.wasBusy > serial || !exposure_ || exposure_->done();
+            return answer.wasBusy > serial || !exposure_ || exposure_->picture;
         });
     } catch (...) {
         exposure_.reset();
@@ -291,15 +291,24 @@ void Camera::setFilter(int number) {
     wheel.await(request, kFilterTurn, there);
 }
 
-/// Sets what isn't so already.
+/// Sets what isn't so already. Some drivers don't clear the state of an earlier refusal when they obey: Alert
+/// without a complaint is none if the values are those that were asked for.
 void Camera::ensure(const std::string& property, const NumberValues& values, const std::string& what) {
     const Property* known = device_.find(property);
     if (known == nullptr) throw std::runtime_error(name() + " doesn't know " + what);
-    const bool same = std::all_of(values.begin(), values.end(), [&](const auto& value) {
-        const auto number = known->number(value.first);
-        return number && std::abs(*number - value.second) < 1e-6;
+    const auto same = [&](const Property& now) {
+        return std::all_of(values.begin(), values.end(), [&](const auto& value) {
+            const auto number = now.number(value.first);
+            return number && std::abs(*number - value.second) < 1e-6;
+        });
+    };
+    if (same(*known)) return;
+    const Request request = device_.setNumbers(property, values, what);
+    device_.await(request, kAnswer, [&](const Property& answer) {
+        if (answer.updated <= request.serial || answer.state == PropertyState::kBusy) return false;
+        if (answer.state != PropertyState::kAlert) return true;
+        return same(answer) && device_.reason(request).empty();
     });
-    if (!same) device_.await(device_.setNumbers(property, values, what), kAnswer);
 }
 
 void Camera::abort() {

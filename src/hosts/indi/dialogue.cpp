@@ -30,10 +30,10 @@ void Dialogue::await(const Request& request, Milliseconds timeOut,
     const auto answered = [&] {
         const Property* property = find(request.property);
         if (property == nullptr) throw std::runtime_error(name_ + " isn't connected any more");
+        if (done && done(*property)) return true;
         if (property->wasRefused > request.serial)
             throw std::runtime_error(withReason(request, name_ + " refuses " + request.what));
-        if (done) return done(*property);
-        return property->updated > request.serial && property->state != PropertyState::kBusy;
+        return !done && property->updated > request.serial && property->state != PropertyState::kBusy;
     };
     switch (waitUntil(answered, timeOut)) {
         case PumpedWait::Outcome::kDone:
@@ -46,8 +46,8 @@ void Dialogue::await(const Request& request, Milliseconds timeOut,
 }
 
 std::string Dialogue::withReason(const Request& request, const std::string& text) const {
-    const std::string reason = client_->messageSince(name_, request.serial);
-    return reason.empty() ? text : text + ": " + reason;
+    const std::string why = reason(request);
+    return why.empty() ? text : text + ": " + why;
 }
 
 PumpedWait::Outcome Dialogue::waitUntil(const std::function<bool()>& done, Milliseconds timeOut) {

@@ -42,7 +42,9 @@ class Dialogue {
     /// Throws std::runtime_error when it is a refusal, or doesn't come, which is how drivers refuse, too.
     void await(const Request& request, platform::Milliseconds timeOut,
                const std::function<bool(const Property&)>& done = {});
-    /// The text, and the reason that the device gave since the request.
+    /// What the device said since the request, complaints first; empty when nothing.
+    std::string reason(const Request& request) const { return client_->messageSince(name_, request.serial); }
+    /// The text, and the reason.
     std::string withReason(const Request& request, const std::string& text) const;
 
     PumpedWait::Outcome waitUntil(const std::function<bool()>& done, platform::Milliseconds timeOut);

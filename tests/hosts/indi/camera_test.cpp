@@ -112,6 +112,19 @@ TEST_F(CameraTest, ExposesAsOrdered) {
                              "CCD_FRAME_TYPE FRAME_LIGHT=On", "CCD_EXPOSURE CCD_EXPOSURE_VALUE=1"));
 }
 
+// As the simulator of INDI 1.9 does.
+TEST_F(CameraTest, ARefusalThatADriverForgetsToTakeBackIsNone) {
+    connect();
+    server.treatment["CCD_BINNING"] = {Kind::kRefuse};
+    EXPECT_NE(start({.binX = 3, .binY = 3}), "");
+    server.treatment["CCD_BINNING"] = {Kind::kIgnore};
+    server.sayAll(
+        "<setNumberVector device=\"Camera\" name=\"CCD_BINNING\" state=\"Alert\"><oneNumber "
+        "name=\"HOR_BIN\">2</oneNumber><oneNumber name=\"VER_BIN\">2</oneNumber></setNumberVector>",
+        20ms);
+    EXPECT_EQ(start({.binX = 2, .binY = 2}), "");
+}
+
 TEST_F(CameraTest, PackedPicturesSaySo) {
     connect();
     server.format = ".fits.fz";

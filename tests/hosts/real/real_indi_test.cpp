@@ -1,0 +1,219 @@
+// The INDI host against Debian's server and simulators, in real time.
+#include <cstdio>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "headless/system_time.h"
+#include "hosts/indi/host.h"
+#include "hosts/real_server/indi_server.h"
+#include "hosts/tcp_stream.h"
+#include "platform/queued_event_loop.h"
+
+namespace vantrel::hosts::indi {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::FitsBytes;
+using platform::Milliseconds;
+using Progress = platform::CameraHardware::Progress;
+
+constexpr const char* kMount = "Telescope Simulator";
+constexpr const char* kCamera = "CCD Simulator";
+
+class RealIndiTest : public testing::Test {
+  protected:
+    std::string progId(const char* device) const {
+        return DeviceId{{"localhost", server.port()}, device}.progId();
+    }
+
+    /// The server needs a moment before it listens.
+    template <typename Hardware>
+    void connect(Hardware& hardware) {
+        std::string problem = "not tried";
+        for (int attempt = 0; attempt < 50 && !problem.empty(); ++attempt) {
+            try {
+                hardware.connect();
+                problem.clear();
+            } catch (const std::exception& error) {
+                problem = error.what();
+                loop.sleep(200ms);
+            }
+        }
+        ASSERT_EQ(problem, "") << server.log();
+    }
+    bool comes(const std::function<bool()>& what, Milliseconds timeOut = 60s) {
+        const Milliseconds latest = time.sinceStart() + timeOut;
+        while (!what() && time.sinceStart() < latest) loop.sleep(20ms);
+        return what();
+    }
+    FitsBytes expose(platform::CameraHardware& camera, const platform::CameraOrder& order) {
+        camera.start(order);
+        comes(
+            [&] { return camera.progress() == Progress::kReady || camera.progress() == Progress::kFailed; });
+        return std::get<FitsBytes>(camera.take());
+    }
+    static std::string beginning(const FitsBytes& picture) {
+        return {reinterpret_cast<const char*>(picture.bytes.data()),
+                std::min<std::size_t>(picture.bytes.size(), 30)};
+    }
+
+    headless::SystemTime time{headless::SystemTime::now(), [] { return -1; }};
+    platform::QueuedEventLoop loop{time};
+    platform::OutsideCalls calls;
+    PumpedWait wait{loop, calls};
+    TcpStreams streams{loop};
+    std::vector<std::string> told;
+    Surroundings surroundings{
+        loop, streams, wait, [this](const std::string& line) { told.push_back(line); }, {}};
+    test::IndiServer server;
+    IndiHost host{surroundings, {}};
+    Servers servers{surroundings};
+};
+
+TEST_F(RealIndiTest, MountSlewsStopsAndRefuses) {
+    Mount mount(surroundings, servers.client({"localhost", server.port()}), kMount, [] {
+        return MountOptions{
+            .port = "/dev/null", .baudRate = "19200", .site = Site{50, -10, 300}, .setTime = true};
+    });
+    connect(mount);
+    EXPECT_EQ(mount.site().latitude, 50);
+    EXPECT_EQ(mount.site().longitude, -10);
+    if (mount.parked()) mount.unpark();
+    const EquatorialPosition here = mount.position();
+    const EquatorialPosition there{here.rightAscension, here.declination - 8};
+    mount.slewTo(there);
+    EXPECT_TRUE(mount.slewing());
+    EXPECT_TRUE(comes([&] { return !mount.slewing(); }));
+    EXPECT_NEAR(mount.position().declination, there.declination, 0.01);
+    mount.slewTo({there.rightAscension, there.declination - 60});
+    EXPECT_TRUE(comes([&] { return mount.position().declination < there.declination - 5; }));
+    mount.abort();
+    EXPECT_TRUE(comes([&] { return !mount.slewing(); }, 5s));
+    EXPECT_GT(mount.position().declination, there.declination - 50);
+    mount.setTracking(true);
+    EXPECT_TRUE(mount.tracking());
+    mount.setTracking(false);
+    EXPECT_FALSE(mount.tracking());
+    mount.disconnect();
+    EXPECT_FALSE(mount.connected());
+}
+
+TEST_F(RealIndiTest, CameraGivesPicturesAndRefuses) {
+    const auto camera = host.camera(progId(kCamera));
+    connect(*camera);
+    EXPECT_EQ(camera->facts().width, 1280U);
+    EXPECT_GT(camera->facts().filters.size(), 3U);
+    FitsBytes picture = expose(*camera, {.seconds = 1});
+    EXPECT_EQ(beginning(picture), "SIMPLE  =                    T");
+    EXPECT_FALSE(picture.tileCompressed);
+    EXPECT_GT(picture.bytes.size(), 2'600'000U);
+    EXPECT_EQ(picture.bytes.size() % 2880, 0U);
+    picture = expose(*camera, {.seconds = 0.2, .binX = 2, .binY = 2, .filter = 2});
+    EXPECT_LT(picture.bytes.size(), 700'000U);
+    try {
+        camera->start({.seconds = 1, .binX = 3, .binY = 3});
+        FAIL() << "the simulator can't bin so";
+    } catch (const std::exception& error) {
+        EXPECT_STREQ(error.what(), "CCD Simulator refuses binning 3 x 3: 3x3 binning is not supported.");
+    }
+    camera->start({.seconds = 100});
+    camera->abort();
+    picture = expose(*camera, {.seconds = 1, .frame = platform::CameraOrder::Frame::kDark});
+    EXPECT_GT(picture.bytes.size(), 2'600'000U);
+    const auto client = servers.client({"localhost", server.port()});
+    const auto kept = client->keepOpen();
+    ASSERT_TRUE(comes([&] { return client->find(kCamera, "CCD_COMPRESSION") != nullptr; }));
+    client->setSwitch(kCamera, "CCD_COMPRESSION", "INDI_ENABLED");
+    loop.sleep(100ms);
+    picture = expose(*camera, {.seconds = 1});
+    EXPECT_TRUE(picture.tileCompressed);
+    EXPECT_EQ(beginning(picture), "SIMPLE  =                    T");
+    EXPECT_EQ(picture.bytes.size() % 2880, 0U);
+    EXPECT_LT(picture.bytes.size(), 2'000'000U);
+}
+
+// What the program was told tells more than its state: it may be back within milliseconds.
+TEST_F(RealIndiTest, ComesBackAfterDriverAndServer) {
+    Mount mount(surroundings, servers.client({"localhost", server.port()}), kMount,
+                [] { return MountOptions(); });
+    const auto camera = host.camera(progId(kCamera));
+    connect(mount);
+    connect(*camera);
+    const auto comesBack = [&](const std::vector<std::string>& devices) {
+        const bool back = comes([&] {
+            return std::all_of(devices.begin(), devices.end(), [&](const std::string& device) {
+                return std::count(told.begin(), told.end(), device + " is connected again") > 0;
+            });
+        });
+        told.clear();
+        return back;
+    };
+    const auto exposes = [&] { return expose(*camera, {.seconds = 0.5}).bytes.size() > 2'600'000; };
+    server.killDriver("indi_simulator_ccd");
+    ASSERT_TRUE(comesBack({kCamera}));
+    EXPECT_TRUE(exposes());
+    server.killDriver("indi_simulator_telescope");
+    ASSERT_TRUE(comesBack({kMount}));
+    EXPECT_TRUE(mount.connected());
+    mount.position();
+    server.kill();
+    ASSERT_TRUE(comes([&] { return !mount.connected() && !camera->connected(); }));
+    server.start();
+    ASSERT_TRUE(comesBack({kMount, kCamera}));
+    EXPECT_TRUE(exposes());
+    server.freeze(true);
+    EXPECT_TRUE(comes([&] { return !mount.connected(); })) << "it is connected, and says nothing";
+    server.freeze(false);
+    ASSERT_TRUE(comesBack({kMount, kCamera}));
+    EXPECT_TRUE(exposes());
+}
+
+TEST_F(RealIndiTest, SearchingFindsBoth) {
+    const auto client = servers.client({"localhost", server.port()});
+    const auto kept = client->keepOpen();
+    ASSERT_TRUE(comes([&] { return client->devices().size() == 2; }));
+    const Search search = searchServers(servers, {{"localhost", server.port()}});
+    ASSERT_EQ(search.devices.size(), 2U);
+    EXPECT_EQ(search.devices[0].id.progId(), progId(kCamera));
+    EXPECT_TRUE(search.devices[0].isCamera);
+    EXPECT_TRUE(search.devices[1].isMount);
+}
+
+// Tells how long a large picture takes from the exposure's end; what it may take isn't tested.
+TEST_F(RealIndiTest, ALargePictureComesWhole) {
+    const auto client = servers.client({"localhost", server.port()});
+    const auto kept = client->keepOpen();
+    ASSERT_TRUE(comes([&] { return client->find(kCamera, "SIMULATOR_SETTINGS") != nullptr; }));
+    client->setNumbers(kCamera, "SIMULATOR_SETTINGS", {{"SIM_XRES", 4096}, {"SIM_YRES", 4096}});
+    const auto camera = host.camera(progId(kCamera));
+    connect(*camera);
+    ASSERT_EQ(camera->facts().width, 4096U);
+    Milliseconds over{0}, first{0};
+    const auto listening = client->events.subscribe([&](const Event& event) {
+        const Property* exposure = client->find(kCamera, "CCD_EXPOSURE");
+        if (event.property == "CCD_EXPOSURE" && exposure->number("CCD_EXPOSURE_VALUE") == 0)
+            over = over.count() > 0 ? over : time.sinceStart();
+    });
+    camera->start({.seconds = 2});
+    Milliseconds longestTurn{0}, lastTurn = time.sinceStart();
+    const auto turns = loop.every(1ms, [&] {
+        longestTurn = std::max(longestTurn, time.sinceStart() - lastTurn);
+        lastTurn = time.sinceStart();
+    });
+    ASSERT_TRUE(comes([&] {
+        const Progress progress = camera->progress();
+        if (first.count() == 0 && progress != Progress::kExposing) first = time.sinceStart();
+        return progress == Progress::kReady;
+    }));
+    const Milliseconds ready = time.sinceStart();
+    EXPECT_GT(std::get<FitsBytes>(camera->take()).bytes.size(), 33'500'000U);
+    std::printf(
+        "16 Mpixel: %ld ms from the exposure's end to the picture, %ld ms from its first byte; longest turn "
+        "%ld ms\n",
+        static_cast<long>((ready - over).count()), static_cast<long>((ready - first).count()),
+        static_cast<long>(longestTurn.count()));
+}
+
+}  // namespace
+}  // namespace vantrel::hosts::indi
