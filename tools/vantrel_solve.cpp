@@ -17,7 +17,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "observatory/catalogs/curl_downloads.h"
+#include "observatory/catalogs/http_downloads.h"
 #include "observatory/sky/fits_image.h"
 #include "observatory/sky/fits_writing.h"
 #include "observatory/sky/tycho_catalog.h"
@@ -139,7 +139,7 @@ std::shared_ptr<const StarCatalog> catalogFor(const Options& options,
     if (!platform::equalIgnoringCase(options.catalog, kInternetPath))
         return openCatalog(options.catalog, options.catalogNumber);
     auto catalog =
-        openNetworkCatalog(options.catalogNumber, {std::make_shared<CurlDownloads>(), cacheFolder, {}});
+        openNetworkCatalog(options.catalogNumber, {std::make_shared<HttpDownloads>(), cacheFolder, {}});
     if (catalog == nullptr) throw BadInput("--catalog Internet needs --catalog-number 8 or 9");
     return catalog;
 }

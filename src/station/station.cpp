@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "observatory/catalogs/curl_downloads.h"
+#include "observatory/catalogs/http_downloads.h"
 #include "platform/text.h"
 
 namespace vantrel::station {
@@ -33,7 +33,7 @@ observatory::ObservatorySeams Station::seams() {
     };
     seams.desktop = &otherPrograms_;
     seams.setup = surroundings_.setUp;
-    seams.downloads = std::make_shared<observatory::CurlDownloads>();
+    seams.downloads = std::make_shared<observatory::HttpDownloads>();
     seams.downloadCache = surroundings_.cache;
     seams.stopping = surroundings_.stopping;
     return seams;

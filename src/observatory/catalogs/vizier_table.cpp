@@ -11,6 +11,9 @@ namespace vantrel::observatory {
 namespace {
 
 constexpr std::size_t kMostWords = 300;  // of the service's own that a message passes on
+// What is beyond these is no answer to a question of ours, which names some ten columns and limits the rows.
+constexpr std::size_t kMostFields = 100;
+constexpr std::size_t kMostRows = 250'000;
 
 /// Takes the first line off the text.
 std::string_view nextLine(std::string_view& text) {
@@ -31,6 +34,8 @@ std::vector<std::string_view> fieldsOf(std::string_view line) {
     std::vector<std::string_view> fields;
     for (;;) {
         const auto tab = line.find('\t');
+        if (fields.size() == kMostFields)
+            throw CatalogError("the answer of the catalogue service has a line without end");
         fields.push_back(trimmed(line.substr(0, tab)));
         if (tab == std::string_view::npos) return fields;
         line.remove_prefix(tab + 1);
@@ -71,9 +76,12 @@ std::optional<std::size_t> VizierTable::column(std::string_view name) const {
 }
 
 void VizierTable::eachRow(const std::function<void(const Row&)>& visit) const {
+    std::size_t rows = 0;
     for (std::string_view rest = rows_; !rest.empty();) {
         const std::string_view line = nextLine(rest);
         if (isBeside(line)) return;
+        if (++rows > kMostRows)
+            throw CatalogError("the answer of the catalogue service has more rows than it may");
         const auto fields = fieldsOf(line);
         visit(Row(fields));
     }

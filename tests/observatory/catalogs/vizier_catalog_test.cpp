@@ -225,6 +225,31 @@ TEST(VizierTable, EndsWhereTheTableEnds) {
     }
 }
 
+TEST(VizierTable, HasAnEnd) {
+    const std::string head = "a\tb\n\t\n--\t--\n";
+    const auto repeated = [](const std::string& text, int times) {
+        std::string all;
+        for (int i = 0; i < times; ++i) all += text;
+        return all;
+    };
+    const struct {
+        const char* why;
+        std::string text;
+        const char* says;
+    } cases[] = {
+        {"a row without end", head + repeated("1\t", 1'000'000), "a line without end"},
+        {"names without end", repeated("a\t", 1'000'000) + "\n\n--\n1\n", "a line without end"},
+        {"rows without end", head + repeated("1\t2\n", 300'000), "more rows than it may"},
+    };
+    for (const auto& c : cases) {
+        std::size_t rows = 0;
+        const std::string refusal = test::refusalOf<CatalogError>(
+            [&] { VizierTable(c.text).eachRow([&](const VizierTable::Row&) { ++rows; }); });
+        EXPECT_THAT(refusal, HasSubstr(c.says)) << c.why;
+        EXPECT_LE(rows, 250'000U) << c.why;
+    }
+}
+
 TEST(PageCache, ForgetsTheOldestBeyondItsSize) {
     const test::TempFolder folder;
     const PageCache cache(folder / "pages", 1000);

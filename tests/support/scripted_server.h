@@ -1,0 +1,131 @@
+// A server on the loopback address that answers as its script says, however wrong. It has no thread: it
+// serves whenever the test calls serve(), from inside the wait that it tests.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace vantrel::test {
+
+/// What a connection gets once its request is there.
+struct Script {
+    std::vector<std::string> pieces;  // one at a time
+    std::string forEver = {};         // then this, again and again
+    bool closes = true;               // at the end; else it stays silent
+};
+
+class ScriptedServer {
+  public:
+    ScriptedServer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address);
+        ::listen(listener_, 16);
+        socklen_t size = sizeof address;
+        ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
+        port_ = ntohs(address.sin_port);
+    }
+    ~ScriptedServer() {
+        stopListening();
+        for (Connection& connection : connections_) connection.close();
+    }
+    ScriptedServer(const ScriptedServer&) = delete;
+    ScriptedServer& operator=(const ScriptedServer&) = delete;
+
+    std::string url(const std::string& path = "/") const {
+        return "http://127.0.0.1:" + std::to_string(port_) + path;
+    }
+    int port() const { return port_; }
+
+    /// From now on nobody listens.
+    void stopListening() {
+        if (listener_ >= 0) ::close(listener_);
+        listener_ = -1;
+    }
+
+    /// Takes what arrived and sends each connection its next piece.
+    void serve() {
+        for (int socket; listener_ >= 0 && (socket = ::accept(listener_, nullptr, nullptr)) >= 0;) {
+            ::fcntl(socket, F_SETFL, O_NONBLOCK);
+            connections_.push_back({socket});
+            ++accepted;
+        }
+        for (Connection& connection : connections_) serve(connection);
+    }
+
+    /// The last one is used again and again.
+    std::vector<Script> scripts;
+    /// The requests' heads and bodies as they came.
+    std::vector<std::string> requests;
+    int accepted = 0;
+
+  private:
+    struct Connection {
+        int socket = -1;
+        std::string received = {};
+        const Script* script = nullptr;
+        std::size_t piece = 0;
+
+        void close() {
+            if (socket >= 0) ::close(socket);
+            socket = -1;
+        }
+    };
+
+    void serve(Connection& connection) {
+        if (connection.socket < 0) return;
+        char buffer[4096];
+        for (ssize_t got; (got = ::recv(connection.socket, buffer, sizeof buffer, 0)) > 0;)
+            connection.received.append(buffer, static_cast<std::size_t>(got));
+        if (isWhole(connection.received)) {
+            connection.script = &scripts[std::min(requests.size(), scripts.size() - 1)];
+            connection.piece = 0;
+            requests.push_back(std::move(connection.received));
+            connection.received.clear();
+        }
+        if (connection.script != nullptr) answer(connection);
+    }
+
+    static bool isWhole(const std::string& request) {
+        const auto head = request.find("\r\n\r\n");
+        if (head == std::string::npos) return false;
+        const auto length = request.find("Content-Length: ");
+        return length > head || request.size() >= head + 4 + std::stoul(request.substr(length + 16));
+    }
+
+    static void answer(Connection& connection) {
+        const Script& script = *connection.script;
+        if (connection.piece < script.pieces.size()) {
+            send(connection, script.pieces[connection.piece++]);
+        } else if (!script.forEver.empty()) {
+            send(connection, script.forEver);
+        } else if (script.closes) {
+            connection.close();
+        } else {
+            connection.script = nullptr;
+        }
+    }
+
+    static void send(const Connection& connection, const std::string& bytes) {
+        ::send(connection.socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    }
+
+    int listener_;
+    int port_ = 0;
+    std::vector<Connection> connections_;
+};
+
+/// A whole answer.
+inline std::string httpAnswer(const std::string& body, const std::string& status = "200 OK",
+                              const std::string& moreHeaders = "") {
+    return "HTTP/1.1 " + status + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n" +
+           moreHeaders + "\r\n" + body;
+}
+
+}  // namespace vantrel::test
