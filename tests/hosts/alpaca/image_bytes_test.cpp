@@ -1,0 +1,171 @@
+#include "hosts/alpaca/image_bytes.h"
+
+#include <limits>
+#include <numeric>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "hosts/alpaca/device_error.h"
+#include "hosts/alpaca/image_messages.h"
+#include "support/refusal.h"
+
+namespace vantrel::hosts::alpaca {
+namespace {
+
+using platform::ImageArray;
+using test::imageBytes;
+using test::ImageBytesHead;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+using Words = std::vector<std::uint16_t>;
+using Ints = std::vector<std::int32_t>;
+using Reals = std::vector<float>;
+
+constexpr ImageLimits kSensor{100, 100};
+
+template <typename Pixels>
+Pixels pixelsOf(const ImageArray& image) {
+    EXPECT_TRUE(std::holds_alternative<Pixels>(image.pixels())) << image.pixels().index();
+    const auto* pixels = std::get_if<Pixels>(&image.pixels());
+    return pixels == nullptr ? Pixels{} : *pixels;
+}
+
+TEST(ImageBytes, TurnsColumnsIntoRows) {
+    //  1 3 5
+    //  2 4 6
+    const ImageArray image =
+        parseImageBytes(imageBytes(Element::kUInt16, 3, 2, Words{1, 2, 3, 4, 5, 6}), kSensor);
+    EXPECT_EQ(image.width(), 3U);
+    EXPECT_EQ(image.height(), 2U);
+    EXPECT_THAT(pixelsOf<Words>(image), ElementsAre(1, 3, 5, 2, 4, 6));
+}
+
+TEST(ImageBytes, TurnsPicturesOfEverySize) {
+    // Around the sizes of the squares in which it is done.
+    for (const std::size_t width : {1U, 63U, 64U, 65U, 131U})
+        for (const std::size_t height : {1U, 64U, 67U, 128U}) {
+            Words columns(width * height);
+            std::iota(columns.begin(), columns.end(), std::uint16_t{0});
+            const ImageArray image = parseImageBytes(
+                imageBytes(Element::kUInt16, static_cast<int>(width), static_cast<int>(height), columns),
+                {200, 200});
+            for (std::size_t x = 0; x < width; ++x)
+                for (std::size_t y = 0; y < height; ++y)
+                    ASSERT_EQ(image.at(x, y), columns[x * height + y])
+                        << width << "x" << height << " " << x << "," << y;
+        }
+}
+
+template <typename Number, typename Pixels>
+void expectPixels(Element element, const std::vector<Number>& sent, const Pixels& seen) {
+    const ImageArray image =
+        parseImageBytes(imageBytes(element, 1, static_cast<int>(sent.size()), sent), kSensor);
+    EXPECT_EQ(pixelsOf<Pixels>(image), seen) << static_cast<int>(element);
+}
+
+TEST(ImageBytes, ReadsEveryTypeIntoTheNarrowestThatHoldsIt) {
+    constexpr auto kLeast = std::numeric_limits<std::int32_t>::min();
+    constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
+    expectPixels<std::uint8_t>(Element::kByte, {0, 1, 255}, Words{0, 1, 255});
+    expectPixels<std::int16_t>(Element::kInt16, {0, 32767}, Words{0, 32767});
+    expectPixels<std::int16_t>(Element::kInt16, {-32768, 32767}, Ints{-32768, 32767});
+    expectPixels<std::uint16_t>(Element::kUInt16, {0, 65535}, Words{0, 65535});
+    expectPixels<std::int32_t>(Element::kInt32, {0, 65535}, Words{0, 65535});
+    expectPixels<std::int32_t>(Element::kInt32, {0, 65536}, Ints{0, 65536});
+    expectPixels<std::int32_t>(Element::kInt32, {kLeast, kMost}, Ints{kLeast, kMost});
+    expectPixels<std::uint32_t>(Element::kUInt32, {7, 65536}, Ints{7, 65536});
+    expectPixels<std::uint32_t>(Element::kUInt32, {0, 4294967295U}, Reals{0, 4294967295.0F});
+    expectPixels<std::int64_t>(Element::kInt64, {-1, 5}, Ints{-1, 5});
+    expectPixels<std::int64_t>(Element::kInt64, {0, 1LL << 40}, Reals{0, 1099511627776.0F});
+    expectPixels<std::uint64_t>(Element::kUInt64, {3, 65535}, Words{3, 65535});
+    expectPixels<float>(Element::kSingle, {-1.5F, 0.25F}, Reals{-1.5F, 0.25F});
+    expectPixels<double>(Element::kDouble, {-1.5, 1e10}, Reals{-1.5F, 1e10F});
+}
+
+TEST(ImageBytes, MixesTheColoursOfAPixel) {
+    ImageBytesHead head;
+    head.rank = 3;
+    head.width = 2;
+    head.height = 1;
+    head.planes = 3;
+    const std::string message = head.bytes() + test::littleEndian(Words{10, 20, 31, 100, 100, 100});
+    EXPECT_THAT(pixelsOf<Words>(parseImageBytes(message, kSensor)), ElementsAre(20, 100));
+}
+
+TEST(ImageBytes, BeginsWhereTheHeadSays) {
+    ImageBytesHead head;
+    head.start = 47;
+    head.width = 2;
+    head.height = 1;
+    const std::string message = head.bytes() + "???" + test::littleEndian(Words{258, 772}) + "and more";
+    EXPECT_THAT(pixelsOf<Words>(parseImageBytes(message, kSensor)), ElementsAre(258, 772));
+}
+
+TEST(ImageBytes, HoldsTheDevicesErrors) {
+    ImageBytesHead head;
+    head.error = 0x500;
+    try {
+        parseImageBytes(head.bytes() + "The shutter is\nstuck", kSensor);
+        FAIL() << "took it";
+    } catch (const DeviceError& error) {
+        EXPECT_EQ(error.number(), 0x500);
+        EXPECT_STREQ(error.what(), "The shutter is stuck");
+    }
+    head.error = device_error::kValueNotSet;
+    EXPECT_EQ(test::refusalOf<DeviceError>([&] { parseImageBytes(head.bytes(), kSensor); }),
+              "The device needs a value that hasn't been set yet.");
+}
+
+TEST(ImageBytes, RefusesWhatItIsNot) {
+    const auto picture = [](void (*spoil)(ImageBytesHead&)) {
+        ImageBytesHead head;
+        head.width = 2;
+        head.height = 2;
+        spoil(head);
+        return head.bytes() + test::littleEndian(Words{1, 2, 3, 4});
+    };
+    constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
+    const struct {
+        std::string message;
+        const char* says;
+    } cases[] = {
+        {"", "it is cut short"},
+        {"<html>", "it is cut short"},
+        {ImageBytesHead{}.bytes().substr(0, 43), "it is cut short"},
+        {picture([](auto& head) { head.version = 2; }), "its layout is unknown"},
+        {picture([](auto& head) { head.start = 43; }), "it is cut short"},
+        {picture([](auto& head) { head.start = -1; }), "it is cut short"},
+        {picture([](auto& head) { head.start = 53; }), "it is cut short"},
+        {picture([](auto& head) { head.start = 46; }), "it is cut short"},
+        {picture([](auto& head) { head.transmission = 0; }), "an unknown type"},
+        {picture([](auto& head) { head.transmission = 10; }), "an unknown type"},
+        {picture([](auto& head) { head.transmission = 2; }), "it is cut short"},
+        {picture([](auto& head) { head.rank = 1; }), "it isn't flat"},
+        {picture([](auto& head) { head.rank = 3; }), "it has no pixels"},
+        {picture([](auto& head) { head.width = 0; }), "it has no pixels"},
+        {picture([](auto& head) { head.height = -4; }), "it has no pixels"},
+        {picture([](auto& head) { head.width = 3; }), "it is cut short"},
+        {picture([](auto& head) { head.width = 101; }), "larger than the sensor"},
+        {picture([](auto& head) { head.height = kMost; }), "larger than the sensor"},
+    };
+    for (const auto& c : cases)
+        EXPECT_THAT(test::refusalOf<std::runtime_error>([&] { parseImageBytes(c.message, kSensor); }),
+                    HasSubstr(c.says));
+    // However large the sensor claims to be.
+    const std::string huge = picture([](auto& head) {
+        head.rank = 3;
+        head.width = head.height = kMost;
+        head.planes = 4;
+        head.transmission = 3;
+    });
+    EXPECT_THAT(test::refusalOf<std::runtime_error>([&] {
+                    parseImageBytes(huge, {std::size_t{kMost}, std::size_t{kMost}});
+                }),
+                HasSubstr("it is cut short"));
+}
+
+}  // namespace
+}  // namespace vantrel::hosts::alpaca
