@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
@@ -29,6 +30,7 @@ struct CameraFacts {
     std::vector<std::string> filters;          // in the order of their numbers, from 0; empty: no wheel
     double shortest = 0, longest = 24 * 3600;  // seconds of exposure
     std::optional<double> temperature;         // degrees Celsius, of the sensor, as read last
+    bool canCool = false;                      // to a temperature
     std::optional<double> gain, offset;        // as set now
 };
 
@@ -86,6 +88,11 @@ class CameraHardware {
     virtual Progress progress() const = 0;
     /// Called by hardware that knows the moment at which an exposure is over; others are looked at.
     std::function<void()> onProgress;
+
+    /// Keeps the sensor at so many degrees Celsius; nothing: lets it warm up again. May wait.
+    virtual void cool(std::optional<double> /*celsius*/) {
+        throw std::runtime_error(name() + " can't be cooled.");
+    }
 
     /// The picture of the exposure that is kReady; throws what a kFailed one failed with. Then the camera is
     /// idle.
