@@ -101,7 +101,7 @@ void Exposure::next(Step step, Milliseconds delay) {
 
 void Exposure::look() {
     if (!link_.isPlatform7() || !hasState_) return lookAtMembers();
-    ask("devicestate", [this](const Json& list) {
+    ask("devicestate", Refusal::kFailsExposure, [this](const Json& list) {
         const auto state = namedValuesIn(list);
         const auto ready = state.find("ImageReady");
         hasState_ = ready != state.end() && flagIn(ready->second);
@@ -114,9 +114,13 @@ void Exposure::look() {
 }
 
 void Exposure::lookAtMembers() {
-    ask("imageready", [this](const Json& ready) {
+    ask("imageready", Refusal::kFailsExposure, [this](const Json& ready) {
+        if (ready.is_null()) {
+            const std::string why = link_.name() + " isn't known to its server any more.";
+            return bear(std::make_exception_ptr(std::runtime_error(why)));
+        }
         if (flagIn(ready).value_or(false)) return judge(true, kUnknownState);
-        ask("camerastate", [this](const Json& state) {
+        ask("camerastate", Refusal::kFailsExposure, [this](const Json& state) {
             judge(false, intMember({{"State", state}}, "State", kUnknownState));
         });
     });
@@ -143,7 +147,7 @@ void Exposure::judge(bool ready, int cameraState) {
 // ---- fetching it
 
 void Exposure::readStart() {
-    ask("lastexposurestarttime", [this](const Json& time) {
+    ask("lastexposurestarttime", Refusal::kDoesntMatter, [this](const Json& time) {
         if (time.is_string())
             start_ = platform::parseInstant(time.get_ref<const std::string&>()).value_or(start_);
         next(&Exposure::readDuration);
@@ -151,7 +155,7 @@ void Exposure::readStart() {
 }
 
 void Exposure::readDuration() {
-    ask("lastexposureduration", [this](const Json& duration) {
+    ask("lastexposureduration", Refusal::kDoesntMatter, [this](const Json& duration) {
         const auto seconds = numberIn(duration);
         if (seconds && *seconds >= 0 && *seconds <= 2 * ordered_ + 1) seconds_ = *seconds;
         next(&Exposure::download);
@@ -189,21 +193,20 @@ void Exposure::decode(HttpAnswer answer) {
 
 // ---- when something goes wrong
 
-void Exposure::ask(const std::string& member, Heard heard) {
-    exchange_ = link_.ask(member, [this, heard = std::move(heard)](Result<Json> result) {
+void Exposure::ask(const std::string& member, Refusal refusal, Heard heard) {
+    exchange_ = link_.ask(member, [this, refusal, heard = std::move(heard)](Result<Json> result) {
         const auto held = std::move(exchange_);
         Json value;
         try {
             value = valueOf(std::move(result));
+            answered_ = now();
         } catch (const UnknownMember&) {
         } catch (const DeviceError& error) {
             if (error.number() == device_error::kNotConnected) return bear(std::current_exception());
-            if (!error.isNotImplemented() && error.number() != device_error::kValueNotSet)
-                return fail(error.what());
+            if (refusal == Refusal::kFailsExposure && !error.isNotImplemented()) return fail(error.what());
         } catch (...) {
             return bear(std::current_exception());
         }
-        answered_ = now();
         heard(value);
     });
 }

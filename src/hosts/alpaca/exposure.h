@@ -48,9 +48,11 @@ class Exposure {
     void download();
     void decode(platform::HttpAnswer answer);
 
-    /// Asks for a member. What the camera doesn't know counts as null, and where a server doesn't answer the
-    /// step is taken again.
-    void ask(const std::string& member, Heard heard);
+    /// What a refusal by the device means.
+    enum class Refusal { kFailsExposure, kDoesntMatter };
+    /// Asks for a member. What the camera doesn't know, or refuses where that doesn't matter, counts as null;
+    /// where a server doesn't answer the step is taken again.
+    void ask(const std::string& member, Refusal refusal, Heard heard);
     void bear(const std::exception_ptr& failure);
     void next(Step step, platform::Milliseconds delay = {});
     void fail(const std::string& why);

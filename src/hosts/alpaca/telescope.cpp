@@ -170,7 +170,7 @@ EquatorialPosition Telescope::rawPosition() {
         hasState_ = ra != state.end() && dec != state.end();
         if (hasState_) return checkedPosition(ra->second, dec->second);
     }
-    return checkedPosition(link_.get("rightascension"), link_.get("declination"));
+    return checkedPosition(member("rightascension"), member("declination"));
 }
 
 // ---- slews

@@ -1,0 +1,619 @@
+#include "hosts/alpaca/camera.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "hosts/alpaca/alpaca_world.h"
+#include "hosts/alpaca/image_messages.h"
+#include "support/refusal.h"
+
+namespace vantrel::hosts::alpaca {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::CameraOrder;
+using platform::HttpAnswer;
+using platform::PlainPixels;
+using Progress = platform::CameraHardware::Progress;
+using test::Fault;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// A camera of 4 x 6 pixels, which is ready half a second after an exposure's end.
+struct CameraTest : testing::Test, test::AlpacaWorld {
+    CameraTest() { fill(server); }
+
+    void fill(test::FakeServer& at) {
+        at.values["management/v1/configureddevices"] = Json::array({{{"DeviceName", "The camera"},
+                                                                     {"DeviceType", "Camera"},
+                                                                     {"DeviceNumber", 2},
+                                                                     {"UniqueID", "C1"}}});
+        const std::map<std::string, Json> members{{"interfaceversion", 3},
+                                                  {"connected", true},
+                                                  {"cameraxsize", 4},
+                                                  {"cameraysize", 6},
+                                                  {"pixelsizex", 3.8},
+                                                  {"pixelsizey", 3.8},
+                                                  {"maxbinx", 2},
+                                                  {"maxbiny", 2},
+                                                  {"canasymmetricbin", false},
+                                                  {"exposuremin", 0.001},
+                                                  {"exposuremax", 3600},
+                                                  {"ccdtemperature", -9.5},
+                                                  {"gain", 100},
+                                                  {"offset", 10},
+                                                  {"cansetccdtemperature", true},
+                                                  {"sensortype", 0},
+                                                  {"canabortexposure", true},
+                                                  {"canstopexposure", true},
+                                                  {"imageready", false},
+                                                  {"camerastate", 0},
+                                                  {"lastexposurestarttime", "2026-11-24T20:00:01.25"},
+                                                  {"lastexposureduration", 2.001}};
+        for (const auto& [name, value] : members) at.values["camera/2/" + name] = value;
+        for (const char* name : {"connected", "binx", "biny", "startx", "starty", "numx", "numy", "gain",
+                                 "offset", "setccdtemperature", "cooleron"})
+            at.commands[std::string("camera/2/") + name] = [](const auto&) {};
+        at.commands["camera/2/startexposure"] = [this, &at](const test::Request& put) {
+            const double seconds = std::stod(put.parameters.at("Duration"));
+            at.values["camera/2/imageready"] = false;
+            at.values["camera/2/camerastate"] = 2;
+            ready = loop.after(platform::Milliseconds{static_cast<int>(seconds * 1000) + 500}, [&at] {
+                at.values["camera/2/imageready"] = true;
+                at.values["camera/2/camerastate"] = 0;
+            });
+        };
+        for (const char* name : {"abortexposure", "stopexposure"})
+            at.commands[std::string("camera/2/") + name] = [this, &at](const auto&) {
+                ready.reset();
+                at.values["camera/2/camerastate"] = 0;
+            };
+        at.raw["camera/2/imagearray"] = [] {
+            return HttpAnswer{
+                200, "application/imagebytes",
+                test::imageBytes(Element::kUInt16, 2, 2, std::vector<std::uint16_t>{1, 2, 3, 4})};
+        };
+    }
+
+    /// Lets time pass until the exposure has come to an end.
+    Progress expose(const CameraOrder& order = {.seconds = 2}) {
+        camera->start(order);
+        return finish();
+    }
+    Progress finish() {
+        for (const auto start = now(); now() - start < 1h; loop.sleep(100ms))
+            if (camera->progress() == Progress::kReady || camera->progress() == Progress::kFailed) break;
+        return camera->progress();
+    }
+    PlainPixels picture() { return std::get<PlainPixels>(camera->take()); }
+
+    template <typename Use>
+    std::string refusal(const Use& use) {
+        return test::refusalOf<std::runtime_error>(use);
+    }
+    std::string failure() {
+        return refusal([this] { camera->take(); });
+    }
+
+    test::FakeServer& server = servers["10.0.0.7:11111"];
+    platform::TimerHandle ready;
+    std::unique_ptr<Camera> camera = std::make_unique<Camera>(
+        services, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2}, [](const auto&) {});
+};
+
+// ---- what it is
+
+TEST_F(CameraTest, SaysWhatItIs) {
+    EXPECT_FALSE(camera->connected());
+    camera->connect();
+    EXPECT_TRUE(camera->connected());
+    EXPECT_EQ(camera->name(), "The camera");
+    const platform::CameraFacts& facts = camera->facts();
+    EXPECT_EQ(facts.width, 4U);
+    EXPECT_EQ(facts.height, 6U);
+    EXPECT_EQ(facts.pixelSizeX, 3.8);
+    EXPECT_EQ(facts.maxBinY, 2);
+    EXPECT_TRUE(facts.binsAlike);
+    EXPECT_EQ(facts.shortest, 0.001);
+    EXPECT_EQ(facts.longest, 3600);
+    EXPECT_EQ(facts.temperature, -9.5);
+    EXPECT_EQ(facts.gain, 100);
+    EXPECT_EQ(facts.offset, 10);
+    EXPECT_TRUE(facts.canCool);
+    EXPECT_TRUE(facts.filters.empty());
+}
+
+TEST_F(CameraTest, DoesWithoutWhatACameraNeedntHave) {
+    std::erase_if(server.values, [](const auto& entry) {
+        return entry.first.starts_with("camera/") && !entry.first.ends_with("size") &&
+               !entry.first.ends_with("connected") && !entry.first.ends_with("imageready");
+    });
+    for (const Fault fault : {Fault::kNotFound, Fault::kBadRequest, Fault::kNotImplemented,
+                              Fault::kDeviceError, Fault::kWrongType})
+        for (const char* member :
+             {"gain", "offset", "ccdtemperature", "maxbinx", "exposuremin", "sensortype"}) {
+            server.faults[std::string("camera/2/") + member] = fault;
+            camera->connect();
+            EXPECT_EQ(expose(), Progress::kReady);
+            EXPECT_EQ(picture().image.width(), 2U);
+            camera->disconnect();
+            server.faults.clear();
+        }
+    EXPECT_EQ(camera->facts().maxBinX, 1);
+    EXPECT_EQ(camera->facts().gain, std::nullopt);
+    EXPECT_FALSE(camera->facts().canCool);
+}
+
+TEST_F(CameraTest, NeedsASensorOfAPossibleSize) {
+    for (const Json& size : {Json(0), Json(-5), Json(1e9), Json("4"), Json::array()}) {
+        server.values["camera/2/cameraxsize"] = size;
+        EXPECT_EQ(refusal([&] { camera->connect(); }), "The camera doesn't say how large its sensor is.")
+            << size;
+        EXPECT_FALSE(camera->connected());
+    }
+}
+
+TEST_F(CameraTest, KeepsItsTemperatureInSight) {
+    camera->connect();
+    server.values["camera/2/ccdtemperature"] = -15;
+    loop.sleep(20s);
+    EXPECT_EQ(camera->facts().temperature, -15);
+    camera->cool(-20.5);
+    camera->cool(std::nullopt);
+    EXPECT_THAT(server.commandLines(),
+                ElementsAre("PUT camera/2/setccdtemperature?SetCCDTemperature=-20.5",
+                            "PUT camera/2/cooleron?CoolerOn=True", "PUT camera/2/cooleron?CoolerOn=False"));
+    server.values["camera/2/cansetccdtemperature"] = false;
+    camera->disconnect();
+    camera->connect();
+    EXPECT_EQ(refusal([&] { camera->cool(0); }), "The camera can't be cooled.");
+}
+
+// ---- exposures
+
+TEST_F(CameraTest, TakesAPicture) {
+    camera->connect();
+    EXPECT_EQ(camera->progress(), Progress::kIdle);
+    camera->start({.seconds = 2});
+    EXPECT_EQ(camera->progress(), Progress::kExposing);
+    const auto start = now();
+    EXPECT_EQ(finish(), Progress::kReady);
+    EXPECT_LE(now() - start, 3200ms);
+    EXPECT_THAT(
+        server.commandLines(),
+        ElementsAre("PUT camera/2/binx?BinX=1", "PUT camera/2/biny?BinY=1", "PUT camera/2/startx?StartX=0",
+                    "PUT camera/2/starty?StartY=0", "PUT camera/2/numx?NumX=4", "PUT camera/2/numy?NumY=6",
+                    "PUT camera/2/startexposure?Duration=2&Light=True"));
+    const PlainPixels taken = picture();
+    EXPECT_EQ(taken.image.pixels(), platform::ImageArray::Pixels(std::vector<std::uint16_t>{1, 3, 2, 4}));
+    EXPECT_EQ(camera->progress(), Progress::kIdle);
+    EXPECT_EQ(failure(), "The camera has no picture.");
+    std::vector<std::string> cards;
+    for (const auto& [keyword, value] : taken.cards)
+        cards.push_back(keyword + "=" +
+                        (std::holds_alternative<double>(value) ? Json(std::get<double>(value)).dump()
+                                                               : std::get<std::string>(value)));
+    EXPECT_THAT(cards, ElementsAre("DATE-OBS=2026-11-24T20:00:01.250", "EXPTIME=2.001",
+                                   "IMAGETYP=Light Frame", "XPIXSZ=3.8", "YPIXSZ=3.8", "XBINNING=1.0",
+                                   "YBINNING=1.0", "XORGSUBF=0.0", "YORGSUBF=0.0", "CCD-TEMP=-9.5",
+                                   "GAIN=100.0", "OFFSET=10.0", "INSTRUME=The camera", "ROWORDER=TOP-DOWN"));
+}
+
+TEST_F(CameraTest, CarriesOutEveryKindOfOrder) {
+    camera->connect();
+    using Frame = CameraOrder::Frame;
+    const struct {
+        CameraOrder order;
+        std::vector<std::string> commands;  // that have to be among those sent
+    } cases[] = {
+        {{.seconds = 1, .binX = 2, .binY = 2}, {"binx?BinX=2", "biny?BinY=2", "numx?NumX=2", "numy?NumY=3"}},
+        {{.seconds = 1, .part = CameraOrder::Part{1, 2, 3, 4}},
+         {"startx?StartX=1", "starty?StartY=2", "numx?NumX=3", "numy?NumY=4"}},
+        {{.seconds = 0.5, .frame = Frame::kDark}, {"startexposure?Duration=0.5&Light=False"}},
+        {{.seconds = 0, .frame = Frame::kBias}, {"startexposure?Duration=0.001&Light=False"}},
+        {{.seconds = 0.25, .frame = Frame::kFlat}, {"startexposure?Duration=0.25&Light=True"}},
+        {{.seconds = 1, .gain = 250, .offset = 20}, {"gain?Gain=250", "offset?Offset=20"}},
+    };
+    for (const auto& c : cases) {
+        server.requests.clear();
+        EXPECT_EQ(expose(c.order), Progress::kReady);
+        for (const std::string& command : c.commands)
+            EXPECT_THAT(server.commandLines(), testing::Contains("PUT camera/2/" + command));
+        camera->take();
+    }
+    EXPECT_EQ(camera->facts().gain, 250);
+}
+
+TEST_F(CameraTest, RefusesWhatItCantDo) {
+    EXPECT_EQ(refusal([&] { camera->start({}); }), "The camera is not connected.");
+    camera->connect();
+    const struct {
+        CameraOrder order;
+        const char* says;
+    } cases[] = {
+        {{.binX = 3, .binY = 3}, "The camera can't bin by 3x3; 2x2 is the most."},
+        {{.binX = 0, .binY = 1}, "The camera can't bin by 0x1; 2x2 is the most."},
+        {{.binX = 1, .binY = 2}, "The camera can't bin columns and rows differently."},
+        {{.seconds = 5000}, "The camera can't expose for 5000 s, only for 0.001 to 3600 s."},
+        {{.seconds = 0}, "The camera can't expose for 0 s, only for 0.001 to 3600 s."},
+        {{.part = CameraOrder::Part{0, 0, 5, 1}}, "The camera can't read a part that isn't on its sensor."},
+        {{.part = CameraOrder::Part{-1, 0, 2, 1}}, "The camera can't read a part that isn't on its sensor."},
+        {{.part = CameraOrder::Part{1, 1, 1, 0}}, "The camera can't read a part that isn't on its sensor."},
+        {{.part = CameraOrder::Part{2147483647, 1, 1, 1}},
+         "The camera can't read a part that isn't on its sensor."},
+        {{.filter = 0}, "The camera can't change filters."},
+    };
+    for (const auto& c : cases) EXPECT_EQ(refusal([&] { camera->start(c.order); }), c.says);
+    EXPECT_THAT(server.commandLines(), ElementsAre());
+}
+
+TEST_F(CameraTest, TellsWhatTheCameraRefuses) {
+    camera->connect();
+    for (const char* command : {"binx", "numy", "startexposure"}) {
+        server.faults[std::string("PUT camera/2/") + command] = Fault::kDeviceError;
+        EXPECT_EQ(refusal([&] { camera->start({}); }), "The gears are stuck") << command;
+        EXPECT_EQ(camera->progress(), Progress::kIdle);
+        server.faults.clear();
+        EXPECT_EQ(expose(), Progress::kReady);
+    }
+}
+
+TEST_F(CameraTest, PrefersBytesButReadsWhatComes) {
+    camera->connect();
+    std::string accepted;
+    const auto answer = http.answer;
+    http.answer = [&](const platform::HttpRequest& request) {
+        if (request.url.find("/imagearray") != std::string::npos) accepted = request.accept;
+        return answer(request);
+    };
+    const std::string bytes = test::imageBytes(Element::kInt32, 2, 1, std::vector<std::int32_t>{7, 8});
+    const std::string json = R"({"Type":2,"Rank":2,"Value":[[7],[8]],"ErrorNumber":0})";
+    for (const auto& [type, body] : {std::pair{"application/imagebytes", bytes},
+                                     {"application/json; charset=utf-8", json},
+                                     {"application/octet-stream", bytes},
+                                     {"text/plain", json},
+                                     {"", bytes}}) {
+        server.raw["camera/2/imagearray"] = [=] { return HttpAnswer{200, type, body}; };
+        EXPECT_EQ(expose(), Progress::kReady) << type;
+        EXPECT_EQ(picture().image.pixels(), platform::ImageArray::Pixels(std::vector<std::uint16_t>{7, 8}))
+            << type;
+    }
+    EXPECT_EQ(accepted, "application/imagebytes, application/json");
+}
+
+TEST_F(CameraTest, AsksForItsStateAtOnceWhereItCan) {
+    server.values["camera/2/interfaceversion"] = 4;
+    server.values.erase("camera/2/imageready");
+    server.values.erase("camera/2/camerastate");
+    server.values["camera/2/devicestate"] =
+        Json::array({{{"Name", "ImageReady"}, {"Value", false}}, {{"Name", "CameraState"}, {"Value", 2}}});
+    camera->connect();
+    camera->start({.seconds = 2});
+    loop.sleep(3s);
+    EXPECT_EQ(camera->progress(), Progress::kExposing);
+    server.values["camera/2/devicestate"] = Json::array({{{"Name", "ImageReady"}, {"Value", true}}});
+    EXPECT_EQ(finish(), Progress::kReady);
+}
+
+TEST_F(CameraTest, FallsBackWhereTheStateSaysNothing) {
+    server.values["camera/2/interfaceversion"] = 4;
+    camera->connect();
+    for (const Json& state :
+         {Json::array(), Json("none"), Json::array({{{"Name", "ImageReady"}, {"Value", "yes"}}})}) {
+        server.values["camera/2/devicestate"] = state;
+        EXPECT_EQ(expose(), Progress::kReady);
+    }
+}
+
+TEST_F(CameraTest, IsAskedTwiceASecond) {
+    camera->connect();
+    server.requests.clear();
+    camera->start({.seconds = 60});
+    loop.sleep(50s);
+    std::size_t looks = 0;
+    for (const auto& request : server.requests) looks += request.path == "camera/2/imageready" ? 1 : 0;
+    EXPECT_GE(looks, 80U);
+    EXPECT_LE(looks, 101U);
+}
+
+TEST_F(CameraTest, DoesntTakeThePictureBefore) {
+    camera->connect();
+    server.commands["camera/2/startexposure"] = [this](const auto&) {
+        server.values["camera/2/imageready"] = true;  // still, of the last exposure
+        ready = loop.after(1s, [this] { server.values["camera/2/imageready"] = false; });
+    };
+    camera->start({.seconds = 5});
+    loop.sleep(4s);
+    EXPECT_EQ(camera->progress(), Progress::kExposing);
+}
+
+// ---- ends of exposures
+
+TEST_F(CameraTest, IsAborted) {
+    camera->connect();
+    camera->start({.seconds = 60});
+    loop.sleep(5s);
+    camera->abort();
+    EXPECT_EQ(camera->progress(), Progress::kIdle);
+    EXPECT_EQ(server.commandLines().back(), "PUT camera/2/abortexposure");
+    camera->abort();
+    loop.sleep(2min);
+    EXPECT_EQ(camera->progress(), Progress::kIdle);
+    EXPECT_EQ(server.commandLines().back(), "PUT camera/2/abortexposure");
+}
+
+TEST_F(CameraTest, IsStoppedWhereItCantBeAborted) {
+    server.values["camera/2/canabortexposure"] = false;
+    camera->connect();
+    camera->start({.seconds = 60});
+    camera->abort();
+    EXPECT_EQ(server.commandLines().back(), "PUT camera/2/stopexposure");
+    camera->disconnect();
+    server.values["camera/2/canstopexposure"] = false;
+    camera->connect();
+    camera->start({.seconds = 60});
+    const auto commands = server.commandLines().size();
+    camera->abort();
+    EXPECT_EQ(server.commandLines().size(), commands);
+    EXPECT_EQ(camera->progress(), Progress::kIdle);
+}
+
+TEST_F(CameraTest, AnAbortThatFailsIsToldAndIsOneNevertheless) {
+    camera->connect();
+    camera->start({.seconds = 60});
+    server.faults["PUT camera/2/abortexposure"] = Fault::kSilence;
+    EXPECT_THAT(refusal([&] { camera->abort(); }), HasSubstr("doesn't answer"));
+    EXPECT_EQ(camera->progress(), Progress::kIdle);
+}
+
+TEST_F(CameraTest, ASecondExposureGivesTheFirstUp) {
+    camera->connect();
+    camera->start({.seconds = 60});
+    server.requests.clear();
+    EXPECT_EQ(expose(), Progress::kReady);
+    EXPECT_EQ(server.commandLines().front(), "PUT camera/2/abortexposure");
+}
+
+TEST_F(CameraTest, AnExposureOfSomebodyElseIsAbortedFirst) {
+    camera->connect();
+    int trials = 0;
+    const auto start = server.commands["camera/2/startexposure"];
+    const auto answer = http.answer;
+    http.answer = [&](const platform::HttpRequest& request) {
+        if (request.url.ends_with("/startexposure") && ++trials == 1)
+            return test::FakeReply{
+                HttpAnswer{200, "application/json", R"({"ErrorNumber":1035,"ErrorMessage":"Exposing"})"}};
+        return answer(request);
+    };
+    EXPECT_EQ(expose(), Progress::kReady);
+    EXPECT_THAT(server.commandLines(), testing::Contains("PUT camera/2/abortexposure"));
+    EXPECT_EQ(trials, 2);
+}
+
+struct ExposureFault {
+    const char* why;
+    std::map<std::string, Fault> faults;
+    std::map<std::string, Json> values;
+    const char* says;  // empty: the picture comes nevertheless
+    platform::Milliseconds within;
+};
+void PrintTo(const ExposureFault& row, std::ostream* out) { *out << row.why; }
+
+struct ExposureFaults : CameraTest, testing::WithParamInterface<ExposureFault> {};
+
+/// Something goes wrong while the exposure is under way, and stays so.
+TEST_P(ExposureFaults, EndTheExposureInTimeWithASentence) {
+    camera->connect();
+    camera->start({.seconds = 10});
+    loop.sleep(3s);
+    server.faults = GetParam().faults;
+    for (const auto& [path, value] : GetParam().values) {
+        server.values[path] = value;
+        ready.reset();
+    }
+    const auto start = now();
+    finish();
+    EXPECT_LE(now() - start, GetParam().within);
+    if (*GetParam().says == '\0')
+        EXPECT_EQ(camera->progress(), Progress::kReady) << failure();
+    else
+        EXPECT_THAT(failure(), HasSubstr(GetParam().says));
+    // The next one is as good as ever.
+    server.faults.clear();
+    fill(server);
+    loop.sleep(30s);
+    if (!camera->connected()) camera->connect();
+    EXPECT_EQ(expose(), Progress::kReady);
+}
+
+const std::string kReady = "camera/2/imageready";
+const std::string kState = "camera/2/camerastate";
+const std::string kImage = "camera/2/imagearray";
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, ExposureFaults,
+    testing::Values(
+        ExposureFault{"the server is gone", {{"", Fault::kRefused}}, {}, "can't be reached", 90s},
+        ExposureFault{"the server is silent", {{"", Fault::kSilence}}, {}, "doesn't answer", 90s},
+        ExposureFault{"the server fails", {{"", Fault::kServerFault}}, {}, "failed: Traceback", 90s},
+        ExposureFault{"the server forgot its devices",
+                      {{"", Fault::kNotFound}},
+                      {},
+                      "isn't known to its server any more",
+                      90s},
+        ExposureFault{"the driver fails at being ready",
+                      {{kReady, Fault::kDeviceError}},
+                      {},
+                      "The gears are stuck",
+                      2s},
+        ExposureFault{"the camera isn't connected any more",
+                      {{kReady, Fault::kNotConnected}},
+                      {},
+                      "Not connected",
+                      90s},
+        ExposureFault{
+            "ready is nonsense", {{kReady, Fault::kWrongType}}, {}, "has stopped without a picture", 30s},
+        ExposureFault{"the state isn't known", {{kState, Fault::kNotFound}}, {}, "", 12s},
+        ExposureFault{
+            "the state is an error", {{kState, Fault::kDeviceError}}, {}, "The gears are stuck", 2s},
+        ExposureFault{
+            "the camera reports an error", {}, {{kState, 5}}, "reports that the exposure failed", 2s},
+        ExposureFault{"the camera goes idle", {}, {{kState, 0}}, "has stopped without a picture", 30s},
+        ExposureFault{
+            "the camera reads for ever", {}, {{kState, 3}}, "didn't deliver its picture in time", 140s},
+        ExposureFault{
+            "no start time", {{"camera/2/lastexposurestarttime", Fault::kDeviceError}}, {}, "", 12s},
+        ExposureFault{"a start time that is none",
+                      {},
+                      {{"camera/2/lastexposurestarttime", "yesterday"}, {kReady, true}},
+                      "",
+                      12s},
+        ExposureFault{
+            "no duration", {{"camera/2/lastexposureduration", Fault::kNotImplemented}}, {}, "", 12s},
+        ExposureFault{"the picture isn't there", {{kImage, Fault::kNotFound}}, {}, "Not Found", 30s},
+        ExposureFault{
+            "the picture is refused", {{kImage, Fault::kDeviceError}}, {}, "The gears are stuck", 30s},
+        ExposureFault{"the picture is cut", {{kImage, Fault::kCut}}, {}, "broke off", 30s},
+        ExposureFault{"the picture doesn't come", {{kImage, Fault::kSilence}}, {}, "doesn't answer", 3100s},
+        ExposureFault{
+            "the picture has no end", {{kImage, Fault::kTooMuch}}, {}, "sends more than it should", 30s},
+        ExposureFault{
+            "the picture is a web page", {{kImage, Fault::kWebPage}}, {}, "it sends a web page", 30s},
+        ExposureFault{"the picture is a text", {{kImage, Fault::kNoJson}}, {}, "can't be read", 30s}));
+
+TEST_F(CameraTest, APictureWaitsUntilItsServerIsBack) {
+    camera->connect();
+    camera->start({.seconds = 5});
+    loop.sleep(2s);
+    server.faults[""] = Fault::kRefused;
+    loop.sleep(40s);
+    EXPECT_EQ(camera->progress(), Progress::kExposing);
+    server.faults.clear();
+    EXPECT_EQ(finish(), Progress::kReady);
+    EXPECT_EQ(picture().image.width(), 2U);
+}
+
+TEST_F(CameraTest, APictureThatWasCutIsFetchedAgain) {
+    camera->connect();
+    int trials = 0;
+    server.raw[kImage] = [&] {
+        ++trials;
+        server.faults.erase(kImage);
+        return HttpAnswer{200, "application/imagebytes",
+                          test::imageBytes(Element::kByte, 1, 1, std::vector<std::uint8_t>{9})};
+    };
+    server.faults[kImage] = Fault::kCut;
+    const auto mend = loop.after(4s, [&] { server.faults.clear(); });
+    EXPECT_EQ(expose(), Progress::kReady);
+    EXPECT_EQ(trials, 1);
+}
+
+TEST_F(CameraTest, APictureLargerThanTheSensorIsRefused) {
+    camera->connect();
+    server.raw[kImage] = [] {
+        return HttpAnswer{200, "application/imagebytes",
+                          test::imageBytes(Element::kByte, 5, 1, std::vector<std::uint8_t>(5))};
+    };
+    EXPECT_EQ(expose(), Progress::kFailed);
+    EXPECT_EQ(failure(), "The camera's picture can't be read: it is larger than the sensor.");
+}
+
+TEST_F(CameraTest, MayGoAtAnyMoment) {
+    for (const auto moment : {0ms, 100ms, 700ms, 2400ms, 2500ms, 2600ms, 3000ms}) {
+        camera = std::make_unique<Camera>(
+            services, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2}, [](const auto&) {});
+        camera->connect();
+        camera->start({.seconds = 2});
+        loop.sleep(moment);
+        camera.reset();
+        loop.sleep(10s);
+        EXPECT_EQ(http.underWay(), 0U) << moment.count();
+    }
+}
+
+/// A night and a day of exposures leave nothing behind.
+TEST_F(CameraTest, ADayOfExposuresLeavesNothingBehind) {
+    camera->connect();
+    const auto began = now();
+    std::size_t most = 0;
+    int pictures = 0;
+    for (; now() - began < 24h; ++pictures) {
+        ASSERT_EQ(expose({.seconds = 20}), Progress::kReady);
+        camera->take();
+        most = std::max(most, http.underWay());
+        server.requests.clear();
+    }
+    EXPECT_GT(pictures, 3600);
+    EXPECT_LE(most, 3U);
+    EXPECT_TRUE(lines.empty());
+}
+
+// ---- with a filter wheel
+
+struct FilterWheelTest : CameraTest {
+    FilterWheelTest() {
+        server.values["filterwheel/0/interfaceversion"] = 2;
+        server.values["filterwheel/0/connected"] = false;
+        server.values["filterwheel/0/names"] = Json::array({"Red", "", "H\xce\xb1"});
+        server.values["filterwheel/0/position"] = 0;
+        server.commands["filterwheel/0/connected"] = [this](const test::Request& put) {
+            server.values["filterwheel/0/connected"] = put.parameters.at("Connected") == "True";
+        };
+        server.commands["filterwheel/0/position"] = [this](const test::Request& put) {
+            server.values["filterwheel/0/position"] = -1;
+            arrives = loop.after(3s, [this, to = std::stoi(put.parameters.at("Position"))] {
+                server.values["filterwheel/0/position"] = to;
+            });
+        };
+        camera = std::make_unique<Camera>(
+            services, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2}, [](const auto&) {},
+            [](const ServerAddress& server) {
+                return DeviceRecord{"filterwheel", "", "The wheel", server, 0};
+            });
+    }
+
+    platform::TimerHandle arrives;
+};
+
+TEST_F(FilterWheelTest, TurnsBeforeTheExposure) {
+    camera->connect();
+    EXPECT_THAT(camera->facts().filters, ElementsAre("Red", "Filter 2", "H\xce\xb1"));
+    EXPECT_EQ(expose({.seconds = 1, .filter = 2}), Progress::kReady);
+    const auto commands = server.commandLines();
+    EXPECT_EQ(commands[commands.size() - 2], "PUT filterwheel/0/position?Position=2");
+    EXPECT_GE(now(), 4s);
+    bool named = false;
+    for (const auto& [keyword, value] : picture().cards)
+        named = named || (keyword == "FILTER" && std::get<std::string>(value) == "H\xce\xb1");
+    EXPECT_TRUE(named);
+    expose({.seconds = 1, .filter = 2});
+    EXPECT_EQ(std::count(commands.begin(), commands.end(), "PUT filterwheel/0/position?Position=2"), 1);
+    EXPECT_EQ(refusal([&] { camera->start({.filter = 3}); }), "The wheel has no filter number 3.");
+}
+
+TEST_F(FilterWheelTest, TellsWhenItSticks) {
+    camera->connect();
+    server.commands["filterwheel/0/position"] = [this](const auto&) {
+        server.values["filterwheel/0/position"] = -1;
+    };
+    EXPECT_EQ(refusal([&] { camera->start({.filter = 1}); }),
+              "The wheel didn't turn to the filter Filter 2.");
+    EXPECT_LE(now(), 62s);
+    const auto stop = loop.after(5s, [this] { stopped = true; });
+    EXPECT_THROW(camera->start({.filter = 1}), GivenUp);
+}
+
+TEST_F(FilterWheelTest, ACameraWithoutItsWheelIsStillACamera) {
+    for (const Fault fault : {Fault::kRefused, Fault::kNotFound, Fault::kDeviceError}) {
+        lines.clear();
+        server.faults["filterwheel/0/names"] = fault;
+        camera->connect();
+        EXPECT_TRUE(camera->connected());
+        EXPECT_THAT(told("The filter wheel can't be used: "), HasSubstr("used: "));
+        EXPECT_EQ(expose(), Progress::kReady);
+        camera->disconnect();
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::hosts::alpaca

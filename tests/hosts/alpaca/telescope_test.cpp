@@ -1,0 +1,447 @@
+#include "hosts/alpaca/telescope.h"
+
+#include <cmath>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "hosts/alpaca/alpaca_world.h"
+#include "platform/automation.h"
+#include "platform/text.h"
+#include "support/refusal.h"
+
+namespace vantrel::hosts::alpaca {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::AutomationError;
+using platform::Value;
+using test::Fault;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// A mount that slews at the pace that a test wants.
+struct TelescopeTest : testing::Test, test::AlpacaWorld {
+    TelescopeTest() {
+        const std::string m = "telescope/0/";
+        auto& values = server.values;
+        values["management/v1/configureddevices"] = Json::array({{{"DeviceName", "The mount"},
+                                                                  {"DeviceType", "Telescope"},
+                                                                  {"DeviceNumber", 0},
+                                                                  {"UniqueID", "A1"}}});
+        for (const auto& [name, value] : std::map<std::string, Json>{{"interfaceversion", 3},
+                                                                     {"connected", true},
+                                                                     {"equatorialsystem", 1},
+                                                                     {"rightascension", 5.25},
+                                                                     {"declination", 40.5},
+                                                                     {"siderealtime", 7.5},
+                                                                     {"sitelatitude", 50},
+                                                                     {"sitelongitude", -10.5},
+                                                                     {"slewing", false},
+                                                                     {"tracking", true},
+                                                                     {"canslew", true},
+                                                                     {"canslewasync", true},
+                                                                     {"description", "A mount\nof iron"}})
+            values[m + name] = value;
+        server.commands[m + "connected"] = [](const auto&) {};
+        server.commands[m + "tracking"] = [&](const test::Request& put) {
+            values["telescope/0/tracking"] = put.parameters.at("Tracking") == "True";
+        };
+        server.commands[m + "abortslew"] = [this](const auto&) { standAt(5.25, 40.5); };
+        server.commands[m + "slewtocoordinatesasync"] = [this](const test::Request& put) {
+            slewTo(std::stod(put.parameters.at("RightAscension")),
+                   std::stod(put.parameters.at("Declination")));
+        };
+    }
+
+    void connect() { mount->put("Connected", true); }
+    Value get(const char* member) { return mount->get(member); }
+    void slew(double ra, double dec) { mount->call("SlewToCoordinatesAsync", {ra, dec}); }
+
+    /// What a use of the mount is refused with: number and text.
+    template <typename Use>
+    std::string refusal(const Use& use) {
+        try {
+            use();
+            return "";
+        } catch (const AutomationError& error) {
+            return std::to_string(error.number()) + " " + error.what();
+        }
+    }
+    std::string failureOf(const char* member) {
+        return refusal([&] { get(member); });
+    }
+
+    void standAt(double ra, double dec) {
+        events.clear();
+        server.values["telescope/0/slewing"] = false;
+        server.values["telescope/0/rightascension"] = ra;
+        server.values["telescope/0/declination"] = dec;
+    }
+    void at(platform::Milliseconds delay, std::function<void()> event) {
+        events.push_back(loop.after(delay, std::move(event)));
+    }
+
+    /// How long Slewing was true, as a program that looks every 100 ms sees it.
+    double secondsOfSlew() {
+        const auto start = now();
+        while (get("Slewing").toBool()) loop.sleep(100ms);
+        return std::chrono::duration<double>(now() - start).count();
+    }
+
+    test::FakeServer& server = servers["10.0.0.7:11111"];
+    std::function<void(double, double)> slewTo = [this](double ra, double dec) { standAt(ra, dec); };
+    std::vector<platform::TimerHandle> events;
+    std::shared_ptr<Telescope> mount = std::make_shared<Telescope>(
+        services, DeviceRecord{"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 0}, [](const auto&) {});
+};
+
+constexpr const char* kDriver = "-2147352567 ";
+
+TEST_F(TelescopeTest, AsksNobodyBeforeItIsConnected) {
+    EXPECT_EQ(mount->className(), "Alpaca:A1/telescope");
+    EXPECT_FALSE(get("Connected").toBool());
+    EXPECT_EQ(get("Name").toText(), "The mount");
+    EXPECT_EQ(failureOf("RightAscension"), std::string(kDriver) + "The mount is not connected.");
+    EXPECT_TRUE(server.requests.empty());
+}
+
+TEST_F(TelescopeTest, HasTheMembersOfAMount) {
+    connect();
+    EXPECT_TRUE(get("Connected").toBool());
+    EXPECT_EQ(get("RightAscension").toDouble(), 5.25);
+    EXPECT_EQ(get("Declination").toDouble(), 40.5);
+    EXPECT_EQ(get("SiderealTime").toDouble(), 7.5);
+    EXPECT_EQ(get("SiteLatitude").toDouble(), 50);
+    EXPECT_EQ(get("SiteLongitude").toDouble(), -10.5);
+    EXPECT_EQ(get("Description").toText(), "A mount of iron");
+    EXPECT_EQ(get("EquatorialSystem").toInt(), 1);
+    EXPECT_EQ(get("InterfaceVersion").toInt(), 3);
+    EXPECT_TRUE(get("CanSlew").toBool());
+    EXPECT_FALSE(get("CanSetTracking").toBool()) << "a mount that doesn't know the member can't";
+    mount->put("Tracking", false);
+    EXPECT_FALSE(get("Tracking").toBool());
+    EXPECT_EQ(failureOf("Nonsense").substr(0, 4), "438 ");
+    mount->put("Connected", false);
+    EXPECT_FALSE(get("Connected").toBool());
+}
+
+TEST_F(TelescopeTest, ReadingConnectedNeverWaits) {
+    connect();
+    server.faults[""] = Fault::kSilence;
+    const auto before = now();
+    for (int second = 0; second < 20; ++second) {
+        get("Connected");
+        loop.sleep(1s);
+    }
+    EXPECT_EQ(now() - before, 20s);
+    EXPECT_FALSE(get("Connected").toBool());
+}
+
+TEST_F(TelescopeTest, ShowsTheSetupPage) {
+    connect();
+    mount->call("SetupDialog");
+    EXPECT_THAT(pages, ElementsAre("http://10.0.0.7:11111/setup/v1/telescope/0/setup"));
+    services.openPage = [](const std::string&) { return false; };
+    EXPECT_THAT(refusal([&] { mount->call("SetupDialog"); }), HasSubstr("can't be opened"));
+}
+
+TEST_F(TelescopeTest, LivesUntilItsMembersHaveReturned) {
+    connect();
+    server.delays["telescope/0/declination"] = 1s;
+    const auto release = loop.after(500ms, [this] { mount.reset(); });
+    EXPECT_EQ(get("Declination").toDouble(), 40.5);
+    EXPECT_EQ(mount, nullptr);
+}
+
+// ---- coordinates
+
+TEST_F(TelescopeTest, CountsInTheEquinoxOfDateWhateverTheMountCountsIn) {
+    server.values["telescope/0/equatorialsystem"] = 2;
+    connect();
+    EXPECT_DOUBLE_EQ(get("RightAscension").toDouble(), 5.35);
+    EXPECT_DOUBLE_EQ(get("Declination").toDouble(), 41.5);
+    slew(6.1, 31);
+    EXPECT_EQ(server.commandLines().back(),
+              "PUT telescope/0/slewtocoordinatesasync?Declination=30&RightAscension=6");
+}
+
+TEST_F(TelescopeTest, RefusesOtherEquinoxes) {
+    for (const int system : {0, 3, 4, 99}) {
+        server.values["telescope/0/equatorialsystem"] = system;
+        EXPECT_THAT(refusal([&] { connect(); }), HasSubstr("from another equinox than J2000 or the date's"))
+            << system;
+        EXPECT_FALSE(get("Connected").toBool());
+    }
+    for (const Fault fault :
+         {Fault::kNotFound, Fault::kBadRequest, Fault::kNotImplemented, Fault::kWrongType}) {
+        server.faults["telescope/0/equatorialsystem"] = fault;
+        connect();
+        EXPECT_EQ(get("RightAscension").toDouble(), 5.25) << "a mount that doesn't say counts as most do";
+        mount->put("Connected", false);
+    }
+}
+
+TEST_F(TelescopeTest, ReadsBothCoordinatesAtOnceWhereItCan) {
+    server.values["telescope/0/interfaceversion"] = 4;
+    server.values["telescope/0/devicestate"] = Json::array(
+        {{{"Name", "Declination"}, {"Value", 12.5}}, {{"Name", "RightAscension"}, {"Value", 3.5}}, 7});
+    connect();
+    EXPECT_EQ(get("RightAscension").toDouble(), 3.5);
+    EXPECT_EQ(get("Declination").toDouble(), 12.5);
+    server.values["telescope/0/devicestate"] = Json::array();
+    EXPECT_EQ(get("RightAscension").toDouble(), 5.25);
+    mount->put("Connected", false);
+    connect();
+    server.faults["telescope/0/devicestate"] = Fault::kNotImplemented;
+    EXPECT_EQ(get("Declination").toDouble(), 40.5);
+}
+
+TEST_F(TelescopeTest, RefusesNumbersThatAreNone) {
+    connect();
+    const struct {
+        const char* member;
+        Json value;
+        const char* says;
+    } cases[] = {
+        {"RightAscension", 25, "The mount gives no sensible right ascension."},
+        {"RightAscension", -0.1, "The mount gives no sensible right ascension."},
+        {"RightAscension", "5.25", "The mount gives no sensible right ascension."},
+        {"Declination", 90.1, "The mount gives no sensible declination."},
+        {"Declination", Json::array({1}), "The mount gives no sensible declination."},
+        {"SiderealTime", 24.5, "The mount gives no sensible sidereal time."},
+        {"SiteLatitude", -91, "The mount gives no sensible latitude."},
+        {"SiteLongitude", 360, "The mount gives no sensible longitude."},
+        {"Slewing", "no", "The mount answers neither yes nor no to \"slewing\"."},
+        {"Slewing", 0, "The mount answers neither yes nor no to \"slewing\"."},
+    };
+    for (const auto& c : cases) {
+        Json& value = server.values["telescope/0/" + platform::toLower(c.member)];
+        const Json good = value;
+        value = c.value;
+        EXPECT_EQ(failureOf(c.member), kDriver + std::string(c.says));
+        value = good;
+    }
+    server.values["telescope/0/rightascension"] = 24;
+    EXPECT_EQ(get("RightAscension").toDouble(), 0);
+}
+
+// ---- each member when the server does wrong
+
+struct MemberFault {
+    Fault fault;
+    const char* says;
+};
+void PrintTo(const MemberFault& row, std::ostream* out) {
+    *out << static_cast<int>(row.fault) << " " << row.says;
+}
+
+struct TelescopeFaults : TelescopeTest, testing::WithParamInterface<MemberFault> {};
+
+TEST_P(TelescopeFaults, ReachTheProgramAsSentences) {
+    connect();
+    for (const char* member : {"RightAscension", "Declination", "SiderealTime", "SiteLatitude",
+                               "SiteLongitude", "Slewing", "Tracking", "Description"}) {
+        server.faults["telescope/0/" + platform::toLower(member)] = GetParam().fault;
+        const auto before = now();
+        const std::string says = failureOf(member);
+        // A text is what a description should be.
+        if (GetParam().fault == Fault::kWrongType && std::string(member) == "Description") continue;
+        EXPECT_THAT(says, HasSubstr(GetParam().says)) << member;
+        EXPECT_LE(now() - before, 7s) << member;
+        server.faults.clear();
+        loop.sleep(20s);
+        EXPECT_EQ(failureOf(member), "") << "and it works again";
+    }
+    const std::pair<const char*, std::function<void()>> commands[] = {
+        {"slewtocoordinatesasync", [this] { slew(6, 30); }},
+        {"abortslew", [this] { mount->call("AbortSlew"); }},
+        {"tracking", [this] { mount->put("Tracking", true); }}};
+    for (const auto& [name, command] : commands) {
+        server.faults[std::string("PUT telescope/0/") + name] = GetParam().fault;
+        const auto before = now();
+        const bool needsNoValue = GetParam().fault == Fault::kNoValue || GetParam().fault == Fault::kNull ||
+                                  GetParam().fault == Fault::kWrongType;
+        const std::string says = refusal(command);
+        if (needsNoValue)
+            EXPECT_EQ(says, "") << name;
+        else
+            EXPECT_NE(says, "") << name;
+        EXPECT_LE(now() - before, 12s) << name;
+        server.faults.clear();
+        loop.sleep(20s);
+        EXPECT_EQ(refusal(command), "") << name;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, TelescopeFaults,
+    testing::Values(
+        MemberFault{Fault::kRefused, "can't be reached"}, MemberFault{Fault::kSilence, "doesn't answer"},
+        MemberFault{Fault::kCut, "broke off"}, MemberFault{Fault::kTooMuch, "sends more than it should"},
+        MemberFault{Fault::kNotFound, "438 Not Found"}, MemberFault{Fault::kBadRequest, "438 Unknown method"},
+        MemberFault{Fault::kServerFault, "failed: Traceback: KeyError"},
+        MemberFault{Fault::kMoved, "it answers 302"}, MemberFault{Fault::kWebPage, "it sends a web page"},
+        MemberFault{Fault::kNoJson, "can't be read"}, MemberFault{Fault::kNoObject, "is no object"},
+        MemberFault{Fault::kNoValue, "an answer without a value"},
+        MemberFault{Fault::kNull, "an answer without a value"}, MemberFault{Fault::kWrongType, "The mount "},
+        MemberFault{Fault::kDeviceError, "-2147352567 The gears are stuck"},
+        MemberFault{Fault::kNotImplemented, "438 The device can't do this."},
+        MemberFault{Fault::kNotConnected, "Not connected"}));
+
+TEST_F(TelescopeTest, LateAnswersAreWaitedFor) {
+    connect();
+    for (const auto late : {100ms, 1000ms, 2900ms}) {
+        server.delays["telescope/0/declination"] = late;
+        const auto before = now();
+        EXPECT_EQ(get("Declination").toDouble(), 40.5);
+        EXPECT_GE(now() - before, late);
+    }
+    server.delays["telescope/0/declination"] = 10s;
+    EXPECT_THAT(failureOf("Declination"), HasSubstr("doesn't answer"));
+}
+
+TEST_F(TelescopeTest, StopEndsTheWait) {
+    connect();
+    server.faults["telescope/0/declination"] = Fault::kSilence;
+    const auto before = now();
+    const auto stop = loop.after(200ms, [this] { stopped = true; });
+    EXPECT_THAT(failureOf("Declination"), HasSubstr("given up"));
+    EXPECT_LE(now() - before, 220ms);
+    const auto commands = server.commandLines().size();
+    EXPECT_THAT(refusal([&] { slew(6, 30); }), HasSubstr("given up"));
+    EXPECT_EQ(server.commandLines().size(), commands) << "nothing is set in motion after Stop";
+}
+
+// ---- slews
+
+TEST_F(TelescopeTest, SlewsAndSaysWhenItIsThere) {
+    connect();
+    slewTo = [this](double ra, double dec) {
+        server.values["telescope/0/slewing"] = true;
+        at(7s, [=, this] { standAt(ra, dec); });
+    };
+    slew(6.5, -30.25);
+    EXPECT_EQ(server.commandLines().back(),
+              "PUT telescope/0/slewtocoordinatesasync?Declination=-30.25&RightAscension=6.5");
+    EXPECT_NEAR(secondsOfSlew(), 7, 0.15);
+    EXPECT_EQ(get("RightAscension").toDouble(), 6.5);
+}
+
+TEST_F(TelescopeTest, ASlewIsUnderWayThoughTheMountDoesntSaySoYet) {
+    connect();
+    slewTo = [this](double ra, double dec) {
+        at(900ms, [this] { server.values["telescope/0/slewing"] = true; });
+        at(5s, [=, this] { standAt(ra, dec); });
+    };
+    slew(6, 30);
+    EXPECT_NEAR(secondsOfSlew(), 5, 0.15);
+}
+
+TEST_F(TelescopeTest, ASlewThatIsOverBeforeAnyLookIsOver) {
+    connect();
+    slew(6, 30);
+    EXPECT_FALSE(get("Slewing").toBool());
+}
+
+TEST_F(TelescopeTest, AMoveTooSmallToBeSeenEndsAfterTheGrace) {
+    connect();
+    slew(5.25 + 0.5 / 3600, 40.5);  // 7.5"
+    EXPECT_NEAR(secondsOfSlew(), 2, 0.15);
+}
+
+TEST_F(TelescopeTest, SaysWhenTheMountTookNoNotice) {
+    connect();
+    slewTo = [](double, double) {};
+    slew(6, 30);
+    loop.sleep(1s);
+    EXPECT_TRUE(get("Slewing").toBool());
+    loop.sleep(2s);
+    EXPECT_EQ(failureOf("Slewing"), std::string(kDriver) + "The mount took no notice of the slew.");
+    EXPECT_FALSE(get("Slewing").toBool()) << "said once";
+}
+
+TEST_F(TelescopeTest, ASlewOfAMountThatDoesntSayWhereItIsEnds) {
+    connect();
+    server.faults["telescope/0/declination"] = Fault::kDeviceError;
+    slew(6, 30);
+    EXPECT_NEAR(secondsOfSlew(), 2, 0.15);
+}
+
+TEST_F(TelescopeTest, AnAbortedSlewIsOver) {
+    connect();
+    slewTo = [this](double, double) {
+        server.values["telescope/0/slewing"] = true;
+        server.values["telescope/0/rightascension"] = 5.5;
+    };
+    slew(6, 30);
+    EXPECT_TRUE(get("Slewing").toBool());
+    mount->call("AbortSlew");
+    EXPECT_FALSE(get("Slewing").toBool());
+}
+
+TEST_F(TelescopeTest, TellsWhatEndedASlew) {
+    connect();
+    slewTo = [this](double, double) { server.values["telescope/0/slewing"] = true; };
+    slew(6, 30);
+    EXPECT_TRUE(get("Slewing").toBool());
+    server.faults["telescope/0/slewing"] = Fault::kDeviceError;
+    EXPECT_EQ(failureOf("Slewing"), std::string(kDriver) + "The gears are stuck");
+}
+
+TEST_F(TelescopeTest, RefusesImpossibleSlews) {
+    connect();
+    for (const auto& [ra, dec, says] : {std::tuple{-0.1, 0.0, "between 0 and 24 hours"},
+                                        {24.1, 0.0, "between 0 and 24 hours"},
+                                        {std::nan(""), 0.0, "between 0 and 24 hours"},
+                                        {1.0, 90.5, "between -90 and 90 degrees"},
+                                        {1.0, std::nan(""), "between -90 and 90 degrees"}})
+        EXPECT_THAT(refusal([&, ra = ra, dec = dec] { slew(ra, dec); }), HasSubstr(says));
+    EXPECT_THAT(server.commandLines(), ElementsAre());
+    slew(24, 30);
+    EXPECT_EQ(server.commandLines().back(),
+              "PUT telescope/0/slewtocoordinatesasync?Declination=30&RightAscension=0");
+    server.values["telescope/0/canslewasync"] = false;
+    EXPECT_THAT(refusal([&] { slew(6, 30); }), HasSubstr("can't slew by itself"));
+}
+
+TEST_F(TelescopeTest, StartsTrackingBeforeASlew) {
+    connect();
+    server.values["telescope/0/tracking"] = false;
+    slew(6, 30);
+    EXPECT_THAT(server.commandLines(),
+                ElementsAre("PUT telescope/0/tracking?Tracking=True",
+                            "PUT telescope/0/slewtocoordinatesasync?Declination=30&RightAscension=6"));
+}
+
+TEST_F(TelescopeTest, TellsWhyTheMountRefuses) {
+    connect();
+    server.values.erase("telescope/0/tracking");  // a mount without the member
+    server.faults["PUT telescope/0/slewtocoordinatesasync"] = Fault::kDeviceError;
+    EXPECT_EQ(refusal([&] { slew(6, 30); }), std::string(kDriver) + "The gears are stuck");
+    EXPECT_FALSE(get("Slewing").toBool());
+}
+
+// ---- servers as they are
+
+TEST_F(TelescopeTest, BearsServersThatNameNoTransactions) {
+    server.transactionsAreZero = true;
+    connect();
+    slew(6, 30);
+    EXPECT_FALSE(get("Slewing").toBool());
+}
+
+TEST_F(TelescopeTest, WorksOnAnInterfaceOfTheFirstVersion) {
+    for (const char* member :
+         {"siderealtime", "utcdate", "canslewasync", "cansettracking", "tracking", "equatorialsystem"})
+        server.faults[std::string("telescope/0/") + member] = Fault::kBadRequest;
+    server.values["telescope/0/interfaceversion"] = 1;
+    connect();
+    EXPECT_EQ(failureOf("SiderealTime").substr(0, 4), "438 ");
+    slew(6, 30);
+    EXPECT_FALSE(get("Slewing").toBool());
+    EXPECT_EQ(get("Declination").toDouble(), 30);
+}
+
+}  // namespace
+}  // namespace vantrel::hosts::alpaca
