@@ -49,8 +49,9 @@ void NetworkClient::tick() {
 }
 
 bool NetworkClient::serve(Milliseconds atMost) {
-    if (!move()) transfers_->waitForMovement(atMost);
-    return !exchanges_.empty();
+    const bool moved = move();
+    if (!moved && !exchanges_.empty()) transfers_->waitForMovement(atMost);
+    return moved || !exchanges_.empty();
 }
 
 bool NetworkClient::move() {

@@ -71,6 +71,7 @@ class ScriptedServer {
         std::string received = {};
         const Script* script = nullptr;
         std::size_t piece = 0;
+        std::string unsent = {};
 
         void close() {
             if (socket >= 0) ::close(socket);
@@ -101,19 +102,19 @@ class ScriptedServer {
 
     static void answer(Connection& connection) {
         const Script& script = *connection.script;
-        if (connection.piece < script.pieces.size()) {
-            send(connection, script.pieces[connection.piece++]);
-        } else if (!script.forEver.empty()) {
-            send(connection, script.forEver);
-        } else if (script.closes) {
-            connection.close();
-        } else {
-            connection.script = nullptr;
+        if (connection.unsent.empty()) {
+            if (connection.piece < script.pieces.size())
+                connection.unsent = script.pieces[connection.piece++];
+            else if (!script.forEver.empty())
+                connection.unsent = script.forEver;
+            else if (script.closes)
+                connection.close();
+            else
+                connection.script = nullptr;
         }
-    }
-
-    static void send(const Connection& connection, const std::string& bytes) {
-        ::send(connection.socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t sent = ::send(connection.socket, connection.unsent.data(), connection.unsent.size(),
+                                    MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent > 0) connection.unsent.erase(0, static_cast<std::size_t>(sent));
     }
 
     int listener_;

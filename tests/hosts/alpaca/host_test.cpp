@@ -1,0 +1,188 @@
+#include "hosts/alpaca/host.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "hosts/alpaca/alpaca_world.h"
+#include "platform/settings_root.h"
+#include "support/refusal.h"
+
+namespace vantrel::hosts::alpaca {
+namespace {
+
+using namespace std::chrono_literals;
+using test::Fault;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct HostTest : testing::Test, test::AlpacaWorld {
+    HostTest() {
+        test::FakeServer& server = servers["10.0.0.7:11111"];
+        server.values["management/v1/description"] = {{"ServerName", "Observatory"}};
+        server.values["management/v1/configureddevices"] = Json::array({{{"DeviceName", "The mount"},
+                                                                         {"DeviceType", "Telescope"},
+                                                                         {"DeviceNumber", 0},
+                                                                         {"UniqueID", "A1"}},
+                                                                        {{"DeviceName", "The camera"},
+                                                                         {"DeviceType", "Camera"},
+                                                                         {"DeviceNumber", 1},
+                                                                         {"UniqueID", "C1"}},
+                                                                        {{"DeviceName", "The wheel"},
+                                                                         {"DeviceType", "FilterWheel"},
+                                                                         {"DeviceNumber", 0},
+                                                                         {"UniqueID", "F1"}}});
+        for (const auto& [path, value] :
+             std::map<std::string, Json>{{"telescope/0/connected", true},
+                                         {"telescope/0/rightascension", 5},
+                                                                     {"telescope/0/declination", 40},
+                                         {"camera/1/connected", true},
+                                         {"camera/1/cameraxsize", 10},
+                                         {"camera/1/cameraysize", 20},
+                                         {"filterwheel/0/connected", true},
+                                         {"filterwheel/0/names", Json::array({"R", "G"})}})
+            server.values[path] = value;
+        for (const char* path : {"telescope/0/connected", "camera/1/connected", "filterwheel/0/connected"})
+            server.commands[path] = [](const auto&) {};
+        datagrams.push_back({5ms, {"10.0.0.7", R"({"AlpacaPort":11111})"}});
+    }
+
+    Host host() { return {services, settings, classes}; }
+    static std::vector<std::string> idsOf(const std::vector<DeviceRecord>& devices) {
+        std::vector<std::string> ids;
+        for (const DeviceRecord& device : devices) ids.push_back(device.id());
+        return ids;
+    }
+    std::optional<std::string> stored() { return settings.read("Hosts", "AlpacaDevices"); }
+
+    platform::MemorySettings settings;
+    platform::ClassRegistry classes;
+};
+
+TEST_F(HostTest, FindsRemembersAndDrivesATelescope) {
+    {
+        Host first = host();
+        const auto found = first.search();
+        EXPECT_THAT(idsOf(found),
+                    ElementsAre("Alpaca:A1/telescope", "Alpaca:C1/camera", "Alpaca:F1/filterwheel"));
+        EXPECT_TRUE(classes.installed("Telescope").empty()) << "what was found isn't chosen yet";
+        EXPECT_EQ(first.remember(found[0]), "Alpaca:A1/telescope");
+    }
+    classes.uninstall("Alpaca:A1/telescope");
+    const auto before = servers["10.0.0.7:11111"].requests.size();
+
+    Host second = host();
+    EXPECT_THAT(classes.installed("Telescope"), ElementsAre("Alpaca:A1/telescope"));
+    EXPECT_EQ(classes.profileDescription("Telescope", "alpaca:a1/TELESCOPE"),
+              "The mount (Alpaca, Observatory)");
+    const auto mount = classes.create("Alpaca:A1/telescope");
+    EXPECT_EQ(servers["10.0.0.7:11111"].requests.size(), before) << "nobody was asked so far";
+    mount->put("Connected", true);
+    EXPECT_EQ(mount->get("Declination").toDouble(), 40);
+}
+
+TEST_F(HostTest, RemembersWhereADeviceWasFound) {
+    Host first = host();
+    first.remember({"telescope", "A1", "Old name", {"10.0.0.50", 80}, 7});
+    classes.create("Alpaca:A1/telescope")->put("Connected", true);
+    EXPECT_THAT(*stored(), HasSubstr("10.0.0.7"));
+    EXPECT_THAT(*stored(), Not(HasSubstr("10.0.0.50")));
+    EXPECT_EQ(first.known("telescope")[0].name, "The mount");
+    EXPECT_EQ(host().known("telescope")[0].server.text(), "10.0.0.7:11111");
+}
+
+TEST_F(HostTest, ListsWhatATypedServerHas) {
+    Host here = host();
+    EXPECT_EQ(idsOf(here.devicesAt({"10.0.0.7", 11111})).size(), 3U);
+    servers["10.0.0.7:11111"].faults[""] = Fault::kNotFound;
+    EXPECT_THROW(here.devicesAt({"10.0.0.7", 11111}), UnknownMember);
+    EXPECT_THAT(test::refusalOf<ServerError>([&] {
+                    here.devicesAt({"10.0.0.8", 11111});
+                }),
+                HasSubstr("can't be reached"));
+    // Then type and number are typed as well.
+    EXPECT_EQ(here.remember({"telescope", "", "Typed", {"10.0.0.7", 11111}, 0}),
+              "Alpaca:10.0.0.7:11111/telescope/0");
+    servers["10.0.0.7:11111"].faults = {{"management/v1/configureddevices", Fault::kNotFound}};
+    const auto mount = classes.create("Alpaca:10.0.0.7:11111/telescope/0");
+    mount->put("Connected", true);
+    EXPECT_TRUE(mount->get("Connected").toBool());
+}
+
+TEST_F(HostTest, DrivesCamerasWithTheirWheels) {
+    Host here = host();
+    here.remember({"camera", "C1", "The camera", {"10.0.0.7", 11111}, 0});
+    EXPECT_TRUE(classes.installed("Telescope").empty());
+    const auto camera = here.camera("Alpaca:C1/camera");
+    camera->connect();
+    EXPECT_EQ(camera->facts().height, 20U);
+    EXPECT_THAT(camera->facts().filters, ElementsAre("R", "G"));
+    EXPECT_EQ(test::refusalOf<std::runtime_error>([&] { here.camera("Alpaca:X/camera"); }),
+              "There is no Alpaca camera \"Alpaca:X/camera\".");
+
+    // A wheel that was chosen goes before the first in the list; without a list there is none.
+    servers["10.0.0.7:11111"].faults["management/v1/configureddevices"] = Fault::kNotFound;
+    camera->disconnect();
+    camera->connect();
+    EXPECT_TRUE(camera->facts().filters.empty());
+    here.remember({"filterwheel", "", "Typed", {"10.0.0.7", 11111}, 0});
+    camera->disconnect();
+    camera->connect();
+    EXPECT_THAT(camera->facts().filters, ElementsAre("R", "G"));
+}
+
+TEST_F(HostTest, Forgets) {
+    Host here = host();
+    here.remember({"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 0});
+    here.remember({"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 1});
+    EXPECT_EQ(here.known().size(), 1U);
+    here.forget("Alpaca:A1/telescope");
+    EXPECT_TRUE(here.known().empty());
+    EXPECT_TRUE(classes.installed("Telescope").empty());
+    EXPECT_EQ(*stored(), "[]");
+}
+
+TEST_F(HostTest, RemembersNoMoreThanAHundred) {
+    Host here = host();
+    for (int i = 0; i < 150; ++i)
+        here.remember({"telescope", "M" + std::to_string(i), "Mount", {"10.0.0.7", 11111}, i});
+    EXPECT_EQ(here.known().size(), 100U);
+    EXPECT_EQ(classes.installed("Telescope").size(), 100U);
+    EXPECT_EQ(here.known()[0].uniqueId, "M149");
+}
+
+TEST_F(HostTest, ReadsWhatMakesSenseOfTheSettings) {
+    for (const char* text : {"", "[", "{}", "7", "null"}) {
+        settings.write("Hosts", "AlpacaDevices", text);
+        EXPECT_TRUE(host().known().empty()) << text;
+    }
+    settings.write(
+        "Hosts", "AlpacaDevices",
+        R"([{"DeviceType":"telescope","DeviceNumber":1,"UniqueID":"A1","DeviceName":"M","Host":"h","Port":80},
+                       {"DeviceType":"telescope","DeviceNumber":1,"UniqueID":"A2","DeviceName":"M","Host":"h/x","Port":80},
+                       {"DeviceType":"telescope","DeviceNumber":1,"UniqueID":"A3","DeviceName":"M","Host":"h","Port":0},
+                       {"DeviceType":"telescope","DeviceNumber":1,"UniqueID":"A4","DeviceName":"M","Port":80}, 5])");
+    EXPECT_THAT(idsOf(host().known()), ElementsAre("Alpaca:A1/telescope"));
+}
+
+TEST_F(HostTest, WorksOnWhenTheSettingsCantBeWritten) {
+    struct FullDisk : platform::MemorySettings {
+        void write(const std::string&, const std::string&, const std::string&) override {
+            throw std::runtime_error("no space left");
+        }
+    } full;
+    Host here(services, full, classes);
+    here.remember({"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 0});
+    EXPECT_EQ(told("stored"), "The Alpaca devices can't be stored: no space left");
+    EXPECT_TRUE(classes.isInstalled("Alpaca:A1/telescope"));
+}
+
+TEST_F(HostTest, ASearchIsStopped) {
+    Host here = host();
+    const auto stop = loop.after(300ms, [this] { stopped = true; });
+    servers["10.0.0.7:11111"].faults[""] = Fault::kSilence;
+    EXPECT_THROW(here.search(), GivenUp);
+    EXPECT_EQ(http.underWay(), 0U);
+}
+
+}  // namespace
+}  // namespace vantrel::hosts::alpaca

@@ -1,0 +1,82 @@
+#include "hosts/background.h"
+
+#include <atomic>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "headless/system_time.h"
+#include "platform/queued_event_loop.h"
+
+namespace vantrel::hosts {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct BackgroundTest : testing::Test {
+    void runUntil(const std::function<bool()>& done) {
+        const auto start = loop.clock().sinceStart();
+        loop.runUntil([&] { return done() || loop.clock().sinceStart() - start > 20s; });
+    }
+
+    headless::SystemTime time{headless::SystemTime::now(), [] { return -1; }};
+    platform::QueuedEventLoop loop{time};
+    std::unique_ptr<BackgroundThreads> background = std::make_unique<BackgroundThreads>(loop);
+};
+
+TEST_F(BackgroundTest, WorksElsewhereAndTellsHere) {
+    std::thread::id worker;
+    std::thread::id listener;
+    const BackgroundWork work = background->run([&] { worker = std::this_thread::get_id(); },
+                                                [&] { listener = std::this_thread::get_id(); });
+    EXPECT_EQ(listener, std::thread::id());
+    runUntil([&] { return listener != std::thread::id(); });
+    EXPECT_EQ(listener, std::this_thread::get_id());
+    EXPECT_NE(worker, listener);
+}
+
+TEST_F(BackgroundTest, BeginsTheNextFromInsideTheEnd) {
+    int ended = 0;
+    BackgroundWork second;
+    const BackgroundWork first = background->run([] {},
+                                                 [&] {
+                                                     ++ended;
+                                                     second = background->run([] {}, [&] { ++ended; });
+                                                 });
+    runUntil([&] { return ended == 2; });
+    EXPECT_EQ(ended, 2);
+}
+
+TEST_F(BackgroundTest, SaysNothingToWhoeverLetGo) {
+    std::atomic<bool> worked = false;
+    bool heard = false;
+    bool otherHeard = false;
+    {
+        const BackgroundWork work = background->run([&] { worked = true; }, [&] { heard = true; });
+    }
+    const BackgroundWork other = background->run(
+        [&] {
+            while (!worked) std::this_thread::yield();
+        },
+        [&] { otherHeard = true; });
+    runUntil([&] { return otherHeard; });
+    EXPECT_TRUE(worked);
+    EXPECT_FALSE(heard);
+}
+
+TEST_F(BackgroundTest, EndsWithItsWork) {
+    std::atomic<bool> may = false;
+    std::atomic<bool> worked = false;
+    const BackgroundWork work = background->run(
+        [&] {
+            while (!may) std::this_thread::yield();
+            worked = true;
+        },
+        [] {});
+    may = true;
+    background.reset();
+    EXPECT_TRUE(worked);
+}
+
+}  // namespace
+}  // namespace vantrel::hosts
