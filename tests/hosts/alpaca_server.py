@@ -8,7 +8,8 @@ Listens on 127.0.0.1 only; port 0 takes a free one. Prints one line of JSON when
 
 Everything that can be set (see Settings) is given at the start by --set or at run time by
 
-    PUT /private/set        a JSON object of settings; those of a fault list replace the list
+    PUT /private/set        a JSON object of settings; a list of faults takes the place of the one before
+    PUT /private/reset      all settings as they were at the start
     PUT /private/away       {"seconds": S}: nobody listens for so long, open connections are reset
     PUT /private/restart    as if the server had been started anew: devices disconnected, other numbers
     GET /private/state      the settings, the mount's state and the requests so far
@@ -829,6 +830,9 @@ class Handler(BaseHTTPRequestHandler):
             if name == "set":
                 world.settings.update(values)
                 world.camera.frame = [0, 0, world.settings.width, world.settings.height]
+            elif name == "reset":
+                world.settings.__dict__.update(vars(Settings()), **self.server.given)
+                world.camera.frame = [0, 0, world.settings.width, world.settings.height]
             elif name == "restart":
                 world.restart()
             elif name == "state":
@@ -904,6 +908,7 @@ def main():
     settings = Settings()
     settings.update(json.loads(options.set))
     server = Server(("127.0.0.1", options.port), World(settings))
+    server.given = json.loads(options.set)
     udp = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
     udp.bind(("127.0.0.1", options.discovery_port))
     for target, arguments in ((server.serve_forever, (0.05,)), (answer_searches, (udp, server))):

@@ -19,6 +19,8 @@ using platform::Milliseconds;
 
 constexpr Milliseconds kTick{50};
 constexpr Milliseconds kBetweenLooks{500};
+constexpr Milliseconds kBetweenQuickLooks{100};  // during the first second after an exposure's end
+constexpr Milliseconds kTimeOfQuickLooks{1000};
 constexpr Milliseconds kBetweenTrials{1000};
 constexpr Milliseconds kLongestSilence{60'000};
 constexpr Milliseconds kIdleGrace{5000};       // beyond which an idle camera has no picture
@@ -139,9 +141,10 @@ void Exposure::judge(bool ready, int cameraState) {
         return fail(link_.name() + " has stopped without a picture.");
     if (elapsed > ordered + kReadOutTime) return fail(link_.name() + " didn't deliver its picture in time.");
     if (cameraState == kReading || cameraState == kFetching) progress_ = Progress::kDownloading;
-    // At the exposure's end at the latest, where that is near.
     const Milliseconds untilEnd = ordered - elapsed;
-    next(&Exposure::look, untilEnd > Milliseconds{0} ? std::min(untilEnd, kBetweenLooks) : kBetweenLooks);
+    next(&Exposure::look, untilEnd > Milliseconds{0}      ? std::min(untilEnd, kBetweenLooks)
+                          : -untilEnd < kTimeOfQuickLooks ? kBetweenQuickLooks
+                                                          : kBetweenLooks);
 }
 
 // ---- fetching it

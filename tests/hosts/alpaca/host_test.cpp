@@ -34,7 +34,7 @@ struct HostTest : testing::Test, test::AlpacaWorld {
         for (const auto& [path, value] :
              std::map<std::string, Json>{{"telescope/0/connected", true},
                                          {"telescope/0/rightascension", 5},
-                                                                     {"telescope/0/declination", 40},
+                                         {"telescope/0/declination", 40},
                                          {"camera/1/connected", true},
                                          {"camera/1/cameraxsize", 10},
                                          {"camera/1/cameraysize", 20},

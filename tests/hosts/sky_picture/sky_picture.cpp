@@ -88,8 +88,9 @@ View mountView(const Options& options, const SkyOfDate& sky) {
     const auto catalogue = [&](double dec) {
         return sky.catalogue(toRightAscension(turn * hourAngleDirection(hourAngle, dec), siderealTime));
     };
+    constexpr double kNearby = 0.01;  // degrees: aberration turns far directions differently
     const Vector3 ahead = catalogue(declination);
-    return {ahead, atRightAngles(catalogue(declination + 90), ahead), options.number("--rotation", 0)};
+    return {ahead, atRightAngles(catalogue(declination + kNearby), ahead), options.number("--rotation", 0)};
 }
 
 double rollOf(const View& view) {
@@ -99,7 +100,8 @@ double rollOf(const View& view) {
 }
 
 std::vector<std::uint16_t> draw(const Options& options, const View& view, double epoch) {
-    const double arcsecPerPixel = options.number("--pixel", 6.45) / 1000 / options.number("--focal", 370) / kArcsecond;
+    const double arcsecPerPixel =
+        options.number("--pixel", 6.45) / 1000 / options.number("--focal", 370) / kArcsecond;
     CameraMounting mounting;
     mounting.scale = arcsecPerPixel / 3600;
     mounting.width = options.number("--width", 1392);
@@ -117,7 +119,8 @@ std::vector<std::uint16_t> draw(const Options& options, const View& view, double
     std::vector<StarSpot> stars;
     for (const CatalogStar& star : TychoCatalog::openBuiltIn()->cone(query))
         if (const auto pixel = plane.pixel(directionOf({star.raDeg, star.decDeg})))
-            stars.push_back({pixel->x, pixel->y, 20'000 * std::pow(10, -0.4 * (star.magnitude - 10)) * seconds});
+            stars.push_back(
+                {pixel->x, pixel->y, 20'000 * std::pow(10, -0.4 * (star.magnitude - 10)) * seconds});
 
     Exposure exposure;
     exposure.width = options.count("--width", 1392);
