@@ -312,6 +312,7 @@ class Camera(Device):
         self.gain, self.offset, self.target, self.cooler = 100, 10, 0.0, False
         self.exposure = 0  # counts them
         self.state, self.image, self.failure = 0, None, ""
+        self.pixel_bytes, self.pixel_json = None, None  # the image as it is sent
         self.began, self.duration = None, 0.0
 
     def member(name):  # one that is a setting
@@ -395,13 +396,16 @@ class Camera(Device):
         began = time.time()
         try:
             image = self.draw(place, light)
+            pixel_bytes = None if self.settings.bytesNever else self.as_bytes(image[2])
+            pixel_json = None if self.settings.bytesAlways else self.as_json(*image)
             failure = self.settings.exposureFails
         except Exception as error:  # pylint: disable=broad-except
-            image, failure = None, f"no picture: {error}"
+            image, pixel_bytes, pixel_json, failure = None, None, None, f"no picture: {error}"
         time.sleep(max(0.0, self.duration - (time.time() - began)) + self.settings.readOutSeconds)
         with self.world.lock:
             if exposure == self.exposure and self.state:
                 self.image, self.failure = image, failure
+                self.pixel_bytes, self.pixel_json = pixel_bytes, pixel_json
                 self.state = 5 if failure else 0
 
     def draw(self, place, light):
@@ -472,38 +476,40 @@ class Camera(Device):
     def get_lastexposureduration(self):
         return self.duration
 
-    def image_bytes(self, transaction):
-        settings = self.settings
-        if self.image is None:
-            text = b"no picture"
-            return struct.pack("<iiIIiiiiiii", 1, INVALID_OPERATION, transaction, 1, 44, 0, 0, 0, 0, 0, 0) + text
-        width, height, columns = self.image
-        rank = 3 if settings.planes > 1 else 2
-        head = struct.pack("<iiIIiiiiiii", 1, 0, 0 if settings.zeroTransactions else transaction, 1, 44, 2,
-                           settings.elementType, rank, width, height, settings.planes if rank == 3 else 0)
-        pixels = columns
-        if settings.planes > 1:
-            pixels = array.array("H", (value for value in columns for _ in range(settings.planes)))
-        if settings.elementType == 2:
+    def as_bytes(self, pixels):
+        if self.settings.planes > 1:
+            pixels = array.array("H", (value for value in pixels for _ in range(self.settings.planes)))
+        if self.settings.elementType == 2:
             pixels = array.array("i", pixels)
         if sys.byteorder == "big":
             pixels = pixels[:]
             pixels.byteswap()
-        return head + pixels.tobytes()
+        return pixels.tobytes()
+
+    def as_json(self, width, height, pixels):
+        if self.settings.planes > 1:
+            texts = ["[" + ",".join([str(value)] * self.settings.planes) + "]" for value in pixels]
+        else:
+            texts = list(map(str, pixels))
+        columns = ("[" + ",".join(texts[x * height : (x + 1) * height]) + "]" for x in range(width))
+        return ("[" + ",".join(columns) + "]").encode()
+
+    def image_bytes(self, transaction):
+        if self.image is None:
+            text = b"no picture"
+            return struct.pack("<iiIIiiiiiii", 1, INVALID_OPERATION, transaction, 1, 44, 0, 0, 0, 0, 0, 0) + text
+        width, height, _ = self.image
+        planes = self.settings.planes
+        head = struct.pack("<iiIIiiiiiii", 1, 0, 0 if self.settings.zeroTransactions else transaction, 1, 44, 2,
+                           self.settings.elementType, 3 if planes > 1 else 2, width, height, planes if planes > 1 else 0)
+        return head + self.pixel_bytes
 
     def image_json(self, transaction):
         if self.image is None:
             raise AlpacaError(INVALID_OPERATION, "no picture")
-        width, height, columns = self.image
-        nested = []
-        for x in range(width):
-            column = columns[x * height : (x + 1) * height]
-            if self.settings.planes > 1:
-                nested.append("[" + ",".join("[" + ",".join([str(v)] * self.settings.planes) + "]" for v in column) + "]")
-            else:
-                nested.append("[" + ",".join(map(str, column)) + "]")
-        return ('{"Type":2,"Rank":%d,"Value":[%s],"ErrorNumber":0,"ErrorMessage":"","ClientTransactionID":%d,'
-                '"ServerTransactionID":1}' % (3 if self.settings.planes > 1 else 2, ",".join(nested), transaction)).encode()
+        head = b'{"Type":2,"Rank":%d,"Value":' % (3 if self.settings.planes > 1 else 2)
+        tail = b',"ErrorNumber":0,"ErrorMessage":"","ClientTransactionID":%d,"ServerTransactionID":1}' % transaction
+        return head + self.pixel_json + tail
 
 
 class FilterWheel(Device):

@@ -99,6 +99,11 @@ void Exposure::next(Step step, Milliseconds delay) {
     due_ = now() + delay;
 }
 
+void Exposure::proceed(Step step) {
+    next(step);
+    (this->*step)();
+}
+
 // ---- is it there?
 
 void Exposure::look() {
@@ -134,7 +139,7 @@ void Exposure::judge(bool ready, int cameraState) {
     // A picture that is there before its time is the one before.
     if (ready && elapsed >= ordered * 9 / 10) {
         progress_ = Progress::kDownloading;
-        return next(&Exposure::readStart);
+        return proceed(&Exposure::readStart);
     }
     if (cameraState == kError) return fail(link_.name() + " reports that the exposure failed.");
     if (cameraState == kIdle && elapsed > ordered + kIdleGrace)
@@ -153,7 +158,7 @@ void Exposure::readStart() {
     ask("lastexposurestarttime", Refusal::kDoesntMatter, [this](const Json& time) {
         if (time.is_string())
             start_ = platform::parseInstant(time.get_ref<const std::string&>()).value_or(start_);
-        next(&Exposure::readDuration);
+        proceed(&Exposure::readDuration);
     });
 }
 
@@ -161,7 +166,7 @@ void Exposure::readDuration() {
     ask("lastexposureduration", Refusal::kDoesntMatter, [this](const Json& duration) {
         const auto seconds = numberIn(duration);
         if (seconds && *seconds >= 0 && *seconds <= 2 * ordered_ + 1) seconds_ = *seconds;
-        next(&Exposure::download);
+        proceed(&Exposure::download);
     });
 }
 

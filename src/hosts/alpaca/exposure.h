@@ -55,6 +55,7 @@ class Exposure {
     void ask(const std::string& member, Refusal refusal, Heard heard);
     void bear(const std::exception_ptr& failure);
     void next(Step step, platform::Milliseconds delay = {});
+    void proceed(Step step);
     void fail(const std::string& why);
 
     platform::Milliseconds now() const { return services_.loop.clock().sinceStart(); }
