@@ -35,7 +35,8 @@ NetworkClient::NetworkClient(platform::EventLoop& loop)
 NetworkClient::~NetworkClient() = default;
 
 HttpExchange NetworkClient::send(const HttpRequest& request, std::function<void(HttpOutcome)> done) {
-    auto exchange = std::make_shared<Exchange>(transfers_, transfers_->start(request), std::move(done));
+    auto exchange =
+        std::make_shared<Exchange>(Exchange{transfers_, transfers_->start(request), std::move(done)});
     exchanges_.push_back(exchange);
     if (timer_ == nullptr) timer_ = loop_.every(kBetweenLooks, [this] { tick(); });
     return exchange;

@@ -79,7 +79,7 @@ struct Client::Asking {
     std::function<void(Result<Json>)> done;
     std::uint32_t transaction = 0;
     int trials = 0;
-    HttpExchange exchange;
+    HttpExchange exchange = {};
 };
 
 HttpRequest Client::requestOf(const Question& question, std::uint32_t transaction) const {
@@ -100,7 +100,7 @@ HttpRequest Client::requestOf(const Question& question, std::uint32_t transactio
 }
 
 HttpExchange Client::ask(const Question& question, std::function<void(Result<Json>)> done) {
-    const auto asking = std::make_shared<Asking>(question, std::move(done));
+    const auto asking = std::make_shared<Asking>(Asking{question, std::move(done)});
     send(asking);
     return asking;
 }

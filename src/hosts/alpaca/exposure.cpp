@@ -60,8 +60,8 @@ bool isImageBytes(const HttpAnswer& answer) {
 struct Decoding {
     HttpAnswer answer;
     ImageLimits limits;
-    std::optional<platform::ImageArray> image;
-    std::string failure;
+    std::optional<platform::ImageArray> image = {};
+    std::string failure = {};
 
     void run() {
         try {
@@ -188,7 +188,7 @@ void Exposure::download() {
 }
 
 void Exposure::decode(HttpAnswer answer) {
-    const auto work = std::make_shared<Decoding>(std::move(answer), limits_);
+    const auto work = std::make_shared<Decoding>(Decoding{std::move(answer), limits_});
     decoding_ = services_.background.run([work] { work->run(); },
                                          [this, work] {
                                              const auto held = std::move(decoding_);

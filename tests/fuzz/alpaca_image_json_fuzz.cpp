@@ -1,0 +1,12 @@
+// Pictures as JSON, as an Alpaca camera may send them.
+#include "fuzz/input.h"
+#include "hosts/alpaca/image_json.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace vantrel::hosts::alpaca;
+    try {
+        parseImageJson(vantrel::fuzz::textOf(data, size), {30, 20});
+    } catch (const std::runtime_error&) {  // what is no picture, or holds an error, gets
+    }
+    return 0;
+}
