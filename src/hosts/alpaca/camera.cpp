@@ -271,8 +271,8 @@ platform::TakenPicture Camera::take() {
 PlainPixels Camera::picture(const Exposure& exposure) const {
     PlainPixels picture{exposure.image(), {}};
     const CameraOrder::Part part = partOf(order_, facts_);
-    const auto add = [&](const char* keyword, std::variant<std::string, double> value) {
-        picture.cards.emplace_back(keyword, std::move(value));
+    const auto add = [&](const char* keyword, decltype(platform::PictureCard::value) value) {
+        picture.cards.push_back({keyword, std::move(value)});
     };
     const auto addKnown = [&](const char* keyword, const std::optional<double>& value) {
         if (value) add(keyword, *value);
