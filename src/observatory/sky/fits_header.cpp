@@ -96,6 +96,9 @@ std::optional<double> FitsHeader::number(std::string_view keyword) const {
 }
 
 std::optional<std::int64_t> FitsHeader::integer(std::string_view keyword) const {
+    const FitsCard* card = find(keyword);
+    const auto* whole = card == nullptr ? nullptr : std::get_if<std::int64_t>(&card->value);
+    if (whole != nullptr) return *whole;
     const auto value = number(keyword);
     if (!value || std::abs(*value) > 9e15 || *value != std::floor(*value)) return std::nullopt;
     return static_cast<std::int64_t>(*value);

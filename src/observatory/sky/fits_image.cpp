@@ -24,15 +24,17 @@ class MemoryPixels : public FitsPixels {
 }  // namespace
 
 FitsImage FitsImage::open(const std::filesystem::path& path) {
-    auto plain = openPlainFits(path);
-    return FitsImage(plain ? std::move(*plain) : openPackedFits(path));
+    auto bytes = std::make_unique<FitsFile>(path);
+    FitsImageUnit image = findImage(*bytes);
+    const auto open = image.tiled ? openTiledImage : openPlainImage;
+    return FitsImage(open(std::move(bytes), std::move(image)));
 }
 
 FitsImage::FitsImage(OpenedFits opened)
     : width_(opened.width),
       height_(opened.height),
       bottomUp_(opened.header.isBottomUp()),
-      floating_(opened.floatingPoint),
+      mayHoldBlanks_(opened.mayHoldBlanks),
       header_(std::move(opened.header)),
       pixels_(std::move(opened.pixels)) {}
 
@@ -45,7 +47,9 @@ FitsImage::FitsImage(std::size_t width, std::size_t height, std::vector<float> p
 FitsImage FitsImage::of(const platform::ImageArray& array) {
     std::vector<float> pixels;
     std::visit([&](const auto& values) { pixels.assign(values.begin(), values.end()); }, array.pixels());
-    return {array.width(), array.height(), std::move(pixels)};
+    FitsImage image(array.width(), array.height(), std::move(pixels));
+    image.mayHoldBlanks_ = std::holds_alternative<std::vector<float>>(array.pixels());
+    return image;
 }
 
 FitsImage::~FitsImage() = default;

@@ -1,8 +1,11 @@
-// A FITS image, read: 8, 16, 32, 64-bit integers and floats with any BZERO and BSCALE, tile-compressed files,
-// .gz; a third axis is colour, and its planes are averaged. Plain files are read straight from the disk, row
-// by row, and never held whole in memory; everything else goes through CFITSIO, which works in a process of
-// its own because damaged files can crash it. Row 0 is the top row: the first in the file, or the last when
-// ROWORDER says BOTTOM-UP.
+// A FITS image, read: 8, 16, 32, 64-bit integers and floats with any BZERO and BSCALE, tile-compressed
+// images, images in extensions, .gz; a third axis is colour, and its planes are averaged. Plain files are
+// read straight from the disk, row by row, and never held whole in memory; of packed ones no more is unpacked
+// than their headers promise. Tile-compressed images go through CFITSIO, which works in a process of its own
+// because damaged files can crash it. Row 0 is the top row: the first in the file, or the last when ROWORDER
+// says BOTTOM-UP.
+//
+// A pixel without a value (BLANK, not a number, infinite) is read as "not a number", in each of its planes.
 #pragma once
 
 #include <cstddef>
@@ -44,11 +47,12 @@ class FitsImage {
     const FitsHeader& header() const { return header_; }
     bool bottomUp() const { return bottomUp_; }
 
-    /// True when pixels are floats, which may hold blanks (not a number).
-    bool isFloatingPoint() const { return floating_; }
+    /// False when every pixel has a value.
+    bool mayHoldBlanks() const { return mayHoldBlanks_; }
 
-    /// The rows from `first` on as floats, width() values each; as many as fit into `out`, which must be a
-    /// whole number of rows inside the image. Throws FitsError when the file can't be read any more.
+    /// The rows from `first` on as floats, width() values each, "not a number" where a pixel has none; as
+    /// many as fit into `out`, which must be a whole number of rows inside the image. Throws FitsError when
+    /// the file can't be read any more.
     void readRows(std::size_t first, std::span<float> out) const;
 
     /// The world coordinates in the header, if there are usable ones.
@@ -60,7 +64,7 @@ class FitsImage {
     std::size_t width_ = 0;
     std::size_t height_ = 0;
     bool bottomUp_ = false;
-    bool floating_ = true;
+    bool mayHoldBlanks_ = true;
     FitsHeader header_;
     std::unique_ptr<const FitsPixels> pixels_;
 };

@@ -1,5 +1,7 @@
 #include "observatory/sky/fits_writing.h"
 
+#include <algorithm>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -7,7 +9,7 @@
 
 #include "observatory/sky/fits_error.h"
 #include "observatory/sky/fits_library.h"
-#include "observatory/sky/raw_file.h"
+#include "observatory/sky/fits_units.h"
 
 namespace vantrel::observatory {
 
@@ -63,32 +65,47 @@ void removeOldWcs(LibraryFile& file) {
     fits_clear_errmsg();
 }
 
-/// Makes the file `partial` of what is to become `target`.
-void copyWithWcs(const std::filesystem::path& source, bool packed, const std::filesystem::path& partial,
-                 const std::filesystem::path& target, const TangentWcs& wcs) {
-    if (packed) {
-        checkUnpackedSize(source);
-        LibraryFile from(source, READONLY);
-        auto to = LibraryFile::create(partial, target);
-        from.check(fits_copy_file(from.get(), to.get(), 1, 1, 1, from.status()));
-        to.close();
-    } else {
-        std::error_code error;
-        std::filesystem::copy_file(source, partial, error);
-        if (error) {
-            failFits(source,
-                     "can't be copied to \"" + target.parent_path().string() + "\": " + error.message());
-        }
-        std::filesystem::permissions(partial, std::filesystem::perms::owner_write,
-                                     std::filesystem::perm_options::add, error);
+/// Writes all units of a packed file into the file `partial`, which is to become `target`.
+void writeUnpacked(FitsFile& source, const std::filesystem::path& partial,
+                   const std::filesystem::path& target) {
+    FitsUnits units(source);
+    while (units.next()) {
     }
-    LibraryFile file(partial, READWRITE, target);
-    const FitsLayout layout = file.findImage();
+    if (!source.reach(units.end())) failFits(source.path(), "ends before its last pixel");
+    std::ofstream out(partial, std::ios::binary | std::ios::trunc);
+    std::vector<char> piece(1024 * 1024);
+    for (std::size_t at = 0; out && at < units.end(); at += piece.size()) {
+        piece.resize(std::min(piece.size(), units.end() - at));
+        source.read(at, std::as_writable_bytes(std::span(piece)));
+        out.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+    }
+    out.close();
+    if (!out) failFits(target, "can't be written");
+}
+
+void copyFile(const std::filesystem::path& source, const std::filesystem::path& partial,
+              const std::filesystem::path& target) {
+    std::error_code error;
+    std::filesystem::copy_file(source, partial, error);
+    if (error)
+        failFits(source, "can't be copied to \"" + target.parent_path().string() + "\": " + error.message());
+    std::filesystem::permissions(partial, std::filesystem::perms::owner_write,
+                                 std::filesystem::perm_options::add, error);
+}
+
+void changeWcs(LibraryFile& file, const FitsImageUnit& image, const TangentWcs& wcs) {
+    file.moveTo(image);
     removeOldWcs(file);
-    const bool bottomUp = file.header().isBottomUp();
-    for (const FitsCard& card : wcsCards(wcs, static_cast<double>(layout.height), bottomUp))
-        writeCard(file, card);
+    const auto height = static_cast<double>(image.layout.height);
+    for (const FitsCard& card : wcsCards(wcs, height, image.unit.header.isBottomUp())) writeCard(file, card);
     file.close();
+}
+
+/// What the library takes to move the data behind a header that grows.
+GuardLimits limitsFor(const std::filesystem::path& file) {
+    constexpr std::size_t kBytes = 256 * 1024 * 1024;
+    constexpr std::size_t kMovedPerSecond = 20'000'000;
+    return {kBytes, static_cast<unsigned>(10 + std::filesystem::file_size(file) / kMovedPerSecond)};
 }
 
 struct FitsPixelType {
@@ -155,14 +172,19 @@ std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottom
 void writeWcs(const std::filesystem::path& source, const std::filesystem::path& target,
               const TangentWcs& wcs) {
     std::error_code ignored;
-    const bool packed = RawFile(source).isGzip();
-    if (packed && std::filesystem::equivalent(source, target, ignored)) {
+    FitsFile bytes(source);
+    if (bytes.isUnpacked() && std::filesystem::equivalent(source, target, ignored)) {
         failFits(target, "compressed by gzip, its header can't be changed");
     }
+    const FitsImageUnit image = findImage(bytes);
     replaceFile(target, [&](const std::filesystem::path& partial) {
-        guardedLibraryCall(source, [&] {
-            copyWithWcs(source, packed, partial, target, wcs);
-            return std::string();
+        if (bytes.isUnpacked())
+            writeUnpacked(bytes, partial, target);
+        else
+            copyFile(source, partial, target);
+        guardedLibraryCall(source, limitsFor(partial), [&] {
+            auto file = LibraryFile::change(partial, target);
+            changeWcs(file, image, wcs);
         });
     });
 }

@@ -14,9 +14,6 @@ namespace vantrel::observatory {
 
 namespace {
 
-constexpr unsigned kSecondsAllowed = 120;
-constexpr rlim_t kBytesAllowed = rlim_t{4} << 30U;
-
 void writeAll(int pipe, const std::string& text) {
     for (std::size_t done = 0; done < text.size();) {
         const auto n = ::write(pipe, text.data() + done, text.size() - done);
@@ -25,21 +22,30 @@ void writeAll(int pipe, const std::string& text) {
     }
 }
 
-/// Lets the process have kBytesAllowed more than it has.
-void limitMemory() {
+/// Lets the process have so many bytes more than it has.
+void limitMemory(rlim_t more) {
     rlim_t pages = 0;
     if (!(std::ifstream("/proc/self/statm") >> pages)) return;
-    const rlim_t bytes = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + kBytesAllowed;
+    const rlim_t bytes = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + more;
     const rlimit limit{bytes, bytes};
     ::setrlimit(RLIMIT_AS, &limit);
 }
 
-[[noreturn]] void child(const std::function<std::string()>& call, int pipe) {
-    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGALRM}) std::signal(signal, SIG_DFL);
+/// A busy machine gives the process a part of its time only; one that waits for a disk takes none of it.
+void limitTime(unsigned seconds) {
+    constexpr unsigned kOfTheClock = 6;
+    const rlimit limit{seconds, seconds + 1};  // at the first the process is told, at the second killed
+    ::setrlimit(RLIMIT_CPU, &limit);
+    ::alarm(kOfTheClock * seconds);
+}
+
+[[noreturn]] void child(const GuardLimits& limits, const std::function<std::string()>& call, int pipe) {
+    for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGALRM, SIGXCPU})
+        std::signal(signal, SIG_DFL);
     const rlimit noCore{0, 0};
     ::setrlimit(RLIMIT_CORE, &noCore);
-    limitMemory();
-    ::alarm(kSecondsAllowed);
+    limitMemory(limits.bytes);
+    limitTime(limits.seconds);
     std::string answer;
     try {
         answer = std::string("+").append(call());
@@ -61,9 +67,14 @@ std::string readAll(int pipe) {
     }
 }
 
+[[noreturn]] void failBySignal(int signal) {
+    if (signal == SIGXCPU || signal == SIGALRM) throw GuardedCallTookTooLong("The call took too long");
+    throw GuardedCallCrashed("The call was ended by signal " + std::to_string(signal));
+}
+
 }  // namespace
 
-std::string callGuarded(const std::function<std::string()>& call, const std::string& onCrash) {
+std::string callGuarded(const GuardLimits& limits, const std::function<std::string()>& call) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
     const pid_t id = ::fork();
@@ -75,7 +86,7 @@ std::string callGuarded(const std::function<std::string()>& call, const std::str
     }
     if (id == 0) {
         ::close(ends[0]);
-        child(call, ends[1]);
+        child(limits, call, ends[1]);
     }
     ::close(ends[1]);
     const std::string answer = readAll(ends[0]);
@@ -83,7 +94,8 @@ std::string callGuarded(const std::function<std::string()>& call, const std::str
     int status = 0;
     while (::waitpid(id, &status, 0) < 0 && errno == EINTR) {
     }
-    if (answer.empty() || !WIFEXITED(status) || WEXITSTATUS(status) != 0) throw GuardedCallFailed(onCrash);
+    if (WIFSIGNALED(status)) failBySignal(WTERMSIG(status));
+    if (answer.empty()) throw GuardedCallCrashed("The call ended without an answer");
     if (answer.front() != '+') throw GuardedCallFailed(answer.substr(1));
     return answer.substr(1);
 }

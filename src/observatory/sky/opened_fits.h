@@ -2,28 +2,14 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <filesystem>
 #include <memory>
-#include <optional>
 #include <span>
 
+#include "observatory/sky/fits_file.h"
 #include "observatory/sky/fits_header.h"
+#include "observatory/sky/fits_units.h"
 
 namespace vantrel::observatory {
-
-inline constexpr std::size_t kFitsBlock = 2880;
-inline constexpr std::size_t kFitsCard = 80;
-
-struct FitsLayout {
-    std::int64_t bitpix = 0;
-    std::int64_t width = 0;
-    std::int64_t height = 0;
-    std::int64_t planes = 1;
-};
-
-/// Throws FitsError for sizes that no camera's image has: a hostile header must not claim all memory.
-void checkLayout(const std::filesystem::path& path, const FitsLayout& layout);
 
 /// Where the rows come from.
 class FitsPixels {
@@ -36,17 +22,15 @@ class FitsPixels {
 struct OpenedFits {
     std::size_t width = 0;
     std::size_t height = 0;
-    bool floatingPoint = true;  ///< the pixels may hold blanks (not a number)
+    bool mayHoldBlanks = true;  ///< pixels without a value, which are read as "not a number"
     FitsHeader header;
     std::unique_ptr<const FitsPixels> pixels;
 };
 
-/// Opens a file whose primary unit is a plain image, to be read straight from the disk. Nothing when it isn't
-/// that; throws FitsError when it is and is damaged.
-std::optional<OpenedFits> openPlainFits(const std::filesystem::path& path);
+/// Opens an image whose pixels stand in the file one after the other. Throws FitsError.
+OpenedFits openPlainImage(std::unique_ptr<FitsFile> bytes, FitsImageUnit image);
 
-/// Opens the first image of any other file: tile-compressed, in an extension, packed by gzip. Throws
-/// FitsError.
-OpenedFits openPackedFits(const std::filesystem::path& path);
+/// Opens an image compressed tile by tile. Throws FitsError.
+OpenedFits openTiledImage(std::unique_ptr<FitsFile> bytes, FitsImageUnit image);
 
 }  // namespace vantrel::observatory

@@ -1,114 +1,99 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
+#include <limits>
+#include <optional>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 #include "observatory/sky/fits_error.h"
 #include "observatory/sky/opened_fits.h"
-#include "observatory/sky/raw_file.h"
 
 namespace vantrel::observatory {
 
 namespace {
 
-constexpr std::size_t kMaxHeaderBytes = 400 * kFitsBlock;
-constexpr std::int64_t kMaxPixels = 400'000'000;
-constexpr std::int64_t kMaxSide = 100'000;
-constexpr std::int64_t kMaxPlanes = 16;
+constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 std::uint16_t swapped(std::uint16_t v) { return static_cast<std::uint16_t>((v << 8) | (v >> 8)); }
 std::uint32_t swapped(std::uint32_t v) { return __builtin_bswap32(v); }
 std::uint64_t swapped(std::uint64_t v) { return __builtin_bswap64(v); }
 
+/// What the numbers in a file stand for.
+struct PixelCoding {
+    std::int64_t bitpix = 0;
+    float scale = 1, zero = 0;          // of an average over the planes
+    std::optional<std::int64_t> blank;  // the whole number that stands for no value
+
+    std::size_t bytes() const { return static_cast<std::size_t>(std::abs(bitpix)) / 8; }
+    bool isFloating() const { return bitpix < 0; }
+    /// False when every number that can be stored is one that a float can hold.
+    bool mayHoldBlanks() const {
+        const float most = std::ldexp(std::abs(scale), static_cast<int>(bitpix)) + std::abs(zero);
+        return isFloating() || blank || !std::isfinite(most);
+    }
+};
+
 /// Adds (or sets, for the first plane) big-endian values to a row. One simple loop each, which compilers turn
 /// into vector code.
 template <typename Stored, typename Raw>
-void convert(const std::byte* from, std::span<float> out, bool add, float scale, float zero) {
+void convert(const std::byte* from, std::span<float> out, bool add, const PixelCoding& coding) {
     static_assert(sizeof(Stored) == sizeof(Raw));
-    const auto value = [&](std::size_t i) {
+    const auto stored = [&](std::size_t i) {
         Raw raw;
         std::memcpy(&raw, from + i * sizeof raw, sizeof raw);
         if constexpr (sizeof raw > 1) raw = swapped(raw);
-        return static_cast<float>(std::bit_cast<Stored>(raw)) * scale + zero;
+        return std::bit_cast<Stored>(raw);
     };
-    if (add) {
-        for (std::size_t i = 0; i < out.size(); ++i) out[i] += value(i);
-    } else {
-        for (std::size_t i = 0; i < out.size(); ++i) out[i] = value(i);
+    const auto each = [&](auto&& value) {
+        if (add) {
+            for (std::size_t i = 0; i < out.size(); ++i) out[i] += value(stored(i));
+        } else {
+            for (std::size_t i = 0; i < out.size(); ++i) out[i] = value(stored(i));
+        }
+    };
+    const float scale = coding.scale;
+    const float zero = coding.zero;
+    const auto plain = [=](Stored v) { return static_cast<float>(v) * scale + zero; };
+    const auto orBlank = [=](Stored v) {
+        const float value = plain(v);
+        return std::abs(value) <= std::numeric_limits<float>::max() ? value : kNoValue;
+    };
+    if constexpr (std::is_integral_v<Stored>) {
+        if (coding.blank) {
+            const std::int64_t blank = *coding.blank;
+            each([=](Stored v) { return static_cast<std::int64_t>(v) == blank ? kNoValue : orBlank(v); });
+            return;
+        }
     }
+    if (coding.mayHoldBlanks())
+        each(orBlank);
+    else
+        each(plain);
 }
 
 class PlainPixels : public FitsPixels {
   public:
-    explicit PlainPixels(const std::filesystem::path& path) : file_(path) {}
-
-    /// Reads the primary header; false when it isn't that of a plain image (CFITSIO may know what it is).
-    bool readHeader(const std::filesystem::path& path, FitsHeader& header) {
-        char block[kFitsBlock];
-        std::size_t at = 0;
-        for (;; at += kFitsBlock) {
-            if (at + kFitsBlock > file_.size() || at > kMaxHeaderBytes) {
-                if (at == 0) return false;
-                failFits(path, "the header has no end");
-            }
-            file_.read(at, std::as_writable_bytes(std::span(block)));
-            if (at == 0 && std::string_view(block, 9) != "SIMPLE  =") return false;
-            bool ended = false;
-            for (std::size_t c = 0; c < kFitsBlock && !ended; c += kFitsCard) {
-                const std::string_view card(block + c, kFitsCard);
-                ended = card.starts_with("END     ");
-                header.addCardImage(card);
-            }
-            if (ended) break;
-        }
-        dataStart_ = at + kFitsBlock;
-        const auto axes = header.integer("NAXIS").value_or(0);
-        layout_ = {header.integer("BITPIX").value_or(0), header.integer("NAXIS1").value_or(0),
-                   header.integer("NAXIS2").value_or(0),
-                   axes == 3 ? header.integer("NAXIS3").value_or(0) : 1};
-        return axes == 2 || axes == 3;
-    }
-
-    void prepare(const std::filesystem::path& path, const FitsHeader& header) {
-        checkLayout(path, layout_);
-        switch (layout_.bitpix) {
-            case 8:
-            case 16:
-            case 32:
-            case 64:
-            case -32:
-            case -64:
-                break;
-            default:
-                failFits(path,
-                         std::string("BITPIX ").append(std::to_string(layout_.bitpix)).append(" is unknown"));
-        }
-        bytesPerPixel_ = static_cast<std::size_t>(std::abs(layout_.bitpix) / 8);
-        planeBytes_ = static_cast<std::size_t>(layout_.width * layout_.height) * bytesPerPixel_;
-        if (file_.size() - dataStart_ < planeBytes_ * static_cast<std::size_t>(layout_.planes)) {
-            failFits(path, "ends before its last pixel");
-        }
-        const auto planes = static_cast<double>(layout_.planes);
-        scale_ = static_cast<float>(header.number("BSCALE").value_or(1) / planes);
-        zero_ = static_cast<float>(header.number("BZERO").value_or(0) / planes);
-        if (!std::isfinite(scale_) || !std::isfinite(zero_))
-            failFits(path, "BSCALE or BZERO is out of range");
-    }
-
-    const FitsLayout& layout() const { return layout_; }
+    PlainPixels(std::unique_ptr<FitsFile> bytes, const FitsImageUnit& image, const PixelCoding& coding)
+        : bytes_(std::move(bytes)),
+          layout_(image.layout),
+          dataStart_(image.unit.dataStart),
+          coding_(coding) {}
 
     void read(std::size_t first, std::span<float> out) const override {
-        const auto width = static_cast<std::size_t>(layout_.width);
-        const std::size_t rowBytes = width * bytesPerPixel_;
+        const std::size_t width = layout_.width;
+        const std::size_t rowBytes = width * coding_.bytes();
+        const std::size_t planeBytes = rowBytes * layout_.height;
         const std::size_t rowsAtOnce = std::max<std::size_t>(1, kChunk / rowBytes);
         buffer_.resize(std::min(rowsAtOnce, out.size() / width) * rowBytes);
         for (std::size_t done = 0; done < out.size();) {
             const auto part = out.subspan(done, std::min(rowsAtOnce * width, out.size() - done));
-            for (std::size_t plane = 0; plane < static_cast<std::size_t>(layout_.planes); ++plane) {
-                const auto bytes = std::span(buffer_).first(part.size() * bytesPerPixel_);
-                file_.read(dataStart_ + plane * planeBytes_ + first * rowBytes + done * bytesPerPixel_,
-                           bytes);
+            for (std::size_t plane = 0; plane < layout_.planes; ++plane) {
+                bytes_->read(dataStart_ + plane * planeBytes + first * rowBytes + done * coding_.bytes(),
+                             std::span(buffer_).first(part.size() * coding_.bytes()));
                 convertPart(part, plane > 0);
             }
             done += part.size();
@@ -120,57 +105,60 @@ class PlainPixels : public FitsPixels {
 
     void convertPart(std::span<float> out, bool add) const {
         const std::byte* from = buffer_.data();
-        switch (layout_.bitpix) {
+        switch (coding_.bitpix) {
             case 8:
-                convert<std::uint8_t, std::uint8_t>(from, out, add, scale_, zero_);
+                convert<std::uint8_t, std::uint8_t>(from, out, add, coding_);
                 break;
             case 16:
-                convert<std::int16_t, std::uint16_t>(from, out, add, scale_, zero_);
+                convert<std::int16_t, std::uint16_t>(from, out, add, coding_);
                 break;
             case 32:
-                convert<std::int32_t, std::uint32_t>(from, out, add, scale_, zero_);
+                convert<std::int32_t, std::uint32_t>(from, out, add, coding_);
                 break;
             case 64:
-                convert<std::int64_t, std::uint64_t>(from, out, add, scale_, zero_);
+                convert<std::int64_t, std::uint64_t>(from, out, add, coding_);
                 break;
             case -32:
-                convert<float, std::uint32_t>(from, out, add, scale_, zero_);
+                convert<float, std::uint32_t>(from, out, add, coding_);
                 break;
             default:
-                convert<double, std::uint64_t>(from, out, add, scale_, zero_);
+                convert<double, std::uint64_t>(from, out, add, coding_);
                 break;
         }
     }
 
-    RawFile file_;
+    std::unique_ptr<FitsFile> bytes_;
     FitsLayout layout_;
-    std::size_t dataStart_ = 0;
-    std::size_t bytesPerPixel_ = 0;
-    std::size_t planeBytes_ = 0;
-    float scale_ = 1;
-    float zero_ = 0;
+    std::size_t dataStart_;
+    PixelCoding coding_;
     mutable std::vector<std::byte> buffer_;
 };
 
-}  // namespace
-
-void checkLayout(const std::filesystem::path& path, const FitsLayout& layout) {
-    if (layout.width < 1 || layout.height < 1 || layout.planes < 1) failFits(path, "holds no image");
-    if (layout.width > kMaxSide || layout.height > kMaxSide || layout.planes > kMaxPlanes ||
-        layout.width * layout.height > kMaxPixels) {
-        failFits(path, "the image is too large");
-    }
+PixelCoding codingOf(const std::filesystem::path& path, const FitsHeader& header, std::size_t planes) {
+    PixelCoding coding;
+    coding.bitpix = header.integer("BITPIX").value_or(0);
+    constexpr std::int64_t kKnown[] = {8, 16, 32, 64, -32, -64};
+    if (std::find(std::begin(kKnown), std::end(kKnown), coding.bitpix) == std::end(kKnown))
+        failFits(path, std::string("BITPIX ").append(std::to_string(coding.bitpix)).append(" is unknown"));
+    const auto count = static_cast<double>(planes);
+    coding.scale = static_cast<float>(header.number("BSCALE").value_or(1) / count);
+    coding.zero = static_cast<float>(header.number("BZERO").value_or(0) / count);
+    if (!std::isfinite(coding.scale) || !std::isfinite(coding.zero))
+        failFits(path, "BSCALE or BZERO is out of range");
+    if (!coding.isFloating()) coding.blank = header.integer("BLANK");
+    return coding;
 }
 
-std::optional<OpenedFits> openPlainFits(const std::filesystem::path& path) {
-    auto pixels = std::make_unique<PlainPixels>(path);
-    OpenedFits opened;
-    if (!pixels->readHeader(path, opened.header)) return std::nullopt;
-    pixels->prepare(path, opened.header);
-    opened.width = static_cast<std::size_t>(pixels->layout().width);
-    opened.height = static_cast<std::size_t>(pixels->layout().height);
-    opened.floatingPoint = pixels->layout().bitpix < 0;
-    opened.pixels = std::move(pixels);
+}  // namespace
+
+OpenedFits openPlainImage(std::unique_ptr<FitsFile> bytes, FitsImageUnit image) {
+    const auto& [width, height, planes] = image.layout;
+    const PixelCoding coding = codingOf(bytes->path(), image.unit.header, planes);
+    if (!bytes->reach(image.unit.dataStart + width * height * planes * coding.bytes()))
+        failFits(bytes->path(), "ends before its last pixel");
+    OpenedFits opened{width, height, coding.mayHoldBlanks(), std::move(image.unit.header), nullptr};
+    opened.header.append(image.primary);
+    opened.pixels = std::make_unique<PlainPixels>(std::move(bytes), image, coding);
     return opened;
 }
 

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -29,6 +30,12 @@ RawFile::RawFile(const std::filesystem::path& path)
     }
 }
 
+RawFile RawFile::inMemory(const std::filesystem::path& path) {
+    const int descriptor = ::memfd_create("vantrel-fits", MFD_CLOEXEC);
+    if (descriptor < 0) failFits(path, errorText(errno));
+    return {path, descriptor};
+}
+
 RawFile::~RawFile() { ::close(descriptor_); }
 
 void RawFile::read(std::size_t offset, std::span<std::byte> out) const {
@@ -41,9 +48,20 @@ void RawFile::read(std::size_t offset, std::span<std::byte> out) const {
     }
 }
 
+void RawFile::append(std::span<const std::byte> bytes) {
+    while (!bytes.empty()) {
+        const auto put = ::pwrite(descriptor_, bytes.data(), bytes.size(), static_cast<off_t>(size_));
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) failFits(path_, errorText(put < 0 ? errno : ENOSPC));
+        size_ += static_cast<std::size_t>(put);
+        bytes = bytes.subspan(static_cast<std::size_t>(put));
+    }
+}
+
 bool RawFile::isGzip() const {
+    constexpr std::size_t kSmallest = 18;
     std::byte magic[2] = {};
-    if (size_ >= sizeof magic) read(0, magic);
+    if (size_ >= kSmallest) read(0, magic);
     return magic[0] == std::byte{0x1f} && magic[1] == std::byte{0x8b};
 }
 

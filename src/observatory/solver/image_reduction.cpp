@@ -313,7 +313,7 @@ ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settin
         strip.resize(rows * reduced.binning * width);
         const std::size_t top = y * reduced.binning;
         image.readRows(top, strip);
-        if (image.isFloatingPoint()) removeBlanks(strip, width, top, seen.grid);
+        if (image.mayHoldBlanks()) removeBlanks(strip, width, top, seen.grid);
         if (settings.removeHotPixels) removeSpikes(strip, width, top, seen.grid);
         addBins(strip, width, reduced.binning, std::span(reduced.pixels).subspan(y * reduced.width));
     }

@@ -1,0 +1,19 @@
+#include "observatory/sky/fits_file.h"
+
+#include <string>
+
+namespace vantrel::observatory {
+
+FitsFile::FitsFile(const std::filesystem::path& path) : path_(path), file_(path) {
+    if (file_.isGzip()) unpacking_.emplace(path, file_);
+}
+
+bool FitsFile::reach(std::size_t bytes) {
+    return unpacking_ ? unpacking_->reach(bytes) : bytes <= file_.size();
+}
+
+std::filesystem::path FitsFile::nameToOpen() const {
+    return "/proc/self/fd/" + std::to_string(bytes().descriptor());
+}
+
+}  // namespace vantrel::observatory
