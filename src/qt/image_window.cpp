@@ -27,6 +27,7 @@ constexpr const char* kSection = "ImageWindow";
 constexpr const char* kNothing = "–";
 
 QString valueText(double value) {
+    if (std::isnan(value)) return kNothing;
     if (value >= observatory::kMarkValue) return Text::tr("mark");
     constexpr int kFigures = 6;
     return value == std::floor(value) && std::abs(value) < 1e9 ? QString::number(value, 'f', 0)

@@ -66,7 +66,8 @@ SkyAround skyAround(const PixelGrid& pixels, double x0, double y0, double inner,
     for (int y = 0; y < pixels.height; ++y)
         for (int x = 0; x < pixels.width; ++x) {
             const double radius = std::hypot(x - x0, y - y0);
-            if (radius >= inner && radius <= outer) ring.push_back({x - x0, y - y0, pixels.at(x, y)});
+            if (radius >= inner && radius <= outer && !std::isnan(pixels.at(x, y)))
+                ring.push_back({x - x0, y - y0, pixels.at(x, y)});
         }
     if (ring.size() < kFewestPixels) return {};
     std::vector<double> values;

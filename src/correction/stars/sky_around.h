@@ -17,7 +17,7 @@ struct SkyAround {
 };
 
 /// The sky under a star at (x, y) from the pixels between two radii around it; other stars and wrong pixels
-/// are left out. All zero when the ring holds too few pixels.
+/// are left out, and what isn't a number. All zero when the ring holds too few pixels.
 SkyAround skyAround(const PixelGrid& pixels, double x, double y, double innerRadius, double outerRadius);
 
 /// Takes the sky under a star at (x, y) away.

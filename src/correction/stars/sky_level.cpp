@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "correction/stars/statistics.h"
 #include "platform/errors.h"
+#include "platform/grid_gaps.h"
 
 namespace vantrel::correction {
 namespace {
 
 constexpr int kSamplesPerSide = 8;
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 using Place = std::vector<double>::iterator;
 
@@ -54,6 +57,11 @@ std::vector<double> flattened(const Sample& sample, double acrossColumns, double
     return values;
 }
 
+/// A cell must not be judged by what little of it has values.
+bool isGap(const Sample& sample, const std::vector<double>& finite) {
+    return finite.empty() || finite.size() * 4 < sample.values.size();
+}
+
 /// How much the grid rises from one cell to the next, along its columns or its rows.
 double rise(const PixelGrid& grid, int i, int j, int di, int dj) {
     const int left = std::max(0, i - di), top = std::max(0, j - dj);
@@ -90,16 +98,21 @@ SkyLevel::SkyLevel(const platform::ImageArray& image, int cell) {
                 std::visit([&](const auto& pixels) { return sampleOf(pixels.data(), image.width(), box); },
                            image.pixels()));
             std::vector<double> values = flattened(samples.back(), 0, 0);
-            if (values.empty()) throw platform::runTimeError(platform::error_number::kInvalidProcedureCall);
-            levels_.at(i, j) = medianOf(std::move(values));
+            levels_.at(i, j) = isGap(samples.back(), values) ? kNoValue : medianOf(std::move(values));
         }
+    if (!platform::fillGaps(levels_.values, static_cast<std::size_t>(columns)))
+        throw platform::runTimeError(platform::error_number::kInvalidProcedureCall);
     // Whole numbers hide noise of less than about half a count.
     const double least = std::holds_alternative<std::vector<float>>(image.pixels()) ? 0 : 0.5;
     for (int j = 0; j < rows; ++j)
-        for (int i = 0; i < columns; ++i)
+        for (int i = 0; i < columns; ++i) {
+            const Sample& sample = samples[levels_.index(i, j)];
+            std::vector<double> values =
+                flattened(sample, rise(levels_, i, j, 1, 0), rise(levels_, i, j, 0, 1));
             noises_.at(i, j) =
-                std::max(least, spreadOf(flattened(samples[levels_.index(i, j)], rise(levels_, i, j, 1, 0),
-                                                   rise(levels_, i, j, 0, 1))));
+                isGap(sample, values) ? kNoValue : std::max(least, spreadOf(std::move(values)));
+        }
+    platform::fillGaps(noises_.values, static_cast<std::size_t>(columns));
     typicalNoise_ = medianOf(noises_.values);
 }
 

@@ -1,7 +1,9 @@
 #include "correction/stars/star_light.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <type_traits>
 
 namespace vantrel::correction {
 namespace {
@@ -37,13 +39,20 @@ class StarLight {
     static constexpr int kBandRows = 8;
     static constexpr int kChunk = 32;  // columns that are compared with one threshold
 
-    double value(int x, int y) const { return static_cast<double>(*at(x, y)); }
+    static constexpr double kNone = std::numeric_limits<double>::lowest();
+
+    /// kNone for pixels without a value.
+    double value(int x, int y) const {
+        const auto pixel = static_cast<double>(*at(x, y));
+        if constexpr (std::is_floating_point_v<Pixel>)
+            if (!std::isfinite(pixel)) return kNone;
+        return pixel;
+    }
     const Pixel* at(int x, int y) const {
         return pixels_ + static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) + x;
     }
 
     double secondNeighbour(int x, int y) const {
-        constexpr double kNone = std::numeric_limits<double>::lowest();
         const double left = x > 0 ? value(x - 1, y) : kNone;
         const double right = x + 1 < width_ ? value(x + 1, y) : kNone;
         const double above = y > 0 ? value(x, y - 1) : kNone;
@@ -83,14 +92,13 @@ class StarLight {
     }
 
     /// A loop of fixed length, which compilers turn into a few vector instructions.
-    static double brightestOfChunk(const Pixel* first) {
-        Pixel brightest = first[0];
-        for (int i = 0; i < kChunk; ++i) brightest = first[i] > brightest ? first[i] : brightest;
-        return static_cast<double>(brightest);
-    }
+    static double brightestOfChunk(const Pixel* first) { return brightestOf(first, kChunk); }
 
+    /// Passes over what isn't a number.
     static double brightestOf(const Pixel* first, int count) {
-        return static_cast<double>(*std::max_element(first, first + count));
+        Pixel brightest = std::numeric_limits<Pixel>::lowest();
+        for (int i = 0; i < count; ++i) brightest = first[i] > brightest ? first[i] : brightest;
+        return static_cast<double>(brightest);
     }
 
     const Pixel* pixels_;

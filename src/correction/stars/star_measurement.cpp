@@ -1,18 +1,22 @@
 #include "correction/stars/star_measurement.h"
 
 #include <cmath>
+#include <limits>
 #include <numbers>
 
 #include "correction/stars/sky_around.h"
 #include "correction/stars/star_gaussian.h"
 #include "correction/stars/statistics.h"
+#include "platform/grid_gaps.h"
 
 namespace vantrel::correction {
 namespace {
 
 constexpr double kPixelVariance = 1.0 / 12;  // of a pixel's own breadth
+constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
-/// The pixels around the seed; (x, y) of everything below count from the corner of this piece.
+/// The pixels around the seed, "not a number" where they have no value; (x, y) of everything below count from
+/// the corner of this piece.
 struct Piece {
     PixelBox box;
     PixelGrid pixels;
@@ -31,11 +35,23 @@ Piece cutOut(const platform::ImageArray& image, const StarSeed& seed, double rad
                     const auto place = static_cast<std::size_t>(box.top + y) * image.width() +
                                        static_cast<std::size_t>(box.left + x);
                     const auto value = static_cast<double>(pixels[place]);
-                    piece.pixels.at(x, y) = std::isfinite(value) ? value : 0;
+                    piece.pixels.at(x, y) = std::isfinite(value) ? value : kNoValue;
                 }
         },
         image.pixels());
     return piece;
+}
+
+/// Whether most of what lies within a radius of the place has a value.
+bool isSeen(const PixelGrid& pixels, double x0, double y0, double radius) {
+    int seen = 0, all = 0;
+    for (int y = 0; y < pixels.height; ++y)
+        for (int x = 0; x < pixels.width; ++x) {
+            if (std::hypot(x - x0, y - y0) > radius) continue;
+            ++all;
+            if (!std::isnan(pixels.at(x, y))) ++seen;
+        }
+    return 4 * seen >= 3 * all;
 }
 
 struct Growth {
@@ -134,8 +150,10 @@ std::optional<StarMeasurement> measureStar(const platform::ImageArray& image, co
     Piece piece = cutOut(image, seed, outer);
     const double x = seed.x - piece.box.left;
     const double y = seed.y - piece.box.top;
+    if (!isSeen(piece.pixels, x, y, width)) return std::nullopt;
     const SkyAround sky = skyAround(piece.pixels, x, y, inner, outer);
     subtract(piece.pixels, sky, x, y);
+    platform::fillGaps(piece.pixels.values, static_cast<std::size_t>(piece.pixels.width));
 
     // First with what any star may have, then with what this one can.
     const double reach = 4.5 + width;

@@ -21,7 +21,7 @@ struct StarMeasurement {
 };
 
 /// Measures the star at the seed, which is given in pixels of the image. Nothing when the star is lost in the
-/// noise: its centre wanders away or its light vanishes.
+/// noise (its centre wanders away or its light vanishes), or where too few pixels have a value.
 ///
 /// Centre and size are those of the gaussian weight that agrees with the star under it (adaptive moments:
 /// Bernstein & Jarvis 2002, AJ 123, 583). The half-flux diameter of a faint star follows from that gaussian,

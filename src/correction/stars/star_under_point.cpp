@@ -1,6 +1,7 @@
 #include "correction/stars/star_under_point.h"
 
 #include <cmath>
+#include <limits>
 
 #include "correction/stars/star_light.h"
 #include "correction/stars/star_measurement.h"
@@ -39,10 +40,12 @@ platform::ImageArray cutOut(const platform::ImageArray& image, const PixelBox& b
 double highestPixel(const platform::ImageArray& image, const StarMeasurement& star) {
     const int radius = std::max(1, static_cast<int>(star.halfFluxDiameter / 2));
     const PixelBox box = around(star.x, star.y, radius, image);
-    double highest = image.at(static_cast<std::size_t>(box.left), static_cast<std::size_t>(box.top));
+    double highest = std::numeric_limits<double>::lowest();
     for (int y = box.top; y < box.bottom; ++y)
-        for (int x = box.left; x < box.right; ++x)
-            highest = std::max(highest, image.at(static_cast<std::size_t>(x), static_cast<std::size_t>(y)));
+        for (int x = box.left; x < box.right; ++x) {
+            const double value = image.at(static_cast<std::size_t>(x), static_cast<std::size_t>(y));
+            if (std::isfinite(value)) highest = std::max(highest, value);
+        }
     return highest;
 }
 

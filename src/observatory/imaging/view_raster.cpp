@@ -146,7 +146,11 @@ void reduce(const Pixel* pixels, const platform::ImageArray& image, const ViewWi
         for (const Span& column : columns) {
             const float mean = piece.meanOf(column);
             const float peak = piece.peakOf(column);
-            raster.values.push_back(peak > mean + threshold ? peak : mean);
+            const bool blank =
+                std::is_floating_point_v<Pixel> && peak == std::numeric_limits<float>::lowest();
+            raster.values.push_back(blank                     ? std::numeric_limits<float>::quiet_NaN()
+                                    : peak > mean + threshold ? peak
+                                                              : mean);
         }
     }
 }

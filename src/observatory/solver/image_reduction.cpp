@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <span>
 
 #include "observatory/sky/fits_image.h"
+#include "observatory/solver/level_grid.h"
 
 namespace vantrel::observatory {
 
@@ -16,59 +18,7 @@ constexpr float kSpikeSigma = 6;           // hot pixels stand out this far
 constexpr float kSpikeNeighbours = 0.25F;  // the four neighbours of a star's peak hold more than this share
 constexpr float kSpikeNoise = 3;           // allowance for the neighbours' own noise
 constexpr std::size_t kStripFloats = 64 * 1024;
-/// Mean of |z| over the central 80 % of a unit normal distribution.
-constexpr float kMeanOfFourFifths = 0.5586F;
-
-struct Level {
-    float background = 0;
-    float noise = 1;
-};
-
-/// Median and noise. The noise comes from the mean deviation of the four fifths of values that deviate least,
-/// so that neither stars nor coarse steps between values disturb it. Reorders the values.
-Level levelOf(std::span<float> values) {
-    if (values.size() < 5) return {values.empty() ? 0 : values.front(), 0};
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    const float median = *middle;
-    for (float& v : values) v = std::abs(v - median);
-    const auto most = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 4 / 5);
-    std::nth_element(values.begin(), most, values.end());
-    float sum = 0;
-    for (auto v = values.begin(); v != most; ++v) sum += *v;
-    return {median, sum / static_cast<float>(most - values.begin()) / kMeanOfFourFifths};
-}
-
-/// Levels on a grid of square cells.
-struct LevelGrid {
-    std::size_t cell = 1;
-    std::size_t columns = 0;
-    std::size_t rows = 0;
-    std::vector<Level> levels;
-
-    LevelGrid(std::size_t width, std::size_t height, std::size_t cellSize)
-        : cell(cellSize),
-          columns(std::max<std::size_t>(1, width / cellSize)),
-          rows(std::max<std::size_t>(1, height / cellSize)),
-          levels(columns * rows) {}
-
-    Level& at(std::size_t column, std::size_t row) { return levels[row * columns + column]; }
-    const Level& covering(std::size_t x, std::size_t y) const {
-        return levels[std::min(y / cell, rows - 1) * columns + std::min(x / cell, columns - 1)];
-    }
-    /// First pixel of the cell and the one behind its last; the last cell reaches to the border.
-    std::pair<std::size_t, std::size_t> span(std::size_t index, std::size_t count, std::size_t size) const {
-        return {index * cell, index + 1 == count ? size : (index + 1) * cell};
-    }
-};
-
-float typicalNoise(const LevelGrid& grid) {
-    std::vector<float> noises;
-    for (const Level& level : grid.levels) noises.push_back(level.noise);
-    const auto middle = noises.begin() + static_cast<std::ptrdiff_t>(noises.size() / 2);
-    std::nth_element(noises.begin(), middle, noises.end());
-    return *middle;
-}
+constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /// What a look at one row pair in each band of tiles tells.
 struct Survey {
@@ -77,46 +27,42 @@ struct Survey {
     float unit = 1;       ///< factor that brings images with tiny numbers (0 to 1) to ordinary counts
 };
 
-bool finite(float v) { return std::abs(v) < 1e30F; }
-
 Survey survey(const FitsImage& image) {
     const std::size_t width = image.width();
     Survey result{LevelGrid(width, image.height(), kTile)};
     LevelGrid& grid = result.grid;
     std::vector<float> rows;
-    std::vector<float> values;
+    CellSample sample;
     std::array<double, 4> parity{};
     std::array<double, 4> counts{};
     float highest = 0;
-    for (std::size_t band = 0; band < grid.rows; ++band) {
-        const auto [top, bottom] = grid.span(band, grid.rows, image.height());
+    for (std::size_t band = 0; band < grid.rows(); ++band) {
+        const auto [top, bottom] = grid.spanOfRow(band);
         const std::size_t pair = std::min<std::size_t>(2, bottom - top);
         const std::size_t first =
-            ((top + bottom) / 2 - (pair > 1 ? 1 : 0)) & ~std::size_t{pair > 1 ? 1U : 0U};
+            std::min(((top + bottom) / 2 - (pair > 1 ? 1 : 0)) & ~std::size_t{pair > 1 ? 1U : 0U},
+                     image.height() - pair);
         rows.resize(pair * width);
-        image.readRows(std::min(first, image.height() - pair), rows);
-        for (std::size_t column = 0; column < grid.columns; ++column) {
-            const auto [left, right] = grid.span(column, grid.columns, width);
-            values.clear();
-            for (std::size_t r = 0; r < pair; ++r) {
-                for (std::size_t x = left; x < right; ++x) {
-                    if (finite(rows[r * width + x])) values.push_back(rows[r * width + x]);
-                }
-            }
-            const Level level = levelOf(values);
-            grid.at(column, band) = level;
+        image.readRows(first, rows);
+        for (std::size_t column = 0; column < grid.columns(); ++column) {
+            const auto [left, right] = grid.spanOfColumn(column);
+            sample.clear();
+            for (std::size_t r = 0; r < pair; ++r)
+                for (std::size_t x = left; x < right; ++x) sample.add(rows[r * width + x], x, first + r);
+            const Level level = grid.set(column, band, sample);
             for (std::size_t r = 0; r < pair; ++r) {
                 for (std::size_t x = left; x < right; ++x) {
                     const float v = rows[r * width + x];
-                    if (!finite(v)) continue;
+                    if (!isValue(v)) continue;
                     highest = std::max(highest, v);
-                    if (level.noise <= 0 || std::abs(v - level.background) > 4 * level.noise) continue;
+                    if (!(level.noise > 0) || std::abs(v - level.background) > 4 * level.noise) continue;
                     parity[2 * r + x % 2] += static_cast<double>((v - level.background) / level.noise);
                     counts[2 * r + x % 2] += 1;
                 }
             }
         }
     }
+    grid.complete();
     double low = 1e9;
     double high = -1e9;
     for (std::size_t i = 0; i < parity.size(); ++i) {
@@ -130,7 +76,7 @@ Survey survey(const FitsImage& image) {
 }
 
 /// Whether the pixel is a lone spike: far above the background while its four neighbours are not. Pixels
-/// outside of the strip don't count.
+/// outside of the strip don't count, nor those without a value.
 bool isSpike(std::span<const float> strip, std::size_t width, std::size_t x, std::size_t y,
              const Level& level) {
     const std::size_t rows = strip.size() / width;
@@ -138,6 +84,7 @@ bool isSpike(std::span<const float> strip, std::size_t width, std::size_t x, std
     float sum = 0;
     float count = 0;
     const auto add = [&](std::size_t nx, std::size_t ny) {
+        if (!isValue(strip[ny * width + nx])) return;
         sum += strip[ny * width + nx] - level.background;
         count += 1;
     };
@@ -173,9 +120,23 @@ void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, co
     }
 }
 
-void removeBlanks(std::span<float> strip, std::size_t width, std::size_t top, const LevelGrid& grid) {
+/// Pixels without a value take the mean of the others in their bin; when there are none the bin has no value.
+void removeBlanks(std::span<float> strip, std::size_t width, std::size_t binning) {
+    const auto meanOfBin = [&](std::size_t x, std::size_t y) {
+        const std::size_t left = x / binning * binning;
+        const std::size_t top = y / binning * binning;
+        float sum = 0;
+        float count = 0;
+        for (std::size_t j = top; j < top + binning; ++j)
+            for (std::size_t i = left; i < std::min(left + binning, width); ++i) {
+                if (!isValue(strip[j * width + i])) continue;
+                sum += strip[j * width + i];
+                ++count;
+            }
+        return count > 0 ? sum / count : kNoValue;
+    };
     for (std::size_t i = 0; i < strip.size(); ++i) {
-        if (!finite(strip[i])) strip[i] = grid.covering(i % width, top + i / width).background;
+        if (!isValue(strip[i])) strip[i] = meanOfBin(i % width, i / width);
     }
 }
 
@@ -215,45 +176,20 @@ std::size_t chooseBinning(const FitsImage& image, bool mosaic, std::size_t large
 LevelGrid binLevels(const ReducedImage& image) {
     constexpr std::size_t kCell = 40;
     LevelGrid grid(image.width, image.height, kCell);
-    std::vector<float> values;
-    for (std::size_t row = 0; row < grid.rows; ++row) {
-        const auto [top, bottom] = grid.span(row, grid.rows, image.height);
-        for (std::size_t column = 0; column < grid.columns; ++column) {
-            const auto [left, right] = grid.span(column, grid.columns, image.width);
-            values.clear();
-            for (std::size_t y = top; y < bottom; y += 2) {
-                for (std::size_t x = left + y / 2 % 2; x < right; x += 2) {
-                    values.push_back(image.pixels[y * image.width + x]);
-                }
-            }
-            grid.at(column, row) = levelOf(values);
+    CellSample sample;
+    for (std::size_t row = 0; row < grid.rows(); ++row) {
+        const auto [top, bottom] = grid.spanOfRow(row);
+        for (std::size_t column = 0; column < grid.columns(); ++column) {
+            const auto [left, right] = grid.spanOfColumn(column);
+            sample.clear();
+            for (std::size_t y = top; y < bottom; y += 2)
+                for (std::size_t x = left + y / 2 % 2; x < right; x += 2)
+                    sample.add(image.pixels[y * image.width + x], x, y);
+            grid.set(column, row, sample);
         }
     }
+    grid.complete();
     return grid;
-}
-
-/// Cells full of stars or nebula stand out from their neighbours: the middle one of three by three is taken.
-LevelGrid smoothed(const LevelGrid& grid) {
-    LevelGrid result = grid;
-    std::vector<float> backgrounds;
-    std::vector<float> noises;
-    for (std::size_t row = 0; row < grid.rows; ++row) {
-        for (std::size_t column = 0; column < grid.columns; ++column) {
-            backgrounds.clear();
-            noises.clear();
-            for (std::size_t r = row == 0 ? 0 : row - 1; r < std::min(grid.rows, row + 2); ++r) {
-                for (std::size_t c = column == 0 ? 0 : column - 1; c < std::min(grid.columns, column + 2);
-                     ++c) {
-                    backgrounds.push_back(grid.levels[r * grid.columns + c].background);
-                    noises.push_back(grid.levels[r * grid.columns + c].noise);
-                }
-            }
-            std::sort(backgrounds.begin(), backgrounds.end());
-            std::sort(noises.begin(), noises.end());
-            result.at(column, row) = {backgrounds[backgrounds.size() / 2], noises[noises.size() / 2]};
-        }
-    }
-    return result;
 }
 
 /// Subtracts the background and divides by the noise, both interpolated between the cells' centres.
@@ -265,23 +201,23 @@ void normalise(ReducedImage& image, const LevelGrid& grid, float floorNoise) {
     const auto weights = [&](std::size_t size, std::size_t cells) {
         std::vector<Weight> result(size);
         for (std::size_t i = 0; i < size; ++i) {
-            const float place = (static_cast<float>(i) + 0.5F) / static_cast<float>(grid.cell) - 0.5F;
+            const float place = (static_cast<float>(i) + 0.5F) / static_cast<float>(grid.cellSize()) - 0.5F;
             const float held = std::clamp(place, 0.0F, static_cast<float>(cells - 1));
             const auto low = std::min(static_cast<std::size_t>(held), cells - 1);
             result[i] = {low, std::min(low + 1, cells - 1), held - static_cast<float>(low)};
         }
         return result;
     };
-    const auto across = weights(image.width, grid.columns);
-    const auto down = weights(image.height, grid.rows);
-    std::vector<float> nodesBack(grid.columns);
-    std::vector<float> nodesScale(grid.columns);
+    const auto across = weights(image.width, grid.columns());
+    const auto down = weights(image.height, grid.rows());
+    std::vector<float> nodesBack(grid.columns());
+    std::vector<float> nodesScale(grid.columns());
     std::vector<float> back(image.width);
     std::vector<float> scale(image.width);
     for (std::size_t y = 0; y < image.height; ++y) {
-        for (std::size_t c = 0; c < grid.columns; ++c) {
-            const Level& a = grid.levels[down[y].low * grid.columns + c];
-            const Level& b = grid.levels[down[y].high * grid.columns + c];
+        for (std::size_t c = 0; c < grid.columns(); ++c) {
+            const Level& a = grid.at(c, down[y].low);
+            const Level& b = grid.at(c, down[y].high);
             nodesBack[c] = a.background + down[y].share * (b.background - a.background);
             nodesScale[c] = 1 / std::max(floorNoise, a.noise + down[y].share * (b.noise - a.noise));
         }
@@ -313,12 +249,12 @@ ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settin
         strip.resize(rows * reduced.binning * width);
         const std::size_t top = y * reduced.binning;
         image.readRows(top, strip);
-        if (image.mayHoldBlanks()) removeBlanks(strip, width, top, seen.grid);
+        if (image.mayHoldBlanks()) removeBlanks(strip, width, reduced.binning);
         if (settings.removeHotPixels) removeSpikes(strip, width, top, seen.grid);
         addBins(strip, width, reduced.binning, std::span(reduced.pixels).subspan(y * reduced.width));
     }
-    const LevelGrid levels = smoothed(binLevels(reduced));
-    const float noise = typicalNoise(levels);
+    const LevelGrid levels = binLevels(reduced).smoothed();
+    const float noise = levels.typicalNoise();
     // Images without noise (drawn ones, or quantised ones) still need a unit to measure stars by.
     const float least = noise > 0 ? noise / 4 : 0.5F * static_cast<float>(reduced.binning) / seen.unit;
     normalise(reduced, levels, least);

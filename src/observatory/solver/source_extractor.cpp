@@ -76,13 +76,28 @@ double smoothedNoise(std::span<const float> pixels, std::size_t width, std::size
             for (std::size_t x = 0; x < side; ++x)
                 sum += kernel.weights[y * side + x] * corner[y * width + x];
         }
-        values.push_back(std::abs(sum));
+        if (!std::isnan(sum)) values.push_back(std::abs(sum));
     }
     const auto most = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 4 / 5);
     std::nth_element(values.begin(), most, values.end());
     const double mean = std::accumulate(values.begin(), most, 0.0) /
                         static_cast<double>(std::max<std::ptrdiff_t>(1, most - values.begin()));
     return std::max(kernel.noise, mean / 0.5586);
+}
+
+/// Whether any pixel has no value; compilers turn this into vector code.
+bool hasGaps(std::span<const float> pixels) {
+    int gaps = 0;
+    for (const float v : pixels) gaps |= static_cast<int>(std::isnan(v));
+    return gaps != 0;
+}
+
+/// Where there is no value there is nothing but background.
+std::vector<float> withoutGaps(std::span<const float> pixels) {
+    std::vector<float> filled(pixels.begin(), pixels.end());
+    std::replace_if(
+        filled.begin(), filled.end(), [](float v) { return std::isnan(v); }, 0.0F);
+    return filled;
 }
 
 using CatalogPointer = std::unique_ptr<sep_catalog, decltype(&sep_catalog_free)>;
@@ -103,8 +118,10 @@ CatalogPointer extract(const sep_image& image, const Kernel& kernel, double thre
 
 std::vector<Source> extractSources(std::span<const float> pixels, std::size_t width, std::size_t height,
                                    const ExtractionSettings& settings) {
+    std::vector<float> filled;
+    if (hasGaps(pixels)) filled = withoutGaps(pixels);
     sep_image image{};
-    image.data = pixels.data();
+    image.data = filled.empty() ? pixels.data() : filled.data();
     image.dtype = SEP_TFLOAT;
     image.w = static_cast<int>(width);
     image.h = static_cast<int>(height);

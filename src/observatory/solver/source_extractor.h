@@ -25,8 +25,8 @@ struct ExtractionSettings {
 };
 
 /// The sources of a background-subtracted image whose noise is 1 everywhere, brightest first. Row after row
-/// from the top; width * height pixels. Never fails: an image with too much to detect is searched again with
-/// a higher threshold.
+/// from the top; width * height pixels, "not a number" where there is no value. Never fails: an image with
+/// too much to detect is searched again with a higher threshold.
 std::vector<Source> extractSources(std::span<const float> image, std::size_t width, std::size_t height,
                                    const ExtractionSettings& settings);
 

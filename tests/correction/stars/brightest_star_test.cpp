@@ -114,6 +114,49 @@ TEST(BrightestStar, isTheSameInEveryTypeOfPixels) {
     }
 }
 
+// Dead columns, the corners of turned and stacked images, pixels that a calibration took out.
+TEST(BrightestStar, isMeasuredAmongPixelsWithoutAValue) {
+    using IsBlank = bool (*)(int x, int y);
+    const struct {
+        const char* what;
+        IsBlank isBlank;
+        double near;  // pixels; what the star's own missing pixels cost
+    } rows[] = {
+        {"a border", [](int x, int y) { return x < 110 || y < 70 || x > 350; }, 0.1},
+        {"a corner, aslant", [](int x, int y) { return x + y < 230; }, 0.1},
+        {"the star's middle", [](int x, int y) { return x == 200 && y == 120; }, 0.1},
+        {"a column through its wing", [](int x, int) { return x == 202; }, 0.2},
+        {"rows of them", [](int, int y) { return y % 8 == 3; }, 0.1},
+        {"columns of them", [](int x, int) { return x % 32 == 0; }, 0.1},
+        {"one of eleven", [](int x, int y) { return (7 * x + 13 * y) % 11 == 0; }, 0.15},
+        {"all but its surroundings", [](int x, int y) { return std::hypot(x - 200, y - 120) > 40; }, 0.1},
+    };
+    const FrameRecipe recipe{.width = 400,
+                             .height = 300,
+                             .gradientX = 300,
+                             .stars = {{200.3, 120.2, 3.5, 6000}, {300, 200, 3, 1500}, {150, 250, 3, 1000}}};
+    const auto image = FramePainter(3).paint(recipe);
+    const auto& counts = std::get<std::vector<std::uint16_t>>(image.pixels());
+    const auto without = [&](auto&& isBlank, float blank) {
+        std::vector<float> pixels(counts.begin(), counts.end());
+        for (int i = 0; i < 400 * 300; ++i)
+            if (isBlank(i % 400, i / 400)) pixels[static_cast<std::size_t>(i)] = blank;
+        return BrightestStar3({400, 300, pixels});
+    };
+    for (const auto& row : rows)
+        for (const float blank : {NAN, INFINITY, -INFINITY}) {
+            SCOPED_TRACE(std::string(row.what) + ", " + std::to_string(blank));
+            const BrightestStar found = without(row.isBlank, blank);
+            EXPECT_THAT(found.log, IsEmpty());
+            EXPECT_NEAR(found.x, 200.3, row.near);
+            EXPECT_NEAR(found.y, 120.2, row.near);
+            EXPECT_NEAR(found.hfd, 3.5, 3.5 * row.near);
+            EXPECT_NEAR(found.flux, recipe.stars[0].flux(), 0.1 * recipe.stars[0].flux());
+        }
+    for (const float blank : {NAN, INFINITY})
+        expectFailure(without([](int x, int) { return x > 200; }, blank), kEdgeOrWeak);
+}
+
 TEST(BrightestStar, isNotFoundInNoise) {
     for (std::uint64_t seed = 1; seed <= 24; ++seed) {
         SCOPED_TRACE(seed);

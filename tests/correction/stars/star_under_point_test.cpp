@@ -72,6 +72,22 @@ TEST(StarUnderPoint, isMeasuredWhereverThePointLiesNearIt) {
     }
 }
 
+TEST(StarUnderPoint, hasAPeakAmongPixelsWithoutAValue) {
+    FrameRecipe recipe;
+    recipe.stars = {{50, 40, 4, 9000}};
+    const auto image = FramePainter(5).paint(recipe);
+    const auto& counts = std::get<std::vector<std::uint16_t>>(image.pixels());
+    const double whole = measureStarAt(image, 50, 40)->peak;
+    for (const float blank : {NAN, INFINITY}) {
+        std::vector<float> pixels(counts.begin(), counts.end());
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            if (i % 100 == 48 || i / 100 == 38) pixels[i] = blank;
+        const auto found = measureStarAt({100, 100, pixels}, 50, 40);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->peak, whole);
+    }
+}
+
 TEST(StarUnderPoint, isNothingWhereThereIsNone) {
     FrameRecipe recipe = fieldOfStars();
     recipe.wrongPixels = 0.001;

@@ -107,6 +107,17 @@ TEST(ViewRaster, WhatIsNoNumberSpoilsNoNeighbour) {
     EXPECT_EQ(infinite, 1) << "endless light is shown where it is";
 }
 
+TEST(ViewRaster, WhereNoPixelHasAValueNoneIsShown) {
+    const auto image = skyWith<float>(300, 300, [](auto& pixels) {
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            if (i % 300 >= 150) pixels[i] = kNaN;
+    });
+    for (const int side : {100, 300, 600}) {
+        const ViewRaster raster = fitted(image, side, side);
+        for (int x = 0; x < side; ++x) EXPECT_EQ(std::isnan(at(raster, x, 40)), x >= side / 2) << x;
+    }
+}
+
 TEST(ViewRaster, EnlargedPixelsAreSquares) {
     const ImageArray image(3, 2, std::vector<std::uint16_t>{1, 2, 3, 4, 5, 6});
     const ViewRaster raster = fitted(image, 9, 6);

@@ -3,6 +3,7 @@
 #include "observatory/solver/plate_solver.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -107,6 +108,67 @@ TEST(SolvePlate, CopesWithTheEveryday) {
             solve(field, {fromTangentPlane({0.5, -0.5}, c.centre), c.scale * 0.97, c.offset});
         ASSERT_TRUE(solution) << c.why;
         EXPECT_LT(offPixels(field, *solution), 0.3) << c.why;
+    }
+}
+
+// Pixels without a value must neither hide stars nor pass for some: dead columns, the corners of turned and
+// stacked images, pixels that a calibration took out.
+TEST(FindStars, SeesPastPixelsWithoutAValue) {
+    using IsBlank = bool (*)(std::size_t x, std::size_t y);
+    const struct {
+        const char* why;
+        IsBlank isBlank;
+    } cases[] = {
+        {"a third of the image", [](std::size_t x, std::size_t) { return x < 300; }},
+        {"the corners", [](std::size_t x, std::size_t y) { return x + y < 400 || x + y > 1150; }},
+        {"some columns", [](std::size_t x, std::size_t) { return x % 50 == 7; }},
+        {"every third row", [](std::size_t, std::size_t y) { return y % 3 == 1; }},
+        {"one of eleven", [](std::size_t x, std::size_t y) { return (7 * x + 13 * y) % 11 == 0; }},
+        {"an island", [](std::size_t x, std::size_t y) { return x < 350 || x > 600 || y < 200 || y > 400; }},
+    };
+    for (const std::size_t scale : {1, 2}) {  // not binned, and binned by two
+        test::StarField field = fieldOf({290, 10}, 6.0 / static_cast<double>(scale), 20, false);
+        field.width *= scale;
+        field.height *= scale;
+        field.fwhm *= static_cast<double>(scale);
+        field.wcs =
+            test::wcsFor(field.width, field.height, {290, 10}, 6.0 / static_cast<double>(scale), 20, false);
+        const auto counts = test::drawField(&stars(), field);
+        std::vector<float> pixels(counts.begin(), counts.end());
+        for (std::size_t i = 0; i < pixels.size(); ++i)  // a bright sky aslant
+            pixels[i] += 5000 + static_cast<float>(i % field.width) / static_cast<float>(2 * scale);
+        const auto whole = findStars(FitsImage(field.width, field.height, pixels), {}).stars;
+        for (const auto& c : cases)
+            for (const float blank : {NAN, INFINITY}) {
+                SCOPED_TRACE(std::string(c.why) + " × " + std::to_string(scale));
+                const auto isBlank = [&](double x, double y) {
+                    return c.isBlank(static_cast<std::size_t>(x) / scale,
+                                     static_cast<std::size_t>(y) / scale);
+                };
+                std::vector<float> holed = pixels;
+                for (std::size_t i = 0; i < holed.size(); ++i)
+                    if (isBlank(static_cast<double>(i % field.width), static_cast<double>(i / field.width)))
+                        holed[i] = blank;
+                const auto found = findStars(FitsImage(field.width, field.height, holed), {}).stars;
+                const auto isIn = [&](const ImageStar& star, const std::vector<ImageStar>& list) {
+                    return std::any_of(list.begin(), list.end(), [&](const ImageStar& other) {
+                        return std::hypot(star.x - other.x, star.y - other.y) <
+                               1.5 * static_cast<double>(scale);
+                    });
+                };
+                std::size_t truly = 0, bright = 0, brightFound = 0;
+                for (const ImageStar& star : found) truly += isIn(star, whole);
+                for (std::size_t i = 0; i < whole.size() * 2 / 3; ++i) {
+                    bool clear = true;
+                    for (int dy = -4; dy <= 4; ++dy)
+                        for (int dx = -4; dx <= 4; ++dx)
+                            clear = clear && !isBlank(whole[i].x + dx, whole[i].y + dy);
+                    bright += clear;
+                    brightFound += clear && isIn(whole[i], found);
+                }
+                EXPECT_GE(truly * 10, found.size() * 9);
+                EXPECT_GE(brightFound * 100, bright * 97);
+            }
     }
 }
 
