@@ -1,4 +1,4 @@
-// FITS files that go through the library in a process of its own: compressed ones, extensions, and no FITS.
+// Images compressed tile by tile, as the program reads them: by the library, in a process of its own.
 #include "fuzz/fits_reading.h"
 
 /// The library asks for as much memory as a damaged header tells it to; it is to be refused, as it is
@@ -7,7 +7,9 @@
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const auto bytes = vantrel::fuzz::textOf(data, size);
-    if (!vantrel::fuzz::isPlainFits(bytes)) vantrel::fuzz::readFits(bytes);
+    using namespace vantrel;
+    fuzz::withImage(fuzz::textOf(data, size), [](const auto& path, const auto& image) {
+        if (image.tiled) fuzz::readFits(path);
+    });
     return 0;
 }

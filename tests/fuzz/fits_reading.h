@@ -5,38 +5,39 @@
 
 #include "fuzz/input.h"
 #include "observatory/sky/fits_image.h"
+#include "observatory/sky/fits_units.h"
 #include "observatory/solver/exposure_facts.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::fuzz {
 
-/// True for the files that are read without the library, and so without the process that guards against it.
-inline bool isPlainFits(std::string_view bytes) {
-    constexpr std::size_t kCard = 80, kBlock = 2880;
-    if (!bytes.starts_with("SIMPLE  =") || bytes.size() < kBlock) return false;
-    observatory::FitsHeader header;
-    for (std::size_t at = 0; at < kBlock; at += kCard) header.addCardImage(bytes.substr(at, kCard));
-    const std::int64_t axes = header.integer("NAXIS").value_or(0);
-    return axes == 2 || axes == 3;
-}
-
-/// Opens the file, reads all its rows and asks everything that the solver asks of a header.
-inline void readFits(std::string_view bytes) {
-    constexpr std::size_t kMostPixels = 1'000'000;
+/// Gives the target the file with the input in it, once it is known what kind of image that holds.
+template <typename Use>
+void withImage(std::string_view bytes, Use&& use) {
     static const test::TempFolder folder(test::TempFolder::quickPlace());
     try {
-        const auto image = observatory::FitsImage::open(folder.write("image.fit", bytes));
-        if (const auto wcs = image.wcs()) wcs->toPixel(wcs->toSky({1, 2}));
-        observatory::exposureStart(image.header());
-        observatory::headerScales(image.header());
-        observatory::headerTarget(image.header());
-        if (image.width() * image.height() > kMostPixels) return;
-        std::vector<float> pixels(image.width() * image.height());
-        image.readRows(0, pixels);
-        std::vector<float> lastRow(image.width());
-        image.readRows(image.height() - 1, lastRow);
+        const auto path = folder.write("image.fit", bytes);
+        observatory::FitsFile file(path);
+        const observatory::FitsImageUnit image = observatory::findImage(file);
+        use(path, image);
     } catch (const observatory::FitsError&) {  // what a file that is none gets
     }
+}
+
+inline bool isSmall(std::size_t width, std::size_t height) { return width * height <= 250'000; }
+
+/// Opens the file, reads all its rows and asks everything that the solver asks of a header.
+inline void readFits(const std::filesystem::path& path) {
+    const auto image = observatory::FitsImage::open(path);
+    if (const auto wcs = image.wcs()) wcs->toPixel(wcs->toSky({1, 2}));
+    observatory::exposureStart(image.header());
+    observatory::headerScales(image.header());
+    observatory::headerTarget(image.header());
+    if (!isSmall(image.width(), image.height())) return;
+    std::vector<float> pixels(image.width() * image.height());
+    image.readRows(0, pixels);
+    std::vector<float> lastRow(image.width());
+    image.readRows(image.height() - 1, lastRow);
 }
 
 }  // namespace vantrel::fuzz
