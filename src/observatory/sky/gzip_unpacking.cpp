@@ -14,7 +14,6 @@ namespace vantrel::observatory {
 
 namespace {
 
-constexpr std::size_t kMostBytes = 2'000'000'000;
 /// Deflated data (RFC 1951) take at least a byte for 1032 of theirs.
 constexpr std::size_t kMostInflation = 1032;
 constexpr unsigned kPiece = 256 * 1024;
@@ -46,7 +45,7 @@ GzipUnpacking::GzipUnpacking(const std::filesystem::path& path, const RawFile& p
       memory_(RawFile::inMemory(path)) {}
 
 bool GzipUnpacking::reach(std::size_t bytes) {
-    if (bytes > kMostBytes) failFits(path_, "the image is too large");
+    if (bytes > RawFile::kMostInMemory) failFits(path_, "the image is too large");
     if (bytes / kMostInflation > packedBytes_)
         failFits(path_, "claims to hold more than a file of its size can");
     while (bytes_ < bytes && !ended_) unpackMore();

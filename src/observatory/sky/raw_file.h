@@ -11,6 +11,9 @@ class RawFile {
   public:
     /// Opens a file for reading. Throws FitsError when it can't be, or is no regular file.
     explicit RawFile(const std::filesystem::path& path);
+    /// More than any image of a camera takes; what is unpacked into memory mustn't be more.
+    static constexpr std::size_t kMostInMemory = 1'000'000'000;
+
     /// An empty file in memory; the path is for messages. Throws FitsError when the system has none.
     static RawFile inMemory(const std::filesystem::path& path);
     ~RawFile();

@@ -79,6 +79,8 @@ void checkTiles(FitsFile& bytes, const FitsImageUnit& image) {
     constexpr std::size_t kMostPixelsInByte = 2064;
     constexpr std::size_t kLargeTile = 16 * kMega;
     const auto& [width, height, planes] = image.layout;
+    if (width * height * sizeof(float) > RawFile::kMostInMemory)
+        failFits(bytes.path(), "the image is too large");
     const FitsLayout tile = tileOf(image);
     const std::size_t tilePixels = pixelsOf(tile);
     if (tilePixels == 0 || tilePixels > std::max(pixelsOf(image.layout), kLargeTile))
