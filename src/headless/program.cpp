@@ -1,10 +1,10 @@
 #include "headless/program.h"
 
 #include <algorithm>
-#include <fstream>
 
 #include "app/message_log.h"
 #include "platform/text.h"
+#include "platform/whole_file.h"
 
 namespace vantrel::headless {
 
@@ -91,9 +91,8 @@ void Program::openImagingProgram() {
 }
 
 void Program::preloadSettings(const std::filesystem::path& file) {
-    std::ifstream stream(file);
-    if (!stream) throw std::runtime_error("Can't read " + file.string());
-    const Json sections = Json::parse(stream, nullptr, false);
+    constexpr std::size_t kMostBytes = 4'000'000;
+    const Json sections = Json::parse(contentsOf(file, kMostBytes), nullptr, false);
     if (!sections.is_object()) throw std::runtime_error(file.string() + " holds no JSON object");
     for (const auto& [section, keys] : sections.items()) {
         if (!keys.is_object())

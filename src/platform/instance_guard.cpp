@@ -1,7 +1,6 @@
 #include "platform/instance_guard.h"
 
 #include <cerrno>
-#include <fstream>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -31,7 +30,8 @@ bool LockFileGuard::acquire() {
 
 void LockFileGuard::activateOther() {
     // A request that can't be written leaves the window where it is.
-    const std::ofstream request(requestFile());
+    const int request = ::open(requestFile().c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0600);
+    if (request >= 0) ::close(request);
 }
 
 bool LockFileGuard::activationRequested() {

@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
@@ -12,11 +10,14 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "platform/whole_file.h"
+
 namespace vantrel::platform {
 namespace {
 
 using namespace std::string_view_literals;
 
+constexpr std::size_t kMostBytes = 4'000'000;  // a hundred times what there is to store
 constexpr std::array<std::pair<char, char>, 5> kEscapes{
     {{'\\', '\\'}, {'\t', 't'}, {'\n', 'n'}, {'\r', 'r'}, {'\0', '0'}}};
 
@@ -78,7 +79,7 @@ auto untilDone(Call&& call) {
 
 /// Writes a whole new file that has reached the disk when this returns; nothing stays of one that hasn't.
 void writeFlushed(const std::filesystem::path& file, std::string_view text) {
-    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0600);
     if (descriptor < 0) fail("Can't create", file);
     bool good = true;
     while (good && !text.empty()) {
@@ -127,10 +128,7 @@ MemorySettings SettingsFile::loaded() const {
     MemorySettings settings;
     if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path());
     if (!std::filesystem::exists(file_)) return settings;
-    std::ifstream stream(file_, std::ios::binary);
-    if (!stream) fail("Can't read", file_);
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
-    if (stream.bad()) fail("Can't read", file_);
+    const std::string text = contentsOf(file_, kMostBytes);
 
     bool damaged = !text.empty() && text.back() != '\n';
     std::string_view rest = text;

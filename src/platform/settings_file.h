@@ -17,9 +17,10 @@ class SettingsFile : public SettingsRoot {
     /// Touches nothing yet: the first use opens the store.
     explicit SettingsFile(std::filesystem::path file) : file_(std::move(file)) {}
 
-    /// A file that does not exist yet is an empty store, but its folder is created; a file that can't be read
-    /// or a folder that can't be created throws std::system_error. What a run that was killed left half
-    /// written goes: only the one instance that stores settings may open them.
+    /// A file that does not exist yet is an empty store, but its folder is created. A folder that can't be
+    /// created, and a file that can't be read, is no regular file or is far larger than settings are, throws
+    /// std::system_error. What a run that was killed left half written goes: only the one instance that stores
+    /// settings may open them.
     void open() override;
 
     bool hasSection(const std::string& section) const override { return settings().hasSection(section); }

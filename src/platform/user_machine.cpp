@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 #include "platform/text.h"
+#include "platform/whole_file.h"
 
 namespace vantrel::platform {
 namespace {
@@ -19,11 +21,21 @@ fs::path baseDirectory(const Environment& environment, const std::string& name, 
     return named.is_absolute() ? named : usual;
 }
 
+/// Empty when it can't be read.
+std::string textOf(const fs::path& userDirs) {
+    constexpr std::size_t kMostBytes = 1'000'000;
+    try {
+        return contentsOf(userDirs, kMostBytes);
+    } catch (const std::system_error&) {
+        return "";
+    }
+}
+
 /// The value of a line such as XDG_DOCUMENTS_DIR="$HOME/Documents".
 std::optional<fs::path> documentsOf(const fs::path& userDirs, const fs::path& home) {
     constexpr std::string_view kKey = "XDG_DOCUMENTS_DIR=\"";
     constexpr std::string_view kHome = "$HOME";
-    std::ifstream stream(userDirs);
+    std::istringstream stream(textOf(userDirs));
     std::optional<fs::path> found;
     for (std::string line; std::getline(stream, line);) {
         const std::string plain = trimmed(line);

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "script.h"
 
@@ -54,6 +55,30 @@ TEST(Options, SettingsThatCannotBeUsedAreToldBeforeTheStart) {
         options.home = home.path();
         options.settings = home / "settings.json";
         if (content != nullptr) std::ofstream(*options.settings) << content;
+        platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
+        test::ListedCommands commands;
+        test::KeptReplies replies;
+        EXPECT_THAT([&] { Program(options, time, commands, replies); },
+                    ThrowsMessage<std::runtime_error>(HasSubstr(text)));
+    }
+}
+
+TEST(Options, SettingsThatNeverEndAreToldBeforeTheStart) {
+    const vantrel::test::TempFolder home;
+    ASSERT_EQ(::mkfifo((home / "pipe").c_str(), 0600), 0);
+    home.write("large", "{\"Main\": {\"Key\": \"" + std::string(5'000'000, 'x') + "\"}}");
+    const std::pair<std::filesystem::path, const char*> cases[] = {
+        {"/dev/zero", "Can't read /dev/zero, which is no regular file"},
+        {home / "pipe", "pipe, which is no regular file"},
+        {home.path(), "Is a directory"},
+        {home / "large", "large: File too large"},
+    };
+    for (const auto& [file, text] : cases) {
+        SCOPED_TRACE(text);
+        Options options;
+        options.virtualTime = true;
+        options.home = home.path();
+        options.settings = file;
         platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
         test::ListedCommands commands;
         test::KeptReplies replies;

@@ -1,10 +1,12 @@
 #include "platform/settings_file.h"
 
+#include <cerrno>
 #include <csignal>
 #include <system_error>
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "support/temp_folder.h"
 
@@ -97,6 +99,35 @@ TEST(SettingsFile, ReportsAStoreThatCantBeOpened) {
     const TempFolder folder;
     std::ofstream(folder / "file") << "not a folder";
     EXPECT_THROW(SettingsFile(folder / "file/settings").open(), std::system_error);
+}
+
+TEST(SettingsFile, RefusesWhatNeverEndsOrIsNoFile) {
+    const TempFolder folder;
+    std::filesystem::create_directory(folder / "folder");
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    std::filesystem::create_symlink("/dev/zero", folder / "device");
+    folder.write("large", "Main\tKey\t" + std::string(5'000'000, 'x') + "\n");
+    const std::pair<const char*, int> cases[] = {
+        {"folder", EISDIR}, {"pipe", EINVAL}, {"device", EINVAL}, {"large", EFBIG}};
+    for (const auto& [name, code] : cases) {
+        SCOPED_TRACE(name);
+        SettingsFile file(folder / name);
+        try {
+            file.open();
+            ADD_FAILURE() << "opened";
+        } catch (const std::system_error& error) {
+            EXPECT_EQ(error.code().value(), code);
+            EXPECT_NE(std::string(error.what()).find(folder / name), std::string::npos) << error.what();
+        }
+        EXPECT_THROW(file.write("Main", "Key", "1"), std::system_error);
+    }
+    EXPECT_GT(std::filesystem::file_size(folder / "large"), 5'000'000U) << "is left as it was";
+}
+
+TEST(SettingsFile, WaitsForNobodyWhereItWrites) {
+    const TempFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "settings.new").c_str(), 0600), 0);
+    EXPECT_THROW(SettingsFile(folder / "settings").write("Main", "Key", "1"), std::system_error);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <map>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "platform/instance_guard.h"
 #include "support/temp_folder.h"
@@ -57,6 +58,14 @@ TEST(DesktopPaths, FindTheDocumentsOfTheDesktop) {
             desktopPaths(environmentOf({{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", config.path().string()}}));
         EXPECT_EQ(paths.documents, row.documents) << row.why;
     }
+}
+
+TEST(DesktopPaths, WaitForNobody) {
+    const test::TempFolder config;
+    ASSERT_EQ(::mkfifo((config / "user-dirs.dirs").c_str(), 0600), 0);
+    const auto paths =
+        desktopPaths(environmentOf({{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", config.path().string()}}));
+    EXPECT_EQ(paths.documents, "/home/ann/Documents");
 }
 
 TEST(UserMachine, KeepsEverythingBelowTheGivenFolder) {

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <system_error>
 #include <vector>
+
+#include "platform/whole_file.h"
 
 namespace vantrel::observatory {
 
@@ -37,10 +38,14 @@ fs::path PageCache::fileOf(const std::string& question) const {
 /// The first line holds the question, because two may have the same hash.
 std::optional<std::string> PageCache::find(const std::string& question) const {
     if (folder_.empty()) return std::nullopt;
-    std::ifstream stream(fileOf(question), std::ios::binary);
-    std::string first;
-    if (!std::getline(stream, first) || first != question) return std::nullopt;
-    return std::string{std::istreambuf_iterator<char>(stream), {}};
+    try {
+        std::string page = platform::contentsOf(fileOf(question), mostBytes_);
+        const std::string first = question + "\n";
+        if (!page.starts_with(first)) return std::nullopt;
+        return page.erase(0, first.size());
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
 }
 
 void PageCache::keep(const std::string& question, const std::string& document) const {

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "observatory/catalogs/page_cache.h"
 #include "observatory/catalogs/vizier_table.h"
@@ -262,6 +263,16 @@ TEST(PageCache, ForgetsTheOldestBeyondItsSize) {
     EXPECT_EQ(cache.find("two"), std::string(400, 'x'));
     EXPECT_EQ(cache.find("three"), std::string(400, 'x'));
     EXPECT_EQ(PageCache({}).find("one"), std::nullopt);
+}
+
+TEST(PageCache, WaitsForNobody) {
+    const test::TempFolder folder;
+    const PageCache cache(folder.path());
+    cache.keep("one", "x");
+    const auto page = std::filesystem::directory_iterator(folder.path())->path();
+    std::filesystem::remove(page);
+    ASSERT_EQ(::mkfifo(page.c_str(), 0600), 0);
+    EXPECT_EQ(cache.find("one"), std::nullopt);
 }
 
 }  // namespace

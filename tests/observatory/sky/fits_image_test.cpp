@@ -368,7 +368,6 @@ TEST_F(FitsImageTest, RefusesTilesThatAskForTooMuch) {
         {"more pixels than its bytes can be", card("ZNAXIS2", "90000"), "claims to hold more"},
         {"an image without width", card("ZNAXIS1", "0"), "holds no image"},
         {"an image too wide", card("ZNAXIS1", "100000000000"), "the image is too large"},
-        
         {"a heap beyond the file", card("PCOUNT", "1800000"), "ends before its last pixel"},
         {"rows beyond the file", card("NAXIS2", "900000"), "ends before its last pixel"},
         {"a tile of 2 GB", descriptor(0x7FFF'FFFFU, 0), ""},
