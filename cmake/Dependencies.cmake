@@ -1,7 +1,6 @@
 include(GoogleTest)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(CFITSIO REQUIRED IMPORTED_TARGET cfitsio)
-find_package(ZLIB REQUIRED)
 find_package(CURL REQUIRED)
 find_package(ZLIB REQUIRED)
 find_package(Eigen3 REQUIRED NO_MODULE)
