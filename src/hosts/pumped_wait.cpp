@@ -16,6 +16,8 @@ constexpr Milliseconds kSlice{10};
 PumpedWait::Outcome PumpedWait::until(const std::function<bool()>& done, Milliseconds timeOut,
                                       const Transport& transport) const {
     const Milliseconds start = clock().sinceStart();
+    const bool before = givenUp();
+    const auto over = [&] { return loop_.ending() || (!before && givenUp()); };
     const auto rest = [&](Milliseconds longest) {
         return std::max(longest - (clock().sinceStart() - start), Milliseconds{0});
     };

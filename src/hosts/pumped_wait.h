@@ -20,7 +20,8 @@ class PumpedWait {
   public:
     enum class Outcome { kDone, kTimedOut, kGivenUp };
 
-    /// `givenUp` says that the operator doesn't want to wait any more. It may be left out.
+    /// `givenUp` says that the operator doesn't want to wait any more. It may be left out. What it says before a
+    /// wait begins has no part in it: what follows a Stop, as stopping the mount does, is waited for.
     PumpedWait(platform::EventLoop& loop, platform::OutsideCalls& calls, std::function<bool()> givenUp = {})
         : loop_(loop), calls_(calls), givenUp_(std::move(givenUp)) {}
 
@@ -32,7 +33,7 @@ class PumpedWait {
     const platform::Clock& clock() const { return loop_.clock(); }
 
   private:
-    bool over() const { return loop_.ending() || (givenUp_ && givenUp_()); }
+    bool givenUp() const { return givenUp_ && givenUp_(); }
 
     platform::EventLoop& loop_;
     platform::OutsideCalls& calls_;

@@ -53,8 +53,12 @@ class FakeConnection {
         const auto place =
             std::find_if(due_.begin(), due_.end(), [&](const Due& due) { return due.instant > instant; });
         due_.insert(place, {instant, std::move(action)});
-        timers_.push_back(loop_.after(delay, [this] { runDue(); }));
-        std::erase_if(timers_, [](const auto& timer) { return timer.use_count() == 0; });
+        awaitFirst();
+    }
+    void awaitFirst() {
+        if (due_.empty()) return;
+        const auto rest = std::max(due_.front().instant - time_.utc(), Milliseconds{0});
+        timer_ = loop_.after(rest, [this] { runDue(); });
     }
     void runDue() {
         while (!due_.empty() && due_.front().instant <= time_.utc() && !ended_) {
@@ -62,6 +66,7 @@ class FakeConnection {
             due_.erase(due_.begin());
             if (!cut_) action();
         }
+        if (!ended_) awaitFirst();
     }
     bool serve(Milliseconds atMost) {
         if (ended_) return false;
@@ -83,7 +88,7 @@ class FakeConnection {
     platform::QueuedEventLoop& loop_;
     StreamListener listener_;
     std::vector<Due> due_;
-    std::vector<platform::TimerHandle> timers_;
+    platform::TimerHandle timer_;
     bool open_ = false;
     bool ended_ = false;
     bool cut_ = false;

@@ -86,6 +86,12 @@ TEST_F(PumpedWaitTest, EndsInTimeHoweverItEnds) {
     }
 }
 
+TEST_F(PumpedWaitTest, WhatFollowsAStopIsWaitedFor) {
+    givenUp_ = true;
+    EXPECT_EQ(wait(after(1s), 3s), Outcome::kDone);
+    EXPECT_EQ(wait([] { return false; }, 3s), Outcome::kTimedOut);
+}
+
 TEST_F(PumpedWaitTest, WithoutATransportHandlersRunFromTheStart) {
     bool answered = false;
     loop_.post([&] { answered = true; });

@@ -373,6 +373,14 @@ void Camera::fail(const std::string& why) {
     if (!exposure_ || exposure_->done()) return;
     exposure_->failure = why;
     lateOnePossible_ = true;
+    tellEnd();
+}
+
+/// Not out of the connection's own calls: whoever hears it may do as he likes.
+void Camera::tellEnd() {
+    surroundings_.loop.post([this, alive = std::weak_ptr<void>(alive_)] {
+        if (!alive.expired() && onProgress) onProgress();
+    });
 }
 
 void Camera::losePictures(const std::string& why) {
@@ -396,6 +404,7 @@ void Camera::receive(Blob blob) {
         return fail(name() + " sends its pictures as \"" + blob.format +
                     "\": its driver has to be set to send FITS");
     exposure_->picture = std::move(blob);
+    tellEnd();
 }
 
 }  // namespace vantrel::hosts::indi

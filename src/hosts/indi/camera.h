@@ -27,6 +27,7 @@ class Camera : public platform::CameraHardware {
     void disconnect() override;
     bool connected() const override { return device_.ready(); }
     const platform::CameraFacts& facts() const override { return facts_; }
+    /// Takes no dark frames off.
     void start(const platform::CameraOrder& order) override;
     void abort() override;
     Progress progress() const override;
@@ -75,6 +76,7 @@ class Camera : public platform::CameraHardware {
     void followExposure(const Property& answer);
     void watchDeadline();
     void fail(const std::string& why);
+    void tellEnd();
     void losePictures(const std::string& why);
     std::optional<std::size_t> accept(const Blob& blob) const;
     void receive(Blob blob);
@@ -89,6 +91,7 @@ class Camera : public platform::CameraHardware {
     bool taken_ = false;               // the server has taken the request for pictures
     bool lateOnePossible_ = false;     // the picture of an exposure that was given up may still come
     platform::Subscription listening_;
+    std::shared_ptr<void> alive_ = std::make_shared<char>();  // for what is posted
 };
 
 }  // namespace vantrel::hosts::indi

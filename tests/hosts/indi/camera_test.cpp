@@ -1,6 +1,7 @@
 #include "hosts/indi/camera.h"
 
 #include <gmock/gmock.h>
+#include <malloc.h>
 
 #include "hosts/indi/indi_world.h"
 
@@ -427,16 +428,39 @@ TEST_F(CameraTest, NeedsASecondConnection) {
     EXPECT_TRUE(camera.connected());
 }
 
-TEST_F(CameraTest, ANightOfExposuresTakesNoMoreConnections) {
+TEST_F(CameraTest, TellsTheMomentAtWhichAnExposureIsOver) {
     connect();
-    const long before = server.network.attempts;
-    for (int i = 0; i < 24 * 60; ++i) {
+    std::vector<Milliseconds> moments;
+    camera.onProgress = [&] { moments.push_back(now()); };
+    Milliseconds begin = now();
+    start({.seconds = 2});
+    loop.sleep(5s);
+    EXPECT_THAT(moments, testing::ElementsAre(begin + 2200ms));
+    take();
+    server.delivers = false;
+    begin = now();
+    start({.seconds = 2});
+    loop.sleep(5s);
+    server.disconnectByOthers("Camera");
+    loop.sleep(1s);
+    EXPECT_THAT(moments, testing::SizeIs(2));
+}
+
+TEST_F(CameraTest, ADayOfExposuresTakesNeitherConnectionsNorMemory) {
+    connect();
+    const long connections = server.network.attempts;
+    server.picture = std::string(10'000, 'x');
+    std::size_t early = 0;
+    for (int minute = 0; minute < 24 * 60; ++minute) {
+        if (minute == 100) early = ::mallinfo2().uordblks;
         ASSERT_EQ(start({.seconds = 55}), "");
         ASSERT_EQ(finish(), Progress::kReady);
         ASSERT_EQ(take(), server.picture);
         loop.sleep(4s);
+        server.forget();
     }
-    EXPECT_EQ(server.network.attempts, before);
+    EXPECT_EQ(server.network.attempts, connections);
+    EXPECT_LT(::mallinfo2().uordblks, early + 20'000);
 }
 
 }  // namespace
