@@ -32,6 +32,7 @@ struct Application::Wiring {
         run.cmdExpose.onClick = [this] { parts.exposures.cmdExpose_Click(); };
         platform::Button& exposeSolve = parts.main.exposures.cmdExposeSolve;
         exposeSolve.onClick = [this] { parts.exposures.cmdExposeSolve_Click(); };
+        parts.main.imaging.cmdCamera.onClick = parts.machine.chooseCamera;
         order.waits(run.cmdRun, "Run");
         order.waits(run.cmdExpose, "Expose");
         order.leavesButtonsEnabled(exposeSolve, "Expose & Solve");

@@ -11,12 +11,16 @@ struct ImagingPanel {
           optCCDSoft(form, programs, "optImagingSoftware(0)", "CCDSoft"),
           optMaxIm(form, programs, "optImagingSoftware(1)", "MaxIm DL"),
           optBuiltIn(form, programs, "optImagingSoftware(2)", "Built-in camera program"),
-          chkUseCCDSoftSubFrame(form, "chkUseCCDSoftSubFrame", "Use CCDSoft sub-frame") {}
+          chkUseCCDSoftSubFrame(form, "chkUseCCDSoftSubFrame", "Use CCDSoft sub-frame"),
+          cmdCamera(form, "cmdCamera", "Camera..."),
+          txtIndiServers(form, "txtIndiServers", "localhost:7624") {}
 
     platform::Frame frmImagingSW;
     platform::OptionGroup programs;
     platform::OptionButton optCCDSoft, optMaxIm, optBuiltIn;
     platform::CheckBox chkUseCCDSoftSubFrame;
+    platform::Button cmdCamera;        // of the built-in camera program
+    platform::TextBox txtIndiServers;  // where mounts and cameras are looked for; blanks between several
 };
 
 }  // namespace vantrel::devices

@@ -50,8 +50,16 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
       dialogs_(time),
       desktop_(user_.folders, user_.userProfile),
       screen_(kWorkArea),
-      station_({loop_, user_.folders, user_.settings, dialogs_, paths_.cache,
-                [this] { return application_.stopping(); }},
+      station_({loop_,
+                user_.folders,
+                user_.settings,
+                dialogs_,
+                paths_.cache,
+                [this] { return application_.stopping(); },
+                {},
+                [this](const std::string& line) { application_.tell(line); },
+                {},
+                !options.virtualTime},
                options.seed),
       automation_(station_.classes()),
       application_(station_.machine(automation_, screen_, desktop_), guard_),
@@ -60,6 +68,7 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
                commands, replies, options.virtualTime) {
     if (options.installed) keepInstalled(*options.installed);
     if (options.settings) preloadSettings(*options.settings);
+    restoreDevices();
     if (!options.installed) openImagingProgram();
 }
 
@@ -85,6 +94,14 @@ void Program::keepInstalled(const std::vector<std::string>& progIds) {
 void Program::openImagingProgram() {
     try {
         station_.openImagingProgram();
+    } catch (const std::exception&) {
+        // Settings that can't be read are the application's to report.
+    }
+}
+
+void Program::restoreDevices() {
+    try {
+        station_.restoreDevices();
     } catch (const std::exception&) {
         // Settings that can't be read are the application's to report.
     }

@@ -32,6 +32,7 @@ class OperatedApplication : public OperatedProgram {
     const std::vector<app::PopupMessages::Shown>& popups() const override;
 
     bool stopping() const { return application_.stopping(); }
+    void tell(const std::string& line) { application_.log().AddToLog(line); }
 
     /// Inside a catch block.
     void reportFailure() { application_.reportFailure("event loop"); }
@@ -60,6 +61,7 @@ class Program {
   private:
     void preloadSettings(const std::filesystem::path& file);
     void openImagingProgram();
+    void restoreDevices();
     void keepInstalled(const std::vector<std::string>& progIds);
 
     Options options_;

@@ -1,5 +1,7 @@
 #include "observatory/observatory.h"
 
+#include <stdexcept>
+
 #include "observatory/helpers/profile_object.h"
 #include "observatory/helpers/util_object.h"
 #include "observatory/sky/tycho_catalog.h"
@@ -50,7 +52,13 @@ PictureSource Observatory::pictures() {
             [this](const Shot& shot) { return expose(shot); }};
 }
 
+/// A sky that stands still under a real mount would be measured, and mean nothing.
 Picture Observatory::expose(const Shot& shot) {
+    if (seams_.mountIsReal && seams_.mountIsReal())
+        throw std::runtime_error(
+            "The simulated camera doesn't see a real mount's sky: choose the built-in camera program and a "
+            "real "
+            "camera");
     const platform::Instant now = loop_.clock().utc();
     if (axisSimulator_->connected)
         return axisSimulator_->camera.expose(now, axisSimulatorIdentity().name, shot);
@@ -78,9 +86,11 @@ void Observatory::installHelpers(platform::ClassRegistry& classes) {
     const std::string server = std::string(kFolder) + "DriverHelper.dll";
     classes.install("DriverHelper.Util",
                     {[this] { return std::make_shared<UtilObject>(loop_); }, server, "", ""});
-    classes.install("DriverHelper.Chooser",
-                    {[this, &classes] { return std::make_shared<ChooserObject>(classes, seams_.chooser); },
-                     server, "", ""});
+    classes.install("DriverHelper.Chooser", {[this, &classes] {
+                                                 return std::make_shared<ChooserObject>(
+                                                     classes, seams_.chooser, seams_.beforeChoosing);
+                                             },
+                                             server, "", ""});
     classes.install("DriverHelper.Profile",
                     {[this, &classes] { return std::make_shared<ProfileObject>(classes, *seams_.profile); },
                      server, "", ""});

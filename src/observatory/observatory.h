@@ -25,6 +25,8 @@ namespace vantrel::observatory {
 /// and the programs' windows stand on a desktop of the observatory's own.
 struct ObservatorySeams {
     ChooserDialog chooser;
+    std::function<void()> beforeChoosing;  ///< finds drivers that aren't known yet
+    std::function<bool()> mountIsReal;     ///< a real mount is in use: the simulated sky isn't its own
     SetupDialog setup;
     std::shared_ptr<platform::SettingsRoot> profile;
     CatalogSource stars;

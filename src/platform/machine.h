@@ -30,6 +30,8 @@ struct Machine {
     std::function<void(const std::string& folder)> provideTestImage = {};
     /// Whether a member of an outside program is waiting for its answer; nothing where none takes any time.
     OutsideCalls* outsideCalls = nullptr;
+    /// Lets the operator choose the camera of the built-in camera program. May be left out.
+    std::function<void()> chooseCamera = {};
 };
 
 }  // namespace vantrel::platform

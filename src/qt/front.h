@@ -11,6 +11,7 @@ struct Front {
     platform::EventLoop& loop;
     Theme& theme;
     const Barrier& barrier;
+    bool network = false;  ///< devices may be looked for in it
 };
 
 }  // namespace vantrel::qt

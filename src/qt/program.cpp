@@ -1,13 +1,16 @@
 #include "qt/program.h"
 
 #include <QAction>
+#include <QDesktopServices>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QMenuBar>
 #include <QScreen>
+#include <QUrl>
 #include <algorithm>
 #include <stdexcept>
 
+#include "app/message_log.h"
 #include "observatory/simulator_setup.h"
 #include "qt/parts.h"
 #include "qt/window_place.h"
@@ -42,7 +45,12 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
                 [this] { return application_.stopping(); },
                 [this](const std::string& progId) {
                     if (progId == "AxisSimulator.Telescope") simulatorForm_.show();
-                }},
+                },
+                [this](const std::string& line) { application_.log().AddToLog(line); },
+                [](const std::string& address) {
+                    return QDesktopServices::openUrl(QUrl(QString::fromStdString(address)));
+                },
+                front.network},
                seed),
       application_(station_.machine(station_.classes(), screen_, desktop_)),
       chance_(seed),
@@ -52,6 +60,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
     // Settings that can't be read or stored are the application's to report.
     front.barrier.run([this] {
         if (settings_.isEmpty()) observatory::storeSimulatorSetup(settings_);
+        station_.restoreDevices();
         station_.openImagingProgram();
         look_ = followNightVision(settings_, front_.theme);
     });

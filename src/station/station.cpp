@@ -17,12 +17,16 @@ std::string programOf(const std::string& progId) {
 }  // namespace
 
 Station::Station(const Surroundings& surroundings, std::uint64_t seed)
-    : surroundings_(surroundings), observatory_(surroundings.loop, surroundings.folders, seed, seams()) {
+    : surroundings_(surroundings),
+      observatory_(surroundings.loop, surroundings.folders, seed, seams()),
+      devices_(deviceSurroundings()) {
     observatory_.install(classes_);
 }
 
 observatory::ObservatorySeams Station::seams() {
     observatory::ObservatorySeams seams;
+    seams.beforeChoosing = [this] { devices_.findMounts(); };
+    seams.mountIsReal = [this] { return devices_.mountIsReal(); };
     seams.chooser = [&dialogs = surroundings_.dialogs](const std::string& title,
                                                        const std::vector<observatory::DriverChoice>& drivers,
                                                        const std::string& current) {
@@ -37,6 +41,18 @@ observatory::ObservatorySeams Station::seams() {
     seams.downloadCache = surroundings_.cache;
     seams.stopping = surroundings_.stopping;
     return seams;
+}
+
+DeviceSurroundings Station::deviceSurroundings() {
+    const auto tell = [this](const std::string& line) {
+        if (surroundings_.tell) surroundings_.tell(line);
+    };
+    const auto openPage = [this](const std::string& address) {
+        return surroundings_.openPage && surroundings_.openPage(address);
+    };
+    return {surroundings_.loop, outsideCalls_,        surroundings_.settings, surroundings_.dialogs,
+            classes_,           observatory_,         surroundings_.stopping, tell,
+            openPage,           surroundings_.network};
 }
 
 /// The helper classes come with the drivers' platform, not with a program.
@@ -64,7 +80,8 @@ platform::Machine Station::machine(platform::AutomationHost& automation, platfor
             desktop,
             otherPrograms_,
             [this](const std::string& folder) { observatory_.provideTestImage(folder); },
-            &outsideCalls_};
+            &outsideCalls_,
+            [this] { devices_.chooseCamera(); }};
 }
 
 }  // namespace vantrel::station

@@ -15,6 +15,7 @@
 #include "platform/machine.h"
 #include "platform/outside_call.h"
 #include "platform/settings_root.h"
+#include "station/devices.h"
 
 namespace vantrel::station {
 
@@ -28,6 +29,9 @@ struct Surroundings {
     std::function<bool()> stopping;  // nothing that takes long is worth waiting for any more
     /// Shows the set-up of a built-in driver (a ProgID); may be left out, and then it closes at once.
     std::function<void(const std::string& progId)> setUp = {};
+    std::function<void(const std::string& line)> tell = {};         // a line for the log
+    std::function<bool(const std::string& address)> openPage = {};  // in the browser; false when that failed
+    bool network = false;                                           // devices may be looked for in it
 };
 
 class Station {
@@ -38,6 +42,9 @@ class Station {
     /// Opens the imaging program that the settings name, so that a first start finds one open and asks
     /// nothing. Throws what the settings throw when they can't be read.
     void openImagingProgram() { observatory_.openImagingProgram(surroundings_.settings); }
+
+    /// Makes the real mount and camera that the settings name known. Throws what the settings throw.
+    void restoreDevices() { devices_.restore(); }
 
     /// Forgets the classes of the programs that aren't among these. Throws std::invalid_argument with the
     /// name of a ProgID that is unknown.
@@ -52,12 +59,14 @@ class Station {
 
   private:
     observatory::ObservatorySeams seams();
+    DeviceSurroundings deviceSurroundings();
 
     Surroundings surroundings_;
     platform::OutsideCalls outsideCalls_;
     platform::DesktopWindows otherPrograms_;
     observatory::Observatory observatory_;
     platform::ClassRegistry classes_;
+    Devices devices_;
 };
 
 }  // namespace vantrel::station

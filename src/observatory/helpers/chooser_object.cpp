@@ -5,8 +5,12 @@ namespace vantrel::observatory {
 using platform::Arguments;
 using platform::Value;
 
-ChooserObject::ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog)
-    : DispatchObject("DriverHelper.Chooser"), classes_(classes), dialog_(std::move(dialog)) {
+ChooserObject::ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog,
+                             std::function<void()> beforeChoosing)
+    : DispatchObject("DriverHelper.Chooser"),
+      classes_(classes),
+      dialog_(std::move(dialog)),
+      beforeChoosing_(std::move(beforeChoosing)) {
     property(
         "DeviceType", [this] { return Value(deviceType_); },
         [this](const Value& value) { deviceType_ = value.toText(); });
@@ -16,6 +20,7 @@ ChooserObject::ChooserObject(const platform::ClassRegistry& classes, ChooserDial
 }
 
 std::string ChooserObject::choose(const std::string& current) const {
+    if (beforeChoosing_) beforeChoosing_();
     std::vector<DriverChoice> drivers;
     for (const std::string& progId : classes_.installed(deviceType_))
         drivers.push_back({progId, classes_.profileDescription(deviceType_, progId)});

@@ -24,13 +24,16 @@ using ChooserDialog = std::function<std::string(
 /// the chosen ProgID; the current one when the operator cancelled.
 class ChooserObject : public platform::DispatchObject {
   public:
-    ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog);
+    /// `beforeChoosing` may install drivers that aren't known yet; it may be left out.
+    ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog,
+                  std::function<void()> beforeChoosing = {});
 
   private:
     std::string choose(const std::string& current) const;
 
     const platform::ClassRegistry& classes_;
     ChooserDialog dialog_;
+    std::function<void()> beforeChoosing_;
     std::string deviceType_ = "Telescope";
 };
 

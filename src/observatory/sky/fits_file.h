@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "observatory/sky/gzip_unpacking.h"
 #include "observatory/sky/raw_file.h"
@@ -15,6 +16,8 @@ class FitsFile {
   public:
     /// Throws FitsError when the file can't be read, or is no regular file.
     explicit FitsFile(const std::filesystem::path& path);
+    /// A file that came as bytes; the name is for messages. Throws FitsError without memory.
+    FitsFile(const std::string& name, std::span<const std::byte> bytes);
 
     const std::filesystem::path& path() const { return path_; }
     bool isUnpacked() const { return unpacking_.has_value(); }

@@ -23,11 +23,16 @@ class MemoryPixels : public FitsPixels {
 
 }  // namespace
 
-FitsImage FitsImage::open(const std::filesystem::path& path) {
-    auto bytes = std::make_unique<FitsFile>(path);
-    FitsImageUnit image = findImage(*bytes);
+FitsImage FitsImage::open(const std::filesystem::path& path) { return in(std::make_unique<FitsFile>(path)); }
+
+FitsImage FitsImage::read(const std::string& name, std::span<const std::byte> bytes) {
+    return in(std::make_unique<FitsFile>(name, bytes));
+}
+
+FitsImage FitsImage::in(std::unique_ptr<FitsFile> file) {
+    FitsImageUnit image = findImage(*file);
     const auto open = image.tiled ? openTiledImage : openPlainImage;
-    return FitsImage(open(std::move(bytes), std::move(image)));
+    return FitsImage(open(std::move(file), std::move(image)));
 }
 
 FitsImage::FitsImage(OpenedFits opened)

@@ -25,12 +25,15 @@
 namespace vantrel::observatory {
 
 struct OpenedFits;
+class FitsFile;
 class FitsPixels;
 
 class FitsImage {
   public:
     /// Opens the first image of the file. Throws FitsError for anything that isn't a sound image.
     static FitsImage open(const std::filesystem::path& path);
+    /// The same of a file that came as bytes; the name is for messages.
+    static FitsImage read(const std::string& name, std::span<const std::byte> bytes);
 
     /// An image of the caller's pixels, row after row from the top. There must be width * height of them.
     FitsImage(std::size_t width, std::size_t height, std::vector<float> pixels, FitsHeader header = {});
@@ -59,6 +62,7 @@ class FitsImage {
     std::optional<TangentWcs> wcs() const;
 
   private:
+    static FitsImage in(std::unique_ptr<FitsFile> file);
     explicit FitsImage(OpenedFits opened);
 
     std::size_t width_ = 0;

@@ -189,7 +189,7 @@ TEST_F(CameraTest, TakesAPicture) {
     EXPECT_EQ(camera->progress(), Progress::kIdle);
     EXPECT_EQ(failure(), "The camera has no picture.");
     std::vector<std::string> cards;
-    for (const auto& [keyword, value] : taken.cards)
+    for (const auto& [keyword, value, comment] : taken.cards)
         cards.push_back(keyword + "=" +
                         (std::holds_alternative<double>(value) ? Json(std::get<double>(value)).dump()
                                                                : std::get<std::string>(value)));
@@ -583,7 +583,7 @@ TEST_F(FilterWheelTest, TurnsBeforeTheExposure) {
     EXPECT_EQ(commands[commands.size() - 2], "PUT filterwheel/0/position?Position=2");
     EXPECT_GE(now(), 4s);
     bool named = false;
-    for (const auto& [keyword, value] : picture().cards)
+    for (const auto& [keyword, value, comment] : picture().cards)
         named = named || (keyword == "FILTER" && std::get<std::string>(value) == "H\xce\xb1");
     EXPECT_TRUE(named);
     expose({.seconds = 1, .filter = 2});

@@ -1,0 +1,162 @@
+#include "station/devices.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "observatory/sky/epoch.h"
+#include "platform/text.h"
+
+namespace vantrel::station {
+namespace {
+
+constexpr const char* kSection = "Hosts";
+constexpr const char* kServersKey = "IndiServers";
+constexpr const char* kCameraKey = "Camera";
+constexpr const char* kUsualServer = "localhost:7624";
+constexpr const char* kSimulated = "Simulated";
+constexpr const char* kPortKey = "AlpacaPort";  // of the search
+constexpr const char* kUsualPort = "32227";
+constexpr std::uint32_t kClientId = 4711;  // tells this program from others at the same server
+
+hosts::EquinoxConversion equinoxConversion() {
+    const auto convert =
+        [](const hosts::EquatorialPosition& position, platform::Instant utc,
+           observatory::SkyPosition (observatory::SkyOfDate::*turn)(const observatory::SkyPosition&) const) {
+            const observatory::SkyPosition from{position.rightAscension * 15, position.declination};
+            const observatory::SkyPosition to = (observatory::SkyOfDate(utc).*turn)(from);
+            return hosts::EquatorialPosition{to.ra / 15, to.dec};
+        };
+    return {[convert](const auto& position, platform::Instant utc) {
+                return convert(position, utc, &observatory::SkyOfDate::apparent);
+            },
+            [convert](const auto& position, platform::Instant utc) {
+                return convert(position, utc, &observatory::SkyOfDate::catalogue);
+            }};
+}
+
+/// Addresses between blanks and commas.
+std::vector<std::string> words(const std::string& text) {
+    std::vector<std::string> found(1);
+    for (const char c : text) {
+        if (c != ' ' && c != ',' && c != ';')
+            found.back() += c;
+        else if (!found.back().empty())
+            found.emplace_back();
+    }
+    if (found.back().empty()) found.pop_back();
+    return found;
+}
+
+bool isReal(const std::string& progId) {
+    return progId.starts_with("Indi:") || progId.starts_with("Alpaca:");
+}
+
+}  // namespace
+
+Devices::Devices(const DeviceSurroundings& surroundings)
+    : surroundings_(surroundings),
+      wait_(surroundings.loop, surroundings.outsideCalls, surroundings.stopping),
+      streams_(surroundings.loop),
+      indi_({surroundings.loop, streams_, wait_, surroundings.tell, equinoxConversion()},
+            {[this](const hosts::indi::DeviceId&) { return mountOptions(); }, {}}),
+      http_(surroundings.loop),
+      background_(surroundings.loop),
+      alpacaClient_(http_, wait_, kClientId) {}
+
+void Devices::restore() {
+    const auto port = [this] {
+        return static_cast<int>(platform::leadingNumber(setting(kPortKey, kUsualPort)));
+    };
+    alpaca_.emplace(
+        hosts::alpaca::Services{surroundings_.loop, alpacaClient_, background_, hosts::searchNetwork, port,
+                                equinoxConversion(), surroundings_.openPage, surroundings_.tell},
+        surroundings_.settings, surroundings_.classes);
+    indi_.install(surroundings_.classes, surroundings_.settings.read("Main", "MyTelescopeID").value_or(""));
+    useCamera(setting(kCameraKey));
+}
+
+bool Devices::mountIsReal() const {
+    return isReal(surroundings_.settings.read("Main", "MyTelescopeID").value_or(""));
+}
+
+std::string Devices::setting(const char* key, const char* otherwise) const {
+    return surroundings_.settings.read(kSection, key).value_or(otherwise);
+}
+
+std::vector<hosts::ServerAddress> Devices::indiServers() const {
+    std::vector<hosts::ServerAddress> servers;
+    for (const std::string& word : words(setting(kServersKey, kUsualServer))) {
+        if (const auto address = hosts::indi::readServerAddress(word))
+            servers.push_back(*address);
+        else
+            surroundings_.tell("\"" + word + "\" is no address of an INDI server");
+    }
+    return servers;
+}
+
+/// What the operator wants an INDI mount's driver to be told on connecting.
+hosts::indi::MountOptions Devices::mountOptions() const {
+    return {.port = setting("MountPort"), .baudRate = setting("MountBaudRate"), .site = {}, .setTime = false};
+}
+
+void Devices::findMounts() { find(false); }
+
+std::vector<Devices::Found> Devices::find(bool cameras) {
+    if (!surroundings_.mayLook) return {};
+    std::vector<Found> found = findIndi(cameras);
+    for (Found& device : findAlpaca(cameras)) found.push_back(std::move(device));
+    return found;
+}
+
+std::vector<Devices::Found> Devices::findIndi(bool cameras) {
+    std::vector<Found> found;
+    const hosts::indi::Search search = indi_.search(indiServers());
+    for (const std::string& problem : search.problems) surroundings_.tell(problem);
+    for (const hosts::indi::FoundDevice& device : search.devices) {
+        const std::string id = device.id.progId();
+        if (device.isMount) indi_.install(surroundings_.classes, id);
+        if (cameras ? device.isCamera : device.isMount)
+            found.push_back({id, device.id.device + " (INDI, " + device.id.server.text() + ")"});
+    }
+    return found;
+}
+
+std::vector<Devices::Found> Devices::findAlpaca(bool cameras) {
+    std::vector<Found> found;
+    if (!alpaca_) return found;
+    try {
+        for (const auto& device : alpaca_->search()) alpaca_->remember(device);
+    } catch (const std::exception& error) {
+        surroundings_.tell(std::string("Alpaca: ") + error.what());
+    }
+    for (const auto& device : alpaca_->known(cameras ? "camera" : "telescope"))
+        found.push_back({device.id(), device.name + " (Alpaca, " + device.server.text() + ")"});
+    return found;
+}
+
+void Devices::chooseCamera() {
+    std::vector<platform::Dialogs::Choice> choices = {{kSimulated, "Simulated camera"}};
+    for (const Found& camera : find(true)) choices.push_back({camera.id, camera.description});
+    const std::string current = setting(kCameraKey);
+    const std::string chosen =
+        surroundings_.dialogs.choose("Camera", choices, current.empty() ? kSimulated : current);
+    if (chosen.empty()) return;
+    const std::string id = chosen == kSimulated ? "" : chosen;
+    surroundings_.settings.write(kSection, kCameraKey, id);
+    useCamera(id);
+    surroundings_.tell("Camera: " + surroundings_.observatory.imaging().chosenCamera().name());
+}
+
+/// A camera that can't be had leaves the simulated one, and says so.
+void Devices::useCamera(const std::string& id) {
+    std::shared_ptr<platform::CameraHardware> camera;
+    try {
+        if (id.starts_with("Indi:")) camera = indi_.camera(id);
+        if (id.starts_with("Alpaca:") && alpaca_) camera = alpaca_->camera(id);
+    } catch (const std::exception& error) {
+        surroundings_.tell(error.what());
+    }
+    surroundings_.observatory.imaging().useCamera(std::move(camera));
+}
+
+}  // namespace vantrel::station

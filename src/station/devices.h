@@ -1,0 +1,81 @@
+// The real mounts and cameras: where they are looked for, which are known, and which camera is used.
+//
+// A mount becomes a class of automation objects of its name, so that the chooser lists it and a stored choice
+// means something before its server answers. A camera is given to the built-in camera program.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hosts/alpaca/host.h"
+#include "hosts/indi/host.h"
+#include "hosts/network_client.h"
+#include "hosts/pumped_wait.h"
+#include "hosts/tcp_stream.h"
+#include "observatory/observatory.h"
+#include "platform/class_registry.h"
+#include "platform/dialogs.h"
+#include "platform/event_loop.h"
+#include "platform/outside_call.h"
+#include "platform/settings_root.h"
+
+namespace vantrel::station {
+
+/// What the devices stand on; all of it outlives them.
+struct DeviceSurroundings {
+    platform::EventLoop& loop;
+    platform::OutsideCalls& outsideCalls;
+    platform::SettingsRoot& settings;
+    platform::Dialogs& dialogs;
+    platform::ClassRegistry& classes;
+    observatory::Observatory& observatory;
+    std::function<bool()> stopping;
+    std::function<void(const std::string& line)> tell;
+    std::function<bool(const std::string& address)> openPage;
+    bool mayLook = false;  // for devices in the network
+};
+
+class Devices {
+  public:
+    explicit Devices(const DeviceSurroundings& surroundings);
+
+    /// Makes the mount and the camera that the settings name known, without contacting anybody. Throws what
+    /// the settings throw when they can't be read.
+    void restore();
+
+    /// Asks all servers which mounts they have, and makes these classes. A second or two at most.
+    void findMounts();
+
+    /// Lets the operator choose the camera of the built-in camera program; stores the choice.
+    void chooseCamera();
+
+    /// Whether the mount in use is one of these rather than a simulated one.
+    bool mountIsReal() const;
+
+  private:
+    struct Found {
+        std::string id, description;
+    };
+
+    std::string setting(const char* key, const char* otherwise = "") const;
+    std::vector<hosts::ServerAddress> indiServers() const;
+    std::vector<Found> find(bool cameras);
+    std::vector<Found> findIndi(bool cameras);
+    std::vector<Found> findAlpaca(bool cameras);
+    void useCamera(const std::string& id);
+    hosts::indi::MountOptions mountOptions() const;
+
+    DeviceSurroundings surroundings_;
+    hosts::PumpedWait wait_;
+    hosts::TcpStreams streams_;
+    hosts::indi::IndiHost indi_;
+    hosts::NetworkClient http_;
+    hosts::BackgroundThreads background_;
+    hosts::alpaca::Client alpacaClient_;
+    std::optional<hosts::alpaca::Host> alpaca_;  // once the settings could be read
+};
+
+}  // namespace vantrel::station
