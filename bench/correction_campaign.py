@@ -29,7 +29,7 @@ def greenwich_sidereal_time(instant):
     return (18.697374558 + 24.06570982441908 * days) % 24
 
 
-def random_setup(seed, declination, reach):
+def random_setup(seed, declination, reach, altitudes):
     rng = random.Random(seed)
     setup = types.SimpleNamespace(seed=seed)
     while True:
@@ -38,7 +38,7 @@ def random_setup(seed, declination, reach):
         ra, dec = star.place(2026.9)
         hour_angle = rng.uniform(-1, 1)
         high = altitude(hour_angle, dec, setup.latitude)
-        if abs(abs(dec) - declination) <= reach and 25 < high < 75:
+        if abs(abs(dec) - declination) <= reach and altitudes[0] < high < altitudes[1]:
             break
     setup.star = star
     setup.longitude = ((ra + hour_angle - greenwich_sidereal_time(START)) * 15 + 180) % 360 - 180
@@ -51,8 +51,8 @@ def random_setup(seed, declination, reach):
 
 
 def run_one(arguments):
-    program, seed, declination, reach, passes, binning = arguments
-    setup = random_setup(seed, declination, reach)
+    program, seed, declination, reach, altitudes, passes, binning = arguments
+    setup = random_setup(seed, declination, reach, altitudes)
     errors, notes = [], []
     with tempfile.TemporaryDirectory() as home:
         operator = start_program(program, home, setup, START.strftime("%Y-%m-%dT%H:%M:%SZ"), seed, binning)
@@ -96,6 +96,8 @@ def main():
     parser.add_argument("--first-seed", type=int, default=1)
     parser.add_argument("--declination", type=float, default=0, help="of the stars, north or south")
     parser.add_argument("--reach", type=float, default=10, help="how far from that they may be")
+    parser.add_argument("--altitude", type=float, nargs=2, default=(25, 75), metavar=("LOW", "HIGH"),
+                        help="between which they stand, degrees")
     parser.add_argument("--passes", type=int, default=2)
     parser.add_argument("--binning", type=int, default=2, help="larger pixels, which saves time")
     parser.add_argument("--jobs", type=int, default=2)
@@ -103,7 +105,8 @@ def main():
     parser.add_argument("--verbose", action="store_true", help="a line for every run")
     options = parser.parse_args()
 
-    work = [(options.program, seed, options.declination, options.reach, options.passes, options.binning)
+    work = [(options.program, seed, options.declination, options.reach, options.altitude, options.passes,
+             options.binning)
             for seed in range(options.first_seed, options.first_seed + options.runs)]
     with multiprocessing.Pool(options.jobs) as pool:
         results = []
