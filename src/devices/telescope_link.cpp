@@ -275,9 +275,14 @@ void TelescopeLink::AbortTelescopeSlew() {
 bool TelescopeLink::abortsSlews() const {
     const bool reachesRealMounts =
         TelescopeProgID_.starts_with("Indi:") || TelescopeProgID_.starts_with("Alpaca:");
-    const std::string setting =
-        services_.settings.GetSetting("Main", "AbortSlewOnStop", reachesRealMounts ? "1" : "0");
-    return leadingNumber(setting) != 0;
+    try {
+        const std::string setting =
+            services_.settings.GetSetting("Main", "AbortSlewOnStop", reachesRealMounts ? "1" : "0");
+        return leadingNumber(setting) != 0;
+    } catch (...) {
+        return reachesRealMounts;  // the settings' failure is told elsewhere, and a mount has to stop all the
+                                   // same
+    }
 }
 
 bool TelescopeLink::TelescopeMoveIsSuccessful(double ra, double dec) {

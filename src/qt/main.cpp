@@ -100,7 +100,7 @@ int measureOnce(const Options& options) {
     qt::QtEventLoop loop(barrier);
     qt::Theme theme;
     qt::UnattendedDialogs dialogs(std::cerr);
-    qt::Program program({loop, theme, barrier}, user, dialogs, tonightsNoise());
+    qt::Program program({loop, theme, barrier, true}, user, dialogs, tonightsNoise());
     report.application = &program.application();
     qt::UnattendedRun run(program, loop, std::cout);
     loop.post([&run] { run.begin(); });
@@ -132,7 +132,7 @@ int runWithWindows(const Options& options) {
     platform::LockFileGuard guard(paths.lock);
     if (!app::mayStart(guard, dialogs)) return EXIT_FAILURE;
     const platform::TerminationWatch termination;
-    qt::Program program({loop, theme, barrier}, user, dialogs, tonightsNoise());
+    qt::Program program({loop, theme, barrier, true}, user, dialogs, tonightsNoise());
     report.application = &program.application();
     program.openWindows();
     const auto outside = loop.every(kLookOutside, [&] {

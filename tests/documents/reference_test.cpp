@@ -37,6 +37,8 @@ const Place kPlaces[] = {
     {"src/engine/", "Measurement"},
     {"src/correction/", "Correction"},
     {"src/platesolve/", "Plate solving"},
+    {"src/hosts/", "Real devices"},
+    {"src/station/", "Real devices"},
     {"src/platform/http/", "What the built-in instruments refuse"},
     {"src/platform/camera_hardware.h", "What the built-in instruments refuse"},
     {"src/platform/", "Any other failure"},
@@ -266,7 +268,7 @@ TEST(Reference, KnowsTheRoomsThatTellTheOperator) {
         EXPECT_TRUE(isPlaced("src/hosts/") ||
                     vantrel::test::contentsOf(sourceFolder() / file).find("#include \"hosts/") ==
                         std::string::npos)
-            << file << " uses hosts/: add {\"src/hosts/\", \"Telescope\"} to kPlaces of this test";
+            << file << " uses hosts/: add {\"src/hosts/\", \"Real devices\"} to kPlaces of this test";
 }
 
 /// Also what is too short, or too odd, to be told of by itself.

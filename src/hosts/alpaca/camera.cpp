@@ -259,11 +259,12 @@ Camera::Progress Camera::progress() const {
 }
 
 platform::TakenPicture Camera::take() {
-    const auto exposure = std::move(exposure_);
-    if (exposure == nullptr) throw std::runtime_error(name() + " has no picture.");
-    if (exposure->progress() == Progress::kFailed) throw std::runtime_error(exposure->failure());
-    if (exposure->progress() != Progress::kReady)
+    const Progress now = progress();
+    if (now == Progress::kIdle) throw std::runtime_error(name() + " has no picture.");
+    if (now != Progress::kReady && now != Progress::kFailed)
         throw std::runtime_error(name() + " isn't ready with its picture.");
+    const auto exposure = std::move(exposure_);
+    if (now == Progress::kFailed) throw std::runtime_error(exposure->failure());
     return picture(*exposure);
 }
 

@@ -20,6 +20,9 @@ constexpr const char* kSeconds = "CCD_EXPOSURE_VALUE";
 constexpr const char* kBinning = "CCD_BINNING";
 constexpr const char* kAbort = "CCD_ABORT_EXPOSURE";
 constexpr const char* kPicture = "CCD1";
+constexpr const char* kTemperature = "CCD_TEMPERATURE";
+constexpr const char* kCelsius = "CCD_TEMPERATURE_VALUE";
+constexpr const char* kCooler = "CCD_COOLER";
 constexpr const char* kFilter = "FILTER_SLOT";
 constexpr const char* kFilterNumber = "FILTER_SLOT_VALUE";
 constexpr double kLargestSensor = 100'000;  // pixels along a side
@@ -149,8 +152,10 @@ void Camera::readFacts() {
             facts_.shortest = std::max(seconds->minimum, 0.0);
             facts_.longest = seconds->maximum;
         }
-    if (const Property* temperature = device_.find("CCD_TEMPERATURE"))
-        facts_.temperature = temperature->number("CCD_TEMPERATURE_VALUE");
+    if (const Property* temperature = device_.find(kTemperature)) {
+        facts_.temperature = temperature->number(kCelsius);
+        facts_.canCool = temperature->writable;
+    }
     facts_.gain = level("GAIN", "Gain").value;
     facts_.offset = level("OFFSET", "Offset").value;
     facts_.filters = filterNames();
@@ -320,6 +325,26 @@ void Camera::abort() {
     lateOnePossible_ = true;
     if (!device_.has(kAbort)) throw std::runtime_error(name() + " can't give an exposure up");
     device_.await(device_.setSwitch(kAbort, "ABORT", "giving the exposure up"), kAnswer);
+}
+
+void Camera::cool(std::optional<double> celsius) {
+    device_.requireReady();
+    if (!facts_.canCool || (!celsius && !device_.has(kCooler)))
+        throw std::runtime_error(name() + (celsius ? " can't be cooled" : " can't be warmed up"));
+    const char* wanted = celsius ? "COOLER_ON" : "COOLER_OFF";
+    if (const Property* cooler = device_.find(kCooler); cooler != nullptr && !cooler->on(wanted)) {
+        const Request request = device_.setSwitch(kCooler, wanted, "switching its cooler");
+        device_.await(request, kAnswer, [&](const Property& answer) {
+            return answer.updated > request.serial && answer.on(wanted);
+        });
+    }
+    if (!celsius) return;
+    const Request request = device_.setNumbers(kTemperature, {{kCelsius, *celsius}},
+                                               "a temperature of " + platform::toText(*celsius) + " C");
+    // It is Busy until the sensor is as cold as that.
+    device_.await(request, kAnswer, [&](const Property& answer) {
+        return answer.updated > request.serial && answer.state != PropertyState::kAlert;
+    });
 }
 
 Camera::Progress Camera::progress() const {

@@ -30,6 +30,7 @@ class Camera : public platform::CameraHardware {
     /// Takes no dark frames off.
     void start(const platform::CameraOrder& order) override;
     void abort() override;
+    void cool(std::optional<double> celsius) override;
     Progress progress() const override;
     platform::TakenPicture take() override;
 

@@ -19,7 +19,7 @@
 
 namespace vantrel::hosts::indi {
 
-/// A line for the operator.
+/// A line for the operator. Whoever takes it doesn't wait.
 using Tell = std::function<void(const std::string& line)>;
 
 struct Event {

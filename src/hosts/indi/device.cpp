@@ -145,6 +145,7 @@ void Device::lose(const Event& event) {
         return giveUp(serverGone ? "The connection to the INDI server at " + client().server() +
                                        " was lost: " + client().link().problem()
                                  : driverGone);
+    if (stage_ == Stage::kHardware) pause();
     enter(Stage::kServer, kServerTimeOut);
     if (!wasConnected) return;
     if (!serverGone) tell_(driverGone);
@@ -171,9 +172,14 @@ void Device::giveUpOrRetry(const std::string& why) {
     if (waitedFor_) return giveUp(why);
     if (stage_ != Stage::kHardware) return;
     if (pause_ == kFirstPause) tell_(why);
+    pause();
+    enter(Stage::kDevice, kDeviceTimeOut);
+}
+
+/// Before the hardware is tried again: longer each time.
+void Device::pause() {
     nextTry_ = now() + pause_;
     pause_ = std::min(2 * pause_, kLongestPause);
-    enter(Stage::kDevice, kDeviceTimeOut);
 }
 
 void Device::letGo() {

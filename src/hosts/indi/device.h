@@ -58,6 +58,7 @@ class Device : public Dialogue {
     void leaveToOthers();
     void giveUp(const std::string& why);
     void giveUpOrRetry(const std::string& why);
+    void pause();
     void letGo();
     std::string absence() const;
 

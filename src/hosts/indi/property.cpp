@@ -81,6 +81,7 @@ std::optional<Property> definedProperty(const XmlElement& element) {
     property.name = element.attribute("name");
     if (!kind || property.name.empty() || element.children.size() > kMostElements) return std::nullopt;
     property.kind = *kind;
+    property.writable = element.attribute("perm") != "ro";
     takeState(property, element);
     for (const XmlElement& child : element.children) {
         PropertyElement one;

@@ -29,6 +29,7 @@ struct Property {
     Kind kind = Kind::kText;
     std::string name;
     PropertyState state = PropertyState::kIdle;
+    bool writable = true;
     std::string timestamp;  // of the last update, by the driver's clock
     std::vector<PropertyElement> elements;
 

@@ -176,6 +176,7 @@ TEST_F(CameraTest, TakesAPicture) {
     EXPECT_EQ(camera->progress(), Progress::kIdle);
     camera->start({.seconds = 2});
     EXPECT_EQ(camera->progress(), Progress::kExposing);
+    EXPECT_EQ(failure(), "The camera isn't ready with its picture.") << "and goes on";
     const auto start = now();
     EXPECT_EQ(finish(), Progress::kReady);
     EXPECT_LE(now() - start, 3200ms);

@@ -308,9 +308,6 @@ TEST_F(TelescopeTest, StopEndsTheWait) {
     const auto stop = loop.after(200ms, [this] { stopped = true; });
     EXPECT_THAT(failureOf("Declination"), HasSubstr("given up"));
     EXPECT_LE(now() - before, 220ms);
-    const auto commands = server.commandLines().size();
-    EXPECT_THAT(refusal([&] { slew(6, 30); }), HasSubstr("given up"));
-    EXPECT_EQ(server.commandLines().size(), commands) << "nothing is set in motion after Stop";
 }
 
 // ---- slews

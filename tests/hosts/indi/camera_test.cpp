@@ -428,6 +428,28 @@ TEST_F(CameraTest, NeedsASecondConnection) {
     EXPECT_TRUE(camera.connected());
 }
 
+TEST_F(CameraTest, IsCooledAndWarmedUp) {
+    connect();
+    EXPECT_TRUE(camera.facts().canCool);
+    camera.cool(-15);
+    camera.cool(-20);
+    EXPECT_EQ(camera.facts().temperature, -20);
+    camera.cool(std::nullopt);
+    EXPECT_THAT(
+        server.commands,
+        testing::ElementsAre("CCD_COOLER COOLER_ON=On", "CCD_TEMPERATURE CCD_TEMPERATURE_VALUE=-15",
+                             "CCD_TEMPERATURE CCD_TEMPERATURE_VALUE=-20", "CCD_COOLER COOLER_OFF=On"));
+    server.treatment["CCD_TEMPERATURE"] = {Kind::kRefuse};
+    EXPECT_EQ(problemOf([&] { camera.cool(-99); }),
+              "Camera refuses a temperature of -99 C: No CCD_TEMPERATURE today.");
+    server.sayAll(
+        "<delProperty device=\"Camera\" name=\"CCD_COOLER\"/>"
+        "<defNumberVector device=\"Camera\" name=\"CCD_TEMPERATURE\" perm=\"ro\"/>");
+    loop.sleep(10ms);
+    EXPECT_EQ(problemOf([&] { camera.cool(-15); }), "Camera can't be cooled");
+    EXPECT_EQ(problemOf([&] { camera.cool(std::nullopt); }), "Camera can't be warmed up");
+}
+
 TEST_F(CameraTest, TellsTheMomentAtWhichAnExposureIsOver) {
     connect();
     std::vector<Milliseconds> moments;

@@ -17,7 +17,7 @@ namespace vantrel::test {
 
 /// How a command is taken.
 struct Treatment {
-    enum class Kind { kObey, kRefuse, kIgnore, kIgnoreWithMessage, kCut, kHangUp, kSilence };
+    enum class Kind { kObey, kRefuse, kIgnore, kIgnoreWithMessage, kCut, kHangUp, kSilence, kDie };
     Kind kind = Kind::kObey;
     Milliseconds delay{0};
     bool twice = false;  // everything is said two times
@@ -188,6 +188,8 @@ class FakeIndi {
                 return later(how.delay, [this] { stop(); });
             case Treatment::Kind::kHangUp:
                 return stop();
+            case Treatment::Kind::kDie:
+                return restartDriver(device);
             case Treatment::Kind::kSilence:
                 return cutCables();
         }
@@ -351,6 +353,8 @@ class FakeIndi {
                   one("defNumber", "CCD_MAX_X", "0") + one("defNumber", "CCD_MAX_Y", "0") +
                       one("defNumber", "CCD_PIXEL_SIZE", "0")) +
             vector("def", "Number", kCamera, "CCD_TEMPERATURE", "Idle", "CCD_TEMPERATURE_VALUE", "-10.5") +
+            whole("def", "Switch", kCamera, "CCD_COOLER", "Idle",
+                  one("defSwitch", "COOLER_ON", "Off") + one("defSwitch", "COOLER_OFF", "On")) +
             vector("def", "Number", kCamera, "CCD_GAIN", "Idle", "GAIN", "90") +
             vector("def", "Number", kCamera, "CCD_OFFSET", "Idle", "OFFSET", "0") +
             whole("def", "Switch", kCamera, "CCD_FRAME_TYPE", "Idle",

@@ -239,6 +239,16 @@ TEST_F(MountTest, ADriverThatComesBackWithoutItsMountIsTriedAgainAndToldOnce) {
     EXPECT_TRUE(mount.connected());
 }
 
+TEST_F(MountTest, ADriverThatDiesOfBeingConnectedIsNotKilledWithoutEnd) {
+    connect();
+    server.treatment["CONNECTION"] = {Kind::kDie};
+    server.restartDriver("Mount");
+    loop.sleep(5min);
+    EXPECT_GT(server.count("CONNECTION CONNECT"), 8);
+    EXPECT_LT(server.count("CONNECTION CONNECT"), 20);
+    EXPECT_THAT(told, testing::ElementsAre("The driver of Mount has gone"));
+}
+
 TEST_F(MountTest, WhoeverElseDisconnectsItIsRespected) {
     connect();
     server.disconnectByOthers("Mount");

@@ -396,7 +396,7 @@ TEST(WriteFits, ReplacesTheFileOnlyWhenComplete) {
         EXPECT_EQ(entry.path().filename(), "written.fits");
 }
 
-TEST(WriteFits, FailuresNameTheFileThatWasToBeWritten) {
+TEST(WriteFits, FailuresNameTheFileThatIsAtFault) {
     const test::TempFolder folder;
     const std::vector<std::uint16_t> values(4, 7);
     const std::string text(5000, 'x');
@@ -413,8 +413,8 @@ TEST(WriteFits, FailuresNameTheFileThatWasToBeWritten) {
          }},
         {"no such folder", folder / "none/image.fits",
          [&](const auto& target) { writeFits(target, 2, 2, values, {}); }},
-        {"the source is no image", folder / "solved.fits",
-         [&](const auto& target) { writeWcs(folder / "text", target, wcs); }},
+        {"the source is no image, and is what is named", folder / "text",
+         [&](const auto& source) { writeWcs(source, folder / "solved.fits", wcs); }},
     };
     for (const auto& c : cases) {
         const std::string error = test::refusalOf<FitsError>([&] { c.write(c.target); });
