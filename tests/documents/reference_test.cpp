@@ -64,6 +64,8 @@ const char* const kSilent[] = {
 // Texts that nobody is shown.
 const std::set<std::string> kUnseen = {
     "This is a test.",  // what is written to try a folder
+    "<getProperties version=\"1.7\"/>",
+    "<getProperties version=\"1.7\"",  // what an INDI server is asked
     "MaxIm DL",
     "MaxIm CCD",
     "Camera Control",                   // titles of windows that are looked for
