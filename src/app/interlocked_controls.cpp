@@ -20,7 +20,7 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
             &setup.chkUseTelescopeLocation,
             // Camera and images
             &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.optBuiltIn, &imaging.chkUseCCDSoftSubFrame,
-            &imaging.cmdCamera, &imaging.txtIndiServers, &setup.txtImagePath, &setup.Command1,
+            &imaging.cmdCamera, &setup.txtImagePath, &setup.Command1,
             &setup.chkSaveImages,
             // The solver
             &solve.optPinPoint, &solve.optAutoAstrometry, &solve.txtSolveMinSiz, &solve.txtSolveMinBrt,

@@ -12,6 +12,7 @@ MainMenu::MainMenu(Parts& parts) : parts_(parts) {
     panel.mnuFileExit.onClick = [this] { parts_.main.closeByOperator(); };
     panel.mnuSetOnTop.onClick = [this] { mnuSetOnTop_Click(); };
     panel.mnuSetOptions.onClick = [this] { parts_.optionsForm.show(); };
+    parts_.main.imaging.cmdDevices.onClick = [this] { parts_.devicesForm.show(); };
     panel.mnuFormHelp.onClick = [this] { mnuFormHelp_Click(); };
     panel.mnuAbout.onClick = [this] { parts_.aboutForm.show(); };
     panel.cmdLog.onClick = [this] { parts_.logForm.show(); };

@@ -13,6 +13,7 @@ Parts::Parts(const platform::Machine& surroundings)
       polarPlotForm(machine.screen),
       pixelScaleForm(machine.screen),
       optionsForm(machine.screen, settings),
+      devicesForm(machine.screen, settings),
       aboutForm(machine.screen),
       log(machine.loop.clock(), machine.folders, logForm),
       popups(machine.loop, settings, log, state, popupForm, main.setup.txtMsgDisplayTime),

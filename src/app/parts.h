@@ -4,6 +4,7 @@
 #include "app/busy_guard.h"
 #include "app/folder_buttons.h"
 #include "app/frm_about.h"
+#include "app/frm_devices.h"
 #include "app/frm_log.h"
 #include "app/frm_main.h"
 #include "app/frm_options.h"
@@ -62,6 +63,7 @@ struct Parts {
     correction::frmPolarPlot polarPlotForm;
     platesolve::frmPixelScale pixelScaleForm;
     frmOptions optionsForm;
+    frmDevices devicesForm;
     frmAbout aboutForm;
 
     // What tells the operator, and what he sets

@@ -29,7 +29,6 @@ std::vector<SettingsField> fieldsOf(frmMain& form) {
         {kRun, "CrossHairEnable", "0", &exp.chkCrossHairEnable, kNothing, true},
         {kRun, "CrossHairWidth", "1", &exp.cmbCrossHairWidth, kClick, true},
         {kRun, "UseCCDSoftSubFrame", "0", &form.imaging.chkUseCCDSoftSubFrame, kNothing, true},
-        {"Hosts", "IndiServers", "localhost:7624", &form.imaging.txtIndiServers, kChange, false},
         {kRun, "ImagePath", "C:\\", &setup.txtImagePath, kNothing, true, "C:"},
         {kRun, "SaveImages", "0", &setup.chkSaveImages, kNothing, true},
         {"Solve", "ExposeInterval", {}, &run.txtExposeInterval, kChange, true},

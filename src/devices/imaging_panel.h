@@ -13,14 +13,14 @@ struct ImagingPanel {
           optBuiltIn(form, programs, "optImagingSoftware(2)", "Built-in camera program"),
           chkUseCCDSoftSubFrame(form, "chkUseCCDSoftSubFrame", "Use CCDSoft sub-frame"),
           cmdCamera(form, "cmdCamera", "Camera..."),
-          txtIndiServers(form, "txtIndiServers", "localhost:7624") {}
+          cmdDevices(form, "cmdDevices", "Devices...") {}
 
     platform::Frame frmImagingSW;
     platform::OptionGroup programs;
     platform::OptionButton optCCDSoft, optMaxIm, optBuiltIn;
     platform::CheckBox chkUseCCDSoftSubFrame;
-    platform::Button cmdCamera;        // of the built-in camera program
-    platform::TextBox txtIndiServers;  // where mounts and cameras are looked for; blanks between several
+    platform::Button cmdCamera;   // of the built-in camera program
+    platform::Button cmdDevices;  // where real mounts and cameras are looked for
 };
 
 }  // namespace vantrel::devices

@@ -193,10 +193,8 @@ QGroupBox* imagingGroup() {
         row({named<QRadioButton>("optImagingSoftware(0)"), named<QRadioButton>("optImagingSoftware(1)"),
              named<QRadioButton>("optImagingSoftware(2)")},
             true));
-    column->addLayout(row({named<QCheckBox>("chkUseCCDSoftSubFrame"), button("cmdCamera")}, true));
-    auto* const servers = new FieldGrid;
-    servers->addField(Text::tr("INDI servers"), field("txtIndiServers", 30));
-    column->addLayout(servers);
+    column->addLayout(
+        row({named<QCheckBox>("chkUseCCDSoftSubFrame"), button("cmdCamera"), button("cmdDevices")}, true));
     return box;
 }
 

@@ -204,6 +204,29 @@ PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : F
     bind();
 }
 
+// ---- Devices ----
+
+DevicesWindow::DevicesWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    constexpr int kAddress = 30;
+    auto* const indi = new FieldGrid;
+    indi->addField(Text::tr("Servers"), field("txtIndiServers", kAddress));
+    indi->addField(Text::tr("Mount's port"), field("txtMountPort", kAddress));
+    indi->addField(Text::tr("Baud rate"), field("txtMountBaudRate", 8));
+    indi->addRow(named<QCheckBox>("chkTellMount"));
+    auto* const alpaca = new FieldGrid;
+    alpaca->addField(Text::tr("Servers"), field("txtAlpacaServers", kAddress));
+    alpaca->addField(Text::tr("Port of the search"), field("txtAlpacaPort", 8));
+    auto* const column = new QVBoxLayout(this);
+    column->addWidget(group("INDI", indi));
+    column->addWidget(group("Alpaca", alpaca));
+    column->addWidget(named<QCheckBox>("chkAbortSlewOnStop"));
+    column->addStretch();
+    QPushButton* const ok = button("cmdOK");
+    column->addLayout(row({ok}));
+    answerWithEnter(*ok);
+    bind();
+}
+
 // ---- About ----
 
 AboutWindow::AboutWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {

@@ -48,6 +48,11 @@ class PixelScaleWindow : public FormWindow {
     PixelScaleWindow(platform::Form& form, const Front& front);
 };
 
+class DevicesWindow : public FormWindow {
+  public:
+    DevicesWindow(platform::Form& form, const Front& front);
+};
+
 class AboutWindow : public FormWindow {
   public:
     AboutWindow(platform::Form& form, const Front& front);

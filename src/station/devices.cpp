@@ -14,6 +14,7 @@ constexpr const char* kServersKey = "IndiServers";
 constexpr const char* kCameraKey = "Camera";
 constexpr const char* kUsualServer = "localhost:7624";
 constexpr const char* kSimulated = "Simulated";
+constexpr const char* kAlpacaServersKey = "AlpacaServers";
 constexpr const char* kPortKey = "AlpacaPort";  // of the search
 constexpr const char* kUsualPort = "32227";
 constexpr std::uint32_t kClientId = 4711;  // tells this program from others at the same server
@@ -58,7 +59,10 @@ Devices::Devices(const DeviceSurroundings& surroundings)
       wait_(surroundings.loop, surroundings.outsideCalls, surroundings.stopping),
       streams_(surroundings.loop),
       indi_({surroundings.loop, streams_, wait_, surroundings.tell, equinoxConversion()},
-            {[this](const hosts::indi::DeviceId&) { return mountOptions(); }, {}}),
+            {[this](const hosts::indi::DeviceId&) { return mountOptions(); },
+             [this](const hosts::indi::DeviceId&) {
+                 if (setUp_) setUp_();
+             }}),
       http_(surroundings.loop),
       background_(surroundings.loop),
       alpacaClient_(http_, wait_, kClientId) {}
@@ -96,7 +100,23 @@ std::vector<hosts::ServerAddress> Devices::indiServers() const {
 
 /// What the operator wants an INDI mount's driver to be told on connecting.
 hosts::indi::MountOptions Devices::mountOptions() const {
-    return {.port = setting("MountPort"), .baudRate = setting("MountBaudRate"), .site = {}, .setTime = false};
+    const bool tell = platform::leadingNumber(setting("TellMount", "0")) != 0;
+    return {.port = setting("MountPort"),
+            .baudRate = setting("MountBaudRate"),
+            .site = tell ? siteForMount() : std::nullopt,
+            .setTime = tell};
+}
+
+/// None when the mount is the one that tells it, or nobody has told it yet.
+std::optional<hosts::indi::Site> Devices::siteForMount() const {
+    const auto stored = [this](const char* key, const char* otherwise = "") {
+        return surroundings_.settings.read("Main", key).value_or(otherwise);
+    };
+    const std::string mountTells = stored("UseTelescopeSiteLocation", "1");
+    if (mountTells == "True" || platform::leadingNumber(mountTells) != 0) return std::nullopt;
+    const std::string latitude = stored("SiteLatitude"), longitude = stored("SiteLongitude");
+    if (latitude.empty() || longitude.empty()) return std::nullopt;
+    return hosts::indi::Site{platform::leadingNumber(latitude), platform::leadingNumber(longitude), 0};
 }
 
 void Devices::findMounts() { find(false); }
@@ -129,9 +149,28 @@ std::vector<Devices::Found> Devices::findAlpaca(bool cameras) {
     } catch (const std::exception& error) {
         surroundings_.tell(std::string("Alpaca: ") + error.what());
     }
+    askAlpacaServers();
     for (const auto& device : alpaca_->known(cameras ? "camera" : "telescope"))
         found.push_back({device.id(), device.name + " (Alpaca, " + device.server.text() + ")"});
     return found;
+}
+
+/// Those that the operator has named, as no search finds them.
+void Devices::askAlpacaServers() {
+    for (const std::string& word : words(setting(kAlpacaServersKey))) {
+        try {
+            if (const auto server = hosts::alpaca::parseServerAddress(word)) {
+                for (const auto& device : alpaca_->devicesAt(*server)) alpaca_->remember(device);
+            } else if (const auto device = hosts::alpaca::parseDevice(word)) {
+                alpaca_->remember(*device);
+            } else {
+                surroundings_.tell("\"" + word +
+                                   "\" is neither an address of an Alpaca server nor a device at one");
+            }
+        } catch (const std::exception& error) {
+            surroundings_.tell(error.what());
+        }
+    }
 }
 
 void Devices::chooseCamera() {

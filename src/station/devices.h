@@ -52,6 +52,9 @@ class Devices {
     /// Lets the operator choose the camera of the built-in camera program; stores the choice.
     void chooseCamera();
 
+    /// What an INDI mount's set-up shows; until it is given, nothing.
+    void setSetUp(std::function<void()> setUp) { setUp_ = std::move(setUp); }
+
     /// Whether the mount in use is one of these rather than a simulated one.
     bool mountIsReal() const;
 
@@ -65,10 +68,13 @@ class Devices {
     std::vector<Found> find(bool cameras);
     std::vector<Found> findIndi(bool cameras);
     std::vector<Found> findAlpaca(bool cameras);
+    void askAlpacaServers();
     void useCamera(const std::string& id);
     hosts::indi::MountOptions mountOptions() const;
+    std::optional<hosts::indi::Site> siteForMount() const;
 
     DeviceSurroundings surroundings_;
+    std::function<void()> setUp_;
     hosts::PumpedWait wait_;
     hosts::TcpStreams streams_;
     hosts::indi::IndiHost indi_;

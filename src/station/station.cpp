@@ -71,6 +71,9 @@ void Station::keepInstalled(const std::vector<std::string>& progIds) {
 
 platform::Machine Station::machine(platform::AutomationHost& automation, platform::Screen& screen,
                                    platform::Desktop& desktop) {
+    devices_.setSetUp([&screen] {
+        if (platform::Form* const form = screen.find("frmDevices")) form->show();
+    });
     return {surroundings_.loop,
             automation,
             surroundings_.settings,

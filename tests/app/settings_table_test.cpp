@@ -40,7 +40,7 @@ void operate(World& world, const std::string& path, const std::string& text) {
 
 /// The dialogs that hold settings of their own.
 void openEverything(World& world) {
-    for (const char* window : {"frmOptions", "frmPixelScale"}) world.form(window).show();
+    for (const char* window : {"frmOptions", "frmDevices", "frmPixelScale"}) world.form(window).show();
     world.form("frmMain").find("framePP")->setVisible(true);
     world.form("frmMain").find("frameTheSky")->setVisible(true);
 }
@@ -67,6 +67,7 @@ struct Row {
 constexpr const char* kRun = "PolarAlign";
 constexpr const char* kSolve = "Solve";
 constexpr const char* kMain = "Main";
+constexpr const char* kHosts = "Hosts";
 
 const Row kRows[] = {
     {kRun, "PlateSolveMethod", "frmMain.optPlateSolveMethod(1)", "off", "", kAlways, "1", "on"},
@@ -112,6 +113,13 @@ const Row kRows[] = {
     {kSolve, "CameraPixelYSize", "frmPixelScale.txtPixelSizeY", "", "5.5", kOnChange},
     {kSolve, "UnbinnedCCDScaleH", "frmPixelScale.txtUnbinnedCCDScaleHoriz", "1.0", "1.2", kOnChange},
     {kSolve, "UnbinnedCCDScaleV", "frmPixelScale.txtUnbinnedCCDScaleVert", "1.0", "1.3", kOnChange},
+    {kHosts, "IndiServers", "frmDevices.txtIndiServers", "localhost:7624", "pi:7624 pi:7625", kAtEnd},
+    {kHosts, "AlpacaServers", "frmDevices.txtAlpacaServers", "", "192.168.4.1:11111", kAtEnd},
+    {kHosts, "AlpacaPort", "frmDevices.txtAlpacaPort", "32227", "32228", kAtEnd},
+    {kHosts, "MountPort", "frmDevices.txtMountPort", "", "/dev/ttyUSB0", kAtEnd},
+    {kHosts, "MountBaudRate", "frmDevices.txtMountBaudRate", "", "9600", kAtEnd},
+    {kHosts, "TellMount", "frmDevices.chkTellMount", "0", "1", kAtEnd},
+    {kMain, "AbortSlewOnStop", "frmDevices.chkAbortSlewOnStop", "1", "0", kAtEnd},
     {kMain, "SlewEast", "frmMain.optSlewWest", "off", "", kOnChange, "False", "on"},
     {kMain, "SiteLatitude", "frmMain.txtSiteLat", "", "48 30 00", kOnLeave, "48.5", ""},
     {kMain, "SiteLongitude", "frmMain.txtSiteLong", "", "-11 30 00", kOnLeave, "-11.5", ""},

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "app/frm_about.h"
+#include "app/frm_devices.h"
 #include "app/frm_log.h"
 #include "app/frm_main.h"
 #include "app/frm_options.h"
@@ -45,6 +46,7 @@ struct Forms {
     UnattendedDialogs dialogs{boxes};
     app::SettingsStore settings{stored, dialogs};
     app::frmOptions options{screen, settings};
+    app::frmDevices devices{screen, settings};
 
     Theme theme;
     std::string failures;  // what the barrier kept from the toolkit

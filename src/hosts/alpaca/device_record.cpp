@@ -36,6 +36,10 @@ bool isHost(std::string_view text) {
     });
 }
 
+bool isType(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
+}
+
 /// An IPv6 address with or without its zone.
 bool isSixAddress(std::string_view text) {
     const auto zone = text.find('%');
@@ -63,7 +67,7 @@ std::vector<DeviceRecord> devicesIn(const Json& list, const ServerAddress& serve
         device.uniqueId = textMember(entry, "UniqueID");
         device.number = intMember(entry, "DeviceNumber", -1);
         device.server = server;
-        if (!isHost(device.type) || device.number < 0) continue;
+        if (!isType(device.type) || device.number < 0) continue;
         if (!isUsableId(device.uniqueId)) device.uniqueId.clear();
         if (device.name.empty()) device.name = device.type + " " + std::to_string(device.number);
         devices.push_back(std::move(device));
@@ -97,6 +101,22 @@ std::optional<ServerAddress> parseServerAddress(std::string_view text) {
     const auto number = port.empty() ? std::optional<int>(kUsualPort) : parsePort(port);
     if (!number) return std::nullopt;
     return ServerAddress{std::string(host), *number};
+}
+
+std::optional<DeviceRecord> parseDevice(std::string_view text) {
+    const auto numberAt = text.rfind('/');
+    const auto typeAt = numberAt == std::string_view::npos ? numberAt : text.rfind('/', numberAt - 1);
+    if (typeAt == std::string_view::npos || typeAt == 0 || numberAt == 0) return std::nullopt;
+    const auto server = parseServerAddress(text.substr(0, typeAt));
+    const std::string type = platform::toLower(text.substr(typeAt + 1, numberAt - typeAt - 1));
+    const std::string number(text.substr(numberAt + 1));
+    if (!server || number.empty() || number.find_first_not_of("0123456789") != std::string::npos)
+        return std::nullopt;
+    const auto devices = devicesIn(
+        Json::array(
+            {{{"DeviceType", type}, {"DeviceNumber", static_cast<int>(std::stoul(number.substr(0, 6)))}}}),
+        *server);
+    return devices.empty() ? std::nullopt : std::optional(devices.front());
 }
 
 }  // namespace vantrel::hosts::alpaca

@@ -33,4 +33,8 @@ std::vector<DeviceRecord> devicesIn(const Json& list, const ServerAddress& serve
 /// servers have. Nothing when it is no address.
 std::optional<ServerAddress> parseServerAddress(std::string_view text);
 
+/// A device of a server that has no list of them, as it is typed: "host:port/telescope/0". Nothing when it
+/// is none.
+std::optional<DeviceRecord> parseDevice(std::string_view text);
+
 }  // namespace vantrel::hosts::alpaca

@@ -37,6 +37,29 @@ TEST(ServerAddress, IsReadAsPeopleTypeIt) {
     EXPECT_EQ(parseServerAddress(std::string(300, 'a')), std::nullopt);
 }
 
+TEST(DeviceRecord, IsReadAsTyped) {
+    const struct {
+        const char* typed;
+        const char* id;  // empty: it is none
+    } cases[] = {{"10.0.0.7:80/telescope/0", "Alpaca:10.0.0.7:80/telescope/0"},
+                 {"http://mount/Camera/12", "Alpaca:mount:11111/camera/12"},
+                 {"[::1]:80/telescope/1", "Alpaca:[::1]:80/telescope/1"},
+                 {"mount", ""},
+                 {"mount/telescope", ""},
+                 {"/telescope/0", ""},
+                 {"telescope/0", ""},
+                 {"/", ""},
+                 {"//", ""},
+                 {"mount/telescope/x", ""},
+                 {"mount/telescope/-1", ""},
+                 {"mount/../0", ""},
+                 {"mount//0", ""}};
+    for (const auto& c : cases) {
+        const auto device = parseDevice(c.typed);
+        EXPECT_EQ(device ? device->id() : "", c.id) << c.typed;
+    }
+}
+
 TEST(DeviceRecord, TakesWhatMakesSenseOfAList) {
     const Json list = parseJson(R"([
         {"DeviceName":"My mount","DeviceType":"Telescope","DeviceNumber":3,"UniqueID":"7f5a-1"},
