@@ -1,13 +1,15 @@
 #include "qt/form_window.h"
 
 #include <QCloseEvent>
-#include <QLayout>
 #include <QPointer>
+#include <QStyle>
+#include <QVBoxLayout>
 #include <QWindow>
 #include <algorithm>
 #include <utility>
 
 #include "qt/mnemonics.h"
+#include "qt/parts.h"
 #include "qt/translation.h"
 
 namespace vantrel::qt {
@@ -26,11 +28,26 @@ FormWindow::FormWindow(platform::Form& form, const Front& front, Qt::WindowFlags
 
 FormWindow::~FormWindow() = default;
 
+QWidget& FormWindow::scrolledPage() {
+    auto* const page = new QWidget;
+    auto* const frame = new QVBoxLayout(this);
+    frame->setContentsMargins({});
+    frame->addWidget(new ScrollPage(page));
+    return *page;
+}
+
 void FormWindow::bind() {
     binding_ = std::make_unique<Binding>(form_, *this, front_);
     assignMnemonics(*this);
     const QSize room(form_.screen().workArea().width, form_.screen().workArea().height);
-    const QSize needed = layout()->totalSizeHint().boundedTo(room).expandedTo(layout()->totalMinimumSize());
+    // Widgets that were never seen get their look, and with it their size, only now.
+    for (QWidget* widget : findChildren<QWidget*>()) {
+        widget->ensurePolished();
+        widget->updateGeometry();
+    }
+    QSize needed = layout()->totalSizeHint();
+    if (needed.height() > room.height()) needed.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    needed = needed.boundedTo(room).expandedTo(layout()->totalMinimumSize());
     platform::Rectangle place = form_.place();
     place.width = std::max(place.width, needed.width());
     place.height = std::max(place.height, needed.height());

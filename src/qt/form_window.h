@@ -20,6 +20,9 @@ class FormWindow : public QWidget {
     void bringToFront();
 
   protected:
+    /// The widget to lay out on; all of it scrolls where the screen is too small.
+    QWidget& scrolledPage();
+
     /// To be called once, when every widget is in place. Makes the form at least as large as its
     /// widgets would like.
     void bind();

@@ -124,13 +124,17 @@ QLayout* windowButtons() {
 }
 
 QWidget* runTab(const Theme& theme) {
-    auto* const left = new QVBoxLayout;
+    auto* const steps = new QWidget;
+    auto* const left = new QVBoxLayout(steps);
+    left->setContentsMargins({});
     left->setSpacing(10);
     left->addWidget(instructions(), 2);
     left->addLayout(indicators());
     left->addLayout(runButtons());
     left->addWidget(errorPlotGroup(theme), 3);
-    auto* const right = new QVBoxLayout;
+    auto* const values = new QWidget;
+    auto* const right = new QVBoxLayout(values);
+    right->setContentsMargins({});
     right->setSpacing(10);
     right->addWidget(measurementGroup());
     right->addWidget(exposureGroup());
@@ -139,8 +143,8 @@ QWidget* runTab(const Theme& theme) {
     auto* const page = new QWidget;
     auto* const columns = new QHBoxLayout(page);
     columns->setSpacing(14);
-    columns->addLayout(left, 1);
-    columns->addLayout(right);
+    columns->addWidget(new ScrollColumn(steps), 1);
+    columns->addWidget(new ScrollColumn(values));
     return page;
 }
 
@@ -247,8 +251,8 @@ QGroupBox* solveGroup() {
 
 QLayout* catalogTestRow() {
     auto* const result = named<QLabel>("lblCatTest");
-    result->setMinimumSize(result->fontMetrics().horizontalAdvance("Test passed") + 4,
-                           result->fontMetrics().lineSpacing() * 2);
+    result->setText("Test passed\n(see log)");
+    result->setMinimumSize(result->sizeHint());  // whatever it says, the window stays as it is
     return row({button("cmdTestCatPath"), result}, true);
 }
 
@@ -334,9 +338,9 @@ MainWindow::MainWindow(platform::Form& form, const Front& front) : FormWindow(fo
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     tabs->setAccessibleName(Text::tr("Pages"));
-    tabs->addTab(runTab(front.theme), "Run");
-    tabs->addTab(setupTab(), Text::tr("Set-up"));
-    tabs->addTab(plateSolveTab(), "Plate Solve");
+    tabs->addTab(new ScrollPage(runTab(front.theme)), "Run");
+    tabs->addTab(new ScrollPage(setupTab()), Text::tr("Set-up"));
+    tabs->addTab(new ScrollPage(plateSolveTab()), "Plate Solve");
     layout->addWidget(tabs);
     bind();
     findChild<QPushButton*>("cmdRun")->setFocus();

@@ -1,11 +1,13 @@
 #include "qt/parts.h"
 
 #include <QAction>
-#include <QComboBox>
+#include <QApplication>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPainter>
+#include <QResizeEvent>
+#include <QScrollBar>
 
 #include "qt/mnemonics.h"
 
@@ -68,6 +70,50 @@ void Readout::paintEvent(QPaintEvent* event) {
     QLabel::paintEvent(event);
 }
 
+ScrollPage::ScrollPage(QWidget* content) {
+    setWidgetResizable(true);
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setWidget(content);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* /*before*/, QWidget* now) {
+        // What is clicked stays under the mouse.
+        if (now != nullptr && isAncestorOf(now) && QGuiApplication::mouseButtons() == Qt::NoButton)
+            bringIntoView(*now);
+    });
+}
+
+/// All of it: the toolkit's own way is content with a field's caret.
+void ScrollPage::bringIntoView(const QWidget& focus) {
+    const QRect place(focus.mapTo(widget(), QPoint()), focus.size());
+    if (viewport()->rect().contains(QRect(focus.mapTo(viewport(), QPoint()), focus.size()))) return;
+    constexpr int kMargin = 24;
+    ensureVisible(place.right(), place.bottom(), 0, kMargin);
+    ensureVisible(place.left(), place.top(), 0, kMargin);
+}
+
+ScrollColumn::ScrollColumn(QWidget* content) : ScrollPage(content) {
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSizePolicy(content->sizePolicy());
+}
+
+QSize ScrollColumn::minimumSizeHint() const {
+    const QSize content = widget()->minimumSizeHint();
+    const int bar = height() < content.height() ? verticalScrollBar()->sizeHint().width() : 0;
+    return {content.width() + bar, ScrollPage::minimumSizeHint().height()};
+}
+
+void ScrollColumn::resizeEvent(QResizeEvent* event) {
+    ScrollPage::resizeEvent(event);
+    if (event->oldSize().height() != event->size().height()) updateGeometry();
+}
+
+void ListField::wheelEvent(QWheelEvent* event) {
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore();
+}
+
 LineField* field(const char* name, int characters) {
     auto* const line = named<LineField>(name);
     line->setFixedWidth(figureWidth(*line) * characters + kFieldEdges);
@@ -76,7 +122,7 @@ LineField* field(const char* name, int characters) {
 }
 
 QComboBox* listField(const char* name, int characters) {
-    auto* const list = named<QComboBox>(name);
+    auto* const list = named<ListField>(name);
     list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     list->setMinimumContentsLength(characters);
     list->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);

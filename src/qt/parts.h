@@ -1,16 +1,17 @@
 // The pieces that the windows are laid out with.
 #pragma once
 
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QString>
 #include <initializer_list>
 
 class QAction;
-class QComboBox;
 class QGroupBox;
 class QHBoxLayout;
 class QMenu;
@@ -48,6 +49,35 @@ class Readout : public QLabel {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+};
+
+/// Scrolls what is on it where there is no room for it, and keeps whatever has the keys in view.
+class ScrollPage : public QScrollArea {
+  public:
+    explicit ScrollPage(QWidget* content);
+    QSize sizeHint() const override { return widget()->sizeHint(); }
+
+  private:
+    void bringIntoView(const QWidget& focus);
+};
+
+/// Scrolls upwards and downwards only: it stands beside others and is always as wide as its content.
+class ScrollColumn : public ScrollPage {
+  public:
+    explicit ScrollColumn(QWidget* content);
+    QSize minimumSizeHint() const override;
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+};
+
+/// A list that a turn of the wheel passes by, unless it has the keys: the page below scrolls.
+class ListField : public QComboBox {
+  public:
+    ListField() { setFocusPolicy(Qt::StrongFocus); }
+
+  protected:
+    void wheelEvent(QWheelEvent* event) override;
 };
 
 /// A widget that goes by the control's name.

@@ -2,10 +2,8 @@
 
 #include <QAction>
 #include <QDesktopServices>
-#include <QGuiApplication>
 #include <QMenu>
 #include <QMenuBar>
-#include <QScreen>
 #include <QUrl>
 #include <algorithm>
 #include <stdexcept>
@@ -17,14 +15,6 @@
 
 namespace vantrel::qt {
 namespace {
-
-/// The desktop without its panels and without what the title bar and the border add to a window: a form's
-/// size is that of what is inside them.
-platform::Rectangle workArea() {
-    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
-    const QRect inside = QRect(area.topLeft(), area.marginsRemoved(usualFrame()).size());
-    return {inside.left(), inside.top(), inside.width(), inside.height()};
-}
 
 /// The simulator's mount stands as one does that was set up by eye. Arc-minutes.
 void standAskew(platform::AutomationHost& classes) {

@@ -48,7 +48,7 @@ LogWindow::LogWindow(platform::Form& form, const Front& front) : FormWindow(form
 // ---- Telescope ----
 
 TelescopeWindow::TelescopeWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const layout = new QVBoxLayout(this);
+    auto* const layout = new QVBoxLayout(&scrolledPage());
     auto* const box = named<QGroupBox>("fraTelescopeSelection");
     auto* const grid = new QGridLayout(box);
     grid->setSpacing(8);
@@ -113,10 +113,10 @@ QGridLayout* readoutGrid() {
 }  // namespace
 
 PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const layout = new QHBoxLayout(this);
+    auto* const layout = new QHBoxLayout(&scrolledPage());
     layout->setSpacing(12);
     auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, PictureKind::kDial);
-    const int side = dial->fontMetrics().height() * 18;
+    const int side = dial->fontMetrics().height() * 12;
     dial->setMinimumSize(side, side);
     dial->setAccessibleName(Text::tr("Pole and mount's axis"));
     layout->addWidget(dial, 1);
@@ -170,10 +170,10 @@ void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::st
 // ---- Pixel scale calculator ----
 
 PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const layout = new QVBoxLayout(this);
+    auto* const layout = new QVBoxLayout(&scrolledPage());
     auto* const bar = new QMenuBar;
     menuItem(*bar->addMenu("&File"), "mnuExit");
-    layout->setMenuBar(bar);
+    this->layout()->setMenuBar(bar);
     constexpr int kFigures = 8;
     auto* const grid = new QGridLayout;
     grid->setHorizontalSpacing(8);
@@ -230,7 +230,7 @@ DevicesWindow::DevicesWindow(platform::Form& form, const Front& front) : FormWin
 // ---- About ----
 
 AboutWindow::AboutWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const layout = new QVBoxLayout(this);
+    auto* const layout = new QVBoxLayout(&scrolledPage());
     layout->setContentsMargins(20, 18, 20, 16);
     layout->setSpacing(12);
     auto* const version = named<QLabel>("lblVersion");
@@ -336,7 +336,7 @@ QWidget* widgetFor(const platform::Control& control, const Theme& theme) {
 }  // namespace
 
 PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const column = new QVBoxLayout(this);
+    auto* const column = new QVBoxLayout(&scrolledPage());
     auto* const buttons = new QHBoxLayout;
     QMenu* menu = nullptr;
     std::map<const platform::Control*, QWidget*> made;
@@ -346,7 +346,7 @@ PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(
             if (menu == nullptr) {
                 auto* const bar = new QMenuBar;
                 menu = bar->addMenu("&File");
-                column->setMenuBar(bar);
+                layout()->setMenuBar(bar);
             }
             menuItem(*menu, control->name().c_str());
             continue;

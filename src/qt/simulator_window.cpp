@@ -199,8 +199,8 @@ SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : For
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     tabs->setAccessibleName(Text::tr("Pages"));
-    tabs->addTab(mountPage(), Text::tr("Mount"));
-    tabs->addTab(cameraPage(), Text::tr("Camera and sky"));
+    tabs->addTab(new ScrollPage(mountPage()), Text::tr("Mount"));
+    tabs->addTab(new ScrollPage(cameraPage()), Text::tr("Camera and sky"));
     layout->addWidget(tabs);
     auto* const status = named<QLabel>("lblStatus");
     status->setWordWrap(true);

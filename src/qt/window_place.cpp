@@ -19,12 +19,19 @@ int kept(int start, int extent, int first, int room) {
     return std::max(first, std::min(start, first + room - extent));
 }
 
-}  // namespace
-
+/// What a title bar and borders usually add to a window; the true ones are known when it is shown.
 QMargins usualFrame() {
     const int border = QApplication::style()->pixelMetric(QStyle::PM_MdiSubWindowFrameWidth);
     const int title = QApplication::style()->pixelMetric(QStyle::PM_TitleBarHeight);
     return {border, title, border, border};
+}
+
+}  // namespace
+
+platform::Rectangle workArea() {
+    const QRect area = QGuiApplication::primaryScreen()->availableGeometry();
+    const QSize inside = area.marginsRemoved(usualFrame()).size();
+    return {area.left(), area.top(), inside.width(), inside.height()};
 }
 
 WindowPlace::WindowPlace(QWidget& window, platform::EventLoop& loop,
@@ -105,7 +112,8 @@ QRect WindowPlace::onScreen(const QRect& place) const {
     if (screen == nullptr) screen = QGuiApplication::primaryScreen();
     const QRect room = screen->availableGeometry();
     const QMargins around = frame();
-    const QSize size = place.size().boundedTo(room.marginsRemoved(around).size());
+    const QSize size =
+        place.size().expandedTo(window_.minimumSizeHint()).boundedTo(room.marginsRemoved(around).size());
     const QSize outside = size.grownBy(around);
     return {QPoint(kept(place.left(), outside.width(), room.left(), room.width()),
                    kept(place.top(), outside.height(), room.top(), room.height())),

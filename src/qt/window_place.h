@@ -6,15 +6,16 @@
 #include <QRect>
 #include <functional>
 
+#include "platform/form.h"
 #include "platform/timer.h"
 
 class QWidget;
 
 namespace vantrel::qt {
 
-/// What a title bar and borders usually add to a window. Beside a window manager the true ones are known only
-/// when the window is shown.
-QMargins usualFrame();
+/// The desktop without its panels and without what a frame adds to a window: a form's size is that of what is
+/// inside.
+platform::Rectangle workArea();
 
 /// While a window opens it reports moves that nobody made: it gets its frame, and stands aside by it until
 /// the program is told of it; and a move that is asked for meanwhile ends beside its target. So the window is

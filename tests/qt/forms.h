@@ -28,9 +28,11 @@
 namespace vantrel::qt {
 
 struct Forms {
+    explicit Forms(const platform::Rectangle& workArea = {0, 0, 1600, 1000}) : screen(workArea) {}
+
     platform::VirtualTime time{platform::Instant{}};
     platform::QueuedEventLoop loop{time};
-    platform::Screen screen{{0, 0, 1600, 1000}};
+    platform::Screen screen;
     app::frmMain main{screen};
     app::frmLog log{screen};
     app::frmPopupMsg popup{screen};

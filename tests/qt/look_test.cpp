@@ -6,67 +6,17 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <optional>
-#include <ostream>
+#include <QScrollArea>
+#include <QScrollBar>
 
 #include <gtest/gtest.h>
 
-#include "qt/forms.h"
-#include "qt/in_german.h"
+#include "qt/layouts.h"
 #include "qt/light.h"
 #include "qt/watched_settings.h"
 
 namespace vantrel::qt {
 namespace {
-
-/// Runs with another font for as long as it lives.
-class WithFont {
-  public:
-    explicit WithFont(int points) : before_(QApplication::font()) {
-        QApplication::setFont(QFont("DejaVu Sans", points));
-    }
-    ~WithFont() { QApplication::setFont(before_); }
-
-  private:
-    QFont before_;
-};
-
-/// Everything shown and filled with the longest texts that occur.
-void fill(Forms& forms) {
-    for (platform::Form* form : forms.screen.forms()) form->show();
-    forms.main.run.optSlewEast.select();
-    forms.main.plateSolve.framePP.setVisible(true);
-    forms.main.plateSolve.frameTheSky.setVisible(true);
-    forms.main.plateSolve.cmbppCat.addItem("USNO-B-Net", 8);
-    forms.main.plateSolve.cmbppCat.setText("USNO-B-Net");
-    forms.main.plateSolve.lblCatTest.setCaption("Test passed\r\n(see log)");
-    forms.main.errorPlot.txtRARange.setText("90.0000");
-    forms.main.errorPlot.txtDecError.setText("-10.1243");
-    forms.main.run.cmdExpose.setCaption("Stoping Exp.");
-    forms.main.run.lblMeasure.setCaption("Correct");
-    auto& plot = forms.polarPlot;
-    for (platform::TextBox* box : {&plot.txtMagnitude, &plot.txtAngle, &plot.txtAltitudeError,
-                                   &plot.txtAzimuthError, &plot.txtOffsetRA, &plot.txtOffsetDec})
-        box->setText("-1234.56");
-    for (platform::Label* unit : {&plot.lblRA_Unit, &plot.lblElevation_Unit, &plot.lblAzimuth_Unit})
-        unit->setCaption("arc-min");
-    auto& mount = forms.simulator;
-    for (platform::TextBox* box : {&mount.txtAzimuthError, &mount.txtElevationError}) box->setText("-120.00");
-    for (platform::TextBox* box : {&mount.txtRA, &mount.txtHourAngle, &mount.txtAltitude})
-        box->setText("23h 59m E");
-    mount.lblState.setCaption("Standing still");
-    mount.cmbStar.setText("Kaus Australis, -34°, 5h 50m east - to sync on");
-    mount.lblField.setCaption("10.00\" a pixel, 10.39° by 10.04°");
-    mount.lblStatus.setCaption("The mount can't slew to coordinates while it isn't tracking");
-    plot.lblRightOfPole.setCaption(" Right of pole");
-    forms.popup.txtMsg.setText("\r\n Connecting to Camera \r\n\r\n Please wait \r\n");
-    platform::Drawing dial;
-    dial.scale = {-1, 1, 1, -1};
-    dial.shapes = {platform::Circle{0, 0, 0.8}, platform::Line{-0.8, 0, 0.8, 0},
-                   platform::Text{-0.05, 0.98, "Up"},
-                   platform::Circle{0.2, 0.3, 0.05, true, platform::color::kDarkGreen}};
-    plot.picPolarPlot.setDrawing(dial);
-}
 
 /// Why the widget doesn't show all it has to show; empty when it does.
 std::string clippedPart(const QWidget& widget) {
@@ -103,20 +53,10 @@ bool isPart(const QWidget* widget) {
            qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget);
 }
 
-struct Layout {
-    int points;
-    bool german = false;
-    friend void PrintTo(const Layout& layout, std::ostream* out) {
-        *out << layout.points << (layout.german ? " points, German" : " points, English");
-    }
-};
-
 class LayoutTest : public testing::TestWithParam<Layout> {};
 
 TEST_P(LayoutTest, ClipsAndCoversNothing) {
-    const WithFont font(GetParam().points);
-    std::optional<InGerman> german;
-    if (GetParam().german) german.emplace();
+    const WithLayout layout(GetParam());
     Forms forms;
     const auto windows = windowsFor(forms.screen, forms.front);
     fill(forms);
@@ -136,9 +76,23 @@ TEST_P(LayoutTest, ClipsAndCoversNothing) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(FontSizes, LayoutTest,
-                         testing::Values(Layout{9}, Layout{11}, Layout{13}, Layout{9, true},
-                                         Layout{13, true}));
+TEST_P(LayoutTest, ScrollsNothingWhereThereIsRoom) {
+    const WithLayout layout(GetParam());
+    Forms forms;
+    const auto windows = windowsFor(forms.screen, forms.front);
+    fill(forms);
+    forms.rest();
+    for (const auto& window : windows)
+        onEveryPage(*window, [&] {
+            forms.settle();
+            for (const QScrollArea* area : window->findChildren<QScrollArea*>())
+                for (const QScrollBar* bar : {area->horizontalScrollBar(), area->verticalScrollBar()})
+                    EXPECT_FALSE(area->isVisible() && bar->isVisible())
+                        << window->form().name() << ": " << bar->maximum() << " too much";
+        });
+}
+
+INSTANTIATE_TEST_SUITE_P(FontSizes, LayoutTest, testing::ValuesIn(kLayouts));
 
 int brightest(const QImage& image) {
     int most = 0;

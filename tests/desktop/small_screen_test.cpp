@@ -1,0 +1,162 @@
+// Windows on a screen that is too small for some of them: 1024 x 600, or 1920 x 1080 with everything twice as
+// large.
+#include <QAbstractButton>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTabWidget>
+#include <QWindow>
+
+#include <gtest/gtest.h>
+
+#include "desktop/desk.h"
+#include "qt/image_window.h"
+#include "qt/layouts.h"
+#include "qt/picture_widget.h"
+
+namespace vantrel::desktop {
+namespace {
+
+bool isControl(const QWidget& widget) {
+    return qobject_cast<const QAbstractButton*>(&widget) || qobject_cast<const QComboBox*>(&widget) ||
+           qobject_cast<const QLabel*>(&widget) || qobject_cast<const QLineEdit*>(&widget) ||
+           qobject_cast<const QPlainTextEdit*>(&widget) || dynamic_cast<const qt::PictureWidget*>(&widget);
+}
+
+/// Whether nothing of the widget lies outside of what holds it.
+bool isInView(const QWidget& widget) {
+    for (const QWidget* holder = &widget; !holder->isWindow();) {
+        holder = holder->parentWidget();
+        if (!holder->rect().contains(QRect(widget.mapTo(holder, QPoint()), widget.size()))) return false;
+    }
+    return true;
+}
+
+/// With its frame.
+bool isOnScreen(const XOperator& eyes, const QWidget& window) {
+    const QScreen& screen = *QGuiApplication::primaryScreen();
+    const QRect frame = eyes.frameOf(window);
+    return !frame.isEmpty() && QRect(QPoint(), screen.size() * screen.devicePixelRatio()).contains(frame);
+}
+
+/// Turns the wheel, so to say.
+void scrollTo(QWidget& widget) {
+    for (QWidget* holder = widget.parentWidget(); holder != nullptr; holder = holder->parentWidget())
+        if (auto* const area = qobject_cast<QScrollArea*>(holder)) area->ensureWidgetVisible(&widget);
+}
+
+class SmallScreenTest : public testing::TestWithParam<qt::Layout> {};
+
+TEST_P(SmallScreenTest, HasRoomForEveryWindowAndReachesEveryControl) {
+    const qt::WithLayout layout(GetParam());
+    qt::Forms forms(qt::workArea());
+    const XOperator eyes;
+    const auto windows = qt::windowsFor(forms.screen, forms.front);
+    qt::fill(forms);
+    for (const auto& window : windows) {
+        SCOPED_TRACE(window->form().name());
+        ASSERT_TRUE(comesTrue([&] {
+            forms.settle();
+            return window->isVisible() && window->windowHandle()->isExposed();
+        }));
+        forms.rest();
+        EXPECT_TRUE(comesTrue([&] { return isOnScreen(eyes, *window); }));
+        int controls = 0;
+        qt::onEveryPage(*window, [&] {
+            forms.settle();
+            for (QWidget* widget : window->findChildren<QWidget*>()) {
+                if (!widget->isVisible() || widget->window() != window.get() || !isControl(*widget)) continue;
+                ++controls;
+                scrollTo(*widget);
+                EXPECT_TRUE(isInView(*widget)) << widget->objectName().toStdString();
+            }
+        });
+        EXPECT_GT(controls, 0);
+    }
+}
+
+// The tabulator goes from one to the next, a label's key to any of them.
+TEST_P(SmallScreenTest, KeepsWhatHasTheKeysInView) {
+    const qt::WithLayout layout(GetParam());
+    qt::Forms forms(qt::workArea());
+    const auto windows = qt::windowsFor(forms.screen, forms.front);
+    for (const auto& window : windows) {
+        if (window->windowFlags() & Qt::WindowDoesNotAcceptFocus) continue;
+        SCOPED_TRACE(window->form().name());
+        window->form().show();
+        ASSERT_TRUE(comesTrue([&] {
+            forms.settle();
+            return window->isActiveWindow();
+        }));
+        qt::onEveryPage(*window, [&] {
+            QSet<QWidget*> seen;
+            while (QWidget* const widget = window->focusWidget()) {
+                if (seen.contains(widget)) break;
+                seen.insert(widget);
+                EXPECT_TRUE(isInView(*widget)) << widget->objectName().toStdString();
+                QTest::keyClick(widget, Qt::Key_Tab);
+            }
+            for (QWidget* widget : seen) {
+                widget->setFocus(Qt::ShortcutFocusReason);
+                EXPECT_TRUE(isInView(*widget)) << widget->objectName().toStdString();
+            }
+        });
+        window->form().unload();
+    }
+}
+
+// A click gives the keys to a control of which only a part is in view.
+TEST(SmallScreen, LeavesWhatIsClickedUnderTheMouse) {
+    qt::Forms forms(qt::workArea());
+    XOperator hands;
+    const auto windows = qt::windowsFor(forms.screen, forms.front);
+    qt::FormWindow& window = *windows.front();
+    constexpr int kLow = 300;
+    window.form().setPlace({0, 0, window.width(), kLow});
+    window.form().show();
+    ASSERT_TRUE(comesTrue([&] {
+        forms.rest();
+        return window.isActiveWindow() && window.height() == kLow;
+    }));
+    window.findChild<QTabWidget*>()->setCurrentIndex(1);
+    forms.settle();
+    auto& box = qt::widgetOf<QCheckBox>(window, "chkUseTelescopeLocation");
+    QWidget* holder = &box;
+    while (qobject_cast<QScrollArea*>(holder) == nullptr) holder = holder->parentWidget();
+    auto& page = static_cast<QScrollArea&>(*holder);
+    const int below = box.mapTo(page.widget(), QPoint()).y() + box.height() / 2;
+    page.verticalScrollBar()->setValue(below - page.viewport()->height());
+    const bool before = box.isChecked();
+    ASSERT_LT(page.viewport()->height(), below);
+    hands.click(onScreen(box).topLeft() + QPoint(6, 6));
+    EXPECT_TRUE(comesTrue([&] {
+        forms.settle();
+        return box.isChecked() != before;
+    }));
+}
+
+TEST(SmallScreen, HasRoomForThePicture) {
+    qt::Forms forms(qt::workArea());
+    const XOperator eyes;
+    observatory::OpenDocuments documents;
+    for (const char* size : {"300", "5000"}) {
+        forms.stored.write("ImageWindow", "Width", size);
+        forms.stored.write("ImageWindow", "Height", size);
+        qt::ImageWindow window(documents, forms.stored, forms.front);
+        window.showByOperator();
+        EXPECT_TRUE(comesTrue([&] {
+            forms.rest();
+            return isOnScreen(eyes, window);
+        })) << size;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FontSizes, SmallScreenTest, testing::ValuesIn(qt::kLayouts));
+
+}  // namespace
+}  // namespace vantrel::desktop

@@ -1,0 +1,77 @@
+// What windows are laid out for: font sizes, languages, and the longest texts that occur.
+#pragma once
+
+#include <QApplication>
+#include <QFont>
+#include <optional>
+#include <ostream>
+
+#include "qt/forms.h"
+#include "qt/in_german.h"
+
+namespace vantrel::qt {
+
+struct Layout {
+    int points;
+    bool german = false;
+    friend void PrintTo(const Layout& layout, std::ostream* out) {
+        *out << layout.points << (layout.german ? " points, German" : " points, English");
+    }
+};
+
+inline constexpr Layout kLayouts[] = {{9}, {11}, {13}, {9, true}, {13, true}};
+
+/// Windows that are made meanwhile are laid out so.
+class WithLayout {
+  public:
+    explicit WithLayout(const Layout& layout) : before_(QApplication::font()) {
+        QApplication::setFont(QFont("DejaVu Sans", layout.points));
+        if (layout.german) german_.emplace();
+    }
+    ~WithLayout() { QApplication::setFont(before_); }
+    WithLayout(const WithLayout&) = delete;
+    WithLayout& operator=(const WithLayout&) = delete;
+
+  private:
+    QFont before_;
+    std::optional<InGerman> german_;
+};
+
+/// Everything shown and filled with the longest texts that occur.
+inline void fill(Forms& forms) {
+    for (platform::Form* form : forms.screen.forms()) form->show();
+    forms.main.run.optSlewEast.select();
+    forms.main.plateSolve.framePP.setVisible(true);
+    forms.main.plateSolve.frameTheSky.setVisible(true);
+    forms.main.plateSolve.cmbppCat.addItem("USNO-B-Net", 8);
+    forms.main.plateSolve.cmbppCat.setText("USNO-B-Net");
+    forms.main.plateSolve.lblCatTest.setCaption("Test passed\r\n(see log)");
+    forms.main.errorPlot.txtRARange.setText("90.0000");
+    forms.main.errorPlot.txtDecError.setText("-10.1243");
+    forms.main.run.cmdExpose.setCaption("Stoping Exp.");
+    forms.main.run.lblMeasure.setCaption("Correct");
+    auto& plot = forms.polarPlot;
+    for (platform::TextBox* box : {&plot.txtMagnitude, &plot.txtAngle, &plot.txtAltitudeError,
+                                   &plot.txtAzimuthError, &plot.txtOffsetRA, &plot.txtOffsetDec})
+        box->setText("-1234.56");
+    for (platform::Label* unit : {&plot.lblRA_Unit, &plot.lblElevation_Unit, &plot.lblAzimuth_Unit})
+        unit->setCaption("arc-min");
+    auto& mount = forms.simulator;
+    for (platform::TextBox* box : {&mount.txtAzimuthError, &mount.txtElevationError}) box->setText("-120.00");
+    for (platform::TextBox* box : {&mount.txtRA, &mount.txtHourAngle, &mount.txtAltitude})
+        box->setText("23h 59m E");
+    mount.lblState.setCaption("Standing still");
+    mount.cmbStar.setText("Kaus Australis, -34°, 5h 50m east - to sync on");
+    mount.lblField.setCaption("10.00\" a pixel, 10.39° by 10.04°");
+    mount.lblStatus.setCaption("The mount can't slew to coordinates while it isn't tracking");
+    plot.lblRightOfPole.setCaption(" Right of pole");
+    forms.popup.txtMsg.setText("\r\n Connecting to Camera \r\n\r\n Please wait \r\n");
+    platform::Drawing dial;
+    dial.scale = {-1, 1, 1, -1};
+    dial.shapes = {platform::Circle{0, 0, 0.8}, platform::Line{-0.8, 0, 0.8, 0},
+                   platform::Text{-0.05, 0.98, "Up"},
+                   platform::Circle{0.2, 0.3, 0.05, true, platform::color::kDarkGreen}};
+    plot.picPolarPlot.setDrawing(dial);
+}
+
+}  // namespace vantrel::qt
