@@ -6,11 +6,15 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTabWidget>
+#include <QTimer>
 #include <QWindow>
+#include <functional>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -18,6 +22,8 @@
 #include "qt/image_window.h"
 #include "qt/layouts.h"
 #include "qt/picture_widget.h"
+#include "qt/qt_dialogs.h"
+#include "qt/temporary_home.h"
 
 namespace vantrel::desktop {
 namespace {
@@ -108,6 +114,57 @@ TEST_P(SmallScreenTest, KeepsWhatHasTheKeysInView) {
         });
         window->form().unload();
     }
+}
+
+TEST_P(SmallScreenTest, HasRoomForDialogs) {
+    const qt::WithLayout layout(GetParam());
+    const qt::TemporaryHome home;
+    const platform::UserMachine user(home.paths());
+    const qt::Theme theme;
+    qt::QtDialogs dialogs(user.folders, "C:\\");
+    const XOperator eyes;
+    const std::string longest =
+        "The settings in " + std::string(90, 'x') + "/settings can't be read:\r\n" + std::string(300, 'm');
+    const std::pair<const char*, std::function<void()>> openings[] = {
+        {"folder", [&] { dialogs.chooseFolder("Set Image Path"); }},
+        {"chooser",
+         [&] {
+             dialogs.choose("Telescope Chooser", {{"A", std::string(120, 'm')}, {"B", "B"}}, "B");
+         }},
+        {"message", [&] {
+             dialogs.messageBox("Vantrel", longest, platform::Dialogs::Icon::kCritical,
+                                platform::Dialogs::Buttons::kOkCancel);
+         }}};
+    for (const auto& [name, open] : openings) {
+        QTimer::singleShot(0, [&, name = name] {
+            QWidget& dialog = *QApplication::activeModalWidget();
+            EXPECT_TRUE(comesTrue([&] { return isOnScreen(eyes, dialog); })) << name;
+            for (QWidget* button : dialog.findChildren<QPushButton*>())
+                EXPECT_TRUE(comesTrue([&] { return !button->isVisible() || isInView(*button); })) << name;
+            dialog.close();
+        });
+        open();
+    }
+}
+
+TEST(SmallScreen, ScrollsALongMessageByKeys) {
+    const platform::FolderMap noFolders("/nowhere");
+    const qt::Theme theme;
+    std::string lines;
+    for (int line = 0; line < 100; ++line) lines += "The settings can't be read\r\n";
+    QTimer::singleShot(0, [] {
+        QWidget& dialog = *QApplication::activeModalWidget();
+        EXPECT_TRUE(comesTrue([&] { return dialog.isActiveWindow(); }));
+        const auto& words = *dialog.findChild<QScrollArea*>();
+        const QScrollBar& bar = *words.verticalScrollBar();
+        EXPECT_GT(bar.maximum(), 0);
+        EXPECT_EQ(words.horizontalScrollBar()->maximum(), 0);
+        for (int page = 0; page < 100; ++page) QTest::keyClick(dialog.focusWidget(), Qt::Key_PageDown);
+        EXPECT_EQ(bar.value(), bar.maximum());
+        dialog.close();
+    });
+    qt::QtDialogs(noFolders, "C:\\")
+        .messageBox("Vantrel", lines, platform::Dialogs::Icon::kCritical, platform::Dialogs::Buttons::kOk);
 }
 
 // A click gives the keys to a control of which only a part is in view.
