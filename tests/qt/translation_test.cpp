@@ -1,10 +1,14 @@
 // What is in the operator's language, and what is the same in every language.
 #include "qt/translation.h"
 
+#include <QFile>
 #include <QRegularExpression>
+#include <QTranslator>
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
+#include "platform/user_machine.h"
 #include "qt/forms.h"
 #include "qt/in_german.h"
 
@@ -28,6 +32,36 @@ TEST(Translation, KnowsEveryCaptionOfOurOwnForms) {
                 EXPECT_TRUE(!isWord || inWords(form->name(), text) != QString::fromStdString(text)) << text;
             }
         }
+}
+
+/// The literals in calls of Text::tr, put together as the compiler does.
+QStringList textsIn(const QString& source) {
+    static const QRegularExpression call(R"(Text::tr\(\s*((?:"(?:[^"\\]|\\.)*"\s*)+))");
+    static const QRegularExpression seam(R"("\s+")");
+    QStringList texts;
+    for (auto found = call.globalMatch(source); found.hasNext();) {
+        QString text = found.next().captured(1).trimmed().remove(seam);
+        texts << text.mid(1, text.size() - 2).replace("\\n", "\n").replace("\\\"", "\"");
+    }
+    return texts;
+}
+
+TEST(Translation, HasEveryTextOfTheWindowsThemselves) {
+    QTranslator german;
+    ASSERT_TRUE(german.load(
+        "vantrel_de", QString::fromStdString((platform::sharedDataFolder() / "translations").string())));
+    int texts = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(VANTREL_QT_SOURCES)) {
+        if (entry.path().extension() != ".cpp") continue;
+        QFile file(entry.path());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        for (const QString& text : textsIn(QString::fromUtf8(file.readAll()))) {
+            ++texts;
+            EXPECT_FALSE(german.translate("Text", text.toUtf8().constData()).isEmpty())
+                << entry.path().filename() << ": " << text.toStdString();
+        }
+    }
+    EXPECT_GT(texts, 0);
 }
 
 TEST(Translation, TakesNamesAndFiguresAlong) {

@@ -56,6 +56,10 @@
         <translation>Anzeigedauer von Meldungen</translation>
     </message>
     <message>
+        <source>INDI servers</source>
+        <translation>INDI-Server</translation>
+    </message>
+    <message>
         <source>Messages</source>
         <translation>Meldungen</translation>
     </message>
@@ -85,7 +89,7 @@
     </message>
     <message>
         <source> CCW from up</source>
-        <translation> gegen den Uhrzeigersinn von oben</translation>
+        <translation> linksherum von oben</translation>
     </message>
     <message>
         <source>East-West</source>
