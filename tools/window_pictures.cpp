@@ -83,6 +83,7 @@ class Pictures {
 void takeSmallWindows(Night& night, const Pictures& pictures) {
     for (const auto& [form, name] : {std::pair{"frmAbout", "about"},
                                      {"frmOptions", "options"},
+                                     {"frmDevices", "devices"},
                                      {"frmPixelScale", "pixel-scale"},
                                      {"frmSelectCCSoftware", "imaging-software"}}) {
         night.program.screen().find(form)->show();
@@ -137,6 +138,12 @@ void takePictures(const QString& folder, bool byNight) {
          [&] {
              pictures.take("frmSimulator", "simulator");
              press("frmSimulator.cmdSync");
+             // The folders of this run are temporary ones.
+             label("frmMain.lblImageFolder").setCaption("/home/observer/Documents/Vantrel");
+             label("frmMain.lblLogFolder").setCaption("/home/observer/Documents/Vantrel/Message Logs");
+             pictures.take("frmMain", "set-up", 1);
+             pictures.take("frmMain", "plate-solve", 2);
+             pictures.take("frmMain", "run");
              night.typeInto("txtDeltaRA", "15");
              night.click("cmdRun");
          }},
@@ -146,11 +153,6 @@ void takePictures(const QString& folder, bool byNight) {
         {[&] { return shown("frmPolarPlot"); },
          [&] {
              pictures.take("frmMain", "measured");
-             // The folders of this run are temporary ones.
-             label("frmMain.lblImageFolder").setCaption("/home/observer/Documents/Vantrel");
-             label("frmMain.lblLogFolder").setCaption("/home/observer/Documents/Vantrel/Message Logs");
-             pictures.take("frmMain", "set-up", 1);
-             pictures.take("frmMain", "plate-solve", 2);
              pictures.take("frmPolarPlot", "polar-plot");
              pictures.take("frmLog", "log");
              pictures.take("frmTelescope", "telescope");

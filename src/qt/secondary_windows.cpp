@@ -216,7 +216,7 @@ DevicesWindow::DevicesWindow(platform::Form& form, const Front& front) : FormWin
     auto* const alpaca = new FieldGrid;
     alpaca->addField(Text::tr("Servers"), field("txtAlpacaServers", kAddress));
     alpaca->addField(Text::tr("Port of the search"), field("txtAlpacaPort", 8));
-    auto* const column = new QVBoxLayout(this);
+    auto* const column = new QVBoxLayout(&scrolledPage());
     column->addWidget(group("INDI", indi));
     column->addWidget(group("Alpaca", alpaca));
     column->addWidget(named<QCheckBox>("chkAbortSlewOnStop"));

@@ -56,8 +56,20 @@
         <translation>Anzeigedauer von Meldungen</translation>
     </message>
     <message>
-        <source>INDI servers</source>
-        <translation>INDI-Server</translation>
+        <source>Servers</source>
+        <translation>Server</translation>
+    </message>
+    <message>
+        <source>Mount&apos;s port</source>
+        <translation>Anschluss der Montierung</translation>
+    </message>
+    <message>
+        <source>Baud rate</source>
+        <translation>Baudrate</translation>
+    </message>
+    <message>
+        <source>Port of the search</source>
+        <translation>Port der Suche</translation>
     </message>
     <message>
         <source>Messages</source>
