@@ -1,5 +1,5 @@
-// Camera frames with known stars: sky, gradient, nebula, gaussian stars integrated over the pixels, photon
-// and read noise, wrong pixels, 16 bits.
+// Camera frames with known stars: sky, gradient, nebula, gaussian stars integrated over the pixels, stars out
+// of focus, trails, photon and read noise, a sensor's defects, 16 bits.
 #pragma once
 
 #include <algorithm>
@@ -22,6 +22,31 @@ struct FrameStar {
     double sigma() const { return width / 2.354820045; }
 };
 
+/// A star far out of focus: an evenly lit disc around a dark one, both in pixels of radius, with edges
+/// blurred by a gaussian of one standard deviation.
+struct FrameDisc {
+    double x = 0, y = 0;
+    double outer = 30, inner = 10;
+    double height = 500;
+    double blur = 1.5;
+};
+
+/// A point of light that moved in a straight line while the shutter was open, evenly or flashing: a gaussian
+/// across. Lengths in pixels.
+struct FrameTrail {
+    double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
+    double width = 3;
+    double peak = 1000;
+    double dash = 0, gap = 0;
+};
+
+/// A rectangle of pixels that show so much more or less than they ought to, or that value and nothing else.
+struct FrameDefect {
+    int left = 0, top = 0, right = 0, bottom = 0;  // the last two not included
+    double offset = 0;
+    bool stuck = false;
+};
+
 struct FrameRecipe {
     int width = 100, height = 100;
     double sky = 1000;
@@ -31,6 +56,11 @@ struct FrameRecipe {
     std::vector<FrameStar> stars;
     double wrongPixels = 0;  // share of all
     bool mosaic = false;     // a colour sensor: levels of red, green and blue differ
+    double vignetting = 0;   // share of the light that the corners lose
+    std::vector<FrameDisc> discs = {};
+    std::vector<FrameTrail> trails = {};
+    std::vector<FrameDefect> defects = {};
+    bool noiseFree = false;
 
     /// Of a sky pixel, one electron a count.
     double noise() const { return std::sqrt(sky + readNoise * readNoise); }
@@ -49,6 +79,9 @@ class FramePainter {
     platform::ImageArray paint(const FrameRecipe& recipe) {
         std::vector<float> light = skyOf(recipe);
         for (const FrameStar& star : recipe.stars) addStar(light, recipe, star);
+        for (const FrameDisc& disc : recipe.discs) addDisc(light, recipe, disc);
+        for (const FrameTrail& trail : recipe.trails) addTrail(light, recipe, trail);
+        if (recipe.vignetting > 0) darkenCorners(light, recipe);
         if (recipe.mosaic) dyePixels(light, static_cast<std::size_t>(recipe.width));
         std::vector<std::uint16_t> counts(light.size());
         const auto readVariance = static_cast<float>(recipe.readNoise * recipe.readNoise);
@@ -57,8 +90,10 @@ class FramePainter {
             const float* noise = deviates_.data() + random_() % (deviates_.size() - columns);
             for (std::size_t i = 0; i < columns; ++i)
                 counts[row + i] =
-                    asCount(light[row + i] + std::sqrt(light[row + i] + readVariance) * noise[i]);
+                    asCount(light[row + i] +
+                            (recipe.noiseFree ? 0 : std::sqrt(light[row + i] + readVariance)) * noise[i]);
         }
+        for (const FrameDefect& defect : recipe.defects) spoil(counts, recipe, defect);
         const auto wrong = static_cast<long>(recipe.wrongPixels * static_cast<double>(counts.size()));
         for (long i = 0; i < wrong; ++i)
             counts[random_() % counts.size()] = static_cast<std::uint16_t>(3000 + random_() % 62'000);
@@ -71,6 +106,71 @@ class FramePainter {
   private:
     static std::uint16_t asCount(float value) {
         return static_cast<std::uint16_t>(std::clamp(value + 0.5F, 0.0F, 65535.0F));
+    }
+
+    static void spoil(std::vector<std::uint16_t>& counts, const FrameRecipe& recipe, const FrameDefect& d) {
+        for (int y = std::max(0, d.top); y < std::min(d.bottom, recipe.height); ++y)
+            for (int x = std::max(0, d.left); x < std::min(d.right, recipe.width); ++x) {
+                std::uint16_t& count = counts[placeOf(x, y, recipe)];
+                count = asCount(static_cast<float>(d.stuck ? d.offset : count + d.offset));
+            }
+    }
+
+    static std::size_t placeOf(int x, int y, const FrameRecipe& recipe) {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(recipe.width) +
+               static_cast<std::size_t>(x);
+    }
+
+    static void darkenCorners(std::vector<float>& light, const FrameRecipe& recipe) {
+        const double corner = std::hypot(recipe.width / 2.0, recipe.height / 2.0);
+        for (int y = 0; y < recipe.height; ++y)
+            for (int x = 0; x < recipe.width; ++x) {
+                const double r = std::hypot(x - recipe.width / 2.0, y - recipe.height / 2.0) / corner;
+                light[placeOf(x, y, recipe)] *= static_cast<float>(1 - recipe.vignetting * r * r);
+            }
+    }
+
+    static void addDisc(std::vector<float>& light, const FrameRecipe& recipe, const FrameDisc& disc) {
+        const int reach = static_cast<int>(disc.outer + 5 * disc.blur) + 2;
+        const auto within = [&](double distance, double radius) {
+            return radius > 0 ? std::erfc((distance - radius) / (disc.blur * std::sqrt(2.0))) / 2 : 0.0;
+        };
+        for (int y = std::max(0, static_cast<int>(disc.y) - reach);
+             y < std::min(recipe.height, static_cast<int>(disc.y) + reach); ++y)
+            for (int x = std::max(0, static_cast<int>(disc.x) - reach);
+                 x < std::min(recipe.width, static_cast<int>(disc.x) + reach); ++x) {
+                const double distance = std::hypot(x - disc.x, y - disc.y);
+                light[placeOf(x, y, recipe)] += static_cast<float>(
+                    disc.height * (within(distance, disc.outer) - within(distance, disc.inner)));
+            }
+    }
+
+    static void addTrail(std::vector<float>& light, const FrameRecipe& recipe, const FrameTrail& trail) {
+        const double length = std::hypot(trail.x2 - trail.x1, trail.y2 - trail.y1);
+        const double alongX = (trail.x2 - trail.x1) / length, alongY = (trail.y2 - trail.y1) / length;
+        const double sigma = trail.width / 2.354820045;
+        const double reach = 6 * sigma + 2;
+        const auto within = [&](double s, double from, double to) {
+            const double unit = 1 / (sigma * std::sqrt(2.0));
+            return (std::erf((s - from) * unit) - std::erf((s - to) * unit)) / 2;
+        };
+        const int top = std::max(0, static_cast<int>(std::min(trail.y1, trail.y2) - reach));
+        const int bottom =
+            std::min(recipe.height, static_cast<int>(std::max(trail.y1, trail.y2) + reach) + 1);
+        for (int y = top; y < bottom; ++y)
+            for (int x = 0; x < recipe.width; ++x) {
+                const double across = (y - trail.y1) * alongX - (x - trail.x1) * alongY;
+                const double s = (x - trail.x1) * alongX + (y - trail.y1) * alongY;
+                if (std::abs(across) > reach || s < -reach || s > length + reach) continue;
+                double share = 0;
+                if (trail.dash > 0)
+                    for (double from = 0; from < length; from += trail.dash + trail.gap)
+                        share += within(s, from, std::min(length, from + trail.dash));
+                else
+                    share = within(s, 0, length);
+                light[placeOf(x, y, recipe)] +=
+                    static_cast<float>(trail.peak * share * std::exp(-across * across / (2 * sigma * sigma)));
+            }
     }
 
     static void dyePixels(std::vector<float>& light, std::size_t width) {
@@ -128,6 +228,20 @@ class FramePainter {
     std::vector<float>
         deviates_;  // of gaussian noise; each row of a frame takes a run of them from a random place
 };
+
+/// The same image in floats, without a value ("not a number") in these rectangles.
+inline platform::ImageArray withBlanks(const platform::ImageArray& image,
+                                       const std::vector<FrameDefect>& blanks) {
+    const auto& counts = std::get<std::vector<std::uint16_t>>(image.pixels());
+    std::vector<float> floats(counts.begin(), counts.end());
+    for (const FrameDefect& blank : blanks)
+        for (int y = std::max(0, blank.top); y < std::min(blank.bottom, static_cast<int>(image.height()));
+             ++y)
+            for (int x = std::max(0, blank.left); x < std::min(blank.right, static_cast<int>(image.width()));
+                 ++x)
+                floats[static_cast<std::size_t>(y) * image.width() + static_cast<std::size_t>(x)] = NAN;
+    return {image.width(), image.height(), std::move(floats)};
+}
 
 /// The half-flux diameter of the star's light as far as the frame can hold it: the star's width, unless it is
 /// cut off at 65,535.
