@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "correction/stars/defective_lines.h"
 #include "correction/stars/star_light.h"
 #include "correction/stars/star_measurement.h"
 
@@ -56,9 +57,10 @@ std::optional<StarUnderPoint> measureStarAt(const platform::ImageArray& image, d
           y < static_cast<double>(image.height()) - 0.5))
         return std::nullopt;
     const PixelBox box = around(x, y, kNeighbourhood, image);
-    const platform::ImageArray piece = cutOut(image, box);
-    const PixelBox aim = around(x - box.left, y - box.top, kAim, piece);
+    platform::ImageArray piece = cutOut(image, box);
     const SkyLevel sky(piece, kNeighbourhood - 2);
+    piece = withoutDefectiveLines(piece, sky);
+    const PixelBox aim = around(x - box.left, y - box.top, kAim, piece);
     auto seed = brightestSeed(starLight(piece, sky, aim));
     if (!seed) return std::nullopt;
     seed->x += aim.left;

@@ -72,6 +72,18 @@ TEST(StarUnderPoint, isMeasuredWhereverThePointLiesNearIt) {
     }
 }
 
+TEST(StarUnderPoint, isNoDefectiveColumn) {
+    FrameRecipe recipe;
+    recipe.width = recipe.height = 160;
+    recipe.defects = {{83, 0, 84, 160, 3000}};
+    EXPECT_FALSE(measureStarAt(FramePainter(3).paint(recipe), 80, 80));
+    recipe.stars = {{78.3, 80.6, 3, 2000}};
+    const auto found = measureStarAt(FramePainter(3).paint(recipe), 80, 80);
+    ASSERT_TRUE(found);
+    EXPECT_NEAR(found->x, 78.3, 0.2);
+    EXPECT_NEAR(found->y, 80.6, 0.2);
+}
+
 TEST(StarUnderPoint, hasAPeakAmongPixelsWithoutAValue) {
     FrameRecipe recipe;
     recipe.stars = {{50, 40, 4, 9000}};
