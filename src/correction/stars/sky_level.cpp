@@ -1,6 +1,7 @@
 #include "correction/stars/sky_level.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -14,53 +15,96 @@ namespace {
 constexpr int kSamplesPerSide = 8;
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
-using Place = std::vector<double>::iterator;
-
-/// Puts the value of this rank (0 the lowest, 1 the highest) where it belongs, with lower ones before it.
-Place ranked(Place first, Place last, double rank) {
-    const Place place = first + static_cast<std::ptrdiff_t>(rank * static_cast<double>(last - first - 1));
-    std::nth_element(first, place, last);
-    return place;
-}
-
 /// Some pixels of a cell, row after row, evenly spread.
 struct Sample {
     int columns = 0, rows = 0;
-    std::vector<double> values;
+    std::array<double, kSamplesPerSide * kSamplesPerSide> values;
+
+    std::size_t size() const { return static_cast<std::size_t>(columns * rows); }
 };
 
+/// The cells that an image is divided into.
+struct Cells {
+    Cells(const platform::ImageArray& image, int side)
+        : width(static_cast<int>(image.width())),
+          height(static_cast<int>(image.height())),
+          columns(std::max(1, width / side)),
+          rows(std::max(1, height / side)) {}
+
+    PixelBox box(int i, int j) const {
+        return {i * width / columns, j * height / rows, (i + 1) * width / columns, (j + 1) * height / rows};
+    }
+
+    int width, height, columns, rows;
+};
+
+/// Of all cells in a row of them: row of pixels by row of pixels, as they lie in memory.
 template <typename Pixel>
-Sample sampleOf(const Pixel* pixels, std::size_t stride, const PixelBox& box) {
-    Sample sample = {std::min(kSamplesPerSide, box.width()), std::min(kSamplesPerSide, box.height()), {}};
-    sample.values.reserve(kSamplesPerSide * kSamplesPerSide);
-    for (int j = 0; j < sample.rows; ++j) {
-        const int y = box.top + (2 * j + 1) * box.height() / (2 * sample.rows);
-        const Pixel* row = pixels + static_cast<std::size_t>(y) * stride;
-        for (int i = 0; i < sample.columns; ++i) {
-            const int x = box.left + (2 * i + 1) * box.width() / (2 * sample.columns);
-            sample.values.push_back(static_cast<double>(row[x]));
+void addSamples(std::vector<Sample>& samples, const Pixel* pixels, const Cells& cells, int rowOfCells) {
+    const auto first = samples.insert(samples.end(), static_cast<std::size_t>(cells.columns), Sample());
+    const PixelBox band = cells.box(0, rowOfCells);
+    const int rows = std::min(kSamplesPerSide, band.height());
+    for (int row = 0; row < rows; ++row) {
+        const int y = band.top + (2 * row + 1) * band.height() / (2 * rows);
+        const Pixel* line = pixels + static_cast<std::size_t>(y) * static_cast<std::size_t>(cells.width);
+        for (int i = 0; i < cells.columns; ++i) {
+            const PixelBox box = cells.box(i, rowOfCells);
+            Sample& sample = first[i];
+            sample.columns = std::min(kSamplesPerSide, box.width());
+            sample.rows = rows;
+            for (int column = 0; column < sample.columns; ++column)
+                sample.values[static_cast<std::size_t>(row * sample.columns + column)] = static_cast<double>(
+                    line[box.left + (2 * column + 1) * box.width() / (2 * sample.columns)]);
         }
     }
-    return sample;
 }
 
-/// The finite values, less a plane that rises by these amounts across the cell.
-std::vector<double> flattened(const Sample& sample, double acrossColumns, double acrossRows) {
-    std::vector<double> values;
-    values.reserve(sample.values.size());
-    auto value = sample.values.begin();
-    for (int j = 0; j < sample.rows; ++j)
-        for (int i = 0; i < sample.columns; ++i, ++value)
-            if (std::isfinite(*value))
-                values.push_back(*value - acrossColumns * ((i + 0.5) / sample.columns - 0.5) -
-                                 acrossRows * ((j + 0.5) / sample.rows - 0.5));
-    return values;
-}
+/// The finite values of a sample, less a plane.
+class Values {
+  public:
+    /// The plane rises by these amounts across the cell.
+    Values(const Sample& sample, double acrossColumns, double acrossRows) {
+        const auto height = [](double across, int i, int count) {
+            return across * ((i + 0.5) / count - 0.5);
+        };
+        std::array<double, kSamplesPerSide> ofColumns{};
+        for (int i = 0; i < sample.columns; ++i)
+            ofColumns[static_cast<std::size_t>(i)] = height(acrossColumns, i, sample.columns);
+        auto value = sample.values.begin();
+        for (int j = 0; j < sample.rows; ++j) {
+            const double ofRow = height(acrossRows, j, sample.rows);
+            for (std::size_t i = 0; i < static_cast<std::size_t>(sample.columns); ++i, ++value)
+                if (std::isfinite(*value)) values_[count_++] = *value - ofColumns[i] - ofRow;
+        }
+        // A cell must not be judged by what little of it has values.
+        isGap_ = count_ == 0 || count_ * 4 < sample.size();
+    }
 
-/// A cell must not be judged by what little of it has values.
-bool isGap(const Sample& sample, const std::vector<double>& finite) {
-    return finite.empty() || finite.size() * 4 < sample.values.size();
-}
+    bool isGap() const { return isGap_; }
+
+    /// Puts the lower one of the two in the middle where it belongs, with lower ones before it.
+    double median() { return ranked(count_, 0.5); }
+
+    /// How far the darker sixth lies below the median: one standard deviation of gaussian noise.
+    double spread() {
+        constexpr double kOneSigmaBelow = 2 * 0.1587;  // of the darker half
+        const double middle = median();
+        return middle - ranked((count_ - 1) / 2 + 1, kOneSigmaBelow);
+    }
+
+  private:
+    /// The one of this rank (0 the lowest, 1 the highest) of the first ones.
+    double ranked(std::size_t count, double rank) {
+        const auto first = values_.begin();
+        const auto place = first + static_cast<std::ptrdiff_t>(rank * static_cast<double>(count - 1));
+        std::nth_element(first, place, first + static_cast<std::ptrdiff_t>(count));
+        return *place;
+    }
+
+    std::array<double, kSamplesPerSide * kSamplesPerSide> values_;
+    std::size_t count_ = 0;
+    bool isGap_ = false;
+};
 
 /// How much the grid rises from one cell to the next, along its columns or its rows.
 double rise(const PixelGrid& grid, int i, int j, int di, int dj) {
@@ -70,47 +114,50 @@ double rise(const PixelGrid& grid, int i, int j, int di, int dj) {
     return cells > 0 ? (grid.at(right, bottom) - grid.at(left, top)) / cells : 0;
 }
 
-/// How far the darker sixth lies below the median: one standard deviation of gaussian noise.
-double spreadOf(std::vector<double> values) {
-    constexpr double kOneSigmaBelow = 2 * 0.1587;  // of the darker half
-    const Place median = ranked(values.begin(), values.end(), 0.5);
-    return *median - *ranked(values.begin(), median + 1, kOneSigmaBelow);
+/// What straight lines between the cells' middles miss where the grid bends: an eighth of how much it does,
+/// and three eighths beyond the last middle.
+double missed(const PixelGrid& grid, int i, int j, int di, int dj) {
+    const int count = di ? grid.width : grid.height, cell = di ? i : j;
+    if (count < 3) return 0;
+    const int middle = std::clamp(cell, 1, count - 2);
+    const int x = di ? middle : i, y = dj ? middle : j;
+    const double bend = grid.at(x - di, y - dj) - 2 * grid.at(x, y) + grid.at(x + di, y + dj);
+    return std::abs(bend) * (cell == 0 || cell + 1 == count ? 0.375 : 0.125);
 }
 
 }  // namespace
 
-SkyLevel::SkyLevel(const platform::ImageArray& image, int cell) {
-    const auto width = static_cast<int>(image.width());
-    const auto height = static_cast<int>(image.height());
-    const int columns = std::max(1, width / cell);
-    const int rows = std::max(1, height / cell);
-    cellsPerColumn_ = static_cast<double>(columns) / width;
-    cellsPerRow_ = static_cast<double>(rows) / height;
+SkyLevel::SkyLevel(const platform::ImageArray& image, int cell, double leastNoise) {
+    const Cells cells(image, cell);
+    const int columns = cells.columns, rows = cells.rows;
+    cellsPerColumn_ = static_cast<double>(columns) / cells.width;
+    cellsPerRow_ = static_cast<double>(rows) / cells.height;
     levels_ = PixelGrid(columns, rows);
     noises_ = PixelGrid(columns, rows);
     std::vector<Sample> samples;
     samples.reserve(levels_.values.size());
     for (int j = 0; j < rows; ++j)
-        for (int i = 0; i < columns; ++i) {
-            const PixelBox box = {i * width / columns, j * height / rows, (i + 1) * width / columns,
-                                  (j + 1) * height / rows};
-            samples.push_back(
-                std::visit([&](const auto& pixels) { return sampleOf(pixels.data(), image.width(), box); },
-                           image.pixels()));
-            std::vector<double> values = flattened(samples.back(), 0, 0);
-            levels_.at(i, j) = isGap(samples.back(), values) ? kNoValue : medianOf(std::move(values));
-        }
+        std::visit([&](const auto& pixels) { addSamples(samples, pixels.data(), cells, j); }, image.pixels());
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        Values values(samples[i], 0, 0);
+        levels_.values[i] = values.isGap() ? kNoValue : values.median();
+    }
     if (!platform::fillGaps(levels_.values, static_cast<std::size_t>(columns)))
         throw platform::runTimeError(platform::error_number::kInvalidProcedureCall);
     // Whole numbers hide noise of less than about half a count.
-    const double least = std::holds_alternative<std::vector<float>>(image.pixels()) ? 0 : 0.5;
+    const double least =
+        std::max(leastNoise, std::holds_alternative<std::vector<float>>(image.pixels()) ? 0 : 0.5);
     for (int j = 0; j < rows; ++j)
         for (int i = 0; i < columns; ++i) {
-            const Sample& sample = samples[levels_.index(i, j)];
-            std::vector<double> values =
-                flattened(sample, rise(levels_, i, j, 1, 0), rise(levels_, i, j, 0, 1));
-            noises_.at(i, j) =
-                isGap(sample, values) ? kNoValue : std::max(least, spreadOf(std::move(values)));
+            const double acrossColumns = rise(levels_, i, j, 1, 0), acrossRows = rise(levels_, i, j, 0, 1);
+            Values values(samples[levels_.index(i, j)], acrossColumns, acrossRows);
+            if (values.isGap()) {
+                noises_.at(i, j) = kNoValue;
+                continue;
+            }
+            const double unsure = (std::abs(acrossColumns) + std::abs(acrossRows)) / (2 * kSamplesPerSide) +
+                                  missed(levels_, i, j, 1, 0) + missed(levels_, i, j, 0, 1);
+            noises_.at(i, j) = std::max(values.spread(), least + unsure / kStandsOut);
         }
     platform::fillGaps(noises_.values, static_cast<std::size_t>(columns));
     typicalNoise_ = medianOf(noises_.values);

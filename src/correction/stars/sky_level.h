@@ -8,16 +8,19 @@
 
 namespace vantrel::correction {
 
+/// How many deviations above the sky something is before it counts as light.
+inline constexpr double kStandsOut = 4;
+
 /// The level and noise of the sky in square cells, from a sample of each cell's pixels: the median, and how
 /// far the darker ones lie below it once the slope towards the neighbouring cells is taken away. Between the
 /// cells' centres the level is interpolated, so gradients and nebulae wider than a cell belong to the sky;
-/// what it misses of narrower ones counts as noise. Cells most of whose pixels have no value (are no finite
-/// numbers) have the sky of those around them.
+/// what it misses of narrower ones, or may miss by taking samples only, counts as noise. Cells most of whose
+/// pixels have no value (are no finite numbers) have the sky of those around them.
 class SkyLevel {
   public:
-    /// `cell` in pixels, at least large enough that the stars looked for cover less than half of it. Throws
-    /// the run-time failure 5 when no cell has a sky of its own.
-    SkyLevel(const platform::ImageArray& image, int cell);
+    /// `cell` in pixels, at least large enough that the stars looked for cover less than half of it. There is
+    /// no less noise than `leastNoise`. Throws the run-time failure 5 when no cell has a sky of its own.
+    SkyLevel(const platform::ImageArray& image, int cell, double leastNoise = 0);
 
     struct Sky {
         double level, noise;

@@ -7,10 +7,8 @@
 
 namespace vantrel::correction {
 
-/// A pixel counts as far as it lies more than this many deviations above the sky.
-inline constexpr double kStandsOut = 4;
-
 /// The star light of every pixel in the box (inside the image), in the image's units; 0 where there is none.
+/// A pixel counts as far as it stands out of the sky.
 ///
 /// Light falls on neighbouring pixels too, even in the sharpest image: at least two of the four direct
 /// neighbours of a star's brightest pixel have nearly a third of its height. A pixel counts no further than
