@@ -29,8 +29,11 @@ struct BrightestStar {
     std::vector<std::string> log;  // what the operator's log says about it
 };
 
-/// Searches a decimated copy of the image stripe by stripe and measures the star in full resolution. Throws
-/// nothing: failures are named in the result.
+/// Searches a decimated copy of the image stripe by stripe and measures the star in full resolution; then
+/// looks once more from afar, for a star far out of focus (a disc of up to 80 pixels radius, with a dark
+/// middle or without). A sensor's defective columns and rows are filled in first, and tracks of satellites
+/// and aeroplanes passed over: a star that lies on a track is lost with it. Throws nothing: failures are
+/// named in the result.
 BrightestStar BrightestStar3(const platform::ImageArray& image);
 
 }  // namespace vantrel::correction

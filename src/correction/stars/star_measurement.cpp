@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <numeric>
 
 #include "correction/stars/sky_around.h"
 #include "correction/stars/star_gaussian.h"
@@ -54,43 +55,51 @@ bool isSeen(const PixelGrid& pixels, double x0, double y0, double radius) {
     return 4 * seen >= 3 * all;
 }
 
-struct Growth {
-    double total = 0;
-    double halfRadius = 0;
-};
-
-/// Light within circles around the star: all of it, and the radius that encloses half.
-Growth growthOf(const PixelGrid& pixels, const StarGaussian& star, double radius) {
-    constexpr int kParts = 5;  // of a pixel, along each axis
-    constexpr double kStep = 0.02;
-    std::vector<double> rings(static_cast<std::size_t>(radius / kStep) + 1, 0.0);
-    const PixelBox box =
-        PixelBox{static_cast<int>(star.x - radius), static_cast<int>(star.y - radius),
-                 static_cast<int>(star.x + radius) + 2, static_cast<int>(star.y + radius) + 2}
-            .clipped(pixels.width, pixels.height);
-    for (int y = box.top; y < box.bottom; ++y)
-        for (int x = box.left; x < box.right; ++x)
-            for (int part = 0; part < kParts * kParts; ++part) {
-                const int column = part % kParts;
-                const int row = part / kParts;
-                const double dx = x - star.x + (column + 0.5) / kParts - 0.5;
-                const double dy = y - star.y + (row + 0.5) / kParts - 0.5;
-                const auto ring = static_cast<std::size_t>(std::hypot(dx, dy) / kStep);
-                if (ring < rings.size()) rings[ring] += pixels.at(x, y) / (kParts * kParts);
-            }
-    Growth growth;
-    for (const double light : rings) growth.total += light;
-    double sum = 0;
-    for (std::size_t ring = 0; ring < rings.size(); ++ring) {
-        if (sum + rings[ring] >= growth.total / 2) {
-            const double share = rings[ring] != 0 ? (growth.total / 2 - sum) / rings[ring] : 0;
-            growth.halfRadius = (static_cast<double>(ring) + share) * kStep;
-            break;
-        }
-        sum += rings[ring];
+/// Light within circles around the star.
+class Growth {
+  public:
+    Growth(const PixelGrid& pixels, const StarGaussian& star, double radius)
+        : rings_(static_cast<std::size_t>(radius / kStep) + 1, 0.0) {
+        constexpr int kParts = 5;  // of a pixel, along each axis
+        const PixelBox box =
+            PixelBox{static_cast<int>(star.x - radius), static_cast<int>(star.y - radius),
+                     static_cast<int>(star.x + radius) + 2, static_cast<int>(star.y + radius) + 2}
+                .clipped(pixels.width, pixels.height);
+        for (int y = box.top; y < box.bottom; ++y)
+            for (int x = box.left; x < box.right; ++x)
+                for (int part = 0; part < kParts * kParts; ++part) {
+                    const int column = part % kParts;
+                    const int row = part / kParts;
+                    const double dx = x - star.x + (column + 0.5) / kParts - 0.5;
+                    const double dy = y - star.y + (row + 0.5) / kParts - 0.5;
+                    const auto ring = static_cast<std::size_t>(std::hypot(dx, dy) / kStep);
+                    if (ring < rings_.size()) rings_[ring] += pixels.at(x, y) / (kParts * kParts);
+                }
     }
-    return growth;
-}
+
+    double within(double radius) const {
+        const auto end = std::min(rings_.size(), static_cast<std::size_t>(radius / kStep) + 1);
+        return std::accumulate(rings_.begin(), rings_.begin() + static_cast<std::ptrdiff_t>(end), 0.0);
+    }
+
+    /// The radius that so much light lies within.
+    double radiusOf(double light) const {
+        double sum = 0;
+        for (std::size_t ring = 0; ring < rings_.size(); ++ring) {
+            if (sum + rings_[ring] >= light) {
+                const double part = rings_[ring] != 0 ? (light - sum) / rings_[ring] : 0;
+                return (static_cast<double>(ring) + part) * kStep;
+            }
+            sum += rings_[ring];
+        }
+        return 0;
+    }
+
+  private:
+    static constexpr double kStep = 0.02;  // pixels
+
+    std::vector<double> rings_;
+};
 
 double withoutPixelBlur(double halfFluxDiameter, double pixelVariance) {
     return std::sqrt(std::max(0.0, square(halfFluxDiameter) - square(kWidthOverSigma) * pixelVariance));
@@ -99,20 +108,26 @@ double withoutPixelBlur(double halfFluxDiameter, double pixelVariance) {
 void measureLight(StarMeasurement& star, const PixelGrid& pixels, const StarGaussian& gaussian) {
     constexpr double kFaint = 150, kBright = 1000;  // signal to noise
     constexpr double kSharp = 1.2;  // standard deviation: below, circles cut the pixels too coarsely
+    constexpr double kAlmostAll = 1.3, kNear = 1.75, kFar = 3;  // widths
     // Light weighted by the gaussian itself, the best weight against even noise.
     star.signalToNoise = gaussian.peak * gaussian.sigma * std::sqrt(std::numbers::pi) / star.noise;
-    // The fainter the star, the less of its wings is worth its noise.
+    const double width = kWidthOverSigma * gaussian.sigma;
+    const Growth growth(pixels, gaussian, kFar * width);
+    const double near = growth.within(kAlmostAll * width);
+    star.spread = growth.radiusOf(0.8 * near) / growth.radiusOf(0.2 * near);
+    // The fainter the star, the less of its wings is worth its noise; and a disc has none.
     const double share =
-        std::clamp(std::log(star.signalToNoise / kFaint) / std::log(kBright / kFaint), 0.0, 1.0);
-    const double radius = (1.75 + 1.25 * share) * kWidthOverSigma * gaussian.sigma;
-    const Growth growth = growthOf(pixels, gaussian, radius);
-    star.flux = growth.total;
-    star.halfFluxDiameter = star.signalToNoise > kFaint && gaussian.sigma > kSharp
-                                ? withoutPixelBlur(2 * growth.halfRadius, 2 * kPixelVariance)
-                                : withoutPixelBlur(kWidthOverSigma * gaussian.sigma, kPixelVariance);
+        star.isDisc()
+            ? 0
+            : std::clamp(std::log(star.signalToNoise / kFaint) / std::log(kBright / kFaint), 0.0, 1.0);
+    star.flux = growth.within((kNear + share * (kFar - kNear)) * width);
+    star.halfFluxDiameter = star.isDisc() || (star.signalToNoise > kFaint && gaussian.sigma > kSharp)
+                                ? withoutPixelBlur(2 * growth.radiusOf(star.flux / 2), 2 * kPixelVariance)
+                                : withoutPixelBlur(width, kPixelVariance);
 }
 
-/// How far from the star's middle its light is seen along one axis, in one direction.
+/// How far from the star's middle its light is seen along one axis, in one direction: beyond the dark middle
+/// of one that is out of focus.
 int reachOf(const PixelGrid& pixels, const StarGaussian& star, int stepX, int stepY, double faintest) {
     int x = static_cast<int>(std::lround(star.x));
     int y = static_cast<int>(std::lround(star.y));
@@ -127,7 +142,7 @@ int reachOf(const PixelGrid& pixels, const StarGaussian& star, int stepX, int st
             sum += pixels.at(column, row);
             ++count;
         }
-        if (sum < faintest * count) break;
+        if (reach > star.sigma && sum < faintest * count) break;
     }
     return reach;
 }
@@ -143,10 +158,13 @@ void measureExtent(StarMeasurement& star, const PixelGrid& pixels, const StarGau
 }  // namespace
 
 std::optional<StarMeasurement> measureStar(const platform::ImageArray& image, const StarSeed& seed) {
+    constexpr double kWide = 12;        // pixels
     constexpr double kSharpest = 0.68;  // standard deviation of a star of 1.5 pixels on pixels
     const double width = std::min(seed.width, kWidestStar);
-    const double inner = 3 * width + 3;
-    const double outer = 5 * width + 6;
+    // A gaussian star's light ends three widths away; so wide a one as a disc out of focus, which ends much
+    // sooner.
+    const double inner = std::min(3 * width + 3, width + 2 * kWide + 3);
+    const double outer = inner + 2 * std::min(width, kWide) + 3;
     Piece piece = cutOut(image, seed, outer);
     const double x = seed.x - piece.box.left;
     const double y = seed.y - piece.box.top;

@@ -71,6 +71,24 @@ Patch brightHalf(const Patch& patch, const PixelGrid& light) {
     return brightestPatch(std::move(open), light);
 }
 
+void measureShape(StarSeed& seed, const Patch& core) {
+    double x = 0, y = 0, xx = 0, xy = 0, yy = 0;
+    const auto count = static_cast<double>(core.size());
+    for (const Pixel& pixel : core) {
+        x += pixel.x / count;
+        y += pixel.y / count;
+    }
+    for (const Pixel& pixel : core) {
+        xx += (pixel.x - x) * (pixel.x - x) / count;
+        xy += (pixel.x - x) * (pixel.y - y) / count;
+        yy += (pixel.y - y) * (pixel.y - y) / count;
+    }
+    const double mean = (xx + yy) / 2, apart = std::hypot((xx - yy) / 2, xy);
+    seed.length = std::sqrt(12 * (mean + apart));
+    seed.breadth = std::max(1.0, std::sqrt(12 * std::max(0.0, mean - apart)));
+    seed.angle = std::atan2(2 * xy, xx - yy) / 2;
+}
+
 }  // namespace
 
 std::optional<StarSeed> brightestSeed(const PixelGrid& light) {
@@ -86,6 +104,8 @@ std::optional<StarSeed> brightestSeed(const PixelGrid& light) {
         seed.x += pixel.x * light.at(pixel.x, pixel.y) / sum;
         seed.y += pixel.y * light.at(pixel.x, pixel.y) / sum;
     }
+    measureShape(seed, core);
+    for (const Pixel& pixel : core) seed.height = std::max(seed.height, meanAround(light, pixel));
     seed.width = 2 * std::sqrt(static_cast<double>(core.size()) / std::numbers::pi);
     return seed;
 }

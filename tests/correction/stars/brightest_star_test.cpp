@@ -9,9 +9,11 @@
 namespace vantrel::correction {
 namespace {
 
+using test::FrameDefect;
 using test::FramePainter;
 using test::FrameRecipe;
 using test::FrameStar;
+using test::FrameTrail;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -169,6 +171,154 @@ TEST(BrightestStar, isNotFoundInNoise) {
     }
     expectFailure(BrightestStar3({120, 90, std::vector<std::uint16_t>(120 * 90, 1000)}), kNoStar);
     expectFailure(BrightestStar3({120, 90, std::vector<float>(120 * 90, 0)}), kNoStar);
+}
+
+// Columns and rows of the sensor, whole ones and parts, that show more or less than they ought to.
+const FrameDefect kColumn = {211, 0, 212, 300, 1000};
+const FrameDefect kThreeColumns = {211, 0, 214, 300, 3000};
+const FrameDefect kRow = {0, 131, 400, 132, 1000};
+const FrameDefect kThreeRows = {0, 131, 400, 134, 3000};
+
+TEST(BrightestStar, isNoDefectiveColumnOrRow) {
+    const struct {
+        const char* what;
+        std::vector<FrameDefect> defects;
+    } rows[] = {
+        {"a column", {kColumn}},
+        {"three columns", {kThreeColumns}},
+        {"half a column", {{90, 140, 91, 300, 1000}}},
+        {"columns at the edge", {{0, 0, 2, 300, 4000}, {399, 0, 400, 300, 1000}}},
+        {"faint columns", {{90, 0, 91, 300, 70}, {250, 0, 254, 300, 100}}},
+        {"full wells", {{90, 0, 94, 300, 65'535, true}}},
+        {"a row", {kRow}},
+        {"three rows", {kThreeRows}},
+        {"a column and a row", {kColumn, kRow}},
+        {"a bright column beside a dark one", {kColumn, {212, 0, 213, 300, -800}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        for (std::uint64_t seed = 1; seed <= 3; ++seed) {
+            FrameRecipe recipe = frame(400, 300, {});
+            recipe.gradientX = 200;
+            recipe.defects = row.defects;
+            expectFailure(BrightestStar3(FramePainter(seed).paint(recipe)), kNoStar);
+        }
+    }
+}
+
+TEST(BrightestStar, isFoundBesideDefectiveColumnsAndRows) {
+    const struct {
+        const char* what;
+        double x, y, peak;
+        std::vector<FrameDefect> defects;
+    } rows[] = {
+        {"far from a column", 90.3, 200.8, 2000, {kColumn}},
+        {"a few pixels from a column", 207.3, 80.2, 2000, {kColumn}},
+        {"with a column through it", 210.6, 80.2, 2000, {kColumn}},
+        {"with a dead column through it", 210.6, 80.2, 2000, {{211, 0, 212, 300, 0, true}}},
+        {"far from three columns", 90.3, 200.8, 10'000, {kThreeColumns}},
+        {"a few pixels from three columns", 218.3, 80.2, 10'000, {kThreeColumns}},
+        {"a few pixels from half a column", 207.3, 80.2, 2000, {{211, 0, 212, 150, 1000}}},
+        {"fainter than the column", 205.3, 200.8, 500, {kColumn}},
+        {"a few pixels from a row", 90.3, 127.2, 2000, {kRow}},
+        {"a few pixels from three rows", 90.3, 138.2, 10'000, {kThreeRows}},
+        {"between a column and a row", 204.3, 138.2, 2000, {kColumn, kRow}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        FrameRecipe recipe = frame(400, 300, {{row.x, row.y, 3, row.peak}});
+        recipe.defects = row.defects;
+        const BrightestStar found = BrightestStar3(FramePainter(11).paint(recipe));
+        EXPECT_THAT(found.log, IsEmpty());
+        EXPECT_NEAR(found.x, row.x, 0.25);
+        EXPECT_NEAR(found.y, row.y, 0.25);
+    }
+}
+
+TEST(BrightestStar, isFoundFarOutOfFocus) {
+    const struct {
+        double outer, inner, height;
+    } rows[] = {{10, 3, 100},  {10, 4, 8000}, {20, 8, 100},   {20, 4, 20'000}, {30, 10, 500},   {40, 8, 100},
+                {40, 16, 500}, {60, 20, 100}, {60, 30, 9000}, {80, 16, 150},   {80, 30, 20'000}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << "radius " << row.outer << ", height " << row.height);
+        FrameRecipe recipe = frame(640, 480, {});
+        recipe.gradientX = 150;
+        recipe.discs = {{251.3, 262.6, row.outer, row.inner, row.height}};
+        const BrightestStar found = BrightestStar3(FramePainter(5).paint(recipe));
+        EXPECT_THAT(found.log, IsEmpty());
+        EXPECT_NEAR(found.x, 251.3, 1.5);
+        EXPECT_NEAR(found.y, 262.6, 1.5);
+        const double truth = std::sqrt(2 * (row.outer * row.outer + row.inner * row.inner));
+        EXPECT_NEAR(found.hfd, truth, 0.1 * truth);
+    }
+}
+
+TEST(BrightestStar, outOfFocusMustNotReachTheEdge) {
+    FrameRecipe recipe = frame(640, 480, {});
+    recipe.discs = {{60, 262, 70, 20, 2000}};
+    expectFailure(BrightestStar3(FramePainter(5).paint(recipe)), kEdgeOrWeak);
+}
+
+TEST(BrightestStar, isNoTrack) {
+    const double out = 2000;  // pixels: far beyond the frame
+    const struct {
+        const char* what;
+        std::vector<FrameTrail> tracks;
+    } rows[] = {
+        {"right across, aslant", {{-out, -out, out, out, 3, 12'000}}},
+        {"steeper", {{200, -out, 380, out, 2, 4000}}},
+        {"along a row, nearly", {{-out, 380, out, 410, 4, 30'000}}},
+        {"along a column", {{150, -out, 150, out, 3, 12'000}}},
+        {"ends in the frame", {{520, 200, out, 330, 4, 12'000}}},
+        {"flashes", {{-600, -160, 1400, 900, 3, 12'000, 40, 30}}},
+        {"two that cross", {{-out, -out, out, out, 3, 12'000}, {-out, 460, out, 300, 3, 6000}}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        FrameRecipe recipe = frame(640, 480, {{400.4, 170.7, 3, 2000}});
+        recipe.trails = row.tracks;
+        const BrightestStar found = BrightestStar3(FramePainter(5).paint(recipe));
+        EXPECT_THAT(found.log, IsEmpty());
+        EXPECT_NEAR(found.x, 400.4, 0.15);
+        EXPECT_NEAR(found.y, 170.7, 0.15);
+        recipe.stars.clear();
+        expectFailure(BrightestStar3(FramePainter(6).paint(recipe)), kNoStar);
+    }
+}
+
+// Wind and a bad drive: what is as narrow as a track, but no longer than this, stays a star.
+TEST(BrightestStar, mayTrail) {
+    for (const double length : {10.0, 25.0, 45.0}) {
+        SCOPED_TRACE(length);
+        FrameRecipe recipe = frame(640, 480, {});
+        const double dx = 0.4 * length, dy = 0.3 * length;  // half of it
+        recipe.trails = {{400.4 - dx, 170.7 - dy, 400.4 + dx, 170.7 + dy, 3, 3000}};
+        const BrightestStar found = BrightestStar3(FramePainter(5).paint(recipe));
+        EXPECT_THAT(found.log, IsEmpty());
+        EXPECT_NEAR(found.x, 400.4, 2);
+        EXPECT_NEAR(found.y, 170.7, 2);
+    }
+}
+
+TEST(BrightestStar, isNotFoundWithoutNoise) {
+    const struct {
+        const char* what;
+        double gradientX, gradientY, vignetting;
+    } rows[] = {{"even", 0, 0, 0},
+                {"a gradient", 558, 580, 0},
+                {"another one", -900, 300, 0},
+                {"dark corners", 0, 0, 0.3},
+                {"both", 400, -200, 0.5}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        FrameRecipe recipe = frame(640, 480, {});
+        recipe.gradientX = row.gradientX;
+        recipe.gradientY = row.gradientY;
+        recipe.vignetting = row.vignetting;
+        recipe.noiseFree = true;
+        expectFailure(BrightestStar3(FramePainter(5).paint(recipe)), kNoStar);
+    }
 }
 
 TEST(BrightestStar, mustNotLieInTheOutermostStripesNorReachTheEdge) {
