@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "devices/slew_watch.h"
 #include "engine/angles.h"
 #include "engine/waiting.h"
 #include "platform/sidereal.h"
@@ -259,11 +260,43 @@ void TelescopeLink::SlewToCoordinates(double ra, double dec) {
         }
         // A mount that had to be asked again may have stopped half-way.
         if (trial != 1) call("SlewToCoordinatesAsync", {NormalizeRAHours(ra), dec});
-        while (!services_.state.AppUnloading && get("Slewing").toBool()) {
-            if (stop) AbortTelescopeSlew();
-            WaitSeconds(services_.loop, 1);
-        }
+        if (reachesRealMount())
+            watchSlew(NormalizeRAHours(ra), dec);
+        else
+            awaitEndOfSlew();
     });
+}
+
+void TelescopeLink::awaitEndOfSlew() {
+    while (!services_.state.AppUnloading && get("Slewing").toBool()) {
+        if (services_.state.StopRequested) AbortTelescopeSlew();
+        WaitSeconds(services_.loop, 1);
+    }
+}
+
+/// A slew that doesn't get on is aborted and fails; one that ended elsewhere is told.
+void TelescopeLink::watchSlew(double ra, double dec) {
+    const auto& stop = services_.state.StopRequested;
+    const auto now = [this] { return services_.loop.clock().sinceStart(); };
+    const auto position = [this] {
+        return SlewWatch::Position{get("RightAscension").toDouble(), get("Declination").toDouble()};
+    };
+    SlewWatch watch(now(), {ra, dec});
+    while (!services_.state.AppUnloading && get("Slewing").toBool()) {
+        if (stop) AbortTelescopeSlew();
+        const std::string complaint = watch.complaint(now(), position());
+        if (!complaint.empty()) {
+            AbortTelescopeSlew();
+            throw OperationError(error_number::kDriverException, TelescopeProgID_,
+                                 TelescopeName_ + " " + complaint);
+        }
+        WaitSeconds(services_.loop, 1);
+    }
+    if (stop || services_.state.AppUnloading) return;
+    const std::string complaint = watch.complaintAtEnd(position());
+    if (complaint.empty()) return;
+    services_.log.AddToLog(TelescopeName_ + " " + complaint);
+    services_.messages.ShowPopupMessage(TelescopeName_ + " " + complaint, 5);
 }
 
 void TelescopeLink::AbortTelescopeSlew() {
@@ -273,16 +306,18 @@ void TelescopeLink::AbortTelescopeSlew() {
 
 /// Drivers of real mounts that are known to have the command are sent it, unless the operator said no.
 bool TelescopeLink::abortsSlews() const {
-    const bool reachesRealMounts =
-        TelescopeProgID_.starts_with("Indi:") || TelescopeProgID_.starts_with("Alpaca:");
     try {
         const std::string setting =
-            services_.settings.GetSetting("Main", "AbortSlewOnStop", reachesRealMounts ? "1" : "0");
+            services_.settings.GetSetting("Main", "AbortSlewOnStop", reachesRealMount() ? "1" : "0");
         return leadingNumber(setting) != 0;
     } catch (...) {
-        return reachesRealMounts;  // the settings' failure is told elsewhere, and a mount has to stop all the
-                                   // same
+        // The settings' failure is told elsewhere, and a mount has to stop all the same.
+        return reachesRealMount();
     }
+}
+
+bool TelescopeLink::reachesRealMount() const {
+    return TelescopeProgID_.starts_with("Indi:") || TelescopeProgID_.starts_with("Alpaca:");
 }
 
 bool TelescopeLink::TelescopeMoveIsSuccessful(double ra, double dec) {

@@ -87,7 +87,10 @@ class TelescopeLink : public engine::TelescopePort {
     class Disconnecting;
 
     void link();
+    bool reachesRealMount() const;
     bool abortsSlews() const;
+    void awaitEndOfSlew();
+    void watchSlew(double ra, double dec);
     void repeatReadOfDec(double& dec);
     double clockSiderealTime();
     double siteCoordinate(const LinkOperation& operation);

@@ -57,11 +57,13 @@ void MeasurementRun::measure() {
     waitForMountToSettle();
     readPosition(second);
     const double slew = takeSecondPlate(second, first, chosenSlew);
+    compareWithSlew(first, second);
     slewOn(slew);
     logPosition(Style::kSexagesimal);
     waitForMountToSettle();
     readPosition(third);
     takeThirdPlate(third, first, second);
+    compareWithSlew(second, third);
     check();
 
     const PolarErrorResult result = solveForAxis(plates);
@@ -197,6 +199,20 @@ void MeasurementRun::takeThirdPlate(Plate& plate, const Plate& first, const Plat
         abortedPrompt(joinLines({"Third Plate Solve Failed !!", "", "1. Try smaller Telescope Slew", "",
                                  "Click Next to try again"}));
     record(plate, *solution);
+}
+
+/// However its axis stands, a mount turns the camera by as much as it was told to: the angle between two
+/// plates is the angle between the positions that it was sent to. Mounts that stall or slip don't say so.
+void MeasurementRun::compareWithSlew(const Plate& before, const Plate& after) {
+    constexpr double kMostAstray = 0.5;  // degrees
+    const double told = separation({before.scopeHA, position_.Dec}, {after.scopeHA, position_.Dec});
+    const double turned = separation({before.lst - before.ra, before.dec}, {after.lst - after.ra, after.dec});
+    if (!(std::abs(turned - told) > kMostAstray)) return;
+    const auto degrees = [](double angle) { return platform::formatNumber(angle, "0.00"); };
+    const std::string text = "The telescope was sent " + degrees(told) + " degrees, but turned by " +
+                             degrees(turned) + ": don't trust this measurement";
+    log(text);
+    services_.messages.ShowPopupMessage(text, 5);
 }
 
 PolarErrorResult MeasurementRun::solveForAxis(const std::array<Plate, 3>& plates) {

@@ -56,6 +56,7 @@ class MeasurementRun {
     double takeSecondPlate(Plate& plate, const Plate& first, double slewHours);
     void takeThirdPlate(Plate& plate, const Plate& first, const Plate& second);
     bool retryWithHalfTheSlew(Plate& plate, const Plate& first, double slewHours);
+    void compareWithSlew(const Plate& before, const Plate& after);
     PolarErrorResult solveForAxis(const std::array<Plate, 3>& plates);
     void showResult(const std::array<Plate, 3>& plates, const PolarErrorResult& result);
     void returnToStart(double slewHours);

@@ -1,5 +1,6 @@
 #include "engine/sky_geometry.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/angles.h"
@@ -21,6 +22,13 @@ DirectionCosines GetDirectionCosines(double ha, double Dec) {
     const double cosDec = std::cos(degreesToRadians(Dec));
     return {std::cos(-hoursToRadians(ha)) * cosDec, std::sin(-hoursToRadians(ha)) * cosDec,
             std::sin(degreesToRadians(Dec))};
+}
+
+/// By the half chord, which is exact for small angles as well.
+double separation(const HourAnglePosition& a, const HourAnglePosition& b) {
+    const DirectionCosines p = GetDirectionCosines(a.ha, a.Dec), q = GetDirectionCosines(b.ha, b.Dec);
+    const double chord = std::hypot(p.l - q.l, p.m - q.m, p.N - q.N);
+    return radiansToDegrees(2 * std::asin(std::min(1.0, chord / 2)));
 }
 
 double Determinant(const Matrix& rows) {

@@ -31,6 +31,9 @@ struct EquatorialPosition {
 
 DirectionCosines GetDirectionCosines(double ha, double Dec);
 
+/// Degrees between two positions.
+double separation(const HourAnglePosition& a, const HourAnglePosition& b);
+
 using Row = std::array<double, 3>;
 using Matrix = std::array<Row, 3>;
 

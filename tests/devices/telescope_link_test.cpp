@@ -332,6 +332,64 @@ TEST(TelescopeLink, ASlewDoesntKeepTheProgramFromEnding) {
     EXPECT_LT(world.elapsed(), 3) << "seconds";
 }
 
+/// Mounts stall, lose their way and say that all is well. The simulators don't.
+TEST(TelescopeLink, WatchesTheSlewsOfRealMounts) {
+    constexpr const char* kReal = "Indi:localhost:7624/Mount";
+    const struct {
+        const char* why;
+        const char* progId;
+        int slewingReads;
+        double raStep;  // hours a second
+        double endsAt;  // hours
+        std::vector<std::string> lines;
+        int aborts;
+        double mostSeconds;
+    } cases[] = {
+        {"arrives", kReal, 20, 0.1, 5, {}, 0, 25},
+        {"arrives a little beside", kReal, 20, 0.1, 5.01, {}, 0, 25},
+        {"ends elsewhere",
+         kReal,
+         20,
+         0.1,
+         5.1,
+         {"Friendly Indi:localhost:7624/Mount stopped 1.06 degrees from where it was sent"},
+         0,
+         25},
+        {"stalls",
+         kReal,
+         10'000,
+         0,
+         3,
+         {"ASCOM Telescope: Friendly Indi:localhost:7624/Mount says that it is slewing, but hasn't moved for "
+          "a "
+          "minute"},
+         1,
+         65},
+        {"goes on for ever",
+         kReal,
+         10'000,
+         0.001,
+         3,
+         {"ASCOM Telescope: Friendly Indi:localhost:7624/Mount has been slewing for a quarter of an hour"},
+         1,
+         905},
+        {"isn't one", "ScopeSim.Telescope", 2000, 0, 3, {}, 0, 2005},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        TelescopeWorld world;
+        world.connect(c.progId);
+        world.mount.slewingReads = c.slewingReads;
+        const auto moving = world.loop.every(platform::Milliseconds{1000}, [&] {
+            world.mount.ra = world.mount.slewingReads > 0 ? world.mount.ra + c.raStep : c.endsAt;
+        });
+        world.link.SlewToCoordinates(5, 45);
+        EXPECT_EQ(world.log.lines, c.lines);
+        EXPECT_EQ(world.mount.aborts, c.aborts);
+        EXPECT_LT(world.elapsed(), c.mostSeconds);
+    }
+}
+
 TEST(TelescopeLink, ReportsASlewThatCannotWait) {
     TelescopeWorld world;
     world.connect();

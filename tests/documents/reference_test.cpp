@@ -32,6 +32,7 @@ struct Place {
 };
 const Place kPlaces[] = {
     {"src/app/", "At the start"},
+    {"src/devices/slew_watch", "Telescope"},
     {"src/devices/telescope", "Telescope"},
     {"src/devices/", "Camera and imaging program"},
     {"src/engine/", "Measurement"},

@@ -30,7 +30,7 @@ const char* nameOf(Activity activity) {
     return kNames[static_cast<std::size_t>(activity)];
 }
 
-Night::Night(const Equipment& equipment)
+Night::Night(const Equipment& equipment, const Bring& bring)
     : equipment_(equipment),
       time_(*parseInstant("2026-11-24T20:00:00Z"), kNightLimit),
       loop_(time_),
@@ -43,6 +43,14 @@ Night::Night(const Equipment& equipment)
       screen_({0, 0, 1920, 1080}) {
     observatory_.install(originals_);
     observatory_.install(classes_);
+    if (bring) {
+        devices_ = bring({time_, loop_, calls_, classes_, observatory_,
+                          [this](const std::string& line) {
+                              if (program_) program_->log().AddToLog(line);
+                          },
+                          [this] { return program_ && program_->stopping(); }});
+        watchHeartbeat();
+    }
     const ObjectRef mount = classes_.create(equipment.mount);
     const ObjectRef simulator = classes_.create(kMountClass[0]);
     simulator->put("CameraWidth", 24);
@@ -62,6 +70,18 @@ Night::Night(const Equipment& equipment)
     loop_.setOnFailure([this] {
         defect("a failure left a handler: " + currentError().description());
         program_->reportFailure("event loop");
+    });
+}
+
+/// The window has to answer while devices are waited for.
+void Night::watchHeartbeat() {
+    constexpr Milliseconds kBeat{50}, kMostDeaf{200};
+    lastBeat_ = time_.sinceStart();
+    heartbeat_ = loop_.every(kBeat, [this, kMostDeaf] {
+        const Milliseconds now = time_.sinceStart();
+        if (now - lastBeat_ > kMostDeaf)
+            defect("the window is deaf for " + std::to_string((now - lastBeat_).count()) + " ms");
+        lastBeat_ = now;
     });
 }
 
@@ -193,8 +213,8 @@ void Night::useEverything(const std::string& box) {
 }
 
 void Night::startProgram() {
-    program_.emplace(
-        Machine{loopOfMachine_, host_, settings_, folders_, screen_, dialogs_, desktop_, windows_});
+    program_.emplace(Machine{
+        loopOfMachine_, host_, settings_, folders_, screen_, dialogs_, desktop_, windows_, {}, &calls_});
     operator_ = loop_.every(Milliseconds{500}, [this] { operate(); });
     program_->start();
     awaitIdle(0.1);
@@ -268,7 +288,7 @@ void Night::operate() {
         outcome_.hung = true;
         program_->close();
     }
-    if (stops_ && ask("Slewing").toBool()) {
+    if (stops_ && (mountSlews ? mountSlews() : ask("Slewing").toBool())) {
         stops_ = false;
         control<Button>("frmMain.cmdStop").click();
     }
@@ -329,9 +349,15 @@ void Night::checkAtRest() {
 }
 
 Value Night::ask(const char* member) {
-    const ObjectRef mount = classes_.create(equipment_.mount);
-    if (!mount->get("Connected").toBool()) return std::string(member) == "Tracking";
-    return mount->get(member);
+    const bool atRest = std::string(member) == "Tracking";
+    try {
+        const ObjectRef mount = classes_.create(equipment_.mount);
+        if (!mount->get("Connected").toBool()) return atRest;
+        return mount->get(member);
+    } catch (const AutomationError&) {
+        if (devices_ == nullptr) throw;
+        return atRest;  // it is out of reach
+    }
 }
 
 /// A stop sends nothing to the mount: a slew that the program lost sight of ends by itself.
@@ -361,13 +387,23 @@ void Night::checkNextMeasurement() {
     if (program_->busy() || program_->ended()) return;
     corrects_ = stops_ = false;
     reconnect();
+    if (measures()) return;
+    if (devices_ != nullptr) {
+        // After a Stop the Telescope window shows no link that went down until something is begun.
+        pass(2);
+        reconnect();
+        if (measures()) return;
+    }
+    defect("the next measurement doesn't work: " + program_->log().lines().back());
+}
+
+bool Night::measures() {
     const auto before = program_->log().lines().size();
     clickAfter(0, "frmMain.cmdRun");
     awaitIdle(1);
     const auto& lines = program_->log().lines();
-    for (std::size_t i = before; i < lines.size(); ++i)
-        if (lines[i].ends_with("Alignment Run Complete")) return;
-    defect("the next measurement doesn't work: " + lines.back());
+    return std::any_of(lines.begin() + static_cast<std::ptrdiff_t>(before), lines.end(),
+                       [](const std::string& line) { return line.ends_with("Alignment Run Complete"); });
 }
 
 void Night::checkEnd() {

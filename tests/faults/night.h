@@ -14,6 +14,7 @@
 #include "faults/faulty_host.h"
 #include "observatory/observatory.h"
 #include "platform/class_registry.h"
+#include "platform/outside_call.h"
 #include "support/recording_dialogs.h"
 #include "support/temp_folder.h"
 
@@ -53,9 +54,23 @@ struct Outcome {
     std::vector<std::string> defects;
 };
 
+/// What devices that are brought along stand on.
+struct Workshop {
+    platform::VirtualTime& time;
+    platform::QueuedEventLoop& loop;
+    platform::OutsideCalls& calls;
+    platform::ClassRegistry& classes;
+    observatory::Observatory& observatory;
+    std::function<void(const std::string& line)> tell;
+    std::function<bool()> stopping;
+};
+
 class Night {
   public:
-    explicit Night(const Equipment& equipment);
+    /// Makes the equipment's devices, where the built-in ones don't do, and owns them.
+    using Bring = std::function<std::shared_ptr<void>(const Workshop& workshop)>;
+
+    explicit Night(const Equipment& equipment, const Bring& bring = {});
 
     /// The activity with the fault in it, a measurement after it without, and the end.
     Outcome spend(Activity activity, const std::optional<Fault>& fault);
@@ -71,6 +86,9 @@ class Night {
     /// of it he closes the program. The seed tells one night from another.
     Outcome spendRestlessly(std::uint64_t seed);
 
+    /// Lets time pass, in which the program finds back what it has lost.
+    void rest(double seconds) { pass(seconds); }
+
     /// How many turns the loop takes while the activity lasts.
     long turnsOf(Activity activity);
     /// Stop in that turn, or in the first one after it that has the button.
@@ -82,6 +100,9 @@ class Night {
     /// Called when the activity begins, twice a second while the program is at work, and when all is to be
     /// well again.
     std::function<void()> onBegin, onTurn, onRepair;
+
+    /// What the operator sees when he looks at the mount, where asking it takes time.
+    std::function<bool()> mountSlews;
 
     /// What the machine's clock is wrong by; running times go on as ever.
     void setClockWrongBy(platform::Milliseconds error) { loopOfMachine_.wall.error = error; }
@@ -106,6 +127,7 @@ class Night {
     void end();
     void reconnect();
     void checkNextMeasurement();
+    bool measures();
     void checkEnd();
     void collect();
     platform::Value ask(const char* member);
@@ -114,6 +136,8 @@ class Night {
     void pass(double seconds) { loop_.sleep(platform::Milliseconds(static_cast<long>(seconds * 1000))); }
     std::vector<std::string> stateOfControls() const;
     void defect(const std::string& text) { outcome_.defects.push_back(text); }
+
+    void watchHeartbeat();
 
     struct Desktop : platform::Desktop {
         std::optional<platform::SystemVersion> systemVersion() const override {
@@ -159,10 +183,14 @@ class Night {
     FaultyHost host_;
     FaultyWindows windows_;
     observatory::Observatory observatory_;
+    platform::OutsideCalls calls_;
     platform::Screen screen_;
     test::RecordingDialogs dialogs_;
     Desktop desktop_;
+    std::shared_ptr<void> devices_;
     std::optional<app::Application> program_;
+    platform::TimerHandle heartbeat_;
+    platform::Milliseconds lastBeat_{0};
     platform::TimerHandle operator_;
     std::vector<platform::TimerHandle> plans_;
     platform::Subscription atTheEnd_;

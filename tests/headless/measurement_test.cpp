@@ -210,6 +210,23 @@ TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
     }
 }
 
+/// The mount's own word isn't asked: the plates tell how far it turned.
+TEST(Measurement, ASlewThatEndsEarlyIsSeenOnThePlates) {
+    const auto warnings = [](Script& script) {
+        const auto result = script.waitForNext().click("frmMain.cmdSkip").waitIdle().run();
+        EXPECT_EQ(result.log.back(), "Alignment Run Complete");
+        return std::count_if(result.log.begin(), result.log.end(), [](const std::string& line) {
+            return line.starts_with("The telescope was sent 11.4") &&
+                   line.ends_with(": don't trust this measurement");
+        });
+    };
+    Script stopped;
+    stopped.waitIdle().put(kMount, "SlewRate", 1).click("frmMain.cmdRun").waitForLog("Plate 1 Solved");
+    EXPECT_EQ(warnings(stopped.advance(14).call(kMount, "AbortSlew", 0)), 2) << "one too short, one too long";
+    Script undisturbed;
+    EXPECT_EQ(warnings(undisturbed.waitIdle().click("frmMain.cmdRun")), 0);
+}
+
 TEST(Measurement, ASolvedRunTellsItsStory) {
     const auto result =
         Script().waitIdle().click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();

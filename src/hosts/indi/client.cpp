@@ -46,7 +46,8 @@ Client::Client(EventLoop& loop, ByteStreams& streams, const ServerAddress& serve
                  },
              .onElement = [this](const XmlElement& element) { handle(element); },
              .onLost = [this](const std::string& why) { lost(why); },
-             .onTick = [this] { events.emit({Event::Kind::kTick}); }}) {}
+             .onTick = [this] { events.emit({Event::Kind::kTick}); },
+             .askOtherwise = [this] { return askForLife(); }}) {}
 
 std::shared_ptr<void> Client::keepOpen() {
     auto kept = kept_.lock();
@@ -184,6 +185,13 @@ void Client::forget() {
 
 void Client::ask(const std::string& device, const std::string& property) {
     link_.send(getProperties(device, property));
+}
+
+/// Every driver defines what it is asked for, once more.
+bool Client::askForLife() {
+    if (devices_.empty()) return false;
+    ask(devices_.begin()->first, "CONNECTION");
+    return true;
 }
 
 void Client::setNumbers(const std::string& device, const std::string& property, const NumberValues& values) {

@@ -86,6 +86,7 @@ class Client {
     void updateKnown(const std::string& device, const XmlElement& element);
     void remove(const std::string& device, const std::string& property);
     void keepMessage(const std::string& device, const std::string& text);
+    bool askForLife();
     void lost(const std::string& why);
     void forget();
 

@@ -44,7 +44,7 @@ class Mount {
     EquatorialPosition position() const;
     /// Returns when the driver has begun to slew; it goes on tracking where it arrives.
     void slewTo(const EquatorialPosition& ofDate);
-    /// Until it has arrived and said where. Throws when the slew failed or doesn't get on.
+    /// Until it has arrived and said where. Throws when the slew failed.
     bool slewing() const;
     void abort();
 
@@ -61,7 +61,6 @@ class Mount {
     struct Slew {
         Request request;
         platform::Milliseconds begun{0};
-        platform::Milliseconds moved{0};  // last
         platform::Milliseconds ended{0};  // left Busy; zero: not yet
     };
 
@@ -86,7 +85,6 @@ class Mount {
     MountOptions due_;  // still to be sent
     std::vector<Request> unanswered_;
     std::optional<Slew> slew_;
-    EquatorialPosition lastReading_;
     platform::Subscription listening_;
 };
 

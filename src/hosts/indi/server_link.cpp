@@ -57,7 +57,7 @@ void ServerLink::connect() {
 void ServerLink::opened() {
     state_ = State::kOpen;
     pause_ = kFirstPause;
-    answersPings_ = false;
+    answersPings_ = awaitsAnswer_ = false;
     lastHeard_ = lastWhole_ = lastAsked_ = now();
     listener_.onOpen();
     send(pingRequest("known"));  // whether it knows pings should be known before it falls silent
@@ -102,10 +102,11 @@ void ServerLink::watchSilence() {
     const Milliseconds silence = now() - lastHeard_;
     if (xml_->insideElement() && now() - lastWhole_ > longestElement_)
         return ended("it doesn't end what it sends");
-    if (answersPings_ && silence > kLongSilence) return ended("it has stopped answering");
+    if (awaitsAnswer_ && silence > kLongSilence) return ended("it has stopped answering");
     if (silence > kSilence && now() - lastAsked_ > kSilence) {
         lastAsked_ = now();
         send(pingRequest("alive"));
+        awaitsAnswer_ = answersPings_ || (listener_.askOtherwise && listener_.askOtherwise());
     }
 }
 

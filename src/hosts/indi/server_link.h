@@ -24,6 +24,8 @@ struct LinkListener {
     std::function<void(const std::string& why)> onLost;
     /// Several times a second.
     std::function<void()> onTick;
+    /// Asks a server that hasn't answered a ping for another sign of life; false when none can be expected.
+    std::function<bool()> askOtherwise = {};
 };
 
 class ServerLink {
@@ -77,6 +79,7 @@ class ServerLink {
     platform::Milliseconds lastWhole_{0};  // when no element was open
     platform::Milliseconds lastAsked_{0};
     bool answersPings_ = false;
+    bool awaitsAnswer_ = false;  // to what was asked in its silence
 };
 
 }  // namespace vantrel::hosts::indi

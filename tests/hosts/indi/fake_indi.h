@@ -48,6 +48,7 @@ class FakeIndi {
     bool arrives = true;  // false: it stays Busy
     bool moves = true;    // while it slews
     bool parked = false;
+    bool tracking = false;  // until it has slewed
     bool withSite = true, withSiderealTime = true;
     bool answersPings = true;
     // The camera.
@@ -66,6 +67,7 @@ class FakeIndi {
     }
     /// Every connection ends, and new ones are answered as `network.answer` says.
     void stop() {
+        slewing_ = false;
         for (const auto& connection : connections_) connection->hangUp();
         connections_.clear();
         blobs_.clear();
@@ -93,6 +95,7 @@ class FakeIndi {
     }
     /// Connections that get pictures.
     const std::vector<std::shared_ptr<FakeConnection>>& pictureConnections() const { return blobs_; }
+    bool slewing() const { return slewing_; }
     /// What came and what it was to do, which is over.
     void forget() {
         commands.clear();
@@ -212,6 +215,7 @@ class FakeIndi {
             slew(number(values["RA"]), number(values["DEC"]));
         } else if (property == "TELESCOPE_ABORT_MOTION") {
             tasks_.clear();
+            slewing_ = false;
             sayAll(position("Idle") + vector("set", "Switch", kMount, property, "Ok", "ABORT", "Off"));
         } else if (property == "TELESCOPE_PARK") {
             parked = values["PARK"] == "On";
@@ -231,6 +235,7 @@ class FakeIndi {
     }
 
     void slew(double targetRa, double targetDec) {
+        slewing_ = true;
         sayAll(position("Busy"));
         constexpr int kSteps = 5;
         for (int step = 1; step <= kSteps; ++step)
@@ -239,7 +244,10 @@ class FakeIndi {
                     ra += (targetRa - ra) * step / kSteps;
                     dec += (targetDec - dec) * step / kSteps;
                 }
-                sayAll(position(step == kSteps && arrives ? "Ok" : "Busy"));
+                const bool there = step == kSteps && arrives;
+                sayAll(position(there ? "Ok" : "Busy"));
+                slewing_ = !there;
+                if (there) sayAll(trackState("set", tracking = true));
             });
     }
 
@@ -308,6 +316,11 @@ class FakeIndi {
     std::string position(const std::string& state) const {
         return whole("set", "Number", kMount, coordinates, state, coordinateElements("oneNumber"));
     }
+    std::string trackState(const std::string& what, bool on) const {
+        const std::string tag = what == "def" ? "defSwitch" : "oneSwitch";
+        return whole(what, "Switch", kMount, "TELESCOPE_TRACK_STATE", on ? "Busy" : "Idle",
+                     one(tag, "TRACK_ON", on ? "On" : "Off") + one(tag, "TRACK_OFF", on ? "Off" : "On"));
+    }
     std::string park(const std::string& what) const {
         const std::string tag = what == "def" ? "defSwitch" : "oneSwitch";
         return whole(what, "Switch", kMount, "TELESCOPE_PARK", "Ok",
@@ -320,8 +333,7 @@ class FakeIndi {
                           whole("def", "Number", kMount, coordinates, "Idle",
                                 one("defNumber", "RA", "0") + one("defNumber", "DEC", "0")) +
                           vector("def", "Switch", kMount, "TELESCOPE_ABORT_MOTION", "Idle", "ABORT", "Off") +
-                          whole("def", "Switch", kMount, "TELESCOPE_TRACK_STATE", "Idle",
-                                one("defSwitch", "TRACK_ON", "Off") + one("defSwitch", "TRACK_OFF", "On")) +
+                          trackState("def", tracking) +
                           whole("def", "Text", kMount, "TIME_UTC", "Idle",
                                 one("defText", "UTC", "") + one("defText", "OFFSET", "")) +
                           park("def");
@@ -389,6 +401,7 @@ class FakeIndi {
     std::vector<std::shared_ptr<FakeConnection>> connections_;
     std::vector<std::shared_ptr<FakeConnection>> blobs_;
     std::map<std::string, bool> connected_;
+    bool slewing_ = false;
     std::vector<platform::TimerHandle> tasks_;
 };
 
