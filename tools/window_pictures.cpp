@@ -103,6 +103,19 @@ void takeSmallWindows(Night& night, const Pictures& pictures) {
                    {{"AxisSimulator.Telescope", "Simulated mount with a polar axis error and a camera"},
                     {"ScopeSim.Telescope", "Simulated equatorial mount"}},
                    "AxisSimulator.Telescope");
+    takeDialog("chooser-devices");
+    dialogs.choose("Telescope Chooser",
+                   {{"AxisSimulator.Telescope", "Simulated mount with a polar axis error and a camera"},
+                    {"ScopeSim.Telescope", "Simulated equatorial mount"},
+                    {"Indi", "EQMod Mount (INDI, raspberrypi:7624)"},
+                    {"Alpaca", "The mount (Alpaca, 192.168.4.1:11111)"}},
+                   "Indi");
+    takeDialog("camera");
+    dialogs.choose("Camera",
+                   {{"Simulated", "Simulated camera"},
+                    {"Indi", "ZWO CCD ASI120MM (INDI, raspberrypi:7624)"},
+                    {"Alpaca", "The camera (Alpaca, 192.168.4.1:11111)"}},
+                   "Indi");
     takeDialog("message");
     dialogs.messageBox("Vantrel", "Vantrel is already running", platform::Dialogs::Icon::kExclamation,
                        platform::Dialogs::Buttons::kOk);

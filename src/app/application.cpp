@@ -84,6 +84,21 @@ struct Application::Wiring {
             if (!shutdown.begun()) parts.main.show();
         }
         if (failed) finish();
+        offerMounts();
+    }
+
+    /// Once the window stands there.
+    void offerMounts() {
+        if (!parts.machine.offerMounts) return;
+        parts.machine.loop.post([this, alive = std::weak_ptr<int>(life)] {
+            if (alive.expired() || shutdown.begun()) return;
+            const BusyGuard busy(parts.busy);
+            try {
+                parts.machine.offerMounts();
+            } catch (...) {
+                report("offerMounts");
+            }
+        });
     }
 
     /// A failure of the settings has been told already.

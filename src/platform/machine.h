@@ -32,6 +32,8 @@ struct Machine {
     OutsideCalls* outsideCalls = nullptr;
     /// Lets the operator choose the camera of the built-in camera program. May be left out.
     std::function<void()> chooseCamera = {};
+    /// Tells the operator of real mounts that could be used, while a simulated one is. May be left out.
+    std::function<void()> offerMounts = {};
 };
 
 }  // namespace vantrel::platform

@@ -121,6 +121,14 @@ std::optional<hosts::indi::Site> Devices::siteForMount() const {
 
 void Devices::findMounts() { find(false); }
 
+void Devices::offerMounts() {
+    if (!surroundings_.mayLook || mountIsReal()) return;
+    for (const hosts::indi::FoundDevice& device : indi_.search(indiServers()).devices)
+        if (device.isMount)
+            surroundings_.tell(device.id.device + " at the INDI server at " + device.id.server.text() +
+                               " can be used: Select in the Telescope window offers it");
+}
+
 std::vector<Devices::Found> Devices::find(bool cameras) {
     if (!surroundings_.mayLook) return {};
     std::vector<Found> found = findIndi(cameras);

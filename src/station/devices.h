@@ -49,6 +49,9 @@ class Devices {
     /// Asks all servers which mounts they have, and makes these classes. A second or two at most.
     void findMounts();
 
+    /// Tells of the mounts at the INDI servers, unless one is in use or no server runs.
+    void offerMounts();
+
     /// Lets the operator choose the camera of the built-in camera program; stores the choice.
     void chooseCamera();
 

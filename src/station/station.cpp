@@ -84,7 +84,8 @@ platform::Machine Station::machine(platform::AutomationHost& automation, platfor
             otherPrograms_,
             [this](const std::string& folder) { observatory_.provideTestImage(folder); },
             &outsideCalls_,
-            [this] { devices_.chooseCamera(); }};
+            [this] { devices_.chooseCamera(); },
+            [this] { devices_.offerMounts(); }};
 }
 
 }  // namespace vantrel::station

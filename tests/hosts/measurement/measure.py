@@ -73,6 +73,7 @@ def indi_server(stars, loopback_only):
                 "Hosts": {"IndiServers": where},
                 "mount": f"Indi:{where}/Telescope Simulator",
                 "camera": f"Indi:{where}/CCD Simulator",
+                "offered": ["Telescope Simulator at the INDI server"],
                 "exposure": "6",  # it sees fainter stars than ten only slowly
             }
         finally:
@@ -165,6 +166,7 @@ def alpaca_server(program, sky_picture):
             "Hosts": {"IndiServers": "", "AlpacaServers": f"127.0.0.1:{ready['port']}", "AlpacaPort": "1"},
             "mount": "Alpaca:test-telescope/telescope",
             "camera": "Alpaca:test-camera/camera",
+            "offered": [],
             "exposure": "1",
         }
     finally:
@@ -213,6 +215,8 @@ def measure(program, devices):
         try:
             operator.wait(window="frmMain", seconds=60)
             operator.wait(idle=True, seconds=60)
+            for text in devices["offered"]:
+                operator.wait(log=text, seconds=20)
             operator.type("frmMain.txtExposeInterval", devices["exposure"])
             choose_devices(operator, devices["mount"], devices["camera"])
             return measured(operator)
