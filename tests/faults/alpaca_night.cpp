@@ -151,7 +151,7 @@ class AlpacaDevices : public NetworkDevices {
             const std::string key = (request.isPut ? "PUT " : "") + request.path;
             if (std::find(requests.begin(), requests.end(), key) == requests.end()) requests.push_back(key);
         }
-        instruments_.server.requests.clear();
+        instruments_.server.requests = {};
         return requests;
     }
 

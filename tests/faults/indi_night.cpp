@@ -43,7 +43,7 @@ class IndiDevices : public NetworkDevices {
             if (std::find(properties.begin(), properties.end(), property) == properties.end())
                 properties.push_back(property);
         }
-        server_.commands.clear();
+        server_.commands = {};
         return properties;
     }
 

@@ -87,6 +87,7 @@ class Table {
         const Outcome outcome = night.spend(activity, std::nullopt);
         if (activity == Activity::kShutdown) calm.requests = devices->takeRequests();
         calm.defects = outcome.defects;
+        if (outcome.slewsOn) calm.defects.push_back("the mount slews on after Stop");
         for (const NetworkFault& fault : allFaults(*devices, calm.requests))
             calm.faults.push_back(fault.name);
         for (const NetworkFault& fault : devices->accidents()) calm.accidents.push_back(fault.name);

@@ -291,6 +291,8 @@ void Night::operate() {
     if (stops_ && (mountSlews ? mountSlews() : ask("Slewing").toBool())) {
         stops_ = false;
         control<Button>("frmMain.cmdStop").click();
+        if (mountSlews)
+            plans_.push_back(loop_.after(inSeconds(0.5), [this] { outcome_.slewsOn = mountSlews(); }));
     }
     auto& next = control<Button>("frmMain.cmdNext");
     auto& skip = control<Button>("frmMain.cmdSkip");

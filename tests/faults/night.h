@@ -50,6 +50,7 @@ struct Outcome {
     std::map<Member, Sighting> seen;
     long struck = 0;
     bool neededStop = false;
+    bool slewsOn = false;  // half a second after Stop
     bool hung = false;  // even after Stop: the operator closed the program, or can only do that
     std::vector<std::string> defects;
 };

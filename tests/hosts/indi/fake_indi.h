@@ -126,6 +126,10 @@ class FakeIndi {
     }
 
   private:
+    struct Task {
+        platform::TimerHandle timer;
+        std::shared_ptr<bool> done;
+    };
     using XmlElement = hosts::indi::XmlElement;
     using XmlStream = hosts::indi::XmlStream;
 
@@ -202,7 +206,14 @@ class FakeIndi {
 
     void later(Milliseconds delay, std::function<void()> what) {
         if (delay.count() == 0) return what();
-        tasks_.push_back(loop_.after(delay, std::move(what)));
+        std::erase_if(tasks_, [](const Task& task) { return *task.done; });
+        const auto done = std::make_shared<bool>(false);
+        tasks_.push_back({loop_.after(delay,
+                                      [done, what = std::move(what)] {
+                                          *done = true;
+                                          what();
+                                      }),
+                          done});
     }
 
     void obey(const std::string& device, const std::string& property,
@@ -402,7 +413,7 @@ class FakeIndi {
     std::vector<std::shared_ptr<FakeConnection>> blobs_;
     std::map<std::string, bool> connected_;
     bool slewing_ = false;
-    std::vector<platform::TimerHandle> tasks_;
+    std::vector<Task> tasks_;
 };
 
 }  // namespace vantrel::test
