@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
+#include "observatory/sky/header_wcs.h"
 #include "observatory/solver/exposure_facts.h"
 #include "observatory/solver/plate_frame.h"
 #include "observatory/solver/plate_solver.h"

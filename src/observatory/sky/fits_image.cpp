@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "observatory/sky/header_wcs.h"
 #include "observatory/sky/opened_fits.h"
 
 namespace vantrel::observatory {

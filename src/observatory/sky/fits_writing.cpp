@@ -10,6 +10,7 @@
 #include "observatory/sky/fits_error.h"
 #include "observatory/sky/fits_library.h"
 #include "observatory/sky/fits_units.h"
+#include "observatory/sky/header_wcs.h"
 
 namespace vantrel::observatory {
 
@@ -148,25 +149,6 @@ void writeFits(const std::filesystem::path& path, const platform::ImageArray& im
             writePixels(path, image.width(), image.height(), std::span(pixels), cards);
         },
         image.pixels());
-}
-
-std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp) {
-    const double down = bottomUp ? -1 : 1;
-    return {{"CTYPE1", "RA---TAN", "gnomonic projection"},
-            {"CTYPE2", "DEC--TAN", "gnomonic projection"},
-            {"CUNIT1", "deg"},
-            {"CUNIT2", "deg"},
-            {"CRVAL1", wcs.reference.ra, "right ascension of the reference pixel"},
-            {"CRVAL2", wcs.reference.dec, "declination of the reference pixel"},
-            {"CRPIX1", wcs.referencePixel.x + 1, "reference pixel, column"},
-            {"CRPIX2", bottomUp ? height - wcs.referencePixel.y : wcs.referencePixel.y + 1,
-             "reference pixel, row"},
-            {"CD1_1", wcs.cd[0], "degrees per pixel"},
-            {"CD1_2", wcs.cd[1] * down, "degrees per pixel"},
-            {"CD2_1", wcs.cd[2], "degrees per pixel"},
-            {"CD2_2", wcs.cd[3] * down, "degrees per pixel"},
-            {"EQUINOX", 2000.0, "equinox of the world coordinates"},
-            {"RADESYS", "ICRS", "frame of the world coordinates"}};
 }
 
 void writeWcs(const std::filesystem::path& source, const std::filesystem::path& target,

@@ -1,4 +1,4 @@
-// FITS images written, and world coordinates put into their headers.
+// FITS images written, and world coordinates put into the headers of images that are there.
 #pragma once
 
 #include <cstddef>
@@ -21,10 +21,6 @@ void writeFits(const std::filesystem::path& path, std::size_t width, std::size_t
 /// The same for an image in memory, in its own type of pixels.
 void writeFits(const std::filesystem::path& path, const platform::ImageArray& image,
                const std::vector<FitsCard>& cards);
-
-/// The cards of world coordinates (ICRS, EQUINOX 2000) for an image of this height, whose file runs from the
-/// top or from the bottom.
-std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp);
 
 /// Writes a copy of the file with these world coordinates (ICRS, EQUINOX 2000) in the header of its first
 /// image, in place of what stood there. The target may be the file itself: readers see the old or the new

@@ -10,8 +10,6 @@
 
 namespace vantrel::observatory {
 
-class FitsHeader;
-
 struct PixelPosition {
     double x = 0;
     double y = 0;
@@ -40,10 +38,5 @@ struct TangentWcs {
     SkyPosition toSky(PixelPosition pixel) const;
     std::optional<PixelPosition> toPixel(SkyPosition position) const;
 };
-
-/// The world coordinates that a FITS header holds: TAN with a CD matrix, PC and CDELT, or CDELT and CROTA2.
-/// bottomUp tells that array rows run against the file's rows. Empty when missing, of another projection,
-/// incomplete or degenerate.
-std::optional<TangentWcs> wcsFromHeader(const FitsHeader& header, double height, bool bottomUp);
 
 }  // namespace vantrel::observatory

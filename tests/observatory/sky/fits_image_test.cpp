@@ -12,6 +12,7 @@
 #include <zlib.h>
 
 #include "observatory/sky/fits_writing.h"
+#include "observatory/sky/header_wcs.h"
 #include "support/fits_bytes.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
@@ -449,26 +450,6 @@ TEST(WriteWcs, IsReadBackInArrayPixelsForBothRowOrders) {
         // In the file, row 1 is the array's first or last row.
         EXPECT_NEAR(image.header().number("CRPIX2").value_or(0), order[0] == 'T' ? 11.5 : 19.5, 1e-9);
         EXPECT_GT(image.header().number("CD2_2").value_or(0) * (order[0] == 'T' ? 1 : -1), 0) << order;
-    }
-}
-
-// Values by hand from the definitions; a star on the meridian stands at tan(distance).
-TEST(TangentPlane, ProjectsByTheDefinition) {
-    const auto north = toTangentPlane({50, 61}, {50, 60});
-    ASSERT_TRUE(north);
-    EXPECT_NEAR(north->xi, 0, 1e-12);
-    EXPECT_NEAR(north->eta, std::tan(M_PI / 180) * 180 / M_PI, 1e-9);
-    const auto overPole = toTangentPlane({230, 89}, {50, 89.5});
-    ASSERT_TRUE(overPole);
-    EXPECT_NEAR(overPole->eta, std::tan(1.5 * M_PI / 180) * 180 / M_PI, 1e-9);
-    EXPECT_FALSE(toTangentPlane({230, 0}, {50, 0}));
-    for (const SkyPosition centre : {SkyPosition{0, 90}, SkyPosition{359.9, -60}, SkyPosition{12, 5}}) {
-        for (const PlanePosition plane : {PlanePosition{3, 4}, PlanePosition{-20, 15}, PlanePosition{0, 0}}) {
-            const auto back = toTangentPlane(fromTangentPlane(plane, centre), centre);
-            ASSERT_TRUE(back);
-            EXPECT_NEAR(back->xi, plane.xi, 1e-9);
-            EXPECT_NEAR(back->eta, plane.eta, 1e-9);
-        }
     }
 }
 
