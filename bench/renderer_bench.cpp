@@ -3,9 +3,9 @@
 #include <benchmark/benchmark.h>
 
 #include "observatory/sky/epoch.h"
-#include "observatory/sky/renderer.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "observatory/telescopes/camera.h"
+#include "observatory/telescopes/renderer.h"
 #include "platform/queued_event_loop.h"
 
 namespace vantrel::observatory {

@@ -35,8 +35,10 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
     if (!seams_.stars) seams_.stars = [] { return TychoCatalog::openBuiltIn(); };
     axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, noise_, seams_.stars);
     scopeSimCamera_ = std::make_unique<Camera>(scopeSim_->mount, noise_, seams_.stars);
-    imaging_ = std::make_unique<ImagingPrograms>(
-        loop_, folders_, seams_.desktop != nullptr ? *seams_.desktop : ownDesktop_, pictures(), seams_.stars);
+    simulatedCamera_ = std::make_unique<SimulatedCamera>(loop_, pictures());
+    imaging_ = std::make_unique<ImagingPrograms>(loop_, folders_,
+                                                 seams_.desktop != nullptr ? *seams_.desktop : ownDesktop_,
+                                                 *simulatedCamera_, seams_.stars);
     axisSimulator_->onPicture = [this](const Picture& picture) {
         showPicture(imaging_->documents(), picture);
     };

@@ -9,8 +9,9 @@
 #include "observatory/catalogs/downloads.h"
 #include "observatory/helpers/chooser_object.h"
 #include "observatory/imaging/imaging_programs.h"
-#include "observatory/sky/noise.h"
 #include "observatory/telescopes/axis_simulator.h"
+#include "observatory/telescopes/noise.h"
+#include "observatory/telescopes/simulated_camera.h"
 #include "observatory/telescopes/telescope_driver.h"
 #include "platform/class_registry.h"
 #include "platform/desktop_windows.h"
@@ -71,6 +72,7 @@ class Observatory {
     std::shared_ptr<TelescopeDevice> scopeSim_;
     std::shared_ptr<AxisSimulatorDevice> axisSimulator_;
     std::unique_ptr<Camera> scopeSimCamera_;
+    std::unique_ptr<SimulatedCamera> simulatedCamera_;
     platform::DesktopWindows ownDesktop_;
     std::unique_ptr<ImagingPrograms> imaging_;
 };

@@ -5,10 +5,10 @@
 #include <system_error>
 
 #include "observatory/sky/fits_writing.h"
-#include "observatory/sky/noise.h"
-#include "observatory/sky/renderer.h"
 #include "observatory/sky/star_catalog.h"
 #include "observatory/sky/tangent_wcs.h"
+#include "observatory/telescopes/noise.h"
+#include "observatory/telescopes/renderer.h"
 
 namespace vantrel::observatory {
 namespace {

@@ -108,7 +108,8 @@ TEST(Structure, LibrariesStayInTheirRooms) {
         {"platform", std::regex(R"(curl/curl\.h)")},
         {"observatory", std::regex(R"((fitsio|erfam?|sep|zlib)\.h|Eigen/.*)")},
         {"hosts",
-         std::regex(R"((zlib|netdb|ifaddrs|arpa/inet|net/if|sys/socket|netinet/in|netinet/tcp)\.h|nlohmann/.*)")},
+         std::regex(
+             R"((zlib|netdb|ifaddrs|arpa/inet|net/if|sys/socket|netinet/in|netinet/tcp)\.h|nlohmann/.*)")},
         {"headless", std::regex(R"(nlohmann/.*)")},
         {"qt", std::regex(R"(Q[A-Za-z]+)")},
     };
@@ -156,7 +157,7 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
         {"the machine's time zone", std::regex(R"(localtime)"), {"src/platform/clock.cpp"}},
         {"chance",
          std::regex(R"(random_device|\brand\(|srand\(|std::mt19937|QRandomGenerator)"),
-         {"src/observatory/sky/noise.", "src/qt/main.cpp", "src/headless/main.cpp"}},
+         {"src/observatory/telescopes/noise.", "src/qt/main.cpp", "src/headless/main.cpp"}},
         {"the environment", std::regex(R"(\bgetenv|qgetenv)"), {"src/platform/user_machine.cpp", "src/qt/"}},
         {"threads",
          std::regex(R"(std::j?thread\b|std::async)"),

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "observatory/imaging/ccdsoft_program.h"
-#include "observatory/telescopes/camera.h"
+#include "observatory/sky/star_catalog.h"
 
 namespace vantrel::observatory {
 

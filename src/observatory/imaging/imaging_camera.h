@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "observatory/telescopes/camera.h"
+#include "observatory/imaging/picture.h"
 #include "platform/camera_hardware.h"
 #include "platform/errors.h"
 #include "platform/event_loop.h"

@@ -7,11 +7,11 @@
 namespace vantrel::observatory {
 
 ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, const platform::FolderMap& folders,
-                                 platform::DesktopWindows& desktop, PictureSource pictures,
+                                 platform::DesktopWindows& desktop, platform::CameraHardware& camera,
                                  CatalogSource stars)
     : stars_(std::move(stars)),
-      simulated_(loop, std::move(pictures)),
-      camera_(loop, simulated_),
+      shared_(camera),
+      camera_(loop, shared_),
       bench_{loop, folders, desktop, camera_, documents_},
       maxIm_(bench_),
       ccdSoft_(bench_),
@@ -25,9 +25,7 @@ void ImagingPrograms::useCamera(std::shared_ptr<platform::CameraHardware> hardwa
     real_ = std::move(hardware);
 }
 
-const platform::CameraHardware& ImagingPrograms::chosenCamera() const {
-    return real_ ? *real_ : static_cast<const platform::CameraHardware&>(simulated_);
-}
+const platform::CameraHardware& ImagingPrograms::chosenCamera() const { return real_ ? *real_ : shared_; }
 
 template <typename Object, typename Program, typename... Rest>
 std::function<platform::ObjectRef()> ImagingPrograms::objectOf(Program& program, Rest... rest) {

@@ -1,21 +1,22 @@
-// The observatory's imaging: the simulated camera, the open images, the two programs that show them, and the
-// built-in camera program, which drives real cameras as well.
+// Imaging: the open images, the two programs that show them, and the built-in camera program, which drives
+// real cameras as well.
 #pragma once
 
 #include <memory>
 
 #include "observatory/imaging/ccdsoft_program.h"
 #include "observatory/imaging/maxim_program.h"
-#include "observatory/imaging/simulated_camera.h"
+#include "observatory/sky/star_catalog.h"
 #include "platform/class_registry.h"
 
 namespace vantrel::observatory {
 
 class ImagingPrograms {
   public:
-    /// All that is given must outlive this.
+    /// All that is given must outlive this. The camera is everybody's, unless the built-in camera program is
+    /// given another.
     ImagingPrograms(platform::EventLoop& loop, const platform::FolderMap& folders,
-                    platform::DesktopWindows& desktop, PictureSource pictures, CatalogSource stars);
+                    platform::DesktopWindows& desktop, platform::CameraHardware& camera, CatalogSource stars);
 
     /// Registers the classes, with servers in the folder (which ends with a backslash), and the programs
     /// behind these. Creating an object starts its program.
@@ -24,7 +25,7 @@ class ImagingPrograms {
     ImagingCamera& camera() { return camera_; }
     OpenDocuments& documents() { return documents_; }
     const OpenDocuments& documents() const { return documents_; }
-    /// The camera of the built-in camera program from now on; nothing: the simulated one.
+    /// The camera of the built-in camera program from now on; nothing: everybody's.
     void useCamera(std::shared_ptr<platform::CameraHardware> hardware);
     /// The built-in camera program's, as it says of itself.
     const platform::CameraHardware& chosenCamera() const;
@@ -37,13 +38,13 @@ class ImagingPrograms {
 
     CatalogSource stars_;
     OpenDocuments documents_;
-    SimulatedCamera simulated_;
+    platform::CameraHardware& shared_;
     ImagingCamera camera_;
     ImagingBench bench_;
     MaxImProgram maxIm_;
     CCDSoftProgram ccdSoft_;
     BuiltInCameraProgram builtIn_;
-    std::shared_ptr<platform::CameraHardware> real_;  // nothing: the simulated camera is used
+    std::shared_ptr<platform::CameraHardware> real_;  // nothing: the shared camera is used
     std::unique_ptr<ImagingCamera> realCamera_;
 };
 

@@ -1,7 +1,7 @@
 // What a camera handed out, as a picture with its header.
 #pragma once
 
-#include "observatory/telescopes/camera.h"
+#include "observatory/imaging/picture.h"
 #include "platform/camera_hardware.h"
 
 namespace vantrel::observatory {

@@ -9,7 +9,7 @@
 
 #include "observatory/panel/bright_stars.h"
 #include "observatory/panel/frm_simulator.h"
-#include "observatory/sky/noise.h"
+#include "observatory/telescopes/noise.h"
 #include "platform/automation.h"
 #include "platform/event_loop.h"
 #include "platform/site_angle.h"

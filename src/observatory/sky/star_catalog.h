@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -45,5 +47,8 @@ class StarCatalog {
     /// The folder that the stars come from.
     virtual std::filesystem::path folder() const = 0;
 };
+
+/// Opens the star catalogue when it is first needed; throws CatalogError when there is none.
+using CatalogSource = std::function<std::shared_ptr<const StarCatalog>()>;
 
 }  // namespace vantrel::observatory

@@ -54,7 +54,7 @@ platform::Instant fromAutomationDate(double days) {
 }  // namespace
 
 PinPointPlate::PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
-                             BuiltInStars builtIn, NetworkAccess network)
+                             CatalogSource builtIn, NetworkAccess network)
     : DispatchObject(kClass),
       clock_(clock),
       folders_(folders),

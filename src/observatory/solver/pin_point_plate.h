@@ -26,10 +26,8 @@ namespace vantrel::observatory {
 
 class PinPointPlate : public platform::DispatchObject {
   public:
-    using BuiltInStars = std::function<std::shared_ptr<const StarCatalog>()>;
-
     /// The network is used only by the catalogues that stay there.
-    PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders, BuiltInStars builtIn,
+    PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders, CatalogSource builtIn,
                   NetworkAccess network = {});
 
   private:
@@ -62,7 +60,7 @@ class PinPointPlate : public platform::DispatchObject {
 
     const platform::Clock& clock_;
     const platform::FolderMap& folders_;
-    BuiltInStars builtIn_;
+    CatalogSource builtIn_;
     NetworkAccess network_;
 
     int catalogNumber_ = 3;

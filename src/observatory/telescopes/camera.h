@@ -7,14 +7,15 @@
 #include <string>
 #include <vector>
 
+#include "observatory/imaging/picture.h"
 #include "observatory/sky/epoch.h"
 #include "observatory/sky/fits_header.h"
 #include "observatory/sky/focal_plane.h"
-#include "observatory/sky/noise.h"
 #include "observatory/sky/refraction.h"
-#include "observatory/sky/renderer.h"
 #include "observatory/sky/star_catalog.h"
 #include "observatory/telescopes/mount.h"
+#include "observatory/telescopes/noise.h"
+#include "observatory/telescopes/renderer.h"
 #include "platform/automation.h"
 #include "platform/clock.h"
 
@@ -47,14 +48,6 @@ struct Shot {
     double transmission = 1;                // of the filter, 0 to 1
     std::optional<ReadWindow> window = {};  // inside the sensor; nothing: all of it, unbinned
 };
-
-struct Picture {
-    platform::ImageRef pixels;     // 16 bits; row 0 is the top
-    std::vector<FitsCard> header;  // without the cards that describe the array itself
-};
-
-/// Opens the star catalogue when the first picture needs it; throws CatalogError when there is none.
-using CatalogSource = std::function<std::shared_ptr<const StarCatalog>()>;
 
 class Camera {
   public:

@@ -7,8 +7,8 @@
 // Nothing ticks: every question is answered for the clock's now.
 #pragma once
 
-#include "observatory/sky/noise.h"
 #include "observatory/telescopes/mount_axis.h"
+#include "observatory/telescopes/noise.h"
 #include "platform/clock.h"
 
 namespace vantrel::observatory {

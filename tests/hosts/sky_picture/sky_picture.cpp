@@ -18,9 +18,9 @@
 
 #include "observatory/sky/epoch.h"
 #include "observatory/sky/focal_plane.h"
-#include "observatory/sky/renderer.h"
 #include "observatory/sky/tycho_catalog.h"
 #include "observatory/telescopes/mount_axis.h"
+#include "observatory/telescopes/renderer.h"
 #include "platform/clock.h"
 #include "platform/text.h"
 

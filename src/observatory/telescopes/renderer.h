@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "observatory/sky/noise.h"
+#include "observatory/telescopes/noise.h"
 
 namespace vantrel::observatory {
 

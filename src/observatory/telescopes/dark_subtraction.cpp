@@ -1,4 +1,4 @@
-#include "observatory/imaging/dark_subtraction.h"
+#include "observatory/telescopes/dark_subtraction.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "observatory/sky/noise.h"
+#include "observatory/telescopes/noise.h"
 
 #include <array>
 #include <cmath>

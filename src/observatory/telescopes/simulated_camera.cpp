@@ -1,4 +1,4 @@
-#include "observatory/imaging/simulated_camera.h"
+#include "observatory/telescopes/simulated_camera.h"
 
 #include <algorithm>
 #include <array>
@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "observatory/imaging/dark_subtraction.h"
+#include "observatory/telescopes/dark_subtraction.h"
 #include "platform/image_array.h"
 
 namespace vantrel::observatory {

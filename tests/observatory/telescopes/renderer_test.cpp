@@ -1,4 +1,4 @@
-#include "observatory/sky/renderer.h"
+#include "observatory/telescopes/renderer.h"
 
 #include <algorithm>
 #include <cmath>
