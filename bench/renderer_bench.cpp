@@ -2,11 +2,11 @@
 
 #include <benchmark/benchmark.h>
 
-#include "observatory/sky/epoch.h"
-#include "observatory/sky/tycho_catalog.h"
 #include "observatory/telescopes/camera.h"
 #include "observatory/telescopes/renderer.h"
 #include "platform/queued_event_loop.h"
+#include "sky/epoch.h"
+#include "sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -14,13 +14,13 @@ namespace {
 platform::Instant tonight() { return platform::parseInstant("2026-11-24T20:00:00Z").value(); }
 
 void skyOfDate(benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(SkyOfDate(tonight()));
+    for (auto _ : state) benchmark::DoNotOptimize(sky::SkyOfDate(tonight()));
 }
 BENCHMARK(skyOfDate)->Unit(benchmark::kMicrosecond);
 
 void apparentPlace(benchmark::State& state) {
-    const SkyOfDate sky(tonight());
-    Vector3 star = directionOf({100, 40});
+    const sky::SkyOfDate sky(tonight());
+    sky::Vector3 star = sky::directionOf({100, 40});
     for (auto _ : state) benchmark::DoNotOptimize(sky.apparent(star));
 }
 BENCHMARK(apparentPlace);
@@ -44,7 +44,7 @@ void wholeExposure(benchmark::State& state) {
     platform::VirtualTime time{tonight()};
     NoiseSource noise(1);
     Mount mount(time, noise);
-    const std::shared_ptr<const StarCatalog> catalog = TychoCatalog::openBuiltIn();
+    const std::shared_ptr<const sky::StarCatalog> catalog = sky::TychoCatalog::openBuiltIn();
     Camera camera(mount, noise, [&catalog] { return catalog; });
     for (auto _ : state) benchmark::DoNotOptimize(camera.expose(time.utc(), "bench"));
 }

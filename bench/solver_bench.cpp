@@ -8,17 +8,19 @@
 
 #include <benchmark/benchmark.h>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "observatory/solver/image_reduction.h"
 #include "observatory/solver/plate_solver.h"
 #include "observatory/solver/source_extractor.h"
+#include "sky/tycho_catalog.h"
 #include "support/star_field.h"
 
 namespace {
 
 using namespace vantrel;
+using namespace vantrel::sky;
+using namespace vantrel::fits;
 using namespace vantrel::observatory;
 
 constexpr double kWidthDeg = 1.4;

@@ -15,19 +15,21 @@
 #include <random>
 #include <string>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "observatory/solver/pattern_store.h"
 #include "observatory/solver/plate_solver.h"
 #include "observatory/solver/wide_search.h"
 #include "platform/user_machine.h"
+#include "sky/tycho_catalog.h"
 #include "support/list_catalog.h"
 #include "support/star_field.h"
 
 namespace {
 
 using namespace vantrel;
+using namespace vantrel::sky;
+using namespace vantrel::fits;
 using namespace vantrel::observatory;
 
 struct Trial {

@@ -7,12 +7,12 @@
 #include <exception>
 #include <string>
 
-#include "observatory/sky/tycho_catalog.h"
-#include "observatory/sky/tycho_distribution.h"
+#include "sky/tycho_catalog.h"
+#include "sky/tycho_distribution.h"
 
 namespace {
 
-using namespace vantrel::observatory;
+using namespace vantrel::sky;
 
 constexpr double kEpoch = 2026.0;  // near the years of use, so that stars without a table entry hardly drift
 

@@ -17,10 +17,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "observatory/catalogs/http_downloads.h"
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
-#include "observatory/sky/tycho_catalog.h"
 #include "observatory/solver/catalog_choice.h"
 #include "observatory/solver/exposure_facts.h"
 #include "observatory/solver/pattern_store.h"
@@ -28,10 +27,13 @@
 #include "observatory/solver/wide_search.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
+#include "sky/tycho_catalog.h"
 
 namespace {
 
 using namespace vantrel;
+using namespace vantrel::sky;
+using namespace vantrel::fits;
 using namespace vantrel::observatory;
 
 constexpr const char* kUsage =

@@ -2,9 +2,9 @@
 
 #include <filesystem>
 
+#include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "headless/json_values.h"
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
 
 namespace vantrel::headless {
 
@@ -25,8 +25,8 @@ void saveShownImage(const observatory::OpenDocuments& documents, const FolderMap
     const auto shown = documents.current();
     if (!shown) throw CommandError("No imaging program shows an image");
     try {
-        observatory::writeFits(machinePath(folders, path), *shown->pixels, shown->header);
-    } catch (const observatory::FitsError& error) {
+        fits::writeFits(machinePath(folders, path), *shown->pixels, shown->header);
+    } catch (const fits::FitsError& error) {
         throw CommandError(std::string("The image could not be saved: ") + error.what());
     }
 }

@@ -2,11 +2,11 @@
 
 #include <stdexcept>
 
-#include "observatory/helpers/profile_object.h"
-#include "observatory/helpers/util_object.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "helpers/profile_object.h"
+#include "helpers/util_object.h"
 #include "observatory/solver/pin_point_plate.h"
 #include "observatory/test_image.h"
+#include "sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -32,7 +32,7 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
       noise_(seed),
       scopeSim_(std::make_shared<TelescopeDevice>(loop, noise_)) {
     if (!seams_.profile) seams_.profile = std::make_shared<platform::MemorySettings>();
-    if (!seams_.stars) seams_.stars = [] { return TychoCatalog::openBuiltIn(); };
+    if (!seams_.stars) seams_.stars = [] { return sky::TychoCatalog::openBuiltIn(); };
     axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, noise_, seams_.stars);
     scopeSimCamera_ = std::make_unique<Camera>(scopeSim_->mount, noise_, seams_.stars);
     simulatedCamera_ = std::make_unique<SimulatedCamera>(loop_, pictures());
@@ -87,15 +87,16 @@ void Observatory::provideTestImage(const std::string& folder) const {
 void Observatory::installHelpers(platform::ClassRegistry& classes) {
     const std::string server = std::string(kFolder) + "DriverHelper.dll";
     classes.install("DriverHelper.Util",
-                    {[this] { return std::make_shared<UtilObject>(loop_); }, server, "", ""});
+                    {[this] { return std::make_shared<helpers::UtilObject>(loop_); }, server, "", ""});
     classes.install("DriverHelper.Chooser", {[this, &classes] {
-                                                 return std::make_shared<ChooserObject>(
+                                                 return std::make_shared<helpers::ChooserObject>(
                                                      classes, seams_.chooser, seams_.beforeChoosing);
                                              },
                                              server, "", ""});
-    classes.install("DriverHelper.Profile",
-                    {[this, &classes] { return std::make_shared<ProfileObject>(classes, *seams_.profile); },
-                     server, "", ""});
+    classes.install(
+        "DriverHelper.Profile",
+        {[this, &classes] { return std::make_shared<helpers::ProfileObject>(classes, *seams_.profile); },
+         server, "", ""});
 }
 
 void Observatory::installTelescopes(platform::ClassRegistry& classes) {

@@ -6,8 +6,8 @@
 #include <functional>
 #include <memory>
 
+#include "helpers/chooser_object.h"
 #include "observatory/catalogs/downloads.h"
-#include "observatory/helpers/chooser_object.h"
 #include "observatory/imaging/imaging_programs.h"
 #include "observatory/telescopes/axis_simulator.h"
 #include "observatory/telescopes/noise.h"
@@ -25,12 +25,12 @@ namespace vantrel::observatory {
 /// then cancelled, setup dialogs close at once, the profile forgets, the stars are the built-in catalogue's,
 /// and the programs' windows stand on a desktop of the observatory's own.
 struct ObservatorySeams {
-    ChooserDialog chooser;
+    helpers::ChooserDialog chooser;
     std::function<void()> beforeChoosing;  ///< finds drivers that aren't known yet
     std::function<bool()> mountIsReal;     ///< a real mount is in use: the simulated sky isn't its own
     SetupDialog setup;
     std::shared_ptr<platform::SettingsRoot> profile;
-    CatalogSource stars;
+    sky::CatalogSource stars;
     platform::DesktopWindows* desktop = nullptr;
     std::shared_ptr<Downloads> downloads;  ///< without them catalogues of the network can't be asked
     std::filesystem::path downloadCache;   ///< folder for what was downloaded; empty keeps nothing

@@ -13,6 +13,6 @@ inline constexpr const char* kTestImageName = "VTL_Test_Image.fit";
 /// name is there. The scale is 1.7 arcsec per pixel; the header holds the target position, but no solution.
 /// The same catalogue, opened only when it is needed, gives the same file. Throws what opening it throws, and
 /// FitsError when the file can't be written.
-void provideTestImage(const std::filesystem::path& folder, const CatalogSource& openCatalog);
+void provideTestImage(const std::filesystem::path& folder, const sky::CatalogSource& openCatalog);
 
 }  // namespace vantrel::observatory

@@ -3,8 +3,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "observatory/sky/epoch.h"
 #include "platform/text.h"
+#include "sky/epoch.h"
 
 namespace vantrel::station {
 namespace {
@@ -20,18 +20,17 @@ constexpr const char* kUsualPort = "32227";
 constexpr std::uint32_t kClientId = 4711;  // tells this program from others at the same server
 
 hosts::EquinoxConversion equinoxConversion() {
-    const auto convert =
-        [](const hosts::EquatorialPosition& position, platform::Instant utc,
-           observatory::SkyPosition (observatory::SkyOfDate::*turn)(const observatory::SkyPosition&) const) {
-            const observatory::SkyPosition from{position.rightAscension * 15, position.declination};
-            const observatory::SkyPosition to = (observatory::SkyOfDate(utc).*turn)(from);
-            return hosts::EquatorialPosition{to.ra / 15, to.dec};
-        };
+    const auto convert = [](const hosts::EquatorialPosition& position, platform::Instant utc,
+                            sky::SkyPosition (sky::SkyOfDate::*turn)(const sky::SkyPosition&) const) {
+        const sky::SkyPosition from{position.rightAscension * 15, position.declination};
+        const sky::SkyPosition to = (sky::SkyOfDate(utc).*turn)(from);
+        return hosts::EquatorialPosition{to.ra / 15, to.dec};
+    };
     return {[convert](const auto& position, platform::Instant utc) {
-                return convert(position, utc, &observatory::SkyOfDate::apparent);
+                return convert(position, utc, &sky::SkyOfDate::apparent);
             },
             [convert](const auto& position, platform::Instant utc) {
-                return convert(position, utc, &observatory::SkyOfDate::catalogue);
+                return convert(position, utc, &sky::SkyOfDate::catalogue);
             }};
 }
 

@@ -28,7 +28,7 @@ observatory::ObservatorySeams Station::seams() {
     seams.beforeChoosing = [this] { devices_.findMounts(); };
     seams.mountIsReal = [this] { return devices_.mountIsReal(); };
     seams.chooser = [&dialogs = surroundings_.dialogs](const std::string& title,
-                                                       const std::vector<observatory::DriverChoice>& drivers,
+                                                       const std::vector<helpers::DriverChoice>& drivers,
                                                        const std::string& current) {
         std::vector<platform::Dialogs::Choice> choices;
         choices.reserve(drivers.size());

@@ -29,6 +29,7 @@ const Document& reference() {
 struct Place {
     const char* beginning;
     const char* heading;
+    bool refusalsOnly = false;  // other texts there are names and values
 };
 const Place kPlaces[] = {
     {"src/app/", "At the start"},
@@ -44,7 +45,10 @@ const Place kPlaces[] = {
     {"src/platform/camera_hardware.h", "What the built-in instruments refuse"},
     {"src/platform/", "Any other failure"},
     {"src/observatory/panel/", "Polar Axis Simulator"},
-    {"src/observatory/", "What the built-in instruments refuse"},
+    {"src/sky/", "What the built-in instruments refuse", true},
+    {"src/fits/", "What the built-in instruments refuse", true},
+    {"src/helpers/", "What the built-in instruments refuse", true},
+    {"src/observatory/", "What the built-in instruments refuse", true},
 };
 
 // Sources whose texts aren't messages.
@@ -81,16 +85,14 @@ const std::set<std::string> kParts = {"numbered", "joinLines", "lines", "line"};
 
 bool isShown(const std::string& call) { return kWhole.contains(call) || kParts.contains(call); }
 
-bool isPlaced(const std::string& file) {
-    return std::any_of(std::begin(kPlaces), std::end(kPlaces),
-                       [&](const Place& place) { return file.starts_with(place.beginning); });
+/// Null when no row is the file's.
+const Place* placeOf(const std::string& file) {
+    const auto place = std::find_if(std::begin(kPlaces), std::end(kPlaces),
+                                    [&](const Place& row) { return file.starts_with(row.beginning); });
+    return place == std::end(kPlaces) ? nullptr : place;
 }
 
-std::string headingFor(const std::string& file) {
-    return std::find_if(std::begin(kPlaces), std::end(kPlaces),
-                        [&](const Place& place) { return file.starts_with(place.beginning); })
-        ->heading;
-}
+bool isPlaced(const std::string& file) { return placeOf(file) != nullptr; }
 
 /// Several words, or an exclamation.
 bool isProse(const std::string& text) {
@@ -127,8 +129,8 @@ bool isMessage(const SourceText& text) {
     });
     if (!hasLetters || kUnseen.contains(whole) || tellsWhere(text.text) || isPathOrFile(text.text))
         return false;
-    if (text.file.starts_with("src/observatory/") && !text.file.starts_with("src/observatory/panel/"))
-        return isRefusal(text) && isProse(text.text);
+    const Place* place = placeOf(text.file);
+    if (place != nullptr && place->refusalsOnly) return isRefusal(text) && isProse(text.text);
     return isProse(text.text) || (!text.calls.empty() && isShown(text.calls.back()));
 }
 
@@ -248,7 +250,7 @@ TEST(Reference, TellsOfEveryMessage) {
         const bool found = std::any_of(told.begin(), told.end(),
                                        [&](const std::string& code) { return tellsOf(code, text); });
         EXPECT_TRUE(found)
-            << "docs/reference.md, \"" << headingFor(text.file) << "\": add a row (or add to one) for `"
+            << "docs/reference.md, \"" << placeOf(text.file)->heading << "\": add a row (or add to one) for `"
             << asOneLine(text.text) << "` (" << text.file << ":" << text.line
             << "): the text between ` signs on the left, what it means on the right. If nobody is "
                "shown it, name it in kUnseen of this test.";

@@ -11,6 +11,7 @@
 namespace {
 
 using namespace vantrel;
+using namespace vantrel::sky;
 using namespace vantrel::observatory;
 
 using Names = std::vector<const char*>;

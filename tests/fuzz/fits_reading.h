@@ -3,9 +3,9 @@
 
 #include <vector>
 
+#include "fits/fits_image.h"
+#include "fits/fits_units.h"
 #include "fuzz/input.h"
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_units.h"
 #include "observatory/solver/exposure_facts.h"
 #include "support/temp_folder.h"
 
@@ -17,10 +17,10 @@ void withImage(std::string_view bytes, Use&& use) {
     static const test::TempFolder folder(test::TempFolder::quickPlace());
     try {
         const auto path = folder.write("image.fit", bytes);
-        observatory::FitsFile file(path);
-        const observatory::FitsImageUnit image = observatory::findImage(file);
+        fits::FitsFile file(path);
+        const fits::FitsImageUnit image = fits::findImage(file);
         use(path, image);
-    } catch (const observatory::FitsError&) {  // what a file that is none gets
+    } catch (const fits::FitsError&) {  // what a file that is none gets
     }
 }
 
@@ -28,7 +28,7 @@ inline bool isSmall(std::size_t width, std::size_t height) { return width * heig
 
 /// Opens the file, reads all its rows and asks everything that the solver asks of a header.
 inline void readFits(const std::filesystem::path& path) {
-    const auto image = observatory::FitsImage::open(path);
+    const auto image = fits::FitsImage::open(path);
     if (const auto wcs = image.wcs()) wcs->toPixel(wcs->toSky({1, 2}));
     observatory::exposureStart(image.header());
     observatory::headerScales(image.header());

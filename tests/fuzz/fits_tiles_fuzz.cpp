@@ -10,9 +10,9 @@
 
 #include <zlib.h>
 
+#include "fits/raw_file.h"
+#include "fits/tiled_fits.h"
 #include "fuzz/fits_reading.h"
-#include "observatory/sky/raw_file.h"
-#include "observatory/sky/tiled_fits.h"
 #include "support/fits_bytes.h"
 
 namespace vantrel::fuzz {
@@ -215,16 +215,16 @@ void compare(const Drawn& drawn) {
     const float least = drawn.sides[2] > 1 ? 0.05F : kSmallest;
     static const test::TempFolder folder(test::TempFolder::quickPlace());
     const auto tiled = folder.write("image.fz", tiledFile(drawn));
-    observatory::FitsFile bytes(tiled);
-    const observatory::FitsImageUnit image = observatory::findImage(bytes);
-    observatory::checkTiles(bytes, image);
-    auto unpacked = observatory::RawFile::inMemory(tiled);
-    observatory::unpackTiles(bytes, image, unpacked);
+    fits::FitsFile bytes(tiled);
+    const fits::FitsImageUnit image = fits::findImage(bytes);
+    fits::checkTiles(bytes, image);
+    auto unpacked = fits::RawFile::inMemory(tiled);
+    fits::unpackTiles(bytes, image, unpacked);
     std::vector<float> tiles(image.layout.width * image.layout.height);
     unpacked.read(0, std::as_writable_bytes(std::span(tiles)));
 
     std::vector<float> pixels(tiles.size());
-    observatory::FitsImage::open(folder.write("image.fit", plainFile(drawn))).readRows(0, pixels);
+    fits::FitsImage::open(folder.write("image.fit", plainFile(drawn))).readRows(0, pixels);
     for (std::size_t i = 0; i < pixels.size(); ++i) {
         if (std::abs(pixels[i]) > kMost) continue;
         check(std::isnan(tiles[i]) == std::isnan(pixels[i]), "a pixel got or lost its value");

@@ -3,6 +3,7 @@
 #include "observatory/catalogs/vizier_catalog.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace vantrel::sky;
     using namespace vantrel::observatory;
     for (const VizierSource* source : {&usnoBSource(), &nomadSource()}) {
         try {

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "observatory/sky/fits_image.h"
+#include "fits/fits_image.h"
 #include "platform/text.h"
 #include "script.h"
 
@@ -579,7 +579,7 @@ TEST(ShownImage, IsSavedWithItsMarks) {
         script.send({{"do", "image"}, {"save", file.string()}});
         script.send({{"id", "white"}, {"do", "automation"}, {"object", kDocument}, {"get", "StretchMax"}});
         const auto result = script.run();
-        const auto image = observatory::FitsImage::open(file);
+        const auto image = fits::FitsImage::open(file);
         ASSERT_EQ(image.width(), 96U);
         std::vector<float> pixels(96 * 64);
         image.readRows(0, pixels);

@@ -4,21 +4,20 @@
 #include <algorithm>
 #include <vector>
 
-#include "observatory/sky/star_catalog.h"
-#include "observatory/sky/tangent_wcs.h"
+#include "sky/star_catalog.h"
+#include "sky/tangent_wcs.h"
 
 namespace vantrel::test {
 
-class ListCatalog : public observatory::StarCatalog {
+class ListCatalog : public sky::StarCatalog {
   public:
-    explicit ListCatalog(std::vector<observatory::CatalogStar> stars) : stars_(std::move(stars)) {}
+    explicit ListCatalog(std::vector<sky::CatalogStar> stars) : stars_(std::move(stars)) {}
 
-    std::vector<observatory::CatalogStar> cone(const observatory::ConeQuery& query) const override {
-        std::vector<observatory::CatalogStar> found;
+    std::vector<sky::CatalogStar> cone(const sky::ConeQuery& query) const override {
+        std::vector<sky::CatalogStar> found;
         for (const auto& star : stars_) {
             if (star.magnitude <= query.faintestMagnitude &&
-                observatory::separationDeg({star.raDeg, star.decDeg}, {query.raDeg, query.decDeg}) <=
-                    query.radiusDeg)
+                sky::separationDeg({star.raDeg, star.decDeg}, {query.raDeg, query.decDeg}) <= query.radiusDeg)
                 found.push_back(star);
         }
         std::stable_sort(found.begin(), found.end(),
@@ -29,7 +28,7 @@ class ListCatalog : public observatory::StarCatalog {
     std::filesystem::path folder() const override { return {}; }
 
   private:
-    std::vector<observatory::CatalogStar> stars_;
+    std::vector<sky::CatalogStar> stars_;
 };
 
 }  // namespace vantrel::test

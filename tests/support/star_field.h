@@ -8,8 +8,8 @@
 #include <random>
 #include <vector>
 
-#include "observatory/sky/star_catalog.h"
-#include "observatory/sky/tangent_wcs.h"
+#include "sky/star_catalog.h"
+#include "sky/tangent_wcs.h"
 #include "support/star_frames.h"
 
 namespace vantrel::test {
@@ -17,7 +17,7 @@ namespace vantrel::test {
 struct StarField {
     std::size_t width = 1392;
     std::size_t height = 1040;
-    observatory::TangentWcs wcs;
+    sky::TangentWcs wcs;
     double fwhm = 2.8;             ///< pixels
     double tenthMagnitude = 8000;  ///< electrons of a star of magnitude 10
     double sky = 300;              ///< electrons per pixel
@@ -29,8 +29,8 @@ struct StarField {
 
 /// World coordinates of an image of this size: centre, arcseconds per pixel, turn of the sky against the
 /// rows, and whether it is mirrored.
-inline observatory::TangentWcs wcsFor(std::size_t width, std::size_t height, observatory::SkyPosition centre,
-                                      double scale, double turnDeg, bool mirrored) {
+inline sky::TangentWcs wcsFor(std::size_t width, std::size_t height, sky::SkyPosition centre, double scale,
+                              double turnDeg, bool mirrored) {
     const double c = std::cos(turnDeg * std::numbers::pi / 180) * scale / 3600;
     const double s = std::sin(turnDeg * std::numbers::pi / 180) * scale / 3600;
     const double hand = mirrored ? -1 : 1;
@@ -40,13 +40,13 @@ inline observatory::TangentWcs wcsFor(std::size_t width, std::size_t height, obs
 }
 
 /// A random direction, uniform on the sphere.
-inline observatory::SkyPosition anywhere(std::mt19937& random) {
+inline sky::SkyPosition anywhere(std::mt19937& random) {
     std::uniform_real_distribution<double> unit(-1, 1);
     return {180 + 180 * unit(random), std::asin(unit(random)) * 180 / std::numbers::pi};
 }
 
 /// The field as a 16-bit camera with one electron a count would record it.
-inline std::vector<std::uint16_t> drawField(const observatory::StarCatalog* catalog, const StarField& field) {
+inline std::vector<std::uint16_t> drawField(const sky::StarCatalog* catalog, const StarField& field) {
     FrameRecipe recipe;
     recipe.width = static_cast<int>(field.width);
     recipe.height = static_cast<int>(field.height);
@@ -57,7 +57,7 @@ inline std::vector<std::uint16_t> drawField(const observatory::StarCatalog* cata
     if (catalog != nullptr) {
         const auto centre =
             field.wcs.toSky({static_cast<double>(field.width) / 2, static_cast<double>(field.height) / 2});
-        const double radius = observatory::separationDeg(centre, field.wcs.toSky({0, 0})) * 1.05 + 0.02;
+        const double radius = sky::separationDeg(centre, field.wcs.toSky({0, 0})) * 1.05 + 0.02;
         for (const auto& star :
              catalog->cone({.raDeg = centre.ra, .decDeg = centre.dec, .radiusDeg = radius})) {
             const auto at = field.wcs.toPixel({star.raDeg, star.decDeg});

@@ -7,9 +7,9 @@
 #include <nlohmann/json.hpp>
 #include <sys/wait.h>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "fits/fits_image.h"
+#include "fits/fits_writing.h"
+#include "sky/tycho_catalog.h"
 #include "support/star_field.h"
 #include "support/temp_folder.h"
 
@@ -32,13 +32,13 @@ class VantrelSolve : public testing::Test {
                 test::contentsOf(folder_ / "err")};
     }
 
-    std::string drawn(const std::vector<FitsCard>& cards = {}) {
+    std::string drawn(const std::vector<fits::FitsCard>& cards = {}) {
         test::StarField field;
         field.width = 640;
         field.height = 480;
         field.wcs = test::wcsFor(640, 480, {75, 33}, 6, 20, true);
-        writeFits(folder_ / "field.fits", 640, 480, test::drawField(TychoCatalog::openBuiltIn().get(), field),
-                  cards);
+        fits::writeFits(folder_ / "field.fits", 640, 480,
+                        test::drawField(sky::TychoCatalog::openBuiltIn().get(), field), cards);
         return (folder_ / "field.fits").string();
     }
 
@@ -62,9 +62,9 @@ TEST_F(VantrelSolve, PrintsTheSolutionAsJson) {
     EXPECT_GT(json.at("matched").get<int>(), 10);
     EXPECT_GE(json.at("stars_found").get<int>(), json.at("matched").get<int>());
     EXPECT_GT(json.at("seconds").get<double>(), 0);
-    const auto wcs = FitsImage::open(folder_ / "wcs.fits").wcs();
+    const auto wcs = fits::FitsImage::open(folder_ / "wcs.fits").wcs();
     ASSERT_TRUE(wcs);
-    EXPECT_LT(separationDeg(wcs->toSky({319.5, 239.5}), {75, 33}), 1e-3);
+    EXPECT_LT(sky::separationDeg(wcs->toSky({319.5, 239.5}), {75, 33}), 1e-3);
 }
 
 TEST_F(VantrelSolve, TakesFromTheHeaderWhatIsNotGiven) {

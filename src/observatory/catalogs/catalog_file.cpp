@@ -7,14 +7,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "observatory/sky/star_catalog.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
 namespace {
 
 [[noreturn]] void unreadable(const std::filesystem::path& path, int error) {
-    throw CatalogError(path.string() + " can't be read: " + std::generic_category().message(error));
+    throw sky::CatalogError(path.string() + " can't be read: " + std::generic_category().message(error));
 }
 
 }  // namespace
@@ -51,7 +51,7 @@ std::string CatalogFile::text(std::uint64_t offset, std::size_t length) const {
 }
 
 void CatalogFile::damaged(const std::string& why) const {
-    throw CatalogError(path_.string() + " is damaged: " + why);
+    throw sky::CatalogError(path_.string() + " is damaged: " + why);
 }
 
 }  // namespace vantrel::observatory

@@ -12,12 +12,15 @@
 #include "observatory/catalogs/catalog_file.h"
 #include "observatory/catalogs/distributions.h"
 #include "observatory/catalogs/sky_box.h"
-#include "observatory/sky/cone.h"
-#include "observatory/sky/vector3.h"
+#include "sky/cone.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using sky::ConeCollector;
+using sky::ConeQuery;
 
 constexpr std::size_t kHeaderBytes = 110;
 constexpr std::size_t kBytesAtATime = 65'536;
@@ -59,7 +62,8 @@ class Rings {
 /// 290 cells of equal area: ring edges at sin Dec = 1 - (2k - 1)^2 / 289.
 Rings ringsOf290() {
     std::vector<double> edges;
-    for (int k = 1; k < 9; ++k) edges.push_back(-std::asin(1 - (2 * k - 1) * (2 * k - 1) / 289.0) / kDegree);
+    for (int k = 1; k < 9; ++k)
+        edges.push_back(-std::asin(1 - (2 * k - 1) * (2 * k - 1) / 289.0) / sky::kDegree);
     return {{1, 4, 8, 12, 16, 20, 24, 28, 32}, edges};
 }
 
@@ -71,7 +75,7 @@ Rings ringsOf1476() {
     return {{1, 3, 9, 15, 21, 27, 33, 38, 43, 48, 52, 56, 60, 63, 65, 67, 68, 69}, edges};
 }
 
-class CellDatabase : public StarCatalog {
+class CellDatabase : public sky::StarCatalog {
   public:
     CellDatabase(const CatalogFolder& folder, std::string name, std::string ending)
         : folder_(folder),
@@ -79,8 +83,8 @@ class CellDatabase : public StarCatalog {
           ending_(std::move(ending)),
           rings_(ending_ == ".290" ? ringsOf290() : ringsOf1476()) {}
 
-    std::vector<CatalogStar> cone(const ConeQuery& query) const override {
-        if (!isSearchable(query)) return {};
+    std::vector<sky::CatalogStar> cone(const ConeQuery& query) const override {
+        if (!sky::isSearchable(query)) return {};
         ConeCollector stars(query);
         rings_.eachCell(query, [&](int ring, int cell) { search(ring, cell, query, stars); });
         return stars.take();
@@ -94,8 +98,8 @@ class CellDatabase : public StarCatalog {
         const std::string name = name_ + "_" + twoDigits(ring) + twoDigits(cell) + ending_;
         const auto path = folder_.file(name);
         if (!path)
-            throw CatalogError("the file " + name + " of the star catalogue is missing in " +
-                               folder_.path().string());
+            throw sky::CatalogError("the file " + name + " of the star catalogue is missing in " +
+                                    folder_.path().string());
         const CatalogFile file(*path);
         const std::size_t size = recordBytes(file);
         if ((file.size() - kHeaderBytes) % size != 0) file.damaged("it ends within a star");

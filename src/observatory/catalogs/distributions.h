@@ -9,11 +9,11 @@
 #include <string>
 
 #include "observatory/catalogs/catalog_folder.h"
-#include "observatory/sky/star_catalog.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
-using FoundCatalog = std::shared_ptr<const StarCatalog>;
+using FoundCatalog = std::shared_ptr<const sky::StarCatalog>;
 
 /// GSC 1.1 and GSC-ACT: gsc/ZONE/NNNN.gsc, or the zones without the folder around them, and
 /// tables/regions.tbl. Stars only; several measurements of one star are averaged.

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
-#include "observatory/sky/field_number.h"
+#include "sky/field_number.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using sky::trimmed;
 
 constexpr std::size_t kBlock = 2880;
 constexpr std::size_t kCard = 80;
@@ -72,7 +74,7 @@ FitsAsciiTable::Cards FitsAsciiTable::readHeader(std::uint64_t& position) const 
 /// A count; one that is missing is 0.
 std::uint64_t FitsAsciiTable::number(const Cards& cards, const std::string& name, std::uint64_t limit) const {
     const auto card = cards.find(name);
-    const double value = card == cards.end() ? 0 : fieldNumber(card->second).value_or(-1);
+    const double value = card == cards.end() ? 0 : sky::fieldNumber(card->second).value_or(-1);
     if (!(value >= 0 && value <= static_cast<double>(limit)))
         file_.damaged("its header's " + name + " can't be right");
     return static_cast<std::uint64_t>(value);
@@ -87,7 +89,7 @@ void FitsAsciiTable::readColumns(const Cards& cards) {
         const std::uint64_t start = number(cards, "TBCOL" + index, kLongestRow);
         if (name == cards.end() || form == cards.end() || start == 0 || form->second.size() < 2) continue;
         // "F9.5": the width stands between the letter and the point.
-        const auto width = fieldNumber(form->second.substr(1, form->second.find('.') - 1)).value_or(0);
+        const auto width = sky::fieldNumber(form->second.substr(1, form->second.find('.') - 1)).value_or(0);
         if (width >= 1 && width <= kLongestRow)
             columns_[name->second] = {start - 1, static_cast<std::size_t>(width)};
     }

@@ -10,8 +10,8 @@
 #include "observatory/catalogs/distributions.h"
 #include "observatory/catalogs/fits_ascii_table.h"
 #include "observatory/catalogs/sky_box.h"
-#include "observatory/sky/cone.h"
-#include "observatory/sky/field_number.h"
+#include "sky/cone.h"
+#include "sky/field_number.h"
 
 namespace vantrel::observatory {
 
@@ -41,7 +41,7 @@ class Row {
         : table_(table), text_(text), number_(number) {}
 
     double required(const TableColumn& column, double least, double most) const {
-        const auto value = fieldNumber(text_.substr(column.start, column.width));
+        const auto value = sky::fieldNumber(text_.substr(column.start, column.width));
         if (!value || !(*value >= least && *value <= most))
             table_.file().damaged("row " + std::to_string(number_) + " can't be understood");
         return *value;
@@ -49,7 +49,7 @@ class Row {
 
     /// What is missing or no number is the value given.
     double optional(const TableColumn& column, double otherwise) const {
-        const auto value = fieldNumber(text_.substr(column.start, column.width));
+        const auto value = sky::fieldNumber(text_.substr(column.start, column.width));
         return value && !std::isnan(*value) ? *value : otherwise;
     }
 
@@ -124,9 +124,10 @@ class MeanStar {
     }
 
     /// Nothing when no measurement was added since the last call.
-    std::optional<MovingStar> take() {
+    std::optional<sky::MovingStar> take() {
         if (place_ == 0) return std::nullopt;
-        const MovingStar mean{wrappedDeg(firstRa_ + ra_ / place_), dec_ / place_, magnitude_ / light_};
+        const sky::MovingStar mean{sky::wrappedDeg(firstRa_ + ra_ / place_), dec_ / place_,
+                                   magnitude_ / light_};
         *this = MeanStar();
         return mean;
     }
@@ -145,15 +146,15 @@ class MeanStar {
     double light_ = 0;
 };
 
-class GuideStars : public StarCatalog {
+class GuideStars : public sky::StarCatalog {
   public:
     GuideStars(std::filesystem::path folder, std::vector<Region> regions,
                std::vector<std::optional<CatalogFolder>> zones)
         : folder_(std::move(folder)), regions_(std::move(regions)), zones_(std::move(zones)) {}
 
-    std::vector<CatalogStar> cone(const ConeQuery& query) const override {
-        if (!isSearchable(query)) return {};
-        ConeCollector stars(query);
+    std::vector<sky::CatalogStar> cone(const sky::ConeQuery& query) const override {
+        if (!sky::isSearchable(query)) return {};
+        sky::ConeCollector stars(query);
         for (const Region& region : regions_) {
             if (region.box.mayTouch(query.raDeg, query.decDeg, query.radiusDeg + kEdgeDeg))
                 search(fileOf(region.number), query, stars);
@@ -172,11 +173,12 @@ class GuideStars : public StarCatalog {
         if (zones_[zone]) {
             if (auto file = zones_[zone]->file(name)) return std::move(*file);
         }
-        throw CatalogError(std::string("the file ") + kZones[zone].folder + "/" + name +
-                           " of the star catalogue is missing in " + folder_.string());
+        throw sky::CatalogError(std::string("the file ") + kZones[zone].folder + "/" + name +
+                                " of the star catalogue is missing in " + folder_.string());
     }
 
-    static void search(const std::filesystem::path& path, const ConeQuery& query, ConeCollector& stars) {
+    static void search(const std::filesystem::path& path, const sky::ConeQuery& query,
+                       sky::ConeCollector& stars) {
         const FitsAsciiTable table(path);
         const auto id = table.column("GSC_ID", {0, 5});
         const auto ra = table.column("RA_DEG", {5, 9});
@@ -233,8 +235,8 @@ FoundCatalog openGuideStars(const CatalogFolder& folder) {
         if (!regions) regions = tables.file("regions.tbl");
     }
     if (!regions)
-        throw CatalogError("the file tables/regions.tbl of the star catalogue is missing in " +
-                           folder.path().string());
+        throw sky::CatalogError("the file tables/regions.tbl of the star catalogue is missing in " +
+                                folder.path().string());
     return std::make_shared<const GuideStars>(folder.path(), readRegions(*regions), std::move(zones));
 }
 

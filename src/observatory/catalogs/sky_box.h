@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "observatory/sky/cone.h"
+#include "sky/cone.h"
 
 namespace vantrel::observatory {
 
@@ -20,7 +20,7 @@ struct SkyBox {
         if (decMax < decDeg - radiusDeg || decMin > decDeg + radiusDeg) return false;
         const double width = raMax > raMin ? raMax - raMin : raMax - raMin + 360;
         const double apart = std::abs(std::remainder(raMin + width / 2 - raDeg, 360.0));
-        return apart <= width / 2 + raReachDeg(decDeg, radiusDeg);
+        return apart <= width / 2 + sky::raReachDeg(decDeg, radiusDeg);
     }
 };
 

@@ -6,12 +6,14 @@
 #include "observatory/catalogs/catalog_file.h"
 #include "observatory/catalogs/distributions.h"
 #include "observatory/catalogs/sky_box.h"
-#include "observatory/sky/cone.h"
-#include "observatory/sky/tycho_lines.h"
+#include "sky/cone.h"
+#include "sky/tycho_lines.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using sky::TychoLine;
 
 constexpr std::size_t kMainLength = 206;  // without the line's end
 constexpr std::size_t kSupplementLength = 122;
@@ -93,7 +95,7 @@ std::vector<Region> readIndex(const std::filesystem::path& path) {
     return regions;
 }
 
-class Tycho2 : public StarCatalog {
+class Tycho2 : public sky::StarCatalog {
   public:
     Tycho2(std::filesystem::path folder, const std::filesystem::path& index,
            const std::vector<std::filesystem::path>& mainFiles,
@@ -104,11 +106,11 @@ class Tycho2 : public StarCatalog {
         if (supplement) supplement_ = std::make_unique<LineFile>(*supplement, kSupplementLength);
     }
 
-    std::vector<CatalogStar> cone(const ConeQuery& query) const override {
-        if (!isSearchable(query)) return {};
+    std::vector<sky::CatalogStar> cone(const sky::ConeQuery& query) const override {
+        if (!sky::isSearchable(query)) return {};
         const double radius =
-            query.radiusDeg + kBoxEdgeDeg + kFastestDegPerYear * std::abs(query.epochYear - 2000);
-        ConeCollector stars(query);
+            query.radiusDeg + kBoxEdgeDeg + sky::kFastestDegPerYear * std::abs(query.epochYear - 2000);
+        sky::ConeCollector stars(query);
         for (std::size_t i = 0; i + 1 < regions_.size(); ++i) {
             if (regions_[i].box.mayTouch(query.raDeg, query.decDeg, radius))
                 search(regions_[i], regions_[i + 1], query.epochYear, stars);
@@ -119,18 +121,18 @@ class Tycho2 : public StarCatalog {
     std::filesystem::path folder() const override { return folder_; }
 
   private:
-    void search(const Region& region, const Region& next, double epoch, ConeCollector& stars) const {
-        std::vector<TychoEntry> entries;
-        const auto take = [&](const std::optional<TychoEntry>& entry) {
+    void search(const Region& region, const Region& next, double epoch, sky::ConeCollector& stars) const {
+        std::vector<sky::TychoEntry> entries;
+        const auto take = [&](const std::optional<sky::TychoEntry>& entry) {
             if (entry) entries.push_back(*entry);
         };
         eachMainLine(region.firstMain, next.firstMain,
-                     [&](const TychoLine& line) { take(tychoMainEntry(line, epoch)); });
+                     [&](const TychoLine& line) { take(sky::tychoMainEntry(line, epoch)); });
         if (supplement_)
             supplement_->each(region.firstSupplement,
                               boundedCount(region.firstSupplement, next.firstSupplement, *supplement_),
-                              [&](const TychoLine& line) { take(tychoSupplementEntry(line, epoch)); });
-        for (const MovingStar& star : mergedPhotocentres(entries)) stars.offer(star, epoch);
+                              [&](const TychoLine& line) { take(sky::tychoSupplementEntry(line, epoch)); });
+        for (const sky::MovingStar& star : sky::mergedPhotocentres(entries)) stars.offer(star, epoch);
     }
 
     /// The files follow one another; a region may begin in one and end in the next.
@@ -191,7 +193,7 @@ FoundCatalog openTycho2(const CatalogFolder& folder) {
         if (files.empty()) continue;
         const auto index = find("index.dat");
         if (!index)
-            throw CatalogError("the file index.dat of Tycho-2 is missing in " + place->path().string());
+            throw sky::CatalogError("the file index.dat of Tycho-2 is missing in " + place->path().string());
         return std::make_shared<const Tycho2>(folder.path(), *index, files, find("suppl_1.dat"));
     }
     return nullptr;

@@ -8,11 +8,13 @@
 #include "observatory/catalogs/catalog_file.h"
 #include "observatory/catalogs/distributions.h"
 #include "observatory/catalogs/zone_catalog.h"
-#include "observatory/sky/vector3.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using sky::MovingStar;
 
 constexpr std::int32_t kUnitsPerDeg = 3'600'000;  // milliarcseconds
 constexpr int kUcac2Zones = 288;
@@ -44,7 +46,7 @@ bool hasNorthernZones(const CatalogFolder& place) {
 
 std::optional<MovingStar> completeUcac2(const ZoneRecord& record, MovingStar star) {
     star.magnitude = record.int16(8) / 100.0;
-    star.motionRaMas = record.int32(20) / 10.0 * std::cos(star.decDeg * kDegree);
+    star.motionRaMas = record.int32(20) / 10.0 * std::cos(star.decDeg * sky::kDegree);
     star.motionDecMas = record.int32(24) / 10.0;
     return star;
 }

@@ -10,6 +10,8 @@ namespace vantrel::observatory {
 
 namespace {
 
+using sky::MovingStar;
+
 constexpr std::int32_t kUnitsPerDeg = 360'000;  // hundredths of an arcsecond
 
 std::string digits(int number, std::size_t width) {

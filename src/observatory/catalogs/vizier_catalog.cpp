@@ -9,12 +9,15 @@
 
 #include "observatory/catalogs/visual_magnitude.h"
 #include "observatory/catalogs/vizier_table.h"
-#include "observatory/sky/cone.h"
-#include "observatory/sky/vector3.h"
+#include "sky/cone.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using sky::CatalogError;
+using sky::MovingStar;
 
 /// The service, and a mirror that is asked when it can't be reached.
 constexpr std::array kServers = {"https://vizier.cds.unistra.fr", "https://vizier.cfa.harvard.edu"};
@@ -37,8 +40,8 @@ RoundedCircle roundedCircle(double raDeg, double decDeg, double radiusDeg) {
     const double radius = std::max(0.25, std::ceil(radiusDeg * 4) / 4);
     const double grid = radius / 4;
     const double dec = std::clamp(std::round(decDeg / grid) * grid, -90.0, 90.0);
-    const double raGrid = std::min(90.0, grid / std::max(1e-3, std::cos(dec * kDegree)));
-    const double ra = wrappedDeg(std::round(wrappedDeg(raDeg) / raGrid) * raGrid);
+    const double raGrid = std::min(90.0, grid / std::max(1e-3, std::cos(dec * sky::kDegree)));
+    const double ra = sky::wrappedDeg(std::round(sky::wrappedDeg(raDeg) / raGrid) * raGrid);
     // Half a step in both directions is less than a step away, near the pole as well.
     return {ra, dec, std::min(180.0, radius + grid)};
 }
@@ -138,8 +141,8 @@ const VizierSource& nomadSource() {
 VizierCatalog::VizierCatalog(const VizierSource& source, NetworkAccess network)
     : source_(source), network_(std::move(network)), cache_(network_.cache) {}
 
-std::string VizierCatalog::question(const VizierSource& source, const ConeQuery& query) {
-    const double drift = kFastestDegPerYear * std::abs(query.epochYear - 2000);
+std::string VizierCatalog::question(const VizierSource& source, const sky::ConeQuery& query) {
+    const double drift = sky::kFastestDegPerYear * std::abs(query.epochYear - 2000);
     const RoundedCircle circle = roundedCircle(query.raDeg, query.decDeg, query.radiusDeg + drift);
     const double faintest = std::min(kFaintestAsked, std::ceil(query.faintestMagnitude) + 1);
     const std::size_t rows =
@@ -154,9 +157,9 @@ std::string VizierCatalog::question(const VizierSource& source, const ConeQuery&
            "&-sort=" + source.limited + "&-out.max=" + std::to_string(rows);
 }
 
-std::vector<CatalogStar> VizierCatalog::cone(const ConeQuery& query) const {
-    if (!isSearchable(query)) return {};
-    ConeCollector stars(query);
+std::vector<sky::CatalogStar> VizierCatalog::cone(const sky::ConeQuery& query) const {
+    if (!sky::isSearchable(query)) return {};
+    sky::ConeCollector stars(query);
     for (const MovingStar& star : ask(question(source_, query))) stars.offer(star, 2000);
     return stars.take();
 }

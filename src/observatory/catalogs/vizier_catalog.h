@@ -9,8 +9,8 @@
 
 #include "observatory/catalogs/downloads.h"
 #include "observatory/catalogs/page_cache.h"
-#include "observatory/sky/moving_star.h"
-#include "observatory/sky/star_catalog.h"
+#include "sky/moving_star.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
@@ -30,28 +30,28 @@ struct VizierSource {
     std::string table;  ///< "I/284/out"
     std::vector<std::string> columns;
     std::string limited;  ///< the column whose magnitudes a question limits and orders by
-    std::vector<MovingStar> (*stars)(std::string_view answer);
+    std::vector<sky::MovingStar> (*stars)(std::string_view answer);
 };
 
 /// USNO-B1.0 and NOMAD.
 const VizierSource& usnoBSource();
 const VizierSource& nomadSource();
 
-class VizierCatalog : public StarCatalog {
+class VizierCatalog : public sky::StarCatalog {
   public:
     VizierCatalog(const VizierSource& source, NetworkAccess network);
 
     /// Asks for a somewhat larger, rounded circle, so that searches near one another are answered from the
     /// cache. Throws CatalogError when there is no answer or none that can be understood.
-    std::vector<CatalogStar> cone(const ConeQuery& query) const override;
+    std::vector<sky::CatalogStar> cone(const sky::ConeQuery& query) const override;
 
     std::filesystem::path folder() const override { return kInternetPath; }
 
     /// What is asked of the service for a query, without the server's name.
-    static std::string question(const VizierSource& source, const ConeQuery& query);
+    static std::string question(const VizierSource& source, const sky::ConeQuery& query);
 
   private:
-    std::vector<MovingStar> ask(const std::string& question) const;
+    std::vector<sky::MovingStar> ask(const std::string& question) const;
 
     VizierSource source_;
     NetworkAccess network_;

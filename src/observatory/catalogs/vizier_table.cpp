@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
-#include "observatory/sky/field_number.h"
-#include "observatory/sky/star_catalog.h"
+#include "sky/field_number.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using sky::CatalogError;
+using sky::trimmed;
 
 constexpr std::size_t kMostWords = 300;  // of the service's own that a message passes on
 // What is beyond these is no answer to a question of ours, which names some ten columns and limits the rows.
@@ -89,7 +92,7 @@ void VizierTable::eachRow(const std::function<void(const Row&)>& visit) const {
 
 std::optional<double> VizierTable::Row::number(std::optional<std::size_t> column) const {
     if (!column || *column >= fields_.size()) return std::nullopt;
-    const auto value = fieldNumber(fields_[*column]);
+    const auto value = sky::fieldNumber(fields_[*column]);
     if (value && std::isnan(*value))
         throw CatalogError("the answer of the catalogue service has \"" +
                            std::string(fields_[*column].substr(0, kMostWords)) +

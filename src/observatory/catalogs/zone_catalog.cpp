@@ -5,11 +5,13 @@
 #include <sstream>
 
 #include "observatory/catalogs/catalog_file.h"
-#include "observatory/sky/cone.h"
+#include "sky/cone.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using sky::ConeCollector;
 
 constexpr double kEpoch = 2000;  // of all positions
 constexpr std::uint64_t kRecordsAtATime = 1024;
@@ -41,11 +43,11 @@ std::optional<std::uint64_t> starsPromised(const std::filesystem::path& accelera
 ZoneCatalog::ZoneCatalog(ZoneLayout layout, std::filesystem::path folder, std::vector<ZoneFile> zones)
     : layout_(std::move(layout)), folder_(std::move(folder)), zones_(std::move(zones)) {}
 
-std::vector<CatalogStar> ZoneCatalog::cone(const ConeQuery& query) const {
-    if (!isSearchable(query)) return {};
-    const double drift = layout_.moves ? kFastestDegPerYear * std::abs(query.epochYear - kEpoch) : 0;
+std::vector<sky::CatalogStar> ZoneCatalog::cone(const sky::ConeQuery& query) const {
+    if (!sky::isSearchable(query)) return {};
+    const double drift = layout_.moves ? sky::kFastestDegPerYear * std::abs(query.epochYear - kEpoch) : 0;
     const double radius = query.radiusDeg + drift + 1e-6;
-    const auto ranges = raRanges(query.raDeg, raReachDeg(query.decDeg, radius));
+    const auto ranges = raRanges(query.raDeg, sky::raReachDeg(query.decDeg, radius));
     const auto zoneOf = [&](double dec) {
         return std::floor((std::clamp(dec, -90.0, 90.0) + 90) / layout_.zoneHeightDeg);
     };
@@ -59,7 +61,7 @@ std::vector<CatalogStar> ZoneCatalog::cone(const ConeQuery& query) const {
 std::vector<ZoneCatalog::Range> ZoneCatalog::raRanges(double raDeg, double reachDeg) const {
     const std::int64_t turn = std::int64_t{360} * layout_.unitsPerDeg;
     if (reachDeg >= 180) return {{0, turn}};
-    const double ra = wrappedDeg(raDeg);
+    const double ra = sky::wrappedDeg(raDeg);
     const auto first = static_cast<std::int64_t>(std::floor((ra - reachDeg) * layout_.unitsPerDeg));
     const auto last = static_cast<std::int64_t>(std::ceil((ra + reachDeg) * layout_.unitsPerDeg));
     if (first < 0) return {{0, last}, {turn + first, turn}};
@@ -130,11 +132,11 @@ std::uint64_t ZoneCatalog::firstNotBefore(const Strip& strip, std::int64_t ra) c
     return low;
 }
 
-void ZoneCatalog::searchZone(std::size_t zone, const ConeQuery& query, double radiusDeg,
+void ZoneCatalog::searchZone(std::size_t zone, const sky::ConeQuery& query, double radiusDeg,
                              const std::vector<Range>& ras, ConeCollector& stars) const {
     if (!zones_[zone].stars)
-        throw CatalogError("the file " + zones_[zone].name + " of the star catalogue is missing in " +
-                           folder_.string());
+        throw sky::CatalogError("the file " + zones_[zone].name + " of the star catalogue is missing in " +
+                                folder_.string());
     const CatalogFile file(*zones_[zone].stars);
     const std::uint64_t count = recordsIn(file, zones_[zone]);
     if (count == 0) return;

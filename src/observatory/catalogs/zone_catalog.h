@@ -11,13 +11,16 @@
 #include <string>
 #include <vector>
 
-#include "observatory/sky/moving_star.h"
-#include "observatory/sky/star_catalog.h"
+#include "sky/moving_star.h"
+#include "sky/star_catalog.h"
+
+namespace vantrel::sky {
+class ConeCollector;
+}
 
 namespace vantrel::observatory {
 
 class CatalogFile;
-class ConeCollector;
 
 enum class ByteOrder { little, big };
 
@@ -58,7 +61,7 @@ struct ZoneLayout {
     bool moves = true;           ///< has proper motions, from J2000
     std::size_t wholeZones = 0;  ///< from the south pole on: those that go once round the sky
     /// Completes a star whose position is filled in already. Nothing when it is to be left out.
-    std::function<std::optional<MovingStar>(const ZoneRecord& record, MovingStar star)> complete;
+    std::function<std::optional<sky::MovingStar>(const ZoneRecord& record, sky::MovingStar star)> complete;
 };
 
 struct ZoneFile {
@@ -67,13 +70,13 @@ struct ZoneFile {
     std::optional<std::filesystem::path> accelerator = std::nullopt;  ///< tells the number of stars
 };
 
-class ZoneCatalog : public StarCatalog {
+class ZoneCatalog : public sky::StarCatalog {
   public:
     /// The zones in order from the south pole on; where they end, the catalogue ends.
     ZoneCatalog(ZoneLayout layout, std::filesystem::path folder, std::vector<ZoneFile> zones);
 
     /// Throws CatalogError when a zone that the circle touches is missing or damaged.
-    std::vector<CatalogStar> cone(const ConeQuery& query) const override;
+    std::vector<sky::CatalogStar> cone(const sky::ConeQuery& query) const override;
     std::filesystem::path folder() const override { return folder_; }
 
   private:
@@ -96,9 +99,9 @@ class ZoneCatalog : public StarCatalog {
     double decZero() const { return layout_.countsFromPole ? 90 : 0; }
     std::vector<Range> raRanges(double raDeg, double reachDeg) const;
     Range decRange(std::size_t zone) const;
-    void searchZone(std::size_t zone, const ConeQuery& query, double radiusDeg, const std::vector<Range>& ras,
-                    ConeCollector& stars) const;
-    void scan(const Strip& strip, const Range& ras, ConeCollector& stars) const;
+    void searchZone(std::size_t zone, const sky::ConeQuery& query, double radiusDeg,
+                    const std::vector<Range>& ras, sky::ConeCollector& stars) const;
+    void scan(const Strip& strip, const Range& ras, sky::ConeCollector& stars) const;
     std::uint64_t recordsIn(const CatalogFile& file, const ZoneFile& zone) const;
     void checkEnd(const Strip& strip) const;
     ByteOrder orderOf(const CatalogFile& file, std::size_t zone) const;

@@ -97,7 +97,7 @@ void CCDSoftCamera::addFiles() {
 
 // ---- the image
 
-CCDSoftImage::CCDSoftImage(CCDSoftProgram& program, CatalogSource stars)
+CCDSoftImage::CCDSoftImage(CCDSoftProgram& program, sky::CatalogSource stars)
     : ProgramObject("CCDSoft.Image", program), bench_(program.bench()), stars_(std::move(stars)) {
     addAttaching();
     addPixels();
@@ -170,7 +170,7 @@ void CCDSoftImage::addHeader() {
         });
     method("InsertWCS", [this](const Arguments&) {
         ImageDocument& image = document();
-        for (FitsCard& card : linkImage(image, scale_, *stars_(), bench_.loop.clock()))
+        for (fits::FitsCard& card : linkImage(image, scale_, *stars_(), bench_.loop.clock()))
             setHeaderCard(image, std::move(card));
         return Value();
     });

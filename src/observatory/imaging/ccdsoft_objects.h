@@ -2,7 +2,7 @@
 #pragma once
 
 #include "observatory/imaging/ccdsoft_program.h"
-#include "observatory/sky/star_catalog.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
@@ -25,7 +25,7 @@ class CCDSoftCamera : public ProgramObject {
 class CCDSoftImage : public ProgramObject {
   public:
     /// "InsertWCS" matches the image with these stars.
-    CCDSoftImage(CCDSoftProgram& program, CatalogSource stars);
+    CCDSoftImage(CCDSoftProgram& program, sky::CatalogSource stars);
 
   private:
     ImageDocument& document() const;
@@ -36,7 +36,7 @@ class CCDSoftImage : public ProgramObject {
     void addFile();
 
     const ImagingBench& bench_;
-    CatalogSource stars_;
+    sky::CatalogSource stars_;
     OpenDocuments::Ref document_;
     std::string path_;
     double scale_ = 0;  // arcseconds per pixel

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
+#include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "platform/text.h"
 
 namespace vantrel::observatory {
 
+using fits::FitsCard;
 using platform::Value;
 
 namespace {
@@ -41,8 +42,8 @@ FitsCard::Value cardValue(const std::string& keyword, const Value& value) {
 
 void saveDocument(ImageDocument& document, const platform::FolderMap& folders, const std::string& path) {
     try {
-        writeFits(folders.real(withEnding(path)), *document.pixels, document.header);
-    } catch (const FitsError& error) {
+        fits::writeFits(folders.real(withEnding(path)), *document.pixels, document.header);
+    } catch (const fits::FitsError& error) {
         throw std::runtime_error("The image could not be saved as " + path + ": " + error.what());
     }
     document.modified = false;

@@ -16,7 +16,7 @@ void saveDocument(ImageDocument& document, const platform::FolderMap& folders, c
 platform::Value headerValue(const ImageDocument& document, const std::string& keyword);
 
 /// Puts the card in the place of the one with its keyword, or behind the others.
-void setHeaderCard(ImageDocument& document, FitsCard card);
+void setHeaderCard(ImageDocument& document, fits::FitsCard card);
 
 /// The same with a value as programs put it. Throws std::runtime_error for a keyword that FITS doesn't allow
 /// and for values other than texts, numbers and booleans.

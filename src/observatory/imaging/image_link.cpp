@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/header_wcs.h"
+#include "fits/fits_image.h"
+#include "fits/header_wcs.h"
 #include "observatory/solver/exposure_facts.h"
 #include "observatory/solver/plate_frame.h"
 #include "observatory/solver/plate_solver.h"
@@ -11,9 +11,11 @@
 namespace vantrel::observatory {
 namespace {
 
+using fits::FitsCard;
+
 /// Of date, which a header tells by its frame and the epoch in place of the equinox.
-std::vector<FitsCard> cardsOfDate(const TangentWcs& wcs, double height, double epoch) {
-    std::vector<FitsCard> cards = wcsCards(wcs, height, false);
+std::vector<FitsCard> cardsOfDate(const sky::TangentWcs& wcs, double height, double epoch) {
+    std::vector<FitsCard> cards = fits::wcsCards(wcs, height, false);
     for (FitsCard& card : cards) {
         if (card.keyword == "EQUINOX") card.value = epoch;
         if (card.keyword == "RADESYS") card.value = std::string("GAPPT");  // geocentric apparent place
@@ -23,18 +25,18 @@ std::vector<FitsCard> cardsOfDate(const TangentWcs& wcs, double height, double e
 
 }  // namespace
 
-std::vector<FitsCard> linkImage(const ImageDocument& image, double scale, const StarCatalog& stars,
+std::vector<FitsCard> linkImage(const ImageDocument& image, double scale, const sky::StarCatalog& stars,
                                 const platform::Clock& clock) {
     constexpr double kFaintest = 20;
     if (!(scale > 0)) throw std::runtime_error("ScaleInArcsecondsPerPixel is not set");
-    FitsHeader header;
+    fits::FitsHeader header;
     for (const FitsCard& card : image.header) header.add(card);
     const auto start = headerTarget(header);
     if (!start) throw std::runtime_error("The image has no start position in OBJCTRA and OBJCTDEC");
 
     const platform::Instant instant = exposureStart(header).value_or(clock.utc());
     const PlateFrame frame = PlateFrame::ofDate(instant);
-    const FitsImage pixels = FitsImage::of(*image.pixels);
+    const fits::FitsImage pixels = fits::FitsImage::of(*image.pixels);
     const StarList found = findStars(pixels, {});
     const PlateGeometry geometry{static_cast<double>(pixels.width()), static_cast<double>(pixels.height()),
                                  scale, scale, found.binning};
@@ -47,7 +49,7 @@ std::vector<FitsCard> linkImage(const ImageDocument& image, double scale, const 
                                  " stars match none around the start position");
 
     const auto cd = frame.turned(solution->cd, solution->centre);
-    const TangentWcs wcs{
+    const sky::TangentWcs wcs{
         frame.fromCatalogue(solution->centre), geometry.centre(), {cd[0], cd[1], cd[2], cd[3]}};
     return cardsOfDate(wcs, geometry.height, frame.year());
 }

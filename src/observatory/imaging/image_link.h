@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "observatory/imaging/open_documents.h"
-#include "observatory/sky/star_catalog.h"
 #include "platform/clock.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
@@ -13,7 +13,7 @@ namespace vantrel::observatory {
 /// most its own diagonal away, at this scale (arcseconds per pixel, within 15 %). Positions are told and
 /// taken as apparent places of the exposure's date, as mounts count. Throws std::runtime_error when the image
 /// has no start position or its stars match nothing there.
-std::vector<FitsCard> linkImage(const ImageDocument& image, double scale, const StarCatalog& stars,
-                                const platform::Clock& clock);
+std::vector<fits::FitsCard> linkImage(const ImageDocument& image, double scale, const sky::StarCatalog& stars,
+                                      const platform::Clock& clock);
 
 }  // namespace vantrel::observatory

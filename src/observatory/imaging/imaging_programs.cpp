@@ -8,7 +8,7 @@ namespace vantrel::observatory {
 
 ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, const platform::FolderMap& folders,
                                  platform::DesktopWindows& desktop, platform::CameraHardware& camera,
-                                 CatalogSource stars)
+                                 sky::CatalogSource stars)
     : stars_(std::move(stars)),
       shared_(camera),
       camera_(loop, shared_),

@@ -6,8 +6,8 @@
 
 #include "observatory/imaging/ccdsoft_program.h"
 #include "observatory/imaging/maxim_program.h"
-#include "observatory/sky/star_catalog.h"
 #include "platform/class_registry.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
@@ -16,7 +16,8 @@ class ImagingPrograms {
     /// All that is given must outlive this. The camera is everybody's, unless the built-in camera program is
     /// given another.
     ImagingPrograms(platform::EventLoop& loop, const platform::FolderMap& folders,
-                    platform::DesktopWindows& desktop, platform::CameraHardware& camera, CatalogSource stars);
+                    platform::DesktopWindows& desktop, platform::CameraHardware& camera,
+                    sky::CatalogSource stars);
 
     /// Registers the classes, with servers in the folder (which ends with a backslash), and the programs
     /// behind these. Creating an object starts its program.
@@ -36,7 +37,7 @@ class ImagingPrograms {
     template <typename Object, typename Program, typename... Rest>
     static std::function<platform::ObjectRef()> objectOf(Program& program, Rest... rest);
 
-    CatalogSource stars_;
+    sky::CatalogSource stars_;
     OpenDocuments documents_;
     platform::CameraHardware& shared_;
     ImagingCamera camera_;

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "fits/fits_header.h"
 #include "observatory/imaging/display_stretch.h"
-#include "observatory/sky/fits_header.h"
 #include "platform/automation.h"
 #include "platform/signal.h"
 
@@ -17,7 +17,7 @@ namespace vantrel::observatory {
 struct ImageDocument {
     std::string title;
     platform::ImageRef pixels;  // row 0 is the top; never empty
-    std::vector<FitsCard> header;
+    std::vector<fits::FitsCard> header;
     std::optional<Stretch> stretch = {};  // nothing: the automatic one of its pixels
     bool modified = false;                // since it was saved
 

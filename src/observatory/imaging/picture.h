@@ -3,14 +3,14 @@
 
 #include <vector>
 
-#include "observatory/sky/fits_header.h"
+#include "fits/fits_header.h"
 #include "platform/automation.h"
 
 namespace vantrel::observatory {
 
 struct Picture {
-    platform::ImageRef pixels;     // row 0 is the top
-    std::vector<FitsCard> header;  // without the cards that describe the array itself
+    platform::ImageRef pixels;           // row 0 is the top
+    std::vector<fits::FitsCard> header;  // without the cards that describe the array itself
 };
 
 }  // namespace vantrel::observatory

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "observatory/sky/fits_image.h"
+#include "fits/fits_image.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -39,12 +39,12 @@ Picture of(platform::PlainPixels taken) {
 }
 
 Picture of(const platform::FitsBytes& taken) {
-    const FitsImage image = FitsImage::read("The camera's picture", taken.bytes);
+    const fits::FitsImage image = fits::FitsImage::read("The camera's picture", taken.bytes);
     std::vector<float> pixels(image.width() * image.height());
     image.readRows(0, pixels);
     Picture picture{
         std::make_shared<const ImageArray>(arrayOf(image.width(), image.height(), std::move(pixels))), {}};
-    for (const FitsCard& card : image.header().cards())
+    for (const fits::FitsCard& card : image.header().cards())
         if (!describesTheArray(card.keyword)) picture.header.push_back(card);
     return picture;
 }

@@ -4,10 +4,13 @@
 #include <cmath>
 #include <tuple>
 
-#include "observatory/sky/epoch.h"
+#include "sky/epoch.h"
 
 namespace vantrel::observatory {
 namespace {
+
+using sky::kDegree;
+using sky::SkyOfDate;
 
 constexpr double kLowest = 20;   // degrees of altitude
 constexpr double kHighest = 75;  // above it the azimuth adjuster moves a star little
@@ -33,7 +36,8 @@ StarNow starNow(std::size_t index, const SkyOfDate& sky, const PlaceOfDate& plac
 PlaceOfDate placeAt(const BrightStar& star, const SkyOfDate& sky) {
     const double years = sky.julianEpoch() - 2000;
     const double ra = star.ra + star.motionRA / 3600 * years / std::cos(star.dec * kDegree);
-    const SkyPosition apparent = sky.apparent(SkyPosition{ra, star.dec + star.motionDec / 3600 * years});
+    const sky::SkyPosition apparent =
+        sky.apparent(sky::SkyPosition{ra, star.dec + star.motionDec / 3600 * years});
     return {apparent.ra / 15, apparent.dec};
 }
 

@@ -4,13 +4,14 @@
 #include <array>
 #include <cmath>
 
-#include "observatory/sky/vector3.h"
 #include "platform/errors.h"
 #include "platform/text.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
 using platform::formatNumber;
+using sky::kDegree;
 
 namespace {
 

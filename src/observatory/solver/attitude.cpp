@@ -7,22 +7,29 @@ namespace vantrel::observatory {
 
 namespace {
 
+using sky::cross;
+using sky::kDegree;
+using sky::Matrix3;
+using sky::SkyPosition;
+using sky::Vector3;
+using sky::operator*;
+
 constexpr double kSkewAtMost = 0.04;  // departure from a similarity that no camera shows
 
 /// Which way round three directions stand: 1 or -1.
-double handOf(const std::array<Vector3, 3>& v) { return dot(v[0], cross(v[1], v[2])) < 0 ? -1 : 1; }
+double handOf(const std::array<Vector3, 3>& v) { return sky::dot(v[0], cross(v[1], v[2])) < 0 ? -1 : 1; }
 
 /// Three orthogonal axes laid through two directions.
 Matrix3 axesThrough(const Vector3& a, const Vector3& b) {
-    const Vector3 middle = normalized({a[0] + b[0], a[1] + b[1], a[2] + b[2]});
-    const Vector3 normal = normalized(cross(a, b));
+    const Vector3 middle = sky::normalized({a[0] + b[0], a[1] + b[1], a[2] + b[2]});
+    const Vector3 normal = sky::normalized(cross(a, b));
     return {middle, cross(normal, middle), normal};
 }
 
 }  // namespace
 
 Matrix3 axesAt(SkyPosition place) {
-    const Vector3 outwards = direction(place.ra * kDegree, place.dec * kDegree);
+    const Vector3 outwards = sky::direction(place.ra * kDegree, place.dec * kDegree);
     const Vector3 east = {-std::sin(place.ra * kDegree), std::cos(place.ra * kDegree), 0};
     return {east, cross(outwards, east), outwards};
 }
@@ -32,7 +39,7 @@ Attitude Attitude::of(std::array<Vector3, 3> camera, const std::array<Vector3, 3
     attitude.stretch = stretch;
     attitude.hand = handOf(camera) * handOf(sky);
     for (Vector3& v : camera) v[1] *= attitude.hand;
-    attitude.toSky = transposed(axesThrough(sky[0], sky[1])) * axesThrough(camera[0], camera[1]);
+    attitude.toSky = sky::transposed(axesThrough(sky[0], sky[1])) * axesThrough(camera[0], camera[1]);
     return attitude;
 }
 

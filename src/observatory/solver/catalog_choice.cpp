@@ -4,7 +4,7 @@
 #include <string>
 
 #include "observatory/catalogs/distributions.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
 
@@ -40,24 +40,24 @@ FoundCatalog openDistribution(const CatalogFolder& folder, int catalogNumber) {
 FoundCatalog openCompact(const std::filesystem::path& file) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored)) return nullptr;
-    return std::make_shared<const TychoCatalog>(file);
+    return std::make_shared<const sky::TychoCatalog>(file);
 }
 
 }  // namespace
 
-std::shared_ptr<const StarCatalog> openCatalog(const std::filesystem::path& path, int catalogNumber) {
-    if (path.empty()) return TychoCatalog::openBuiltIn();
+std::shared_ptr<const sky::StarCatalog> openCatalog(const std::filesystem::path& path, int catalogNumber) {
+    if (path.empty()) return sky::TychoCatalog::openBuiltIn();
     if (auto file = openCompact(path)) return file;
     const CatalogFolder folder(path);
     if (auto own = openDistribution(folder, catalogNumber)) return own;
-    if (auto compact = openCompact(path / kTychoFileName)) return compact;
+    if (auto compact = openCompact(path / sky::kTychoFileName)) return compact;
     if (auto ucac4 = openUcac4(folder)) return ucac4;
     if (auto cells = openCellDatabase(folder)) return cells;
-    throw CatalogError("no star catalogue " + catalogName(catalogNumber) + " that can be read is in " +
-                       path.string());
+    throw sky::CatalogError("no star catalogue " + catalogName(catalogNumber) + " that can be read is in " +
+                            path.string());
 }
 
-std::shared_ptr<const StarCatalog> openNetworkCatalog(int catalogNumber, const NetworkAccess& network) {
+std::shared_ptr<const sky::StarCatalog> openNetworkCatalog(int catalogNumber, const NetworkAccess& network) {
     if (catalogNumber == 8) return std::make_shared<const VizierCatalog>(usnoBSource(), network);
     if (catalogNumber == 9) return std::make_shared<const VizierCatalog>(nomadSource(), network);
     return nullptr;

@@ -3,12 +3,15 @@
 #include <cmath>
 #include <string>
 
-#include "observatory/sky/fits_header.h"
+#include "fits/fits_header.h"
 #include "platform/text.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using fits::FitsHeader;
+using sky::SkyPosition;
 
 /// "12 34 56.7" or "-12:34:56.7" as units and sixtieths; empty when it is not three (or two) numbers.
 std::optional<double> sexagesimal(std::string text) {

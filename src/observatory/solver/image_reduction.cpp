@@ -6,12 +6,14 @@
 #include <limits>
 #include <span>
 
-#include "observatory/sky/fits_image.h"
+#include "fits/fits_image.h"
 #include "observatory/solver/level_grid.h"
 
 namespace vantrel::observatory {
 
 namespace {
+
+using fits::FitsImage;
 
 constexpr std::size_t kTile = 64;          // pixels a side of a cell of the coarse survey
 constexpr float kSpikeSigma = 6;           // hot pixels stand out this far

@@ -8,9 +8,11 @@
 #include <cstddef>
 #include <vector>
 
-namespace vantrel::observatory {
-
+namespace vantrel::fits {
 class FitsImage;
+}
+
+namespace vantrel::observatory {
 
 struct ReducedImage {
     std::size_t width = 0;  ///< in bins; what is left over at the right and bottom border is dropped
@@ -26,6 +28,6 @@ struct ReductionSettings {
 };
 
 /// Reads the image once (and a few of its rows twice). Throws FitsError when the file can't be read.
-ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settings);
+ReducedImage reduceImage(const fits::FitsImage& image, const ReductionSettings& settings);
 
 }  // namespace vantrel::observatory

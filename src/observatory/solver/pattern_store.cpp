@@ -4,7 +4,7 @@
 
 namespace vantrel::observatory {
 
-std::shared_ptr<const StarPatterns> patternsOf(const TychoCatalog& catalog,
+std::shared_ptr<const StarPatterns> patternsOf(const sky::TychoCatalog& catalog,
                                                const std::filesystem::path& cacheFolder,
                                                const std::function<void(const std::string&)>& tell) {
     std::error_code failed;

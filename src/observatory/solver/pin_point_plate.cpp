@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "observatory/sky/fits_writing.h"
+#include "fits/fits_writing.h"
 #include "observatory/solver/catalog_choice.h"
 #include "observatory/solver/exposure_facts.h"
 #include "platform/image_array.h"
@@ -13,9 +13,11 @@ namespace vantrel::observatory {
 
 namespace {
 
+using fits::FitsImage;
 using platform::Arguments;
 using platform::AutomationError;
 using platform::Value;
+using sky::SkyPosition;
 
 constexpr const char* kClass = "PinPoint.Plate";
 
@@ -54,7 +56,7 @@ platform::Instant fromAutomationDate(double days) {
 }  // namespace
 
 PinPointPlate::PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
-                             CatalogSource builtIn, NetworkAccess network)
+                             sky::CatalogSource builtIn, NetworkAccess network)
     : DispatchObject(kClass),
       clock_(clock),
       folders_(folders),
@@ -298,7 +300,7 @@ void PinPointPlate::adopt(const PlateSolution& solution) {
 void PinPointPlate::updateFits() {
     if (path_.empty() || !image_) refuse("no FITS file is attached");
     if (!solution_) refuse("the plate is not solved");
-    writeWcs(path_, path_, wcsOf(*solution_, geometry(1, 1)));
+    fits::writeWcs(path_, path_, wcsOf(*solution_, geometry(1, 1)));
 }
 
 FitsImage& PinPointPlate::image() {
@@ -312,14 +314,14 @@ void PinPointPlate::setCatalogPath(const std::string& folder) {
         catalog_ = builtIn_();
         return;
     }
-    std::shared_ptr<const StarCatalog> catalog;
+    std::shared_ptr<const sky::StarCatalog> catalog;
     if (platform::equalIgnoringCase(folder, kInternetPath))
         catalog = openNetworkCatalog(catalogNumber_, network_);
     catalog_ = catalog != nullptr ? catalog : openCatalog(folders_.real(folder), catalogNumber_);
 }
 
 /// Searches over the network let events through, which may choose another catalogue: callers keep this one.
-std::shared_ptr<const StarCatalog> PinPointPlate::catalogue() {
+std::shared_ptr<const sky::StarCatalog> PinPointPlate::catalogue() {
     if (catalog_ == nullptr) catalog_ = builtIn_();
     return catalog_;
 }
@@ -335,8 +337,8 @@ SearchArea PinPointPlate::area(const PlateGeometry& plate) const {
     return searchArea(plate, startInCatalogue(), offset, stars_.stars.size());
 }
 
-std::vector<CatalogStar> PinPointPlate::starsIn(const SearchArea& around) {
-    ConeQuery query = around.query(julianYear(exposureTime()), faintest_);
+std::vector<sky::CatalogStar> PinPointPlate::starsIn(const SearchArea& around) {
+    sky::ConeQuery query = around.query(julianYear(exposureTime()), faintest_);
     query.brightestMagnitude = brightest_;
     const auto catalog = catalogue();
     return catalog->cone(query);

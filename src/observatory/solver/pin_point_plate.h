@@ -13,22 +13,22 @@
 #include <string>
 #include <vector>
 
+#include "fits/fits_image.h"
 #include "observatory/catalogs/vizier_catalog.h"
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/star_catalog.h"
 #include "observatory/solver/plate_frame.h"
 #include "observatory/solver/plate_solver.h"
 #include "platform/clock.h"
 #include "platform/dispatch_object.h"
 #include "platform/folder_map.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
 class PinPointPlate : public platform::DispatchObject {
   public:
     /// The network is used only by the catalogues that stay there.
-    PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders, CatalogSource builtIn,
-                  NetworkAccess network = {});
+    PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
+                  sky::CatalogSource builtIn, NetworkAccess network = {});
 
   private:
     void addCatalogMembers();
@@ -38,7 +38,7 @@ class PinPointPlate : public platform::DispatchObject {
     void addSolutionMembers();
 
     bool attach(const std::string& path);
-    void use(FitsImage image);
+    void use(fits::FitsImage image);
     void detach();
     bool findImageStars();
     bool findCatalogStars();
@@ -47,27 +47,27 @@ class PinPointPlate : public platform::DispatchObject {
     void adopt(const PlateSolution& solution);
     void updateFits();
 
-    FitsImage& image();
-    std::shared_ptr<const StarCatalog> catalogue();
+    fits::FitsImage& image();
+    std::shared_ptr<const sky::StarCatalog> catalogue();
     void setCatalogPath(const std::string& folder);
     SearchArea area(const PlateGeometry& geometry) const;
     PlateGeometry geometry(double scaleX, double scaleY) const;
-    std::vector<CatalogStar> starsIn(const SearchArea& area);
+    std::vector<sky::CatalogStar> starsIn(const SearchArea& area);
     platform::Instant exposureTime() const;
     PlateFrame frame() const;
-    SkyPosition startInCatalogue() const;
-    void setStart(SkyPosition icrs);
+    sky::SkyPosition startInCatalogue() const;
+    void setStart(sky::SkyPosition icrs);
 
     const platform::Clock& clock_;
     const platform::FolderMap& folders_;
-    CatalogSource builtIn_;
+    sky::CatalogSource builtIn_;
     NetworkAccess network_;
 
     int catalogNumber_ = 3;
     double catalogExpansion_ = 0.3;
     double faintest_ = 20;
     double brightest_ = -2;
-    std::shared_ptr<const StarCatalog> catalog_;
+    std::shared_ptr<const sky::StarCatalog> catalog_;
 
     StarSettings detection_{.minimumBrightness = 200};
     double filterFwhmArcsec_ = 0;
@@ -76,8 +76,8 @@ class PinPointPlate : public platform::DispatchObject {
     double maxMatchResidual_ = 0;
 
     std::filesystem::path path_;
-    std::optional<FitsImage> image_;
-    std::optional<TangentWcs> imageWcs_;
+    std::optional<fits::FitsImage> image_;
+    std::optional<sky::TangentWcs> imageWcs_;
 
     double rightAscension_ = 0;  ///< hours
     double declination_ = 0;     ///< degrees
@@ -89,7 +89,7 @@ class PinPointPlate : public platform::DispatchObject {
     std::optional<platform::Instant> exposureStart_;
 
     StarList stars_;
-    std::vector<CatalogStar> catalogStars_;
+    std::vector<sky::CatalogStar> catalogStars_;
     std::optional<PlateSolution> solution_;
 };
 

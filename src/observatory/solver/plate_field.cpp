@@ -7,6 +7,8 @@ namespace vantrel::observatory {
 
 namespace {
 
+using sky::kDegree;
+
 constexpr double kCatalogueErrorArcsec = 0.25;
 constexpr double kCentroidErrorPixels = 0.5;
 constexpr double kCentroidErrorBins = 0.15;
@@ -21,8 +23,8 @@ std::vector<PlanePoint> pointsOf(std::span<const ImageStar> stars) {
 }
 
 double PlateGeometry::diagonalDeg() const {
-    const double x = std::tan(width * scaleX / 2 * kArcsecond);
-    const double y = std::tan(height * scaleY / 2 * kArcsecond);
+    const double x = std::tan(width * scaleX / 2 * sky::kArcsecond);
+    const double y = std::tan(height * scaleY / 2 * sky::kArcsecond);
     return 2 * std::atan(std::hypot(x, y)) / kDegree;
 }
 
@@ -36,11 +38,11 @@ double PlateGeometry::lensError() const {
 }
 
 PlateField::PlateField(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
-                       std::span<const CatalogStar> catalogStars)
+                       std::span<const sky::CatalogStar> catalogStars)
     : geometry_(geometry), image_(pointsOf(imageStars)) {
     catalogue_.reserve(catalogStars.size());
-    for (const CatalogStar& star : catalogStars) {
-        catalogue_.push_back(direction(star.raDeg * kDegree, star.decDeg * kDegree));
+    for (const sky::CatalogStar& star : catalogStars) {
+        catalogue_.push_back(sky::direction(star.raDeg * kDegree, star.decDeg * kDegree));
     }
 }
 

@@ -5,11 +5,11 @@
 #include <span>
 #include <vector>
 
-#include "observatory/sky/star_catalog.h"
-#include "observatory/sky/tangent_wcs.h"
-#include "observatory/sky/vector3.h"
 #include "observatory/solver/star_finder.h"
 #include "observatory/solver/star_grid.h"
+#include "sky/star_catalog.h"
+#include "sky/tangent_wcs.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
@@ -20,7 +20,7 @@ struct PlateGeometry {
     double scaleY = 0;
     double binning = 1;  ///< by which star positions were measured: their grain
 
-    PixelPosition centre() const { return {(width - 1) / 2, (height - 1) / 2}; }
+    sky::PixelPosition centre() const { return {(width - 1) / 2, (height - 1) / 2}; }
     double diagonalDeg() const;
     /// What star positions in the image are likely to be wrong by, pixels.
     double positionError() const;
@@ -36,18 +36,18 @@ class PlateField {
   public:
     /// Image stars and catalogue stars brightest first.
     PlateField(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
-               std::span<const CatalogStar> catalogStars);
+               std::span<const sky::CatalogStar> catalogStars);
 
     const PlateGeometry& geometry() const { return geometry_; }
     std::size_t imageCount() const { return image_.points().size(); }
     const StarGrid& image() const { return image_; }
-    PixelPosition pixel(std::size_t i) const { return {image_.points()[i].x, image_.points()[i].y}; }
-    std::span<const Vector3> catalogue() const { return catalogue_; }
+    sky::PixelPosition pixel(std::size_t i) const { return {image_.points()[i].x, image_.points()[i].y}; }
+    std::span<const sky::Vector3> catalogue() const { return catalogue_; }
 
   private:
     PlateGeometry geometry_;
     StarGrid image_;
-    std::vector<Vector3> catalogue_;
+    std::vector<sky::Vector3> catalogue_;
 };
 
 }  // namespace vantrel::observatory

@@ -2,27 +2,31 @@
 
 namespace vantrel::observatory {
 
+using sky::PlanePosition;
+using sky::SkyPosition;
+using sky::operator*;
+
 PlateFrame PlateFrame::ofYear(double year) {
-    PlateFrame frame(std::nullopt, year == 2000 ? std::nullopt : std::optional(precessionTo(year)));
+    PlateFrame frame(std::nullopt, year == 2000 ? std::nullopt : std::optional(sky::precessionTo(year)));
     frame.year_ = year;
     return frame;
 }
 
 SkyPosition PlateFrame::fromCatalogue(SkyPosition icrs) const {
     if (date_) return date_->apparent(icrs);
-    return mean_ ? positionOf(*mean_ * directionOf(icrs)) : icrs;
+    return mean_ ? sky::positionOf(*mean_ * sky::directionOf(icrs)) : icrs;
 }
 
 SkyPosition PlateFrame::toCatalogue(SkyPosition place) const {
     if (date_) return date_->catalogue(place);
-    return mean_ ? positionOf(transposed(*mean_) * directionOf(place)) : place;
+    return mean_ ? sky::positionOf(sky::transposed(*mean_) * sky::directionOf(place)) : place;
 }
 
 std::array<double, 4> PlateFrame::turned(const std::array<double, 4>& cd, SkyPosition icrs) const {
     constexpr double kStep = 0.01;  // degrees: small enough that the planes are flat
     const SkyPosition centre = fromCatalogue(icrs);
     const auto image = [&](PlanePosition step) {
-        const auto moved = toTangentPlane(fromCatalogue(fromTangentPlane(step, icrs)), centre);
+        const auto moved = sky::toTangentPlane(fromCatalogue(sky::fromTangentPlane(step, icrs)), centre);
         return moved ? PlanePosition{moved->xi / kStep, moved->eta / kStep} : PlanePosition{};
     };
     const PlanePosition east = image({kStep, 0});

@@ -3,8 +3,8 @@
 
 #include <optional>
 
-#include "observatory/sky/epoch.h"
 #include "observatory/solver/plate_solution.h"
+#include "sky/epoch.h"
 
 namespace vantrel::observatory {
 
@@ -16,28 +16,29 @@ namespace vantrel::observatory {
 class PlateFrame {
   public:
     static PlateFrame ofDate(platform::Instant instant) {
-        return PlateFrame(SkyOfDate(instant), std::nullopt);
+        return PlateFrame(sky::SkyOfDate(instant), std::nullopt);
     }
     /// The mean equinox of a Julian year.
     static PlateFrame ofYear(double year);
 
-    SkyPosition fromCatalogue(SkyPosition icrs) const;
-    SkyPosition toCatalogue(SkyPosition place) const;
+    sky::SkyPosition fromCatalogue(sky::SkyPosition icrs) const;
+    sky::SkyPosition toCatalogue(sky::SkyPosition place) const;
 
     /// A plate's matrix about the ICRS position, told by this frame's east and north. Scales change with it
     /// only by aberration (1e-4).
-    std::array<double, 4> turned(const std::array<double, 4>& cd, SkyPosition icrs) const;
+    std::array<double, 4> turned(const std::array<double, 4>& cd, sky::SkyPosition icrs) const;
 
     /// Julian year of the equinox.
     double year() const { return year_; }
 
   private:
-    PlateFrame(std::optional<SkyOfDate> date, std::optional<Matrix3> mean) : date_(date), mean_(mean) {
+    PlateFrame(std::optional<sky::SkyOfDate> date, std::optional<sky::Matrix3> mean)
+        : date_(date), mean_(mean) {
         if (date_) year_ = date_->julianEpoch();
     }
 
-    std::optional<SkyOfDate> date_;
-    std::optional<Matrix3> mean_;
+    std::optional<sky::SkyOfDate> date_;
+    std::optional<sky::Matrix3> mean_;
     double year_ = 2000;
 };
 

@@ -11,6 +11,13 @@ namespace vantrel::observatory {
 
 namespace {
 
+using sky::kArcsecond;
+using sky::kDegree;
+using sky::PixelPosition;
+using sky::SkyPosition;
+using sky::Vector3;
+using sky::operator*;
+
 /// One look at the field: so many of the brightest stars, triangles of so large a share of the diagonal.
 struct Round {
     std::size_t stars;
@@ -69,7 +76,7 @@ class Matcher {
     }
 
   private:
-    static std::vector<Vector3> rotated(std::span<const Vector3> stars, const Matrix3& rotation) {
+    static std::vector<Vector3> rotated(std::span<const Vector3> stars, const sky::Matrix3& rotation) {
         std::vector<Vector3> result;
         result.reserve(stars.size());
         for (const Vector3& star : stars) result.push_back(rotation * star);
@@ -96,7 +103,7 @@ class Matcher {
         std::vector<Vector3> camera;
         for (std::size_t i = 0; i < stars; ++i) {
             const PlanePoint p = inCamera(i, 1);
-            camera.push_back(normalized({p.x, p.y, 1}));
+            camera.push_back(sky::normalized({p.x, p.y, 1}));
         }
         const double diagonal = geometry_.diagonalDeg() * kDegree;
         const TriangleIndex index(camera, diagonal * largestShare, 8 * error_ * pixel_);
@@ -166,7 +173,7 @@ class Matcher {
         std::array<Vector3, 3> there;
         for (std::size_t i = 0; i < 3; ++i) {
             const PlanePoint p = inCamera(image.corners[i], stretch);
-            camera[i] = normalized({p.x, p.y, 1});
+            camera[i] = sky::normalized({p.x, p.y, 1});
             there[i] = sky_[sky.corners[i]];
         }
         const PixelPosition a = field_.pixel(image.corners[0]);
@@ -212,7 +219,7 @@ class Matcher {
 
     std::optional<RefinedPlate> refined(const Hypothesis& hypothesis) const {
         Attitude attitude = hypothesis.attitude;
-        attitude.toSky = transposed(toCone_) * attitude.toSky;
+        attitude.toSky = sky::transposed(toCone_) * attitude.toSky;
         RefinementSettings settings;
         settings.anchor = hypothesis.anchor;
         settings.anchorRadius = 2 * hypothesis.size;
@@ -242,7 +249,7 @@ class Matcher {
                          ///< tolerance
     double leastStretch_;
     double mostStretch_;
-    Matrix3 toCone_;
+    sky::Matrix3 toCone_;
     std::vector<Vector3> sky_;  ///< catalogue stars in the cone's axes
     StarGrid skyGrid_;          ///< the same in the plane that touches the cone's centre
     std::size_t hypotheses_ = 0;

@@ -21,7 +21,7 @@ struct MatchSettings {
 
 /// The plate's model, or nothing when no hypothesis holds. The field's catalogue stars must lie around
 /// `centre` not farther than `radiusDeg` (at most 60).
-std::optional<RefinedPlate> matchPlate(const PlateField& field, SkyPosition centre, double radiusDeg,
+std::optional<RefinedPlate> matchPlate(const PlateField& field, sky::SkyPosition centre, double radiusDeg,
                                        const MatchSettings& settings);
 
 }  // namespace vantrel::observatory

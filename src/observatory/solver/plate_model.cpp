@@ -8,6 +8,12 @@ namespace vantrel::observatory {
 
 namespace {
 
+using sky::dot;
+using sky::kDegree;
+using sky::PixelPosition;
+using sky::PlanePosition;
+using sky::SkyPosition;
+
 constexpr int kNewtonSteps = 8;
 
 std::array<double, 10> terms(double u, double v) {
@@ -29,12 +35,12 @@ std::array<double, 2> slope(const std::array<double, 10>& c, double u, double v)
 }  // namespace
 
 TangentFrame::TangentFrame(SkyPosition centre)
-    : centre_(centre), outwards_(direction(centre.ra * kDegree, centre.dec * kDegree)) {
+    : centre_(centre), outwards_(sky::direction(centre.ra * kDegree, centre.dec * kDegree)) {
     east_ = {-std::sin(centre.ra * kDegree), std::cos(centre.ra * kDegree), 0};
-    north_ = cross(outwards_, east_);
+    north_ = sky::cross(outwards_, east_);
 }
 
-std::optional<PlanePosition> TangentFrame::project(const Vector3& direction) const {
+std::optional<PlanePosition> TangentFrame::project(const sky::Vector3& direction) const {
     const double depth = dot(direction, outwards_);
     if (!(depth > 1e-9)) return std::nullopt;
     return PlanePosition{dot(direction, east_) / depth / kDegree, dot(direction, north_) / depth / kDegree};
@@ -89,12 +95,12 @@ PlanePosition PlateModel::plane(double u, double v) const {
 }
 
 SkyPosition PlateModel::toSky(PixelPosition pixel) const {
-    return fromTangentPlane(
+    return sky::fromTangentPlane(
         plane((pixel.x - imageCentre_.x) / unitPixels_, (pixel.y - imageCentre_.y) / unitPixels_),
         frame_.centre());
 }
 
-std::optional<PixelPosition> PlateModel::toPixel(const Vector3& direction) const {
+std::optional<PixelPosition> PlateModel::toPixel(const sky::Vector3& direction) const {
     const auto wanted = frame_.project(direction);
     if (!wanted) return std::nullopt;
     double u = 0;

@@ -11,30 +11,30 @@
 #include <span>
 #include <vector>
 
-#include "observatory/sky/tangent_wcs.h"
-#include "observatory/sky/vector3.h"
+#include "sky/tangent_wcs.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
 struct StarPair {
-    PixelPosition pixel;
-    Vector3 sky{};  ///< unit vector in the ICRS
+    sky::PixelPosition pixel;
+    sky::Vector3 sky{};  ///< unit vector in the ICRS
 };
 
 /// The tangent plane about a point of the sky, for many projections.
 class TangentFrame {
   public:
-    explicit TangentFrame(SkyPosition centre);
+    explicit TangentFrame(sky::SkyPosition centre);
 
-    SkyPosition centre() const { return centre_; }
+    sky::SkyPosition centre() const { return centre_; }
     /// Standard coordinates in degrees; empty for directions 90 degrees or more away.
-    std::optional<PlanePosition> project(const Vector3& direction) const;
+    std::optional<sky::PlanePosition> project(const sky::Vector3& direction) const;
 
   private:
-    SkyPosition centre_;
-    Vector3 east_;
-    Vector3 north_;
-    Vector3 outwards_;
+    sky::SkyPosition centre_;
+    sky::Vector3 east_;
+    sky::Vector3 north_;
+    sky::Vector3 outwards_;
 };
 
 class PlateModel {
@@ -45,30 +45,30 @@ class PlateModel {
     }
 
     /// Least squares of the pairs about the tangent point; empty when they don't determine the model.
-    static std::optional<PlateModel> fit(std::span<const StarPair> pairs, PixelPosition imageCentre,
-                                         SkyPosition tangentPoint, double unitPixels, int order);
+    static std::optional<PlateModel> fit(std::span<const StarPair> pairs, sky::PixelPosition imageCentre,
+                                         sky::SkyPosition tangentPoint, double unitPixels, int order);
 
     /// The linear model of a known orientation: standard coordinates are cd * (dx, dy), in degrees per pixel.
-    static PlateModel linear(PixelPosition imageCentre, SkyPosition tangentPoint, double unitPixels,
+    static PlateModel linear(sky::PixelPosition imageCentre, sky::SkyPosition tangentPoint, double unitPixels,
                              const std::array<double, 4>& cd);
 
     int order() const { return order_; }
-    SkyPosition tangentPoint() const { return frame_.centre(); }
-    SkyPosition toSky(PixelPosition pixel) const;
+    sky::SkyPosition tangentPoint() const { return frame_.centre(); }
+    sky::SkyPosition toSky(sky::PixelPosition pixel) const;
 
     /// The pixel that shows the direction, by Newton's method; empty when far outside of what the model
     /// covers.
-    std::optional<PixelPosition> toPixel(const Vector3& direction) const;
+    std::optional<sky::PixelPosition> toPixel(const sky::Vector3& direction) const;
 
     /// Derivatives of (xi, eta) by (column, row) at the image's centre, degrees per pixel: CD1_1 ... CD2_2.
     std::array<double, 4> matrix() const;
 
   private:
-    PlateModel(PixelPosition imageCentre, SkyPosition tangentPoint, double unitPixels, int order)
+    PlateModel(sky::PixelPosition imageCentre, sky::SkyPosition tangentPoint, double unitPixels, int order)
         : imageCentre_(imageCentre), frame_(tangentPoint), unitPixels_(unitPixels), order_(order) {}
-    PlanePosition plane(double u, double v) const;
+    sky::PlanePosition plane(double u, double v) const;
 
-    PixelPosition imageCentre_;
+    sky::PixelPosition imageCentre_;
     TangentFrame frame_;
     double unitPixels_ = 1;
     int order_ = 1;

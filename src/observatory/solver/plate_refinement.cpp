@@ -72,7 +72,7 @@ class Refiner {
         Matching result;
         std::vector<int> taken(used_, -1);
         const bool everywhere = reach > geometry_.width + geometry_.height;
-        for (const Vector3& star : field_.catalogue()) {
+        for (const sky::Vector3& star : field_.catalogue()) {
             const auto at = model.toPixel(star);
             if (!at || at->x < 0 || at->y < 0 || at->x > geometry_.width - 1 || at->y > geometry_.height - 1)
                 continue;
@@ -117,7 +117,7 @@ class Refiner {
     std::optional<Fit> fitOrder(const PlateModel& model, const std::vector<StarPair>& pairs,
                                 int order) const {
         const double unit = (geometry_.width + geometry_.height) / 4;
-        SkyPosition tangent = model.toSky(geometry_.centre());
+        sky::SkyPosition tangent = model.toSky(geometry_.centre());
         auto better = PlateModel::fit(pairs, geometry_.centre(), tangent, unit, order);
         if (!better) return std::nullopt;
         tangent = better->toSky(geometry_.centre());
@@ -141,9 +141,11 @@ class Refiner {
         double squares = 0;
         double arcsec = 0;
         for (const Match& m : found.matches) {
-            const SkyPosition shown = model.toSky(m.pair.pixel);
+            const sky::SkyPosition shown = model.toSky(m.pair.pixel);
             const double distance =
-                separation(direction(shown.ra * kDegree, shown.dec * kDegree), m.pair.sky) * 3600;
+                sky::separation(sky::direction(shown.ra * sky::kDegree, shown.dec * sky::kDegree),
+                                m.pair.sky) *
+                3600;
             arcsec += distance;
             squares += m.distance * m.distance;
         }

@@ -12,7 +12,7 @@ namespace vantrel::observatory {
 struct RefinementSettings {
     std::size_t imageStars = 300;  ///< of the brightest that take part
     double firstTolerance = 4;     ///< pixels
-    PixelPosition anchor;          ///< where the first idea is best
+    sky::PixelPosition anchor;     ///< where the first idea is best
     double anchorRadius = 1e9;     ///< pixels around it that it holds for
     int highestOrder = 3;
     double maximumResidualArcsec = 0;  ///< farther stars are dropped; 0 leaves it to the fit

@@ -14,7 +14,7 @@
 #include <array>
 #include <cstddef>
 
-#include "observatory/sky/tangent_wcs.h"
+#include "sky/tangent_wcs.h"
 
 namespace vantrel::observatory {
 
@@ -31,7 +31,7 @@ Orientation orientationOf(const std::array<double, 4>& cd);
 std::array<double, 4> matrixOf(const Orientation& orientation);
 
 struct PlateSolution {
-    SkyPosition centre;  ///< ICRS place at the pixel ((width-1)/2, (height-1)/2)
+    sky::SkyPosition centre;  ///< ICRS place at the pixel ((width-1)/2, (height-1)/2)
     Orientation orientation;
     std::array<double, 4> cd{};  ///< as fitted: CD1_1, CD1_2, CD2_1, CD2_2 in degrees per pixel
     std::size_t matched = 0;     ///< stars that the fit rests on

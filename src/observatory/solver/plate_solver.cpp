@@ -13,7 +13,7 @@ constexpr std::size_t kStarsPerField = 250;
 constexpr std::size_t kStarsAtMost = 8000;
 constexpr std::size_t kFinalImageStars = 2000;
 
-double capArea(double radiusDeg) { return 2 * std::numbers::pi * (1 - std::cos(radiusDeg * kDegree)); }
+double capArea(double radiusDeg) { return 2 * std::numbers::pi * (1 - std::cos(radiusDeg * sky::kDegree)); }
 
 /// One more fit with all stars of the image, which the search had no need of.
 RefinedPlate refinedWithAll(const PlateField& field, const RefinedPlate& plate,
@@ -28,7 +28,7 @@ RefinedPlate refinedWithAll(const PlateField& field, const RefinedPlate& plate,
 
 }  // namespace
 
-ConeQuery SearchArea::query(double epochYear, double faintestMagnitude) const {
+sky::ConeQuery SearchArea::query(double epochYear, double faintestMagnitude) const {
     return {.raDeg = centre.ra,
             .decDeg = centre.dec,
             .radiusDeg = radiusDeg,
@@ -38,11 +38,11 @@ ConeQuery SearchArea::query(double epochYear, double faintestMagnitude) const {
             .brightestFirst = true};
 }
 
-SearchArea searchArea(const PlateGeometry& geometry, SkyPosition start, double offsetDeg,
+SearchArea searchArea(const PlateGeometry& geometry, sky::SkyPosition start, double offsetDeg,
                       std::size_t imageStars) {
     const double radius = std::min(geometry.diagonalDeg() / 2 * kScaleMargin + offsetDeg, 60.0);
-    const double field =
-        geometry.width * geometry.height * geometry.scaleX * geometry.scaleY * kArcsecond * kArcsecond;
+    const double field = geometry.width * geometry.height * geometry.scaleX * geometry.scaleY *
+                         sky::kArcsecond * sky::kArcsecond;
     const double wanted = static_cast<double>(std::clamp<std::size_t>(2 * imageStars, 60, kStarsPerField)) *
                           std::max(1.0, capArea(radius) / field);
     return {{start.ra, std::clamp(start.dec, -90.0, 90.0)},
@@ -51,7 +51,8 @@ SearchArea searchArea(const PlateGeometry& geometry, SkyPosition start, double o
 }
 
 std::optional<PlateSolution> solvePlate(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
-                                        const SearchArea& area, std::span<const CatalogStar> catalogStars,
+                                        const SearchArea& area,
+                                        std::span<const sky::CatalogStar> catalogStars,
                                         const MatchSettings& settings) {
     const PlateField field(geometry, imageStars, catalogStars);
     const auto found = matchPlate(field, area.centre, area.radiusDeg, settings);
@@ -72,8 +73,8 @@ PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found,
     return solution;
 }
 
-TangentWcs wcsOf(const PlateSolution& solution, const PlateGeometry& geometry) {
-    TangentWcs wcs{solution.centre, geometry.centre()};
+sky::TangentWcs wcsOf(const PlateSolution& solution, const PlateGeometry& geometry) {
+    sky::TangentWcs wcs{solution.centre, geometry.centre()};
     std::copy(solution.cd.begin(), solution.cd.end(), wcs.cd);
     return wcs;
 }

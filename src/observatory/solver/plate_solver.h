@@ -7,36 +7,37 @@
 #include <optional>
 #include <span>
 
-#include "observatory/sky/star_catalog.h"
 #include "observatory/solver/plate_field.h"
 #include "observatory/solver/plate_matcher.h"
 #include "observatory/solver/plate_solution.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
 /// The circle of sky in which the image's stars can lie.
 struct SearchArea {
-    SkyPosition centre;
+    sky::SkyPosition centre;
     double radiusDeg = 0;
     std::size_t maxStars = 0;  ///< of the catalogue's brightest, so many are of use
 
-    ConeQuery query(double epochYear, double faintestMagnitude) const;
+    sky::ConeQuery query(double epochYear, double faintestMagnitude) const;
 };
 
 /// The area around a start position that may be off by `offsetDeg`, when the image holds so many stars.
-SearchArea searchArea(const PlateGeometry& geometry, SkyPosition start, double offsetDeg,
+SearchArea searchArea(const PlateGeometry& geometry, sky::SkyPosition start, double offsetDeg,
                       std::size_t imageStars);
 
 /// Solves the plate: image stars and catalogue stars brightest first, the latter those of the area. Empty
 /// when no position in the area explains the image better than chance.
 std::optional<PlateSolution> solvePlate(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
-                                        const SearchArea& area, std::span<const CatalogStar> catalogStars,
+                                        const SearchArea& area,
+                                        std::span<const sky::CatalogStar> catalogStars,
                                         const MatchSettings& settings);
 
 /// What a plate tells that has been recognised: fitted once more with all stars of the image.
 PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found, double maximumResidualArcsec);
 
 /// The solution as world coordinates for a header: reference pixel at the image's centre, linear terms only.
-TangentWcs wcsOf(const PlateSolution& solution, const PlateGeometry& geometry);
+sky::TangentWcs wcsOf(const PlateSolution& solution, const PlateGeometry& geometry);
 
 }  // namespace vantrel::observatory

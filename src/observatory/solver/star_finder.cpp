@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "observatory/sky/fits_image.h"
+#include "fits/fits_image.h"
 #include "observatory/solver/image_reduction.h"
 #include "observatory/solver/source_extractor.h"
 
 namespace vantrel::observatory {
 
-StarList findStars(const FitsImage& image, const StarSettings& settings) {
+StarList findStars(const fits::FitsImage& image, const StarSettings& settings) {
     const ReducedImage reduced = reduceImage(image, {.removeHotPixels = settings.removeHotPixels});
     const auto binning = static_cast<double>(reduced.binning);
     const double minimumBins = std::ceil(settings.minimumSize / (binning * binning));

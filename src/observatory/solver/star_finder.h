@@ -4,9 +4,11 @@
 #include <cstddef>
 #include <vector>
 
-namespace vantrel::observatory {
-
+namespace vantrel::fits {
 class FitsImage;
+}
+
+namespace vantrel::observatory {
 
 struct ImageStar {
     double x = 0;     ///< column in image pixels, pixel centres at whole numbers from 0
@@ -30,6 +32,6 @@ struct StarSettings {
 };
 
 /// Throws FitsError when the file can't be read.
-StarList findStars(const FitsImage& image, const StarSettings& settings);
+StarList findStars(const fits::FitsImage& image, const StarSettings& settings);
 
 }  // namespace vantrel::observatory

@@ -16,6 +16,9 @@ namespace vantrel::observatory {
 
 namespace {
 
+using sky::kDegree;
+using sky::StarCatalog;
+
 constexpr std::uint32_t kVersion = 1;  // goes up with every change of what the tables hold
 constexpr double kCellDeg = 0.5;
 constexpr float kClosestNeighbour = 0.0003F;  // radians: nearer ones melt into one star on many images
@@ -57,7 +60,7 @@ class CellQuota {
         }
     }
 
-    bool take(const CatalogStar& star) {
+    bool take(const sky::CatalogStar& star) {
         const auto band = static_cast<std::size_t>(
             std::clamp(static_cast<int>((star.decDeg + 90) / kCellDeg), 0, kBands - 1));
         const std::size_t columns = columns_[band];
@@ -121,10 +124,10 @@ class PatternBuilder {
     void select(const StarCatalog& catalog, std::uint32_t starsPerCell) {
         constexpr double kEpoch = 2020;  // fast stars are few, a decade hardly moves the others
         CellQuota quota(starsPerCell);
-        for (const CatalogStar& star :
+        for (const sky::CatalogStar& star :
              catalog.cone({.decDeg = 90, .radiusDeg = 180, .epochYear = kEpoch, .brightestFirst = true})) {
             if (!quota.take(star)) continue;
-            const Vector3 v = direction(star.raDeg * kDegree, star.decDeg * kDegree);
+            const sky::Vector3 v = sky::direction(star.raDeg * kDegree, star.decDeg * kDegree);
             ranked_.push_back({{static_cast<float>(v[0]), static_cast<float>(v[1]), static_cast<float>(v[2])},
                                static_cast<std::uint32_t>(ranked_.size()),
                                static_cast<std::uint8_t>(std::clamp(10 * (star.magnitude + 3), 0.0, 255.0))});
@@ -269,7 +272,7 @@ std::shared_ptr<const StarPatterns> StarPatterns::open(const std::filesystem::pa
                                                        std::uint32_t catalogId) {
     try {
         return std::shared_ptr<const StarPatterns>(
-            new StarPatterns(std::make_unique<MappedFile>(file, true), catalogId));
+            new StarPatterns(std::make_unique<sky::MappedFile>(file, true), catalogId));
     } catch (const std::system_error& e) {
         throw PatternError(file.string() + " can't be read: " + e.code().message());
     } catch (const PatternError& e) {
@@ -285,7 +288,7 @@ StarPatterns::StarPatterns(Tables tables, std::uint32_t catalogId)
       starts_(tables_.starts),
       entries_(tables_.entries) {}
 
-StarPatterns::StarPatterns(std::unique_ptr<MappedFile> file, std::uint32_t catalogId)
+StarPatterns::StarPatterns(std::unique_ptr<sky::MappedFile> file, std::uint32_t catalogId)
     : file_(std::move(file)), catalogId_(catalogId) {
     const auto bytes = file_->bytes();
     Header header;
@@ -339,7 +342,7 @@ double StarPatterns::highestDensity() const {
     return starsPerCell_ / (kCellDeg * kDegree * kCellDeg * kDegree);
 }
 
-std::uint32_t StarPatterns::starAt(const Vector3& direction, double chord, int faintestTenths) const {
+std::uint32_t StarPatterns::starAt(const sky::Vector3& direction, double chord, int faintestTenths) const {
     const std::array<float, 3> wanted{static_cast<float>(direction[0]), static_cast<float>(direction[1]),
                                       static_cast<float>(direction[2])};
     const auto reach = static_cast<float>(chord);

@@ -21,9 +21,9 @@
 #include <stdexcept>
 #include <vector>
 
-#include "observatory/sky/mapped_file.h"
-#include "observatory/sky/star_catalog.h"
-#include "observatory/sky/vector3.h"
+#include "sky/mapped_file.h"
+#include "sky/star_catalog.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
@@ -69,7 +69,7 @@ class StarPatterns {
 
     /// Makes the patterns of the catalogue's brightest stars, at most `starsPerCell` in each cell of sky half
     /// a degree wide. `catalogId` is kept to tell later whether they belong to a catalogue.
-    static std::shared_ptr<const StarPatterns> build(const StarCatalog& catalog, std::uint32_t catalogId,
+    static std::shared_ptr<const StarPatterns> build(const sky::StarCatalog& catalog, std::uint32_t catalogId,
                                                      std::uint32_t starsPerCell = 10);
 
     /// Maps a file. Throws PatternError when it can't be read, is of another version, machine or catalogue,
@@ -86,13 +86,13 @@ class StarPatterns {
     /// Stars per steradian where they stand closest.
     double highestDensity() const;
 
-    Vector3 directionOf(std::uint32_t star) const {
+    sky::Vector3 directionOf(std::uint32_t star) const {
         const auto& at = stars_[star].at;
         return {static_cast<double>(at[0]), static_cast<double>(at[1]), static_cast<double>(at[2])};
     }
 
     /// A star not fainter than `faintestTenths` within the chord of the direction, or PatternStar::kNone.
-    std::uint32_t starAt(const Vector3& direction, double chord, int faintestTenths) const;
+    std::uint32_t starAt(const sky::Vector3& direction, double chord, int faintestTenths) const;
 
     /// Calls visit(Match, PatternShape) for each pattern whose shape differs by not more than `reach` in
     /// either number and whose size lies between the two; visit returns false to end it.
@@ -153,7 +153,7 @@ class StarPatterns {
     }
 
     explicit StarPatterns(Tables tables, std::uint32_t catalogId);
-    StarPatterns(std::unique_ptr<MappedFile> file, std::uint32_t catalogId);
+    StarPatterns(std::unique_ptr<sky::MappedFile> file, std::uint32_t catalogId);
 
     Match matchOf(std::uint32_t entry) const {
         const auto& pair = kPairs[entry % 8];
@@ -170,8 +170,8 @@ class StarPatterns {
         return PatternShape::of(chordBetween(star, near), chordBetween(star, far), chordBetween(near, far));
     }
 
-    Tables tables_;                     // of patterns made here
-    std::unique_ptr<MappedFile> file_;  // of patterns read from a file
+    Tables tables_;                          // of patterns made here
+    std::unique_ptr<sky::MappedFile> file_;  // of patterns read from a file
     std::uint32_t catalogId_ = 0;
     std::uint32_t starsPerCell_ = 0;
     std::span<const PatternStar> stars_;

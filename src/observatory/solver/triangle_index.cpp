@@ -4,7 +4,7 @@
 
 namespace vantrel::observatory {
 
-TriangleIndex::TriangleIndex(std::span<const Vector3> stars, double longest, double shortest) {
+TriangleIndex::TriangleIndex(std::span<const sky::Vector3> stars, double longest, double shortest) {
     const auto count = static_cast<std::uint16_t>(stars.size());
     const auto most = static_cast<float>(longest);
     const auto least = static_cast<float>(shortest);

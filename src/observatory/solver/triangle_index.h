@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "observatory/sky/vector3.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
@@ -42,7 +42,7 @@ class TriangleIndex {
   public:
     /// All triangles of the stars whose longest side is at most `longest` and whose shortest is at least
     /// `shortest`.
-    TriangleIndex(std::span<const Vector3> stars, double longest, double shortest);
+    TriangleIndex(std::span<const sky::Vector3> stars, double longest, double shortest);
 
     bool empty() const { return triangles_.empty(); }
     float longestSide() const { return longestSide_; }
@@ -85,7 +85,7 @@ class TriangleIndex {
 };
 
 /// Length of the chord between two directions: nearly the angle in radians.
-inline float chord(const Vector3& a, const Vector3& b) {
+inline float chord(const sky::Vector3& a, const sky::Vector3& b) {
     const double x = a[0] - b[0];
     const double y = a[1] - b[1];
     const double z = a[2] - b[2];

@@ -11,6 +11,13 @@ namespace vantrel::observatory {
 
 namespace {
 
+using sky::kArcsecond;
+using sky::kDegree;
+using sky::PixelPosition;
+using sky::StarCatalog;
+using sky::Vector3;
+using sky::operator*;
+
 /// One look at the image: so many of its brightest stars, each with so many neighbours that reach this share
 /// of its flux. The catalogue's magnitudes aren't those of the camera, so some neighbours may be fainter.
 struct Round {
@@ -61,7 +68,7 @@ class WideSearch {
           pixel_(std::sqrt(geometry.scaleX * geometry.scaleY) * kArcsecond),
           error_(1.5 * geometry.positionError()),
           distortion_(geometry.lensError()),
-          start_(direction(settings.start.ra * kDegree, settings.start.dec * kDegree)),
+          start_(sky::direction(settings.start.ra * kDegree, settings.start.dec * kDegree)),
           leastCosine_(cosineOf(settings.radiusDeg + geometry.diagonalDeg())),
           image_(pointsOf(stars.first(std::min(stars.size(), 2 * kRounds[1].stars)))) {
         for (std::size_t i = 0; i < image_.points().size(); ++i) camera_.push_back(inCamera(i, 1));
@@ -84,8 +91,8 @@ class WideSearch {
 
     Vector3 inCamera(std::size_t star, double stretch) const {
         const PixelPosition c = geometry_.centre();
-        return normalized({(stars_[star].x - c.x) * geometry_.scaleX * kArcsecond * stretch,
-                           (stars_[star].y - c.y) * geometry_.scaleY * kArcsecond * stretch, 1});
+        return sky::normalized({(stars_[star].x - c.x) * geometry_.scaleX * kArcsecond * stretch,
+                                (stars_[star].y - c.y) * geometry_.scaleY * kArcsecond * stretch, 1});
     }
 
     double pixelsBetween(std::size_t a, std::size_t b) const {
@@ -152,7 +159,7 @@ class WideSearch {
     std::optional<WideSolution> consider(const Corners& image, const StarPatterns::Match& sky,
                                          double stretch) {
         const Vector3 star = patterns_.directionOf(sky.star);
-        if (dot(star, start_) < leastCosine_) return std::nullopt;
+        if (sky::dot(star, start_) < leastCosine_) return std::nullopt;
         ++considered_;
         Proposal proposal = proposalOf(image, sky, stretch);
         if (considered_ > kHeardOut && isContradicted(proposal, sky)) return std::nullopt;
@@ -185,7 +192,7 @@ class WideSearch {
     /// Whether those of the star's brighter neighbours that made no part of the pattern should show in the
     /// image and none does. Rules out nearly all false proposals at little cost.
     bool isContradicted(const Proposal& proposal, const StarPatterns::Match& sky) const {
-        const Matrix3 toCamera = transposed(proposal.attitude.toSky);
+        const sky::Matrix3 toCamera = sky::transposed(proposal.attitude.toSky);
         const double pixel = pixel_ * proposal.attitude.stretch;
         const PixelPosition centre = geometry_.centre();
         bool expected = false;
@@ -267,7 +274,7 @@ class WideSearch {
             plate->chanceLog10 + std::log10(std::max(1.0, considered_)) > settings_.chanceLimitLog10)
             return std::nullopt;
         const PlateSolution solution = finishedPlate(field, *plate, 0);
-        if (separationDeg(solution.centre, settings_.start) > settings_.radiusDeg) return std::nullopt;
+        if (sky::separationDeg(solution.centre, settings_.start) > settings_.radiusDeg) return std::nullopt;
         return WideSolution{solution, geometry};
     }
 

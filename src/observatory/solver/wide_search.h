@@ -16,7 +16,7 @@ namespace vantrel::observatory {
 
 struct WideSettings {
     double scaleTolerance = 0.15;  ///< share by which the true scale may differ from the given one
-    SkyPosition start;             ///< places farther from here than the radius are left out
+    sky::SkyPosition start;        ///< places farther from here than the radius are left out
     double radiusDeg = 180;
     double epochYear = 2000;       ///< of the exposure
     double chanceLimitLog10 = -7;  ///< matches likelier than this to be chance are refused
@@ -31,14 +31,14 @@ struct WideSolution {
 /// that the plate is solved with. Empty when no place explains the image better than chance, having paid for
 /// all places that were considered.
 std::optional<WideSolution> searchWide(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
-                                       const StarPatterns& patterns, const StarCatalog& catalog,
+                                       const StarPatterns& patterns, const sky::StarCatalog& catalog,
                                        const WideSettings& settings);
 
 /// The same for an image of unknown scale: fields 0.3 to 30 degrees wide are tried, the geometry's scale is
 /// not looked at.
 std::optional<WideSolution> searchWideAnyScale(const PlateGeometry& geometry,
                                                std::span<const ImageStar> imageStars,
-                                               const StarPatterns& patterns, const StarCatalog& catalog,
+                                               const StarPatterns& patterns, const sky::StarCatalog& catalog,
                                                const WideSettings& settings);
 
 }  // namespace vantrel::observatory

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <stdexcept>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/fits_writing.h"
+#include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "platform/image_array.h"
 
 namespace vantrel::observatory {
@@ -107,8 +107,8 @@ void AxisSimulator::save(const std::string& path) const {
     const auto& pixels = device_->picture.pixels;
     if (!pixels) throw std::runtime_error("There is no image to save yet");
     try {
-        writeFits(folders_.real(path), *pixels, device_->picture.header);
-    } catch (const FitsError& error) {
+        fits::writeFits(folders_.real(path), *pixels, device_->picture.header);
+    } catch (const fits::FitsError& error) {
         throw std::runtime_error("The image could not be saved as " + path + ": " + error.what());
     }
 }

@@ -8,7 +8,7 @@
 namespace vantrel::observatory {
 
 struct AxisSimulatorDevice : TelescopeDevice {
-    AxisSimulatorDevice(platform::EventLoop& eventLoop, NoiseSource& noise, CatalogSource catalog)
+    AxisSimulatorDevice(platform::EventLoop& eventLoop, NoiseSource& noise, sky::CatalogSource catalog)
         : TelescopeDevice(eventLoop, noise), camera(mount, noise, std::move(catalog)) {}
 
     Camera camera;

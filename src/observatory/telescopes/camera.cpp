@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "observatory/helpers/sexagesimal.h"
+#include "helpers/sexagesimal.h"
 #include "platform/image_array.h"
 
 namespace vantrel::observatory {
 namespace {
+
+using sky::kDegree;
+using sky::Vector3;
 
 constexpr double kTenthMagnitudeRate = 20'000;  // electrons a second
 constexpr double kWidthPerSigma = 2.354820045;  // of a gaussian at half its height: 2 sqrt(2 ln 2)
@@ -16,8 +19,8 @@ double electronRate(double magnitude) { return kTenthMagnitudeRate * std::pow(10
 
 /// Turns right ascension into the local equatorial frame at this sidereal time (hours), and back.
 Vector3 toHourAngle(const Vector3& v, double siderealTime) {
-    const double c = std::cos(siderealTime * kHour);
-    const double s = std::sin(siderealTime * kHour);
+    const double c = std::cos(siderealTime * sky::kHour);
+    const double s = std::sin(siderealTime * sky::kHour);
     return {c * v[0] + s * v[1], -s * v[0] + c * v[1], v[2]};
 }
 Vector3 toRightAscension(const Vector3& v, double siderealTime) { return toHourAngle(v, -siderealTime); }
@@ -25,9 +28,9 @@ Vector3 toRightAscension(const Vector3& v, double siderealTime) { return toHourA
 /// The direction with its altitude changed, at the same azimuth.
 Vector3 atAltitude(const Vector3& v, double latitude, double altitude) {
     const Vector3 up = zenith(latitude);
-    const double height = dot(v, up);
+    const double height = sky::dot(v, up);
     const Vector3 level{v[0] - height * up[0], v[1] - height * up[1], v[2] - height * up[2]};
-    const double length = std::sqrt(dot(level, level));
+    const double length = std::sqrt(sky::dot(level, level));
     if (length < 1e-12) return v;  // in the zenith nothing is lifted
     const double c = std::cos(altitude * kDegree) / length;
     const double s = std::sin(altitude * kDegree);
@@ -44,7 +47,7 @@ std::string isoTime(platform::Instant instant) {
 }
 
 std::string spaced(double value, bool withPlus) {
-    return (withPlus && value >= 0 ? "+" : "") + formatSeconds(value, {" ", " ", ""}, 0);
+    return (withPlus && value >= 0 ? "+" : "") + helpers::formatSeconds(value, {" ", " ", ""}, 0);
 }
 
 /// Hours that never show as 24 00 00.
@@ -52,11 +55,11 @@ double wholeSeconds(double hours) { return std::fmod(std::round(hours * 3600), 8
 
 }  // namespace
 
-Camera::Camera(const Mount& mount, NoiseSource& noise, CatalogSource catalog)
+Camera::Camera(const Mount& mount, NoiseSource& noise, sky::CatalogSource catalog)
     : mount_(mount), noise_(noise), openCatalog_(std::move(catalog)) {}
 
-FocalPlane Camera::focalPlane(const Pointing& pointing) const {
-    CameraMounting mounting;
+sky::FocalPlane Camera::focalPlane(const Pointing& pointing) const {
+    sky::CameraMounting mounting;
     mounting.scale = settings_.pixelSize / 1000 / settings_.focalLength / kDegree;
     mounting.width = settings_.width;
     mounting.height = settings_.height;
@@ -67,18 +70,18 @@ FocalPlane Camera::focalPlane(const Pointing& pointing) const {
 
 std::vector<StarSpot> Camera::starsInView(platform::Instant instant) {
     if (!catalog_) catalog_ = openCatalog_();
-    const SkyOfDate sky(instant);
+    const sky::SkyOfDate sky(instant);
     const double siderealTime = sky.siderealTime(mount_.settings().longitude);
     const double latitude = mount_.settings().latitude;
     const Pointing pointing = mount_.pointing();
-    const FocalPlane plane = focalPlane(pointing);
+    const sky::FocalPlane plane = focalPlane(pointing);
 
     Vector3 seen = pointing.ahead;
     if (settings_.refraction)
         seen = atAltitude(seen, latitude, refraction_.trueAltitude(horizonPosition(seen, latitude).altitude));
-    const SkyPosition centre = positionOf(sky.catalogue(toRightAscension(seen, siderealTime)));
+    const sky::SkyPosition centre = sky::positionOf(sky.catalogue(toRightAscension(seen, siderealTime)));
 
-    ConeQuery query;
+    sky::ConeQuery query;
     query.raDeg = centre.ra;
     query.decDeg = centre.dec;
     query.radiusDeg = std::min(89.0, 1.01 * plane.cornerDistance() + 30 * settings_.seeing / 3600);
@@ -86,8 +89,9 @@ std::vector<StarSpot> Camera::starsInView(platform::Instant instant) {
     query.faintestMagnitude = settings_.limitingMagnitude;
 
     std::vector<StarSpot> spots;
-    for (const CatalogStar& star : catalog_->cone(query)) {
-        Vector3 direction = toHourAngle(sky.apparent(directionOf({star.raDeg, star.decDeg})), siderealTime);
+    for (const sky::CatalogStar& star : catalog_->cone(query)) {
+        Vector3 direction =
+            toHourAngle(sky.apparent(sky::directionOf({star.raDeg, star.decDeg})), siderealTime);
         if (settings_.refraction) {
             const double altitude = horizonPosition(direction, latitude).altitude;
             direction = atAltitude(direction, latitude, refraction_.observedAltitude(altitude));
@@ -111,7 +115,7 @@ Exposure Camera::exposure(const Shot& shot) const {
     Exposure exposure;
     exposure.width = static_cast<std::size_t>(settings_.width);
     exposure.height = static_cast<std::size_t>(settings_.height);
-    const double arcsecPerPixel = settings_.pixelSize / 1000 / settings_.focalLength / kArcsecond;
+    const double arcsecPerPixel = settings_.pixelSize / 1000 / settings_.focalLength / sky::kArcsecond;
     exposure.sigma = settings_.seeing / kWidthPerSigma / arcsecPerPixel;
     exposure.sky = shot.light ? settings_.skyLevel * shot.seconds * shot.transmission : 0;
     exposure.readNoise = settings_.readNoise;
@@ -133,8 +137,8 @@ Picture Camera::expose(platform::Instant start, const std::string& telescope, co
             header(start, telescope, shot)};
 }
 
-std::vector<FitsCard> Camera::header(platform::Instant start, const std::string& telescope,
-                                     const Shot& shot) const {
+std::vector<fits::FitsCard> Camera::header(platform::Instant start, const std::string& telescope,
+                                           const Shot& shot) const {
     const ReadWindow window = shot.window.value_or(ReadWindow{});
     const auto whole = [](std::size_t number) { return static_cast<std::int64_t>(number); };
     const char* const type = shot.light ? "Light Frame" : shot.seconds > 0 ? "Dark Frame" : "Bias Frame";

@@ -7,17 +7,17 @@
 #include <string>
 #include <vector>
 
+#include "fits/fits_header.h"
 #include "observatory/imaging/picture.h"
-#include "observatory/sky/epoch.h"
-#include "observatory/sky/fits_header.h"
-#include "observatory/sky/focal_plane.h"
-#include "observatory/sky/refraction.h"
-#include "observatory/sky/star_catalog.h"
 #include "observatory/telescopes/mount.h"
 #include "observatory/telescopes/noise.h"
 #include "observatory/telescopes/renderer.h"
 #include "platform/automation.h"
 #include "platform/clock.h"
+#include "sky/epoch.h"
+#include "sky/focal_plane.h"
+#include "sky/refraction.h"
+#include "sky/star_catalog.h"
 
 namespace vantrel::observatory {
 
@@ -51,7 +51,7 @@ struct Shot {
 
 class Camera {
   public:
-    Camera(const Mount& mount, NoiseSource& noise, CatalogSource catalog);
+    Camera(const Mount& mount, NoiseSource& noise, sky::CatalogSource catalog);
 
     CameraSettings& settings() { return settings_; }
     const CameraSettings& settings() const { return settings_; }
@@ -73,18 +73,18 @@ class Camera {
     HourAnglePosition axis() const { return hourAnglePosition(mount_.pointing().ahead); }
 
   private:
-    FocalPlane focalPlane(const Pointing& pointing) const;
+    sky::FocalPlane focalPlane(const Pointing& pointing) const;
     Exposure exposure(const Shot& shot) const;
     std::vector<StarSpot> starsOf(const Shot& shot, platform::Instant start);
-    std::vector<FitsCard> header(platform::Instant start, const std::string& telescope,
-                                 const Shot& shot) const;
+    std::vector<fits::FitsCard> header(platform::Instant start, const std::string& telescope,
+                                       const Shot& shot) const;
 
     const Mount& mount_;
     NoiseSource& noise_;
-    CatalogSource openCatalog_;
-    std::shared_ptr<const StarCatalog> catalog_;
+    sky::CatalogSource openCatalog_;
+    std::shared_ptr<const sky::StarCatalog> catalog_;
     CameraSettings settings_;
-    Refraction refraction_;
+    sky::Refraction refraction_;
 };
 
 }  // namespace vantrel::observatory

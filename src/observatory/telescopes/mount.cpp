@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "observatory/sky/epoch.h"
+#include "sky/epoch.h"
 
 namespace vantrel::observatory {
 namespace {
+
+using sky::operator*;
 
 constexpr double kSiderealRate = 360.98564736629 / 86400;  // degrees of sidereal time a second
 
@@ -37,7 +39,7 @@ Mount::Mount(const platform::Clock& clock, NoiseSource& noise) : clock_(clock), 
     motion_ = {clock_.sinceStart(), {-15, 40}, {}, settings_.slewRate};
 }
 
-double Mount::siderealTime() const { return SkyOfDate(clock_.utc()).siderealTime(settings_.longitude); }
+double Mount::siderealTime() const { return sky::SkyOfDate(clock_.utc()).siderealTime(settings_.longitude); }
 
 double Mount::secondsInMotion() const {
     return std::chrono::duration<double>(clock_.sinceStart() - motion_.start).count();
@@ -70,7 +72,7 @@ Pointing Mount::pointing() const {
     const Axes now = axes();
     const double hourAngle = now.hourAngle + pointingError_.hourAngle;
     const double declination = now.declination + pointingError_.declination;
-    const Matrix3 turn = mountToSky(settings_.axisError, settings_.latitude);
+    const sky::Matrix3 turn = mountToSky(settings_.axisError, settings_.latitude);
     return {turn * hourAngleDirection(hourAngle, declination),
             turn * hourAngleDirection(hourAngle, declination + 90),
             turn * hourAngleDirection(hourAngle - 90, 0)};
@@ -93,7 +95,7 @@ void Mount::startSlew(const MountReading& target) {
                {turn, to.declination - from.declination},
                settings_.slewRate};
     const double sigma = settings_.pointingNoise / 3600 / std::sqrt(2.0);
-    const double narrow = std::max(std::cos(to.declination * kDegree), 0.01);
+    const double narrow = std::max(std::cos(to.declination * sky::kDegree), 0.01);
     pointingError_ = {sigma * noise_.gaussian() / narrow, sigma * noise_.gaussian()};
 }
 

@@ -32,9 +32,9 @@ struct MountReading {
 
 /// Where the tube truly points, in the local equatorial frame: unit vectors at right angles.
 struct Pointing {
-    Vector3 ahead;
-    Vector3 up;    // towards greater mount declination
-    Vector3 east;  // towards greater right ascension of the mount
+    sky::Vector3 ahead;
+    sky::Vector3 up;    // towards greater mount declination
+    sky::Vector3 east;  // towards greater right ascension of the mount
 };
 
 /// The mount starts tracking on the meridian's east side, one hour before it, at declination 40. Impossible

@@ -3,10 +3,14 @@
 namespace vantrel::observatory {
 namespace {
 
+using sky::kDegree;
+using sky::Vector3;
+using sky::operator*;
+
 constexpr double kArcminute = kDegree / 60;
 
 /// Rotation about a unit vector, right-handed (Rodrigues).
-Matrix3 rotation(const Vector3& axis, double angle) {
+sky::Matrix3 rotation(const Vector3& axis, double angle) {
     const double c = std::cos(angle);
     const double s = std::sin(angle);
     const auto& [x, y, z] = axis;
@@ -17,7 +21,7 @@ Matrix3 rotation(const Vector3& axis, double angle) {
 
 }  // namespace
 
-Matrix3 mountToSky(const AxisError& error, double latitude) {
+sky::Matrix3 mountToSky(const AxisError& error, double latitude) {
     // A right-handed turn about the east lifts what points north; one about the zenith carries north to west.
     const double hemisphere = latitude < 0 ? -1 : 1;
     const Vector3 east{0, 1, 0};
@@ -26,7 +30,7 @@ Matrix3 mountToSky(const AxisError& error, double latitude) {
 }
 
 Vector3 hourAngleDirection(double hourAngle, double declination) {
-    return direction(-hourAngle * kDegree, declination * kDegree);
+    return sky::direction(-hourAngle * kDegree, declination * kDegree);
 }
 
 HourAnglePosition hourAnglePosition(const Vector3& direction) {
@@ -35,8 +39,8 @@ HourAnglePosition hourAnglePosition(const Vector3& direction) {
 }
 
 HorizonPosition horizonPosition(const Vector3& direction, double latitude) {
-    const double up = dot(direction, zenith(latitude));
-    const double north = dot(direction, northPoint(latitude));
+    const double up = sky::dot(direction, zenith(latitude));
+    const double north = sky::dot(direction, northPoint(latitude));
     const double east = direction[1];
     const double azimuth = std::atan2(east, north) / kDegree;
     return {std::atan2(up, std::hypot(north, east)) / kDegree, azimuth < 0 ? azimuth + 360 : azimuth};

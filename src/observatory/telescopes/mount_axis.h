@@ -5,7 +5,7 @@
 // declination in this frame; an error turns the frame that the mount counts in.
 #pragma once
 
-#include "observatory/sky/vector3.h"
+#include "sky/vector3.h"
 
 namespace vantrel::observatory {
 
@@ -20,25 +20,25 @@ struct AxisError {
 
 /// Turns mount directions into true ones: first the elevation adjuster's turn about the east-west line, then
 /// the azimuth adjuster's about the vertical, as the hinges of a real mount stand. Latitude in degrees.
-Matrix3 mountToSky(const AxisError& error, double latitude);
+sky::Matrix3 mountToSky(const AxisError& error, double latitude);
 
 /// Direction at an hour angle and a declination, both in degrees; declinations beyond 90 lead over the pole.
-Vector3 hourAngleDirection(double hourAngle, double declination);
+sky::Vector3 hourAngleDirection(double hourAngle, double declination);
 
 struct HourAnglePosition {
     double hourAngle = 0;    // degrees, (-180, 180]
     double declination = 0;  // degrees
 };
-HourAnglePosition hourAnglePosition(const Vector3& direction);
+HourAnglePosition hourAnglePosition(const sky::Vector3& direction);
 
 struct HorizonPosition {
     double altitude = 0;  // degrees
     double azimuth = 0;   // degrees from north through east, [0, 360)
 };
-HorizonPosition horizonPosition(const Vector3& direction, double latitude);
+HorizonPosition horizonPosition(const sky::Vector3& direction, double latitude);
 
 /// Directions of the zenith and of the horizon's north point in the local equatorial frame.
-Vector3 zenith(double latitude);
-Vector3 northPoint(double latitude);
+sky::Vector3 zenith(double latitude);
+sky::Vector3 northPoint(double latitude);
 
 }  // namespace vantrel::observatory

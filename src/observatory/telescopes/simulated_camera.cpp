@@ -69,7 +69,7 @@ platform::TakenPicture SimulatedCamera::take() {
     if (before != Progress::kReady) throw std::runtime_error("There is no picture");
     const Picture picture = std::exchange(picture_, {});
     platform::PlainPixels taken{*picture.pixels, {}};
-    for (const FitsCard& card : picture.header)
+    for (const fits::FitsCard& card : picture.header)
         taken.cards.push_back({card.keyword, card.value, card.comment});
     return taken;
 }

@@ -11,14 +11,15 @@
 
 #include <gtest/gtest.h>
 
-#include "observatory/sky/epoch.h"
-#include "observatory/sky/tycho_catalog.h"
 #include "observatory/telescopes/camera.h"
 #include "platform/queued_event_loop.h"
+#include "sky/epoch.h"
+#include "sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
 namespace {
 
+using sky::SkyPosition;
 using namespace std::chrono_literals;
 
 const platform::Instant kTonight = platform::parseInstant("2026-11-24T20:00:00Z").value();
@@ -45,14 +46,16 @@ Where where(const std::string& options) {
 }
 
 double distance(const SkyPosition& a, const SkyPosition& b) {
-    return separation(directionOf(a), directionOf(b));
+    return sky::separation(sky::directionOf(a), sky::directionOf(b));
 }
 
 TEST(SkyPicture, LooksWhereAPerfectMountSays) {
     const Where seen = where("--mount-ra 5.5 --mount-dec 41 --latitude 50 --longitude 10");
-    EXPECT_LT(distance(seen.place, SkyOfDate(kTonight).catalogue(SkyPosition{5.5 * 15, 41})) * 3600, 0.01);
+    EXPECT_LT(distance(seen.place, sky::SkyOfDate(kTonight).catalogue(SkyPosition{5.5 * 15, 41})) * 3600,
+              0.01);
     // Up is the pole of date's side: precession has turned north by 20.04" a year times sin(ra) / cos(dec).
-    EXPECT_NEAR(seen.roll, -20.04 / 3600 * 26.9 * std::sin(5.5 * kHour) / std::cos(41 * kDegree), 0.006);
+    EXPECT_NEAR(seen.roll, -20.04 / 3600 * 26.9 * std::sin(5.5 * sky::kHour) / std::cos(41 * sky::kDegree),
+                0.006);
 }
 
 TEST(SkyPicture, SeesTheStarsThatTheSimulatorSees) {
@@ -64,7 +67,7 @@ TEST(SkyPicture, SeesTheStarsThatTheSimulatorSees) {
     mount.settings().longitude = 10;
     mount.settings().axisError = {40, -25};
     mount.settings().slewRate = 1000;
-    const std::shared_ptr<const StarCatalog> catalog = TychoCatalog::openBuiltIn();
+    const std::shared_ptr<const sky::StarCatalog> catalog = sky::TychoCatalog::openBuiltIn();
     Camera camera(mount, noise, [&catalog] { return catalog; });
     mount.startSlew({4, 35});
     time.passUntil(kTonight);

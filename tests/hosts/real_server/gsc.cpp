@@ -19,12 +19,13 @@
 #include <string>
 #include <vector>
 
-#include "observatory/sky/epoch.h"
-#include "observatory/sky/tycho_catalog.h"
 #include "observatory/telescopes/mount_axis.h"
+#include "sky/epoch.h"
+#include "sky/tycho_catalog.h"
 
 namespace {
 
+using namespace vantrel::sky;
 using namespace vantrel::observatory;
 
 /// The numbers that follow each option; a negative one is a number, too.

@@ -16,16 +16,17 @@
 #include <string>
 #include <vector>
 
-#include "observatory/sky/epoch.h"
-#include "observatory/sky/focal_plane.h"
-#include "observatory/sky/tycho_catalog.h"
 #include "observatory/telescopes/mount_axis.h"
 #include "observatory/telescopes/renderer.h"
 #include "platform/clock.h"
 #include "platform/text.h"
+#include "sky/epoch.h"
+#include "sky/focal_plane.h"
+#include "sky/tycho_catalog.h"
 
 namespace {
 
+using namespace vantrel::sky;
 using namespace vantrel::observatory;
 
 class Options {
@@ -59,7 +60,7 @@ struct View {
 
 Vector3 northOf(const Vector3& direction) {
     const SkyPosition position = positionOf(direction);
-    return vantrel::observatory::direction(position.ra * kDegree, (position.dec + 90) * kDegree);
+    return vantrel::sky::direction(position.ra * kDegree, (position.dec + 90) * kDegree);
 }
 
 Vector3 atRightAngles(const Vector3& v, const Vector3& to) {

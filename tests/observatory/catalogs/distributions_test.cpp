@@ -7,14 +7,19 @@
 #include <gtest/gtest.h>
 
 #include "observatory/catalogs/catalog_file.h"
-#include "observatory/sky/tangent_wcs.h"
 #include "platform/text.h"
+#include "sky/tangent_wcs.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::observatory {
 namespace {
+
+using sky::CatalogError;
+using sky::CatalogStar;
+using sky::ConeQuery;
+using sky::SkyPosition;
 
 namespace fs = std::filesystem;
 using test::TreeStar;
@@ -95,7 +100,7 @@ TreeStars someStars() {
     for (const Cone& cone : kCones) {
         const double reach = std::min(cone.radius * 1.3, 2.0);
         for (int i = 0; i < 60; ++i) {
-            const auto place = fromTangentPlane(
+            const auto place = sky::fromTangentPlane(
                 {reach * (2 * unit(random) - 1), reach * (2 * unit(random) - 1)}, {cone.ra, cone.dec});
             add(place.ra, place.dec);
         }
@@ -127,11 +132,11 @@ std::vector<std::string> differences(const Kind& kind, const TreeStars& all, con
         if (star.magnitude < query.brightestMagnitude || star.magnitude > query.faintestMagnitude) continue;
         if (star.dec > kind.northernEnd) continue;
         const SkyPosition place = moved(star, kind.moves ? query.epochYear - 2000 : 0);
-        const double distance = separationDeg(place, centre);
+        const double distance = sky::separationDeg(place, centre);
         if (distance > query.radiusDeg + kind.placeDeg) continue;
         const auto match = std::find_if(found.begin(), found.end(), [&](const CatalogStar& candidate) {
             return std::abs(candidate.magnitude - star.magnitude) < 0.001 &&
-                   separationDeg({candidate.raDeg, candidate.decDeg}, place) < kind.placeDeg;
+                   sky::separationDeg({candidate.raDeg, candidate.decDeg}, place) < kind.placeDeg;
         });
         if (match != found.end()) {
             found.erase(match);

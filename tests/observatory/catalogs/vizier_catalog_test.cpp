@@ -8,7 +8,7 @@
 
 #include "observatory/catalogs/page_cache.h"
 #include "observatory/catalogs/vizier_table.h"
-#include "observatory/sky/tangent_wcs.h"
+#include "sky/tangent_wcs.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
@@ -16,6 +16,7 @@
 namespace vantrel::observatory {
 namespace {
 
+using sky::CatalogError;
 using testing::HasSubstr;
 
 const std::string kPreamble =
@@ -67,7 +68,7 @@ class FakeService : public Downloads {
         const double radius = std::stod(argument(url, "-c.rd"));
         std::string rows;
         for (const auto& star : stars) {
-            if (separationDeg({star.ra, star.dec}, {ra, dec}) > radius) continue;
+            if (sky::separationDeg({star.ra, star.dec}, {ra, dec}) > radius) continue;
             rows += test::formatted("%10.6f\t%+10.6f\t%6.0f\t%6.0f\t%5.2f\t%5.2f\t     \t     \t     \n",
                                     star.ra, star.dec, star.pmRa, star.pmDec, star.magnitude, star.magnitude);
         }
@@ -115,7 +116,7 @@ TEST_F(VizierCatalogTest, GivesEveryStarOfTheCircleWhereverItIs) {
                     const double angle = 2 * std::numbers::pi * unit(random);
                     const double reach = radius * std::sqrt(unit(random));
                     const auto place =
-                        fromTangentPlane({reach * std::cos(angle), reach * std::sin(angle)}, {ra, dec});
+                        sky::fromTangentPlane({reach * std::cos(angle), reach * std::sin(angle)}, {ra, dec});
                     service_->stars.push_back({place.ra, place.dec, 10});
                 }
                 const auto found = catalog().cone({.raDeg = ra, .decDeg = dec, .radiusDeg = radius + 1e-5});
@@ -158,9 +159,9 @@ TEST_F(VizierCatalogTest, NomadTakesTheNextBandForAMissingOne) {
 
 TEST_F(VizierCatalogTest, AsksOnceForSearchesNearOneAnother) {
     service_->stars = {{10, 20, 9}};
-    const ConeQuery query{.raDeg = 10.01, .decDeg = 20.01, .radiusDeg = 0.60};
+    const sky::ConeQuery query{.raDeg = 10.01, .decDeg = 20.01, .radiusDeg = 0.60};
     ASSERT_EQ(catalog().cone(query).size(), 1U);
-    ConeQuery near = query;
+    sky::ConeQuery near = query;
     near.raDeg += 0.003;
     near.radiusDeg = 0.61;
     EXPECT_EQ(catalog().cone(near).size(), 1U);

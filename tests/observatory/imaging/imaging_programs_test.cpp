@@ -8,9 +8,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "observatory/helpers/sexagesimal.h"
+#include "fits/fits_image.h"
+#include "helpers/sexagesimal.h"
 #include "observatory/observatory.h"
-#include "observatory/sky/fits_image.h"
 #include "platform/image_array.h"
 #include "platform/queued_event_loop.h"
 #include "support/refusal.h"
@@ -266,7 +266,7 @@ TEST_F(ImagingTest, MarksStayInTheDocumentAndInItsFile) {
     for (const auto& [given, file] :
          {std::pair{"C:\\SavedImage", "c/SavedImage.fit"}, {"C:\\Other.fts", "c/Other.fts"}}) {
         camera->call("SaveImage", {given});
-        const FitsImage saved = FitsImage::open(drives_ / file);
+        const fits::FitsImage saved = fits::FitsImage::open(drives_ / file);
         std::vector<float> row(240);
         saved.readRows(5, row);
         EXPECT_EQ(row[7], std::round(white)) << given;
@@ -369,7 +369,7 @@ TEST_F(ImagingTest, TheImageLinkWritesItsSolutionIntoTheHeader) {
     EXPECT_THAT(refusal([&] { image->call("InsertWCS"); }), testing::StartsWith("Image link failed"));
     EXPECT_TRUE(image->get("FITSKeyword", {"CRVAL1"}).isEmpty());
 
-    image->put("FITSKeyword", formatSeconds(ra, {" ", " ", ""}, 0), {"OBJCTRA"});
+    image->put("FITSKeyword", helpers::formatSeconds(ra, {" ", " ", ""}, 0), {"OBJCTRA"});
     image->put("FITSKeyword", "+40 30 00", {"OBJCTDEC"});
     image->call("InsertWCS");
     const auto keyword = [&](const char* name) { return image->get("FITSKeyword", {name}).toDouble(); };
@@ -377,7 +377,7 @@ TEST_F(ImagingTest, TheImageLinkWritesItsSolutionIntoTheHeader) {
     EXPECT_NEAR(keyword("CRVAL1") / 15, ra, kPixel / 15);
     EXPECT_NEAR(std::hypot(keyword("CD1_1"), keyword("CD2_1")), kPixel, 0.001 * kPixel);
     EXPECT_NEAR(keyword("CD1_1") / keyword("CD2_2"), 1, 0.01) << "rows count downwards, columns westwards";
-    EXPECT_NEAR(std::abs(std::atan2(keyword("CD2_1"), keyword("CD1_1")) / kDegree), 150, 0.1);
+    EXPECT_NEAR(std::abs(std::atan2(keyword("CD2_1"), keyword("CD1_1")) / sky::kDegree), 150, 0.1);
     EXPECT_EQ(keyword("CRPIX1"), 348.5);
     EXPECT_EQ(image->get("FITSKeyword", {"RADESYS"}), Value("GAPPT"));
     EXPECT_THAT(refusal([&] { image->put("FITSKeyword", 1, {"TOO LONG A NAME"}); }),

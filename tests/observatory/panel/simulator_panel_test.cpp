@@ -8,9 +8,9 @@
 #include <gmock/gmock.h>
 
 #include "observatory/observatory.h"
-#include "observatory/sky/epoch.h"
 #include "observatory/telescopes/mount_axis.h"
 #include "platform/queued_event_loop.h"
+#include "sky/epoch.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -46,9 +46,9 @@ struct Panel : testing::Test {
     double missedBy(const std::string& name) {
         for (const StarNow& star : starsUp(time.utc(), get("SiteLatitude"), get("SiteLongitude")))
             if (brightStars()[star.index].name == name)
-                return separation(
-                           directionOf({get("CameraAxisHourAngle") * 15, get("CameraAxisDeclination")}),
-                           directionOf({star.hourAngle * 15, star.place.declination})) *
+                return sky::separation(
+                           sky::directionOf({get("CameraAxisHourAngle") * 15, get("CameraAxisDeclination")}),
+                           sky::directionOf({star.hourAngle * 15, star.place.declination})) *
                        3600;
         throw std::logic_error(name + " isn't up");
     }
@@ -157,7 +157,7 @@ TEST_F(Panel, TheHandControllerMovesTheMountByItsRate) {
     }
     pass(60);
     EXPECT_NEAR(get("Declination") - dec, 1, 1e-6);
-    EXPECT_NEAR((get("RightAscension") - ra) * 15 * std::cos(dec * kDegree), 1, 0.02);
+    EXPECT_NEAR((get("RightAscension") - ra) * 15 * std::cos(dec * sky::kDegree), 1, 0.02);
     window.cmdSouth.click();
     window.cmdWest.click();
     pass(20);
@@ -210,7 +210,7 @@ TEST(BrightStars, TheListBeginsWithTheStarsThatServeBest) {
         }));
         for (const StarNow& star : stars) {
             EXPECT_GE(star.altitude, 20);
-            const Vector3 there = hourAngleDirection(15 * star.hourAngle, star.place.declination);
+            const sky::Vector3 there = hourAngleDirection(15 * star.hourAngle, star.place.declination);
             EXPECT_NEAR(star.altitude, horizonPosition(there, latitude).altitude, 1e-6);
             if (star.suitability == Suitability::kBest) {
                 EXPECT_LE(std::abs(star.hourAngle), 1) << brightStars()[star.index].name;
@@ -234,10 +234,10 @@ TEST(BrightStars, MoveSince2000) {
     const auto arcturus = std::find_if(brightStars().begin(), brightStars().end(),
                                        [](const BrightStar& star) { return star.name == "Arcturus"; });
     for (const auto& [utc, years] : {std::pair{"2000-01-01T12:00:00Z", 0}, {"2026-01-01T00:00:00Z", 26}}) {
-        const SkyPosition still =
-            SkyOfDate(*parseInstant(utc)).apparent(SkyPosition{arcturus->ra, arcturus->dec});
+        const sky::SkyPosition still =
+            sky::SkyOfDate(*parseInstant(utc)).apparent(sky::SkyPosition{arcturus->ra, arcturus->dec});
         const PlaceOfDate place = placeOfDate(*arcturus, *parseInstant(utc));
-        EXPECT_NEAR((place.rightAscension * 15 - still.ra) * 3600 * std::cos(still.dec * kDegree),
+        EXPECT_NEAR((place.rightAscension * 15 - still.ra) * 3600 * std::cos(still.dec * sky::kDegree),
                     -1.09 * years, 0.3);
         EXPECT_NEAR((place.declination - still.dec) * 3600, -2.00 * years, 0.3);
     }

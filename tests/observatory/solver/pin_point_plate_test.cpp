@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "observatory/sky/fits_writing.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "fits/fits_writing.h"
 #include "platform/image_array.h"
+#include "sky/tycho_catalog.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
 #include "support/star_field.h"
@@ -14,6 +14,10 @@
 namespace vantrel::observatory {
 namespace {
 
+using sky::PixelPosition;
+using sky::separationDeg;
+using sky::SkyPosition;
+using sky::TychoCatalog;
 using testing::HasSubstr;
 
 class FixedClock : public platform::Clock {
@@ -28,18 +32,18 @@ constexpr double kScale = 3.6;
 class PinPointPlateTest : public testing::Test {
   protected:
     /// A star field as the file C:\field.fits.
-    void draw(const std::vector<FitsCard>& cards = {}, SkyPosition centre = kCentre, double turn = 35,
+    void draw(const std::vector<fits::FitsCard>& cards = {}, SkyPosition centre = kCentre, double turn = 35,
               bool mirrored = false) {
         std::filesystem::create_directories(folder_ / "c");
         test::StarField field;
         field.width = 800;
         field.height = 600;
         field.wcs = test::wcsFor(field.width, field.height, centre, kScale, turn, mirrored);
-        writeFits(file(), field.width, field.height,
-                  test::drawField(TychoCatalog::openBuiltIn().get(), field), cards);
+        fits::writeFits(file(), field.width, field.height,
+                        test::drawField(TychoCatalog::openBuiltIn().get(), field), cards);
     }
     /// The same, attached to a plate that tells positions of 2000.
-    void drawAndAttach(const std::vector<FitsCard>& cards = {}, SkyPosition centre = kCentre,
+    void drawAndAttach(const std::vector<fits::FitsCard>& cards = {}, SkyPosition centre = kCentre,
                        double turn = 35, bool mirrored = false) {
         draw(cards, centre, turn, mirrored);
         plate_.put("Equinox", 2000);
@@ -106,8 +110,8 @@ TEST_F(PinPointPlateTest, SolvesInTheEquinoxAskedForAndRollsWithIt) {
     // The matrix of roll and scales leads from the centre of date to the place of date of any other pixel.
     const auto cd =
         matrixOf({number("RollAngle"), number("ArcsecPerPixelHoriz"), number("ArcsecPerPixelVert")});
-    const TangentWcs drawn = test::wcsFor(800, 600, kCentre, kScale, 35, false);
-    const TangentWcs told{place(), {399.5, 299.5}, {cd[0], cd[1], cd[2], cd[3]}};
+    const sky::TangentWcs drawn = test::wcsFor(800, 600, kCentre, kScale, 35, false);
+    const sky::TangentWcs told{place(), {399.5, 299.5}, {cd[0], cd[1], cd[2], cd[3]}};
     for (const PixelPosition corner : {PixelPosition{0, 0}, PixelPosition{799, 599}, PixelPosition{799, 0}}) {
         EXPECT_LT(
             separationDeg(told.toSky(corner), ofDate.fromCatalogue(drawn.toSky(corner))) * 3600 / kScale,
@@ -138,7 +142,7 @@ TEST_F(PinPointPlateTest, WritesItsSolutionAndStartsFromItNextTime) {
     EXPECT_TRUE(other.get("WCSValid").toBool());
     EXPECT_NEAR(other.get("RightAscension").toDouble() * 15, kCentre.ra, 3e-4);
     EXPECT_NEAR(other.get("ArcsecPerPixelHoriz").toDouble(), kScale, 2e-3);
-    const auto header = FitsImage::open(file()).header();
+    const auto header = fits::FitsImage::open(file()).header();
     EXPECT_EQ(header.number("EQUINOX"), 2000);
     EXPECT_NEAR(header.number("CRVAL1").value_or(0), kCentre.ra, 3e-4);
 }
@@ -169,8 +173,8 @@ TEST_F(PinPointPlateTest, SaysWhichCatalogueItUsesAndRefusesEmptyFolders) {
     }
     // Another folder with a copy of the file will do.
     std::filesystem::create_directories(folder_ / "d" / "Tycho");
-    std::filesystem::create_symlink(std::filesystem::path(builtIn) / kTychoFileName,
-                                    folder_ / "d" / "Tycho" / kTychoFileName);
+    std::filesystem::create_symlink(std::filesystem::path(builtIn) / sky::kTychoFileName,
+                                    folder_ / "d" / "Tycho" / sky::kTychoFileName);
     plate_.put("CatalogPath", R"(D:\Tycho)");
     EXPECT_GT(catalogStars(), 50);
 }
@@ -244,7 +248,7 @@ TEST_F(PinPointPlateTest, ReachesAStartAFieldOffButNotThree) {
         const SkyPosition centre{200, dec};
         drawAndAttach({}, centre, 160 + dec, dec > 0);
         const auto off = [&](double east, double north) {
-            start(fromTangentPlane({east, north}, centre), kScale * 1.03);
+            start(sky::fromTangentPlane({east, north}, centre), kScale * 1.03);
             return solve();
         };
         EXPECT_TRUE(off(0.8, 0)) << dec;

@@ -7,15 +7,19 @@
 
 #include <gtest/gtest.h>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "fits/fits_image.h"
+#include "sky/tycho_catalog.h"
 #include "support/star_field.h"
 
 namespace vantrel::observatory {
 namespace {
 
-const TychoCatalog& stars() {
-    static const auto catalog = TychoCatalog::openBuiltIn();
+using fits::FitsImage;
+using sky::fromTangentPlane;
+using sky::SkyPosition;
+
+const sky::TychoCatalog& stars() {
+    static const auto catalog = sky::TychoCatalog::openBuiltIn();
     return *catalog;
 }
 
@@ -40,7 +44,8 @@ std::optional<PlateSolution> solve(const test::StarField& field, const Start& st
 }
 
 double offPixels(const test::StarField& field, const PlateSolution& solution) {
-    return separationDeg(solution.centre, field.wcs.reference) / std::hypot(field.wcs.cd[0], field.wcs.cd[2]);
+    return sky::separationDeg(solution.centre, field.wcs.reference) /
+           std::hypot(field.wcs.cd[0], field.wcs.cd[2]);
 }
 
 test::StarField fieldOf(SkyPosition centre, double scale, double turn, bool mirrored) {
@@ -74,9 +79,9 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
         EXPECT_GT(solution->orientation.scaleX, 0);
         EXPECT_NEAR(std::remainder(solution->orientation.rollDeg - turn, 360), 0, 0.05) << i;
         const auto cd = matrixOf(solution->orientation);
-        const TangentWcs told{solution->centre, {449.5, 339.5}, {cd[0], cd[1], cd[2], cd[3]}};
-        for (const PixelPosition pixel : {PixelPosition{0, 0}, {899, 0}, {200, 679}})
-            EXPECT_LT(separationDeg(told.toSky(pixel), field.wcs.toSky(pixel)) * 3600 / scale, 0.7) << i;
+        const sky::TangentWcs told{solution->centre, {449.5, 339.5}, {cd[0], cd[1], cd[2], cd[3]}};
+        for (const sky::PixelPosition pixel : {sky::PixelPosition{0, 0}, {899, 0}, {200, 679}})
+            EXPECT_LT(sky::separationDeg(told.toSky(pixel), field.wcs.toSky(pixel)) * 3600 / scale, 0.7) << i;
     }
     std::sort(errors.begin(), errors.end());
     EXPECT_LT(errors[errors.size() / 2], 0.15);

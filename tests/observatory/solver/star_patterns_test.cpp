@@ -6,9 +6,9 @@
 
 #include <gtest/gtest.h>
 
-#include "observatory/sky/tangent_wcs.h"
-#include "observatory/sky/tycho_distribution.h"
 #include "observatory/solver/pattern_store.h"
+#include "sky/tangent_wcs.h"
+#include "sky/tycho_distribution.h"
 #include "support/list_catalog.h"
 #include "support/refusal.h"
 #include "support/star_field.h"
@@ -17,20 +17,25 @@
 namespace vantrel::observatory {
 namespace {
 
+using sky::CatalogStar;
+using sky::kDegree;
+using sky::separation;
+using sky::SkyPosition;
+
 constexpr std::uint32_t kId = 77;
 
-Vector3 directionTo(SkyPosition p) { return direction(p.ra * kDegree, p.dec * kDegree); }
+sky::Vector3 directionTo(SkyPosition p) { return sky::direction(p.ra * kDegree, p.dec * kDegree); }
 
 float chordOf(SkyPosition a, SkyPosition b) {
-    return static_cast<float>(2 * std::sin(separationDeg(a, b) / 2 * kDegree));
+    return static_cast<float>(2 * std::sin(sky::separationDeg(a, b) / 2 * kDegree));
 }
 
 /// Four stars, the faintest in the midst of the others, with its place at the given one.
 std::vector<CatalogStar> fourStars(SkyPosition middle) {
     std::vector<CatalogStar> stars;
     double magnitude = 5;
-    for (const PlanePosition at : {PlanePosition{0.7, 0.1}, {-0.4, 0.6}, {-0.2, -0.9}, {0, 0}}) {
-        const SkyPosition p = fromTangentPlane(at, middle);
+    for (const sky::PlanePosition at : {sky::PlanePosition{0.7, 0.1}, {-0.4, 0.6}, {-0.2, -0.9}, {0, 0}}) {
+        const SkyPosition p = sky::fromTangentPlane(at, middle);
         stars.push_back({p.ra, p.dec, magnitude});
         magnitude += 1;
     }
@@ -180,11 +185,11 @@ TEST_F(PatternFile, IsRefusedWhenItIsNotAsItWasWritten) {
 
 TEST(PatternStore, MakesOnceAndMendsWhatIsDamaged) {
     const test::TempFolder folder;
-    std::vector<MovingStar> stars;
+    std::vector<sky::MovingStar> stars;
     for (const CatalogStar& s : randomStars(200, 8))
         stars.push_back({s.raDeg, s.decDeg, s.magnitude + 1, 0, 0});
-    writeTychoCatalog(folder / kTychoFileName, stars, 2026);
-    const TychoCatalog catalog(folder / kTychoFileName);
+    sky::writeTychoCatalog(folder / sky::kTychoFileName, stars, 2026);
+    const sky::TychoCatalog catalog(folder / sky::kTychoFileName);
     const auto cache = folder / "deep/cache";
     std::vector<std::string> told;
     const auto patterns = [&](const std::filesystem::path& place) {

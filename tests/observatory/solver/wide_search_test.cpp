@@ -4,20 +4,22 @@
 
 #include <gtest/gtest.h>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "fits/fits_image.h"
+#include "sky/tycho_catalog.h"
 #include "support/list_catalog.h"
 #include "support/star_field.h"
 
 namespace vantrel::observatory {
 namespace {
 
+using sky::SkyPosition;
+
 /// A sky of its own, small enough that its patterns are made in no time: 12,000 stars down to magnitude 8,
 /// ten times as many with each 2.2 magnitudes.
 const test::ListCatalog& sky() {
     static const test::ListCatalog catalog = [] {
         std::mt19937 random(90);
-        std::vector<CatalogStar> stars;
+        std::vector<sky::CatalogStar> stars;
         for (int i = 1; i <= 12'000; ++i) {
             const SkyPosition p = test::anywhere(random);
             stars.push_back({p.ra, p.dec, 8 + 2.2 * std::log10(i / 12'000.0)});
@@ -48,7 +50,7 @@ struct Seen {
 
 Seen seen(const test::StarField& field, double scale) {
     const auto counts = test::drawField(&sky(), field);
-    const FitsImage image(field.width, field.height, std::vector<float>(counts.begin(), counts.end()));
+    const fits::FitsImage image(field.width, field.height, std::vector<float>(counts.begin(), counts.end()));
     Seen result{findStars(image, {}), {}};
     result.geometry = {static_cast<double>(field.width), static_cast<double>(field.height), scale, scale,
                        result.list.binning};
@@ -78,7 +80,7 @@ TEST(SearchWide, FindsFieldsWithoutKnowingWhere) {
         const Seen image = seen(field, scale * (1 + c.scaleError));
         const auto found = searchWide(image.geometry, image.list.stars, patterns(), sky(), {});
         ASSERT_TRUE(found) << c.why;
-        EXPECT_LT(separationDeg(found->plate.centre, c.centre) * 3600, 0.5 * scale) << c.why;
+        EXPECT_LT(sky::separationDeg(found->plate.centre, c.centre) * 3600, 0.5 * scale) << c.why;
         EXPECT_EQ(found->plate.mirrored(), c.mirrored) << c.why;
         EXPECT_NEAR(found->plate.orientation.scaleX / scale, 1, 0.002) << c.why;
     }
@@ -90,7 +92,7 @@ TEST(SearchWide, TriesAllScalesWhenNoneIsKnown) {
         const Seen image = seen(field, 1);
         const auto found = searchWideAnyScale(image.geometry, image.list.stars, patterns(), sky(), {});
         ASSERT_TRUE(found) << width;
-        EXPECT_LT(separationDeg(found->plate.centre, {140, 35}), 0.01) << width;
+        EXPECT_LT(sky::separationDeg(found->plate.centre, {140, 35}), 0.01) << width;
     }
 }
 

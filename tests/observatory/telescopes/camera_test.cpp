@@ -9,6 +9,9 @@
 namespace vantrel::observatory {
 namespace {
 
+using sky::kDegree;
+using sky::PixelPosition;
+
 class CameraTest : public testing::Test {
   protected:
     CameraTest() {
@@ -23,12 +26,12 @@ class CameraTest : public testing::Test {
         const Pointing at = mount_.pointing();
         const double u = std::tan(up * kDegree);
         const double e = std::tan(east * kDegree);
-        Vector3 seen;
+        sky::Vector3 seen;
         for (std::size_t i = 0; i < 3; ++i) seen[i] = at.ahead[i] + u * at.up[i] + e * at.east[i];
-        const SkyOfDate sky(time_.utc());
-        const HourAnglePosition there = hourAnglePosition(normalized(seen));
+        const sky::SkyOfDate sky(time_.utc());
+        const HourAnglePosition there = hourAnglePosition(sky::normalized(seen));
         const double ra = 15 * sky.siderealTime(mount_.settings().longitude) - there.hourAngle;
-        const SkyPosition place = sky.catalogue(SkyPosition{ra, there.declination});
+        const sky::SkyPosition place = sky.catalogue(sky::SkyPosition{ra, there.declination});
         stars_.push_back({place.ra, place.dec, magnitude});
     }
 
@@ -49,7 +52,7 @@ class CameraTest : public testing::Test {
     platform::VirtualTime time_{platform::parseInstant("2026-11-24T20:00:00Z").value()};
     NoiseSource noise_{1};
     Mount mount_{time_, noise_};
-    std::vector<CatalogStar> stars_;
+    std::vector<sky::CatalogStar> stars_;
     Camera camera_{mount_, noise_, [this] { return std::make_shared<test::ListCatalog>(stars_); }};
 };
 

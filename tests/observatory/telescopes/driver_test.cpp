@@ -7,11 +7,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "observatory/sky/fits_image.h"
-#include "observatory/sky/tycho_catalog.h"
+#include "fits/fits_image.h"
 #include "observatory/telescopes/axis_simulator.h"
 #include "platform/image_array.h"
 #include "platform/queued_event_loop.h"
+#include "sky/tycho_catalog.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
 
@@ -46,7 +46,7 @@ class DriverTest : public testing::Test {
     std::vector<std::string> setups_;
     AxisSimulator driver_{
         {"AxisSimulator.Telescope", "Axis", "A mount with an axis"},
-        std::make_shared<AxisSimulatorDevice>(loop_, noise_, [] { return TychoCatalog::openBuiltIn(); }),
+        std::make_shared<AxisSimulatorDevice>(loop_, noise_, [] { return sky::TychoCatalog::openBuiltIn(); }),
         [this](const std::string& progId) { setups_.push_back(progId); },
         folders_};
 };
@@ -156,14 +156,14 @@ TEST_F(DriverTest, TakesAndSavesPicturesOfTheBuiltInStars) {
     EXPECT_LT(std::count_if(counts.begin(), counts.end(), [](std::uint16_t c) { return c > 300; }), 14'000);
 
     driver_.call("SaveImageToFile", {R"(C:\SavedImage.fit)"});
-    const FitsImage saved = FitsImage::open(drives_ / "c/SavedImage.fit");
+    const fits::FitsImage saved = fits::FitsImage::open(drives_ / "c/SavedImage.fit");
     ASSERT_EQ(saved.width(), 1392U);
     ASSERT_EQ(saved.height(), 1000U);
     EXPECT_FALSE(saved.bottomUp());
     std::vector<float> row(1392);
     saved.readRows(701, row);
     for (std::size_t x = 0; x < 1392; ++x) ASSERT_EQ(row[x], image->at(x, 701)) << x;
-    const FitsHeader& header = saved.header();
+    const fits::FitsHeader& header = saved.header();
     for (const auto& [name, text] : {std::pair{"DATE-OBS", "2026-11-24T20:00:00.000"},
                                      {"OBJCTDEC", "+40 00 00"},
                                      {"SITELONG", "+10 00 00"},

@@ -11,6 +11,9 @@
 namespace vantrel::observatory {
 namespace {
 
+using sky::Vector3;
+using sky::operator*;
+
 class MountTest : public testing::Test {
   protected:
     void pass(double seconds) { loop_.sleep(platform::Milliseconds{static_cast<long>(seconds * 1000)}); }
@@ -72,7 +75,7 @@ TEST_F(MountTest, SyncMovesTheOffsetsAndNotTheMount) {
     EXPECT_NEAR(mount_.reading().declination, told.declination, 1e-9);
     EXPECT_NEAR(mount_.settings().hourAngleOffset, 0.2, 1e-6);
     EXPECT_NEAR(mount_.settings().declinationOffset, -0.5, 1e-9);
-    EXPECT_LT(separation(mount_.pointing().ahead, before), 1e-9);
+    EXPECT_LT(sky::separation(mount_.pointing().ahead, before), 1e-9);
 }
 
 TEST_F(MountTest, TracksItsStarAndStandsStillOtherwise) {
@@ -125,7 +128,7 @@ TEST_F(MountTest, PointingNoiseIsTheDistanceThatSlewsEndOff) {
     for (int i = 0; i < kSlews; ++i) {
         slew(i % 2 == 0 ? 1 : 1.1, 60);
         const Vector3 said = hourAngleDirection(15 * readHourAngle(), mount_.reading().declination);
-        squares += std::pow(separation(said, mount_.pointing().ahead) * 3600, 2);
+        squares += std::pow(sky::separation(said, mount_.pointing().ahead) * 3600, 2);
     }
     EXPECT_NEAR(std::sqrt(squares / kSlews), 30, 3);  // 400 pairs: 2.5% standard error, seed fixed
 }

@@ -1,0 +1,66 @@
+#include "fits/header_wcs.h"
+
+#include <cmath>
+
+#include "sky/vector3.h"
+
+namespace vantrel::fits {
+
+using sky::TangentWcs;
+
+std::optional<TangentWcs> wcsFromHeader(const FitsHeader& header, double height, bool bottomUp) {
+    const auto type1 = header.text("CTYPE1");
+    const auto type2 = header.text("CTYPE2");
+    if (!type1 || !type2 || !type1->starts_with("RA---TAN") || !type2->starts_with("DEC--TAN"))
+        return std::nullopt;
+    const auto ra = header.number("CRVAL1");
+    const auto dec = header.number("CRVAL2");
+    const auto x = header.number("CRPIX1");
+    const auto y = header.number("CRPIX2");
+    if (!ra || !dec || !x || !y || std::abs(*dec) > 90) return std::nullopt;
+
+    TangentWcs wcs{{*ra, *dec}, {*x - 1, bottomUp ? height - *y : *y - 1}};
+    const auto step1 = header.number("CDELT1");
+    const auto step2 = header.number("CDELT2");
+    if (header.number("CD1_1") || header.number("CD1_2")) {
+        const char* keywords[] = {"CD1_1", "CD1_2", "CD2_1", "CD2_2"};
+        for (int i = 0; i < 4; ++i) wcs.cd[i] = header.number(keywords[i]).value_or(0);
+    } else if (step1 && step2) {
+        const double turn = header.number("CROTA2").value_or(0) * sky::kDegree;
+        const bool matrix = header.number("PC1_1") || header.number("PC1_2") || header.number("PC2_1");
+        wcs.cd[0] = *step1 * (matrix ? header.number("PC1_1").value_or(1) : std::cos(turn));
+        wcs.cd[1] = matrix ? *step1 * header.number("PC1_2").value_or(0) : -*step2 * std::sin(turn);
+        wcs.cd[2] = matrix ? *step2 * header.number("PC2_1").value_or(0) : *step1 * std::sin(turn);
+        wcs.cd[3] = *step2 * (matrix ? header.number("PC2_2").value_or(1) : std::cos(turn));
+    } else {
+        return std::nullopt;
+    }
+    if (bottomUp) {
+        wcs.cd[1] = -wcs.cd[1];
+        wcs.cd[3] = -wcs.cd[3];
+    }
+    const double det = wcs.cd[0] * wcs.cd[3] - wcs.cd[1] * wcs.cd[2];
+    if (!(std::abs(det) > 1e-16) || std::abs(det) > 100) return std::nullopt;
+    return wcs;
+}
+
+std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp) {
+    const double down = bottomUp ? -1 : 1;
+    return {{"CTYPE1", "RA---TAN", "gnomonic projection"},
+            {"CTYPE2", "DEC--TAN", "gnomonic projection"},
+            {"CUNIT1", "deg"},
+            {"CUNIT2", "deg"},
+            {"CRVAL1", wcs.reference.ra, "right ascension of the reference pixel"},
+            {"CRVAL2", wcs.reference.dec, "declination of the reference pixel"},
+            {"CRPIX1", wcs.referencePixel.x + 1, "reference pixel, column"},
+            {"CRPIX2", bottomUp ? height - wcs.referencePixel.y : wcs.referencePixel.y + 1,
+             "reference pixel, row"},
+            {"CD1_1", wcs.cd[0], "degrees per pixel"},
+            {"CD1_2", wcs.cd[1] * down, "degrees per pixel"},
+            {"CD2_1", wcs.cd[2], "degrees per pixel"},
+            {"CD2_2", wcs.cd[3] * down, "degrees per pixel"},
+            {"EQUINOX", 2000.0, "equinox of the world coordinates"},
+            {"RADESYS", "ICRS", "frame of the world coordinates"}};
+}
+
+}  // namespace vantrel::fits

@@ -1,0 +1,80 @@
+// Tycho-2 (Høg et al. 2000, A&A 355, L27) in one compact file.
+//
+// The file holds 2.55 million stars in small cells of sky: bands of half a degree in declination, each cut
+// into cells of about the same width, stars of a cell brightest first. Positions stand at one epoch, to
+// 0.13"; stars that move 50 mas a year or more have their proper motion in a table. The file is mapped, not
+// loaded.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "sky/mapped_file.h"
+#include "sky/star_catalog.h"
+
+namespace vantrel::sky {
+
+inline constexpr const char* kTychoFileName = "tycho2_compact.bin";
+
+class TychoCatalog : public StarCatalog {
+  public:
+    /// Opens the compact file. Checks header, sizes and tables, but not the check sum (see verify). Throws
+    /// CatalogError with one line that says what is wrong.
+    explicit TychoCatalog(const std::filesystem::path& file);
+
+    /// The catalogue that comes with the program: looked for in ../share/vantrel beside the program's folder,
+    /// in /usr/share/vantrel, and in the source tree. Throws CatalogError when it is in none of them.
+    static std::shared_ptr<const TychoCatalog> openBuiltIn();
+
+    std::vector<CatalogStar> cone(const ConeQuery& query) const override;
+    std::filesystem::path folder() const override { return path_.parent_path(); }
+
+    std::uint32_t starCount() const { return starCount_; }
+    /// Of the file's contents, as the file tells it: what is made of the catalogue is known by it.
+    std::uint32_t checksum() const { return checksum_; }
+
+    /// Reads the whole file and compares its check sum: true when the file is as it was written.
+    bool verify() const;
+
+  private:
+    struct Band {
+        std::uint32_t cells = 0;
+        std::uint32_t firstCell = 0;
+        std::uint32_t firstStar = 0;
+    };
+
+    void readHeader();
+    void readTables();
+    template <typename Visit>
+    void visitCells(const ConeQuery& query, Visit&& visit) const;
+    int faintestStep(const ConeQuery& query) const;
+    int faintestStepFor(const ConeQuery& query, std::size_t wanted, int limit) const;
+    void collect(const ConeQuery& query, int faintest, std::vector<CatalogStar>& stars) const;
+    CatalogStar star(std::uint32_t index, std::uint32_t band, std::uint32_t cell, double epoch) const;
+
+    std::filesystem::path path_;
+    MappedFile file_;
+    std::uint32_t starCount_ = 0;
+    std::uint32_t cellCount_ = 0;
+    std::uint32_t bandCount_ = 0;
+    std::uint32_t motionCount_ = 0;
+    std::uint32_t gapBytes_ = 0;
+    std::uint32_t checksum_ = 0;
+    double bandHeightDeg_ = 0;
+    double epochYear_ = 0;
+    double magnitudeZero_ = 0;
+    double magnitudeStep_ = 0;
+    const unsigned char* cellSizes_ = nullptr;
+    const unsigned char* records_ = nullptr;
+    const unsigned char* motions_ = nullptr;
+    std::vector<Band> bands_;
+    std::vector<std::uint32_t> movingStars_;  ///< record indices of the stars in the motion table, rising
+};
+
+/// CRC-32 as in ISO 3309 (polynomial 0xEDB88320), which guards the compact file.
+std::uint32_t crc32(std::span<const std::byte> bytes);
+
+}  // namespace vantrel::sky

@@ -1,0 +1,48 @@
+#include "sky/focal_plane.h"
+
+#include <gtest/gtest.h>
+
+namespace vantrel::sky {
+namespace {
+
+// The camera looks along x; up is z, east is y.
+constexpr Vector3 kAxis{1, 0, 0};
+constexpr Vector3 kUp{0, 0, 1};
+constexpr Vector3 kEast{0, 1, 0};
+
+TEST(FocalPlane, OrientationsAsLookedAtWithRowZeroOnTop) {
+    const struct {
+        double rotation;
+        bool mirrored;
+        double upX, upY, eastX, eastY;  // unit steps in columns and rows
+        const char* why;
+    } cases[] = {
+        {0, false, 0, -1, -1, 0, "up on top, east on the left"},
+        {90, false, 1, 0, 0, -1, "east on top, so up is on the right"},
+        {180, false, 0, 1, 1, 0, "upside down"},
+        {-90, false, -1, 0, 0, 1, "west on top"},
+        {0, true, 0, -1, 1, 0, "mirrored: east on the right"},
+        {90, true, -1, 0, 0, -1, "mirrored after the rotation"},
+    };
+    for (const auto& c : cases) {
+        const FocalPlane plane(kAxis, kUp, kEast, {0.001, 101, 51, c.rotation, c.mirrored});
+        const double step = std::tan(0.02 * kDegree) / (0.001 * kDegree);  // 20 pixels
+        const auto up = plane.pixel(direction(0, 0.02 * kDegree));
+        const auto east = plane.pixel(direction(0.02 * kDegree, 0));
+        ASSERT_TRUE(up && east);
+        EXPECT_NEAR(up->x, 50 + c.upX * step, 1e-9) << c.why;
+        EXPECT_NEAR(up->y, 25 + c.upY * step, 1e-9) << c.why;
+        EXPECT_NEAR(east->x, 50 + c.eastX * step, 1e-9) << c.why;
+        EXPECT_NEAR(east->y, 25 + c.eastY * step, 1e-9) << c.why;
+    }
+}
+
+TEST(FocalPlane, SeesNothingBehindAndKnowsItsCorners) {
+    const FocalPlane plane(kAxis, kUp, kEast, {1, 60, 80, 0, false});
+    EXPECT_FALSE(plane.pixel({-1, 0, 0}));
+    EXPECT_FALSE(plane.pixel({0, 1, 0}));
+    EXPECT_NEAR(plane.cornerDistance(), std::atan(50 * kDegree) / kDegree, 1e-9);
+}
+
+}  // namespace
+}  // namespace vantrel::sky
