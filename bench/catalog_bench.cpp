@@ -6,14 +6,14 @@
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 
+#include "catalogs/distributions.h"
 #include "full_size_trees.h"
-#include "observatory/catalogs/distributions.h"
 
 namespace vantrel::bench {
 namespace {
 
-using observatory::CatalogFolder;
-using observatory::FoundCatalog;
+using catalogs::CatalogFolder;
+using catalogs::FoundCatalog;
 
 struct Tree {
     const char* name;
@@ -23,16 +23,16 @@ struct Tree {
 
 const std::vector<Tree>& trees() {
     static const std::vector<Tree> all = {
-        {"gsc", writeGuideStars, observatory::openGuideStars},
-        {"tycho2", writeTycho2, observatory::openTycho2},
-        {"usno_a", writeUsnoA, observatory::openUsnoA},
-        {"usno_b", writeUsnoB, observatory::openUsnoB},
-        {"ucac2", writeUcac2, observatory::openUcac2},
-        {"ucac4", writeUcac4, observatory::openUcac4},
+        {"gsc", writeGuideStars, catalogs::openGuideStars},
+        {"tycho2", writeTycho2, catalogs::openTycho2},
+        {"usno_a", writeUsnoA, catalogs::openUsnoA},
+        {"usno_b", writeUsnoB, catalogs::openUsnoB},
+        {"ucac2", writeUcac2, catalogs::openUcac2},
+        {"ucac4", writeUcac4, catalogs::openUcac4},
         {"cells_1476", [](const fs::path& root) { writeCells(root, "1476", 8000); },
-         observatory::openCellDatabase},
+         catalogs::openCellDatabase},
         {"cells_290", [](const fs::path& root) { writeCells(root, "290", 4000); },
-         observatory::openCellDatabase},
+         catalogs::openCellDatabase},
     };
     return all;
 }

@@ -30,7 +30,7 @@ struct Desk {
     qt::Theme theme;
     qt::Barrier barrier{[](const std::string& text) { throw std::runtime_error(text); }};
     platform::MemorySettings settings;
-    observatory::OpenDocuments documents;
+    imaging::OpenDocuments documents;
     qt::ImageWindow window{documents, settings, {loop, theme, barrier}};
     QImage screen{1920, 1080, QImage::Format_RGB32};
 
@@ -40,7 +40,7 @@ struct Desk {
         draw();
     }
     void arrive(platform::ImageRef pixels) {
-        observatory::ImageDocument document;
+        imaging::ImageDocument document;
         document.pixels = std::move(pixels);
         documents.replaceCurrent(std::move(document));
     }
@@ -73,7 +73,7 @@ void stretch(benchmark::State& state) {
     Desk desk(frame<std::uint16_t>());
     double white = 2000;
     for (auto _ : state) {
-        desk.documents.setStretch(desk.documents.current(), observatory::Stretch{900, white});
+        desk.documents.setStretch(desk.documents.current(), imaging::Stretch{900, white});
         white += 1;
         desk.draw();
     }

@@ -10,10 +10,10 @@
 
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
-#include "observatory/solver/image_reduction.h"
-#include "observatory/solver/plate_solver.h"
-#include "observatory/solver/source_extractor.h"
 #include "sky/tycho_catalog.h"
+#include "solver/image_reduction.h"
+#include "solver/plate_solver.h"
+#include "solver/source_extractor.h"
 #include "support/star_field.h"
 
 namespace {
@@ -21,7 +21,7 @@ namespace {
 using namespace vantrel;
 using namespace vantrel::sky;
 using namespace vantrel::fits;
-using namespace vantrel::observatory;
+using namespace vantrel::solver;
 
 constexpr double kWidthDeg = 1.4;
 

@@ -17,11 +17,11 @@
 
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
-#include "observatory/solver/pattern_store.h"
-#include "observatory/solver/plate_solver.h"
-#include "observatory/solver/wide_search.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
+#include "solver/pattern_store.h"
+#include "solver/plate_solver.h"
+#include "solver/wide_search.h"
 #include "support/list_catalog.h"
 #include "support/star_field.h"
 
@@ -30,7 +30,7 @@ namespace {
 using namespace vantrel;
 using namespace vantrel::sky;
 using namespace vantrel::fits;
-using namespace vantrel::observatory;
+using namespace vantrel::solver;
 
 struct Trial {
     test::StarField field;

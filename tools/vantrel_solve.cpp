@@ -17,24 +17,25 @@
 
 #include <nlohmann/json.hpp>
 
+#include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
-#include "observatory/catalogs/http_downloads.h"
-#include "observatory/solver/catalog_choice.h"
-#include "observatory/solver/exposure_facts.h"
-#include "observatory/solver/pattern_store.h"
-#include "observatory/solver/plate_solver.h"
-#include "observatory/solver/wide_search.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
+#include "solver/catalog_choice.h"
+#include "solver/exposure_facts.h"
+#include "solver/pattern_store.h"
+#include "solver/plate_solver.h"
+#include "solver/wide_search.h"
 
 namespace {
 
 using namespace vantrel;
 using namespace vantrel::sky;
 using namespace vantrel::fits;
-using namespace vantrel::observatory;
+using namespace vantrel::catalogs;
+using namespace vantrel::solver;
 
 constexpr const char* kUsage =
     "usage: vantrel-solve FILE [--ra HOURS --dec DEG] [--scale ARCSEC_PER_PX] [--radius DEG]\n"

@@ -20,7 +20,7 @@ std::filesystem::path machinePath(const FolderMap& folders, const std::string& p
 
 }  // namespace
 
-void saveShownImage(const observatory::OpenDocuments& documents, const FolderMap& folders,
+void saveShownImage(const imaging::OpenDocuments& documents, const FolderMap& folders,
                     const std::string& path) {
     const auto shown = documents.current();
     if (!shown) throw CommandError("No imaging program shows an image");

@@ -11,7 +11,7 @@
 #include "headless/operator_actions.h"
 #include "headless/scripted_dialogs.h"
 #include "headless/wait_condition.h"
-#include "observatory/imaging/open_documents.h"
+#include "imaging/open_documents.h"
 #include "platform/class_registry.h"
 #include "platform/folder_map.h"
 #include "platform/queued_event_loop.h"
@@ -42,7 +42,7 @@ struct CommandTargets {
     platform::ClassRegistry& classes;
     const platform::FolderMap& folders;
     ScriptedDialogs& dialogs;
-    const observatory::OpenDocuments& images;
+    const imaging::OpenDocuments& images;
 };
 
 class OperatorCommands {

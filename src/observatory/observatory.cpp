@@ -4,9 +4,9 @@
 
 #include "helpers/profile_object.h"
 #include "helpers/util_object.h"
-#include "observatory/solver/pin_point_plate.h"
 #include "observatory/test_image.h"
 #include "sky/tycho_catalog.h"
+#include "solver/pin_point_plate.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -36,11 +36,11 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
     axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, noise_, seams_.stars);
     scopeSimCamera_ = std::make_unique<Camera>(scopeSim_->mount, noise_, seams_.stars);
     simulatedCamera_ = std::make_unique<SimulatedCamera>(loop_, pictures());
-    imaging_ = std::make_unique<ImagingPrograms>(loop_, folders_,
-                                                 seams_.desktop != nullptr ? *seams_.desktop : ownDesktop_,
-                                                 *simulatedCamera_, seams_.stars);
-    axisSimulator_->onPicture = [this](const Picture& picture) {
-        showPicture(imaging_->documents(), picture);
+    imaging_ = std::make_unique<imaging::ImagingPrograms>(
+        loop_, folders_, seams_.desktop != nullptr ? *seams_.desktop : ownDesktop_, *simulatedCamera_,
+        seams_.stars);
+    axisSimulator_->onPicture = [this](const imaging::Picture& picture) {
+        imaging::showPicture(imaging_->documents(), picture);
     };
 }
 
@@ -55,7 +55,7 @@ PictureSource Observatory::pictures() {
 }
 
 /// A sky that stands still under a real mount would be measured, and mean nothing.
-Picture Observatory::expose(const Shot& shot) {
+imaging::Picture Observatory::expose(const Shot& shot) {
     if (seams_.mountIsReal && seams_.mountIsReal())
         throw std::runtime_error(
             "The simulated camera doesn't see a real mount's sky: choose the built-in camera program and a "
@@ -116,11 +116,12 @@ void Observatory::installTelescopes(platform::ClassRegistry& classes) {
 
 void Observatory::installSolver(platform::ClassRegistry& classes) {
     const auto create = [this] {
-        NetworkAccess network{seams_.downloads, seams_.downloadCache, [this] {
-                                  loop_.yield();
-                                  return !seams_.stopping || !seams_.stopping();
-                              }};
-        return std::make_shared<PinPointPlate>(loop_.clock(), folders_, seams_.stars, std::move(network));
+        catalogs::NetworkAccess network{seams_.downloads, seams_.downloadCache, [this] {
+                                            loop_.yield();
+                                            return !seams_.stopping || !seams_.stopping();
+                                        }};
+        return std::make_shared<solver::PinPointPlate>(loop_.clock(), folders_, seams_.stars,
+                                                       std::move(network));
     };
     classes.install("PinPoint.Plate", {create, std::string(kFolder) + "PinPoint.dll", "", ""});
 }

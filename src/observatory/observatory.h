@@ -6,9 +6,9 @@
 #include <functional>
 #include <memory>
 
+#include "catalogs/downloads.h"
 #include "helpers/chooser_object.h"
-#include "observatory/catalogs/downloads.h"
-#include "observatory/imaging/imaging_programs.h"
+#include "imaging/imaging_programs.h"
 #include "observatory/telescopes/axis_simulator.h"
 #include "observatory/telescopes/noise.h"
 #include "observatory/telescopes/simulated_camera.h"
@@ -32,9 +32,10 @@ struct ObservatorySeams {
     std::shared_ptr<platform::SettingsRoot> profile;
     sky::CatalogSource stars;
     platform::DesktopWindows* desktop = nullptr;
-    std::shared_ptr<Downloads> downloads;  ///< without them catalogues of the network can't be asked
-    std::filesystem::path downloadCache;   ///< folder for what was downloaded; empty keeps nothing
-    std::function<bool()> stopping;        ///< true when a download isn't to be waited for any longer
+    /// Without them catalogues of the network can't be asked.
+    std::shared_ptr<catalogs::Downloads> downloads;
+    std::filesystem::path downloadCache;  ///< folder for what was downloaded; empty keeps nothing
+    std::function<bool()> stopping;       ///< true when a download isn't to be waited for any longer
 };
 
 /// Owns the devices. Must outlive the registry that it installs its classes in, and the objects of these.
@@ -52,7 +53,7 @@ class Observatory {
     void provideTestImage(const std::string& folder) const;
 
     /// The imaging programs; their documents also show the pictures of the simulator's own camera.
-    ImagingPrograms& imaging() { return *imaging_; }
+    imaging::ImagingPrograms& imaging() { return *imaging_; }
 
     /// Opens the first imaging program, unless the operator's stored choice is the second: so that a first
     /// start finds a program open and asks nothing.
@@ -63,7 +64,7 @@ class Observatory {
     void installTelescopes(platform::ClassRegistry& classes);
     void installSolver(platform::ClassRegistry& classes);
     PictureSource pictures();
-    Picture expose(const Shot& shot);
+    imaging::Picture expose(const Shot& shot);
 
     platform::EventLoop& loop_;
     const platform::FolderMap& folders_;
@@ -74,7 +75,7 @@ class Observatory {
     std::unique_ptr<Camera> scopeSimCamera_;
     std::unique_ptr<SimulatedCamera> simulatedCamera_;
     platform::DesktopWindows ownDesktop_;
-    std::unique_ptr<ImagingPrograms> imaging_;
+    std::unique_ptr<imaging::ImagingPrograms> imaging_;
 };
 
 }  // namespace vantrel::observatory

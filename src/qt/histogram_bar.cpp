@@ -19,7 +19,7 @@ constexpr std::array kMoves = {QT_TRANSLATE_NOOP("Text", "Moves the black point"
 
 }  // namespace
 
-HistogramBar::HistogramBar(observatory::ShownImage& image, const Barrier& barrier)
+HistogramBar::HistogramBar(imaging::ShownImage& image, const Barrier& barrier)
     : image_(image), barrier_(barrier) {
     setObjectName("histogram");
     setAccessibleName(Text::tr("Histogram and stretch"));
@@ -42,13 +42,13 @@ void HistogramBar::measure() {
     const int bins = std::max(1, chart().width() / 2);
     if (pixels && measured_.lock() == pixels && bins_.size() == static_cast<std::size_t>(bins)) return;
     measured_ = pixels;
-    axis_ = observatory::HistogramAxis(image_.statistics());
-    bins_ = observatory::histogramOf(image_.statistics(), axis_, bins);
+    axis_ = imaging::HistogramAxis(image_.statistics());
+    bins_ = imaging::histogramOf(image_.statistics(), axis_, bins);
 }
 
 double HistogramBar::placeOf(Handle handle) {
     measure();
-    const observatory::ShownStretch stretch = image_.stretch();
+    const imaging::ShownStretch stretch = image_.stretch();
     switch (handle) {
         case kBlack:
             return axis_.place(stretch.black);
@@ -72,7 +72,7 @@ void HistogramBar::moveTo(Handle handle, double place) {
     constexpr double kApart = 0.004;
     if (!image_.pixels()) return;
     measure();
-    observatory::ShownStretch stretch = image_.stretch();
+    imaging::ShownStretch stretch = image_.stretch();
     const double black = axis_.place(stretch.black);
     const double white = axis_.place(stretch.white);
     if (handle == kBlack) {

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
-#include "observatory/imaging/histogram.h"
-#include "observatory/imaging/shown_image.h"
+#include "imaging/histogram.h"
+#include "imaging/shown_image.h"
 #include "qt/barrier.h"
 
 namespace vantrel::qt {
@@ -16,7 +16,7 @@ namespace vantrel::qt {
 /// and right move it. A double click makes the stretch automatic again.
 class HistogramBar : public QWidget {
   public:
-    HistogramBar(observatory::ShownImage& image, const Barrier& barrier);
+    HistogramBar(imaging::ShownImage& image, const Barrier& barrier);
 
     QSize sizeHint() const override;
 
@@ -39,11 +39,11 @@ class HistogramBar : public QWidget {
     QRect chart() const;
     void measure();
 
-    observatory::ShownImage& image_;
+    imaging::ShownImage& image_;
     const Barrier& barrier_;
     platform::Subscription following_;
     std::weak_ptr<const platform::ImageArray> measured_;
-    observatory::HistogramAxis axis_{{}};
+    imaging::HistogramAxis axis_{{}};
     std::vector<double> bins_;
     Handle chosen_ = kMidtone;
 };

@@ -5,7 +5,7 @@
 namespace vantrel::qt {
 namespace {
 
-using observatory::ToneCurve;
+using imaging::ToneCurve;
 
 constexpr double kNightWhite = 0.86;  // of the brightest, so that marks and white stand out
 

@@ -3,13 +3,13 @@
 
 #include <QColor>
 
-#include "observatory/imaging/view_raster.h"
+#include "imaging/view_raster.h"
 #include "qt/theme.h"
 
 namespace vantrel::qt {
 
 struct ImageColors {
-    observatory::ToneColors tones;
+    imaging::ToneColors tones;
     QColor ground;  // beside the image
     QColor text;
     QColor line;  // of the cross hair that isn't part of the image

@@ -9,9 +9,9 @@
 
 namespace vantrel::qt {
 
-using observatory::ViewPoint;
+using imaging::ViewPoint;
 
-ImageView::ImageView(observatory::ShownImage& image, const Front& front)
+ImageView::ImageView(imaging::ShownImage& image, const Front& front)
     : image_(image), front_(front), colors_(imageColors(colorsOf(false), false, false)) {
     setObjectName("imageView");
     setAccessibleName(Text::tr("Camera image"));
@@ -90,19 +90,19 @@ std::optional<QPoint> ImageView::pixelUnderCursor() const {
 
 void ImageView::refreshPicture() {
     const auto pixels = image_.pixels();
-    const observatory::ViewWindow window = viewport_.window();
+    const imaging::ViewWindow window = viewport_.window();
     if (rastered_.lock() != pixels || window != rasterWindow_) {
         raster_ = rasterOf(*pixels, window, image_.statistics());
         rastered_ = pixels;
         rasterWindow_ = window;
         painted_.reset();
     }
-    const observatory::ShownStretch stretch = image_.stretch();
+    const imaging::ShownStretch stretch = image_.stretch();
     if (painted_ == stretch) return;
     painted_ = stretch;
     if (picture_.size() != QSize(raster_.width, raster_.height))
         picture_ = QImage(raster_.width, raster_.height, QImage::Format_RGB32);
-    const observatory::ToneCurve curve = stretch.curve();
+    const imaging::ToneCurve curve = stretch.curve();
     for (int row = 0; row < raster_.height; ++row)
         paintRow(raster_, row, curve, colors_.tones,
                  reinterpret_cast<std::uint32_t*>(picture_.scanLine(row)));

@@ -7,9 +7,9 @@
 #include <memory>
 #include <optional>
 
-#include "observatory/imaging/image_viewport.h"
-#include "observatory/imaging/shown_image.h"
-#include "observatory/imaging/view_raster.h"
+#include "imaging/image_viewport.h"
+#include "imaging/shown_image.h"
+#include "imaging/view_raster.h"
 #include "qt/front.h"
 #include "qt/image_colors.h"
 
@@ -20,7 +20,7 @@ namespace vantrel::qt {
 /// where the desktop enlarges everything else.
 class ImageView : public QWidget {
   public:
-    ImageView(observatory::ShownImage& image, const Front& front);
+    ImageView(imaging::ShownImage& image, const Front& front);
 
     void setColors(const ImageColors& colors);
     /// Lines through the image's middle, which aren't part of it.
@@ -31,7 +31,7 @@ class ImageView : public QWidget {
     void showPixels();
     void zoomIn();
     void zoomOut();
-    const observatory::ImageViewport& viewport() const { return viewport_; }
+    const imaging::ImageViewport& viewport() const { return viewport_; }
 
     /// The image's column and row under the cursor.
     std::optional<QPoint> pixelUnderCursor() const;
@@ -55,24 +55,24 @@ class ImageView : public QWidget {
   private:
     void follow();
     void changeView(const std::function<void()>& change);
-    void zoomAround(observatory::ViewPoint anchor, bool closer);
-    observatory::ViewPoint anchor() const;
-    observatory::ViewPoint onScreen(QPointF position) const;
+    void zoomAround(imaging::ViewPoint anchor, bool closer);
+    imaging::ViewPoint anchor() const;
+    imaging::ViewPoint onScreen(QPointF position) const;
     void refreshPicture();
     void paintCrossHair(QPainter& painter) const;
 
-    observatory::ShownImage& image_;
+    imaging::ShownImage& image_;
     Front front_;
     platform::Subscription following_;
-    observatory::ImageViewport viewport_;
+    imaging::ImageViewport viewport_;
     ImageColors colors_;
     bool crossHair_ = false;
 
     // What is on the screen now, and what it was made from.
-    observatory::ViewRaster raster_;
+    imaging::ViewRaster raster_;
     std::weak_ptr<const platform::ImageArray> rastered_;
-    observatory::ViewWindow rasterWindow_;
-    std::optional<observatory::ShownStretch> painted_;
+    imaging::ViewWindow rasterWindow_;
+    std::optional<imaging::ShownStretch> painted_;
     QImage picture_;
 
     std::optional<QPointF> cursor_;

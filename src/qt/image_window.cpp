@@ -13,7 +13,7 @@
 #include <cmath>
 
 #include "correction/stars/star_under_point.h"
-#include "observatory/imaging/drawn_line.h"
+#include "imaging/drawn_line.h"
 #include "platform/errors.h"
 #include "platform/text.h"
 #include "qt/histogram_bar.h"
@@ -28,7 +28,7 @@ constexpr const char* kNothing = "–";
 
 QString valueText(double value) {
     if (std::isnan(value)) return kNothing;
-    if (value >= observatory::kMarkValue) return Text::tr("mark");
+    if (value >= imaging::kMarkValue) return Text::tr("mark");
     constexpr int kFigures = 6;
     return value == std::floor(value) && std::abs(value) < 1e9 ? QString::number(value, 'f', 0)
                                                                : QString::number(value, 'g', kFigures);
@@ -38,9 +38,8 @@ QString valueText(double value) {
 QString starText(const platform::ImageArray& image, QPoint pixel, double sky) {
     try {
         const auto star = correction::measureStarAt(image, pixel.x(), pixel.y());
-        if (star && star->peak < observatory::kMarkValue &&
-            !observatory::isDrawnLine(image, star->x, star->y, star->halfFluxDiameter,
-                                      (star->peak + sky) / 2))
+        if (star && star->peak < imaging::kMarkValue &&
+            !imaging::isDrawnLine(image, star->x, star->y, star->halfFluxDiameter, (star->peak + sky) / 2))
             return Text::tr("HFD %1 px").arg(star->halfFluxDiameter, 0, 'f', 2);
     } catch (const platform::OperationError&) {  // no numbers around the cursor
     }
@@ -58,7 +57,7 @@ QString scaleText(double scale) {
 
 }  // namespace
 
-ImageWindow::ImageWindow(observatory::OpenDocuments& documents, platform::SettingsRoot& settings,
+ImageWindow::ImageWindow(imaging::OpenDocuments& documents, platform::SettingsRoot& settings,
                          const Front& front)
     : QWidget(nullptr, Qt::Window),
       settings_(settings),

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <functional>
 
-#include "observatory/imaging/shown_image.h"
+#include "imaging/shown_image.h"
 #include "platform/settings_root.h"
 #include "qt/front.h"
 #include "qt/window_place.h"
@@ -24,7 +24,7 @@ class ImageView;
 class ImageWindow : public QWidget {
   public:
     /// What it is given must outlive it.
-    ImageWindow(observatory::OpenDocuments& documents, platform::SettingsRoot& settings, const Front& front);
+    ImageWindow(imaging::OpenDocuments& documents, platform::SettingsRoot& settings, const Front& front);
     ~ImageWindow() override;
 
     /// Opens the window, or brings it in front of the others.
@@ -57,7 +57,7 @@ class ImageWindow : public QWidget {
 
     platform::SettingsRoot& settings_;
     Front front_;
-    observatory::ShownImage image_;
+    imaging::ShownImage image_;
     ImageView* view_;
     HistogramBar* histogram_;
     QToolBar* bar_;

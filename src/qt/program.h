@@ -25,7 +25,7 @@ class Program {
     platform::Screen& screen() { return screen_; }
     platform::AutomationHost& automation() { return station_.classes(); }
 
-    observatory::ImagingPrograms& imaging() { return station_.observatory().imaging(); }
+    imaging::ImagingPrograms& imaging() { return station_.observatory().imaging(); }
 
     /// Gives every form its window, and the imaging program its own. Without them the program runs unseen.
     void openWindows();

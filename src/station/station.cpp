@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "observatory/catalogs/http_downloads.h"
+#include "catalogs/http_downloads.h"
 #include "platform/text.h"
 
 namespace vantrel::station {
@@ -37,7 +37,7 @@ observatory::ObservatorySeams Station::seams() {
     };
     seams.desktop = &otherPrograms_;
     seams.setup = surroundings_.setUp;
-    seams.downloads = std::make_shared<observatory::HttpDownloads>();
+    seams.downloads = std::make_shared<catalogs::HttpDownloads>();
     seams.downloadCache = surroundings_.cache;
     seams.stopping = surroundings_.stopping;
     return seams;

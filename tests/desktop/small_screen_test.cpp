@@ -200,7 +200,7 @@ TEST(SmallScreen, LeavesWhatIsClickedUnderTheMouse) {
 TEST(SmallScreen, HasRoomForThePicture) {
     qt::Forms forms(qt::workArea());
     const XOperator eyes;
-    observatory::OpenDocuments documents;
+    imaging::OpenDocuments documents;
     for (const char* size : {"300", "5000"}) {
         forms.stored.write("ImageWindow", "Width", size);
         forms.stored.write("ImageWindow", "Height", size);

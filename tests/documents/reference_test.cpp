@@ -47,6 +47,9 @@ const Place kPlaces[] = {
     {"src/observatory/panel/", "Polar Axis Simulator"},
     {"src/sky/", "What the built-in instruments refuse", true},
     {"src/fits/", "What the built-in instruments refuse", true},
+    {"src/catalogs/", "What the built-in instruments refuse", true},
+    {"src/solver/", "What the built-in instruments refuse", true},
+    {"src/imaging/", "What the built-in instruments refuse", true},
     {"src/helpers/", "What the built-in instruments refuse", true},
     {"src/observatory/", "What the built-in instruments refuse", true},
 };

@@ -4,15 +4,15 @@
 #include <string_view>
 #include <vector>
 
+#include "catalogs/distributions.h"
 #include "fuzz/input.h"
-#include "observatory/catalogs/distributions.h"
 #include "support/temp_folder.h"
 
 namespace {
 
 using namespace vantrel;
 using namespace vantrel::sky;
-using namespace vantrel::observatory;
+using namespace vantrel::catalogs;
 
 using Names = std::vector<const char*>;
 

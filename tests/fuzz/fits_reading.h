@@ -6,7 +6,7 @@
 #include "fits/fits_image.h"
 #include "fits/fits_units.h"
 #include "fuzz/input.h"
-#include "observatory/solver/exposure_facts.h"
+#include "solver/exposure_facts.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::fuzz {
@@ -30,9 +30,9 @@ inline bool isSmall(std::size_t width, std::size_t height) { return width * heig
 inline void readFits(const std::filesystem::path& path) {
     const auto image = fits::FitsImage::open(path);
     if (const auto wcs = image.wcs()) wcs->toPixel(wcs->toSky({1, 2}));
-    observatory::exposureStart(image.header());
-    observatory::headerScales(image.header());
-    observatory::headerTarget(image.header());
+    solver::exposureStart(image.header());
+    solver::headerScales(image.header());
+    solver::headerTarget(image.header());
     if (!isSmall(image.width(), image.height())) return;
     std::vector<float> pixels(image.width() * image.height());
     image.readRows(0, pixels);

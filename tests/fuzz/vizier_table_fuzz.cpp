@@ -1,10 +1,10 @@
 // Answers of the catalogue service, as text from the network.
+#include "catalogs/vizier_catalog.h"
 #include "fuzz/input.h"
-#include "observatory/catalogs/vizier_catalog.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace vantrel::sky;
-    using namespace vantrel::observatory;
+    using namespace vantrel::catalogs;
     for (const VizierSource* source : {&usnoBSource(), &nomadSource()}) {
         try {
             source->stars(vantrel::fuzz::textOf(data, size));

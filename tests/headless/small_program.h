@@ -127,7 +127,7 @@ struct SmallWorld {
     MemorySettings settings;
     FolderMap folders{"/nowhere"};
     ScriptedDialogs dialogs{time};
-    observatory::OpenDocuments images;
+    imaging::OpenDocuments images;
     SmallProgram program{loop, screen, automation};
     ListedCommands commands;
     KeptReplies kept;

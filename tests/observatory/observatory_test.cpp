@@ -61,13 +61,13 @@ TEST_F(ObservatoryTest, MountsOutliveTheirObjects) {
 }
 
 /// Waits for an answer that never comes.
-class SilentNetwork : public Downloads {
+class SilentNetwork : public catalogs::Downloads {
   public:
-    std::string fetch(const std::string&, const KeepGoing& keepGoing) override {
+    std::string fetch(const std::string&, const catalogs::KeepGoing& keepGoing) override {
         while (keepGoing()) {
             if (++turns == 3) onThirdTurn();
         }
-        throw DownloadGivenUp("the download was given up");
+        throw catalogs::DownloadGivenUp("the download was given up");
     }
     int turns = 0;
     std::function<void()> onThirdTurn;

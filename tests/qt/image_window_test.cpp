@@ -22,7 +22,7 @@
 namespace vantrel::qt {
 namespace {
 
-using observatory::ToneCurve;
+using imaging::ToneCurve;
 using platform::ImageArray;
 
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -48,7 +48,7 @@ class ImageWindowTest : public testing::Test, protected Forms {
     ~ImageWindowTest() override { EXPECT_EQ(failures, ""); }
 
     void show(platform::ImageRef pixels) {
-        observatory::ImageDocument document;
+        imaging::ImageDocument document;
         document.title = "Image";
         document.pixels = std::move(pixels);
         documents.replaceCurrent(std::move(document));
@@ -85,7 +85,7 @@ class ImageWindowTest : public testing::Test, protected Forms {
     }
 
     platform::MemorySettings stored;
-    observatory::OpenDocuments documents;
+    imaging::OpenDocuments documents;
     ImageWindow window{documents, stored, front};
 };
 

@@ -71,7 +71,7 @@ void withEveryPage(Forms& forms, Look&& look) {
             look(*window);
         });
     }
-    observatory::OpenDocuments documents;
+    imaging::OpenDocuments documents;
     ImageWindow image(documents, forms.stored, forms.front);
     image.show();
     forms.settle();

@@ -12,8 +12,8 @@ struct AxisSimulatorDevice : TelescopeDevice {
         : TelescopeDevice(eventLoop, noise), camera(mount, noise, std::move(catalog)) {}
 
     Camera camera;
-    Picture picture;  // the last one; no pixels before the first
-    std::function<void(const Picture&)> onPicture;
+    imaging::Picture picture;  // the last one; no pixels before the first
+    std::function<void(const imaging::Picture&)> onPicture;
     bool exposing = false;
 };
 

@@ -128,7 +128,7 @@ Exposure Camera::exposure(const Shot& shot) const {
     return exposure;
 }
 
-Picture Camera::expose(platform::Instant start, const std::string& telescope, const Shot& shot) {
+imaging::Picture Camera::expose(platform::Instant start, const std::string& telescope, const Shot& shot) {
     const Exposure exposed = exposure(shot);
     auto pixels = drawFrame(exposed, starsOf(shot, start), noise_);
     const std::size_t width = shot.window ? shot.window->width : exposed.width;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "fits/fits_header.h"
-#include "observatory/imaging/picture.h"
+#include "imaging/picture.h"
 #include "observatory/telescopes/mount.h"
 #include "observatory/telescopes/noise.h"
 #include "observatory/telescopes/renderer.h"
@@ -58,9 +58,9 @@ class Camera {
 
     /// What an exposure that begins at the instant, which should be now, records. The mount tracks well
     /// enough for round stars.
-    Picture expose(platform::Instant start, const std::string& telescope, const Shot& shot);
+    imaging::Picture expose(platform::Instant start, const std::string& telescope, const Shot& shot);
     /// The same of the whole sensor, with the settings' exposure time.
-    Picture expose(platform::Instant start, const std::string& telescope) {
+    imaging::Picture expose(platform::Instant start, const std::string& telescope) {
         return expose(start, telescope, {.seconds = settings_.exposureTime});
     }
 

@@ -67,7 +67,7 @@ platform::TakenPicture SimulatedCamera::take() {
     const Progress before = std::exchange(progress_, Progress::kIdle);
     if (before == Progress::kFailed) throw std::runtime_error(failure_);
     if (before != Progress::kReady) throw std::runtime_error("There is no picture");
-    const Picture picture = std::exchange(picture_, {});
+    const imaging::Picture picture = std::exchange(picture_, {});
     platform::PlainPixels taken{*picture.pixels, {}};
     for (const fits::FitsCard& card : picture.header)
         taken.cards.push_back({card.keyword, card.value, card.comment});

@@ -20,7 +20,7 @@ struct PictureSource {
     };
     std::function<Size()> sensor;
     /// What an exposure that begins now records. Throws std::runtime_error when there is nothing to see.
-    std::function<Picture(const Shot&)> expose;
+    std::function<imaging::Picture(const Shot&)> expose;
 };
 
 class SimulatedCamera : public platform::CameraHardware {
@@ -52,7 +52,7 @@ class SimulatedCamera : public platform::CameraHardware {
     int filter_ = 0;
 
     platform::CameraOrder order_;
-    Picture picture_;
+    imaging::Picture picture_;
     platform::TimerHandle timer_;  // of the step under way
     Progress progress_ = Progress::kIdle;
     std::string failure_;

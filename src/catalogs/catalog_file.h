@@ -1,0 +1,35 @@
+// One file of a star catalogue, read by pieces. Not mapped: a disc that is taken out must be a failed read.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <span>
+#include <string>
+
+namespace vantrel::catalogs {
+
+class CatalogFile {
+  public:
+    /// Throws CatalogError when there is no such file that can be read.
+    explicit CatalogFile(std::filesystem::path path);
+    ~CatalogFile();
+    CatalogFile(const CatalogFile&) = delete;
+    CatalogFile& operator=(const CatalogFile&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::uint64_t size() const { return size_; }
+
+    /// Fills the bytes from this place on. Throws CatalogError when the file ends before that.
+    void read(std::uint64_t offset, std::span<unsigned char> into) const;
+    std::string text(std::uint64_t offset, std::size_t length) const;
+
+    /// Throws a CatalogError that names the file: "FILE is damaged: WHY".
+    [[noreturn]] void damaged(const std::string& why) const;
+
+  private:
+    std::filesystem::path path_;
+    int descriptor_ = -1;
+    std::uint64_t size_ = 0;
+};
+
+}  // namespace vantrel::catalogs

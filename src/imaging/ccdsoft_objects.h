@@ -1,0 +1,45 @@
+// The automation objects of the second imaging program.
+#pragma once
+
+#include "imaging/ccdsoft_program.h"
+#include "sky/star_catalog.h"
+
+namespace vantrel::imaging {
+
+/// "CCDSoft.Camera".
+class CCDSoftCamera : public ProgramObject {
+  public:
+    explicit CCDSoftCamera(CCDSoftProgram& program);
+
+  private:
+    void addLink();
+    void addFrame();
+    void addExposure();
+    void addFiles();
+    void takeImage();
+
+    CCDSoftProgram& program_;
+};
+
+/// "CCDSoft.Image": after one of the "Attach..." members, an open image. Dead once the image was closed.
+class CCDSoftImage : public ProgramObject {
+  public:
+    /// "InsertWCS" matches the image with these stars.
+    CCDSoftImage(CCDSoftProgram& program, sky::CatalogSource stars);
+
+  private:
+    ImageDocument& document() const;
+    void attach();
+    void addAttaching();
+    void addPixels();
+    void addHeader();
+    void addFile();
+
+    const ImagingBench& bench_;
+    sky::CatalogSource stars_;
+    OpenDocuments::Ref document_;
+    std::string path_;
+    double scale_ = 0;  // arcseconds per pixel
+};
+
+}  // namespace vantrel::imaging

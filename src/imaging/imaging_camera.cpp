@@ -1,0 +1,98 @@
+#include "imaging/imaging_camera.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include "imaging/taken_picture.h"
+#include "platform/text.h"
+
+namespace vantrel::imaging {
+namespace {
+
+void requireBetween(const char* what, double value, double low, double high) {
+    if (!(value >= low && value <= high))
+        throw std::runtime_error(std::string(what) + " must be between " + platform::toText(low) + " and " +
+                                 platform::toText(high));
+}
+
+void requireInside(const ExposureOrder& order, const platform::CameraFacts& camera) {
+    if (!order.part || camera.width == 0) return;
+    const SubFrame& part = *order.part;
+    const auto ends = [](int from, int extent) {
+        return static_cast<std::size_t>(from) + static_cast<std::size_t>(extent);
+    };
+    const bool inside = part.left >= 0 && part.top >= 0 && part.width > 0 && part.height > 0 &&
+                        ends(part.left, part.width) <= camera.width / static_cast<std::size_t>(order.binX) &&
+                        ends(part.top, part.height) <= camera.height / static_cast<std::size_t>(order.binY);
+    if (!inside) throw std::runtime_error("The sub-frame lies outside the sensor");
+}
+
+}  // namespace
+
+ImagingCamera::ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware)
+    : loop_(loop), hardware_(hardware) {}
+
+ImagingCamera::~ImagingCamera() { hardware_.onProgress = nullptr; }
+
+void ImagingCamera::connect(const std::string& program) {
+    if (!holder_.empty() && holder_ != program)
+        throw std::runtime_error("The camera is in use by " + holder_);
+    if (!hardware_.connected()) hardware_.connect();
+    holder_ = program;
+}
+
+void ImagingCamera::disconnect(const std::string& program) {
+    if (holder_.empty() || holder_ != program) return;
+    abort();
+    holder_.clear();
+    hardware_.disconnect();
+}
+
+void ImagingCamera::start(const ExposureOrder& order, Delivery delivery) {
+    const platform::CameraFacts& camera = hardware_.facts();
+    requireBetween("The exposure time", order.seconds, 0, camera.longest);
+    requireBetween("Binning", order.binX, 1, camera.maxBinX);
+    requireBetween("Binning", order.binY, 1, camera.maxBinY);
+    if (order.filter && !camera.filters.empty())
+        requireBetween("The filter", *order.filter, 0, static_cast<double>(camera.filters.size()) - 1);
+    requireInside(order, camera);
+    watch_.reset();
+    failure_.reset();
+    delivery_ = std::move(delivery);
+    hardware_.onProgress = [this] { look(); };
+    hardware_.start(order);
+    constexpr platform::Milliseconds kLook{50};  // at hardware that doesn't tell
+    watch_ = loop_.every(kLook, [this] { look(); });
+}
+
+void ImagingCamera::abort() {
+    if (!busy()) return;
+    watch_.reset();
+    failure_.emplace(kAborted, "", "The exposure was aborted");
+    hardware_.abort();
+}
+
+void ImagingCamera::requireSuccess() const {
+    if (failure_) throw *failure_;
+}
+
+/// Also the failure of a picture that can't be read is the exposure's.
+void ImagingCamera::look() {
+    using Progress = platform::CameraHardware::Progress;
+    const Progress progress = hardware_.progress();
+    if (!busy() || progress == Progress::kExposing || progress == Progress::kDownloading) return;
+    watch_.reset();
+    try {
+        deliver();
+    } catch (const std::exception& error) {
+        failure_.emplace(platform::error_number::kDriverException, "", error.what());
+    }
+}
+
+void ImagingCamera::deliver() {
+    Picture picture = pictureOf(hardware_.take());
+    const Delivery delivery = std::move(delivery_);
+    if (delivery) delivery(std::move(picture));
+}
+
+}  // namespace vantrel::imaging

@@ -1,0 +1,50 @@
+// The automation objects of the first imaging program.
+#pragma once
+
+#include "imaging/maxim_program.h"
+
+namespace vantrel::imaging {
+
+/// "MaxIm.CCDCamera".
+class MaxImCamera : public ProgramObject {
+  public:
+    explicit MaxImCamera(MaxImProgram& program);
+    ~MaxImCamera() override;
+    MaxImCamera(const MaxImCamera&) = delete;
+    MaxImCamera& operator=(const MaxImCamera&) = delete;
+
+  private:
+    void addLink();
+    void addFrame();
+    void addExposure();
+    void addFrameNumber(const char* name, int SubFrame::*member);
+
+    MaxImProgram& program_;
+    int run_;
+};
+
+/// "MaxIm.Application".
+class MaxImApplication : public ProgramObject {
+  public:
+    explicit MaxImApplication(MaxImProgram& program);
+};
+
+/// "MaxIm.Document": an open image, the application's "CurrentDocument". Dead once the image was closed.
+class MaxImDocument : public ProgramObject {
+  public:
+    MaxImDocument(MaxImProgram& program, OpenDocuments::Ref document);
+
+    /// The image in front. Throws std::runtime_error when none is open.
+    static platform::ObjectRef current(MaxImProgram& program);
+
+  private:
+    ImageDocument& document() const;
+    void addPixels();
+    void addStretch();
+    void addFile();
+
+    const ImagingBench& bench_;
+    OpenDocuments::Ref document_;
+};
+
+}  // namespace vantrel::imaging

@@ -1,0 +1,267 @@
+#include "solver/image_reduction.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <span>
+
+#include "fits/fits_image.h"
+#include "solver/level_grid.h"
+
+namespace vantrel::solver {
+
+namespace {
+
+using fits::FitsImage;
+
+constexpr std::size_t kTile = 64;          // pixels a side of a cell of the coarse survey
+constexpr float kSpikeSigma = 6;           // hot pixels stand out this far
+constexpr float kSpikeNeighbours = 0.25F;  // the four neighbours of a star's peak hold more than this share
+constexpr float kSpikeNoise = 3;           // allowance for the neighbours' own noise
+constexpr std::size_t kStripFloats = 64 * 1024;
+constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
+
+/// What a look at one row pair in each band of tiles tells.
+struct Survey {
+    LevelGrid grid;
+    bool mosaic = false;  ///< neighbouring pixels stand at different levels: a colour sensor's raw image
+    float unit = 1;       ///< factor that brings images with tiny numbers (0 to 1) to ordinary counts
+};
+
+Survey survey(const FitsImage& image) {
+    const std::size_t width = image.width();
+    Survey result{LevelGrid(width, image.height(), kTile)};
+    LevelGrid& grid = result.grid;
+    std::vector<float> rows;
+    CellSample sample;
+    std::array<double, 4> parity{};
+    std::array<double, 4> counts{};
+    float highest = 0;
+    for (std::size_t band = 0; band < grid.rows(); ++band) {
+        const auto [top, bottom] = grid.spanOfRow(band);
+        const std::size_t pair = std::min<std::size_t>(2, bottom - top);
+        const std::size_t first =
+            std::min(((top + bottom) / 2 - (pair > 1 ? 1 : 0)) & ~std::size_t{pair > 1 ? 1U : 0U},
+                     image.height() - pair);
+        rows.resize(pair * width);
+        image.readRows(first, rows);
+        for (std::size_t column = 0; column < grid.columns(); ++column) {
+            const auto [left, right] = grid.spanOfColumn(column);
+            sample.clear();
+            for (std::size_t r = 0; r < pair; ++r)
+                for (std::size_t x = left; x < right; ++x) sample.add(rows[r * width + x], x, first + r);
+            const Level level = grid.set(column, band, sample);
+            for (std::size_t r = 0; r < pair; ++r) {
+                for (std::size_t x = left; x < right; ++x) {
+                    const float v = rows[r * width + x];
+                    if (!isValue(v)) continue;
+                    highest = std::max(highest, v);
+                    if (!(level.noise > 0) || std::abs(v - level.background) > 4 * level.noise) continue;
+                    parity[2 * r + x % 2] += static_cast<double>((v - level.background) / level.noise);
+                    counts[2 * r + x % 2] += 1;
+                }
+            }
+        }
+    }
+    grid.complete();
+    double low = 1e9;
+    double high = -1e9;
+    for (std::size_t i = 0; i < parity.size(); ++i) {
+        if (counts[i] < 200) continue;
+        low = std::min(low, parity[i] / counts[i]);
+        high = std::max(high, parity[i] / counts[i]);
+    }
+    result.mosaic = image.header().text("BAYERPAT").has_value() || high - low > 0.4;
+    if (highest > 0 && highest <= 1.5F) result.unit = 65535;
+    return result;
+}
+
+/// Whether the pixel is a lone spike: far above the background while its four neighbours are not. Pixels
+/// outside of the strip don't count, nor those without a value.
+bool isSpike(std::span<const float> strip, std::size_t width, std::size_t x, std::size_t y,
+             const Level& level) {
+    const std::size_t rows = strip.size() / width;
+    const float excess = strip[y * width + x] - level.background;
+    float sum = 0;
+    float count = 0;
+    const auto add = [&](std::size_t nx, std::size_t ny) {
+        if (!isValue(strip[ny * width + nx])) return;
+        sum += strip[ny * width + nx] - level.background;
+        count += 1;
+    };
+    if (x > 0) add(x - 1, y);
+    if (x + 1 < width) add(x + 1, y);
+    if (y > 0) add(x, y - 1);
+    if (y + 1 < rows) add(x, y + 1);
+    return count > 1 && sum * 4 / count < kSpikeNeighbours * excess + kSpikeNoise * level.noise;
+}
+
+/// Whether any of the values lies over the limit; compilers turn this into vector code.
+bool anyAbove(std::span<const float> values, float limit) {
+    int above = 0;
+    for (const float v : values) above |= static_cast<int>(v > limit);
+    return above != 0;
+}
+
+void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, const LevelGrid& grid) {
+    constexpr std::size_t kGroup = 32;
+    const std::size_t rows = strip.size() / width;
+    for (std::size_t y = 0; y < rows; ++y) {
+        for (std::size_t left = 0; left < width; left += kGroup) {
+            const std::size_t count = std::min(kGroup, width - left);
+            const Level& level = grid.covering(left, top + y);
+            const float limit = level.background + kSpikeSigma * std::max(level.noise, 1e-9F);
+            const auto group = strip.subspan(y * width + left, count);
+            if (!anyAbove(group, limit)) continue;
+            for (std::size_t x = left; x < left + count; ++x) {
+                float& value = strip[y * width + x];
+                if (value > limit && isSpike(strip, width, x, y, level)) value = level.background;
+            }
+        }
+    }
+}
+
+/// Pixels without a value take the mean of the others in their bin; when there are none the bin has no value.
+void removeBlanks(std::span<float> strip, std::size_t width, std::size_t binning) {
+    const auto meanOfBin = [&](std::size_t x, std::size_t y) {
+        const std::size_t left = x / binning * binning;
+        const std::size_t top = y / binning * binning;
+        float sum = 0;
+        float count = 0;
+        for (std::size_t j = top; j < top + binning; ++j)
+            for (std::size_t i = left; i < std::min(left + binning, width); ++i) {
+                if (!isValue(strip[j * width + i])) continue;
+                sum += strip[j * width + i];
+                ++count;
+            }
+        return count > 0 ? sum / count : kNoValue;
+    };
+    for (std::size_t i = 0; i < strip.size(); ++i) {
+        if (!isValue(strip[i])) strip[i] = meanOfBin(i % width, i / width);
+    }
+}
+
+/// Adds the strip's rows, bin by bin, to the bins' sums.
+void addBins(std::span<const float> strip, std::size_t width, std::size_t binning, std::span<float> bins) {
+    const std::size_t columns = width / binning;
+    const std::size_t rows = strip.size() / width;
+    std::vector<float> column(width);
+    for (std::size_t y = 0; y + binning <= rows; y += binning) {
+        std::copy_n(strip.begin() + static_cast<std::ptrdiff_t>(y * width), width, column.begin());
+        for (std::size_t r = 1; r < binning; ++r) {
+            const float* row = strip.data() + (y + r) * width;
+            for (std::size_t x = 0; x < width; ++x) column[x] += row[x];
+        }
+        float* out = bins.data() + y / binning * columns;
+        if (binning == 2) {
+            for (std::size_t x = 0; x < columns; ++x) out[x] = column[2 * x] + column[2 * x + 1];
+        } else {
+            for (std::size_t x = 0; x < columns; ++x) {
+                float sum = 0;
+                for (std::size_t i = 0; i < binning; ++i) sum += column[x * binning + i];
+                out[x] = sum;
+            }
+        }
+    }
+}
+
+std::size_t chooseBinning(const FitsImage& image, bool mosaic, std::size_t largest) {
+    std::size_t binning = 1;
+    while (image.width() * image.height() > largest * binning * binning) ++binning;
+    if (mosaic) binning += binning % 2;
+    return std::max<std::size_t>(1, std::min({binning, image.width(), image.height()}));
+}
+
+/// Levels of the binned image itself: its noise can't be foretold from the pixels' (neighbours are
+/// correlated).
+LevelGrid binLevels(const ReducedImage& image) {
+    constexpr std::size_t kCell = 40;
+    LevelGrid grid(image.width, image.height, kCell);
+    CellSample sample;
+    for (std::size_t row = 0; row < grid.rows(); ++row) {
+        const auto [top, bottom] = grid.spanOfRow(row);
+        for (std::size_t column = 0; column < grid.columns(); ++column) {
+            const auto [left, right] = grid.spanOfColumn(column);
+            sample.clear();
+            for (std::size_t y = top; y < bottom; y += 2)
+                for (std::size_t x = left + y / 2 % 2; x < right; x += 2)
+                    sample.add(image.pixels[y * image.width + x], x, y);
+            grid.set(column, row, sample);
+        }
+    }
+    grid.complete();
+    return grid;
+}
+
+/// Subtracts the background and divides by the noise, both interpolated between the cells' centres.
+void normalise(ReducedImage& image, const LevelGrid& grid, float floorNoise) {
+    struct Weight {
+        std::size_t low, high;
+        float share;
+    };
+    const auto weights = [&](std::size_t size, std::size_t cells) {
+        std::vector<Weight> result(size);
+        for (std::size_t i = 0; i < size; ++i) {
+            const float place = (static_cast<float>(i) + 0.5F) / static_cast<float>(grid.cellSize()) - 0.5F;
+            const float held = std::clamp(place, 0.0F, static_cast<float>(cells - 1));
+            const auto low = std::min(static_cast<std::size_t>(held), cells - 1);
+            result[i] = {low, std::min(low + 1, cells - 1), held - static_cast<float>(low)};
+        }
+        return result;
+    };
+    const auto across = weights(image.width, grid.columns());
+    const auto down = weights(image.height, grid.rows());
+    std::vector<float> nodesBack(grid.columns());
+    std::vector<float> nodesScale(grid.columns());
+    std::vector<float> back(image.width);
+    std::vector<float> scale(image.width);
+    for (std::size_t y = 0; y < image.height; ++y) {
+        for (std::size_t c = 0; c < grid.columns(); ++c) {
+            const Level& a = grid.at(c, down[y].low);
+            const Level& b = grid.at(c, down[y].high);
+            nodesBack[c] = a.background + down[y].share * (b.background - a.background);
+            nodesScale[c] = 1 / std::max(floorNoise, a.noise + down[y].share * (b.noise - a.noise));
+        }
+        for (std::size_t x = 0; x < image.width; ++x) {
+            const Weight& w = across[x];
+            back[x] = nodesBack[w.low] + w.share * (nodesBack[w.high] - nodesBack[w.low]);
+            scale[x] = nodesScale[w.low] + w.share * (nodesScale[w.high] - nodesScale[w.low]);
+        }
+        float* row = image.pixels.data() + y * image.width;
+        for (std::size_t x = 0; x < image.width; ++x) row[x] = (row[x] - back[x]) * scale[x];
+    }
+}
+
+}  // namespace
+
+ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settings) {
+    const Survey seen = survey(image);
+    ReducedImage reduced;
+    reduced.binning = chooseBinning(image, seen.mosaic, settings.largestSize);
+    reduced.width = image.width() / reduced.binning;
+    reduced.height = image.height() / reduced.binning;
+    reduced.pixels.resize(reduced.width * reduced.height);
+
+    const std::size_t width = image.width();
+    const std::size_t binRows = std::max<std::size_t>(1, kStripFloats / (width * reduced.binning));
+    std::vector<float> strip;
+    for (std::size_t y = 0; y < reduced.height; y += binRows) {
+        const std::size_t rows = std::min(binRows, reduced.height - y);
+        strip.resize(rows * reduced.binning * width);
+        const std::size_t top = y * reduced.binning;
+        image.readRows(top, strip);
+        if (image.mayHoldBlanks()) removeBlanks(strip, width, reduced.binning);
+        if (settings.removeHotPixels) removeSpikes(strip, width, top, seen.grid);
+        addBins(strip, width, reduced.binning, std::span(reduced.pixels).subspan(y * reduced.width));
+    }
+    const LevelGrid levels = binLevels(reduced).smoothed();
+    const float noise = levels.typicalNoise();
+    // Images without noise (drawn ones, or quantised ones) still need a unit to measure stars by.
+    const float least = noise > 0 ? noise / 4 : 0.5F * static_cast<float>(reduced.binning) / seen.unit;
+    normalise(reduced, levels, least);
+    reduced.noise = static_cast<double>(std::max(noise, least) * seen.unit);
+    return reduced;
+}
+
+}  // namespace vantrel::solver

@@ -1,0 +1,130 @@
+#include "solver/plate_model.h"
+
+#include <cmath>
+
+#include <Eigen/Dense>
+
+namespace vantrel::solver {
+
+namespace {
+
+using sky::dot;
+using sky::kDegree;
+using sky::PixelPosition;
+using sky::PlanePosition;
+using sky::SkyPosition;
+
+constexpr int kNewtonSteps = 8;
+
+std::array<double, 10> terms(double u, double v) {
+    return {1, u, v, u * u, u * v, v * v, u * u * u, u * u * v, u * v * v, v * v * v};
+}
+
+double product(const std::array<double, 10>& a, const std::array<double, 10>& b) {
+    double sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) sum += a[i] * b[i];
+    return sum;
+}
+
+/// Derivatives of a polynomial by u and by v.
+std::array<double, 2> slope(const std::array<double, 10>& c, double u, double v) {
+    return {c[1] + 2 * c[3] * u + c[4] * v + 3 * c[6] * u * u + 2 * c[7] * u * v + c[8] * v * v,
+            c[2] + c[4] * u + 2 * c[5] * v + c[7] * u * u + 2 * c[8] * u * v + 3 * c[9] * v * v};
+}
+
+}  // namespace
+
+TangentFrame::TangentFrame(SkyPosition centre)
+    : centre_(centre), outwards_(sky::direction(centre.ra * kDegree, centre.dec * kDegree)) {
+    east_ = {-std::sin(centre.ra * kDegree), std::cos(centre.ra * kDegree), 0};
+    north_ = sky::cross(outwards_, east_);
+}
+
+std::optional<PlanePosition> TangentFrame::project(const sky::Vector3& direction) const {
+    const double depth = dot(direction, outwards_);
+    if (!(depth > 1e-9)) return std::nullopt;
+    return PlanePosition{dot(direction, east_) / depth / kDegree, dot(direction, north_) / depth / kDegree};
+}
+
+std::optional<PlateModel> PlateModel::fit(std::span<const StarPair> pairs, PixelPosition imageCentre,
+                                          SkyPosition tangentPoint, double unitPixels, int order) {
+    const std::size_t count = coefficientCount(order);
+    if (pairs.size() < count) return std::nullopt;
+    using Square = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 10, 10>;
+    using Columns = Eigen::Matrix<double, Eigen::Dynamic, 2, 0, 10, 2>;
+    const auto n = static_cast<Eigen::Index>(count);
+    Square normal = Square::Zero(n, n);
+    Columns right = Columns::Zero(n, 2);
+    PlateModel model(imageCentre, tangentPoint, unitPixels, order);
+    for (const StarPair& pair : pairs) {
+        const auto plane = model.frame_.project(pair.sky);
+        if (!plane) return std::nullopt;
+        const auto t =
+            terms((pair.pixel.x - imageCentre.x) / unitPixels, (pair.pixel.y - imageCentre.y) / unitPixels);
+        const Eigen::Map<const Eigen::VectorXd> row(t.data(), n);
+        normal.noalias() += row * row.transpose();
+        right.col(0) += row * plane->xi;
+        right.col(1) += row * plane->eta;
+    }
+    const Eigen::LDLT<Square> solver(normal);
+    const auto diagonal = solver.vectorD();
+    if (solver.info() != Eigen::Success || !(diagonal.minCoeff() > 1e-9 * diagonal.maxCoeff()))
+        return std::nullopt;
+    const Columns solution = solver.solve(right);
+
+    for (std::size_t i = 0; i < count; ++i) {
+        model.xi_[i] = solution(static_cast<Eigen::Index>(i), 0);
+        model.eta_[i] = solution(static_cast<Eigen::Index>(i), 1);
+    }
+    return model;
+}
+
+PlateModel PlateModel::linear(PixelPosition imageCentre, SkyPosition tangentPoint, double unitPixels,
+                              const std::array<double, 4>& cd) {
+    PlateModel model(imageCentre, tangentPoint, unitPixels, 1);
+    model.xi_[1] = cd[0] * unitPixels;
+    model.xi_[2] = cd[1] * unitPixels;
+    model.eta_[1] = cd[2] * unitPixels;
+    model.eta_[2] = cd[3] * unitPixels;
+    return model;
+}
+
+PlanePosition PlateModel::plane(double u, double v) const {
+    const auto t = terms(u, v);
+    return {product(xi_, t), product(eta_, t)};
+}
+
+SkyPosition PlateModel::toSky(PixelPosition pixel) const {
+    return sky::fromTangentPlane(
+        plane((pixel.x - imageCentre_.x) / unitPixels_, (pixel.y - imageCentre_.y) / unitPixels_),
+        frame_.centre());
+}
+
+std::optional<PixelPosition> PlateModel::toPixel(const sky::Vector3& direction) const {
+    const auto wanted = frame_.project(direction);
+    if (!wanted) return std::nullopt;
+    double u = 0;
+    double v = 0;
+    for (int step = 0; step < kNewtonSteps; ++step) {
+        const PlanePosition here = plane(u, v);
+        const auto a = slope(xi_, u, v);
+        const auto b = slope(eta_, u, v);
+        const double det = a[0] * b[1] - a[1] * b[0];
+        if (det == 0) return std::nullopt;
+        const double dXi = wanted->xi - here.xi;
+        const double dEta = wanted->eta - here.eta;
+        const double du = (b[1] * dXi - a[1] * dEta) / det;
+        const double dv = (a[0] * dEta - b[0] * dXi) / det;
+        u += du;
+        v += dv;
+        if (!(std::abs(u) < 10 && std::abs(v) < 10)) return std::nullopt;
+        if (order_ == 1 || std::abs(du) + std::abs(dv) < 1e-9) break;
+    }
+    return PixelPosition{imageCentre_.x + u * unitPixels_, imageCentre_.y + v * unitPixels_};
+}
+
+std::array<double, 4> PlateModel::matrix() const {
+    return {xi_[1] / unitPixels_, xi_[2] / unitPixels_, eta_[1] / unitPixels_, eta_[2] / unitPixels_};
+}
+
+}  // namespace vantrel::solver

@@ -1,0 +1,174 @@
+#include "solver/plate_refinement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "solver/match_verdict.h"
+
+namespace vantrel::solver {
+
+namespace {
+
+constexpr std::size_t kFewestPairs = 4;
+constexpr int kRounds = 7;
+constexpr double kLeastTolerance = 0.8;  // pixels
+
+struct Match {
+    StarPair pair;
+    std::size_t imageIndex = 0;
+    double distance = 0;  ///< pixels between prediction and image star
+};
+
+struct Matching {
+    std::vector<Match> matches;
+    std::vector<PredictedStar> predicted;  ///< all catalogue stars inside of the image
+};
+
+class Refiner {
+  public:
+    Refiner(const PlateField& field, const RefinementSettings& settings)
+        : field_(field),
+          settings_(settings),
+          geometry_(field.geometry()),
+          used_(std::min(settings.imageStars, field.imageCount())),
+          image_(firstPoints(field, used_)) {}
+
+    std::optional<RefinedPlate> run(PlateModel model) const {
+        double tolerance = settings_.firstTolerance;
+        double used = tolerance;
+        double reach = settings_.anchorRadius;
+        Matching found;
+        for (int round = 0; round < kRounds; ++round) {
+            found = match(model, tolerance, reach);
+            used = tolerance;
+            const auto better = fitted(model, found.matches);
+            if (!better) return std::nullopt;
+            model = better->model;
+            const double rms = better->rms;
+            const double floor = std::max(kLeastTolerance, 1.5 * geometry_.positionError());
+            tolerance = std::clamp(std::max(2.5 * rms, 0.6 * tolerance),
+                                   std::min(floor, settings_.firstTolerance), settings_.firstTolerance);
+            if (settings_.maximumResidualArcsec > 0) {
+                tolerance = std::min(tolerance, settings_.maximumResidualArcsec / geometry_.scaleX);
+            }
+            reach *= 1.8;
+        }
+        return judged(model, found, used);
+    }
+
+  private:
+    struct Fit {
+        PlateModel model;
+        double rms = 0;  ///< pixels, per star
+    };
+
+    static StarGrid firstPoints(const PlateField& field, std::size_t count) {
+        const auto& all = field.image().points();
+        return StarGrid({all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count)});
+    }
+
+    Matching match(const PlateModel& model, double tolerance, double reach) const {
+        Matching result;
+        std::vector<int> taken(used_, -1);
+        const bool everywhere = reach > geometry_.width + geometry_.height;
+        for (const sky::Vector3& star : field_.catalogue()) {
+            const auto at = model.toPixel(star);
+            if (!at || at->x < 0 || at->y < 0 || at->x > geometry_.width - 1 || at->y > geometry_.height - 1)
+                continue;
+            result.predicted.emplace_back();
+            if (!everywhere && std::hypot(at->x - settings_.anchor.x, at->y - settings_.anchor.y) > reach)
+                continue;
+            const int nearest = image_.nearest({at->x, at->y}, tolerance);
+            if (nearest < 0) continue;
+            const auto index = static_cast<std::size_t>(nearest);
+            const Match candidate{{field_.pixel(index), star},
+                                  index,
+                                  std::hypot(at->x - field_.pixel(index).x, at->y - field_.pixel(index).y)};
+            if (taken[index] >= 0) {
+                Match& former = result.matches[static_cast<std::size_t>(taken[index])];
+                if (candidate.distance < former.distance) former = candidate;
+                continue;
+            }
+            taken[index] = static_cast<int>(result.matches.size());
+            result.matches.push_back(candidate);
+            result.predicted.back().imageRank = nearest;
+        }
+        return result;
+    }
+
+    std::optional<Fit> fitted(const PlateModel& model, const std::vector<Match>& matches) const {
+        std::vector<StarPair> pairs;
+        pairs.reserve(matches.size());
+        for (const Match& m : matches) pairs.push_back(m.pair);
+        if (pairs.size() < kFewestPairs) return std::nullopt;
+        auto best = fitOrder(model, pairs, 1);
+        // The fewer the stars, the more must a higher order improve on the variance to be believed.
+        const double worthwhile = 1 - std::min(0.5, 8.0 / static_cast<double>(pairs.size()));
+        for (int order = 2; best && order <= settings_.highestOrder; ++order) {
+            if (pairs.size() < 2 * PlateModel::coefficientCount(order)) break;
+            const auto higher = fitOrder(model, pairs, order);
+            if (higher && higher->rms * higher->rms < worthwhile * best->rms * best->rms) best = higher;
+        }
+        return best;
+    }
+
+    /// Fits about the tangent point and once more about where the image's centre then proves to be.
+    std::optional<Fit> fitOrder(const PlateModel& model, const std::vector<StarPair>& pairs,
+                                int order) const {
+        const double unit = (geometry_.width + geometry_.height) / 4;
+        sky::SkyPosition tangent = model.toSky(geometry_.centre());
+        auto better = PlateModel::fit(pairs, geometry_.centre(), tangent, unit, order);
+        if (!better) return std::nullopt;
+        tangent = better->toSky(geometry_.centre());
+        better = PlateModel::fit(pairs, geometry_.centre(), tangent, unit, order);
+        if (!better) return std::nullopt;
+        double squares = 0;
+        for (const StarPair& pair : pairs) {
+            const auto at = better->toPixel(pair.sky);
+            if (!at) return std::nullopt;
+            squares += (at->x - pair.pixel.x) * (at->x - pair.pixel.x) +
+                       (at->y - pair.pixel.y) * (at->y - pair.pixel.y);
+        }
+        const double freedom =
+            static_cast<double>(pairs.size()) - static_cast<double>(PlateModel::coefficientCount(order));
+        return Fit{*better, std::sqrt(squares / std::max(freedom, 0.5))};
+    }
+
+    RefinedPlate judged(const PlateModel& model, const Matching& found, double tolerance) const {
+        RefinedPlate plate{model};
+        plate.matched = found.matches.size();
+        double squares = 0;
+        double arcsec = 0;
+        for (const Match& m : found.matches) {
+            const sky::SkyPosition shown = model.toSky(m.pair.pixel);
+            const double distance =
+                sky::separation(sky::direction(shown.ra * sky::kDegree, shown.dec * sky::kDegree),
+                                m.pair.sky) *
+                3600;
+            arcsec += distance;
+            squares += m.distance * m.distance;
+        }
+        const auto n = static_cast<double>(std::max<std::size_t>(1, found.matches.size()));
+        plate.rmsPixels = std::sqrt(squares / n);
+        plate.meanResidualArcsec = arcsec / n;
+        plate.chanceLog10 =
+            chanceLog10(found.predicted, used_, tolerance, geometry_.width * geometry_.height);
+        return plate;
+    }
+
+    const PlateField& field_;
+    const RefinementSettings& settings_;
+    const PlateGeometry& geometry_;
+    std::size_t used_;
+    StarGrid image_;
+};
+
+}  // namespace
+
+std::optional<RefinedPlate> refinePlate(const PlateField& field, const PlateModel& first,
+                                        const RefinementSettings& settings) {
+    return Refiner(field, settings).run(first);
+}
+
+}  // namespace vantrel::solver

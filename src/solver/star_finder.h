@@ -1,0 +1,37 @@
+// The stars of an image.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace vantrel::fits {
+class FitsImage;
+}
+
+namespace vantrel::solver {
+
+struct ImageStar {
+    double x = 0;     ///< column in image pixels, pixel centres at whole numbers from 0
+    double y = 0;     ///< row, likewise
+    double flux = 0;  ///< counts over the background
+};
+
+struct StarList {
+    std::vector<ImageStar> stars;  ///< brightest first
+    double binning = 1;            ///< pixels a side of the bins in which they were found
+};
+
+struct StarSettings {
+    double minimumSize = 2;        ///< pixels over the threshold
+    double minimumBrightness = 0;  ///< counts over the background, summed
+    double sigmaAboveMean = 4;     ///< threshold in units of the noise
+    double filterFwhmPixels = 0;   ///< gaussian to smooth with; 0 is a small kernel
+    double exclusionBorder = 0;    ///< pixels along the border whose stars are left out
+    bool removeHotPixels = true;
+    std::size_t atMost = 2000;
+};
+
+/// Throws FitsError when the file can't be read.
+StarList findStars(const fits::FitsImage& image, const StarSettings& settings);
+
+}  // namespace vantrel::solver

@@ -1,0 +1,116 @@
+#include "imaging/image_viewport.h"
+
+#include <gtest/gtest.h>
+
+namespace vantrel::imaging {
+namespace {
+
+ImageViewport viewOf(int imageWidth, int imageHeight, int width, int height) {
+    ImageViewport view;
+    view.setWindowSize(width, height);
+    view.setImageSize(imageWidth, imageHeight);
+    return view;
+}
+
+TEST(ImageViewport, FitsImagesOfAllSizes) {
+    const struct {
+        const char* what;
+        int imageWidth, imageHeight, width, height;
+        double scale;
+        int x, y, shownWidth, shownHeight;
+    } rows[] = {
+        {"wide image", 2000, 1000, 1000, 1000, 0.5, 0, 250, 1000, 500},
+        {"tall image", 1000, 4000, 1000, 1000, 0.25, 375, 0, 250, 1000},
+        {"small image, by a whole factor", 300, 200, 1000, 1000, 3, 50, 200, 900, 600},
+        {"one pixel, not all over the screen", 1, 1, 1000, 500, 8, 496, 246, 8, 8},
+        {"exactly", 640, 480, 640, 480, 1, 0, 0, 640, 480},
+        {"in a window of one pixel", 9576, 6388, 1, 1, 1.0 / 9576, 0, 0, 1, 1},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        const ImageViewport view = viewOf(row.imageWidth, row.imageHeight, row.width, row.height);
+        const ViewWindow window = view.window();
+        EXPECT_DOUBLE_EQ(view.scale(), row.scale);
+        EXPECT_EQ(window.x, row.x);
+        EXPECT_EQ(window.y, row.y);
+        EXPECT_EQ(window.width, row.shownWidth);
+        EXPECT_EQ(window.height, row.shownHeight);
+    }
+    EXPECT_EQ(viewOf(0, 0, 100, 100).window().width, 0) << "nothing to show";
+    EXPECT_EQ(viewOf(100, 100, 0, 0).window().width, 0) << "nowhere to show it";
+}
+
+TEST(ImageViewport, ZoomingKeepsWhatIsUnderTheCursor) {
+    for (const ViewPoint cursor : {ViewPoint{400, 300}, ViewPoint{731, 122}, ViewPoint{50, 590}}) {
+        ImageViewport view = viewOf(6000, 4000, 800, 600);
+        view.zoomTo(1, {400, 300});
+        for (int step = 0; step < 4; ++step) {
+            const ViewPoint under = view.toImage(cursor);
+            view.zoomIn(cursor);
+            const ViewPoint after = view.toWindow(under);
+            EXPECT_NEAR(after.x, cursor.x, 1);
+            EXPECT_NEAR(after.y, cursor.y, 1);
+        }
+    }
+}
+
+TEST(ImageViewport, StepsThroughWholeFactorsFromWhereverItIs) {
+    ImageViewport view = viewOf(1000, 1000, 370, 370);
+    for (const double scale : {1.0 / 2, 1.0, 2.0, 3.0, 4.0}) {
+        view.zoomIn(view.middle());
+        EXPECT_DOUBLE_EQ(view.scale(), scale);
+    }
+    for (const double scale : {3.0, 2.0, 1.0, 1.0 / 2, 0.37, 0.37}) {
+        view.zoomOut(view.middle());
+        EXPECT_DOUBLE_EQ(view.scale(), scale);
+    }
+    EXPECT_TRUE(view.fitted()) << "as small as the whole image follows the window";
+    for (int step = 0; step < 50; ++step) view.zoomIn(view.middle());
+    EXPECT_DOUBLE_EQ(view.scale(), 32);
+}
+
+TEST(ImageViewport, TheNextExposureKeepsTheViewAnotherFormatDoesNot) {
+    ImageViewport view = viewOf(3000, 2000, 800, 600);
+    view.zoomTo(2, {100, 100});
+    view.pan(-300, -200);
+    const ViewWindow before = view.window();
+    view.setImageSize(3000, 2000);
+    EXPECT_EQ(view.window(), before);
+    view.setImageSize(1500, 1000);
+    EXPECT_TRUE(view.fitted());
+}
+
+TEST(ImageViewport, CantBeDrawnOffTheImage) {
+    ImageViewport view = viewOf(3000, 2000, 800, 600);
+    view.zoomTo(1, view.middle());
+    view.pan(1e6, 1e6);
+    EXPECT_EQ(view.window().left, 0);
+    EXPECT_EQ(view.window().top, 0);
+    view.pan(-1e6, -1e6);
+    EXPECT_EQ(view.window().left, 3000 - 800);
+    EXPECT_EQ(view.window().top, 2000 - 600);
+    EXPECT_EQ(view.window().width, 800);
+}
+
+TEST(ImageViewport, AResizedWindowKeepsItsMiddleOrTheWholeImage) {
+    ImageViewport view = viewOf(3000, 2000, 800, 600);
+    view.setWindowSize(1500, 1000);
+    EXPECT_DOUBLE_EQ(view.scale(), 0.5);
+    view.zoomTo(1, view.middle());
+    const ViewPoint middle = view.toImage(view.middle());
+    view.setWindowSize(900, 700);
+    EXPECT_NEAR(view.toImage(view.middle()).x, middle.x, 0.5);
+    EXPECT_NEAR(view.toImage(view.middle()).y, middle.y, 0.5);
+    view.pan(-1e6, -1e6);
+    view.setWindowSize(1000, 800);
+    EXPECT_EQ(view.window().left, 3000 - 1000) << "and shows nothing beside the image";
+}
+
+TEST(ImageViewport, PixelCentresStandAtWholeNumbers) {
+    ImageViewport view = viewOf(10, 10, 80, 80);  // eightfold
+    EXPECT_DOUBLE_EQ(view.toImage({4, 4}).x, 0);
+    EXPECT_DOUBLE_EQ(view.toWindow({9, 9}).y, 76);
+}
+
+}  // namespace
+}  // namespace vantrel::imaging

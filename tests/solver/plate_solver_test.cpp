@@ -1,0 +1,293 @@
+// The engine on drawn fields: the places of real stars through known world coordinates.
+
+#include "solver/plate_solver.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "fits/fits_image.h"
+#include "sky/tycho_catalog.h"
+#include "support/star_field.h"
+
+namespace vantrel::solver {
+namespace {
+
+using fits::FitsImage;
+using sky::fromTangentPlane;
+using sky::SkyPosition;
+
+const sky::TychoCatalog& stars() {
+    static const auto catalog = sky::TychoCatalog::openBuiltIn();
+    return *catalog;
+}
+
+FitsImage imageOf(const test::StarField& field, bool empty = false) {
+    const auto counts = test::drawField(empty ? nullptr : &stars(), field);
+    return {field.width, field.height, std::vector<float>(counts.begin(), counts.end())};
+}
+
+struct Start {
+    SkyPosition place;
+    double scale = 1;
+    double offset = 1.5;
+};
+
+std::optional<PlateSolution> solve(const test::StarField& field, const Start& start) {
+    const auto image = imageOf(field);
+    const StarList found = findStars(image, {});
+    const PlateGeometry geometry{static_cast<double>(field.width), static_cast<double>(field.height),
+                                 start.scale, start.scale, found.binning};
+    const SearchArea area = searchArea(geometry, start.place, start.offset, found.stars.size());
+    return solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
+}
+
+double offPixels(const test::StarField& field, const PlateSolution& solution) {
+    return sky::separationDeg(solution.centre, field.wcs.reference) /
+           std::hypot(field.wcs.cd[0], field.wcs.cd[2]);
+}
+
+test::StarField fieldOf(SkyPosition centre, double scale, double turn, bool mirrored) {
+    test::StarField field;
+    field.width = 900;
+    field.height = 680;
+    field.wcs = test::wcsFor(field.width, field.height, centre, scale, turn, mirrored);
+    return field;
+}
+
+// The matrix that roll and scales make must take every pixel to where the field was drawn: the promise on
+// which a star is put onto a wanted pixel.
+TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
+    std::mt19937 random(20);
+    std::uniform_real_distribution<double> unit(0, 1);
+    std::vector<double> errors;
+    for (int i = 0; i < 25; ++i) {
+        const double scale = 3.2 + 6 * unit(random);  // 0.8 degrees wide and more
+        const double turn = 15.0 * i;
+        const bool mirrored = i % 2 == 0;
+        auto field = fieldOf(test::anywhere(random), scale, turn, mirrored);
+        field.seed = static_cast<unsigned>(i);
+        field.fwhm = 1.8 + 2.5 * unit(random);
+        const SkyPosition start =
+            fromTangentPlane({1.4 * unit(random) - 0.7, 1.4 * unit(random) - 0.7}, field.wcs.reference);
+        const auto solution = solve(field, {start, scale * (0.86 + 0.28 * unit(random))});
+        ASSERT_TRUE(solution) << i;
+        errors.push_back(offPixels(field, *solution));
+        EXPECT_LT(errors.back(), 0.5) << i;
+        EXPECT_EQ(solution->mirrored(), mirrored) << i;
+        EXPECT_GT(solution->orientation.scaleX, 0);
+        EXPECT_NEAR(std::remainder(solution->orientation.rollDeg - turn, 360), 0, 0.05) << i;
+        const auto cd = matrixOf(solution->orientation);
+        const sky::TangentWcs told{solution->centre, {449.5, 339.5}, {cd[0], cd[1], cd[2], cd[3]}};
+        for (const sky::PixelPosition pixel : {sky::PixelPosition{0, 0}, {899, 0}, {200, 679}})
+            EXPECT_LT(sky::separationDeg(told.toSky(pixel), field.wcs.toSky(pixel)) * 3600 / scale, 0.7) << i;
+    }
+    std::sort(errors.begin(), errors.end());
+    EXPECT_LT(errors[errors.size() / 2], 0.15);
+}
+
+TEST(SolvePlate, CopesWithTheEveryday) {
+    const SkyPosition anywhere{58, -28};
+    const struct {
+        const char* why;
+        SkyPosition centre;
+        double scale;
+        void (*change)(test::StarField& field);
+        double offset = 1.5;
+    } cases[] = {
+        {"hot pixels by the hundred", anywhere, 5, [](auto& f) { f.hotShare = 0.0008; }},
+        {"hot pixels, sharp stars", anywhere, 5, [](auto& f) { f.hotShare = 0.0008, f.fwhm = 1.6; }},
+        {"a colour sensor's raw image", anywhere, 5, [](auto& f) { f.mosaic = true; }},
+        {"a bright sky", anywhere, 5, [](auto& f) { f.sky = 20000; }},
+        {"bloated stars", anywhere, 5, [](auto& f) { f.fwhm = 7; }, 1},
+        {"the pole", {100, 89.95}, 5, [](auto&) {}},
+        {"across 0 hours", {359.9, 10}, 5, [](auto&) {}},
+        {"the Milky Way", {290, 10}, 6, [](auto&) {}},
+        {"20 degrees wide", {10, -30}, 80, [](auto& f) { f.tenthMagnitude = 3000; }},
+    };
+    for (const auto& c : cases) {
+        auto field = fieldOf(c.centre, c.scale, 77, false);
+        c.change(field);
+        const auto solution =
+            solve(field, {fromTangentPlane({0.5, -0.5}, c.centre), c.scale * 0.97, c.offset});
+        ASSERT_TRUE(solution) << c.why;
+        EXPECT_LT(offPixels(field, *solution), 0.3) << c.why;
+    }
+}
+
+// Pixels without a value must neither hide stars nor pass for some: dead columns, the corners of turned and
+// stacked images, pixels that a calibration took out.
+TEST(FindStars, SeesPastPixelsWithoutAValue) {
+    using IsBlank = bool (*)(std::size_t x, std::size_t y);
+    const struct {
+        const char* why;
+        IsBlank isBlank;
+    } cases[] = {
+        {"a third of the image", [](std::size_t x, std::size_t) { return x < 300; }},
+        {"the corners", [](std::size_t x, std::size_t y) { return x + y < 400 || x + y > 1150; }},
+        {"some columns", [](std::size_t x, std::size_t) { return x % 50 == 7; }},
+        {"every third row", [](std::size_t, std::size_t y) { return y % 3 == 1; }},
+        {"one of eleven", [](std::size_t x, std::size_t y) { return (7 * x + 13 * y) % 11 == 0; }},
+        {"an island", [](std::size_t x, std::size_t y) { return x < 350 || x > 600 || y < 200 || y > 400; }},
+    };
+    for (const std::size_t scale : {1, 2}) {  // not binned, and binned by two
+        test::StarField field = fieldOf({290, 10}, 6.0 / static_cast<double>(scale), 20, false);
+        field.width *= scale;
+        field.height *= scale;
+        field.fwhm *= static_cast<double>(scale);
+        field.wcs =
+            test::wcsFor(field.width, field.height, {290, 10}, 6.0 / static_cast<double>(scale), 20, false);
+        const auto counts = test::drawField(&stars(), field);
+        std::vector<float> pixels(counts.begin(), counts.end());
+        for (std::size_t i = 0; i < pixels.size(); ++i)  // a bright sky aslant
+            pixels[i] += 5000 + static_cast<float>(i % field.width) / static_cast<float>(2 * scale);
+        const auto whole = findStars(FitsImage(field.width, field.height, pixels), {}).stars;
+        for (const auto& c : cases)
+            for (const float blank : {NAN, INFINITY}) {
+                SCOPED_TRACE(std::string(c.why) + " × " + std::to_string(scale));
+                const auto isBlank = [&](double x, double y) {
+                    return c.isBlank(static_cast<std::size_t>(x) / scale,
+                                     static_cast<std::size_t>(y) / scale);
+                };
+                std::vector<float> holed = pixels;
+                for (std::size_t i = 0; i < holed.size(); ++i)
+                    if (isBlank(static_cast<double>(i % field.width), static_cast<double>(i / field.width)))
+                        holed[i] = blank;
+                const auto found = findStars(FitsImage(field.width, field.height, holed), {}).stars;
+                const auto isIn = [&](const ImageStar& star, const std::vector<ImageStar>& list) {
+                    return std::any_of(list.begin(), list.end(), [&](const ImageStar& other) {
+                        return std::hypot(star.x - other.x, star.y - other.y) <
+                               1.5 * static_cast<double>(scale);
+                    });
+                };
+                std::size_t truly = 0, bright = 0, brightFound = 0;
+                for (const ImageStar& star : found) truly += isIn(star, whole);
+                for (std::size_t i = 0; i < whole.size() * 2 / 3; ++i) {
+                    bool clear = true;
+                    for (int dy = -4; dy <= 4; ++dy)
+                        for (int dx = -4; dx <= 4; ++dx)
+                            clear = clear && !isBlank(whole[i].x + dx, whole[i].y + dy);
+                    bright += clear;
+                    brightFound += clear && isIn(whole[i], found);
+                }
+                EXPECT_GE(truly * 10, found.size() * 9);
+                EXPECT_GE(brightFound * 100, bright * 97);
+            }
+    }
+}
+
+TEST(SolvePlate, SolvesSmallFieldsThatHoldSixStars) {
+    std::mt19937 random(5);
+    int tried = 0;
+    while (tried < 12) {
+        test::StarField field;
+        field.width = 1152;
+        field.height = 774;
+        field.seed = static_cast<unsigned>(tried);
+        const SkyPosition centre = test::anywhere(random);
+        field.wcs = test::wcsFor(field.width, field.height, centre, 2, 30.0 * tried, tried % 2 == 0);
+        int inside = 0;
+        for (const auto& star : stars().cone({.raDeg = centre.ra, .decDeg = centre.dec, .radiusDeg = 0.5})) {
+            const auto at = field.wcs.toPixel({star.raDeg, star.decDeg});
+            inside += at && at->x > 4 && at->y > 4 && at->x < 1147 && at->y < 769;
+        }
+        if (inside < 6 || inside > 12) continue;  // the poor ones are what matters
+        ++tried;
+        const auto solution = solve(field, {fromTangentPlane({0.3, 0.4}, centre), 2.2});
+        ASSERT_TRUE(solution) << inside << " stars at " << centre.ra << " " << centre.dec;
+        EXPECT_LT(offPixels(field, *solution), 0.5);
+    }
+}
+
+// bench/solver_trials.cpp does the same by the thousand.
+TEST(SolvePlate, FindsNothingWhereNothingIs) {
+    std::mt19937 random(8);
+    std::uniform_real_distribution<double> unit(0, 1);
+    for (int i = 0; i < 15; ++i) {
+        std::vector<ImageStar> chance;
+        const int count = 4 + 20 * i;
+        chance.reserve(static_cast<std::size_t>(count));
+        for (int s = 0; s < count; ++s)
+            chance.push_back({899 * unit(random), 679 * unit(random), 1e6 / (s + 1)});
+        const PlateGeometry geometry{900, 680, 5, 5, 1};
+        const SearchArea area = searchArea(geometry, test::anywhere(random), 1.5, chance.size());
+        EXPECT_FALSE(solvePlate(geometry, chance, area, stars().cone(area.query(2000, 99)), {})) << i;
+    }
+    for (int i = 0; i < 8; ++i) {
+        const auto field = fieldOf({40.0 * i, 10}, 5, 10, false);
+        EXPECT_FALSE(solve(field, {{40.0 * i + 90, -20}, 5})) << i;
+    }
+}
+
+TEST(SolvePlate, GivesUpQuietlyWithTooLittle) {
+    const PlateGeometry geometry{900, 680, 5, 5, 1};
+    const SearchArea area = searchArea(geometry, {0, 0}, 1, 0);
+    const auto catalogue = stars().cone(area.query(2000, 99));
+    const std::vector<ImageStar> same(50, ImageStar{100, 100, 1000});
+    std::vector<ImageStar> line;
+    line.reserve(50);
+    for (int i = 0; i < 50; ++i) line.push_back({10.0 * i, 10.0 * i, 1000.0});
+    for (const auto& few : {std::vector<ImageStar>{}, same, line})
+        EXPECT_FALSE(solvePlate(geometry, few, area, catalogue, {}));
+    EXPECT_FALSE(solvePlate(geometry, line, area, {}, {}));
+}
+
+TEST(SolvePlate, ObeysItsLimits) {
+    const auto field = fieldOf({150, 30}, 5, 20, false);
+    const auto image = imageOf(field);
+    const StarList found = findStars(image, {});
+    const PlateGeometry geometry{900, 680, 5, 5, found.binning};
+    const SearchArea area = searchArea(geometry, {150, 30}, 1, found.stars.size());
+    const auto catalogue = stars().cone(area.query(2000, 99));
+    const auto free = solvePlate(geometry, found.stars, area, catalogue, {});
+    ASSERT_TRUE(free);
+    EXPECT_FALSE(solvePlate(geometry, found.stars, area, catalogue, {.minimumMatches = free->matched + 20}));
+    const auto strict = solvePlate(geometry, found.stars, area, catalogue, {.maximumResidualArcsec = 1});
+    ASSERT_TRUE(strict);
+    EXPECT_LT(strict->matched, free->matched);
+    EXPECT_LT(strict->residualArcsec, 1);
+}
+
+TEST(FindStars, ObeysItsSettings) {
+    auto field = fieldOf({300, 40}, 5, 0, false);
+    const auto image = imageOf(field);
+    const auto all = findStars(image, {}).stars;
+    ASSERT_GT(all.size(), 100U);
+    EXPECT_TRUE(std::is_sorted(all.begin(), all.end(), [](auto& a, auto& b) { return a.flux > b.flux; }));
+    for (const ImageStar& star : findStars(image, {.exclusionBorder = 100}).stars) {
+        EXPECT_TRUE(star.x >= 100 && star.y >= 100 && star.x <= 799 && star.y <= 579);
+    }
+    const auto bright = findStars(image, {.minimumBrightness = 20000}).stars;
+    EXPECT_LT(bright.size(), all.size() / 2);
+    EXPECT_GE(bright.back().flux, 20000);
+    EXPECT_LT(findStars(image, {.sigmaAboveMean = 20}).stars.size(), all.size());
+    EXPECT_LT(findStars(image, {.minimumSize = 20}).stars.size(), all.size());
+    EXPECT_EQ(findStars(image, {.atMost = 7}).stars.size(), 7U);
+    EXPECT_GT(findStars(image, {.filterFwhmPixels = 3}).stars.size(), 50U);
+    EXPECT_EQ(findStars(image, {}).binning, 1U);
+    field.mosaic = true;
+    EXPECT_EQ(findStars(imageOf(field), {}).binning, 2U) << "the colours of a raw image are seen and mixed";
+}
+
+TEST(FindStars, FindsNoStarsInPlainImages) {
+    auto field = fieldOf({0, 0}, 5, 0, false);
+    field.hotShare = 0.0005;
+    EXPECT_LT(findStars(imageOf(field, true), {}).stars.size(), 10U);
+    const float nan = std::nanf("");
+    for (const auto& [width, height, value] :
+         {std::tuple{100, 100, 500.0F}, {1, 1, 7.0F}, {300, 2, 0.0F}, {64, 64, nan}}) {
+        const auto w = static_cast<std::size_t>(width), h = static_cast<std::size_t>(height);
+        EXPECT_TRUE(findStars(FitsImage(w, h, std::vector<float>(w * h, value)), {}).stars.empty()) << width;
+    }
+    std::vector<float> wild(128 * 128);
+    for (std::size_t i = 0; i < wild.size(); ++i) wild[i] = i % 3 == 0 ? 3e38F : i % 3 == 1 ? -3e38F : nan;
+    findStars(FitsImage(128, 128, wild), {});
+    std::vector<float> chequered(400 * 400);
+    for (std::size_t i = 0; i < chequered.size(); ++i)
+        chequered[i] = (i / 4 + i / 1600) % 2 == 0 ? 0.0F : 60000.0F;
+    findStars(FitsImage(400, 400, chequered), {});
+}
+
+}  // namespace
+}  // namespace vantrel::solver
