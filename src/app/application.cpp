@@ -8,6 +8,7 @@
 #include "app/start_order.h"
 #include "app/startup.h"
 #include "platform/errors.h"
+#include "platform/text.h"
 
 namespace vantrel::app {
 
@@ -130,6 +131,24 @@ bool Application::busy() const { return wiring_->parts.busy.busy(); }
 bool Application::stopping() const {
     return wiring_->parts.state.StopRequested || wiring_->parts.state.AppUnloading;
 }
+platform::PictureFacts Application::pictureFacts() {
+    Parts& parts = wiring_->parts;
+    platform::PictureFacts facts;
+    const auto stored = [&](const char* section, const char* key) -> std::optional<double> {
+        const std::string text = platform::trimmed(parts.settings.GetSetting(section, key, ""));
+        return text.empty() ? std::nullopt : std::optional(platform::leadingNumber(text));
+    };
+    facts.position = parts.telescope.positionIfKnown();
+    if (facts.position) facts.telescope = parts.telescope.TelescopeName();
+    const auto latitude = stored("Main", "SiteLatitude"), longitude = stored("Main", "SiteLongitude");
+    if (latitude && longitude) facts.site = {*latitude, *longitude};
+    facts.focalLength = stored("Solve", "TelescopeFL");
+    const bool inches = parts.settings.GetSetting("Solve", "FocalLengthUnits", "mm") == "in";
+    if (facts.focalLength && inches) *facts.focalLength *= 25.4;
+    if (facts.focalLength && !(*facts.focalLength > 0)) facts.focalLength.reset();
+    return facts;
+}
+
 void Application::reportFailure(const std::string& handler) { wiring_->report(handler); }
 MessageLog& Application::log() { return wiring_->parts.log; }
 PopupMessages& Application::popups() { return wiring_->parts.popups; }

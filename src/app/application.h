@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "platform/machine.h"
+#include "platform/picture_facts.h"
 #include "platform/signal.h"
 
 namespace vantrel::app {
@@ -42,6 +43,9 @@ class Application {
 
     /// The operator asked for a stop or the end: nothing that takes long is worth waiting for.
     bool stopping() const;
+
+    /// What is known of a picture whose exposure begins now. Asks the mount where it points.
+    platform::PictureFacts pictureFacts();
 
     /// Inside a catch block: logs the failure that left a handler. For the event loops' last barrier.
     void reportFailure(const std::string& handler);

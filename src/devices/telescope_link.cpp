@@ -247,6 +247,15 @@ void TelescopeLink::repeatReadOfDec(double& dec) {
                                " returned illegal Dec value of: " + toText(dec));
 }
 
+std::optional<PictureFacts::Position> TelescopeLink::positionIfKnown() {
+    try {
+        if (!driver_ || !TelescopeIsConnected()) return std::nullopt;
+        return PictureFacts::Position{get("RightAscension").toDouble(), get("Declination").toDouble()};
+    } catch (...) {
+        return std::nullopt;  // a picture without a position is a picture all the same
+    }
+}
+
 void TelescopeLink::SlewToCoordinates(double ra, double dec) {
     constexpr int kTrials = 5;
     const auto& stop = services_.state.StopRequested;

@@ -10,6 +10,7 @@
 
 #include "devices/frm_telescope.h"
 #include "devices/services.h"
+#include "platform/picture_facts.h"
 
 namespace vantrel::devices {
 
@@ -41,6 +42,9 @@ class TelescopeLink : public engine::TelescopePort {
     /// A reading beyond ±90 is repeated for about a second, then reported and returned as it is; -1000 when
     /// no driver is connected.
     double GetTelescopeDec() override;
+    /// Where the mount says that it points; nothing when none is connected or it doesn't tell. Reports
+    /// nothing.
+    std::optional<platform::PictureFacts::Position> positionIfKnown();
     void SlewToCoordinates(double ra, double dec) override;
     /// Sends the mount one command to slew (hours, degrees); true when it took it.
     bool TelescopeMoveIsSuccessful(double ra, double dec);

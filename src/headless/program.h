@@ -33,6 +33,7 @@ class OperatedApplication : public OperatedProgram {
 
     bool stopping() const { return application_.stopping(); }
     void tell(const std::string& line) { application_.log().AddToLog(line); }
+    platform::PictureFacts pictureFacts() { return application_.pictureFacts(); }
 
     /// Inside a catch block.
     void reportFailure() { application_.reportFailure("event loop"); }

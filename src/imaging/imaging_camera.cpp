@@ -1,5 +1,6 @@
 #include "imaging/imaging_camera.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -27,10 +28,18 @@ void requireInside(const ExposureOrder& order, const platform::CameraFacts& came
     if (!inside) throw std::runtime_error("The sub-frame lies outside the sensor");
 }
 
+/// The camera's own word counts.
+void addMissing(std::vector<fits::FitsCard>& header, const std::vector<fits::FitsCard>& cards) {
+    for (const fits::FitsCard& card : cards)
+        if (std::none_of(header.begin(), header.end(),
+                         [&](const fits::FitsCard& own) { return own.keyword == card.keyword; }))
+            header.push_back(card);
+}
+
 }  // namespace
 
-ImagingCamera::ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware)
-    : loop_(loop), hardware_(hardware) {}
+ImagingCamera::ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware, Beside beside)
+    : loop_(loop), hardware_(hardware), beside_(std::move(beside)) {}
 
 ImagingCamera::~ImagingCamera() { hardware_.onProgress = nullptr; }
 
@@ -58,6 +67,7 @@ void ImagingCamera::start(const ExposureOrder& order, Delivery delivery) {
     requireInside(order, camera);
     watch_.reset();
     failure_.reset();
+    cards_ = beside_ ? beside_() : std::vector<fits::FitsCard>();
     delivery_ = std::move(delivery);
     hardware_.onProgress = [this] { look(); };
     hardware_.start(order);
@@ -91,6 +101,7 @@ void ImagingCamera::look() {
 
 void ImagingCamera::deliver() {
     Picture picture = pictureOf(hardware_.take());
+    addMissing(picture.header, cards_);
     const Delivery delivery = std::move(delivery_);
     if (delivery) delivery(std::move(picture));
 }

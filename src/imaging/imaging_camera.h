@@ -27,8 +27,11 @@ class ImagingCamera {
 
     static constexpr int kAborted = 65535;  // failure number of an exposure that was aborted
 
+    /// Cards that the camera can't know, asked for when an exposure begins.
+    using Beside = std::function<std::vector<fits::FitsCard>()>;
+
     /// The only one of that hardware, which must outlive it.
-    ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware);
+    ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware, Beside beside = {});
     ~ImagingCamera();
     ImagingCamera(const ImagingCamera&) = delete;
     ImagingCamera& operator=(const ImagingCamera&) = delete;
@@ -60,7 +63,9 @@ class ImagingCamera {
 
     platform::EventLoop& loop_;
     platform::CameraHardware& hardware_;
-    std::string holder_;  // empty: nobody
+    Beside beside_;
+    std::vector<fits::FitsCard> cards_;  // of the exposure under way, beside the camera's own
+    std::string holder_;                 // empty: nobody
     Delivery delivery_;
     platform::TimerHandle watch_;  // while an exposure is under way
     std::optional<platform::OperationError> failure_;

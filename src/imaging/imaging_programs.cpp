@@ -17,9 +17,11 @@ ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, const platform::Fold
       ccdSoft_(bench_),
       builtIn_(bench_) {}
 
-void ImagingPrograms::useCamera(std::shared_ptr<platform::CameraHardware> hardware) {
+void ImagingPrograms::useCamera(std::shared_ptr<platform::CameraHardware> hardware,
+                                ImagingCamera::Beside beside) {
     if (hardware == real_) return;
-    auto next = hardware ? std::make_unique<ImagingCamera>(bench_.loop, *hardware) : nullptr;
+    auto next =
+        hardware ? std::make_unique<ImagingCamera>(bench_.loop, *hardware, std::move(beside)) : nullptr;
     builtIn_.useCamera(next ? *next : camera_);
     realCamera_ = std::move(next);
     real_ = std::move(hardware);

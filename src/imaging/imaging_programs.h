@@ -26,8 +26,9 @@ class ImagingPrograms {
     ImagingCamera& camera() { return camera_; }
     OpenDocuments& documents() { return documents_; }
     const OpenDocuments& documents() const { return documents_; }
-    /// The camera of the built-in camera program from now on; nothing: everybody's.
-    void useCamera(std::shared_ptr<platform::CameraHardware> hardware);
+    /// The camera of the built-in camera program from now on, and what is known of its pictures beside;
+    /// nothing: everybody's.
+    void useCamera(std::shared_ptr<platform::CameraHardware> hardware, ImagingCamera::Beside beside = {});
     /// The built-in camera program's, as it says of itself.
     const platform::CameraHardware& chosenCamera() const;
     MaxImProgram& maxIm() { return maxIm_; }

@@ -5,6 +5,7 @@
 
 #include "platform/text.h"
 #include "sky/epoch.h"
+#include "station/picture_cards.h"
 
 namespace vantrel::station {
 namespace {
@@ -202,7 +203,9 @@ void Devices::useCamera(const std::string& id) {
     } catch (const std::exception& error) {
         surroundings_.tell(error.what());
     }
-    surroundings_.observatory.imaging().useCamera(std::move(camera));
+    surroundings_.observatory.imaging().useCamera(std::move(camera), [this] {
+        return picturesCards(surroundings_.pictureFacts(), surroundings_.loop.clock().utc());
+    });
 }
 
 }  // namespace vantrel::station

@@ -20,6 +20,7 @@
 #include "platform/dialogs.h"
 #include "platform/event_loop.h"
 #include "platform/outside_call.h"
+#include "platform/picture_facts.h"
 #include "platform/settings_root.h"
 
 namespace vantrel::station {
@@ -35,6 +36,7 @@ struct DeviceSurroundings {
     std::function<bool()> stopping;
     std::function<void(const std::string& line)> tell;
     std::function<bool(const std::string& address)> openPage;
+    std::function<platform::PictureFacts()> pictureFacts;
     bool mayLook = false;  // for devices in the network
 };
 

@@ -50,9 +50,12 @@ DeviceSurroundings Station::deviceSurroundings() {
     const auto openPage = [this](const std::string& address) {
         return surroundings_.openPage && surroundings_.openPage(address);
     };
-    return {surroundings_.loop, outsideCalls_,        surroundings_.settings, surroundings_.dialogs,
-            classes_,           observatory_,         surroundings_.stopping, tell,
-            openPage,           surroundings_.network};
+    const auto pictureFacts = [this] {
+        return surroundings_.pictureFacts ? surroundings_.pictureFacts() : platform::PictureFacts();
+    };
+    return {surroundings_.loop, outsideCalls_, surroundings_.settings, surroundings_.dialogs,
+            classes_,           observatory_,  surroundings_.stopping, tell,
+            openPage,           pictureFacts,  surroundings_.network};
 }
 
 /// The helper classes come with the drivers' platform, not with a program.

@@ -14,6 +14,7 @@
 #include "platform/folder_map.h"
 #include "platform/machine.h"
 #include "platform/outside_call.h"
+#include "platform/picture_facts.h"
 #include "platform/settings_root.h"
 #include "station/devices.h"
 
@@ -31,7 +32,8 @@ struct Surroundings {
     std::function<void(const std::string& progId)> setUp = {};
     std::function<void(const std::string& line)> tell = {};         // a line for the log
     std::function<bool(const std::string& address)> openPage = {};  // in the browser; false when that failed
-    bool network = false;                                           // devices may be looked for in it
+    std::function<platform::PictureFacts()> pictureFacts = {};
+    bool network = false;  // devices may be looked for in it
 };
 
 class Station {

@@ -31,7 +31,7 @@ LATITUDE, LONGITUDE = 50.0, 10.0
 WITHIN = 30.0  # arc-seconds on the sky
 SETTINGS = {
     "PolarAlign": {"ImagingSoftware": "BuiltIn", "PlateSolveMethod": "0", "DeltaRA": "30", "DelayAfterSlew": "1"},
-    "Solve": {"CamBin": "1", "ScaleH": "3.6", "ScaleV": "3.6"},
+    "Solve": {"CamBin": "1", "ScaleH": "3.6", "ScaleV": "3.6", "TelescopeFL": "370"},
 }
 
 
@@ -49,7 +49,7 @@ def free_port():
 
 
 @contextlib.contextmanager
-def indi_server(stars, loopback_only):
+def indi_server(stars, loopback_only, sensor=None):
     """Debian's server with its simulators, heard on this machine alone; yields what the program needs to be told."""
     with tempfile.TemporaryDirectory() as home:
         port = free_port()
@@ -57,7 +57,7 @@ def indi_server(stars, loopback_only):
             os.environ,
             HOME=home,
             PATH=f"{stars}:{os.environ['PATH']}",
-            LD_PRELOAD=loopback_only,
+            LD_PRELOAD=str(loopback_only),
             MISALIGNED_SKY=f"{AZIMUTH} {ELEVATION} {LATITUDE} {LONGITUDE}",
         )
         command = ["indiserver", "-p", str(port), "-u", f"{home}/socket"]
@@ -67,7 +67,7 @@ def indi_server(stars, loopback_only):
                 command + drivers, env=surroundings, stdout=log, stderr=log, start_new_session=True
             )
         try:
-            prepare_indi(port)
+            prepare_indi(port, sensor)
             where = f"localhost:{port}"
             yield {
                 "Hosts": {"IndiServers": where},
@@ -81,8 +81,8 @@ def indi_server(stars, loopback_only):
             server.wait()
 
 
-def prepare_indi(port):
-    """What stands in these drivers' own settings at a real observatory: the site, the focal length."""
+def prepare_indi(port, sensor):
+    """What stands in these drivers' own settings at a real observatory: the site, the focal length, the sensor."""
     deadline = time.monotonic() + 20
     while True:
         try:
@@ -96,6 +96,9 @@ def prepare_indi(port):
         client.settimeout(20)
         talk = IndiTalk(client)
         talk.say('<getProperties version="1.7"/>')
+        if sensor:
+            settings = talk.numbers_of("CCD Simulator", "SIMULATOR_SETTINGS")
+            talk.numbers("CCD Simulator", "SIMULATOR_SETTINGS", **{**settings, "SIM_XRES": sensor[0], "SIM_YRES": sensor[1]})
         for device in ("Telescope Simulator", "CCD Simulator"):
             talk.hear(f'device="{device}" name="CONNECTION"')
             talk.switch(device, "CONNECTION", "CONNECT")
@@ -118,12 +121,21 @@ class IndiTalk:
     def say(self, text):
         self.client.sendall(text.encode())
 
-    def hear(self, text):
-        while text not in self.heard:
+    def hear(self, text, after=0):
+        while text not in self.heard[after:]:
             got = self.client.recv(65536)
             if not got:
                 raise Failure(f"the server hung up before it said {text}")
             self.heard += got.decode(errors="replace")
+
+    def numbers_of(self, device, name):
+        """As they were defined."""
+        begin = f'<defNumberVector device="{device}" name="{name}"'
+        self.hear(begin)
+        self.hear("</defNumberVector>", self.heard.index(begin))
+        text = self.heard[self.heard.index(begin):]
+        text = text[: text.index("</defNumberVector>")]
+        return dict(re.findall(r'<defNumber name="(\w+)"[^>]*>\s*([^<\s]+)', text))
 
     def switch(self, device, name, element):
         self.say(
@@ -143,13 +155,14 @@ def two_hours_past_the_meridian():
 
 
 @contextlib.contextmanager
-def alpaca_server(program, sky_picture):
+def alpaca_server(program, sky_picture, others=None):
     settings = {
         "latitude": LATITUDE,
         "longitude": LONGITUDE,
         "axisAzimuth": AZIMUTH,
         "axisElevation": ELEVATION,
-        "pictureTool": [sky_picture],
+        "pictureTool": [str(sky_picture)],
+        **(others or {}),
     }
     server = subprocess.Popen(
         [sys.executable, program, "--set", json.dumps(settings)],
@@ -207,6 +220,18 @@ def measured(operator):
     return [float(re.search(rf"{name} error: *(-?[0-9.]+)", log).group(1)) for name in ("Azimuth", "Elevation")]
 
 
+def look_at_header(picture):
+    """What astronomers expect of it, whoever wrote it."""
+    header = picture.read_bytes()[:20_000].decode("latin-1")
+    cards = {header[at : at + 8].strip(): header[at + 10 : at + 80] for at in range(0, len(header) - 80, 80)}
+    for keyword in ("EXPTIME", "DATE-OBS", "XPIXSZ", "FOCALLEN", "RA", "DEC", "OBJCTRA", "SITELAT", "INSTRUME", "TELESCOP"):
+        if keyword not in cards:
+            raise Failure(f"the picture's header has no {keyword}")
+    declination = float(cards["DEC"].split("/")[0])
+    if abs(declination - 45) > 0.5:
+        raise Failure(f"the picture's header tells a declination of {declination}")
+
+
 def measure(program, devices):
     with tempfile.TemporaryDirectory() as home:
         stored = pathlib.Path(home) / "first-settings.json"
@@ -219,7 +244,9 @@ def measure(program, devices):
                 operator.wait(log=text, seconds=20)
             operator.type("frmMain.txtExposeInterval", devices["exposure"])
             choose_devices(operator, devices["mount"], devices["camera"])
-            return measured(operator)
+            result = measured(operator)
+            look_at_header(next(pathlib.Path(home).glob("home/**/SavedImage.fit")))
+            return result
         except (Failure, OperatorError) as error:
             raise Failure("\n".join([*operator.log(), str(error)])) from error
         finally:
