@@ -4,7 +4,10 @@
 #include <array>
 #include <cmath>
 
+#include <Eigen/Core>
+
 #include "engine/angles.h"
+#include "engine/axis/axis_report.h"
 #include "platform/errors.h"
 
 namespace vantrel::engine {
@@ -24,6 +27,42 @@ Validity validityOf(const PolarErrorResult& result, const std::array<PlatePositi
     std::array<double, kPlates> corrected{};
     for (std::size_t i = 0; i < kPlates; ++i) corrected[i] = positions[i].ScopeHA - result.error.OffsetRA;
     return astrideSixHours(corrected) ? Validity::kAstrideSixHours : Validity::kValid;
+}
+
+Eigen::Vector3d axisOf(const std::array<PlatePosition, kPlates>& positions, double scopeDec) {
+    const auto [l, m, N] = northernEnd(CalcPolarError(positions, scopeDec).error);
+    return {l, m, N};
+}
+
+/// What small errors of the nine numbers do to the axis, each number changed in turn.
+AxisCovariance covarianceAbout(const std::array<PlatePosition, kPlates>& positions,
+                               std::span<const Plate> plates, double latitude, const FitSettings& settings) {
+    const double scopeDec = plates.front().reading->declination;
+    constexpr double kStep = 1e-6;  // radians
+    const auto effectOf = [&](std::size_t plate, double PlatePosition::*number, double stepInItsUnit) {
+        auto more = positions;
+        auto less = positions;
+        more[plate].*number += stepInItsUnit;
+        less[plate].*number -= stepInItsUnit;
+        return Eigen::Vector3d((axisOf(more, scopeDec) - axisOf(less, scopeDec)) / (2 * kStep));
+    };
+    Eigen::Matrix3d sum = Eigen::Matrix3d::Zero();
+    for (std::size_t i = 0; i < kPlates; ++i) {
+        const double cosine = std::cos(degreesToRadians(positions[i].Dec));
+        Eigen::Matrix<double, 3, 2> centre;
+        centre.col(0) = -effectOf(i, &PlatePosition::HA, radiansToHours(kStep)) / cosine;
+        centre.col(1) = effectOf(i, &PlatePosition::Dec, radiansToDegrees(kStep));
+        const PlateCovariance& c = plates[i].covariance;
+        const double floor = settings.centreFloor * settings.centreFloor;
+        Eigen::Matrix2d covariance;
+        covariance << c.eastEast + floor, c.eastNorth, c.eastNorth, c.northNorth + floor;
+        sum += centre * covariance * centre.transpose();
+        if (!std::isfinite(settings.readingSigma)) continue;
+        const Eigen::Vector3d reading =
+            settings.readingSigma * effectOf(i, &PlatePosition::ScopeHA, radiansToHours(kStep));
+        sum += reading * reading.transpose();
+    }
+    return covarianceOnSky(sum, axisOf(positions, scopeDec), latitude);
 }
 
 }  // namespace
@@ -52,14 +91,14 @@ AxisEstimate WrittenCalculation::estimate(std::span<const Plate> plates, const S
         const PolarErrorResult result = CalcPolarError(positions, plates.front().reading->declination);
         estimate.written = result.error;
         estimate.validity = validityOf(result, positions);
+        if (estimate.validity == Validity::kNoSolution) return estimate;
+        describePosition(estimate, northernEnd(result.error), site);
+        if (estimate.valid())
+            estimate.covariance = covarianceAbout(positions, plates, site.latitude, settings_);
     } catch (const platform::OperationError&) {
-        estimate.validity = Validity::kNoSolution;
+        // At the edge of what can be calculated: a value may stand there without its covariance.
+        if (!estimate.valid()) estimate.validity = Validity::kNoSolution;
     }
-    if (estimate.validity == Validity::kNoSolution) return estimate;
-
-    const DirectionCosines axis = northernEnd(estimate.written);
-    estimate.fromTruePole = offsetFromPole(axis, site.latitude, truePoleAltitude(site));
-    estimate.fromRefractedPole = offsetFromPole(axis, site.latitude, refractedPoleAltitude(site));
     return estimate;
 }
 

@@ -4,14 +4,23 @@
 #include <span>
 
 #include "engine/axis/axis_estimate.h"
+#include "engine/axis/fit_settings.h"
 
 namespace vantrel::engine {
 
 /// CalcPolarError of three plates with the mount's readings, unchanged. It knows no air, so that its axis is
-/// the one of a sky without refraction; the covariance is that of an axis through three points.
+/// the one of a sky without refraction.
+///
+/// The covariance counts errors of the plates' centres and, the farther the axis is from the pole, of the
+/// mount's readings, which the calculation takes for exact.
 class WrittenCalculation : public AxisEstimator {
   public:
+    explicit WrittenCalculation(const FitSettings& settings = {}) : settings_(settings) {}
+
     AxisEstimate estimate(std::span<const Plate> plates, const Site& site) const override;
+
+  private:
+    FitSettings settings_;
 };
 
 /// Whether some of these hour angles (hours) lie within six hours of the meridian and others beyond. The

@@ -2,14 +2,18 @@
 
 #include <array>
 #include <cmath>
+#include <random>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "simulated_mount.h"
+
 namespace vantrel::engine {
 namespace {
 
-Plate plate(double hourAngle, double declination, double read) {
+Plate plateAt(double hourAngle, double declination, double read) {
     return {.hourAngle = hourAngle, .declination = declination, .reading = MountReading{read, 40}};
 }
 
@@ -17,7 +21,7 @@ TEST(WrittenCalculation, IsTheOldOneToTheLastBit) {
     const std::array<PlatePosition, 3> positions{
         {{0.987, 40.113, 1.01}, {23.962, 40.147, 0.01}, {22.951, 40.185, 23.01}}};
     std::vector<Plate> plates;
-    for (const auto& p : positions) plates.push_back(plate(p.HA, p.Dec, p.ScopeHA));
+    for (const auto& p : positions) plates.push_back(plateAt(p.HA, p.Dec, p.ScopeHA));
     const PolarError expected = CalcPolarError(positions, 40).error;
     const AxisEstimate estimate = WrittenCalculation().estimate(plates, {.latitude = 50});
     ASSERT_TRUE(estimate.valid());
@@ -31,13 +35,14 @@ TEST(WrittenCalculation, IsTheOldOneToTheLastBit) {
 }
 
 TEST(WrittenCalculation, SaysWhenItCannotBeRight) {
-    const std::vector<Plate> good{plate(1, 40, 1), plate(0, 40, 0), plate(23, 40, 23)};
+    const std::vector<Plate> good{plateAt(1, 40, 1), plateAt(0, 40, 0), plateAt(23, 40, 23)};
     std::vector<Plate> two{good[0], good[1]};
     std::vector<Plate> silent = good;
     silent[1].reading.reset();
-    const std::vector<Plate> astride{plate(7, 40, 7), plate(6, 40, 6), plate(5, 40, 5)};
-    const std::vector<Plate> impossible{plate(1, 40, 0.9), plate(0.99, 55, 0.89), plate(0.98, 30, 0.88)};
-    const std::vector<Plate> broken{plate(std::nan(""), 40, 1), good[1], good[2]};
+    const std::vector<Plate> astride{plateAt(7, 40, 7), plateAt(6, 40, 6), plateAt(5, 40, 5)};
+    const std::vector<Plate> impossible{plateAt(1, 40, 0.9), plateAt(0.99, 55, 0.89),
+                                        plateAt(0.98, 30, 0.88)};
+    const std::vector<Plate> broken{plateAt(std::nan(""), 40, 1), good[1], good[2]};
     const struct {
         const std::vector<Plate>& plates;
         Validity validity;
@@ -49,6 +54,29 @@ TEST(WrittenCalculation, SaysWhenItCannotBeRight) {
                 {broken, Validity::kUnusableInput, "not a number"}};
     for (const auto& row : rows)
         EXPECT_EQ(WrittenCalculation().estimate(row.plates, {}).validity, row.validity) << row.why;
+}
+
+TEST(WrittenCalculation, IsAsGoodAsItSays) {
+    std::mt19937 random(4);
+    for (const auto& [amplitude, declination] : {std::pair{2.0, 40.0}, {60.0, 40.0}, {20.0, 0.0}}) {
+        test::SimulatedMount mount{.elevation = amplitude, .declination = declination};
+        const auto exact = mount.plates(test::arc(2, 20, 3));
+        constexpr int kTrials = 400;
+        int one = 0;
+        int two = 0;
+        for (int trial = 0; trial < kTrials; ++trial) {
+            const auto plates = test::blurred(exact, {.centre = 0.5}, random);
+            const auto estimate = WrittenCalculation({.centreFloor = 0}).estimate(plates, mount.site);
+            ASSERT_TRUE(estimate.covariance);
+            const double distance = estimate.covariance->chiSquareOf(
+                estimate.fromTruePole.azimuth * 60 * std::cos(50 * test::kDegree),
+                (estimate.fromTruePole.elevation - amplitude) * 60);
+            one += distance < 1;
+            two += distance < 4;
+        }
+        EXPECT_NEAR(one / 400.0, 0.39, 0.06) << amplitude << "' at " << declination;
+        EXPECT_NEAR(two / 400.0, 0.86, 0.05) << amplitude << "' at " << declination;
+    }
 }
 
 TEST(AstrideSixHours, LooksAtBothSides) {

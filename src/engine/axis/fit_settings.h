@@ -1,0 +1,18 @@
+// What the least-squares estimate takes for granted about telescope and mount, beyond what the solver knows
+// of a plate.
+#pragma once
+
+namespace vantrel::engine {
+
+/// All one sigma, in arc-seconds.
+struct FitSettings {
+    /// What moves the camera against the axis from plate to plate and differs each time: seeing, settling,
+    /// bearings. Added in quadrature to each plate's centre, in both directions.
+    double centreFloor = 0.2;
+    /// Flexure, which shows most in roll; added in quadrature to each position angle. Infinite: roll unused.
+    double rollFloor = 20;
+    /// Of the mount's hour angles: gears, backlash, where a slew ends. Infinite: readings unused.
+    double readingSigma = 60;
+};
+
+}  // namespace vantrel::engine
