@@ -2,25 +2,42 @@
 
 #include <cmath>
 
+#include "engine/angles.h"
+
 namespace vantrel::engine {
 
-double chiSquareTail(double value, int degreesOfFreedom) {
-    if (degreesOfFreedom <= 0 || !(value > 0)) return 1;
-    // Two degrees of freedom more add (x/2)^(k/2) exp(-x/2) / Γ(k/2 + 1).
+namespace {
+
+/// exp(x²) erfc(x); Abramowitz and Stegun, 7.1.23, where the factors leave the range of numbers.
+double scaledComplement(double x) {
+    if (x < 5) return std::exp(x * x) * std::erfc(x);
+    const double square = 2 * x * x;
+    return (1 - (1 - 3 / square) / square) / (x * std::sqrt(kPi));
+}
+
+}  // namespace
+
+double logChiSquareTail(double value, int degreesOfFreedom) {
+    if (degreesOfFreedom <= 0 || !(value > 0)) return 0;
+    // All terms without their factor exp(-x/2). Two degrees of freedom more add (x/2)^(k/2) / Γ(k/2 + 1).
     const double half = value / 2;
-    double tail = 0;
+    double sum = 0;
+    double term = 1;  // what brings k = 0, whose tail is 0, to 2
     int k = 0;
-    double term = std::exp(-half);  // what brings k = 0, whose tail is 0, to 2
     if (degreesOfFreedom % 2 == 1) {
-        tail = std::erfc(std::sqrt(half));
+        sum = scaledComplement(std::sqrt(half));
+        term = std::sqrt(half) / std::tgamma(1.5);
         k = 1;
-        term *= std::sqrt(half) / std::tgamma(1.5);
     }
     for (; k < degreesOfFreedom; k += 2) {
-        tail += term;
+        sum += term;
         term *= half / (k / 2.0 + 1);
     }
-    return tail;
+    return std::log(sum) - half;
+}
+
+double chiSquareTail(double value, int degreesOfFreedom) {
+    return std::exp(logChiSquareTail(value, degreesOfFreedom));
 }
 
 double chiSquareLimit(double probability, int degreesOfFreedom) {

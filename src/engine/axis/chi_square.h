@@ -7,6 +7,9 @@ namespace vantrel::engine {
 /// Abramowitz and Stegun, 26.4.4 and 26.4.5.
 double chiSquareTail(double value, int degreesOfFreedom);
 
+/// Its natural logarithm, also where the probability itself is too small for a number.
+double logChiSquareTail(double value, int degreesOfFreedom);
+
 /// The value that is exceeded with this probability, in (0, 1).
 double chiSquareLimit(double probability, int degreesOfFreedom);
 

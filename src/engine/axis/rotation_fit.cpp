@@ -152,6 +152,7 @@ RotationFit RotationFit::of(const std::vector<Sighting>& sightings, const Site& 
 RotationFit RotationFit::at(const Carriage& carriage, const std::vector<Sighting>& sightings,
                             const Site& site) {
     RotationFit fit(sightings, site);
+    fit.converged_ = true;
     fit.finish(carriage);
     return fit;
 }

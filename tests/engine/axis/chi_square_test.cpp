@@ -1,5 +1,7 @@
 #include "engine/axis/chi_square.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace vantrel::engine {
@@ -17,6 +19,9 @@ TEST(ChiSquare, AgreesWithTheTable) {
         EXPECT_NEAR(chiSquareTail(row.value, row.freedom) / row.probability, 1, 1e-4) << row.value;
         EXPECT_NEAR(chiSquareLimit(row.probability, row.freedom), row.value, 1e-3) << row.value;
     }
+    // Far out: exp(-x/2) with two degrees of freedom, smaller by the root of πx/2 with one.
+    EXPECT_NEAR(logChiSquareTail(5000, 2), -2500, 1e-9);
+    EXPECT_NEAR(logChiSquareTail(5000, 1), -2500 - 0.5 * std::log(2500 * 3.14159265), 1e-3);
     EXPECT_EQ(chiSquareTail(5, 0), 1);
     EXPECT_EQ(chiSquareTail(0, 3), 1);
 }

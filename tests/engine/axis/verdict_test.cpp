@@ -1,0 +1,209 @@
+#include "engine/axis/verdict.h"
+
+#include <cmath>
+#include <functional>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "simulated_mount.h"
+
+namespace vantrel::engine {
+namespace {
+
+using Plates = std::vector<Plate>;
+using test::arc;
+using test::Errors;
+using test::SimulatedMount;
+
+/// The telescope moved by so many arc-seconds of declination at these plates (from 0), the mount not knowing.
+void moveDeclination(Plates& plates, std::size_t from, std::size_t to, double size) {
+    for (std::size_t i = from; i < to; ++i) plates[i].declination += size / 3600;
+}
+
+void misread(Plates& plates, std::size_t from, std::size_t to, double size) {
+    for (std::size_t i = from; i < to; ++i) plates[i].reading->hourAngle += size / 3600 / 15;
+}
+
+void turnCamera(Plates& plates, std::size_t from, std::size_t to, double size) {
+    for (std::size_t i = from; i < to; ++i) *plates[i].positionAngle += size / 3600;
+}
+
+struct Case {
+    const char* why;
+    int plates;
+    double slew, declination;
+    Errors errors;
+    std::function<void(Plates&)> spoil;
+    Fault fault;
+    int plate;  // 0: the plates can't tell which
+    bool lasting;
+};
+
+/// Share of measurements in which the fault is named first.
+double named(const Case& c) {
+    std::mt19937 random(11);
+    SimulatedMount mount{.site = {50, standardAir(300)}, .azimuth = 20, .elevation = -12};
+    mount.declination = c.declination;
+    const auto exact = mount.plates(arc(0.5, c.slew, c.plates));
+    const FitSettings settings{.centreFloor = 0, .rollFloor = 0, .readingSigma = c.errors.reading};
+    constexpr int kTrials = 60;
+    int count = 0;
+    for (int trial = 0; trial < kTrials; ++trial) {
+        Plates plates = test::blurred(exact, c.errors, random);
+        c.spoil(plates);
+        const Verdict verdict = judge(plates, mount.site, settings);
+        if (verdict.agreement != Agreement::kSuspicious) continue;
+        const Suspicion& first = verdict.suspicions.front();
+        count += first.fault == c.fault &&
+                 (c.plate == 0 || (first.plate == c.plate && first.lasting == c.lasting));
+    }
+    return count / static_cast<double>(kTrials);
+}
+
+TEST(Verdict, NamesWhatWentWrong) {
+    const Case cases[] = {{"a jump of 5\" at one of seven plates",
+                           7,
+                           5,
+                           30,
+                           {},
+                           [](Plates& p) { moveDeclination(p, 3, 4, 5); },
+                           Fault::kDeclinationMoved,
+                           4,
+                           false},
+                          {"a jump of 5\" that lasts",
+                           7,
+                           5,
+                           30,
+                           {},
+                           [](Plates& p) { moveDeclination(p, 4, 7, 5); },
+                           Fault::kDeclinationMoved,
+                           5,
+                           true},
+                          {"three plates see it in the roll, but not at which plate",
+                           3,
+                           20,
+                           30,
+                           {.roll = 8},
+                           [](Plates& p) { moveDeclination(p, 1, 2, 5); },
+                           Fault::kDeclinationMoved,
+                           0,
+                           false},
+                          {"a camera that turned",
+                           5,
+                           15,
+                           30,
+                           {},
+                           [](Plates& p) { turnCamera(p, 2, 3, 150); },
+                           Fault::kCameraTurned,
+                           3,
+                           false},
+                          {"a camera that turned and stayed so",
+                           5,
+                           15,
+                           30,
+                           {},
+                           [](Plates& p) { turnCamera(p, 2, 5, 150); },
+                           Fault::kCameraTurned,
+                           3,
+                           true},
+                          {"a clutch that slipped",
+                           5,
+                           15,
+                           30,
+                           {},
+                           [](Plates& p) { misread(p, 2, 5, 600); },
+                           Fault::kReadingDisagrees,
+                           3,
+                           true},
+                          {"one reading that is wrong",
+                           5,
+                           15,
+                           30,
+                           {},
+                           [](Plates& p) { misread(p, 1, 2, -600); },
+                           Fault::kReadingDisagrees,
+                           2,
+                           false},
+                          {"a plate that was solved elsewhere",
+                           5,
+                           15,
+                           30,
+                           {},
+                           [](Plates& p) {
+                               p[3].declination += 2;
+                               p[3].hourAngle += 0.3;
+                           },
+                           Fault::kFarFromMount,
+                           4,
+                           false},
+                          {"a plate of three that was solved elsewhere",
+                           3,
+                           15,
+                           30,
+                           {},
+                           [](Plates& p) {
+                               p[1].declination -= 3;
+                               p[1].hourAngle += 0.2;
+                               *p[1].positionAngle += 70;
+                           },
+                           Fault::kFarFromMount,
+                           2,
+                           false}};
+    for (const Case& c : cases) EXPECT_GE(named(c), 0.9) << c.why;
+}
+
+TEST(Verdict, NamesAnAxisThatMoved) {
+    SimulatedMount before{.site = {50, standardAir(300)}, .azimuth = 20, .elevation = -12};
+    SimulatedMount after = before;
+    after.elevation += 2;
+    std::mt19937 random(3);
+    int found = 0;
+    for (int trial = 0; trial < 60; ++trial) {
+        Plates plates = before.plates(arc(-1, 8, 8));
+        const Plates later = after.plates(arc(-1, 8, 8));
+        std::copy(later.begin() + 4, later.end(), plates.begin() + 4);
+        const auto verdict = judge(test::blurred(plates, {}, random), before.site);
+        const Suspicion& first = verdict.suspicions.front();
+        found += verdict.agreement == Agreement::kSuspicious && first.fault == Fault::kAxisMoved &&
+                 first.plate == 5;
+    }
+    EXPECT_GE(found, 54);
+}
+
+TEST(Verdict, SeldomRaisesAFalseAlarm) {
+    for (const int count : {3, 7}) {
+        std::mt19937 random(5);
+        SimulatedMount mount{.site = {50, standardAir(300)}, .azimuth = 20, .elevation = -12};
+        const auto exact = mount.plates(arc(0.5, 30.0 / (count - 1), count));
+        int alarms = 0;
+        for (int trial = 0; trial < 400; ++trial)
+            alarms += judge(test::blurred(exact, {}, random), mount.site, {.centreFloor = 0, .rollFloor = 0})
+                          .agreement != Agreement::kConsistent;
+        EXPECT_LE(alarms, 12) << count;
+    }
+}
+
+TEST(Verdict, SaysHowMuchIsSeenAndWhenNothingCanBe) {
+    SimulatedMount mount;
+    auto plates = mount.plates(arc(0, 20, 3));
+    for (Plate& plate : plates) plate.covariance = PlateCovariance::ofSigmas(0.3, 20);
+    const auto smallest = [&](Fault fault) {
+        double size = 0;
+        for (const Suspicion& s : judge(plates, mount.site).suspicions)
+            if (s.fault == fault) size = std::max(size, s.smallestVisible);
+        return size;
+    };
+    EXPECT_GT(smallest(Fault::kDeclinationMoved), 10);
+    EXPECT_LT(smallest(Fault::kDeclinationMoved), 60);
+
+    for (Plate& plate : plates) plate.reading.reset();
+    EXPECT_EQ(judge(plates, mount.site).agreement, Agreement::kConsistent);
+    for (Plate& plate : plates) plate.positionAngle.reset();
+    EXPECT_EQ(judge(plates, mount.site).agreement, Agreement::kUntestable);
+    plates.resize(2);
+    EXPECT_EQ(judge(plates, mount.site).agreement, Agreement::kNoEstimate);
+}
+
+}  // namespace
+}  // namespace vantrel::engine
