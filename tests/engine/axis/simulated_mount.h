@@ -97,6 +97,7 @@ struct SimulatedMount {
     }
     std::vector<engine::Plate> plates(const std::vector<double>& readings, const SimulatedAir& air) const {
         std::vector<engine::Plate> result;
+        result.reserve(readings.size());
         for (const double reading : readings) result.push_back(plate(reading, air));
         return result;
     }
@@ -124,6 +125,7 @@ inline std::vector<engine::Plate> blurred(std::vector<engine::Plate> plates, con
 /// Hour angles of `count` plates around a middle one, `slew` degrees apart, going west.
 inline std::vector<double> arc(double middle, double slew, int count) {
     std::vector<double> readings;
+    readings.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) readings.push_back(middle + (i - (count - 1) / 2.0) * slew / 15);
     return readings;
 }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/axis/least_squares.h"
 #include "simulated_mount.h"
 
 namespace vantrel::engine {
@@ -203,6 +204,33 @@ TEST(Verdict, SaysHowMuchIsSeenAndWhenNothingCanBe) {
     EXPECT_EQ(judge(plates, mount.site).agreement, Agreement::kUntestable);
     plates.resize(2);
     EXPECT_EQ(judge(plates, mount.site).agreement, Agreement::kNoEstimate);
+}
+
+TEST(Verdict, AnswersWhateverThePlates) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> any(-1, 1);
+    const double extremes[] = {0, 90, -90, 1e-300, 1e18, std::nan("")};
+    const auto number = [&](double scale) {
+        const auto choice = static_cast<std::size_t>(std::abs(any(random)) * 60);
+        return choice < std::size(extremes) ? extremes[choice] : scale * any(random);
+    };
+    for (int trial = 0; trial < 300; ++trial) {
+        Plates plates(static_cast<std::size_t>(2 + trial % 5));
+        for (Plate& plate : plates) {
+            plate.hourAngle = number(12);
+            plate.declination = number(90);
+            plate.covariance = PlateCovariance::ofSigmas(number(1), number(20));
+            if (any(random) > 0) plate.positionAngle = number(180);
+            if (any(random) > 0) plate.reading = MountReading{number(12), number(90)};
+        }
+        const Site site{number(90), standardAir(number(9000))};
+        const AxisEstimate estimate = LeastSquares().estimate(plates, site);
+        const Verdict verdict = judge(plates, site);
+        if (estimate.valid()) {
+            EXPECT_TRUE(std::isfinite(estimate.written.ErrorAmplitude + estimate.covariance->sigma()));
+            EXPECT_NE(verdict.agreement, Agreement::kNoEstimate);
+        }
+    }
 }
 
 }  // namespace

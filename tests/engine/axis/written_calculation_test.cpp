@@ -20,8 +20,8 @@ Plate plateAt(double hourAngle, double declination, double read) {
 TEST(WrittenCalculation, IsTheOldOneToTheLastBit) {
     const std::array<PlatePosition, 3> positions{
         {{0.987, 40.113, 1.01}, {23.962, 40.147, 0.01}, {22.951, 40.185, 23.01}}};
-    std::vector<Plate> plates;
-    for (const auto& p : positions) plates.push_back(plateAt(p.HA, p.Dec, p.ScopeHA));
+    const auto plateOf = [](const PlatePosition& p) { return plateAt(p.HA, p.Dec, p.ScopeHA); };
+    const std::vector<Plate> plates{plateOf(positions[0]), plateOf(positions[1]), plateOf(positions[2])};
     const PolarError expected = CalcPolarError(positions, 40).error;
     const AxisEstimate estimate = WrittenCalculation().estimate(plates, {.latitude = 50});
     ASSERT_TRUE(estimate.valid());
