@@ -12,20 +12,25 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
       chkImagingSWVersionCheck(*this, "chkImagingSWVersionCheck", "Version check"),
       chkGreenColors(*this, "chkGreenColors", "Night vision colors"),
       chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size"),
+      chkLeastSquares(*this, "chkLeastSquares", "Least squares count"),
       cmdOK(*this, "cmdOK", "OK") {
     cmdOK.onClick = [this] { unload(); };
     chkImagingSWVersionCheck.setToolTip("Enable Imaging SW Version Check");
     chkEnableRestoreImagingSW.setToolTip("Enable auto restore imaging software size while taking images");
+
+    chkLeastSquares.setToolTip(
+        "Show and correct the least-squares result instead of the written calculation's");
 
     struct Switch {
         platform::CheckBox* box;
         const char* key;
         const char* usual;
     };
-    const std::array<Switch, 3> switches{{
+    const std::array<Switch, 4> switches{{
         {&chkImagingSWVersionCheck, "ImagingSWVersionCheck", "1"},
         {&chkGreenColors, "GreenColors", "0"},
         {&chkEnableRestoreImagingSW, "EnableRestoreImagingSW", "0"},
+        {&chkLeastSquares, "LeastSquares", "0"},
     }};
     onLoad = [switches, &settings] {
         for (const Switch& s : switches) {

@@ -1,4 +1,4 @@
-// The dialog of the three switches.
+// The dialog of the switches.
 #pragma once
 
 #include "engine/ports.h"
@@ -11,7 +11,7 @@ class frmOptions : public platform::Form {
   public:
     frmOptions(platform::Screen& screen, engine::SettingsPort& settings);
 
-    platform::CheckBox chkImagingSWVersionCheck, chkGreenColors, chkEnableRestoreImagingSW;
+    platform::CheckBox chkImagingSWVersionCheck, chkGreenColors, chkEnableRestoreImagingSW, chkLeastSquares;
     platform::Button cmdOK;
 };
 

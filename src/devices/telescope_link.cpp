@@ -44,6 +44,7 @@ constexpr LinkOperation kSiteLongitude{"Function", "SiteLongitude"};
 
 constexpr const char* kTheSky = "TheSky.Telescope";
 constexpr const char* kAxisSimulator = "AxisSimulator.Telescope";
+constexpr const char* kScopeSim = "ScopeSim.Telescope";
 constexpr const char* kGemini = "GeminiTnF.Telescope";
 
 constexpr const char* kLoading = "Loading ASCOM Telescope\r\nPlease Wait";
@@ -337,6 +338,15 @@ bool TelescopeLink::TelescopeMoveIsSuccessful(double ra, double dec) {
         if (TelescopeProgID_ == kGemini)
             services_.log.AddToLog(
                 sourcedErrorReport(currentError(), "modComponents Function TelescopeMoveIsSuccessful"));
+        return false;
+    }
+}
+
+bool TelescopeLink::looksThroughAir() {
+    if (!services_.state.UsingAxisSimulator) return TelescopeProgID_ != kScopeSim;
+    try {
+        return get("Refraction").toBool();
+    } catch (...) {
         return false;
     }
 }

@@ -56,6 +56,7 @@ class TelescopeLink : public engine::TelescopePort {
     /// From the mount, else as stored.
     double SiteLatitude() override;
     double SiteLongitude() override;
+    bool looksThroughAir() override;
     void simulatorExpose() override;
     void simulatorSaveImage(const std::string& path) override;
 

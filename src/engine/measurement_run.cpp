@@ -1,5 +1,7 @@
 #include "engine/measurement_run.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "engine/angles.h"
@@ -66,7 +68,7 @@ void MeasurementRun::measure() {
     compareWithSlew(second, third);
     check();
 
-    const PolarErrorResult result = solveForAxis(plates);
+    const PolarErrorResult result = resultOf(plates);
     showResult(plates, result);
     returnToStart(slew);
     if (result.BadSolution) {
@@ -215,6 +217,48 @@ void MeasurementRun::compareWithSlew(const Plate& before, const Plate& after) {
     services_.messages.ShowPopupMessage(text, 5);
 }
 
+/// The least-squares estimate stands beside the written calculation, and in its place where the operator
+/// wants it.
+PolarErrorResult MeasurementRun::resultOf(const std::array<Plate, 3>& plates) {
+    const Site site{.latitude = services_.telescope.SiteLatitude(),
+                    .air = services_.telescope.looksThroughAir() ? standardAir(0) : kNoAir};
+    const AxisCheck check = checkAxis(seenPlates(plates), site);
+    tell(check, site);
+    const bool leastSquares =
+        platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "LeastSquares", "0")) != 0;
+    if (!leastSquares || !check.estimate.valid()) return solveForAxis(plates);
+    log("The least-squares result counts");
+    return {.error = check.estimate.written};
+}
+
+/// As the estimate takes them: in the middle of the exposures, with what the solver knows of its errors.
+std::vector<engine::Plate> MeasurementRun::seenPlates(const std::array<Plate, 3>& plates) const {
+    const PlateCovariance unknown = PlateCovariance::ofSigmas(1, 60);
+    std::vector<engine::Plate> seen;
+    for (const Plate& plate : plates) {
+        const PlateSolution& s = plate.solution;
+        seen.push_back({.hourAngle = NormalizeRAHours(plate.exposedLst - plate.ra),
+                        .declination = plate.dec,
+                        .positionAngle = positionAngleOfRows(s.CD1_1, s.CD1_2, s.CD2_1, s.CD2_2),
+                        .covariance = s.quality ? covarianceOf(*s.quality).value_or(unknown) : unknown,
+                        .reading = MountReading{
+                            NormalizeRAHours(plate.scopeHA + plate.exposedLst - plate.lst), position_.Dec}});
+    }
+    return seen;
+}
+
+void MeasurementRun::tell(const AxisCheck& check, const Site& site) {
+    for (const std::string& line : check.lines()) log(line);
+    const std::vector<std::string> warnings = check.warnings(site);
+    std::string shown;
+    for (const std::string& warning : warnings) {
+        log("Warning: " + warning);
+        shown += (shown.empty() ? "" : platform::kCrLf) + warning;
+    }
+    constexpr double kToRead = 20;  // seconds
+    if (!shown.empty()) services_.messages.ShowPopupMessage(shown, kToRead);
+}
+
 PolarErrorResult MeasurementRun::solveForAxis(const std::array<Plate, 3>& plates) {
     std::array<PlatePosition, 3> positions{};
     for (std::size_t i = 0; i < plates.size(); ++i)
@@ -280,6 +324,14 @@ std::string MeasurementRun::expose() {
     const std::string name = ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image" : kSavedImage;
     const std::string imageFileName = name + ".fit";
     check();
+    constexpr double kLongest = 86'400;
+    const double seconds =
+        std::clamp(platform::leadingNumber(panel_.txtExposeInterval.text()), 0.0, kLongest);
+    const auto waited = services_.loop.clock().sinceStart() - readAt_;
+    constexpr double kSiderealHours = 1.00273791 / 3600;  // of a second
+    exposedAfter_ =
+        (std::chrono::duration<double>(waited).count() + (state_.UsingAxisSimulator ? 0 : seconds / 2)) *
+        kSiderealHours;
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
         check();
@@ -315,6 +367,8 @@ void MeasurementRun::record(Plate& plate, const PlateSolution& solution) {
     plate.decError = state_.PlateDecError;
     plate.ra = NormalizeRAHours(solution.ra);
     plate.dec = solution.dec;
+    plate.solution = solution;
+    plate.exposedLst = plate.lst + exposedAfter_;
     log(numbered("Plate ", plate.number, " RA = ") + services_.utility.HoursToHMS(plate.ra));
     log(numbered("Plate ", plate.number, " Dec = ") + services_.utility.DegreesToDMS(plate.dec));
 }
@@ -339,6 +393,7 @@ void MeasurementRun::waitForMountToSettle() {
 
 void MeasurementRun::readPosition(Plate& plate) {
     plate.lst = services_.telescope.SiderealTime();
+    readAt_ = services_.loop.clock().sinceStart();
     plate.scopeHA = NormalizeRAHours(plate.lst - position_.RA);
 }
 

@@ -5,7 +5,9 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "engine/axis/axis_check.h"
 #include "engine/indicators.h"
 #include "engine/operator_prompt.h"
 #include "engine/polar_error.h"
@@ -13,6 +15,7 @@
 #include "engine/run_state.h"
 #include "engine/services.h"
 #include "engine/sky_geometry.h"
+#include "platform/clock.h"
 
 namespace vantrel::engine {
 
@@ -39,12 +42,14 @@ class MeasurementRun {
     /// One plate in the making.
     struct Plate {
         int number;
-        double lst = 0;       // hours, read at the position
-        double scopeHA = 0;   // hours
-        double ra = 0;        // hours, solved
-        double dec = 0;       // degrees, solved
-        double raError = 0;   // hours in [0, 24), solved less exposure position
-        double decError = 0;  // degrees
+        double lst = 0;         // hours, read at the position
+        double scopeHA = 0;     // hours
+        double ra = 0;          // hours, solved
+        double dec = 0;         // degrees, solved
+        double raError = 0;     // hours in [0, 24), solved less exposure position
+        double decError = 0;    // degrees
+        double exposedLst = 0;  // hours, in the middle of the exposure
+        PlateSolution solution{};
     };
 
     void measure();
@@ -57,6 +62,9 @@ class MeasurementRun {
     void takeThirdPlate(Plate& plate, const Plate& first, const Plate& second);
     bool retryWithHalfTheSlew(Plate& plate, const Plate& first, double slewHours);
     void compareWithSlew(const Plate& before, const Plate& after);
+    std::vector<engine::Plate> seenPlates(const std::array<Plate, 3>& plates) const;
+    void tell(const AxisCheck& check, const Site& site);
+    PolarErrorResult resultOf(const std::array<Plate, 3>& plates);
     PolarErrorResult solveForAxis(const std::array<Plate, 3>& plates);
     void showResult(const std::array<Plate, 3>& plates, const PolarErrorResult& result);
     void returnToStart(double slewHours);
@@ -85,6 +93,10 @@ class MeasurementRun {
     OperatorPrompt& prompt_;
     Services services_;
     Indicators indicators_;
+
+    // Of the plate in hand.
+    platform::Milliseconds readAt_{0};  // when its sidereal time was read
+    double exposedAfter_ = 0;           // sidereal hours from then to the middle of its exposure
 
     // Decided when the run begins, and its own from then on.
     bool eastward_ = true;

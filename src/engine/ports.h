@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "engine/axis/plate.h"
+
 namespace vantrel::engine {
 
 class SettingsPort {
@@ -48,6 +50,8 @@ class TelescopePort {
     virtual double SiderealTime() = 0;   // local, hours
     virtual double SiteLatitude() = 0;   // degrees, north positive
     virtual double SiteLongitude() = 0;  // degrees, east positive
+    /// Whether what its camera sees is refracted by the air, as everywhere but in a simulator without.
+    virtual bool looksThroughAir() { return true; }
     virtual void AbortTelescopeSlew() = 0;
     /// The simulator's own camera: takes an image; throws OperationError.
     virtual void simulatorExpose() = 0;
@@ -71,6 +75,8 @@ struct PlateSolution {
     // Degrees per pixel: columns of the matrix belong to pixel column and row, rows to right ascension and
     // declination.
     double CD1_1 = 0, CD1_2 = 0, CD2_1 = 0, CD2_2 = 0;
+    /// Where the solver tells.
+    std::optional<SolutionQuality> quality{};
 };
 
 class PlateSolverPort {

@@ -59,6 +59,7 @@ class Solve {
     Search planSearch();
     void aim(int attempt, const Search& search);
     PlateSolution reportSolution();
+    std::optional<engine::SolutionQuality> quality(double scaleH, double scaleV);
     void reportFailedAttempt(int attempt, const Search& search);
     void pauseOneSecond();
     void updateFile(PlateSolution& solution);
@@ -245,7 +246,29 @@ PlateSolution Solve::reportSolution() {
     solution.CD1_2 = -v * std::sin(theta);
     solution.CD2_1 = std::sin(theta) * h;
     solution.CD2_2 = std::cos(theta) * v;
+    solution.quality = quality(h, v);
     return solution;
+}
+
+/// How good the solution is, by the solver's own figures and degrees per pixel. Solvers that don't tell are
+/// none the worse.
+std::optional<engine::SolutionQuality> Solve::quality(double scaleH, double scaleV) {
+    const auto whole = [](const platform::Value& value) {
+        const double number = value.toDouble();
+        return number >= 0 && number < 1e6 ? static_cast<int>(number) : 0;
+    };
+    try {
+        const ObjectRef matched = plate_->get("MatchedStars").toObject();
+        if (!matched) return std::nullopt;
+        return engine::SolutionQuality{
+            .matched = whole(matched->get("Count")),
+            .meanResidual = plate_->get("MatchAvgResidual").toDouble(),
+            .order = whole(plate_->get("MatchFitOrder")),
+            .fieldWidth = std::abs(plate_->get("Columns").toDouble() * scaleH),
+            .fieldHeight = std::abs(plate_->get("Rows").toDouble() * scaleV)};
+    } catch (...) {
+        return std::nullopt;
+    }
 }
 
 void Solve::reportFailedAttempt(int attempt, const Search& search) {

@@ -87,6 +87,7 @@ const Row kRows[] = {
     {kRun, "frmLogOnTop", "frmLog.mnuOnTop", "off", "", kOnChange, "True", "on"},
     {kRun, "EnableRestoreImagingSW", "frmOptions.chkEnableRestoreImagingSW", "0", "1", kAtEnd},
     {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", kAtEnd},
+    {kRun, "LeastSquares", "frmOptions.chkLeastSquares", "0", "1", kAtEnd},
     {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", kAtEnd},
     {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", kAlways},
     {kSolve, "MinBrt", "frmMain.txtSolveMinBrt", "200", "300", kAlways},

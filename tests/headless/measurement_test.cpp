@@ -227,6 +227,40 @@ TEST(Measurement, ASlewThatEndsEarlyIsSeenOnThePlates) {
     EXPECT_EQ(warnings(undisturbed.waitIdle().click("frmMain.cmdRun")), 0);
 }
 
+/// Plates on both sides of hour angle six are where the written calculation is wrong by minutes of arc.
+TEST(Measurement, KnowsWhenItIsWrongAndWhatIsRight) {
+    for (const bool leastSquares : {false, true}) {
+        SCOPED_TRACE(leastSquares);
+        Script script;
+        script.waitIdle().put(kMount, "PolarAzimuthError", 40).put(kMount, "PolarElevationError", -25);
+        script.type("frmMain.txtDeltaRA", "20");
+        if (leastSquares) storing("PolarAlign", "LeastSquares", "1")(script);
+        script.send({{"id", "lst"}, {"do", "automation"}, {"object", kMount}, {"get", "SiderealTime"}});
+        const double lst = Script(script).run().reply("lst")["value"];
+        script.send({{"do", "automation"},
+                     {"object", kMount},
+                     {"call", "SlewToCoordinates"},
+                     {"args", {std::fmod(lst - 6.5 + 24, 24), 40}}});
+        const auto result =
+            script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
+        const auto number = [&](const std::string& label) {
+            for (const std::string& line : result.log)
+                if (const auto at = line.find(label); at != std::string::npos)
+                    return std::stod(line.substr(at + label.size()));
+            return std::nan("");
+        };
+        EXPECT_NEAR(number("Least squares: azimuth "), 40, 0.15);
+        EXPECT_THAT(result.log, Contains(HasSubstr("Warning: Plates lie on both sides of hour angle six")));
+        EXPECT_THAT(result.popups, Contains(HasSubstr("Plates lie on both sides of hour angle six")));
+        if (leastSquares) {
+            EXPECT_NEAR(number("Azimuth error: "), 40, 0.15);
+            EXPECT_NEAR(number("Elevation error: "), -25, 0.1);
+        } else {
+            EXPECT_GT(std::abs(number("Elevation error: ") + 25), 2) << "as written";
+        }
+    }
+}
+
 TEST(Measurement, ASolvedRunTellsItsStory) {
     const auto result =
         Script().waitIdle().click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
