@@ -166,6 +166,11 @@ def run_setup(program, setup):
         lines = measure(program, setup)
     except (OperatorError, OSError) as error:
         return setup, None, [str(error)]
+    return judge(setup, lines)
+
+
+def judge(setup, lines):
+    """As run_setup, of a measurement's log."""
     amplitude = number_after(lines, "Error Amplitude =")
     angle = number_after(lines, "Error Angle =")
     if amplitude is None or angle is None or any("Calculation Failed" in line for line in lines):

@@ -18,6 +18,13 @@ using platform::joinLines;
 
 namespace {
 
+/// By how much the air moves a whole field in an exposure of so many seconds, in arc-seconds: its tilt
+/// averages out with the root of the time.
+double imageMotion(double seconds) {
+    constexpr double kInASecond = 0.12;
+    return kInASecond / std::sqrt(std::max(seconds, 1.0));
+}
+
 std::string numbered(const std::string& before, int number, const std::string& after = {}) {
     return before + std::to_string(number) + after;
 }
@@ -222,7 +229,8 @@ void MeasurementRun::compareWithSlew(const Plate& before, const Plate& after) {
 PolarErrorResult MeasurementRun::resultOf(const std::array<Plate, 3>& plates) {
     const Site site{.latitude = services_.telescope.SiteLatitude(),
                     .air = services_.telescope.looksThroughAir() ? standardAir(0) : kNoAir};
-    const AxisCheck check = checkAxis(seenPlates(plates), site);
+    const AxisCheck check =
+        checkAxis(seenPlates(plates), site, {.centreFloor = imageMotion(exposureSeconds())});
     tell(check, site);
     const bool leastSquares =
         platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "LeastSquares", "0")) != 0;
@@ -317,6 +325,12 @@ void MeasurementRun::offerCorrection(const PolarError& error) {
 }
 
 /// Takes an image and saves it; returns its file name.
+/// Of a plate, as the operator has set it.
+double MeasurementRun::exposureSeconds() const {
+    constexpr double kLongest = 86'400;
+    return std::clamp(platform::leadingNumber(panel_.txtExposeInterval.text()), 0.0, kLongest);
+}
+
 std::string MeasurementRun::expose() {
     const bool ownName =
         platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "SaveImages", "0")) == 1;
@@ -324,9 +338,7 @@ std::string MeasurementRun::expose() {
     const std::string name = ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image" : kSavedImage;
     const std::string imageFileName = name + ".fit";
     check();
-    constexpr double kLongest = 86'400;
-    const double seconds =
-        std::clamp(platform::leadingNumber(panel_.txtExposeInterval.text()), 0.0, kLongest);
+    const double seconds = exposureSeconds();
     const auto waited = services_.loop.clock().sinceStart() - readAt_;
     constexpr double kSiderealHours = 1.00273791 / 3600;  // of a second
     exposedAfter_ =

@@ -71,6 +71,7 @@ class MeasurementRun {
     void offerCorrection(const PolarError& error);
 
     std::string expose();
+    double exposureSeconds() const;
     std::optional<PlateSolution> solve(const Plate& plate, const std::string& imageFileName, double raOffset,
                                        double decOffset);
     void announceSolving(const Plate& plate);

@@ -11,7 +11,7 @@
 namespace vantrel::engine {
 namespace {
 
-std::string fixed(double value, const char* pattern = "0.00") {
+std::string fixed(double value, const char* pattern = "0.000") {
     return platform::formatNumber(value, pattern);
 }
 
@@ -19,7 +19,7 @@ std::string offsetText(const AxisOffset& offset) {
     return "azimuth " + fixed(offset.azimuth) + " arc-min, elevation " + fixed(offset.elevation) + " arc-min";
 }
 
-std::string arcSeconds(double value) { return fixed(std::abs(value), "0.0") + " arc-sec"; }
+std::string arcSeconds(double value) { return fixed(std::abs(value), "0.00") + " arc-sec"; }
 
 std::string reasonFor(Validity validity) {
     switch (validity) {
@@ -99,6 +99,11 @@ std::vector<std::string> AxisCheck::warnings(const Site& site) const {
     if (!warnings.empty() && estimate.valid())
         warnings.push_back("Least squares gives " + offsetText(estimate.fromTruePole) +
                            "; Set, Options lets it count");
+    // Twice that is what a measurement may easily be off by.
+    constexpr double kUncertain = 30;  // arc-seconds
+    if (estimate.valid() && estimate.covariance && estimate.covariance->sigma() > kUncertain)
+        warnings.push_back("This measurement is uncertain by +- " + arcSeconds(estimate.covariance->sigma()) +
+                           ": a longer slew tells more");
     return warnings;
 }
 

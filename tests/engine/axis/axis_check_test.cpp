@@ -73,6 +73,13 @@ TEST(AxisCheck, WarnsOfEveryWayToBeWrong) {
     }
 }
 
+TEST(AxisCheck, WarnsOfSlewsThatTellTooLittle) {
+    const auto mount = askew();
+    EXPECT_THAT(checkAxis(measured(mount, 0.5, 3), mount.site).warnings(mount.site),
+                ElementsAre(AllOf(StartsWith("This measurement is uncertain by +- "),
+                                  HasSubstr(": a longer slew tells more"))));
+}
+
 TEST(AxisCheck, SaysWhyThereIsNoResult) {
     const auto mount = askew();
     Plates same = measured(mount, 0, 20);
