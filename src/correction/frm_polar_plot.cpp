@@ -18,10 +18,14 @@ frmPolarPlot::frmPolarPlot(platform::Screen& screen)
       lblUnits(*this, "lblUnits", ""),
       txtOffsetRA(*this, "txtOffsetRA"),
       txtOffsetDec(*this, "txtOffsetDec"),
+      txtEstimateElevation(*this, "txtEstimateElevation"),
+      txtEstimateAzimuth(*this, "txtEstimateAzimuth"),
+      txtUncertainty(*this, "txtUncertainty"),
       txtPositionEastWest(*this, "txtPositionEastWest"),
       txtPositionUpDown(*this, "txtPositionUpDown") {
     for (platform::TextBox* box : {&txtMagnitude, &txtAngle, &txtAltitudeError, &txtAzimuthError,
-                                   &txtOffsetRA, &txtOffsetDec, &txtPositionEastWest, &txtPositionUpDown})
+                                   &txtOffsetRA, &txtOffsetDec, &txtEstimateElevation, &txtEstimateAzimuth,
+                                   &txtUncertainty, &txtPositionEastWest, &txtPositionUpDown})
         box->setReadOnly(true);
 }
 

@@ -17,6 +17,7 @@ class frmPolarPlot : public platform::Form {
     platform::Label lblElevation_Unit, lblUpFromPole, lblAzimuth_Unit, lblRightOfPole;
     platform::Label lblUnits;  // companion of the unit labels
     platform::TextBox txtOffsetRA, txtOffsetDec;
+    platform::TextBox txtEstimateElevation, txtEstimateAzimuth, txtUncertainty;  // by least squares
     platform::TextBox txtPositionEastWest, txtPositionUpDown;
 };
 

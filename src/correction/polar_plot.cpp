@@ -37,6 +37,20 @@ PolarPlot::PolarPlot(EventLoop& loop, engine::SettingsPort& settings, engine::Lo
     panel_.cmdPolarPlot.onClick = [this] { window_.show(); };
 }
 
+void PolarPlot::clearPolarPlot() {
+    window_.picPolarPlot.clear();
+    showEstimate({});
+}
+
+void PolarPlot::showEstimate(const engine::AxisEstimate& estimate) {
+    const auto shown = [&](TextBox& box, double value, const char* pattern) {
+        box.setText(estimate.valid() ? formatNumber(value, pattern) : "");
+    };
+    shown(window_.txtEstimateElevation, estimate.fromTruePole.elevation, "0.00");
+    shown(window_.txtEstimateAzimuth, estimate.fromTruePole.azimuth, "0.00");
+    shown(window_.txtUncertainty, estimate.covariance ? estimate.covariance->sigma() : 0, "0.0");
+}
+
 void PolarPlot::showOffsets(const std::string& offsetRA, const std::string& offsetDec) {
     window_.txtOffsetRA.setText(offsetRA);
     window_.txtOffsetDec.setText(offsetDec);

@@ -24,7 +24,8 @@ class PolarPlot : public engine::ResultDisplayPort {
     PolarPlot(platform::EventLoop& loop, engine::SettingsPort& settings, engine::LogPort& log,
               engine::TelescopePort& telescope, frmPolarPlot& window, ErrorPlotPanel& panel);
 
-    void clearPolarPlot() override { window_.picPolarPlot.clear(); }
+    void clearPolarPlot() override;
+    void showEstimate(const engine::AxisEstimate& estimate) override;
     void showOffsets(const std::string& offsetRA, const std::string& offsetDec) override;
     void showBadSolution() override { window_.txtOffsetDec.setText("Bad Solution"); }
     void PlotPolar(double ErrorAmplitude, double ErrorAngle) override;

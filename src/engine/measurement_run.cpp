@@ -257,6 +257,7 @@ std::vector<engine::Plate> MeasurementRun::seenPlates(const std::array<Plate, 3>
 
 void MeasurementRun::tell(const AxisCheck& check, const Site& site) {
     for (const std::string& line : check.lines()) log(line);
+    services_.display.showEstimate(check.estimate);
     const std::vector<std::string> warnings = check.warnings(site);
     std::string shown;
     for (const std::string& warning : warnings) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "engine/axis/axis_estimate.h"
 #include "engine/axis/plate.h"
 
 namespace vantrel::engine {
@@ -118,6 +119,8 @@ class ResultDisplayPort {
     virtual void clearPolarPlot() = 0;
     virtual void showOffsets(const std::string& offsetRA, const std::string& offsetDec) = 0;
     virtual void showBadSolution() = 0;
+    /// Beside the written result; nothing where it isn't valid.
+    virtual void showEstimate(const AxisEstimate& estimate) = 0;
     /// Degrees from the pole and degrees counter-clockwise from "up".
     virtual void PlotPolar(double ErrorAmplitude, double ErrorAngle) = 0;
     /// Hours and degrees.

@@ -134,6 +134,10 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const offsets = readoutGrid();
     addReadout(*offsets, "RA", "txtOffsetRA", new QLabel("h"), nullptr);
     addReadout(*offsets, "Dec", "txtOffsetDec", new QLabel("°"), nullptr);
+    auto* const estimate = readoutGrid();
+    addReadout(*estimate, "Elevation", "txtEstimateElevation", new QLabel("arc-min"), nullptr);
+    addReadout(*estimate, "Azimuth", "txtEstimateAzimuth", new QLabel("arc-min"), nullptr);
+    addReadout(*estimate, "±", "txtUncertainty", new QLabel("arc-sec"), nullptr);
     auto* const position = readoutGrid();
     addReadout(*position, Text::tr("East-West"), "txtPositionEastWest", new QLabel, nullptr);
     addReadout(*position, Text::tr("Up-Down"), "txtPositionUpDown", new QLabel, nullptr);
@@ -142,6 +146,7 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     column->setSpacing(10);
     column->addWidget(group(Text::tr("Mount's axis"), axis));
     column->addWidget(group(Text::tr("Elevation and azimuth"), parts));
+    column->addWidget(group(Text::tr("Least squares"), estimate));
     column->addWidget(group(Text::tr("Offsets of the mount's readings"), offsets));
     QGroupBox* const positionGroup = group(Text::tr("Position"), position);
     column->addWidget(positionGroup);

@@ -112,6 +112,7 @@ struct NoDisplay : engine::ResultDisplayPort {
     void clearPolarPlot() override {}
     void showOffsets(const std::string&, const std::string&) override {}
     void showBadSolution() override {}
+    void showEstimate(const engine::AxisEstimate&) override {}
     void PlotPolar(double, double) override {}
     void PlotError(const engine::PerPlate&, const engine::PerPlate&) override {}
 };

@@ -56,6 +56,10 @@
         <translation>Anzeigedauer von Meldungen</translation>
     </message>
     <message>
+        <source>Least squares</source>
+        <translation>Kleinste Quadrate</translation>
+    </message>
+    <message>
         <source>Servers</source>
         <translation>Server</translation>
     </message>
