@@ -10,6 +10,7 @@
 #include "app/frm_options.h"
 #include "app/frm_popup_msg.h"
 #include "app/log_window.h"
+#include "app/measurement_history.h"
 #include "app/message_log.h"
 #include "app/observing_site.h"
 #include "app/popup_messages.h"
@@ -101,6 +102,7 @@ struct Parts {
     // Measurement, exposures and correction
     correction::PolarPlot polarPlot;
     CorrectionRelay correctionRelay;
+    MeasurementHistory history;
     engine::Interlock interlock;
     engine::Services services;
     engine::OperatorPrompt prompt;

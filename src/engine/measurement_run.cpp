@@ -229,14 +229,23 @@ void MeasurementRun::compareWithSlew(const Plate& before, const Plate& after) {
 PolarErrorResult MeasurementRun::resultOf(const std::array<Plate, 3>& plates) {
     const Site site{.latitude = services_.telescope.SiteLatitude(),
                     .air = services_.telescope.looksThroughAir() ? standardAir(0) : kNoAir};
-    const AxisCheck check =
-        checkAxis(seenPlates(plates), site, {.centreFloor = imageMotion(exposureSeconds())});
+    const std::vector<engine::Plate> seen = seenPlates(plates);
+    const AxisCheck check = checkAxis(seen, site, {.centreFloor = imageMotion(exposureSeconds())});
     tell(check, site);
-    const bool leastSquares =
+    const bool wanted =
         platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "LeastSquares", "0")) != 0;
-    if (!leastSquares || !check.estimate.valid()) return solveForAxis(plates);
-    log("The least-squares result counts");
-    return {.error = check.estimate.written};
+    const bool leastSquares = wanted && check.estimate.valid();
+    if (leastSquares) log("The least-squares result counts");
+    const PolarErrorResult result =
+        leastSquares ? PolarErrorResult{.error = check.estimate.written} : solveForAxis(plates);
+    services_.history.keep({.plates = seen,
+                            .check = check,
+                            .shown = result.error,
+                            .bad = result.BadSolution,
+                            .leastSquares = leastSquares,
+                            .latitude = site.latitude,
+                            .exposure = exposureSeconds()});
+    return result;
 }
 
 /// As the estimate takes them: in the middle of the exposures, with what the solver knows of its errors.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/interlock.h"
+#include "engine/measurement_record.h"
 #include "engine/ports.h"
 #include "platform/event_loop.h"
 
@@ -19,6 +20,7 @@ struct Services {
     ResultDisplayPort& display;
     CorrectionPort& correction;
     Interlock& interlock;
+    HistoryPort& history;
 };
 
 }  // namespace vantrel::engine

@@ -113,7 +113,7 @@ QGridLayout* readoutGrid() {
 }  // namespace
 
 PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const layout = new QHBoxLayout(&scrolledPage());
+    auto* const layout = new QHBoxLayout(this);
     layout->setSpacing(12);
     auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, PictureKind::kDial);
     const int side = dial->fontMetrics().height() * 12;
@@ -142,7 +142,10 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     addReadout(*position, Text::tr("East-West"), "txtPositionEastWest", new QLabel, nullptr);
     addReadout(*position, Text::tr("Up-Down"), "txtPositionUpDown", new QLabel, nullptr);
 
-    auto* const column = new QVBoxLayout;
+    // The dial stays in view where only the readouts have to scroll.
+    auto* const readouts = new QWidget;
+    auto* const column = new QVBoxLayout(readouts);
+    column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(10);
     column->addWidget(group(Text::tr("Mount's axis"), axis));
     column->addWidget(group(Text::tr("Elevation and azimuth"), parts));
@@ -151,7 +154,7 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     QGroupBox* const positionGroup = group(Text::tr("Position"), position);
     column->addWidget(positionGroup);
     column->addStretch();
-    layout->addLayout(column);
+    layout->addWidget(new ScrollColumn(readouts));
     hideWhileEmpty(*positionGroup, {"txtPositionEastWest", "txtPositionUpDown"});
     bind();
 }

@@ -108,6 +108,10 @@ struct Texts : engine::UtilityPort {
     void WaitForMilliseconds(int) override {}
 };
 
+struct NoHistory : engine::HistoryPort {
+    void keep(const engine::MeasurementRecord&) override {}
+};
+
 struct NoDisplay : engine::ResultDisplayPort {
     void clearPolarPlot() override {}
     void showOffsets(const std::string&, const std::string&) override {}
@@ -163,6 +167,7 @@ struct CorrectionWorld {
     Solver solver{loop, state};
     Texts texts;
     NoDisplay display;
+    NoHistory history;
     Guide guide;
     Marks overlays;
     OneStar star;
@@ -172,8 +177,8 @@ struct CorrectionWorld {
     CorrectionMarks marks;
 
     engine::Interlock interlock;
-    engine::Services services{loop,   settings, log,     messages, mount,    camera,
-                              solver, texts,    display, guide,    interlock};
+    engine::Services services{loop,   settings, log,     messages, mount,     camera,
+                              solver, texts,    display, guide,    interlock, history};
     engine::OperatorPrompt prompt{panel, state, loop, settings, log, mount};
     engine::MeasurementRun run{panel, state, prompt, services};
     OpenImage image{classes, [] { return "MaxIm"; }};
