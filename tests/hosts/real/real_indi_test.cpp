@@ -189,6 +189,9 @@ TEST_F(RealIndiTest, ALargePictureComesWhole) {
     const auto kept = client->keepOpen();
     ASSERT_TRUE(comes([&] { return client->find(kCamera, "SIMULATOR_SETTINGS") != nullptr; }));
     client->setNumbers(kCamera, "SIMULATOR_SETTINGS", {{"SIM_XRES", 4096}, {"SIM_YRES", 4096}});
+    // The camera has a connection of its own, and the server may hear it first.
+    ASSERT_TRUE(
+        comes([&] { return client->find(kCamera, "SIMULATOR_SETTINGS")->number("SIM_XRES") == 4096; }));
     const auto camera = host.camera(progId(kCamera));
     connect(*camera);
     ASSERT_EQ(camera->facts().width, 4096U);
