@@ -82,7 +82,7 @@ std::optional<Suspicion> tested(const RotationFit& fit, const MatrixXd& pattern)
     suspicion.size = (size.size() == 1 ? size(0) : size.norm()) / kArcsecond;
     suspicion.statistic = size.dot(seen);
     suspicion.degreesOfFreedom = static_cast<int>(size.size());
-    suspicion.smallestVisible = 1 / std::sqrt(weakest) / kArcsecond;  // one sigma, for now
+    suspicion.smallestVisible = 1 / std::sqrt(weakest) / kArcsecond;  // one sigma; setLimits makes it nine of ten
     return suspicion;
 }
 
