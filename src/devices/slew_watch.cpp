@@ -1,9 +1,6 @@
 #include "devices/slew_watch.h"
 
-#include <algorithm>
-#include <cmath>
-#include <numbers>
-
+#include "engine/sky_geometry.h"
 #include "platform/text.h"
 
 namespace vantrel::devices {
@@ -16,13 +13,8 @@ constexpr Milliseconds kLongestSlew{15 * 60'000};
 constexpr double kStill = 0.003;  // degrees
 constexpr double kAstray = 0.25;  // degrees: mounts that are sloppy stop within some minutes of arc
 
-/// Degrees, by the haversine formula.
 double separation(const SlewWatch::Position& a, const SlewWatch::Position& b) {
-    constexpr double kDegree = std::numbers::pi / 180;
-    const double dec = std::sin((a.dec - b.dec) / 2 * kDegree);
-    const double ra = std::sin((a.ra - b.ra) / 2 * 15 * kDegree);
-    const double square = dec * dec + std::cos(a.dec * kDegree) * std::cos(b.dec * kDegree) * ra * ra;
-    return 2 * std::asin(std::sqrt(std::min(1.0, square))) / kDegree;
+    return engine::separation({a.ra, a.dec}, {b.ra, b.dec});
 }
 
 }  // namespace

@@ -4,14 +4,10 @@
 
 #include <functional>
 
+#include "hosts/equatorial_position.h"
 #include "platform/clock.h"
 
 namespace vantrel::hosts {
-
-struct EquatorialPosition {
-    double rightAscension = 0;  // hours
-    double declination = 0;     // degrees
-};
 
 struct EquinoxConversion {
     using Function = std::function<EquatorialPosition(const EquatorialPosition&, platform::Instant utc)>;

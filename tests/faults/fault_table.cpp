@@ -14,6 +14,7 @@
 #include <set>
 
 #include "faults/night.h"
+#include "faults/table_options.h"
 
 namespace {
 
@@ -24,12 +25,6 @@ constexpr Activity kActivities[] = {Activity::kStart,      Activity::kMeasuremen
                                     Activity::kReconnect,  Activity::kShutdown};
 constexpr Kind kKinds[] = {Kind::kRaises,   Kind::kFalse,      Kind::kTrue,    Kind::kEmpty, Kind::kHuge,
                            Kind::kNegative, Kind::kNotANumber, Kind::kGarbage, Kind::kSlow,  Kind::kGone};
-
-struct Options {
-    long part = 0, parts = 1, every = 1;
-    bool summary = false;
-    std::string only;
-};
 
 /// For ever from the first use on, for ever from the middle on, or just once in the middle.
 struct Course {
@@ -73,7 +68,7 @@ bool mayWaitForEver(const Member& member) { return member.name == "slewing" || m
 
 class Table {
   public:
-    explicit Table(Options options) : options_(std::move(options)) {}
+    explicit Table(TableOptions options) : options_(std::move(options)) {}
 
     void run() {
         for (const Equipment& equipment : kSetUps)
@@ -88,7 +83,7 @@ class Table {
     }
 
     int report() const {
-        if (options_.summary) printSummary();
+        if (options_.has("--summary")) printSummary();
         std::cout << cases_ << " cases, " << defects_ << " defects\n";
         return defects_ == 0 && cases_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
     }
@@ -104,19 +99,13 @@ class Table {
                 if (course.late && !course.once && kind != Kind::kRaises && kind != Kind::kGone) continue;
                 const std::string name = std::string(equipment.name) + ", " + nameOf(activity) + ", " +
                                          member.text() + ", " + nameOf(kind) + ", " + course.name;
-                if (!chosen(name)) continue;
+                if (!options_.chooses(name)) continue;
                 Fault fault{member, kind};
                 if (course.late) fault.after = seen.uses / 2;
                 if (course.once) fault.times = 1;
                 judge(name, member, calm, Night(equipment).spend(activity, fault));
             }
         }
-    }
-
-    bool chosen(const std::string& name) {
-        if (!options_.only.empty()) return name.find(options_.only) != std::string::npos;
-        const long number = number_++;
-        return number % options_.every == 0 && number / options_.every % options_.parts == options_.part;
     }
 
     void judge(const std::string& name, const Member& member, const Outcome& calm, const Outcome& outcome) {
@@ -162,30 +151,15 @@ class Table {
                         t.unharmed, t.reported, t.stopped, t.defects);
     }
 
-    Options options_;
-    long number_ = 0, cases_ = 0, defects_ = 0;
+    TableOptions options_;
+    long cases_ = 0, defects_ = 0;
     std::map<std::string, Tally> tallies_;
 };
-
-Options parsed(const std::vector<std::string>& arguments) {
-    Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string value = i + 1 < arguments.size() ? arguments[i + 1] : "";
-        if (arguments[i] == "--summary") options.summary = true;
-        if (arguments[i] == "--only") options.only = value;
-        if (arguments[i] == "--every") options.every = std::max(1L, std::atol(value.c_str()));
-        if (arguments[i] == "--part" && value.find('/') != std::string::npos) {
-            options.part = std::atol(value.c_str());
-            options.parts = std::max(1L, std::atol(value.c_str() + value.find('/') + 1));
-        }
-    }
-    return options;
-}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    Table table(parsed(std::vector<std::string>(argv + 1, argv + argc)));
+    Table table(TableOptions(argc, argv));
     table.run();
     return table.report();
 }

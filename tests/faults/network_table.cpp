@@ -12,6 +12,7 @@
 #include <iostream>
 
 #include "faults/network_night.h"
+#include "faults/table_options.h"
 
 namespace {
 
@@ -24,14 +25,9 @@ constexpr Activity kActivities[] = {Activity::kStart,   Activity::kMeasurement, 
 /// As long as the program may take to notice that all is well again.
 constexpr double kLongestAbsence = 60;  // seconds
 
-struct Options {
-    long part = 0, parts = 1, every = 1;
-    std::string only;
-};
-
 class Table {
   public:
-    explicit Table(Options options) : options_(std::move(options)) {}
+    explicit Table(TableOptions options) : options_(std::move(options)) {}
 
     void run(const NetworkEquipment& equipment) {
         for (const Activity activity : kActivities) {
@@ -96,7 +92,7 @@ class Table {
 
     void runCase(const std::string& name, const NetworkEquipment& equipment, Activity activity,
                  const std::function<NetworkFault(NetworkDevices&)>& choose) {
-        if (!chosen(name)) return;
+        if (!options_.chooses(name)) return;
         std::shared_ptr<NetworkDevices> devices;
         Night night(equipment.equipment,
                     [&](const Workshop& workshop) { return devices = equipment.bring(workshop); });
@@ -122,39 +118,19 @@ class Table {
             for (const std::string& line : outcome.said) std::cout << "    " << line << '\n';
     }
 
-    bool chosen(const std::string& name) {
-        if (!options_.only.empty()) return name.find(options_.only) != std::string::npos;
-        const long number = number_++;
-        return number % options_.every == 0 && number / options_.every % options_.parts == options_.part;
-    }
-
     void complain(const std::string& name, const std::string& defect) {
         ++defects_;
         std::cout << name << ":\n  " << defect << std::endl;
     }
 
-    Options options_;
-    long number_ = 0, cases_ = 0, defects_ = 0;
+    TableOptions options_;
+    long cases_ = 0, defects_ = 0;
 };
-
-Options parsed(const std::vector<std::string>& arguments) {
-    Options options;
-    for (std::size_t i = 0; i + 1 < arguments.size(); i += 2) {
-        const std::string& value = arguments[i + 1];
-        if (arguments[i] == "--only") options.only = value;
-        if (arguments[i] == "--every") options.every = std::max(1L, std::atol(value.c_str()));
-        if (arguments[i] == "--part" && value.find('/') != std::string::npos) {
-            options.part = std::atol(value.c_str());
-            options.parts = std::max(1L, std::atol(value.c_str() + value.find('/') + 1));
-        }
-    }
-    return options;
-}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    Table table(parsed(std::vector<std::string>(argv + 1, argv + argc)));
+    Table table(TableOptions(argc, argv));
     table.run(indiEquipment());
     table.run(alpacaEquipment());
     return table.report();

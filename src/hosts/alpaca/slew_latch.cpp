@@ -1,9 +1,5 @@
 #include "hosts/alpaca/slew_latch.h"
 
-#include <algorithm>
-#include <cmath>
-#include <numbers>
-
 namespace vantrel::hosts::alpaca {
 
 namespace {
@@ -16,16 +12,6 @@ bool areNear(const std::optional<EquatorialPosition>& a, const std::optional<Equ
 }
 
 }  // namespace
-
-double separation(const EquatorialPosition& a, const EquatorialPosition& b) {
-    // The haversine formula, which is exact for small angles as well.
-    constexpr double kDegree = std::numbers::pi / 180;
-    const double dec = std::sin((a.declination - b.declination) / 2 * kDegree);
-    const double ra = std::sin((a.rightAscension - b.rightAscension) / 2 * 15 * kDegree);
-    const double square =
-        dec * dec + std::cos(a.declination * kDegree) * std::cos(b.declination * kDegree) * ra * ra;
-    return 2 * std::asin(std::sqrt(std::min(1.0, square))) / kDegree;
-}
 
 SlewLatch::Verdict SlewLatch::judge(platform::Milliseconds now, bool saysSlewing,
                                     const std::optional<EquatorialPosition>& where) {

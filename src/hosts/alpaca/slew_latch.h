@@ -3,13 +3,10 @@
 
 #include <optional>
 
-#include "hosts/equinox_conversion.h"
+#include "hosts/equatorial_position.h"
 #include "platform/clock.h"
 
 namespace vantrel::hosts::alpaca {
-
-/// Degrees between two positions.
-double separation(const EquatorialPosition& a, const EquatorialPosition& b);
 
 /// Right after the command some mounts still say that they don't slew. So a slew is under way until the mount
 /// said so and then no more, or stands at its target, or didn't move for two seconds.

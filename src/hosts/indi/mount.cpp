@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <stdexcept>
 #include <utility>
 
@@ -24,15 +23,6 @@ constexpr const char* kTracking = "TELESCOPE_TRACK_STATE";
 constexpr Milliseconds kAnswer{3000};
 constexpr Milliseconds kSlewGrace{2000};  // for a driver that has accepted a slew to say so
 constexpr double kNear = 0.1;             // degrees: where a slew may be over before it was seen
-
-double degreesBetween(const EquatorialPosition& a, const EquatorialPosition& b) {
-    constexpr double kRadians = std::numbers::pi / 180;
-    const double da = a.declination * kRadians, db = b.declination * kRadians;
-    const double ra = (a.rightAscension - b.rightAscension) * 15 * kRadians;
-    const double haversine =
-        std::pow(std::sin((da - db) / 2), 2) + std::cos(da) * std::cos(db) * std::pow(std::sin(ra / 2), 2);
-    return 2 * std::asin(std::sqrt(std::min(haversine, 1.0))) / kRadians;
-}
 
 /// To [0, circle); the circle itself is 0.
 double wrapped(double value, double circle) {
@@ -183,7 +173,7 @@ void Mount::slewTo(const EquatorialPosition& ofDate) {
     slew_.reset();
     device_.await(slew.request, kAnswer, [&](const Property& answer) {
         const bool there = answer.updated > slew.request.serial && answer.state == PropertyState::kOk &&
-                           degreesBetween(reading(), target) < kNear;
+                           separation(reading(), target) < kNear;
         return there || answer.wasBusy > slew.request.serial;
     });
     slew.begun = now();
