@@ -13,15 +13,15 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
     platesolve::frmPixelScale& scale = parts.pixelScaleForm;
     return {// The measurement's own figures
             &run.txtDeltaRA, &run.txtExposeInterval, &run.txtDelayAfterSlew, &run.txtPostExpDelay,
-            &run.optSlewEast, &run.optSlewWest, &parts.main.exposures.cmdExposeSolve,
+            &run.txtPlates, &run.txtPlateExposures, &run.optSlewEast, &run.optSlewWest,
+            &parts.main.exposures.cmdExposeSolve,
             // Mount and site
             &telescope.cmdPickTelescope, &telescope.cmdTelescopeSetup, &telescope.cmdConnectTelescope,
             &telescope.cmdDisconnectTelescope, &setup.cmdTelescope, &setup.txtSiteLat, &setup.txtSiteLong,
             &setup.chkUseTelescopeLocation,
             // Camera and images
             &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.optBuiltIn, &imaging.chkUseCCDSoftSubFrame,
-            &imaging.cmdCamera, &setup.txtImagePath, &setup.Command1,
-            &setup.chkSaveImages,
+            &imaging.cmdCamera, &setup.txtImagePath, &setup.Command1, &setup.chkSaveImages,
             // The solver
             &solve.optPinPoint, &solve.optAutoAstrometry, &solve.txtSolveMinSiz, &solve.txtSolveMinBrt,
             &solve.txtSolveMinSig, &solve.txtSolveFilter, &solve.txtSolveScaleH, &solve.txtSolveScaleV,

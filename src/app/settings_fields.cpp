@@ -26,6 +26,8 @@ std::vector<SettingsField> fieldsOf(frmMain& form) {
         {kRun, "ContinuousExposeDelay", "0", &exp.txtContinuousExposeDelay, kChangeAndLeave, true},
         {kRun, "ContinuousExposeInterval", "1", &exp.txtContinuousExposeInterval, kChange, true},
         {kRun, "PostExpDelay", "0", &run.txtPostExpDelay, kNothing, true},
+        {kRun, "Plates", "3", &run.txtPlates, kChange, true},
+        {kRun, "PlateExposures", "1", &run.txtPlateExposures, kChange, true},
         {kRun, "CrossHairEnable", "0", &exp.chkCrossHairEnable, kNothing, true},
         {kRun, "CrossHairWidth", "1", &exp.cmbCrossHairWidth, kClick, true},
         {kRun, "UseCCDSoftSubFrame", "0", &form.imaging.chkUseCCDSoftSubFrame, kNothing, true},
@@ -91,7 +93,8 @@ void SettingsFields::connect(const SettingsField& field) {
 void SettingsFields::connectRunFields(engine::LogPort& log, engine::RunState& state) {
     auto& run = form_.run;
     auto& exposures = form_.exposures;
-    run.txtDeltaRA.keyFilter = wholeNumberKey;
+    for (TextBox* box : {&run.txtDeltaRA, &run.txtPlates, &run.txtPlateExposures})
+        box->keyFilter = wholeNumberKey;
     for (TextBox* box : {&run.txtExposeInterval, &run.txtDelayAfterSlew,
                          &exposures.txtContinuousExposeInterval, &exposures.txtContinuousExposeDelay})
         box->keyFilter = decimalNumberKey;

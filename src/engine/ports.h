@@ -3,9 +3,9 @@
 // reports its own failures to the operator.
 #pragma once
 
-#include <array>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "engine/axis/axis_estimate.h"
 #include "engine/axis/plate.h"
@@ -110,7 +110,7 @@ class UtilityPort {
 };
 
 /// One value a plate, in the order of the plates.
-using PerPlate = std::array<double, 3>;
+using PerPlate = std::vector<double>;
 
 class ResultDisplayPort {
   public:

@@ -15,6 +15,8 @@ RunPanel::RunPanel(platform::Form& form)
       txtExposeInterval(form, "txtExposeInterval", "10"),
       txtDelayAfterSlew(form, "txtDelayAfterSlew", "5"),
       txtPostExpDelay(form, "txtPostExpDelay", "0"),
+      txtPlates(form, "txtPlates", "3"),
+      txtPlateExposures(form, "txtPlateExposures", "1"),
       optSlewEast(form, slewDirection, "optSlewEast", "Slew East"),
       optSlewWest(form, slewDirection, "optSlewWest", "Slew West"),
       lblSlew(form, "lblSlew", "Slew"),

@@ -11,6 +11,7 @@ struct RunPanel {
     platform::Button cmdRun, cmdStop, cmdNext, cmdSkip, cmdExpose;
     platform::TextBox txtInstructions;
     platform::TextBox txtDeltaRA, txtExposeInterval, txtDelayAfterSlew, txtPostExpDelay;
+    platform::TextBox txtPlates, txtPlateExposures;
     platform::OptionGroup slewDirection;
     platform::OptionButton optSlewEast, optSlewWest;
     platform::Label lblSlew, lblExpose, lblSolve;

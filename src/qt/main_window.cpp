@@ -77,6 +77,12 @@ QGroupBox* measurementGroup() {
     grid->addField("Exposure", field("txtExposeInterval", 6), "s");
     grid->addField("Delay after slew (sec)", field("txtDelayAfterSlew", 6));
     grid->addField("Post-exp delay (sec)", field("txtPostExpDelay", 6));
+    const int row = grid->rowCount();
+    LineField* const plates = field("txtPlates", 2);
+    LineField* const exposures = field("txtPlateExposures", 2);
+    exposures->setAccessibleName(Text::tr("Exposures of each plate"));
+    grid->addWidget(labelOf(*plates, Text::tr("Plates × exposures")), row, 0);
+    grid->addLayout(qt::row({plates, new QLabel("×"), exposures}), row, 1, 1, 2);
     return group(Text::tr("Measurement"), grid);
 }
 

@@ -77,6 +77,8 @@ const Row kRows[] = {
     {kRun, "ContinuousExposeDelay", "frmMain.txtContinuousExposeDelay", "0", "2", kAlways | kOnLeave},
     {kRun, "ContinuousExposeInterval", "frmMain.txtContinuousExposeInterval", "1", "3", kAlways},
     {kRun, "PostExpDelay", "frmMain.txtPostExpDelay", "0", "4", kAtEnd},
+    {kRun, "Plates", "frmMain.txtPlates", "3", "5", kAlways},
+    {kRun, "PlateExposures", "frmMain.txtPlateExposures", "1", "2", kAlways},
     {kRun, "CrossHairEnable", "frmMain.chkCrossHairEnable", "0", "1", kAtEnd},
     {kRun, "CrossHairWidth", "frmMain.cmbCrossHairWidth", "1", "3", kAlways},
     {kRun, "UseCCDSoftSubFrame", "frmMain.chkUseCCDSoftSubFrame", "0", "1", kAtEnd},

@@ -1,5 +1,6 @@
 #include "engine/axis/axis_check.h"
 
+#include <array>
 #include <cmath>
 
 #include "engine/angles.h"
@@ -59,9 +60,13 @@ std::string faultText(const Suspicion& suspicion) {
 AxisCheck checkAxis(std::span<const Plate> plates, const Site& site, const FitSettings& settings) {
     std::vector<double> hourAngles;
     for (const Plate& plate : plates) hourAngles.push_back(plate.hourAngle);
+    const auto astride = [&] {
+        if (plates.size() < 3) return false;
+        const auto [first, middle, last] = threeAlong(hourAngles);
+        return engine::astrideSixHours(std::array{hourAngles[first], hourAngles[middle], hourAngles[last]});
+    };
     return {LeastSquares(settings).estimate(plates, site),
-            WrittenCalculation(settings).estimate(plates, site), judge(plates, site, settings),
-            engine::astrideSixHours(hourAngles)};
+            WrittenCalculation(settings).estimate(plates, site), judge(plates, site, settings), astride()};
 }
 
 std::vector<std::string> AxisCheck::lines() const {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <vector>
 
 #include <Eigen/Core>
 
@@ -14,6 +15,13 @@ namespace vantrel::engine {
 namespace {
 
 constexpr std::size_t kPlates = 3;
+
+std::array<Plate, kPlates> threeOf(std::span<const Plate> plates) {
+    std::vector<double> hourAngles;
+    for (const Plate& plate : plates) hourAngles.push_back(plate.hourAngle);
+    const auto [first, middle, last] = threeAlong(hourAngles);
+    return {plates[first], plates[middle], plates[last]};
+}
 
 std::array<PlatePosition, kPlates> positionsOf(std::span<const Plate> plates) {
     std::array<PlatePosition, kPlates> positions;
@@ -67,15 +75,26 @@ AxisCovariance covarianceAbout(const std::array<PlatePosition, kPlates>& positio
 
 }  // namespace
 
+std::array<std::size_t, kPlates> threeAlong(std::span<const double> hourAngles) {
+    const auto turned = [&](std::size_t i) { return signedHours(hourAngles[i] - hourAngles.front()); };
+    const std::size_t last = hourAngles.size() - 1;
+    const double middle = turned(last) / 2;
+    std::size_t nearest = 1;
+    for (std::size_t i = 2; i < last; ++i)
+        if (std::abs(turned(i) - middle) < std::abs(turned(nearest) - middle)) nearest = i;
+    return {0, nearest, last};
+}
+
 bool astrideSixHours(std::span<const double> hourAngles) {
     const auto beyond = [](double hours) { return std::cos(hoursToRadians(hours)) < 0; };
     const auto count = std::count_if(hourAngles.begin(), hourAngles.end(), beyond);
     return count != 0 && count != std::ssize(hourAngles);
 }
 
-AxisEstimate WrittenCalculation::estimate(std::span<const Plate> plates, const Site& site) const {
+AxisEstimate WrittenCalculation::estimate(std::span<const Plate> all, const Site& site) const {
     AxisEstimate estimate{.method = EstimateMethod::kWrittenCalculation, .validity = Validity::kWrongNumber};
-    if (plates.size() != kPlates) return estimate;
+    if (all.size() < kPlates) return estimate;
+    const std::array<Plate, kPlates> plates = threeOf(all);
     for (const Plate& plate : plates) {
         if (!isFinite(plate))
             estimate.validity = Validity::kUnusableInput;

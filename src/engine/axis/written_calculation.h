@@ -1,6 +1,8 @@
 // The calculation of polar_error.h as one estimator among others.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <span>
 
 #include "engine/axis/axis_estimate.h"
@@ -8,8 +10,8 @@
 
 namespace vantrel::engine {
 
-/// CalcPolarError of three plates with the mount's readings, unchanged. It knows no air, so that its axis is
-/// the one of a sky without refraction.
+/// CalcPolarError of three plates with the mount's readings, unchanged; of more plates along an arc it takes
+/// three (threeAlong). It knows no air, so that its axis is the one of a sky without refraction.
 ///
 /// The covariance counts errors of the plates' centres and, the farther the axis is from the pole, of the
 /// mount's readings, which the calculation takes for exact.
@@ -22,6 +24,10 @@ class WrittenCalculation : public AxisEstimator {
   private:
     FitSettings settings_;
 };
+
+/// The first, the last, and the one nearest the middle of the arc, by hour angles (hours) in the order of the
+/// arc. At least three.
+std::array<std::size_t, 3> threeAlong(std::span<const double> hourAngles);
 
 /// Whether some of these hour angles (hours) lie within six hours of the meridian and others beyond. The
 /// calculation takes the cosine of every hour angle for positive; it is right where the true signs are all

@@ -12,6 +12,14 @@
         <translation>Messung</translation>
     </message>
     <message>
+        <source>Plates × exposures</source>
+        <translation>Aufnahmen × Anzahl</translation>
+    </message>
+    <message>
+        <source>Exposures of each plate</source>
+        <translation>Belichtungen je Aufnahme</translation>
+    </message>
+    <message>
         <source>Single exposures</source>
         <translation>Einzelaufnahmen</translation>
     </message>

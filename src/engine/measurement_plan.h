@@ -1,0 +1,17 @@
+// What a measurement is going to do.
+#pragma once
+
+namespace vantrel::engine {
+
+inline constexpr int kFewestPlates = 3, kMostPlates = 9;
+inline constexpr int kMostExposures = 5;
+
+/// Decided when the run begins, and its own from then on.
+struct MeasurementPlan {
+    double slew = 0;  // hours from plate to plate
+    bool eastward = true;
+    int plates = kFewestPlates;  // along the arc
+    int exposures = 1;           // of each plate
+};
+
+}  // namespace vantrel::engine
