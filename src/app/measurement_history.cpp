@@ -14,7 +14,7 @@ constexpr const char* kHeader =
     "utc,telescope,latitude_deg,exposure_s,shown,amplitude_deg,angle_deg,"
     "written_azimuth_arcmin,written_elevation_arcmin,azimuth_arcmin,elevation_arcmin,sigma_arcsec,"
     "major_arcsec,minor_arcsec,direction_deg,chi_square,degrees_of_freedom,agreement,plates,"
-    "hour_angles_h,declinations_deg,along_arcsec,across_arcsec";
+    "hour_angles_h,declinations_deg,along_arcsec,across_arcsec,note";
 
 /// Commas and quotes within a field.
 std::string quoted(const std::string& text) {
@@ -99,7 +99,8 @@ std::string MeasurementHistory::row(const engine::MeasurementRecord& record) con
          << list(record.plates, [](const engine::Plate& plate) { return plate.hourAngle; }) << ','
          << list(record.plates, [](const engine::Plate& plate) { return plate.declination; }) << ','
          << list(residuals, [](const engine::PlateResidual& one) { return one.along; }) << ','
-         << list(residuals, [](const engine::PlateResidual& one) { return one.across; });
+         << list(residuals, [](const engine::PlateResidual& one) { return one.across; }) << ','
+         << (record.note.empty() ? "" : quoted(record.note));
     return text.str();
 }
 

@@ -11,6 +11,7 @@ Parts::Parts(const platform::Machine& surroundings)
       telescopeForm(machine.screen),
       selectForm(machine.screen),
       polarPlotForm(machine.screen),
+      platesForm(machine.screen),
       pixelScaleForm(machine.screen),
       optionsForm(machine.screen, settings),
       devicesForm(machine.screen, settings),
@@ -50,7 +51,8 @@ Parts::Parts(const platform::Machine& surroundings)
       services{machine.loop, settings, log,       popups,          telescope, camera,
                solver,       utility,  polarPlot, correctionRelay, interlock, history},
       prompt(main.run, state, machine.loop, settings, log, telescope),
-      measurement(main.run, state, prompt, services),
+      review(platesForm, services),
+      measurement(main.run, state, prompt, review, services),
       openImage(machine.automation, [this] { return imagingPrograms.ImagingSoftware; }),
       overlays(openImage, settings, log),
       exposures(main.exposures, main.run, state, services, overlays),
@@ -58,6 +60,7 @@ Parts::Parts(const platform::Machine& surroundings)
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
       correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
     correctionRelay.target = &correction;
+    polarPlotForm.cmdPlates.onClick = [this] { platesForm.show(); };
     Timer1.onTick = [this] { scaleCalculator.recompute(); };
 }
 

@@ -26,6 +26,7 @@
 #include "devices/utility_link.h"
 #include "engine/manual_exposures.h"
 #include "engine/measurement_run.h"
+#include "engine/plate_review.h"
 #include "platesolve/method_selection.h"
 #include "platesolve/plate_solver.h"
 #include "platesolve/scale_calculator.h"
@@ -62,6 +63,7 @@ struct Parts {
     devices::frmTelescope telescopeForm;
     devices::frmSelectCCSoftware selectForm;
     correction::frmPolarPlot polarPlotForm;
+    engine::frmPlates platesForm;
     platesolve::frmPixelScale pixelScaleForm;
     frmOptions optionsForm;
     frmDevices devicesForm;
@@ -106,6 +108,7 @@ struct Parts {
     engine::Interlock interlock;
     engine::Services services;
     engine::OperatorPrompt prompt;
+    engine::PlateReview review;
     engine::MeasurementRun measurement;
     correction::OpenImage openImage;
     correction::ImageOverlays overlays;

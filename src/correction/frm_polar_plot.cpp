@@ -21,6 +21,7 @@ frmPolarPlot::frmPolarPlot(platform::Screen& screen)
       txtEstimateElevation(*this, "txtEstimateElevation"),
       txtEstimateAzimuth(*this, "txtEstimateAzimuth"),
       txtUncertainty(*this, "txtUncertainty"),
+      cmdPlates(*this, "cmdPlates", "Plates"),
       txtPositionEastWest(*this, "txtPositionEastWest"),
       txtPositionUpDown(*this, "txtPositionUpDown") {
     for (platform::TextBox* box : {&txtMagnitude, &txtAngle, &txtAltitudeError, &txtAzimuthError,

@@ -18,6 +18,7 @@ class frmPolarPlot : public platform::Form {
     platform::Label lblUnits;  // companion of the unit labels
     platform::TextBox txtOffsetRA, txtOffsetDec;
     platform::TextBox txtEstimateElevation, txtEstimateAzimuth, txtUncertainty;  // by least squares
+    platform::Button cmdPlates;  // the plates that it came from
     platform::TextBox txtPositionEastWest, txtPositionUpDown;
 };
 

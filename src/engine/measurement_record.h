@@ -1,6 +1,7 @@
 // What is kept of a measurement.
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "engine/axis/axis_check.h"
@@ -16,6 +17,7 @@ struct MeasurementRecord {
     bool leastSquares = false;  // which of the two it was
     double latitude = 0;        // degrees
     double exposure = 0;        // seconds
+    std::string note;           // what the operator changed after the first calculation
 };
 
 /// Keeps measurements over the nights. Never throws.

@@ -23,41 +23,42 @@ double imageMotion(double seconds) {
 
 /// The least-squares estimate stands beside the written calculation, and in its place where the operator
 /// wants it.
-PolarErrorResult MeasurementResult::of(std::span<const TakenPlate> plates, double exposureSeconds) {
+MeasuredAxis MeasurementResult::of(std::span<const TakenPlate> plates, const Wish& wish) {
     const Site site{.latitude = services_.telescope.SiteLatitude(),
                     .air = services_.telescope.looksThroughAir() ? standardAir(0) : kNoAir};
     std::vector<Plate> seen;
     for (const TakenPlate& plate : plates) seen.push_back(seenPlate(plate));
-    const AxisCheck check = checkAxis(seen, site, {.centreFloor = imageMotion(exposureSeconds)});
-    tell(check, site);
-    const bool wanted =
-        platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "LeastSquares", "0")) != 0;
-    const bool leastSquares = wanted && check.estimate.valid();
+    MeasuredAxis axis;
+    axis.check = checkAxis(seen, site, {.centreFloor = imageMotion(wish.exposureSeconds)});
+    axis.verdict = tell(axis.check, site);
+    const bool leastSquares = wish.leastSquares && axis.check.estimate.valid();
     if (leastSquares) log("The least-squares result counts");
-    const PolarErrorResult result =
-        leastSquares ? PolarErrorResult{.error = check.estimate.written} : solveForAxis(plates);
+    axis.shown = leastSquares ? PolarErrorResult{.error = axis.check.estimate.written} : solveForAxis(plates);
     services_.history.keep({.plates = seen,
-                            .check = check,
-                            .shown = result.error,
-                            .bad = result.BadSolution,
+                            .check = axis.check,
+                            .shown = axis.shown.error,
+                            .bad = axis.shown.BadSolution,
                             .leastSquares = leastSquares,
                             .latitude = site.latitude,
-                            .exposure = exposureSeconds});
-    show(plates, result.error);
-    return result;
+                            .exposure = wish.exposureSeconds,
+                            .note = wish.note});
+    show(plates, axis.shown.error);
+    return axis;
 }
 
-void MeasurementResult::tell(const AxisCheck& check, const Site& site) {
-    for (const std::string& line : check.lines()) log(line);
+/// Returns the verdict for the eye: what is warned of, or else the log's last line.
+std::string MeasurementResult::tell(const AxisCheck& check, const Site& site) {
+    const std::vector<std::string> lines = check.lines();
+    for (const std::string& line : lines) log(line);
     services_.display.showEstimate(check.estimate);
-    const std::vector<std::string> warnings = check.warnings(site);
     std::string shown;
-    for (const std::string& warning : warnings) {
+    for (const std::string& warning : check.warnings(site)) {
         log("Warning: " + warning);
         shown += (shown.empty() ? "" : platform::kCrLf) + warning;
     }
     constexpr double kToRead = 20;  // seconds
     if (!shown.empty()) services_.messages.ShowPopupMessage(shown, kToRead);
+    return shown.empty() ? lines.back() : shown;
 }
 
 PolarErrorResult MeasurementResult::solveForAxis(std::span<const TakenPlate> plates) {

@@ -21,15 +21,15 @@ constexpr std::array kOrdinals = {"",      "Second",  "Third",  "Fourth", "Fifth
 
 }  // namespace
 
-MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt,
+MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt, PlateReview& review,
                                const Services& services)
     : panel_(panel),
       state_(state),
       prompt_(prompt),
+      review_(review),
       services_(services),
       indicators_(services.settings),
-      taker_(panel, state, services),
-      result_(services) {}
+      taker_(panel, state, services) {}
 
 void MeasurementRun::cmdRun_Click() {
     try {
@@ -55,15 +55,10 @@ void MeasurementRun::measure() {
 
     const std::vector<TakenPlate> plates = takePlates(plan);
     goOn();
-    const PolarErrorResult result = result_.of(plates, taker_.exposureSeconds() * plan.exposures);
+    review_.begin(plates, taker_.exposureSeconds() * plan.exposures);
     returnToStart(plan);
-    if (result.BadSolution) {
-        log("Polar Align Error Calculation Failed");
-        failurePrompt(joinLines({"***ERROR***ERROR***", "Polar Align Error ", "Calculation Failed!", "",
-                                 "Try new conditions, click Next"}),
-                      std::nullopt);
-    }
-    offerCorrection(result.error);
+    if (review_.result().BadSolution) calculationFailed();
+    offerCorrection(plan);
     if (state_.AppUnloading) throw Closing{};
     log("Alignment Run Complete");
 }
@@ -81,6 +76,10 @@ void MeasurementRun::beginRun() {
     panel_.cmdSkip.setEnabled(false);
     panel_.cmdExpose.setEnabled(false);
     services_.display.clearPolarPlot();
+    askToWait();
+}
+
+void MeasurementRun::askToWait() {
     panel_.txtInstructions.setAlignment(Alignment::kCentre);
     panel_.txtInstructions.setText(joinLines({"Measuring", "Polar Alignment Error", "", "", "Please Wait"}));
 }
@@ -215,6 +214,13 @@ void MeasurementRun::plateFailed(int number) {
                   Alignment::kLeft);
 }
 
+void MeasurementRun::calculationFailed() {
+    log("Polar Align Error Calculation Failed");
+    failurePrompt(joinLines({"***ERROR***ERROR***", "Polar Align Error ", "Calculation Failed!", "",
+                             "Try new conditions, click Next"}),
+                  std::nullopt);
+}
+
 /// However its axis stands, a mount turns the camera by as much as it was told to: the angle between two
 /// plates is the angle between the positions that it was sent to. Mounts that stall or slip don't say so.
 void MeasurementRun::compareWithSlew(const TakenPlate& before, const TakenPlate& after) {
@@ -238,18 +244,59 @@ void MeasurementRun::returnToStart(const MeasurementPlan& plan) {
     goOn();
 }
 
-void MeasurementRun::offerCorrection(const PolarError& error) {
+/// Until he decides, the operator can have plates left out or taken again.
+void MeasurementRun::offerCorrection(const MeasurementPlan& plan) {
+    bool correct = operatorWantsCorrection();
+    while (const auto plate = review_.takeRedoRequest()) {
+        redo(*plate, plan);
+        correct = operatorWantsCorrection();
+    }
+    const PolarErrorResult& result = review_.result();
+    if (!correct) return;
+    if (result.BadSolution) calculationFailed();
+    services_.correction.CorrectMisAlignment(result.error.ErrorAmplitude, result.error.ErrorAngle);
+}
+
+bool MeasurementRun::operatorWantsCorrection() {
     panel_.txtInstructions.setAlignment(Alignment::kLeft);
     panel_.txtInstructions.setText(
         joinLines({"Polar Align Measurement", "Completed Successfully !!", "1. Click Next to correct",
                    "      misalignment, or click", "      Skip Button to end"}));
     panel_.cmdNext.setEnabled(true);
     panel_.cmdSkip.setEnabled(true);
-    const bool correct = prompt_.WaitForNextOrSkipClick();
+    const PlateReview::Offered offered(review_);
+    const bool correct = prompt_.WaitForNextOrSkipClick([this] { return review_.redoRequested(); });
     Indicators::switchOff(panel_.cmdNext);
     if (state_.StopRequested) throw StopExit{};
     if (state_.AppUnloading) throw Closing{};
-    if (correct) services_.correction.CorrectMisAlignment(error.ErrorAmplitude, error.ErrorAngle);
+    return correct;
+}
+
+/// One that fails leaves the former one as it was.
+void MeasurementRun::redo(const TakenPlate& plate, const MeasurementPlan& plan) {
+    panel_.cmdNext.setEnabled(false);
+    panel_.cmdSkip.setEnabled(false);
+    askToWait();
+    const std::string name = "Plate " + std::to_string(plate.number);
+    log("***** Exposing Image " + std::to_string(plate.number) + " again *****");
+    const EquatorialPosition start = position_;
+    slewBetween(plate.sentTo);
+    waitForMountToSettle();
+    const TakenPlate here = taker_.at(plate.number, position_);
+    indicators_.SetActiveColors(panel_.lblExpose);
+    const auto again = taker_.take(here, plan.exposures, {.RA = plate.raError, .Dec = plate.decError});
+    goOn();
+    if (again)
+        review_.replace(*again);
+    else
+        log(name + " couldn't be solved again: the former one stays");
+    slewBetween(start);
+}
+
+void MeasurementRun::slewBetween(const EquatorialPosition& to) {
+    slewOn(signedHours(to.RA - position_.RA));
+    logPosition(Style::kSexagesimal);
+    Indicators::switchOff(panel_.lblSlew);
 }
 
 /// Eastward by these hours.

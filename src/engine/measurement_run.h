@@ -8,10 +8,9 @@
 
 #include "engine/indicators.h"
 #include "engine/measurement_plan.h"
-#include "engine/measurement_result.h"
 #include "engine/operator_prompt.h"
+#include "engine/plate_review.h"
 #include "engine/plate_taker.h"
-#include "engine/polar_error.h"
 #include "engine/run_exits.h"
 #include "engine/run_panel.h"
 #include "engine/run_state.h"
@@ -25,7 +24,8 @@ namespace vantrel::engine {
 /// twice.
 class MeasurementRun {
   public:
-    MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt, const Services& services);
+    MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt, PlateReview& review,
+                   const Services& services);
 
     /// Measures, shows the result and offers the correction. Never throws: every failure is reported to the
     /// operator, and the window is ready for the next run.
@@ -51,9 +51,14 @@ class MeasurementRun {
     std::optional<TakenPlate> retryWithHalfTheSlew(MeasurementPlan& plan, const TakenPlate& first);
     void goOnWithout(const MeasurementPlan& plan, int number, const std::vector<TakenPlate>& taken);
     [[noreturn]] void plateFailed(int number);
+    [[noreturn]] void calculationFailed();
     void compareWithSlew(const TakenPlate& before, const TakenPlate& after);
     void returnToStart(const MeasurementPlan& plan);
-    void offerCorrection(const PolarError& error);
+    void offerCorrection(const MeasurementPlan& plan);
+    bool operatorWantsCorrection();
+    void redo(const TakenPlate& plate, const MeasurementPlan& plan);
+    void askToWait();
+    void slewBetween(const EquatorialPosition& to);
 
     void slewOn(double hours);
     void waitForMountToSettle();
@@ -68,10 +73,10 @@ class MeasurementRun {
     RunPanel& panel_;
     RunState& state_;
     OperatorPrompt& prompt_;
+    PlateReview& review_;
     Services services_;
     Indicators indicators_;
     PlateTaker taker_;
-    MeasurementResult result_;
     EquatorialPosition position_;  // of the mount: read once, then as commanded
 };
 

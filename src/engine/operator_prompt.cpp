@@ -12,7 +12,7 @@ OperatorPrompt::OperatorPrompt(RunPanel& panel, RunState& state, platform::Event
     panel_.cmdStop.onClick = [this] { cmdStop_Click(); };
 }
 
-bool OperatorPrompt::WaitForNextOrSkipClick() {
+bool OperatorPrompt::WaitForNextOrSkipClick(const std::function<bool()>& somethingElse) {
     state_.NextClicked = false;
     state_.SkipClicked = false;
     do {
@@ -21,7 +21,7 @@ bool OperatorPrompt::WaitForNextOrSkipClick() {
             state_.NextClicked = false;
             return true;
         }
-    } while (!state_.SkipClicked && !state_.StopRequested && !state_.AppUnloading);
+    } while (!state_.SkipClicked && !state_.StopRequested && !state_.AppUnloading && !somethingElse());
     state_.SkipClicked = false;
     return false;
 }

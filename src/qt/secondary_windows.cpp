@@ -138,6 +138,7 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     addReadout(*estimate, "Elevation", "txtEstimateElevation", new QLabel("arc-min"), nullptr);
     addReadout(*estimate, "Azimuth", "txtEstimateAzimuth", new QLabel("arc-min"), nullptr);
     addReadout(*estimate, "±", "txtUncertainty", new QLabel("arc-sec"), nullptr);
+    estimate->addWidget(button("cmdPlates"), estimate->rowCount() - 1, 3);
     auto* const position = readoutGrid();
     addReadout(*position, Text::tr("East-West"), "txtPositionEastWest", new QLabel, nullptr);
     addReadout(*position, Text::tr("Up-Down"), "txtPositionUpDown", new QLabel, nullptr);
@@ -173,6 +174,42 @@ void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::st
     follow();
     filled_.reserve(boxes.size());
     for (const std::string& name : boxes) filled_.push_back(form().find(name)->changed.subscribe(follow));
+}
+
+// ---- Plates ----
+
+PlatesWindow::PlatesWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const table = new QGridLayout;
+    table->setHorizontalSpacing(14);
+    table->setVerticalSpacing(4);
+    int column = 0;
+    for (const QString& heading : {Text::tr("Plate"), Text::tr("Hour angle"), Text::tr("Declination"),
+                                   Text::tr("Off along"), Text::tr("Off across")})
+        table->addWidget(new QLabel(heading), 0, column++);
+    for (int number = 1; form.find("chkPlate(" + std::to_string(number) + ")") != nullptr; ++number) {
+        const auto member = [number](const char* name) {
+            return name + ("(" + std::to_string(number) + ")");
+        };
+        table->addWidget(named<QCheckBox>(member("chkPlate").c_str()), number, 0);
+        column = 1;
+        for (const char* cell : {"lblHourAngle", "lblDeclination", "lblAlong", "lblAcross"})
+            table->addWidget(named<QLabel>(member(cell).c_str()), number, column++, Qt::AlignRight);
+    }
+    auto* const verdict = named<QPlainTextEdit>("txtVerdict");
+    verdict->setAccessibleName(Text::tr("Whether the plates agree"));
+    verdict->setMinimumSize(verdict->fontMetrics().averageCharWidth() * 60,
+                            verdict->fontMetrics().lineSpacing() * 3 + 16);
+    QPushButton* const ok = button("cmdOK");
+    auto* const page = new QVBoxLayout(&scrolledPage());
+    page->addLayout(table);
+    page->addStretch();
+    page->addWidget(verdict);
+    page->addWidget(named<QCheckBox>("chkEstimate"));
+    QComboBox* const again = listField("cmbRedo", 3);
+    page->addLayout(row({labelOf(*again, Text::tr("Take again")), again, button("cmdRedo")}, true));
+    page->addLayout(row({ok}));
+    answerWithEnter(*ok);
+    bind();
 }
 
 // ---- Pixel scale calculator ----

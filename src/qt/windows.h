@@ -43,6 +43,11 @@ class PolarPlotWindow : public FormWindow {
     std::vector<platform::Subscription> filled_;
 };
 
+class PlatesWindow : public FormWindow {
+  public:
+    PlatesWindow(platform::Form& form, const Front& front);
+};
+
 class PixelScaleWindow : public FormWindow {
   public:
     PixelScaleWindow(platform::Form& form, const Front& front);

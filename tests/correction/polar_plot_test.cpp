@@ -54,7 +54,7 @@ class Plot : public testing::Test {
     QueuedEventLoop loop{time};
     vantrel::test::MemorySettingsPort settings;
     vantrel::test::RecordingLog log;
-    test::Mount telescope{loop};  // at latitude 45
+    vantrel::test::Mount telescope{loop};  // at latitude 45
     Screen screen{{0, 0, 1920, 1040}};
     Form form{screen, "frmMain", "", {0, 0, 600, 500}};
     ErrorPlotPanel panel{form};

@@ -19,6 +19,7 @@
 #include "correction/frm_polar_plot.h"
 #include "devices/frm_select_cc_software.h"
 #include "devices/frm_telescope.h"
+#include "engine/frm_plates.h"
 #include "observatory/panel/frm_simulator.h"
 #include "platesolve/frm_pixel_scale.h"
 #include "platform/queued_event_loop.h"
@@ -37,6 +38,7 @@ struct Forms {
     app::frmLog log{screen};
     app::frmPopupMsg popup{screen};
     correction::frmPolarPlot polarPlot{screen};
+    engine::frmPlates plates{screen};
     devices::frmTelescope telescope{screen};
     devices::frmSelectCCSoftware imagingSoftware{screen};
     platesolve::frmPixelScale pixelScale{screen};

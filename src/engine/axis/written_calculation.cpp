@@ -76,7 +76,7 @@ AxisCovariance covarianceAbout(const std::array<PlatePosition, kPlates>& positio
 }  // namespace
 
 std::array<std::size_t, kPlates> threeAlong(std::span<const double> hourAngles) {
-    const auto turned = [&](std::size_t i) { return signedHours(hourAngles[i] - hourAngles.front()); };
+    const auto turned = [&](std::size_t i) { return std::remainder(hourAngles[i] - hourAngles.front(), 24); };
     const std::size_t last = hourAngles.size() - 1;
     const double middle = turned(last) / 2;
     std::size_t nearest = 1;

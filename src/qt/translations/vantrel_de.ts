@@ -20,6 +20,34 @@
         <translation>Belichtungen je Aufnahme</translation>
     </message>
     <message>
+        <source>Plate</source>
+        <translation>Aufnahme</translation>
+    </message>
+    <message>
+        <source>Hour angle</source>
+        <translation>Stundenwinkel</translation>
+    </message>
+    <message>
+        <source>Declination</source>
+        <translation>Deklination</translation>
+    </message>
+    <message>
+        <source>Take again</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Off along</source>
+        <translation>daneben längs</translation>
+    </message>
+    <message>
+        <source>Off across</source>
+        <translation>daneben quer</translation>
+    </message>
+    <message>
+        <source>Whether the plates agree</source>
+        <translation>Ob die Aufnahmen zusammenpassen</translation>
+    </message>
+    <message>
         <source>Single exposures</source>
         <translation>Einzelaufnahmen</translation>
     </message>

@@ -1,0 +1,304 @@
+// The measurement's story: what the operator sees and can do, whatever the plates do.
+
+#include <algorithm>
+#include <cmath>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "axis/simulated_mount.h"
+#include "engine/angles.h"
+#include "platform/color.h"
+#include "support/engine_world.h"
+
+namespace vantrel::engine {
+namespace {
+
+using platform::joinLines;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A mount with an axis that is off, an operator who answers the prompts, and one who notes what would be
+/// corrected.
+struct MeasurementWorld : CorrectionPort, test::EngineWorld {
+    MeasurementWorld() : EngineWorld(static_cast<CorrectionPort&>(*this)) {
+        mountOfSky.azimuth = 20;
+        mountOfSky.elevation = -15;
+        mountOfSky.site.latitude = mount.SiteLatitude();
+        mountOfSky.declination = mount.dec;
+        solver.sky = [this](const EquatorialPosition& sentTo) { return lookingFrom(sentTo); };
+        for (platform::TextBox* box : {&panel.txtDeltaRA}) box->setText("20");
+        loop.setAttendant([this] { attend(); });
+    }
+
+    PlateSolution lookingFrom(const EquatorialPosition& sentTo) {
+        const Plate seen = mountOfSky.plate(mount.lst - sentTo.RA, test::SimulatedAir(standardAir(0)));
+        const double angle = engine::degreesToRadians(*seen.positionAngle);
+        state.PlateRAError = 0;
+        return {.ra = mount.lst - seen.hourAngle + (seen.hourAngle > mount.lst ? 24 : 0),
+                .dec = seen.declination + jumps[static_cast<int>(solver.solved.size())] / 3600,
+                .CD1_1 = std::sin(angle) / 1000,
+                .CD1_2 = std::cos(angle) / 1000,
+                .CD2_1 = std::cos(angle) / 1000,
+                .CD2_2 = -std::sin(angle) / 1000,
+                .quality =
+                    SolutionQuality{.matched = 60, .meanResidual = 0.5, .fieldWidth = 1.4, .fieldHeight = 1}};
+    }
+
+    void CorrectMisAlignment(double amplitude, double angle) override { corrected = {{amplitude, angle}}; }
+
+    /// Runs; answers each prompt in turn, and clicks Skip or Next where there are no more answers.
+    void measure(std::vector<std::function<void()>> answersOfOperator = {}) {
+        answers = std::move(answersOfOperator);
+        log.lines.clear();
+        panel.cmdRun.click();
+    }
+
+    std::string enabledButtons() const {
+        std::string names;
+        for (const platform::Button* button :
+             {&panel.cmdRun, &panel.cmdStop, &panel.cmdNext, &panel.cmdSkip, &panel.cmdExpose})
+            if (button->enabled()) names += (names.empty() ? "" : " ") + button->name().substr(3);
+        return names;
+    }
+    bool anythingLit() const {
+        const auto lit = [](const platform::Label* light) {
+            return light->backColor() != platform::color::kIndicatorOffBack;
+        };
+        return std::ranges::any_of(std::array{&panel.lblSlew, &panel.lblExpose, &panel.lblSolve,
+                                              &panel.lblFrame1, &panel.lblFrame2, &panel.lblFrame3},
+                                   lit) ||
+               Indicators::isLit(panel.cmdRun);
+    }
+    std::vector<std::string> lines(const std::string& part) const {
+        std::vector<std::string> found;
+        for (const std::string& line : log.lines)
+            if (line.find(part) != std::string::npos) found.push_back(line);
+        return found;
+    }
+
+    test::SimulatedMount mountOfSky;
+    std::map<int, double> jumps;  // arc-seconds in declination at the solve of this number
+    std::optional<std::pair<double, double>> corrected;
+    std::vector<std::function<void()>> answers;
+    std::string whenAsked;  // buttons and instructions at the last prompt
+
+  private:
+    void attend() {
+        constexpr std::chrono::seconds kToThink{1};
+        if (!panel.cmdNext.enabled() || time.sinceStart() < thinksUntil_) return;
+        thinksUntil_ = time.sinceStart() + kToThink;
+        whenAsked = enabledButtons() + "\r\n" + panel.txtInstructions.text();
+        if (answers.empty()) {
+            panel.cmdSkip.click() || panel.cmdNext.click();
+        } else {
+            const auto answer = answers.front();
+            answers.erase(answers.begin());
+            answer();
+        }
+    }
+    platform::Milliseconds thinksUntil_{0};
+};
+
+const std::string kStart =
+    joinLines({"Polar Align Measurement Start", "1. Slew and Sync Telescope", "     to any Star",
+               "2. Click Run Button to start", "     Alignment Measurement"});
+const std::string kOffer =
+    joinLines({"Stop Next Skip", "Polar Align Measurement", "Completed Successfully !!",
+               "1. Click Next to correct", "      misalignment, or click", "      Skip Button to end"});
+std::string refusal(const std::string& first, const std::string& second = "1. Try smaller Telescope Slew") {
+    return joinLines({"Stop Next", first, "", second, "", "Click Next to try again"});
+}
+
+TEST(MeasurementRun, TakesPlatesComparesThemAndGoesBack) {
+    MeasurementWorld world;
+    world.measure();
+    EXPECT_EQ(world.whenAsked, kOffer);
+    EXPECT_THAT(world.log.lines, Contains("Alignment Run Complete"));
+    ASSERT_EQ(world.mount.slews.size(), 3u);
+    EXPECT_NEAR(world.mount.slews[1].RA, 2.5 + 40. / 15, 1e-9) << "eastward";
+    EXPECT_NEAR(world.mount.slews[2].RA, 2.5, 1e-9) << "back";
+    EXPECT_EQ(world.panel.txtInstructions.text(), kStart);
+    EXPECT_EQ(world.enabledButtons(), "Run Expose");
+    EXPECT_FALSE(world.anythingLit());
+    EXPECT_NEAR(world.display.amplitude * 60, std::hypot(20 * std::cos(45 * test::kDegree), 15), 1.5)
+        << "without air, which the written calculation doesn't know";
+}
+
+TEST(MeasurementRun, RefusesPlansAndPlatesWithTheTextForEach) {
+    const auto between = [](const std::string& what, const char* limits) {
+        return joinLines({"Stop Next", "***ERROR***ERROR***", what + " must be ", limits, "",
+                          "Enter a new value, click Next"});
+    };
+    const struct {
+        const char* why;
+        std::function<void(MeasurementWorld&)> prepare;
+        std::string asked;
+    } cases[] = {
+        {"slew too small", [](auto& w) { w.panel.txtDeltaRA.setText("0"); },
+         between("Telescope Slew", "between 1 and 45 degrees!")},
+        {"slew too large", [](auto& w) { w.panel.txtDeltaRA.setText("46"); },
+         between("Telescope Slew", "between 1 and 45 degrees!")},
+        {"two plates", [](auto& w) { w.panel.txtPlates.setText("2"); },
+         between("Plates", "between 3 and 9!")},
+        {"ten plates", [](auto& w) { w.panel.txtPlates.setText("10"); },
+         between("Plates", "between 3 and 9!")},
+        {"half an exposure", [](auto& w) { w.panel.txtPlateExposures.setText("1.5"); },
+         between("Exposures per Plate", "between 1 and 5!")},
+        {"plates that don't lie on one circle",
+         [](auto& w) {
+             w.panel.txtDeltaRA.setText("1");
+             w.jumps[2] = 7200;
+         },
+         joinLines({"Stop Next", "***ERROR***ERROR***", "Polar Align Error ", "Calculation Failed!", "",
+                    "Try new conditions, click Next"})},
+        {"no first plate", [](auto& w) { w.solver.clouds = {1}; },
+         joinLines({"Stop Next", "Plate Solve Failed !!", "1. Is Scope is Synced to Star?",
+                    "2. Check Plate Solve Settings", "", "Click Next to try again"})},
+        {"no second plate, nor at half the slew",
+         [](auto& w) {
+             w.solver.clouds = {2, 3};
+         },
+         refusal("Second Plate Solve Failed !!")},
+        {"no third plate", [](auto& w) { w.solver.clouds = {3}; }, refusal("Third Plate Solve Failed !!")},
+        {"too many of five",
+         [](auto& w) {
+             w.panel.txtPlates.setText("5");
+             w.solver.clouds = {2, 3, 5};
+         },
+         refusal("Fifth Plate Solve Failed !!")},
+        {"none of the first two of five",
+         [](auto& w) {
+             w.panel.txtPlates.setText("5");
+             w.solver.clouds = {1, 2};
+         },
+         joinLines({"Stop Next", "Plate Solve Failed !!", "1. Is Scope is Synced to Star?",
+                    "2. Check Plate Solve Settings", "", "Click Next to try again"})},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        MeasurementWorld world;
+        c.prepare(world);
+        world.measure();
+        EXPECT_EQ(world.whenAsked, c.asked);
+        EXPECT_EQ(world.log.lines.back(), "Align Aborted");
+        EXPECT_EQ(world.panel.txtInstructions.text(), kStart);
+        EXPECT_EQ(world.enabledButtons(), "Run Expose");
+        EXPECT_FALSE(world.anythingLit());
+        EXPECT_FALSE(world.corrected);
+    }
+}
+
+TEST(MeasurementRun, StopEndsItWhereverItIs) {
+    MeasurementWorld undisturbed;
+    undisturbed.measure();
+    const double duration =
+        std::chrono::duration<double>(undisturbed.time.sinceStart() - std::chrono::hours{1}).count();
+    for (double at = 0.05; at < duration; at += 0.5) {
+        MeasurementWorld world;
+        const auto click = world.loop.after(platform::Milliseconds(static_cast<long>(at * 1000)),
+                                            [&] { world.panel.cmdStop.click(); });
+        world.measure();
+        ASSERT_EQ(world.lines("Operation stopped by operator").size(), 1u) << at;
+        EXPECT_EQ(world.log.lines.back(), "Align Aborted") << at;
+        EXPECT_EQ(world.enabledButtons(), "Run Expose") << at;
+        EXPECT_FALSE(world.anythingLit()) << at;
+    }
+}
+
+TEST(MeasurementRun, TriesTheSecondPlateAtHalfTheSlewAndTheThirdWhereItWas) {
+    MeasurementWorld world;
+    world.solver.clouds = {2};
+    world.measure();
+    EXPECT_THAT(world.log.lines, Contains("Trying again with half Telescope Slew"));
+    std::vector<double> degrees;
+    for (const EquatorialPosition& slew : world.mount.slews) degrees.push_back((slew.RA - 2.5) * 15);
+    using testing::DoubleNear;
+    EXPECT_THAT(degrees, ElementsAre(DoubleNear(20, 1e-9), DoubleNear(10, 1e-9), DoubleNear(20, 1e-9),
+                                     DoubleNear(0, 1e-9)));
+}
+
+TEST(MeasurementRun, MoreThanThreePlatesCanSpareSome) {
+    MeasurementWorld world;
+    world.panel.txtDeltaRA.setText("8");
+    world.panel.txtPlates.setText("6");
+    world.panel.txtPlateExposures.setText("2");
+    // The fourth plate's first exposure is lost, and both of the fifth.
+    world.solver.clouds = {7, 9, 10};
+    world.measure();
+    EXPECT_EQ(world.camera.exposures.size(), 12u);
+    EXPECT_EQ(world.display.plates, 5u);
+    EXPECT_THAT(world.log.lines, Contains("Plate 5 is left out"));
+    EXPECT_THAT(world.log.lines, Contains("Alignment Run Complete"));
+    ASSERT_EQ(world.history.records.size(), 1u);
+    const MeasurementRecord& record = world.history.records.front();
+    EXPECT_EQ(record.exposure, 20);
+    EXPECT_NEAR(record.check.estimate.fromTruePole.azimuth, 20, 0.05);
+    EXPECT_NEAR(record.check.estimate.fromTruePole.elevation, -15, 0.05);
+    EXPECT_NEAR(world.mount.slews.back().RA, 2.5, 1e-9) << "back over all of the arc";
+}
+
+TEST(MeasurementRun, APlateLeftOutOrRedoneChangesTheResult) {
+    MeasurementWorld world;
+    world.panel.txtDeltaRA.setText("10");
+    world.panel.txtPlates.setText("5");
+    world.jumps[3] = 8;
+    auto& boxes = world.plates.rows;
+    std::vector<double> elevations;
+    const auto note = [&] {
+        elevations.push_back(world.history.records.back().check.estimate.fromTruePole.elevation);
+    };
+    world.plates.show();
+    world.measure({
+        [&] { note(), boxes[2]->chkPlate.click(); },
+        [&] {
+            note(), boxes[2]->chkPlate.click(), world.plates.cmbRedo.choose("3"),
+                world.plates.cmdRedo.click();
+        },
+        [&] { note(), world.plates.chkEstimate.click(), world.panel.cmdNext.click(); },
+    });
+    EXPECT_THAT(world.lines("Warning: The plates don't agree"),
+                Contains(HasSubstr("the telescope moved in declination by 8.")));
+    ASSERT_EQ(elevations.size(), 3u);
+    EXPECT_GT(std::abs(elevations[0] + 15), 0.2) << "with the plate that jumped";
+    EXPECT_NEAR(elevations[1], -15, 0.05) << "without it";
+    EXPECT_NEAR(elevations[2], -15, 0.05) << "taken again";
+    EXPECT_EQ(world.history.records[2].note, "plate 3 counts again");
+    EXPECT_EQ(world.history.records[3].note, "plate 3 redone");
+    ASSERT_TRUE(world.corrected);
+    EXPECT_NEAR(world.corrected->first, world.history.records.back().check.estimate.written.ErrorAmplitude,
+                1e-12)
+        << "the estimate counts";
+    EXPECT_FALSE(world.plates.chkEstimate.reachable()) << "nothing changes under the correction's feet";
+}
+
+TEST(MeasurementRun, ThreePlatesAreTheFewest) {
+    MeasurementWorld world;
+    world.plates.show();
+    world.measure({[&] { world.plates.rows[0]->chkPlate.click(); }});
+    EXPECT_TRUE(world.plates.rows[0]->chkPlate.ticked());
+    EXPECT_THAT(world.messages.shown.back().text, HasSubstr("needs three plates at least"));
+    EXPECT_EQ(world.history.records.size(), 1u);
+}
+
+TEST(MeasurementRun, ARedoThatFailsOrIsStoppedLosesNothing) {
+    for (const bool stop : {false, true}) {
+        SCOPED_TRACE(stop);
+        MeasurementWorld world;
+        world.solver.clouds = {4};
+        world.plates.show();
+        world.measure({[&] {
+            world.plates.cmdRedo.click();
+            if (stop) world.panel.cmdStop.click();
+        }});
+        EXPECT_EQ(world.history.records.size(), 1u);
+        EXPECT_EQ(world.log.lines.back(), stop ? "Align Aborted" : "Alignment Run Complete");
+        EXPECT_EQ(world.lines("couldn't be solved again: the former one stays").size(), stop ? 0u : 1u);
+        EXPECT_EQ(world.enabledButtons(), "Run Expose");
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::engine
