@@ -13,7 +13,7 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
     platesolve::frmPixelScale& scale = parts.pixelScaleForm;
     return {// The measurement's own figures
             &run.txtDeltaRA, &run.txtExposeInterval, &run.txtDelayAfterSlew, &run.txtPostExpDelay,
-            &run.txtPlates, &run.txtPlateExposures, &run.optSlewEast, &run.optSlewWest,
+            &run.txtPlates, &run.txtPlateExposures, &run.chkTurnByHand, &run.optSlewEast, &run.optSlewWest,
             &parts.main.exposures.cmdExposeSolve,
             // Mount and site
             &telescope.cmdPickTelescope, &telescope.cmdTelescopeSetup, &telescope.cmdConnectTelescope,

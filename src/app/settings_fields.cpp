@@ -28,6 +28,7 @@ std::vector<SettingsField> fieldsOf(frmMain& form) {
         {kRun, "PostExpDelay", "0", &run.txtPostExpDelay, kNothing, true},
         {kRun, "Plates", "3", &run.txtPlates, kChange, true},
         {kRun, "PlateExposures", "1", &run.txtPlateExposures, kChange, true},
+        {kRun, "TurnByHand", "0", &run.chkTurnByHand, kClick, true},
         {kRun, "CrossHairEnable", "0", &exp.chkCrossHairEnable, kNothing, true},
         {kRun, "CrossHairWidth", "1", &exp.cmbCrossHairWidth, kClick, true},
         {kRun, "UseCCDSoftSubFrame", "0", &form.imaging.chkUseCCDSoftSubFrame, kNothing, true},

@@ -78,6 +78,7 @@ void StarPointing::point(const Adjustment& adjustment, double ErrorAmplitude, do
     state_.ExposureRA = situation.telescopeRA;
     state_.ExposureDec = situation.telescopeDec;
     state_.SpiralSearchAllowed = false;
+    state_.WholeSkyAllowed = false;
     const auto plate = services_.solver.SolvePlate(engine::kSavedImage, 0, 0);
     if (!state_.PlateSolved || !plate) throw Ended{};
     services_.log.AddToLog(adjustment.solved);

@@ -248,12 +248,12 @@ void TelescopeLink::repeatReadOfDec(double& dec) {
                                " returned illegal Dec value of: " + toText(dec));
 }
 
-std::optional<PictureFacts::Position> TelescopeLink::positionIfKnown() {
+std::optional<engine::EquatorialPosition> TelescopeLink::readingIfKnown() {
     try {
         if (!driver_ || !TelescopeIsConnected()) return std::nullopt;
-        return PictureFacts::Position{get("RightAscension").toDouble(), get("Declination").toDouble()};
+        return engine::EquatorialPosition{get("RightAscension").toDouble(), get("Declination").toDouble()};
     } catch (...) {
-        return std::nullopt;  // a picture without a position is a picture all the same
+        return std::nullopt;
     }
 }
 

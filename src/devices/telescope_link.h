@@ -10,7 +10,6 @@
 
 #include "devices/frm_telescope.h"
 #include "devices/services.h"
-#include "platform/picture_facts.h"
 
 namespace vantrel::devices {
 
@@ -42,9 +41,7 @@ class TelescopeLink : public engine::TelescopePort {
     /// A reading beyond ±90 is repeated for about a second, then reported and returned as it is; -1000 when
     /// no driver is connected.
     double GetTelescopeDec() override;
-    /// Where the mount says that it points; nothing when none is connected or it doesn't tell. Reports
-    /// nothing.
-    std::optional<platform::PictureFacts::Position> positionIfKnown();
+    std::optional<engine::EquatorialPosition> readingIfKnown() override;
     void SlewToCoordinates(double ra, double dec) override;
     /// Sends the mount one command to slew (hours, degrees); true when it took it.
     bool TelescopeMoveIsSuccessful(double ra, double dec);

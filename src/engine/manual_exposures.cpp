@@ -122,6 +122,7 @@ void ManualExposures::exposeAndSolve() {
     state_.ExposureRA = ra;
     state_.ExposureDec = dec;
     state_.SpiralSearchAllowed = true;
+    state_.WholeSkyAllowed = dec < -90;  // no mount tells where it points
     services_.solver.SolvePlate(kSavedImage, 0, 0);
     if (state_.PlateSolved) return;
     services_.log.AddToLog("Plate Solve failed");

@@ -12,6 +12,7 @@ struct MeasurementPlan {
     bool eastward = true;
     int plates = kFewestPlates;  // along the arc
     int exposures = 1;           // of each plate
+    bool byHand = false;         // the operator turns the axis
 };
 
 }  // namespace vantrel::engine

@@ -19,6 +19,12 @@ double imageMotion(double seconds) {
     return kInASecond / std::sqrt(std::max(seconds, 1.0));
 }
 
+/// The written calculation can't do without the mount's readings.
+bool turnedByHand(std::span<const TakenPlate> plates) {
+    return std::ranges::any_of(plates,
+                               [](const TakenPlate& plate) { return plate.pointing == Pointing::kByHand; });
+}
+
 }  // namespace
 
 /// The least-squares estimate stands beside the written calculation, and in its place where the operator
@@ -62,6 +68,10 @@ std::string MeasurementResult::tell(const AxisCheck& check, const Site& site) {
 }
 
 PolarErrorResult MeasurementResult::solveForAxis(std::span<const TakenPlate> plates) {
+    if (turnedByHand(plates)) {
+        services_.display.showBadSolution();
+        return {.error = {}, .BadSolution = true};
+    }
     std::vector<double> hourAngles;
     for (const TakenPlate& plate : plates) hourAngles.push_back(seenPlate(plate).hourAngle);
     const auto [first, middle, last] = threeAlong(hourAngles);

@@ -29,7 +29,8 @@ MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt&
       review_(review),
       services_(services),
       indicators_(services.settings),
-      taker_(panel, state, services) {}
+      taker_(panel, state, services),
+      hand_(panel, services, taker_) {}
 
 void MeasurementRun::cmdRun_Click() {
     try {
@@ -53,10 +54,10 @@ void MeasurementRun::measure() {
     MeasurementPlan plan = validatedPlan();
     logSettings(plan);
 
-    const std::vector<TakenPlate> plates = takePlates(plan);
+    const std::vector<TakenPlate> plates = plan.byHand ? takePlatesByHand(plan) : takePlates(plan);
     goOn();
     review_.begin(plates, taker_.exposureSeconds() * plan.exposures);
-    returnToStart(plan);
+    if (!plan.byHand) returnToStart(plan);
     if (review_.result().BadSolution) calculationFailed();
     offerCorrection(plan);
     if (state_.AppUnloading) throw Closing{};
@@ -94,7 +95,8 @@ MeasurementPlan MeasurementRun::validatedPlan() {
     return {.slew = degrees * (1.0 / 15),
             .eastward = state_.SlewEast,
             .plates = validatedCount(panel_.txtPlates, "Plates", kFewestPlates, kMostPlates),
-            .exposures = validatedCount(panel_.txtPlateExposures, "Exposures per Plate", 1, kMostExposures)};
+            .exposures = validatedCount(panel_.txtPlateExposures, "Exposures per Plate", 1, kMostExposures),
+            .byHand = panel_.chkTurnByHand.ticked()};
 }
 
 int MeasurementRun::validatedCount(const platform::TextBox& box, const std::string& what, int fewest,
@@ -140,6 +142,21 @@ std::vector<TakenPlate> MeasurementRun::takePlates(MeasurementPlan& plan) {
             goOnWithout(plan, number, taken);
         }
     }
+    return taken;
+}
+
+std::vector<TakenPlate> MeasurementRun::takePlatesByHand(const MeasurementPlan& plan) {
+    log("The axis is turned by hand");
+    std::vector<TakenPlate> taken;
+    for (int number = 1; number <= plan.plates; ++number) {
+        if (number == 1) indicators_.SetActiveColors(panel_.lblFrame1);
+        log("***** Exposing Image " + std::to_string(number) + " *****");
+        showPlateInHand(plan, number);
+        const auto plate = number == 1 ? hand_.first(plan) : hand_.next(plan, taken);
+        if (!plate) plateFailed(number);
+        taken.push_back(*plate);
+    }
+    askToWait();
     return taken;
 }
 

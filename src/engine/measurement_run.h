@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/hand_turning.h"
 #include "engine/indicators.h"
 #include "engine/measurement_plan.h"
 #include "engine/operator_prompt.h"
@@ -43,6 +44,7 @@ class MeasurementRun {
     int validatedCount(const platform::TextBox& box, const std::string& what, int fewest, int most);
     void logSettings(const MeasurementPlan& plan);
     std::vector<TakenPlate> takePlates(MeasurementPlan& plan);
+    std::vector<TakenPlate> takePlatesByHand(const MeasurementPlan& plan);
     void readStartPosition();
     void moveOn(const MeasurementPlan& plan, int number);
     std::optional<TakenPlate> takePlate(const MeasurementPlan& plan, int number,
@@ -77,6 +79,7 @@ class MeasurementRun {
     Services services_;
     Indicators indicators_;
     PlateTaker taker_;
+    HandTurning hand_;
     EquatorialPosition position_;  // of the mount: read once, then as commanded
 };
 

@@ -34,8 +34,9 @@ void PlateReview::begin(std::vector<TakenPlate> plates, double exposureSeconds) 
     form_.cmbRedo.setText(numbers.front().text);
     filling_ = true;
     for (const auto& row : form_.rows) row->chkPlate.setValue(1);
-    form_.chkEstimate.setValue(
-        platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "LeastSquares", "0")) != 0);
+    const bool byHand = plates_.front().pointing == Pointing::kByHand;  // nothing else can be told then
+    form_.chkEstimate.setValue(byHand || platform::leadingNumber(services_.settings.GetSetting(
+                                             "PolarAlign", "LeastSquares", "0")) != 0);
     filling_ = false;
     calculate("");
 }
@@ -96,9 +97,8 @@ void PlateReview::showPlates() {
     for (std::size_t i = 0; i < form_.rows.size(); ++i) {
         frmPlates::Row& row = *form_.rows[i];
         const bool taken = i < plates_.size();
-        for (platform::Control* control :
-             std::initializer_list<platform::Control*>{&row.chkPlate, &row.lblHourAngle, &row.lblDeclination,
-                                                       &row.lblAlong, &row.lblAcross})
+        for (platform::Control* control : std::initializer_list<platform::Control*>{
+                 &row.chkPlate, &row.lblHourAngle, &row.lblDeclination, &row.lblAlong, &row.lblAcross})
             control->setVisible(taken);
         if (!taken) continue;
         const Plate seen = seenPlate(plates_[i]);

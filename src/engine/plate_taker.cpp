@@ -24,8 +24,9 @@ PlateCovariance covarianceOf(const PlateSolution& solution) {
 PlateTaker::PlateTaker(RunPanel& panel, RunState& state, const Services& services)
     : panel_(panel), state_(state), services_(services), indicators_(services.settings) {}
 
-TakenPlate PlateTaker::at(int number, const EquatorialPosition& sentTo) const {
-    TakenPlate plate{.number = number, .sentTo = sentTo, .lst = services_.telescope.SiderealTime()};
+TakenPlate PlateTaker::at(int number, const EquatorialPosition& sentTo, Pointing pointing) const {
+    TakenPlate plate{
+        .number = number, .sentTo = sentTo, .pointing = pointing, .lst = services_.telescope.SiderealTime()};
     plate.readAt = services_.loop.clock().sinceStart();
     plate.scopeHA = NormalizeRAHours(plate.lst - sentTo.RA);
     return plate;
@@ -40,7 +41,7 @@ std::optional<TakenPlate> PlateTaker::take(const TakenPlate& plate, int exposure
             Indicators::switchOff(panel_.lblSolve);
             indicators_.SetActiveColors(panel_.lblExpose);
         }
-        const TakenPlate here = exposure == 1 ? plate : at(plate.number, plate.sentTo);
+        const TakenPlate here = exposure == 1 ? plate : at(plate.number, plate.sentTo, plate.pointing);
         if (const auto one = takeOne(here, offset, exposure == 1 ? lamps : Lamps::kShow))
             solved.push_back(*one);
     }
@@ -107,6 +108,7 @@ std::optional<PlateSolution> PlateTaker::solve(const TakenPlate& plate, const st
     state_.ExposureRA = plate.sentTo.RA;
     state_.ExposureDec = plate.sentTo.Dec;
     state_.SpiralSearchAllowed = true;
+    state_.WholeSkyAllowed = plate.pointing == Pointing::kByHand;
     auto solution = services_.solver.SolvePlate(image, offset.RA, offset.Dec);
     if (!state_.PlateSolved) return std::nullopt;
     log(plateName(plate) + " Solved");

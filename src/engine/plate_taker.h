@@ -23,7 +23,7 @@ class PlateTaker {
     PlateTaker(RunPanel& panel, RunState& state, const Services& services);
 
     /// A plate where the mount has just arrived: when, and at which hour angle by its own word.
-    TakenPlate at(int number, const EquatorialPosition& sentTo) const;
+    TakenPlate at(int number, const EquatorialPosition& sentTo, Pointing pointing = Pointing::kByMount) const;
 
     /// Exposes and solves it so many times, and takes the mean; exposures that can't be solved are left out.
     /// Nothing when none can. The solver begins at the mount's position and this offset (hours, degrees).

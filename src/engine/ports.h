@@ -9,6 +9,7 @@
 
 #include "engine/axis/axis_estimate.h"
 #include "engine/axis/plate.h"
+#include "engine/sky_geometry.h"
 
 namespace vantrel::engine {
 
@@ -46,6 +47,9 @@ class TelescopePort {
     virtual ~TelescopePort() = default;
     virtual double GetTelescopeRA() = 0;   // hours in [0, 24)
     virtual double GetTelescopeDec() = 0;  // degrees
+    /// Where the mount says that it points; nothing when none is connected or it doesn't tell. Reports
+    /// nothing.
+    virtual std::optional<EquatorialPosition> readingIfKnown() { return std::nullopt; }
     /// Returns when the mount has stopped.
     virtual void SlewToCoordinates(double ra, double dec) = 0;
     virtual double SiderealTime() = 0;   // local, hours

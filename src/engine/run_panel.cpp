@@ -17,6 +17,7 @@ RunPanel::RunPanel(platform::Form& form)
       txtPostExpDelay(form, "txtPostExpDelay", "0"),
       txtPlates(form, "txtPlates", "3"),
       txtPlateExposures(form, "txtPlateExposures", "1"),
+      chkTurnByHand(form, "chkTurnByHand", "Turn by hand"),
       optSlewEast(form, slewDirection, "optSlewEast", "Slew East"),
       optSlewWest(form, slewDirection, "optSlewWest", "Slew West"),
       lblSlew(form, "lblSlew", "Slew"),
@@ -32,6 +33,7 @@ RunPanel::RunPanel(platform::Form& form)
     cmdNext.setEnabled(false);
     cmdSkip.setEnabled(false);
     txtInstructions.setReadOnly(true);
+    chkTurnByHand.setToolTip("For a mount that can't slew: you turn its axis, the program tells how far");
     lblAlt.setVisible(false);
     lblAz.setVisible(false);
     for (platform::Label* indicator : {&lblSlew, &lblExpose, &lblSolve, &lblFrame1, &lblFrame2, &lblFrame3,

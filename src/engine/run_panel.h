@@ -12,6 +12,7 @@ struct RunPanel {
     platform::TextBox txtInstructions;
     platform::TextBox txtDeltaRA, txtExposeInterval, txtDelayAfterSlew, txtPostExpDelay;
     platform::TextBox txtPlates, txtPlateExposures;
+    platform::CheckBox chkTurnByHand;
     platform::OptionGroup slewDirection;
     platform::OptionButton optSlewEast, optSlewWest;
     platform::Label lblSlew, lblExpose, lblSolve;

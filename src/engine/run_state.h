@@ -17,6 +17,7 @@ struct RunState {
     double ExposureRA = 0;             // hours in [0, 24): mount position of the exposure about to be solved
     double ExposureDec = 0;            // degrees
     bool SpiralSearchAllowed = false;  // the caller of a solve: it may search around the start position
+    bool WholeSkyAllowed = false;      // and anywhere, where nobody knows the start position
     bool PlateSolved = false;          // the last solve succeeded
     double PlateRAError = 0;           // hours in [0, 24): solved less exposure position, of the last success
     double PlateDecError = 0;          // degrees

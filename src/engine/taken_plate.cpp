@@ -30,12 +30,13 @@ PlateCovariance operator+(const PlateCovariance& a, const PlateCovariance& b) {
 }  // namespace
 
 Plate seenPlate(const TakenPlate& taken) {
-    return {.hourAngle = NormalizeRAHours(taken.exposedLst - taken.ra),
-            .declination = taken.dec,
-            .positionAngle = taken.positionAngle,
-            .covariance = taken.covariance,
-            .reading = MountReading{NormalizeRAHours(taken.scopeHA + taken.exposedLst - taken.lst),
-                                    taken.sentTo.Dec}};
+    Plate seen{.hourAngle = NormalizeRAHours(taken.exposedLst - taken.ra),
+               .declination = taken.dec,
+               .positionAngle = taken.positionAngle,
+               .covariance = taken.covariance};
+    if (taken.pointing == Pointing::kByMount)
+        seen.reading = {NormalizeRAHours(taken.scopeHA + taken.exposedLst - taken.lst), taken.sentTo.Dec};
+    return seen;
 }
 
 PlatePosition writtenPlate(const TakenPlate& taken) {

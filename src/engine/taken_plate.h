@@ -1,6 +1,7 @@
 // A plate of a measurement: where the mount was sent, what was seen there, and when.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 
@@ -12,10 +13,14 @@
 
 namespace vantrel::engine {
 
+/// Who turned the axis there: the mount, which tells where it stands, or the operator.
+enum class Pointing : std::int8_t { kByMount, kByHand };
+
 struct TakenPlate {
     int number = 0;             // along the arc, from 1
-    EquatorialPosition sentTo;  // of the mount, hours and degrees
-    double lst = 0;             // hours, read at the position
+    EquatorialPosition sentTo;  // of the mount, hours and degrees; by hand, where it may look
+    Pointing pointing = Pointing::kByMount;
+    double lst = 0;  // hours, read at the position
     platform::Milliseconds readAt{0};
     double scopeHA = 0;                     // hours
     double exposedLst = 0;                  // hours, in the middle of the exposure
@@ -27,10 +32,10 @@ struct TakenPlate {
     PlateCovariance covariance{};
 };
 
-/// As the axis is estimated from it: in the middle of the exposure.
+/// As the axis is estimated from it: in the middle of the exposure, with the mount's reading if there is one.
 Plate seenPlate(const TakenPlate& taken);
 
-/// As the written calculation takes it: at the time of the reading.
+/// As the written calculation takes it: at the time of the reading. Not of a plate turned to by hand.
 PlatePosition writtenPlate(const TakenPlate& taken);
 
 /// Several exposures of one plate as one, each number their mean. At least one.

@@ -6,6 +6,7 @@
 #include "helpers/util_object.h"
 #include "observatory/test_image.h"
 #include "sky/tycho_catalog.h"
+#include "solver/pattern_store.h"
 #include "solver/pin_point_plate.h"
 
 namespace vantrel::observatory {
@@ -121,9 +122,17 @@ void Observatory::installSolver(platform::ClassRegistry& classes) {
                                             return !seams_.stopping || !seams_.stopping();
                                         }};
         return std::make_shared<solver::PinPointPlate>(loop_.clock(), folders_, seams_.stars,
-                                                       std::move(network));
+                                                       std::move(network), [this] { return patterns(); });
     };
     classes.install("PinPoint.Plate", {create, std::string(kFolder) + "PinPoint.dll", "", ""});
+}
+
+/// Read, or made, when the first plate is searched over the sky.
+std::shared_ptr<const solver::StarPatterns> Observatory::patterns() {
+    if (!patterns_)
+        patterns_ = solver::patternsOf(*sky::TychoCatalog::openBuiltIn(), seams_.downloadCache,
+                                       [](const std::string&) {});
+    return patterns_;
 }
 
 }  // namespace vantrel::observatory

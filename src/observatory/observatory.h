@@ -18,6 +18,7 @@
 #include "platform/event_loop.h"
 #include "platform/folder_map.h"
 #include "platform/settings_root.h"
+#include "solver/star_patterns.h"
 
 namespace vantrel::observatory {
 
@@ -63,6 +64,7 @@ class Observatory {
     void installHelpers(platform::ClassRegistry& classes);
     void installTelescopes(platform::ClassRegistry& classes);
     void installSolver(platform::ClassRegistry& classes);
+    std::shared_ptr<const solver::StarPatterns> patterns();
     PictureSource pictures();
     imaging::Picture expose(const Shot& shot);
 
@@ -76,6 +78,7 @@ class Observatory {
     std::unique_ptr<SimulatedCamera> simulatedCamera_;
     platform::DesktopWindows ownDesktop_;
     std::unique_ptr<imaging::ImagingPrograms> imaging_;
+    std::shared_ptr<const solver::StarPatterns> patterns_;
 };
 
 }  // namespace vantrel::observatory

@@ -15,6 +15,7 @@ using engine::PlateSolution;
 
 namespace {
 
+constexpr double kWholeSky = 180;    // degrees
 constexpr int kExclusionBorder = 2;  // pixels
 constexpr int kSpiralAttempts = 10;  // after the first
 
@@ -46,6 +47,8 @@ class Solve {
     std::optional<PlateSolution> run(const std::string& imageName);
 
   private:
+    std::optional<PlateSolution> solveAttached();
+    bool searchWithin(double radius);
     struct Search {
         int lastAttempt = 0;
         double raStep = 0;   // hours
@@ -82,6 +85,7 @@ class Solve {
     double startRA_;   // hours, not normalised
     double startDec_;  // degrees
     int binning_ = 0;
+    bool wholeSky_ = false;  // the engine searches by itself wherever the start is
     Milliseconds startedAt_{0};
 };
 
@@ -117,6 +121,14 @@ std::optional<PlateSolution> Solve::run(const std::string& imageName) {
         return failedToSolve();
     }
     sendStartingValues();
+    wholeSky_ = state_.WholeSkyAllowed && searchWithin(kWholeSky);
+    const auto solution = solveAttached();
+    if (wholeSky_) searchWithin(0);
+    return solution;
+}
+
+/// From the stars on the image to the detached file.
+std::optional<PlateSolution> Solve::solveAttached() {
     if (!findImageStars()) return leaveUnsolved();
 
     const Search search = planSearch();
@@ -186,6 +198,16 @@ void Solve::sendStartingValues() {
     if (filter > 0) succeeds("ConvolveGaussian", {filter});
 }
 
+/// Degrees around the start position, 0 for its neighbourhood; not every engine can. False where it can't.
+bool Solve::searchWithin(double radius) {
+    try {
+        plate_->put("SearchRadius", radius);
+        return true;
+    } catch (const OperationError&) {
+        return false;
+    }
+}
+
 bool Solve::findImageStars() {
     services_.loop.yield();
     if (!succeeds("FindImageStars")) return false;
@@ -196,6 +218,7 @@ bool Solve::findImageStars() {
 
 Solve::Search Solve::planSearch() {
     Search search;
+    if (wholeSky_) return search;
     if (!panel_.chkSpiralSearch.ticked() || !state_.SpiralSearchAllowed) return search;
     search.lastAttempt = kSpiralAttempts;
     const double fieldWidth = number("Columns") * number("ArcsecPerPixelHoriz") / (3600 * 15);  // hours
@@ -260,12 +283,11 @@ std::optional<engine::SolutionQuality> Solve::quality(double scaleH, double scal
     try {
         const ObjectRef matched = plate_->get("MatchedStars").toObject();
         if (!matched) return std::nullopt;
-        return engine::SolutionQuality{
-            .matched = whole(matched->get("Count")),
-            .meanResidual = plate_->get("MatchAvgResidual").toDouble(),
-            .order = whole(plate_->get("MatchFitOrder")),
-            .fieldWidth = std::abs(plate_->get("Columns").toDouble() * scaleH),
-            .fieldHeight = std::abs(plate_->get("Rows").toDouble() * scaleV)};
+        return engine::SolutionQuality{.matched = whole(matched->get("Count")),
+                                       .meanResidual = plate_->get("MatchAvgResidual").toDouble(),
+                                       .order = whole(plate_->get("MatchFitOrder")),
+                                       .fieldWidth = std::abs(plate_->get("Columns").toDouble() * scaleH),
+                                       .fieldHeight = std::abs(plate_->get("Rows").toDouble() * scaleV)};
     } catch (...) {
         return std::nullopt;
     }

@@ -83,6 +83,7 @@ QGroupBox* measurementGroup() {
     exposures->setAccessibleName(Text::tr("Exposures of each plate"));
     grid->addWidget(labelOf(*plates, Text::tr("Plates × exposures")), row, 0);
     grid->addLayout(qt::row({plates, new QLabel("×"), exposures}), row, 1, 1, 2);
+    grid->addRow(named<QCheckBox>("chkTurnByHand"));
     return group(Text::tr("Measurement"), grid);
 }
 

@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "solver/catalog_choice.h"
 #include "solver/exposure_facts.h"
+#include "solver/wide_search.h"
 
 namespace vantrel::solver {
 
@@ -56,12 +57,14 @@ platform::Instant fromAutomationDate(double days) {
 }  // namespace
 
 PinPointPlate::PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
-                             sky::CatalogSource builtIn, catalogs::NetworkAccess network)
+                             sky::CatalogSource builtIn, catalogs::NetworkAccess network,
+                             PatternSource patterns)
     : DispatchObject(kClass),
       clock_(clock),
       folders_(folders),
       builtIn_(std::move(builtIn)),
-      network_(std::move(network)) {
+      network_(std::move(network)),
+      patterns_(std::move(patterns)) {
     addCatalogMembers();
     addDetectionMembers();
     addImageMembers();
@@ -196,6 +199,7 @@ void PinPointPlate::addPlateMembers() {
         "MinMatchStars", [this] { return Value(minMatchStars_); },
         [this](const Value& v) { minMatchStars_ = v.toInt(); });
     number("MaxMatchResidual", maxMatchResidual_);
+    number("SearchRadius", searchRadius_);
 }
 
 void PinPointPlate::addSolutionMembers() {
@@ -262,7 +266,11 @@ bool PinPointPlate::findCatalogStars() {
 }
 
 bool PinPointPlate::solve() {
-    if (stars_.stars.empty() || catalogStars_.empty()) return false;
+    if (stars_.stars.empty()) return false;
+    return (!catalogStars_.empty() && solveNearby()) || solveFarAway();
+}
+
+bool PinPointPlate::solveNearby() {
     const double scaleX = std::abs(scaleX_);
     const double scaleY = std::abs(scaleY_);
     if (scaleX > 0 && scaleY > 0 && solveWith(scaleX, scaleY)) return true;
@@ -275,17 +283,37 @@ bool PinPointPlate::solve() {
 
 bool PinPointPlate::solveWith(double scaleX, double scaleY) {
     const PlateGeometry plate = geometry(scaleX, scaleY);
-    std::span<const ImageStar> stars = stars_.stars;
-    if (maxSolveStars_ > 0 && stars.size() > static_cast<std::size_t>(maxSolveStars_)) {
-        stars = stars.first(static_cast<std::size_t>(maxSolveStars_));
-    }
     MatchSettings settings;
     settings.maximumResidualArcsec = std::max(0.0, maxMatchResidual_);
     settings.minimumMatches = static_cast<std::size_t>(std::max(0, minMatchStars_));
     const SearchArea around = area(plate);
-    const auto solution = solvePlate(plate, stars, around, starsIn(around), settings);
+    const auto solution = solvePlate(plate, starsToMatch(), around, starsIn(around), settings);
     if (solution) adopt(*solution);
     return solution.has_value();
+}
+
+/// Within the search radius, by star patterns. The scale must be known to a seventh.
+bool PinPointPlate::solveFarAway() {
+    if (!(searchRadius_ > 0) || !patterns_) return false;
+    std::vector<double> scales = headerScales(image().header());
+    if (std::abs(scaleX_) > 0) scales.insert(scales.begin(), std::abs(scaleX_));
+    const WideSettings settings{
+        .start = startInCatalogue(), .radiusDeg = searchRadius_, .epochYear = julianYear(exposureTime())};
+    const auto patterns = patterns_();
+    const auto catalog = catalogue();
+    for (const double scale : scales) {
+        const auto found = searchWide(geometry(scale, scale), starsToMatch(), *patterns, *catalog, settings);
+        if (!found) continue;
+        adopt(found->plate);
+        return true;
+    }
+    return false;
+}
+
+std::span<const ImageStar> PinPointPlate::starsToMatch() const {
+    const std::span<const ImageStar> stars = stars_.stars;
+    const auto most = static_cast<std::size_t>(std::max(0, maxSolveStars_));
+    return most > 0 && stars.size() > most ? stars.first(most) : stars;
 }
 
 void PinPointPlate::adopt(const PlateSolution& solution) {

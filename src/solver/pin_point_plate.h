@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -21,14 +22,20 @@
 #include "sky/star_catalog.h"
 #include "solver/plate_frame.h"
 #include "solver/plate_solver.h"
+#include "solver/star_patterns.h"
 
 namespace vantrel::solver {
 
+/// Gives the star patterns of the whole sky; asked for when a plate is searched far from its start.
+using PatternSource = std::function<std::shared_ptr<const StarPatterns>()>;
+
 class PinPointPlate : public platform::DispatchObject {
   public:
-    /// The network is used only by the catalogues that stay there.
+    /// The network is used only by the catalogues that stay there. Without patterns plates are solved near
+    /// their start only.
     PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
-                  sky::CatalogSource builtIn, catalogs::NetworkAccess network = {});
+                  sky::CatalogSource builtIn, catalogs::NetworkAccess network = {},
+                  PatternSource patterns = {});
 
   private:
     void addCatalogMembers();
@@ -43,7 +50,10 @@ class PinPointPlate : public platform::DispatchObject {
     bool findImageStars();
     bool findCatalogStars();
     bool solve();
+    bool solveNearby();
     bool solveWith(double scaleX, double scaleY);
+    bool solveFarAway();
+    std::span<const ImageStar> starsToMatch() const;
     void adopt(const PlateSolution& solution);
     void updateFits();
 
@@ -62,6 +72,7 @@ class PinPointPlate : public platform::DispatchObject {
     const platform::FolderMap& folders_;
     sky::CatalogSource builtIn_;
     catalogs::NetworkAccess network_;
+    PatternSource patterns_;
 
     int catalogNumber_ = 3;
     double catalogExpansion_ = 0.3;
@@ -74,6 +85,7 @@ class PinPointPlate : public platform::DispatchObject {
     int maxSolveStars_ = 0;
     int minMatchStars_ = 0;
     double maxMatchResidual_ = 0;
+    double searchRadius_ = 0;  ///< degrees; 0: near the start position only
 
     std::filesystem::path path_;
     std::optional<fits::FitsImage> image_;

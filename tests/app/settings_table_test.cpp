@@ -78,6 +78,7 @@ const Row kRows[] = {
     {kRun, "ContinuousExposeInterval", "frmMain.txtContinuousExposeInterval", "1", "3", kAlways},
     {kRun, "PostExpDelay", "frmMain.txtPostExpDelay", "0", "4", kAtEnd},
     {kRun, "Plates", "frmMain.txtPlates", "3", "5", kAlways},
+    {kRun, "TurnByHand", "frmMain.chkTurnByHand", "0", "1", kAlways},
     {kRun, "PlateExposures", "frmMain.txtPlateExposures", "1", "2", kAlways},
     {kRun, "CrossHairEnable", "frmMain.chkCrossHairEnable", "0", "1", kAtEnd},
     {kRun, "CrossHairWidth", "frmMain.cmbCrossHairWidth", "1", "3", kAlways},

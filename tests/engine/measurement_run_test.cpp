@@ -300,5 +300,36 @@ TEST(MeasurementRun, ARedoThatFailsOrIsStoppedLosesNothing) {
     }
 }
 
+/// An operator who does what he is told, 4 degrees from picture to picture, and overshoots a little.
+TEST(MeasurementRun, GuidesTheHandThatTurnsTheAxis) {
+    for (const bool eastward : {true, false}) {
+        SCOPED_TRACE(eastward);
+        MeasurementWorld world;
+        world.panel.chkTurnByHand.setValue(1);
+        world.state.SlewEast = eastward;
+        world.panel.txtDeltaRA.setText("15");
+        world.solver.clouds = {3, 8};
+        double hourAngle = 1;
+        world.solver.sky = [&](const EquatorialPosition&) {
+            const std::string& told = world.panel.txtInstructions.text();
+            const bool turning = told.find("Turn the axis") != std::string::npos ||
+                                 told.find("Go on turning") != std::string::npos;
+            if (turning) hourAngle += (eastward ? -4. : 4.) / 15;
+            return world.lookingFrom({.RA = world.mount.lst - hourAngle, .Dec = 0});
+        };
+        world.measure();
+        EXPECT_EQ(world.whenAsked, kOffer);
+        EXPECT_TRUE(world.mount.slews.empty());
+        EXPECT_EQ(world.lines("The plate is taken").size(), 2u);
+        EXPECT_EQ(world.lines("Turned 16.0 of 15.0 degrees: Stop here, and hold still").size(), 2u);
+        ASSERT_EQ(world.history.records.size(), 1u);
+        const MeasurementRecord& record = world.history.records.front();
+        EXPECT_TRUE(record.leastSquares) << "the written calculation needs the mount's readings";
+        EXPECT_FALSE(record.plates.front().reading);
+        EXPECT_NEAR(record.check.estimate.fromTruePole.azimuth, 20, 0.1);
+        EXPECT_NEAR(record.check.estimate.fromTruePole.elevation, -15, 0.1);
+    }
+}
+
 }  // namespace
 }  // namespace vantrel::engine

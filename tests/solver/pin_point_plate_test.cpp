@@ -6,6 +6,7 @@
 #include "fits/fits_writing.h"
 #include "platform/image_array.h"
 #include "sky/tycho_catalog.h"
+#include "solver/pattern_store.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
 #include "support/star_field.h"
@@ -89,7 +90,11 @@ class PinPointPlateTest : public testing::Test {
     test::TempFolder folder_;
     FixedClock clock_;
     platform::FolderMap folders_{folder_.path()};
-    PinPointPlate plate_{clock_, folders_, [] { return TychoCatalog::openBuiltIn(); }};
+    static std::shared_ptr<const StarPatterns> patterns() {
+        static const auto made = patternsOf(*TychoCatalog::openBuiltIn(), {}, [](const auto&) {});
+        return made;
+    }
+    PinPointPlate plate_{clock_, folders_, [] { return TychoCatalog::openBuiltIn(); }, {}, patterns};
 };
 
 TEST_F(PinPointPlateTest, SolvesInTheEquinoxAskedForAndRollsWithIt) {
@@ -126,6 +131,18 @@ TEST_F(PinPointPlateTest, SolvesInTheEquinoxAskedForAndRollsWithIt) {
     EXPECT_GT(plate_.get("MatchedStars").toObject()->get("Count").toInt(), 20);
     EXPECT_LT(number("MatchAvgResidual"), 1.0);
     EXPECT_GE(number("MatchFitOrder"), 1);
+}
+
+TEST_F(PinPointPlateTest, SearchesAsFarAsItIsAllowedTo) {
+    drawAndAttach();
+    const SkyPosition farAway{200, -10};
+    start(farAway);
+    EXPECT_FALSE(solve()) << "near the start only";
+    plate_.put("SearchRadius", 30);
+    EXPECT_FALSE(solve()) << "not that far";
+    plate_.put("SearchRadius", 180);
+    ASSERT_TRUE(solve());
+    EXPECT_LT(pixelsOff(kCentre), 0.3);
 }
 
 TEST_F(PinPointPlateTest, WritesItsSolutionAndStartsFromItNextTime) {
