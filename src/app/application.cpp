@@ -138,8 +138,7 @@ platform::PictureFacts Application::pictureFacts() {
         const std::string text = platform::trimmed(parts.settings.GetSetting(section, key, ""));
         return text.empty() ? std::nullopt : std::optional(platform::leadingNumber(text));
     };
-    if (const auto reading = parts.telescope.readingIfKnown())
-        facts.position = {reading->RA, reading->Dec};
+    if (const auto reading = parts.telescope.readingIfKnown()) facts.position = {reading->RA, reading->Dec};
     if (facts.position) facts.telescope = parts.telescope.TelescopeName();
     const auto latitude = stored("Main", "SiteLatitude"), longitude = stored("Main", "SiteLongitude");
     if (latitude && longitude) facts.site = {*latitude, *longitude};

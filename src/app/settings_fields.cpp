@@ -28,6 +28,9 @@ std::vector<SettingsField> fieldsOf(frmMain& form) {
         {kRun, "PostExpDelay", "0", &run.txtPostExpDelay, kNothing, true},
         {kRun, "Plates", "3", &run.txtPlates, kChange, true},
         {kRun, "PlateExposures", "1", &run.txtPlateExposures, kChange, true},
+        {kRun, "SiteHeight", "", &setup.txtSiteHeight, kChange, true},
+        {kRun, "AirPressure", "", &setup.txtAirPressure, kChange, true},
+        {kRun, "AirTemperature", "", &setup.txtAirTemperature, kChange, true},
         {kRun, "TurnByHand", "0", &run.chkTurnByHand, kClick, true},
         {kRun, "CrossHairEnable", "0", &exp.chkCrossHairEnable, kNothing, true},
         {kRun, "CrossHairWidth", "1", &exp.cmbCrossHairWidth, kClick, true},
@@ -111,6 +114,13 @@ void SettingsFields::connectRunFields(engine::LogPort& log, engine::RunState& st
         log.AddToLog("Post exposure delay is not numeric, setting to 0");
         box.setText("0");
     };
+    SetupPanel& setup = form_.setup;
+    for (TextBox* box : {&setup.txtSiteHeight, &setup.txtAirPressure, &setup.txtAirTemperature})
+        box->onLeave = [box, &log] {
+            if (box->text().empty() || parseNumber(box->text())) return;
+            log.AddToLog(box->text() + " is no number: the standard atmosphere counts");
+            box->setText("");
+        };
     exposures.chkCrossHairEnable.onClick = [&list = exposures.cmbCrossHairWidth] { list.setEnabled(true); };
     const auto remember = [&state](OptionButton& option, bool east) {
         option.onClick = [&state, east, store = option.onClick] {

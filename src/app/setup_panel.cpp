@@ -13,6 +13,9 @@ SetupPanel::SetupPanel(platform::Form& form)
       txtSiteLat(form, "txtSiteLat"),
       txtSiteLong(form, "txtSiteLong"),
       chkUseTelescopeLocation(form, "chkUseTelescopeLocation", "Use telescope"),
+      txtSiteHeight(form, "txtSiteHeight"),
+      txtAirPressure(form, "txtAirPressure"),
+      txtAirTemperature(form, "txtAirTemperature"),
       txtMsgDisplayTime(form, "txtMsgDisplayTime", "3"),
       cmdTelescope(form, "cmdTelescope", "Tele- scope"),
       cmdLog(form, "cmdLog", "Log"),
@@ -22,6 +25,8 @@ SetupPanel::SetupPanel(platform::Form& form)
       mnuFormHelp(form, "mnuFormHelp", "Help"),
       mnuAbout(form, "mnuAbout", "About") {
     txtSiteLat.setToolTip(" xxd xxm xx.xs  N = + / S = -");
+    for (platform::TextBox* box : {&txtSiteHeight, &txtAirPressure, &txtAirTemperature})
+        box->setToolTip("For the refraction; empty: the standard atmosphere");
     txtSiteLong.setToolTip(" xxd xxm xx.xs  E =+ / W= -");
 }
 

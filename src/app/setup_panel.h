@@ -14,6 +14,7 @@ struct SetupPanel {
     platform::CheckBox chkSaveImages;
     platform::TextBox txtSiteLat, txtSiteLong;
     platform::CheckBox chkUseTelescopeLocation;
+    platform::TextBox txtSiteHeight, txtAirPressure, txtAirTemperature;  // m, hPa, degrees C; may be empty
     platform::TextBox txtMsgDisplayTime;  // seconds
     platform::Button cmdTelescope, cmdLog;
     platform::MenuItem mnuFileExit, mnuSetOnTop, mnuSetOptions, mnuFormHelp, mnuAbout;

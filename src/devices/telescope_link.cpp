@@ -342,6 +342,11 @@ bool TelescopeLink::TelescopeMoveIsSuccessful(double ra, double dec) {
     }
 }
 
+std::optional<double> TelescopeLink::siteHeightIfKnown() {
+    if (!reachesRealMount()) return std::nullopt;
+    return numberFromMount("SiteElevation");
+}
+
 bool TelescopeLink::looksThroughAir() {
     if (!services_.state.UsingAxisSimulator) return TelescopeProgID_ != kScopeSim;
     try {

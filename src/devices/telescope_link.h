@@ -53,6 +53,7 @@ class TelescopeLink : public engine::TelescopePort {
     /// From the mount, else as stored.
     double SiteLatitude() override;
     double SiteLongitude() override;
+    std::optional<double> siteHeightIfKnown() override;
     bool looksThroughAir() override;
     void simulatorExpose() override;
     void simulatorSaveImage(const std::string& path) override;

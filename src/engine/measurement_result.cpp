@@ -1,9 +1,9 @@
 #include "engine/measurement_result.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "engine/axis/written_calculation.h"
+#include "engine/site_air.h"
 #include "platform/text.h"
 
 namespace vantrel::engine {
@@ -11,13 +11,6 @@ namespace vantrel::engine {
 using platform::formatNumber;
 
 namespace {
-
-/// By how much the air moves a whole field in an exposure of so many seconds, in arc-seconds: its tilt
-/// averages out with the root of the time.
-double imageMotion(double seconds) {
-    constexpr double kInASecond = 0.12;
-    return kInASecond / std::sqrt(std::max(seconds, 1.0));
-}
 
 /// The written calculation can't do without the mount's readings.
 bool turnedByHand(std::span<const TakenPlate> plates) {
@@ -31,11 +24,11 @@ bool turnedByHand(std::span<const TakenPlate> plates) {
 /// wants it.
 MeasuredAxis MeasurementResult::of(std::span<const TakenPlate> plates, const Wish& wish) {
     const Site site{.latitude = services_.telescope.SiteLatitude(),
-                    .air = services_.telescope.looksThroughAir() ? standardAir(0) : kNoAir};
+                    .air = siteAir(services_.settings, services_.telescope)};
     std::vector<Plate> seen;
     for (const TakenPlate& plate : plates) seen.push_back(seenPlate(plate));
     MeasuredAxis axis;
-    axis.check = checkAxis(seen, site, {.centreFloor = imageMotion(wish.exposureSeconds)});
+    axis.check = checkAxis(seen, site, fitSettingsFor(wish.exposureSeconds));
     axis.verdict = tell(axis.check, site);
     const bool leastSquares = wish.leastSquares && axis.check.estimate.valid();
     if (leastSquares) log("The least-squares result counts");
@@ -56,6 +49,9 @@ MeasuredAxis MeasurementResult::of(std::span<const TakenPlate> plates, const Wis
 std::string MeasurementResult::tell(const AxisCheck& check, const Site& site) {
     const std::vector<std::string> lines = check.lines();
     for (const std::string& line : lines) log(line);
+    if (site.air.pressure > 0)
+        log("Least squares: through air of " + formatNumber(site.air.pressure, "0") + " hPa and " +
+            formatNumber(site.air.temperature, "0.#") + " degrees C");
     services_.display.showEstimate(check.estimate);
     std::string shown;
     for (const std::string& warning : check.warnings(site)) {

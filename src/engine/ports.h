@@ -55,6 +55,8 @@ class TelescopePort {
     virtual double SiderealTime() = 0;   // local, hours
     virtual double SiteLatitude() = 0;   // degrees, north positive
     virtual double SiteLongitude() = 0;  // degrees, east positive
+    /// Metres above the sea; nothing when no real mount tells. Reports nothing.
+    virtual std::optional<double> siteHeightIfKnown() { return std::nullopt; }
     /// Whether what its camera sees is refracted by the air, as everywhere but in a simulator without.
     virtual bool looksThroughAir() { return true; }
     virtual void AbortTelescopeSlew() = 0;

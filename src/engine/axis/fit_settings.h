@@ -15,4 +15,7 @@ struct FitSettings {
     double readingSigma = 60;
 };
 
+/// For plates exposed for so many seconds: the longer, the less the air's motion leaves.
+FitSettings fitSettingsFor(double exposureSeconds);
+
 }  // namespace vantrel::engine
