@@ -13,12 +13,13 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
     platesolve::frmPixelScale& scale = parts.pixelScaleForm;
     return {// The measurement's own figures
             &run.txtDeltaRA, &run.txtExposeInterval, &run.txtDelayAfterSlew, &run.txtPostExpDelay,
-            &run.txtPlates, &run.txtPlateExposures, &run.chkTurnByHand, &run.optSlewEast, &run.optSlewWest,
-            &parts.main.exposures.cmdExposeSolve,
+            &run.txtPlates, &run.txtPlateExposures, &run.chkTurnByHand, &parts.preflightForm.cmdSlewThere,
+            &run.optSlewEast, &run.optSlewWest, &parts.main.exposures.cmdExposeSolve,
             // Mount and site
             &telescope.cmdPickTelescope, &telescope.cmdTelescopeSetup, &telescope.cmdConnectTelescope,
             &telescope.cmdDisconnectTelescope, &setup.cmdTelescope, &setup.txtSiteLat, &setup.txtSiteLong,
-            &setup.chkUseTelescopeLocation,
+            &setup.chkUseTelescopeLocation, &setup.txtSiteHeight, &setup.txtAirPressure,
+            &setup.txtAirTemperature,
             // Camera and images
             &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.optBuiltIn, &imaging.chkUseCCDSoftSubFrame,
             &imaging.cmdCamera, &setup.txtImagePath, &setup.Command1, &setup.chkSaveImages,

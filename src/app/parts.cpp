@@ -1,6 +1,22 @@
 #include "app/parts.h"
 
+#include <exception>
+
+#include "platform/whole_file.h"
+
 namespace vantrel::app {
+namespace {
+
+std::optional<std::string> horizonText(const std::filesystem::path& file) {
+    constexpr std::size_t kMost = 1 << 20;
+    try {
+        return platform::contentsOf(file, kMost);
+    } catch (const std::exception&) {
+        return std::nullopt;  // the desk says so
+    }
+}
+
+}  // namespace
 
 Parts::Parts(const platform::Machine& surroundings)
     : machine(surroundings),
@@ -12,6 +28,7 @@ Parts::Parts(const platform::Machine& surroundings)
       selectForm(machine.screen),
       polarPlotForm(machine.screen),
       platesForm(machine.screen),
+      preflightForm(machine.screen),
       pixelScaleForm(machine.screen),
       optionsForm(machine.screen, settings),
       devicesForm(machine.screen, settings),
@@ -51,8 +68,10 @@ Parts::Parts(const platform::Machine& surroundings)
       services{machine.loop, settings, log,       popups,          telescope, camera,
                solver,       utility,  polarPlot, correctionRelay, interlock, history},
       prompt(main.run, state, machine.loop, settings, log, telescope),
+      preflight(preflightForm, main.run, state, services,
+                [this](const std::string& path) { return horizonText(machine.folders.real(path)); }),
       review(platesForm, services),
-      measurement(main.run, state, prompt, review, services),
+      measurement(main.run, state, prompt, preflight, review, services),
       openImage(machine.automation, [this] { return imagingPrograms.ImagingSoftware; }),
       overlays(openImage, settings, log),
       exposures(main.exposures, main.run, state, services, overlays),

@@ -27,6 +27,7 @@
 #include "engine/manual_exposures.h"
 #include "engine/measurement_run.h"
 #include "engine/plate_review.h"
+#include "engine/preflight_desk.h"
 #include "platesolve/method_selection.h"
 #include "platesolve/plate_solver.h"
 #include "platesolve/scale_calculator.h"
@@ -64,6 +65,7 @@ struct Parts {
     devices::frmSelectCCSoftware selectForm;
     correction::frmPolarPlot polarPlotForm;
     engine::frmPlates platesForm;
+    engine::frmPreflight preflightForm;
     platesolve::frmPixelScale pixelScaleForm;
     frmOptions optionsForm;
     frmDevices devicesForm;
@@ -108,6 +110,7 @@ struct Parts {
     engine::Interlock interlock;
     engine::Services services;
     engine::OperatorPrompt prompt;
+    engine::PreflightDesk preflight;
     engine::PlateReview review;
     engine::MeasurementRun measurement;
     correction::OpenImage openImage;

@@ -106,6 +106,7 @@ void StartUp::fillFields() {
     parts_.solverFields.restore();
     parts_.catalogs.restore();
     parts_.fields.read();
+    parts_.preflight.showProspect();
     parts_.methods.restoreImageLink();
     parts_.fieldsFilled = true;
 }

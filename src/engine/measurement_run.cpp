@@ -21,11 +21,12 @@ constexpr std::array kOrdinals = {"",      "Second",  "Third",  "Fourth", "Fifth
 
 }  // namespace
 
-MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt, PlateReview& review,
-                               const Services& services)
+MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt,
+                               PreflightDesk& preflight, PlateReview& review, const Services& services)
     : panel_(panel),
       state_(state),
       prompt_(prompt),
+      preflight_(preflight),
       review_(review),
       services_(services),
       indicators_(services.settings),
@@ -56,6 +57,7 @@ void MeasurementRun::measure() {
 
     const std::vector<TakenPlate> plates = plan.byHand ? takePlatesByHand(plan) : takePlates(plan);
     goOn();
+    preflight_.learn(plates.back(), plan.exposures);
     review_.begin(plates, taker_.exposureSeconds() * plan.exposures);
     if (!plan.byHand) returnToStart(plan);
     if (review_.result().BadSolution) calculationFailed();
@@ -154,6 +156,7 @@ std::vector<TakenPlate> MeasurementRun::takePlatesByHand(const MeasurementPlan& 
         showPlateInHand(plan, number);
         const auto plate = number == 1 ? hand_.first(plan) : hand_.next(plan, taken);
         if (!plate) plateFailed(number);
+        if (number == 1) preflight_.announce({seenPlate(*plate).hourAngle, plate->dec}, plan);
         taken.push_back(*plate);
     }
     askToWait();
@@ -177,6 +180,7 @@ void MeasurementRun::moveOn(const MeasurementPlan& plan, int number) {
 std::optional<TakenPlate> MeasurementRun::takePlate(const MeasurementPlan& plan, int number,
                                                     const std::vector<TakenPlate>& before) {
     const TakenPlate here = taker_.at(number, position_);
+    if (number == 1) preflight_.announce({here.scopeHA, position_.Dec}, plan);
     log("***** Exposing Image " + std::to_string(number) + " *****");
     showPlateInHand(plan, number);
     return taker_.take(here, plan.exposures, expectedOffset(before, number));

@@ -12,6 +12,7 @@
 #include "engine/operator_prompt.h"
 #include "engine/plate_review.h"
 #include "engine/plate_taker.h"
+#include "engine/preflight_desk.h"
 #include "engine/run_exits.h"
 #include "engine/run_panel.h"
 #include "engine/run_state.h"
@@ -25,8 +26,8 @@ namespace vantrel::engine {
 /// twice.
 class MeasurementRun {
   public:
-    MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt, PlateReview& review,
-                   const Services& services);
+    MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt& prompt, PreflightDesk& preflight,
+                   PlateReview& review, const Services& services);
 
     /// Measures, shows the result and offers the correction. Never throws: every failure is reported to the
     /// operator, and the window is ready for the next run.
@@ -75,6 +76,7 @@ class MeasurementRun {
     RunPanel& panel_;
     RunState& state_;
     OperatorPrompt& prompt_;
+    PreflightDesk& preflight_;
     PlateReview& review_;
     Services services_;
     Indicators indicators_;

@@ -104,11 +104,9 @@ void PlateReview::showPlates() {
         const Plate seen = seenPlate(plates_[i]);
         row.chkPlate.setCaption(std::to_string(plates_[i].number));
         row.lblHourAngle.setCaption(formatNumber(signedHours(seen.hourAngle), "0.00") + " h");
-        row.lblDeclination.setCaption(formatNumber(seen.declination, "0.00") + "\u00b0");
+        row.lblDeclination.setCaption(formatNumber(seen.declination, "0.00") + "°");
         const bool told = row.chkPlate.ticked() && counted < residuals.size();
-        const auto arcSeconds = [&](double value) {
-            return told ? formatNumber(value, "0.00") + "\u2033" : "";
-        };
+        const auto arcSeconds = [&](double value) { return told ? formatNumber(value, "0.00") + "″" : ""; };
         row.lblAlong.setCaption(arcSeconds(told ? residuals[counted].along : 0));
         row.lblAcross.setCaption(arcSeconds(told ? residuals[counted].across : 0));
         if (row.chkPlate.ticked()) ++counted;

@@ -18,6 +18,8 @@ RunPanel::RunPanel(platform::Form& form)
       txtPlates(form, "txtPlates", "3"),
       txtPlateExposures(form, "txtPlateExposures", "1"),
       chkTurnByHand(form, "chkTurnByHand", "Turn by hand"),
+      lblProspect(form, "lblProspect", ""),
+      cmdPreflight(form, "cmdPreflight", "Look ahead"),
       optSlewEast(form, slewDirection, "optSlewEast", "Slew East"),
       optSlewWest(form, slewDirection, "optSlewWest", "Slew West"),
       lblSlew(form, "lblSlew", "Slew"),
@@ -33,6 +35,7 @@ RunPanel::RunPanel(platform::Form& form)
     cmdNext.setEnabled(false);
     cmdSkip.setEnabled(false);
     txtInstructions.setReadOnly(true);
+    cmdPreflight.setToolTip("The whole arc before the first slew, and where on the sky it would be better");
     chkTurnByHand.setToolTip("For a mount that can't slew: you turn its axis, the program tells how far");
     lblAlt.setVisible(false);
     lblAz.setVisible(false);

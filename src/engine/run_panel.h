@@ -13,6 +13,8 @@ struct RunPanel {
     platform::TextBox txtDeltaRA, txtExposeInterval, txtDelayAfterSlew, txtPostExpDelay;
     platform::TextBox txtPlates, txtPlateExposures;
     platform::CheckBox chkTurnByHand;
+    platform::Label lblProspect;  // how good the measurement will be
+    platform::Button cmdPreflight;
     platform::OptionGroup slewDirection;
     platform::OptionButton optSlewEast, optSlewWest;
     platform::Label lblSlew, lblExpose, lblSolve;

@@ -83,7 +83,8 @@ QGroupBox* measurementGroup() {
     exposures->setAccessibleName(Text::tr("Exposures of each plate"));
     grid->addWidget(labelOf(*plates, Text::tr("Plates × exposures")), row, 0);
     grid->addLayout(qt::row({plates, new QLabel("×"), exposures}), row, 1, 1, 2);
-    grid->addRow(named<QCheckBox>("chkTurnByHand"));
+    grid->addRow(qt::row({named<QCheckBox>("chkTurnByHand"), button("cmdPreflight")}, true));
+    grid->addRow(named<QLabel>("lblProspect"));
     return group(Text::tr("Measurement"), grid);
 }
 
@@ -142,7 +143,7 @@ QWidget* runTab(const Theme& theme) {
     auto* const values = new QWidget;
     auto* const right = new QVBoxLayout(values);
     right->setContentsMargins({});
-    right->setSpacing(10);
+    right->setSpacing(8);
     right->addWidget(measurementGroup());
     right->addWidget(exposureGroup());
     right->addStretch();
@@ -194,6 +195,13 @@ QGroupBox* siteGroup() {
     grid->addField(Text::tr("Latitude"), field("txtSiteLat", kAngle), "xxd xxm xx.xs  N = + / S = -");
     grid->addField(Text::tr("Longitude"), field("txtSiteLong", kAngle), "xxd xxm xx.xs  E =+ / W= -");
     grid->addRow(named<QCheckBox>("chkUseTelescopeLocation"));
+    LineField* const height = field("txtSiteHeight", 6);
+    LineField* const pressure = field("txtAirPressure", 6);
+    LineField* const temperature = field("txtAirTemperature", 6);
+    grid->addRow(row({labelOf(*height, Text::tr("Height")), height, new QLabel("m"),
+                      labelOf(*pressure, Text::tr("Pressure")), pressure, new QLabel("hPa"),
+                      labelOf(*temperature, Text::tr("Temperature")), temperature, new QLabel("°C")},
+                     true));
     return group(Text::tr("Observing site"), grid);
 }
 

@@ -212,6 +212,42 @@ PlatesWindow::PlatesWindow(platform::Form& form, const Front& front) : FormWindo
     bind();
 }
 
+// ---- Before the slew ----
+
+PreflightWindow::PreflightWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QHBoxLayout(this);
+    layout->setSpacing(12);
+    auto* const map = named<PictureWidget>("picSky", front.theme, PictureKind::kDial);
+    const int side = map->fontMetrics().height() * 14;
+    map->setMinimumSize(side, side);
+    map->setAccessibleName(Text::tr("The sky by expected uncertainty"));
+    layout->addWidget(map, 1);
+
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->setContentsMargins({});
+    auto* const forecast = named<QPlainTextEdit>("txtForecast");
+    forecast->setAccessibleName(Text::tr("What is to be expected"));
+    forecast->setMinimumSize(forecast->fontMetrics().averageCharWidth() * 46,
+                             forecast->fontMetrics().lineSpacing() * 7);
+    column->addWidget(group(Text::tr("What is to be expected"), row({forecast})), 1);
+    auto* const sky = new FieldGrid;
+    sky->addField(Text::tr("Lowest altitude"), field("txtLowest", 6), "°");
+    sky->addField(Text::tr("Horizon file"), field("txtHorizon", 20));
+    column->addWidget(group(Text::tr("Free sky"), sky));
+    LineField* const proposal = field("txtProposal", 40);
+    auto* const better = new QVBoxLayout;
+    better->addWidget(proposal);
+    better->addLayout(row({button("cmdSlewThere")}, true));
+    proposal->setAccessibleName(Text::tr("Proposal"));
+    column->addWidget(group(Text::tr("Proposal"), better));
+    QPushButton* const ok = button("cmdOK");
+    column->addLayout(row({button("cmdLook"), ok}));
+    layout->addWidget(new ScrollColumn(page));
+    answerWithEnter(*ok);
+    bind();
+}
+
 // ---- Pixel scale calculator ----
 
 PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {

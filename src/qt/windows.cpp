@@ -12,6 +12,7 @@ std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) 
     if (form.name() == "frmTelescope") return std::make_unique<TelescopeWindow>(form, front);
     if (form.name() == "frmPolarPlot") return std::make_unique<PolarPlotWindow>(form, front);
     if (form.name() == "frmPlates") return std::make_unique<PlatesWindow>(form, front);
+    if (form.name() == "frmPreflight") return std::make_unique<PreflightWindow>(form, front);
     if (form.name() == "frmPixelScale") return std::make_unique<PixelScaleWindow>(form, front);
     if (form.name() == "frmDevices") return std::make_unique<DevicesWindow>(form, front);
     if (form.name() == "frmAbout") return std::make_unique<AboutWindow>(form, front);

@@ -48,6 +48,11 @@ class PlatesWindow : public FormWindow {
     PlatesWindow(platform::Form& form, const Front& front);
 };
 
+class PreflightWindow : public FormWindow {
+  public:
+    PreflightWindow(platform::Form& form, const Front& front);
+};
+
 class PixelScaleWindow : public FormWindow {
   public:
     PixelScaleWindow(platform::Form& form, const Front& front);

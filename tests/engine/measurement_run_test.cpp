@@ -331,5 +331,33 @@ TEST(MeasurementRun, GuidesTheHandThatTurnsTheAxis) {
     }
 }
 
+TEST(MeasurementRun, SaysBeforehandWhatIsToBeExpected) {
+    MeasurementWorld world;
+    world.panel.txtDeltaRA.setText("5");
+    EXPECT_THAT(world.panel.lblProspect.caption(), HasSubstr("\u00b0: +- ")) << "follows the figure";
+    world.files["D:\\garden.txt"] = "0 40\n180 85\n";
+    world.settings.SaveSetting("PolarAlign", "HorizonFile", "D:\\garden.txt");
+    world.measure();
+    EXPECT_EQ(world.lines("Expected: +- ").size(), 1u);
+    EXPECT_THAT(world.log.lines, Contains(HasSubstr("Warning: Plate 1 will stand")));
+    EXPECT_THAT(world.log.lines, Contains("Alignment Run Complete")) << "it warns, and never forbids";
+
+    world.settings.SaveSetting("PolarAlign", "HorizonFile", "D:\\nowhere.txt");
+    world.measure();
+    EXPECT_EQ(world.lines("D:\\nowhere.txt is no file of a horizon").size(), 1u);
+    EXPECT_THAT(world.log.lines, Not(Contains(HasSubstr("will stand"))));
+}
+
+TEST(MeasurementRun, SlewsToThePlaceThatIsProposed) {
+    MeasurementWorld world;
+    world.panel.cmdPreflight.click();
+    ASSERT_TRUE(world.preflightForm.cmdSlewThere.enabled());
+    EXPECT_THAT(world.preflightForm.txtForecast.text(), HasSubstr("Plate 3: hour angle "));
+    EXPECT_THAT(world.preflightForm.txtProposal.text(), HasSubstr("Begin at hour angle "));
+    world.preflightForm.cmdSlewThere.click();
+    ASSERT_EQ(world.mount.slews.size(), 1u);
+    EXPECT_EQ(world.enabledButtons(), "Run Expose");
+}
+
 }  // namespace
 }  // namespace vantrel::engine

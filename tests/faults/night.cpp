@@ -326,10 +326,12 @@ void Night::collect() {
     outcome_.struck = host_.struck();
 }
 
-/// Which of the main window's buttons, boxes and lists can be used, and the captions.
+/// Which of the main window's buttons, boxes and lists can be used, and the captions; but not what is
+/// expected of the next measurement, which the last one teaches.
 std::vector<std::string> Night::stateOfControls() const {
     std::vector<std::string> state;
     for (const Control* control : screen_.find("frmMain")->controls()) {
+        if (control->name() == "lblProspect") continue;
         std::string text = control->name() + (control->enabled() ? " on" : " off");
         text += control->visible() ? " shown" : " hidden";
         if (const auto* captioned = dynamic_cast<const Captioned*>(control))

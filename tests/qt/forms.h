@@ -20,6 +20,7 @@
 #include "devices/frm_select_cc_software.h"
 #include "devices/frm_telescope.h"
 #include "engine/frm_plates.h"
+#include "engine/frm_preflight.h"
 #include "observatory/panel/frm_simulator.h"
 #include "platesolve/frm_pixel_scale.h"
 #include "platform/queued_event_loop.h"
@@ -39,6 +40,7 @@ struct Forms {
     app::frmPopupMsg popup{screen};
     correction::frmPolarPlot polarPlot{screen};
     engine::frmPlates plates{screen};
+    engine::frmPreflight preflight{screen};
     devices::frmTelescope telescope{screen};
     devices::frmSelectCCSoftware imagingSoftware{screen};
     platesolve::frmPixelScale pixelScale{screen};

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -154,9 +155,13 @@ struct EngineWorld {
     engine::Interlock interlock;
     engine::Services services;
     engine::OperatorPrompt prompt{panel, state, loop, settings, log, mount};
+    engine::frmPreflight preflightForm{screen};
+    std::map<std::string, std::string> files;
+    engine::PreflightDesk preflight{preflightForm, panel, state, services,
+                                    [this](const std::string& path) { return textOf(path); }};
     engine::frmPlates plates{screen};
     engine::PlateReview review{plates, services};
-    engine::MeasurementRun run{panel, state, prompt, review, services};
+    engine::MeasurementRun run{panel, state, prompt, preflight, review, services};
 
     explicit EngineWorld(engine::CorrectionPort& correction)
         : services{loop,   settings, log,     messages,   mount,     camera,
@@ -164,6 +169,10 @@ struct EngineWorld {
         state.PlateSolveMethod = "PP";
         panel.cmdRun.onClick = [this] { run.cmdRun_Click(); };
         form.show();
+    }
+    std::optional<std::string> textOf(const std::string& path) const {
+        const auto file = files.find(path);
+        return file == files.end() ? std::nullopt : std::optional(file->second);
     }
     void pass(double seconds) { loop.sleep(platform::Milliseconds(static_cast<long>(seconds * 1000))); }
 };

@@ -48,6 +48,42 @@
         <translation>Ob die Aufnahmen zusammenpassen</translation>
     </message>
     <message>
+        <source>Height</source>
+        <translation>Höhe</translation>
+    </message>
+    <message>
+        <source>Pressure</source>
+        <translation>Luftdruck</translation>
+    </message>
+    <message>
+        <source>Temperature</source>
+        <translation>Temperatur</translation>
+    </message>
+    <message>
+        <source>The sky by expected uncertainty</source>
+        <translation>Der Himmel nach erwarteter Unsicherheit</translation>
+    </message>
+    <message>
+        <source>What is to be expected</source>
+        <translation>Was zu erwarten ist</translation>
+    </message>
+    <message>
+        <source>Lowest altitude</source>
+        <translation>Geringste Höhe</translation>
+    </message>
+    <message>
+        <source>Horizon file</source>
+        <translation>Horizontdatei</translation>
+    </message>
+    <message>
+        <source>Free sky</source>
+        <translation>Freier Himmel</translation>
+    </message>
+    <message>
+        <source>Proposal</source>
+        <translation>Vorschlag</translation>
+    </message>
+    <message>
         <source>Single exposures</source>
         <translation>Einzelaufnahmen</translation>
     </message>
