@@ -114,7 +114,11 @@ def started(program, home, setup):
                           ("Seeing", setup["seeing"]), ("HourAngleOffset", setup["ha_offset"]),
                           ("DeclinationOffset", setup["dec_offset"])):
         operator.put(SIMULATOR, member, value)
+    for member, value in setup.get("simulator", {}).items():
+        operator.put(SIMULATOR, member, value)
     point_and_sync(operator, setup)
+    for member, value in setup.get("jump", {}).items():  # whose slews are counted from here
+        operator.put(SIMULATOR, member, value)
     return operator
 
 
