@@ -96,6 +96,9 @@ class RotationFit {
     /// Of the axis's northern end, in space; radians squared.
     Eigen::Matrix3d axisCovariance() const;
 
+    /// Where a change of the observations (divided by their sigmas) moves the axis's northern end, in space.
+    Eigen::Matrix3Xd axisMoves(const Eigen::MatrixXd& change) const;
+
     /// What the fit leaves of a change of the observations.
     Eigen::MatrixXd unexplained(const Eigen::MatrixXd& change) const;
 
