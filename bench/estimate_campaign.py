@@ -70,6 +70,9 @@ def fault_rows():
                       names=(TURNED,))
     for slew in (15, 20, 30):
         yield Row(f"flexure 3″, slews of {slew}°", "slew", slew, simulator={"Flexure": 3}, names=(MOVED, TURNED))
+    for slew in (20, 30):
+        yield Row(f"flexure 3″, slews of {slew}°, declination 60°", "slew", slew, {"dec": 60.0},
+                  simulator={"Flexure": 3}, names=(MOVED, TURNED))
     for slew in (15, 30):
         for plate, which in ((2, "second"), (3, "third")):
             yield Row(f"jump of 5″ at the {which} plate, slews of {slew}°", "slew", slew, jump=5, jump_plate=plate,

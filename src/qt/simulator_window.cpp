@@ -195,8 +195,8 @@ QWidget* cameraPage() {
 
 QGroupBox* tubeGroup() {
     auto* const grid = new FieldGrid;
-    grid->addField(Text::tr("Roll noise"), field("txtRollNoise", 8), Text::tr("arc-seconds a slew"));
-    grid->addField(Text::tr("Flexure"), field("txtFlexure", 8), Text::tr("arc-seconds of sag"));
+    grid->addField(Text::tr("Roll noise"), field("txtRollNoise", 8), Text::tr("arc-seconds"));
+    grid->addField(Text::tr("Flexure"), field("txtFlexure", 8), Text::tr("arc-seconds"));
     grid->addField(Text::tr("Declination jump"), field("txtDeclinationJump", 8), Text::tr("arc-seconds"));
     grid->addField(Text::tr("at slew"), field("txtDeclinationJumpSlew", 8), Text::tr("from now"));
     return group(Text::tr("Tube and camera"), grid);
@@ -214,14 +214,13 @@ QWidget* faultsPage() {
     auto* const page = new QWidget;
     auto* const column = new QVBoxLayout(page);
     column->setSpacing(10);
+    column->addWidget(
+        hint(Text::tr("What no mount says of itself: pictures show it, readings don't. 0 is off.")));
     auto* const columns = new QHBoxLayout;
     columns->setSpacing(10);
     columns->addLayout(columnOf({tubeGroup()}), 1);
     columns->addLayout(columnOf({driveGroup()}), 1);
-    column->addLayout(columns);
-    column->addWidget(
-        hint(Text::tr("What no mount says of itself: pictures show it, readings don't. 0 is off.")));
-    column->addStretch();
+    column->addLayout(columns, 1);
     return page;
 }
 

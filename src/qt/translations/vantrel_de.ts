@@ -494,16 +494,8 @@ erscheinen hier.</translation>
         <translation>Rollstreuung</translation>
     </message>
     <message>
-        <source>arc-seconds a slew</source>
-        <translation>Bogensekunden je Schwenk</translation>
-    </message>
-    <message>
         <source>Flexure</source>
         <translation>Durchbiegung</translation>
-    </message>
-    <message>
-        <source>arc-seconds of sag</source>
-        <translation>Bogensekunden</translation>
     </message>
     <message>
         <source>Declination jump</source>
