@@ -276,7 +276,14 @@ Eigen::Matrix3Xd RotationFit::axisMoves(const MatrixXd& change) const {
 
 Matrix3d RotationFit::axisCovariance() const {
     const auto effect = axisMoves(MatrixXd::Identity(layout_.observations(), layout_.observations()));
-    return effect * effect.transpose();
+    VectorXd sag = VectorXd::Zero(layout_.observations());
+    for (std::size_t i = 0; i < sightings_.size(); ++i) {
+        const Sighting& sighting = sightings_[i];
+        sag.segment(layout_.row(i), sighting.size()) =
+            sighting.weighted(seenOf(sighting.sag(), sighting.frame(carriage_.airExcess)));
+    }
+    const Vector3d bySag = axisMoves(sag);
+    return effect * effect.transpose() + bySag * bySag.transpose();
 }
 
 MatrixXd RotationFit::unexplained(const MatrixXd& change) const {
