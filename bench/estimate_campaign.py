@@ -212,7 +212,7 @@ def faulty_cells(row, results):
     return [seconds(r.written for r in results), estimate, within(results, 1), within(results, 2),
             share(r.warned for r in results), share(r.names(row.names) for r in results),
             share(r.covered or r.names(row.names) for r in results),
-            share(r.covered or r.foretold or r.names(row.names) for r in results)]
+            share(r.covered or r.foretold or r.names(row.names) for r in results) if row.jump else "-"]
 
 
 def main():
