@@ -97,7 +97,8 @@ def started(program, home, setup):
     settings = {
         "Main": {"MyTelescopeID": SIMULATOR, "SiteLatitude": str(setup["latitude"]),
                  "SiteLongitude": str(setup["longitude"]), "SlewEast": str(setup["east"])},
-        "PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": f"{setup['slew']:.3f}"},
+        "PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": f"{setup['slew']:.3f}",
+                       "Plates": str(setup.get("plates", 3))},
         "Solve": {"ScaleH": f"{scale:.3f}", "ScaleV": f"{scale:.3f}"},
     }
     file = os.path.join(home, "settings.json")
@@ -114,7 +115,11 @@ def started(program, home, setup):
                           ("Seeing", setup["seeing"]), ("HourAngleOffset", setup["ha_offset"]),
                           ("DeclinationOffset", setup["dec_offset"])):
         operator.put(SIMULATOR, member, value)
+    for member, value in setup.get("simulator", {}).items():
+        operator.put(SIMULATOR, member, value)
     point_and_sync(operator, setup)
+    for member, value in setup.get("jump", {}).items():  # whose slews are counted from here
+        operator.put(SIMULATOR, member, value)
     return operator
 
 

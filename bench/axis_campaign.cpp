@@ -60,7 +60,7 @@ struct Measurement {
     }
 
     engine::FitSettings settings() const {
-        return {.centreFloor = 0, .rollFloor = 0, .readingSigma = errors.reading};
+        return {.centreFloor = 0, .rollFloor = 0, .readingSigma = errors.reading, .sagSigma = 0};
     }
 };
 
@@ -317,14 +317,15 @@ void exposures() {
     title("Where twelve exposures are best spent", "| first, middle, last | stated, long side |", 2);
     const std::vector<int> rows[] = {{4, 4, 4}, {3, 6, 3}, {2, 8, 2}, {5, 2, 5}};
     for (const auto& row : rows) {
-        const auto prospect = engine::foresee({.hourAngle = -1,
-                                               .declination = 30,
-                                               .slew = 15,
-                                               .exposures = row,
-                                               .centreSigma = 0.6,
-                                               .rollSigma = std::nullopt,
-                                               .readings = false},
-                                              {50, engine::standardAir(300)}, {.centreFloor = 0});
+        const auto prospect =
+            engine::foresee({.hourAngle = -1,
+                             .declination = 30,
+                             .slew = 15,
+                             .exposures = row,
+                             .centreSigma = 0.6,
+                             .rollSigma = std::nullopt,
+                             .readings = false},
+                            {50, engine::standardAir(300)}, {.centreFloor = 0, .sagSigma = 0});
         std::printf("| %d, %d, %d | %s |\n", row[0], row[1], row[2],
                     Outcome::number(prospect.covariance.ellipse().major).c_str());
     }

@@ -145,6 +145,7 @@ void takePictures(const QString& folder, bool byNight) {
         {[&] { return shown("frmSimulator"); },
          [&] {
              pictures.take("frmSimulator", "simulator-camera", 1);
+             pictures.take("frmSimulator", "simulator-faults", 2);
              press("frmSimulator.cmdCenterStar");
          }},
         {[&] { return label("frmSimulator.lblStatus").caption().ends_with("of the picture."); },

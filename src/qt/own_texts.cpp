@@ -28,6 +28,8 @@ const std::vector<std::pair<const char*, const char*>>& ownTexts() {
         {"frmSimulator", QT_TRANSLATE_NOOP("frmSimulator", "Sync")},
         {"frmSimulator", QT_TRANSLATE_NOOP("frmSimulator", "Mirrored")},
         {"frmSimulator", QT_TRANSLATE_NOOP("frmSimulator", "Refraction")},
+        {"frmSimulator",
+         QT_TRANSLATE_NOOP("frmSimulator", "Counted from the last change of the jump; 1 is the next slew")},
         {"frmSimulator", QT_TRANSLATE_NOOP("frmSimulator", "How many, or below 1 the share of all pixels")},
         {"frmSimulator", QT_TRANSLATE_NOOP("frmSimulator", "Not connected")},
         {"frmSimulator", QT_TRANSLATE_NOOP("frmSimulator", "Slewing")},

@@ -172,6 +172,8 @@ QGroupBox* skyGroup() {
     grid->addField(Text::tr("Hot pixels"), field("txtHotPixels", 8), Text::tr("or share"));
     grid->addField(Text::tr("Pointing noise"), field("txtPointingNoise", 8), Text::tr("arc-seconds"));
     grid->addRow(row({named<QCheckBox>("chkRefraction")}, true));
+    grid->addField(Text::tr("Air pressure"), field("txtAirPressure", 8), "hPa");
+    grid->addField(Text::tr("Air temperature"), field("txtAirTemperature", 8), "°C");
     return group(Text::tr("Sky and mount"), grid);
 }
 
@@ -191,6 +193,37 @@ QWidget* cameraPage() {
     return page;
 }
 
+QGroupBox* tubeGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField(Text::tr("Roll noise"), field("txtRollNoise", 8), Text::tr("arc-seconds"));
+    grid->addField(Text::tr("Flexure"), field("txtFlexure", 8), Text::tr("arc-seconds"));
+    grid->addField(Text::tr("Declination jump"), field("txtDeclinationJump", 8), Text::tr("arc-seconds"));
+    grid->addField(Text::tr("at slew"), field("txtDeclinationJumpSlew", 8), Text::tr("from now"));
+    return group(Text::tr("Tube and camera"), grid);
+}
+
+QGroupBox* driveGroup() {
+    auto* const grid = new FieldGrid;
+    grid->addField(Text::tr("Periodic error"), field("txtPeriodicError", 8), Text::tr("arc-seconds"));
+    grid->addField(Text::tr("Worm period"), field("txtWormPeriod", 8), "s");
+    grid->addField(Text::tr("Clock error"), field("txtClockError", 8), Text::tr("s ahead"));
+    return group(Text::tr("Drive and clock"), grid);
+}
+
+QWidget* faultsPage() {
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->setSpacing(10);
+    column->addWidget(
+        hint(Text::tr("What no mount says of itself: pictures show it, readings don't. 0 is off.")));
+    auto* const columns = new QHBoxLayout;
+    columns->setSpacing(10);
+    columns->addLayout(columnOf({tubeGroup()}), 1);
+    columns->addLayout(columnOf({driveGroup()}), 1);
+    column->addLayout(columns, 1);
+    return page;
+}
+
 }  // namespace
 
 SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
@@ -201,6 +234,7 @@ SimulatorWindow::SimulatorWindow(platform::Form& form, const Front& front) : For
     tabs->setAccessibleName(Text::tr("Pages"));
     tabs->addTab(new ScrollPage(mountPage()), Text::tr("Mount"));
     tabs->addTab(new ScrollPage(cameraPage()), Text::tr("Camera and sky"));
+    tabs->addTab(new ScrollPage(faultsPage()), Text::tr("Faults"));
     layout->addWidget(tabs);
     auto* const status = named<QLabel>("lblStatus");
     status->setWordWrap(true);

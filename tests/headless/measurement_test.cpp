@@ -18,6 +18,38 @@ using testing::HasSubstr;
 
 constexpr const char* kMount = "AxisSimulator.Telescope";
 constexpr const char* kPlate = "PinPoint.Plate";
+
+/// Three plates see only a large one, and say how far one that they can't see would lead astray; four see it.
+TEST(Measurement, NamesAJumpOfTheTelescopeOrSaysThatItCouldHide) {
+    const std::string moved = "Warning: The plates don't agree: the telescope moved in declination by ";
+    const std::string couldHide =
+        "A jump of 5 arc-sec in declination could hide here and move the axis by up to ";
+    const auto says = [](const std::string& text) {
+        return [&text](const std::string& line) { return line.find(text) != std::string::npos; };
+    };
+    const struct {
+        double jump;  // arc-seconds
+        const char* degrees;
+        int slew;  // at which it comes
+        const char* plates;
+        bool named, couldHide;
+    } cases[] = {{60, "30", 1, "3", true, true},
+                 {-60, "30", 2, "3", true, true},
+                 {5, "30", 1, "3", false, true},
+                 {5, "20", 1, "4", true, false},
+                 {-5, "20", 2, "4", true, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.jump << " at " << c.degrees << ", " << c.plates << " plates");
+        Script script;
+        script.waitIdle().type("frmMain.txtDeltaRA", c.degrees).type("frmMain.txtPlates", c.plates);
+        script.put(kMount, "DeclinationJumpSlew", c.slew).put(kMount, "DeclinationJump", c.jump);
+        const auto result =
+            script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
+        EXPECT_EQ(std::ranges::any_of(result.log, says(moved)), c.named);
+        EXPECT_EQ(std::ranges::any_of(result.log, says(couldHide)), c.couldHide);
+    }
+}
+
 TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
     constexpr int kDriver = -2147352567;
     const std::string declination = "Src Error 7: Broken\r\nmodComponents Function GetTelescopeDec";

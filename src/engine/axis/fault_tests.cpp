@@ -69,6 +69,15 @@ class Patterns {
     const RotationFit& fit_;
 };
 
+/// All that can be told apart: what lasts from the second plate on is the first one's own fault, and what
+/// lasts from the last is that one's own.
+std::vector<Reach> reachesAmong(std::size_t plates) {
+    std::vector<Reach> reaches;
+    for (std::size_t i = 0; i < plates; ++i) reaches.push_back({i, false});
+    for (std::size_t i = 2; i + 2 <= plates; ++i) reaches.push_back({i, true});
+    return reaches;
+}
+
 /// Tests one pattern; empty where the fit explains it all by an axis.
 std::optional<Suspicion> tested(const RotationFit& fit, const MatrixXd& pattern) {
     constexpr double kInvisible = 1e-8;  // share of the pattern that remains
@@ -82,7 +91,8 @@ std::optional<Suspicion> tested(const RotationFit& fit, const MatrixXd& pattern)
     suspicion.size = (size.size() == 1 ? size(0) : size.norm()) / kArcsecond;
     suspicion.statistic = size.dot(seen);
     suspicion.degreesOfFreedom = static_cast<int>(size.size());
-    suspicion.smallestVisible = 1 / std::sqrt(weakest) / kArcsecond;  // one sigma; setLimits makes it nine of ten
+    suspicion.smallestVisible =
+        1 / std::sqrt(weakest) / kArcsecond;  // one sigma; setLimits makes it nine of ten
     return suspicion;
 }
 
@@ -101,7 +111,6 @@ void setLimits(std::vector<Suspicion>& suspicions) {
 std::vector<Suspicion> testedFaults(const std::vector<Sighting>& sightings, const RotationFit& fit) {
     std::vector<Suspicion> suspicions;
     const Patterns patterns(sightings, fit);
-    const std::size_t count = sightings.size();
     const auto add = [&](Fault fault, const Reach& reach) {
         auto suspicion = tested(fit, patterns.of(fault, reach));
         if (!suspicion) return;
@@ -111,12 +120,27 @@ std::vector<Suspicion> testedFaults(const std::vector<Sighting>& sightings, cons
         suspicions.push_back(*suspicion);
     };
     for (const Fault fault : {Fault::kDeclinationMoved, Fault::kReadingDisagrees, Fault::kCameraTurned}) {
-        for (std::size_t i = 0; i < count; ++i) add(fault, {i, false});
-        for (std::size_t i = 2; i + 2 <= count; ++i) add(fault, {i, true});
+        for (const Reach& reach : reachesAmong(sightings.size())) add(fault, reach);
     }
-    for (std::size_t i = 1; i < count; ++i) add(Fault::kAxisMoved, {i, true});
+    for (std::size_t i = 1; i < sightings.size(); ++i) add(Fault::kAxisMoved, {i, true});
     setLimits(suspicions);
     return suspicions;
+}
+
+double hiddenMove(const std::vector<Sighting>& sightings, const RotationFit& fit,
+                  const std::vector<Suspicion>& tested) {
+    const Patterns patterns(sightings, fit);
+    double farthest = 0;
+    for (const Reach& reach : reachesAmong(sightings.size())) {
+        const bool noticed = std::any_of(tested.begin(), tested.end(), [&](const Suspicion& s) {
+            return s.fault == Fault::kDeclinationMoved && s.plate == static_cast<int>(reach.first) + 1 &&
+                   s.lasting == reach.lasting && s.smallestVisible <= kTypicalJump;
+        });
+        if (noticed) continue;
+        const MatrixXd pattern = patterns.of(Fault::kDeclinationMoved, reach);
+        farthest = std::max(farthest, kTypicalJump * fit.axisMoves(pattern).norm());
+    }
+    return farthest;
 }
 
 }  // namespace vantrel::engine

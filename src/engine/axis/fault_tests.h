@@ -13,4 +13,9 @@ namespace vantrel::engine {
 /// that look like another axis are left out.
 std::vector<Suspicion> testedFaults(const std::vector<Sighting>& sightings, const RotationFit& fit);
 
+/// Verdict::hiddenMove, by what was tested. What a fault that isn't noticed does to the result is what Baarda
+/// calls external reliability.
+double hiddenMove(const std::vector<Sighting>& sightings, const RotationFit& fit,
+                  const std::vector<Suspicion>& tested);
+
 }  // namespace vantrel::engine

@@ -265,14 +265,25 @@ void RotationFit::finish(const Carriage& carriage) {
                solver.solve(MatrixXd::Identity(layout_.observations(), layout_.observations()));
 }
 
-Matrix3d RotationFit::axisCovariance() const {
+Eigen::Matrix3Xd RotationFit::axisMoves(const MatrixXd& change) const {
     // A rotation along a tangent moves the axis along the other one.
     const auto tangents = carriage_.tangents();
     Eigen::Matrix<double, 3, 2> moves;
     moves.col(0) = tangents.col(0).cross(carriage_.axis);
     moves.col(1) = tangents.col(1).cross(carriage_.axis);
-    const MatrixXd effect = moves * inverse_.topRows(2);
-    return effect * effect.transpose();
+    return moves * (inverse_.topRows(2) * change);
+}
+
+Matrix3d RotationFit::axisCovariance() const {
+    const auto effect = axisMoves(MatrixXd::Identity(layout_.observations(), layout_.observations()));
+    VectorXd sag = VectorXd::Zero(layout_.observations());
+    for (std::size_t i = 0; i < sightings_.size(); ++i) {
+        const Sighting& sighting = sightings_[i];
+        sag.segment(layout_.row(i), sighting.size()) =
+            sighting.weighted(seenOf(sighting.sag(), sighting.frame(carriage_.airExcess)));
+    }
+    const Vector3d bySag = axisMoves(sag);
+    return effect * effect.transpose() + bySag * bySag.transpose();
 }
 
 MatrixXd RotationFit::unexplained(const MatrixXd& change) const {

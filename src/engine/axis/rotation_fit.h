@@ -93,8 +93,11 @@ class RotationFit {
 
     /// What errors of the observations do to the unknowns; its square is their covariance.
     const Eigen::MatrixXd& inverse() const { return inverse_; }
-    /// Of the axis's northern end, in space; radians squared.
+    /// Of the axis's northern end, in space, with what a sag of the tube does to it; radians squared.
     Eigen::Matrix3d axisCovariance() const;
+
+    /// Where a change of the observations (divided by their sigmas) moves the axis's northern end, in space.
+    Eigen::Matrix3Xd axisMoves(const Eigen::MatrixXd& change) const;
 
     /// What the fit leaves of a change of the observations.
     Eigen::MatrixXd unexplained(const Eigen::MatrixXd& change) const;

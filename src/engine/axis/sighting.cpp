@@ -51,6 +51,7 @@ std::optional<Sighting> Sighting::of(const Plate& plate, const Site& site, const
     Sighting sighting;
     sighting.trueFrame_ = frameAt(plate.hourAngle, plate.declination);
     sighting.lift_ = liftAt(sighting.trueFrame_.col(2), site);
+    sighting.sag_ = settings.sagSigma * kArcsecond * zenith(site.latitude).cross(sighting.trueFrame_.col(2));
     if (plate.positionAngle && std::isfinite(settings.rollFloor))
         sighting.positionAngle_ = degreesToRadians(*plate.positionAngle);
     if (plate.reading && std::isfinite(settings.readingSigma))

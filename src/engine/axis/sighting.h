@@ -31,6 +31,9 @@ class Sighting {
     /// The rotation by which the air has turned the frame.
     const Eigen::Vector3d& lift() const { return lift_; }
 
+    /// The rotation by which the tube may have drooped, one sigma; the same sigma for all plates together.
+    const Eigen::Vector3d& sag() const { return sag_; }
+
     const std::optional<double>& positionAngle() const { return positionAngle_; }
     const std::optional<double>& reading() const { return reading_; }
 
@@ -45,6 +48,7 @@ class Sighting {
   private:
     Eigen::Matrix3d trueFrame_;
     Eigen::Vector3d lift_;
+    Eigen::Vector3d sag_;
     std::optional<double> positionAngle_;
     std::optional<double> reading_;
     Eigen::MatrixXd root_;  // of the covariance: lower triangle

@@ -97,6 +97,7 @@ Verdict judge(std::span<const Plate> plates, const Site& site, const FitSettings
     const bool valid = validityOf(fit) == Validity::kValid;
     verdict.chiSquare = fit.linearised().chiSquare();
     verdict.degreesOfFreedom = fit.degreesOfFreedom();
+    if (valid) verdict.hiddenMove = hiddenMove(*sightings, fit, {});
     if (verdict.degreesOfFreedom <= 0) {
         verdict.agreement = valid ? Agreement::kUntestable : Agreement::kNoEstimate;
         return verdict;
@@ -114,6 +115,7 @@ Verdict judge(std::span<const Plate> plates, const Site& site, const FitSettings
     }
     if (!valid) return verdict;
     verdict.suspicions = testedFaults(*sightings, fit);
+    verdict.hiddenMove = hiddenMove(*sightings, fit, verdict.suspicions);
     verdict.likely = order(verdict.suspicions);
     const bool blamed = !verdict.suspicions.empty() &&
                         verdict.suspicions.front().statistic > verdict.suspicions.front().limit;

@@ -44,6 +44,9 @@ enum class Agreement {
     kNoEstimate   // the plates give no axis, and no plate alone is to blame
 };
 
+/// Arc-seconds: as a mirror flops, or a clutch gives way.
+inline constexpr double kTypicalJump = 5;
+
 struct Verdict {
     Agreement agreement = Agreement::kNoEstimate;
     double chiSquare = 0;
@@ -53,6 +56,9 @@ struct Verdict {
     std::vector<Suspicion> suspicions{};
     /// How many of the first ones explain the plates so equally that the plates can't tell which it was.
     std::size_t likely = 0;
+    /// Arc-seconds: how far a jump of kTypicalJump in declination, at any plate, would move the axis without
+    /// being noticed nine times out of ten; 0 when it would be.
+    double hiddenMove = 0;
 };
 
 /// Chances of a false alarm: a hundredth for all faults together, a thousandth for scatter.

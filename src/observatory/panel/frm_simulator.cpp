@@ -58,6 +58,15 @@ frmSimulator::frmSimulator(platform::Screen& screen)
       txtLimitingMagnitude(*this, "txtLimitingMagnitude"),
       txtHotPixels(*this, "txtHotPixels"),
       txtPointingNoise(*this, "txtPointingNoise"),
+      txtAirPressure(*this, "txtAirPressure"),
+      txtAirTemperature(*this, "txtAirTemperature"),
+      txtRollNoise(*this, "txtRollNoise"),
+      txtFlexure(*this, "txtFlexure"),
+      txtDeclinationJump(*this, "txtDeclinationJump"),
+      txtDeclinationJumpSlew(*this, "txtDeclinationJumpSlew"),
+      txtPeriodicError(*this, "txtPeriodicError"),
+      txtWormPeriod(*this, "txtWormPeriod"),
+      txtClockError(*this, "txtClockError"),
       chkMirrored(*this, "chkMirrored", "Mirrored"),
       chkRefraction(*this, "chkRefraction", "Refraction"),
       lblField(*this, "lblField", ""),
@@ -67,6 +76,7 @@ frmSimulator::frmSimulator(platform::Screen& screen)
     for (platform::TextBox* error : {&txtAzimuthError, &txtElevationError})
         error->setAlignment(platform::Alignment::kCentre);
     txtHotPixels.setToolTip("How many, or below 1 the share of all pixels");
+    txtDeclinationJumpSlew.setToolTip("Counted from the last change of the jump; 1 is the next slew");
     chkShowError.setValue(1);
     cmdAskew.setToolTip("Somewhere within two degrees, without telling where");
 }

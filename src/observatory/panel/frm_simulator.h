@@ -38,6 +38,9 @@ struct frmSimulator : platform::Form {
     platform::TextBox txtLatitude, txtLongitude;
     platform::TextBox txtFocalLength, txtPixelSize, txtWidth, txtHeight, txtRotation, txtExposure;
     platform::TextBox txtSeeing, txtSkyLevel, txtLimitingMagnitude, txtHotPixels, txtPointingNoise;
+    platform::TextBox txtAirPressure, txtAirTemperature;
+    platform::TextBox txtRollNoise, txtFlexure, txtDeclinationJump, txtDeclinationJumpSlew, txtPeriodicError,
+        txtWormPeriod, txtClockError;
     platform::CheckBox chkMirrored, chkRefraction;
     platform::Label lblField;
 

@@ -6,6 +6,7 @@
 
 #include "platform/errors.h"
 #include "platform/text.h"
+#include "sky/epoch.h"
 #include "sky/vector3.h"
 
 namespace vantrel::observatory {
@@ -78,7 +79,16 @@ SimulatorPanel::SimulatorPanel(platform::EventLoop& loop, platform::AutomationHo
               {window.txtSkyLevel, "SkyLevel", nullptr, ""},
               {window.txtLimitingMagnitude, "LimitingMagnitude", nullptr, ""},
               {window.txtHotPixels, "HotPixels", nullptr, ""},
-              {window.txtPointingNoise, "PointingNoise", nullptr, ""}},
+              {window.txtPointingNoise, "PointingNoise", nullptr, ""},
+              {window.txtAirPressure, "AirPressure", nullptr, ""},
+              {window.txtAirTemperature, "AirTemperature", nullptr, ""},
+              {window.txtRollNoise, "RollNoise", nullptr, ""},
+              {window.txtFlexure, "Flexure", nullptr, ""},
+              {window.txtDeclinationJump, "DeclinationJump", nullptr, ""},
+              {window.txtDeclinationJumpSlew, "DeclinationJumpSlew", nullptr, ""},
+              {window.txtPeriodicError, "PeriodicError", nullptr, ""},
+              {window.txtWormPeriod, "WormPeriod", nullptr, ""},
+              {window.txtClockError, "ClockError", nullptr, ""}},
       switches_{{window.chkTracking, "Tracking"},
                 {window.chkMirrored, "CameraMirrored"},
                 {window.chkRefraction, "Refraction"}} {
@@ -323,7 +333,9 @@ void SimulatorPanel::followCentering() {
     if (!centering_ || simulator_->get("Slewing").toBool()) return;
     const BrightStar& star = brightStars()[centering_->star];
     const PlaceOfDate place = placeOfDate(star, loop_.clock().utc());
-    const double hourAngle = std::remainder(number("SiderealTime") - place.rightAscension, 24);
+    // Whatever the mount's clock says, the star stands where it stands.
+    const double siderealTime = sky::SkyOfDate(loop_.clock().utc()).siderealTime(number("SiteLongitude"));
+    const double hourAngle = std::remainder(siderealTime - place.rightAscension, 24);
     const double east = std::remainder(number("CameraAxisHourAngle") - hourAngle, 24);
     const double north = place.declination - number("CameraAxisDeclination");
     const double off = 3600 * std::hypot(15 * east * std::cos(place.declination * kDegree), north);

@@ -19,6 +19,7 @@ AxisSimulator::AxisSimulator(const DriverIdentity& identity, std::shared_ptr<Axi
       device_(std::move(device)),
       folders_(folders) {
     addAxis();
+    addFaults();
     addOptics();
     addSensor();
     addPictures();
@@ -35,6 +36,28 @@ void AxisSimulator::addAxis() {
     setting("PointingNoise", settings.pointingNoise, {0, 3600, "arcsec"});
     property("CameraAxisHourAngle", [this] { return Value(device_->camera.axis().hourAngle / 15); });
     property("CameraAxisDeclination", [this] { return Value(device_->camera.axis().declination); });
+}
+
+void AxisSimulator::addFaults() {
+    MountFaults& faults = device_->mount.settings().faults;
+    setting("RollNoise", faults.rollNoise, {0, 36'000, "arcsec"});
+    setting("Flexure", faults.flexure, {0, 3600, "arcsec"});
+    setting("PeriodicError", faults.periodicError, {0, 3600, "arcsec"});
+    setting("WormPeriod", faults.wormPeriod, {1, 86'400, "seconds"});
+    setting("ClockError", faults.clockError, {-3600, 3600, "seconds"});
+    Mount& mount = device_->mount;
+    property(
+        "DeclinationJump", [&mount] { return Value(mount.declinationJump().amount); },
+        [&mount](const Value& value) {
+            const double amount = checked("DeclinationJump", value, {-36'000, 36'000, "arcsec"});
+            mount.setDeclinationJump({amount, mount.declinationJump().slew});
+        });
+    property(
+        "DeclinationJumpSlew", [&mount] { return Value(mount.declinationJump().slew); },
+        [&mount](const Value& value) {
+            const double slew = checked("DeclinationJumpSlew", value, {1, 1000, ""});
+            mount.setDeclinationJump({mount.declinationJump().amount, static_cast<int>(std::round(slew))});
+        });
 }
 
 void AxisSimulator::addAdjuster(const std::string& name, double& error, const Range& range) {
@@ -70,6 +93,8 @@ void AxisSimulator::addSensor() {
     setting("LimitingMagnitude", settings.limitingMagnitude, {-5, 30, ""});
     setting("HotPixels", settings.hotPixels, {0, 1e7, "pixels"});
     setting("Refraction", settings.refraction);
+    setting("AirPressure", settings.air.pressure, {0, 1100, "hPa"});
+    setting("AirTemperature", settings.air.temperature, {-60, 60, "degrees Celsius"});
     setting("ExposureTime", settings.exposureTime, {0.001, 3600, "seconds"});
 }
 

@@ -18,7 +18,7 @@ struct AxisSimulatorDevice : TelescopeDevice {
 };
 
 /// Beside a mount's members: the axis error ("PolarAzimuthError", "PolarElevationError" and the adjusters
-/// that change them), the optics and the air as settings, "Expose", which takes the exposure's time,
+/// that change them), mechanical faults, the optics and the air as settings, "Expose", which takes the exposure's time,
 /// "ImageArray" and "SaveImageToFile"(full path), which replaces a file that is there and makes no folders.
 class AxisSimulator : public TelescopeDriver {
   public:
@@ -28,6 +28,7 @@ class AxisSimulator : public TelescopeDriver {
 
   private:
     void addAxis();
+    void addFaults();
     void addOptics();
     void addSensor();
     void addPictures();

@@ -75,10 +75,11 @@ std::vector<StarSpot> Camera::starsInView(platform::Instant instant) {
     const double latitude = mount_.settings().latitude;
     const Pointing pointing = mount_.pointing();
     const sky::FocalPlane plane = focalPlane(pointing);
+    const sky::Refraction refraction(settings_.air);
 
     Vector3 seen = pointing.ahead;
     if (settings_.refraction)
-        seen = atAltitude(seen, latitude, refraction_.trueAltitude(horizonPosition(seen, latitude).altitude));
+        seen = atAltitude(seen, latitude, refraction.trueAltitude(horizonPosition(seen, latitude).altitude));
     const sky::SkyPosition centre = sky::positionOf(sky.catalogue(toRightAscension(seen, siderealTime)));
 
     sky::ConeQuery query;
@@ -94,7 +95,7 @@ std::vector<StarSpot> Camera::starsInView(platform::Instant instant) {
             toHourAngle(sky.apparent(sky::directionOf({star.raDeg, star.decDeg})), siderealTime);
         if (settings_.refraction) {
             const double altitude = horizonPosition(direction, latitude).altitude;
-            direction = atAltitude(direction, latitude, refraction_.observedAltitude(altitude));
+            direction = atAltitude(direction, latitude, refraction.observedAltitude(altitude));
         }
         if (const auto pixel = plane.pixel(direction))
             spots.push_back({pixel->x, pixel->y, electronRate(star.magnitude) * settings_.exposureTime});

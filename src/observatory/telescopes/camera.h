@@ -34,7 +34,8 @@ struct CameraSettings {
     double skyLevel = 30;           // electrons per second and pixel
     double limitingMagnitude = 25;  // fainter stars are not drawn
     double hotPixels = 0;           // a count, or below 1 the share of all pixels
-    bool refraction = false;        // 1010 hPa, 10 C
+    bool refraction = false;        // by the air
+    sky::Air air;
     double exposureTime = 1;        // seconds
     double readNoise = 8;           // electrons
     double gain = 1;                // electrons per count
@@ -84,7 +85,6 @@ class Camera {
     sky::CatalogSource openCatalog_;
     std::shared_ptr<const sky::StarCatalog> catalog_;
     CameraSettings settings_;
-    sky::Refraction refraction_;
 };
 
 }  // namespace vantrel::observatory

@@ -39,7 +39,10 @@ Mount::Mount(const platform::Clock& clock, NoiseSource& noise) : clock_(clock), 
     motion_ = {clock_.sinceStart(), {-15, 40}, {}, settings_.slewRate};
 }
 
-double Mount::siderealTime() const { return sky::SkyOfDate(clock_.utc()).siderealTime(settings_.longitude); }
+double Mount::siderealTime() const {
+    return hoursOfDay(sky::SkyOfDate(clock_.utc()).siderealTime(settings_.longitude) +
+                      settings_.faults.clockError * kSiderealRate / 15);
+}
 
 double Mount::secondsInMotion() const {
     return std::chrono::duration<double>(clock_.sinceStart() - motion_.start).count();
@@ -70,12 +73,22 @@ MountReading Mount::reading() const {
 
 Pointing Mount::pointing() const {
     const Axes now = axes();
-    const double hourAngle = now.hourAngle + pointingError_.hourAngle;
-    const double declination = now.declination + pointingError_.declination;
+    const MountFaults& faults = settings_.faults;
+    const bool jumped = slewsSinceJumpWasSet_ >= jump_.slew;
+    const double hourAngle =
+        now.hourAngle + pointingError_.hourAngle + periodicError(faults, now.hourAngle) / 3600;
+    const double declination =
+        now.declination + pointingError_.declination + (jumped ? jump_.amount / 3600 : 0);
     const sky::Matrix3 turn = mountToSky(settings_.axisError, settings_.latitude);
-    return {turn * hourAngleDirection(hourAngle, declination),
-            turn * hourAngleDirection(hourAngle, declination + 90),
-            turn * hourAngleDirection(hourAngle - 90, 0)};
+    const Pointing rigid{turn * hourAngleDirection(hourAngle, declination),
+                         turn * hourAngleDirection(hourAngle, declination + 90),
+                         turn * hourAngleDirection(hourAngle - 90, 0)};
+    return sagging(rolled(rigid, roll_), faults.flexure, settings_.latitude);
+}
+
+void Mount::setDeclinationJump(const DeclinationJump& jump) {
+    jump_ = jump;
+    slewsSinceJumpWasSet_ = 0;
 }
 
 void Mount::requireUnparked() const {
@@ -97,6 +110,9 @@ void Mount::startSlew(const MountReading& target) {
     const double sigma = settings_.pointingNoise / 3600 / std::sqrt(2.0);
     const double narrow = std::max(std::cos(to.declination * sky::kDegree), 0.01);
     pointingError_ = {sigma * noise_.gaussian() / narrow, sigma * noise_.gaussian()};
+    const double rollNoise = settings_.faults.rollNoise;
+    roll_ = rollNoise > 0 ? rollNoise * noise_.gaussian() : 0;
+    ++slewsSinceJumpWasSet_;
 }
 
 bool Mount::isSlewing() const {

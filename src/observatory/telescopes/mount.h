@@ -2,12 +2,15 @@
 //
 // Three descriptions of where it points follow from each other:
 //   axes      what its gears stand at: hour angle and declination in its own (misaligned) frame
-//   readings  what it reports: axes + index offsets, the hour angle turned into a right ascension by the
-//   clock truth     where it points: axes (+ the last slew's pointing error), turned by the axis error
+//   readings  what it reports: axes + index offsets, the hour angle turned into a right ascension by its
+//             own clock
+//   truth     where it points: axes (+ the last slew's pointing error, + mechanical faults), turned by the
+//             axis error
 // Nothing ticks: every question is answered for the clock's now.
 #pragma once
 
 #include "observatory/telescopes/mount_axis.h"
+#include "observatory/telescopes/mount_faults.h"
 #include "observatory/telescopes/noise.h"
 #include "platform/clock.h"
 
@@ -22,19 +25,13 @@ struct MountSettings {
     double declinationOffset = 0;  // degrees
     AxisError axisError;
     double pointingNoise = 0;  // arcsec, root mean square of the distance that a slew ends off its aim
+    MountFaults faults;
 };
 
 /// What the mount says: equator and equinox of date.
 struct MountReading {
     double rightAscension = 0;  // hours, [0, 24)
     double declination = 0;     // degrees, [-90, 90]
-};
-
-/// Where the tube truly points, in the local equatorial frame: unit vectors at right angles.
-struct Pointing {
-    sky::Vector3 ahead;
-    sky::Vector3 up;    // towards greater mount declination
-    sky::Vector3 east;  // towards greater right ascension of the mount
 };
 
 /// The mount starts tracking on the meridian's east side, one hour before it, at declination 40. Impossible
@@ -48,8 +45,12 @@ class Mount {
 
     MountReading reading() const;
     Pointing pointing() const;
-    /// Local apparent sidereal time, hours.
+    /// Local apparent sidereal time by the mount's own clock, hours.
     double siderealTime() const;
+
+    /// Replaces the jump; slews are counted from now on, and the telescope is where it was before any jump.
+    void setDeclinationJump(const DeclinationJump& jump);
+    const DeclinationJump& declinationJump() const { return jump_; }
 
     /// Starts a slew to a reading; both axes run at the slew rate, the polar axis the shorter way round.
     void startSlew(const MountReading& target);
@@ -92,6 +93,9 @@ class Mount {
     MountSettings settings_;
     Motion motion_;
     Axes pointingError_;
+    double roll_ = 0;  // arcsec, of the last slew
+    DeclinationJump jump_;
+    int slewsSinceJumpWasSet_ = 0;
     bool tracking_ = true;
     bool parked_ = false;
 };

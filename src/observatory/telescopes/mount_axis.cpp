@@ -9,7 +9,8 @@ using sky::operator*;
 
 constexpr double kArcminute = kDegree / 60;
 
-/// Rotation about a unit vector, right-handed (Rodrigues).
+}  // namespace
+
 sky::Matrix3 rotation(const Vector3& axis, double angle) {
     const double c = std::cos(angle);
     const double s = std::sin(angle);
@@ -19,7 +20,10 @@ sky::Matrix3 rotation(const Vector3& axis, double angle) {
              {z * x * (1 - c) - y * s, z * y * (1 - c) + x * s, c + z * z * (1 - c)}}};
 }
 
-}  // namespace
+Pointing turned(const Pointing& pointing, const Vector3& axis, double angle) {
+    const sky::Matrix3 turn = rotation(axis, angle);
+    return {turn * pointing.ahead, turn * pointing.up, turn * pointing.east};
+}
 
 sky::Matrix3 mountToSky(const AxisError& error, double latitude) {
     // A right-handed turn about the east lifts what points north; one about the zenith carries north to west.

@@ -37,6 +37,19 @@ struct HorizonPosition {
 };
 HorizonPosition horizonPosition(const sky::Vector3& direction, double latitude);
 
+/// Where the tube truly points, in the local equatorial frame: unit vectors at right angles.
+struct Pointing {
+    sky::Vector3 ahead;
+    sky::Vector3 up;    // towards greater mount declination
+    sky::Vector3 east;  // towards greater right ascension of the mount
+};
+
+/// Rotation about a unit vector, right-handed (Rodrigues); radians.
+sky::Matrix3 rotation(const sky::Vector3& axis, double angle);
+
+/// The whole tube turned so.
+Pointing turned(const Pointing& pointing, const sky::Vector3& axis, double angle);
+
 /// Directions of the zenith and of the horizon's north point in the local equatorial frame.
 sky::Vector3 zenith(double latitude);
 sky::Vector3 northPoint(double latitude);

@@ -518,6 +518,66 @@ erscheinen hier.</translation>
         <translation>Himmel und Montierung</translation>
     </message>
     <message>
+        <source>Air pressure</source>
+        <translation>Luftdruck</translation>
+    </message>
+    <message>
+        <source>Air temperature</source>
+        <translation>Lufttemperatur</translation>
+    </message>
+    <message>
+        <source>Roll noise</source>
+        <translation>Rollstreuung</translation>
+    </message>
+    <message>
+        <source>Flexure</source>
+        <translation>Durchbiegung</translation>
+    </message>
+    <message>
+        <source>Declination jump</source>
+        <translation>Deklinationssprung</translation>
+    </message>
+    <message>
+        <source>at slew</source>
+        <translation>beim Schwenk</translation>
+    </message>
+    <message>
+        <source>from now</source>
+        <translation>von jetzt an</translation>
+    </message>
+    <message>
+        <source>Tube and camera</source>
+        <translation>Tubus und Kamera</translation>
+    </message>
+    <message>
+        <source>Periodic error</source>
+        <translation>Schneckenfehler</translation>
+    </message>
+    <message>
+        <source>Worm period</source>
+        <translation>Schneckenperiode</translation>
+    </message>
+    <message>
+        <source>Clock error</source>
+        <translation>Uhrfehler</translation>
+    </message>
+    <message>
+        <source>s ahead</source>
+        <translation>s voraus</translation>
+    </message>
+    <message>
+        <source>Drive and clock</source>
+        <translation>Antrieb und Uhr</translation>
+    </message>
+    <message>
+        <source>What no mount says of itself: pictures show it, readings don&apos;t. 0 is off.</source>
+        <translation>Was keine Montierung von sich sagt: Bilder zeigen es, Anzeigen nicht. 0 ist aus.</translation>
+    </message>
+    <message>
+        <source>Faults</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
         <source>° north</source>
         <translation>° Nord</translation>
     </message>
@@ -639,6 +699,10 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>Refraction</source>
         <translation>Refraktion</translation>
+    </message>
+    <message>
+        <source>Counted from the last change of the jump; 1 is the next slew</source>
+        <translation>Gezählt von der letzten Änderung des Sprungs an; 1 ist der nächste Schwenk</translation>
     </message>
     <message>
         <source>How many, or below 1 the share of all pixels</source>

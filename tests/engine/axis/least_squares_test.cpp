@@ -99,7 +99,7 @@ Coverage coverageAt(const Place& place, bool roll, bool readings, double airScat
     SimulatedMount mount{.site = {place.latitude, standardAir(300)}, .azimuth = 24, .elevation = 17};
     mount.site.air.uncertainty = airScatter;
     mount.declination = place.declination;
-    const FitSettings settings{.centreFloor = 0, .rollFloor = 0};
+    const FitSettings settings{.centreFloor = 0, .rollFloor = 0, .sagSigma = 0};
     const double toSky = 60 * std::cos(place.latitude * test::kDegree);
     auto exact = mount.plates(arc(place.middle, place.slew, place.plates));
     Coverage coverage;
@@ -134,6 +134,39 @@ Coverage coverageAt(const Place& place, bool roll, bool readings, double airScat
     coverage.meanEast /= sigmaEast;
     coverage.meanUp /= sigmaUp;
     return coverage;
+}
+
+/// A tube that droops by F cos a passes for an axis that is off in altitude by F sin(declination)
+/// cos(latitude), and the uncertainty allows for so much.
+TEST(LeastSquares, AllowsForATubeThatSags) {
+    constexpr double kSag = 20;  // arc-seconds
+    for (const auto& [latitude, declination] :
+         {std::pair{50.0, 30.0}, {50.0, 70.0}, {20.0, -10.0}, {-35.0, 25.0}}) {
+        SCOPED_TRACE(testing::Message() << latitude << ", " << declination);
+        SimulatedMount mount{.site = {latitude, kNoAir}, .azimuth = 2, .elevation = 1};
+        mount.declination = declination;
+        auto plates = mount.plates(arc(0, 30, 5));
+        for (Plate& plate : plates) plate.positionAngle.reset();
+        const auto estimateOf = [&](double sagSigma) {
+            return LeastSquares({.sagSigma = sagSigma}).estimate(plates, mount.site);
+        };
+        const double expected =
+            kSag * std::sin(declination * test::kDegree) * std::cos(latitude * test::kDegree);
+        const double without = estimateOf(0).covariance->upUp;
+        EXPECT_NEAR(std::sqrt(estimateOf(kSag).covariance->upUp - without), std::abs(expected), 0.05 * kSag);
+
+        const double before = estimateOf(0).fromTruePole.elevation;
+        for (Plate& plate : plates) {  // by spherical trigonometry
+            const double h = plate.hourAngle * 15 * test::kDegree;
+            const double d = plate.declination * test::kDegree;
+            const double phi = latitude * test::kDegree;
+            const double north = std::cos(d) * std::sin(phi) - std::sin(d) * std::cos(phi) * std::cos(h);
+            plate.declination -= kSag * north / 3600;
+            plate.hourAngle += kSag * std::cos(phi) * std::sin(h) / std::cos(d) / 3600 / 15;
+        }
+        EXPECT_NEAR(std::abs(estimateOf(0).fromTruePole.elevation - before) * 60, std::abs(expected),
+                    0.05 * kSag);
+    }
 }
 
 TEST(LeastSquares, IsAsGoodAsItSaysEverywhere) {

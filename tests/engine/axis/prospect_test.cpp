@@ -15,7 +15,7 @@ using test::kDegree;
 using test::SimulatedMount;
 
 const Site kAirless{50, kNoAir};
-const FitSettings kNoFloors{.centreFloor = 0, .rollFloor = 0};
+const FitSettings kNoFloors{.centreFloor = 0, .rollFloor = 0, .sagSigma = 0};
 
 /// Around the meridian, where up is along the radius of the arc and east across.
 Plan planned(double slew, int plates, double declination) {

@@ -206,6 +206,26 @@ TEST(Verdict, SaysHowMuchIsSeenAndWhenNothingCanBe) {
     EXPECT_EQ(judge(plates, mount.site).agreement, Agreement::kNoEstimate);
 }
 
+/// A jump at the middle of three plates on an arc s passes for an axis that is off by jump / (1 - cos(s/2)).
+TEST(Verdict, SaysHowFarAJumpMovesTheAxisUnnoticed) {
+    const struct {
+        int plates;
+        double slew;
+        double expected;  // arc-seconds
+    } cases[] = {{3, 15, 5 / (1 - std::cos(15 * test::kDegree))},
+                 {3, 30, 5 / (1 - std::cos(30 * test::kDegree))},
+                 {4, 10, 0},
+                 {5, 15, 0},
+                 {7, 5, 0}};
+    const SimulatedMount mount{.azimuth = 10, .elevation = -20};
+    for (const auto& c : cases) {
+        auto plates = mount.plates(arc(0, c.slew, c.plates));
+        for (Plate& plate : plates) plate.covariance = PlateCovariance::ofSigmas(0.15, 20);
+        const double hidden = judge(plates, mount.site, {.centreFloor = 0.05}).hiddenMove;
+        EXPECT_NEAR(hidden, c.expected, 0.01 * c.expected) << c.plates << " of " << c.slew;
+    }
+}
+
 TEST(Verdict, AnswersWhateverThePlates) {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> any(-1, 1);

@@ -99,6 +99,12 @@ TEST_F(Panel, BoxesShowAndChangeTheSimulator) {
     window.txtRotation.type("17");
     pass(1);
     EXPECT_EQ(window.txtRotation.text(), "17") << "typing isn't disturbed";
+    enter(window.txtAirPressure, "800");
+    EXPECT_EQ(get("AirPressure"), 800);
+    enter(window.txtDeclinationJump, "5");
+    enter(window.txtDeclinationJumpSlew, "2");
+    EXPECT_EQ(get("DeclinationJump"), 5);
+    EXPECT_EQ(get("DeclinationJumpSlew"), 2);
     window.chkMirrored.click();
     EXPECT_TRUE(simulator->get("CameraMirrored").toBool());
 }
@@ -109,7 +115,8 @@ TEST_F(Panel, WhatIsNoValueIsSaidAndTakenBack) {
         const char* text;
         const char* before;
         const char* status;
-    } cases[] = {{window.txtSeeing, "bad", "3", "bad is no number"},
+    } cases[] = {{window.txtWormPeriod, "0", "480", "WormPeriod must be between 1 and 86400 seconds"},
+                 {window.txtSeeing, "bad", "3", "bad is no number"},
                  {window.txtSeeing, "-1", "3", "Seeing must be between 0.1 and 120 arcsec"},
                  {window.txtLatitude, "50 E", "50",
                   "\"50 E\" is no latitude. Write it like 48d 30m 15.0s, south with S or a minus sign"},
@@ -170,6 +177,7 @@ TEST_F(Panel, CentersAStarWhateverTheMountBelieves) {
         simulator->put("PolarElevationError", -error);
         simulator->put("HourAngleOffset", 0.3);
         simulator->put("DeclinationOffset", -2);
+        simulator->put("ClockError", error);
         chooseStar("Enif");
         window.cmdCenterStar.click();
         EXPECT_EQ(status(), "Centering Enif");

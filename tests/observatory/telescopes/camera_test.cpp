@@ -96,6 +96,10 @@ TEST_F(CameraTest, RefractionShiftsWhatIsLow) {
     ASSERT_EQ(lifted.size(), 1U);
     EXPECT_NEAR(plain[0].y - lifted[0].y, 2.63 * 60 / 3.5957, 0.7);
     EXPECT_NEAR(plain[0].x - lifted[0].x, 0, 0.5);
+    camera_.settings().air = {.pressure = 505, .temperature = 10};
+    const auto thin = camera_.starsInView(time_.utc());
+    ASSERT_EQ(thin.size(), 1U);
+    EXPECT_NEAR(plain[0].y - thin[0].y, 2.63 * 60 / 3.5957 / 2, 0.4);
 }
 
 TEST_F(CameraTest, MagnitudesAndExposuresGiveTheirElectrons) {

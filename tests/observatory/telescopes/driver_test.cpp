@@ -114,7 +114,9 @@ TEST_F(DriverTest, RefusesImpossibleSettingsAndKeepsTheFormer) {
         "PolarAzimuthError "
         "PolarElevationError PointingNoise FocalLength PixelSize CameraWidth CameraHeight CameraRotation "
         "Seeing "
-        "SkyLevel LimitingMagnitude HotPixels ExposureTime CameraAxisDeclination RightAscension");
+        "SkyLevel LimitingMagnitude HotPixels ExposureTime AirPressure AirTemperature RollNoise Flexure "
+        "PeriodicError "
+        "WormPeriod ClockError DeclinationJump DeclinationJumpSlew CameraAxisDeclination RightAscension");
     for (std::string member; members >> member;)
         for (const Value& wrong : {Value(nan), Value(1e12), Value(-1e12), Value("here")}) {
             const Value before = driver_.get(member);
