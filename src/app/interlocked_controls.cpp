@@ -22,7 +22,8 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
             &setup.txtAirTemperature,
             // Camera and images
             &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.optBuiltIn, &imaging.chkUseCCDSoftSubFrame,
-            &imaging.cmdCamera, &setup.txtImagePath, &setup.Command1, &setup.chkSaveImages,
+            &imaging.cmdCamera, &parts.devicesForm.txtCameraGain, &parts.devicesForm.txtCameraOffset,
+            &setup.txtImagePath, &setup.Command1, &setup.chkSaveImages,
             // The solver
             &solve.optPinPoint, &solve.optAutoAstrometry, &solve.txtSolveMinSiz, &solve.txtSolveMinBrt,
             &solve.txtSolveMinSig, &solve.txtSolveFilter, &solve.txtSolveScaleH, &solve.txtSolveScaleV,

@@ -1,5 +1,6 @@
 #include "app/parts.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "platform/whole_file.h"
@@ -33,6 +34,7 @@ Parts::Parts(const platform::Machine& surroundings)
       optionsForm(machine.screen, settings),
       devicesForm(machine.screen, settings),
       aboutForm(machine.screen),
+      cameraReadings(devicesForm, machine.camera),
       log(machine.loop.clock(), machine.folders, logForm),
       popups(machine.loop, settings, log, state, popupForm, main.setup.txtMsgDisplayTime),
       logWindow(logForm, main, settings, log),
@@ -60,7 +62,7 @@ Parts::Parts(const platform::Machine& surroundings)
       solverFields(main.plateSolve, settings),
       solverTests(solveServices, main.plateSolve, catalogs),
       solver(pinPoint, imageLink, main.plateSolve, state),
-      scaleCalculator(pixelScaleForm, main.plateSolve, settings),
+      scaleCalculator(pixelScaleForm, main.plateSolve, settings, log, [this] { return greatestBinning(); }),
       Timer1(machine.loop, platform::Milliseconds{1000}),
       polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot),
       history(machine.loop.clock(), machine.folders, settings, log,
@@ -80,7 +82,21 @@ Parts::Parts(const platform::Machine& surroundings)
       correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
     correctionRelay.target = &correction;
     polarPlotForm.cmdPlates.onClick = [this] { platesForm.show(); };
-    Timer1.onTick = [this] { scaleCalculator.recompute(); };
+    Timer1.onTick = [this] {
+        scaleCalculator.recompute();
+        cameraReadings.show();
+    };
+    devicesForm.onCameraChanged = [this] {
+        if (machine.adjustCamera) machine.adjustCamera();
+        cameraReadings.show();
+    };
+}
+
+std::optional<int> Parts::greatestBinning() const {
+    if (!imagingPrograms.usesBuiltIn() || !machine.camera) return std::nullopt;
+    const platform::CameraHardware& camera = machine.camera();
+    if (!camera.connected()) return std::nullopt;
+    return std::min(camera.facts().maxBinX, camera.facts().maxBinY);
 }
 
 }  // namespace vantrel::app

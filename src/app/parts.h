@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/busy_guard.h"
+#include "app/camera_readings.h"
 #include "app/folder_buttons.h"
 #include "app/frm_about.h"
 #include "app/frm_devices.h"
@@ -70,6 +71,7 @@ struct Parts {
     frmOptions optionsForm;
     frmDevices devicesForm;
     frmAbout aboutForm;
+    CameraReadings cameraReadings;
 
     // What tells the operator, and what he sets
     MessageLog log;
@@ -120,6 +122,9 @@ struct Parts {
     correction::CorrectionMarks marks;
     correction::StarPointing pointing;
     correction::CorrectionSequence correction;
+
+    /// Of the camera in use; nothing while it isn't known.
+    std::optional<int> greatestBinning() const;
 
     /// The start got as far as filling the fields; before that there is nothing to store or to disconnect.
     bool fieldsFilled = false;

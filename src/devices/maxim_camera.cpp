@@ -1,5 +1,8 @@
 #include "devices/maxim_camera.h"
 
+#include <algorithm>
+
+#include "engine/camera_binning.h"
 #include "engine/waiting.h"
 #include "platform/text.h"
 
@@ -61,8 +64,10 @@ void MaxImCamera::expose(double seconds) {
     camera()->put("BinX", 1);
     camera()->put("BinY", 1);
     camera()->call("SetFullFrame");
-    camera()->get("MaxBinX");
-    camera()->get("MaxBinY");
+    const Value greatestX = camera()->get("MaxBinX"), greatestY = camera()->get("MaxBinY");
+    if (!program_.hasWindows)
+        engine::limitBinning(tools_.services.settings, tools_.services.log,
+                             std::min(greatestX.toInt(), greatestY.toInt()));
     const int bin = tools_.binning();
     camera()->put("BinX", bin);
     camera()->put("BinY", bin);

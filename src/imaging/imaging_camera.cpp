@@ -71,7 +71,8 @@ void ImagingCamera::start(const ExposureOrder& order, Delivery delivery) {
     delivery_ = std::move(delivery);
     hardware_.onProgress = [this] { look(); };
     hardware_.start(order);
-    constexpr platform::Milliseconds kLook{50};  // at hardware that doesn't tell
+    addMissing(cards_, cardsOf(hardware_.facts()));  // as it was set for the exposure
+    constexpr platform::Milliseconds kLook{50};      // at hardware that doesn't tell
     watch_ = loop_.every(kLook, [this] { look(); });
 }
 

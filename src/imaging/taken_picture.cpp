@@ -55,4 +55,18 @@ Picture pictureOf(platform::TakenPicture taken) {
     return std::visit([](auto&& kind) { return of(std::forward<decltype(kind)>(kind)); }, std::move(taken));
 }
 
+std::vector<fits::FitsCard> cardsOf(const platform::CameraFacts& camera) {
+    std::vector<fits::FitsCard> cards;
+    const auto add = [&](const char* keyword, const std::optional<platform::CameraLevel>& level) {
+        if (!level) return;
+        const auto place = static_cast<std::size_t>(std::max(0.0, level->value));
+        cards.push_back({keyword, level->value, place < level->names.size() ? level->names[place] : ""});
+    };
+    add("GAIN", camera.gain);
+    add("OFFSET", camera.offset);
+    if (camera.temperature) cards.push_back({"CCD-TEMP", *camera.temperature, "degrees Celsius"});
+    if (camera.coolsTo) cards.push_back({"SET-TEMP", *camera.coolsTo, "degrees Celsius"});
+    return cards;
+}
+
 }  // namespace vantrel::imaging

@@ -9,4 +9,8 @@ namespace vantrel::imaging {
 /// Reads the file that it came as, if it came as one. Throws FitsError when that isn't a sound image.
 Picture pictureOf(platform::TakenPicture taken);
 
+/// What a header has of the state that the camera is in: gain, offset, temperatures. What isn't known has no
+/// card.
+std::vector<fits::FitsCard> cardsOf(const platform::CameraFacts& camera);
+
 }  // namespace vantrel::imaging

@@ -1,5 +1,9 @@
 #include "platesolve/frm_pixel_scale.h"
 
+#include <string>
+#include <utility>
+#include <vector>
+
 namespace vantrel::platesolve {
 
 frmPixelScale::frmPixelScale(platform::Screen& screen)
@@ -17,8 +21,14 @@ frmPixelScale::frmPixelScale(platform::Screen& screen)
       mnuExit(*this, "mnuExit", "Exit") {
     for (const char* unit : {"in", "mm"}) cmbUnits.addItem(unit);
     cmbUnits.setText("mm");
-    for (const char* binning : {"1", "2", "3", "4"}) cmbCamBin.addItem(binning);
+    offerBinnings(kUsualBinnings);
     cmbCamBin.setText("3");
+}
+
+void frmPixelScale::offerBinnings(int greatest) {
+    std::vector<platform::ComboBox::Item> binnings;
+    for (int binning = 1; binning <= greatest; ++binning) binnings.push_back({std::to_string(binning)});
+    cmbCamBin.setItems(std::move(binnings));
 }
 
 }  // namespace vantrel::platesolve

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <string>
 
+#include "engine/camera_binning.h"
 #include "platform/key_filters.h"
 #include "platform/text.h"
 
@@ -21,8 +22,9 @@ double rounded(double value) { return std::nearbyint(value * 1000) / 1000; }
 }  // namespace
 
 ScaleCalculator::ScaleCalculator(frmPixelScale& window, PlateSolvePanel& panel,
-                                 engine::SettingsPort& settings)
-    : window_(window), settings_(settings) {
+                                 engine::SettingsPort& settings, engine::LogPort& log,
+                                 GreatestBinning greatestBinning)
+    : window_(window), settings_(settings), log_(log), greatestBinning_(std::move(greatestBinning)) {
     panel.cmdGetImageScalePP.onClick = [this] { cmdGetImageScale_Click(); };
     panel.cmdGetImageScaleTheSky.onClick = [this] { cmdGetImageScale_Click(); };
     window_.onLoad = [this] { Form_Load(); };
@@ -62,12 +64,24 @@ void ScaleCalculator::Form_Load() {
     window_.cmbUnits.setText(stored("FocalLengthUnits", "mm"));
     window_.txtPixelSizeX.setText(stored("CameraPixelXSize", ""));
     window_.txtPixelSizeY.setText(stored("CameraPixelYSize", ""));
+    offerBinnings();
     window_.cmbCamBin.setText(stored("CamBin", "3"));
     window_.txtUnbinnedCCDScaleHoriz.setText(stored("UnbinnedCCDScaleH", "1.0"));
     window_.txtUnbinnedCCDScaleVert.setText(stored("UnbinnedCCDScaleV", "1.0"));
     window_.txtPlateScaleHoriz.setText(stored("ScaleH", "3.0"));
     window_.txtPlateScaleVert.setText(stored("ScaleV", "3.0"));
     shown_.reset();
+}
+
+/// What the camera takes, once it is known.
+void ScaleCalculator::offerBinnings() {
+    const auto greatest = greatestBinning_();
+    if (greatest == greatestShown_) return;
+    greatestShown_ = greatest;
+    window_.offerBinnings(greatest.value_or(frmPixelScale::kUsualBinnings));
+    if (!greatest) return;
+    engine::limitBinning(settings_, log_, *greatest);
+    window_.cmbCamBin.setText(settings_.GetSetting("Solve", "CamBin", "3"));
 }
 
 void ScaleCalculator::cmdCalculate_Click() {
@@ -82,6 +96,7 @@ void ScaleCalculator::cmdCalculate_Click() {
 
 void ScaleCalculator::recompute() {
     if (!window_.shown()) return;
+    offerBinnings();
     const auto scale = scaleOfInputs();
     if (scale && scale != shown_) show(*scale);
 }

@@ -2,9 +2,9 @@
 // at a server in the network.
 //
 // One exposure at a time. start() begins it; from then on progress() tells how it goes until it is kReady or
-// kFailed, and take() hands the picture out or says what went wrong. connect, disconnect, start and abort may
-// wait for the device; progress and the facts never do. What goes wrong is a std::runtime_error with a
-// sentence for the operator.
+// kFailed, and take() hands the picture out or says what went wrong. connect, disconnect, start, abort and
+// what sets something may wait for the device; progress and the facts never do. What goes wrong is a
+// std::runtime_error with a sentence for the operator.
 #pragma once
 
 #include <cstddef>
@@ -20,18 +20,37 @@
 
 namespace vantrel::platform {
 
+/// From the least to the greatest, both included.
+struct CameraRange {
+    double least = 0, greatest = 0;
+    bool operator==(const CameraRange&) const = default;
+};
+
+/// Gain or offset as a camera has it.
+struct CameraLevel {
+    double value = 0;                       // as set now
+    std::optional<CameraRange> range = {};  // nothing: it doesn't say
+    std::vector<std::string> names = {};    // of the values from 0, where it has steps with names
+    bool canSet = true;
+    bool operator==(const CameraLevel&) const = default;
+};
+
 /// What a camera says of itself once it is connected. What it doesn't know is left out.
 struct CameraFacts {
-    std::size_t width = 0, height = 0;             // unbinned pixels
-    std::optional<double> pixelSizeX, pixelSizeY;  // micrometres, unbinned
-    std::optional<double> focalLength;             // millimetres, of the telescope that it looks through
+    std::size_t width = 0, height = 0;                       // unbinned pixels
+    std::optional<double> pixelSizeX = {}, pixelSizeY = {};  // micrometres, unbinned
+    std::optional<double> focalLength = {};  // millimetres, of the telescope that it looks through
     int maxBinX = 1, maxBinY = 1;
-    bool binsAlike = true;                     // binX and binY have to be the same
-    std::vector<std::string> filters;          // in the order of their numbers, from 0; empty: no wheel
-    double shortest = 0, longest = 24 * 3600;  // seconds of exposure
-    std::optional<double> temperature;         // degrees Celsius, of the sensor, as read last
-    bool canCool = false;                      // to a temperature
-    std::optional<double> gain, offset;        // as set now
+    bool binsAlike = true;                         // binX and binY have to be the same
+    std::vector<std::string> filters = {};         // in the order of their numbers, from 0; empty: no wheel
+    double shortest = 0, longest = 24 * 3600;      // seconds of exposure
+    std::optional<double> temperature = {};        // degrees Celsius, of the sensor, as read last
+    bool canCool = false;                          // to a temperature
+    std::optional<CameraRange> coolingRange = {};  // degrees Celsius; nothing: it doesn't say
+    std::optional<double> coolsTo = {};            // degrees Celsius, as it was told last
+    std::optional<bool> cooling = {};              // whether its cooler is on; nothing: it has no switch
+    std::optional<double> coolerPower = {};        // percent, as read last
+    std::optional<CameraLevel> gain = {}, offset = {};  // nothing: it has none
 };
 
 /// What is asked for.
@@ -46,8 +65,7 @@ struct CameraOrder {
     int binX = 1, binY = 1;
     std::optional<Part> part = {};   // nothing: the whole sensor
     std::optional<int> filter = {};  // nothing: as it is
-    std::optional<double> gain = {}, offset = {};
-    bool subtractDark = false;  // take a dark frame as well, and take it off; not every camera can
+    bool subtractDark = false;       // take a dark frame as well, and take it off; not every camera can
 };
 
 /// A picture as the device gave it: a FITS file's bytes, or pixels with the cards that belong to them.
@@ -89,7 +107,15 @@ class CameraHardware {
     /// Called by hardware that knows the moment at which an exposure is over; others are looked at.
     std::function<void()> onProgress;
 
-    /// Keeps the sensor at so many degrees Celsius; nothing: lets it warm up again. May wait.
+    /// Sets the gain or the offset.
+    enum class Level { kGain, kOffset };
+    virtual void set(Level level, double /*value*/) {
+        throw std::runtime_error(name() + " has no " + levelName(level) + " that can be set");
+    }
+    static std::string levelName(Level level) { return level == Level::kGain ? "gain" : "offset"; }
+
+    /// Keeps the sensor at so many degrees Celsius, or as cold as it gets where the cooler can only be
+    /// switched; nothing: lets it warm up again.
     virtual void cool(std::optional<double> /*celsius*/) {
         throw std::runtime_error(name() + " can't be cooled.");
     }

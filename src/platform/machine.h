@@ -16,6 +16,8 @@
 
 namespace vantrel::platform {
 
+class CameraHardware;
+
 struct Machine {
     EventLoop& loop;
     AutomationHost& automation;
@@ -34,6 +36,10 @@ struct Machine {
     std::function<void()> chooseCamera = {};
     /// Tells the operator of real mounts that could be used, while a simulated one is. May be left out.
     std::function<void()> offerMounts = {};
+    /// The camera of the built-in camera program. May be left out.
+    std::function<const CameraHardware&()> camera = {};
+    /// The camera's settings have changed, and it is told so; may wait. May be left out.
+    std::function<void()> adjustCamera = {};
 };
 
 }  // namespace vantrel::platform

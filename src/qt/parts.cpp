@@ -193,10 +193,14 @@ FieldGrid::FieldGrid() {
 }
 
 void FieldGrid::addField(const QString& label, QWidget* field, const QString& unit) {
+    addField(label, field, new QLabel(unit));
+}
+
+void FieldGrid::addField(const QString& label, QWidget* field, QWidget* beside) {
     const int row = rowCount();
     addWidget(labelOf(*field, label), row, kLabel);
     addWidget(field, row, kField);
-    addWidget(new QLabel(unit), row, kUnit);
+    addWidget(beside, row, kUnit);
 }
 
 void FieldGrid::addRow(QWidget* widget) { addWidget(widget, rowCount(), kLabel, 1, kColumns); }

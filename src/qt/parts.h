@@ -121,6 +121,7 @@ class FieldGrid : public QGridLayout {
   public:
     FieldGrid();
     void addField(const QString& label, QWidget* field, const QString& unit = {});
+    void addField(const QString& label, QWidget* field, QWidget* beside);
     /// Spans the row.
     void addRow(QWidget* widget);
     void addRow(QLayout* row);

@@ -297,9 +297,18 @@ DevicesWindow::DevicesWindow(platform::Form& form, const Front& front) : FormWin
     auto* const alpaca = new FieldGrid;
     alpaca->addField(Text::tr("Servers"), field("txtAlpacaServers", kAddress));
     alpaca->addField(Text::tr("Port of the search"), field("txtAlpacaPort", 8));
+    constexpr int kNumber = 8;
+    auto* const camera = new FieldGrid;
+    camera->addField(Text::tr("Gain"), field("txtCameraGain", kNumber), named<QLabel>("lblCameraGain"));
+    camera->addField(Text::tr("Offset"), field("txtCameraOffset", kNumber), named<QLabel>("lblCameraOffset"));
+    LineField* const celsius = field("txtCameraTemperature", kNumber);
+    celsius->setAccessibleName(Text::tr("Temperature of the camera, degrees Celsius"));
+    camera->addRow(row({named<QCheckBox>("chkCameraCooling"), celsius, new QLabel("°C")}, true));
+    camera->addRow(named<QLabel>("lblCameraCooling"));
     auto* const column = new QVBoxLayout(&scrolledPage());
     column->addWidget(group("INDI", indi));
     column->addWidget(group("Alpaca", alpaca));
+    column->addWidget(group(Text::tr("Camera"), camera));
     column->addWidget(named<QCheckBox>("chkAbortSlewOnStop"));
     column->addStretch();
     QPushButton* const ok = button("cmdOK");

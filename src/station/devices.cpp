@@ -196,16 +196,34 @@ void Devices::chooseCamera() {
 
 /// A camera that can't be had leaves the simulated one, and says so.
 void Devices::useCamera(const std::string& id) {
-    std::shared_ptr<platform::CameraHardware> camera;
+    if (camera_ && id == cameraId_) return;
+    std::shared_ptr<hosts::AdjustedCamera> camera;
     try {
-        if (id.starts_with("Indi:")) camera = indi_.camera(id);
-        if (id.starts_with("Alpaca:") && alpaca_) camera = alpaca_->camera(id);
+        if (const auto real = realCamera(id))
+            camera = std::make_shared<hosts::AdjustedCamera>(
+                real, [this] { return cameraWishes(); }, surroundings_.tell);
     } catch (const std::exception& error) {
         surroundings_.tell(error.what());
     }
-    surroundings_.observatory.imaging().useCamera(std::move(camera), [this] {
+    surroundings_.observatory.imaging().useCamera(camera, [this] {
         return picturesCards(surroundings_.pictureFacts(), surroundings_.loop.clock().utc());
     });
+    camera_ = std::move(camera);
+    cameraId_ = id;
+}
+
+/// Nothing for the simulated one.
+std::shared_ptr<platform::CameraHardware> Devices::realCamera(const std::string& id) {
+    if (id.starts_with("Indi:")) return indi_.camera(id);
+    if (id.starts_with("Alpaca:") && alpaca_) return alpaca_->camera(id);
+    return nullptr;
+}
+
+hosts::CameraWishes Devices::cameraWishes() const {
+    return {.gain = setting("CameraGain"),
+            .offset = setting("CameraOffset"),
+            .cool = platform::leadingNumber(setting("CameraCooling", "0")) != 0,
+            .celsius = setting("CameraTemperature", "-10")};
 }
 
 }  // namespace vantrel::station

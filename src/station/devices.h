@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "hosts/adjusted_camera.h"
 #include "hosts/alpaca/host.h"
 #include "hosts/indi/host.h"
 #include "hosts/network_client.h"
@@ -57,6 +58,11 @@ class Devices {
     /// Lets the operator choose the camera of the built-in camera program; stores the choice.
     void chooseCamera();
 
+    /// The settings of the camera have changed. May wait.
+    void adjustCamera() {
+        if (camera_) camera_->adjust();
+    }
+
     /// What an INDI mount's set-up shows; until it is given, nothing.
     void setSetUp(std::function<void()> setUp) { setUp_ = std::move(setUp); }
 
@@ -75,6 +81,8 @@ class Devices {
     std::vector<Found> findAlpaca(bool cameras);
     void askAlpacaServers();
     void useCamera(const std::string& id);
+    std::shared_ptr<platform::CameraHardware> realCamera(const std::string& id);
+    hosts::CameraWishes cameraWishes() const;
     hosts::indi::MountOptions mountOptions() const;
     std::optional<hosts::indi::Site> siteForMount() const;
 
@@ -87,6 +95,8 @@ class Devices {
     hosts::BackgroundThreads background_;
     hosts::alpaca::Client alpacaClient_;
     std::optional<hosts::alpaca::Host> alpaca_;  // once the settings could be read
+    std::string cameraId_;
+    std::shared_ptr<hosts::AdjustedCamera> camera_;  // nothing: the simulated one is used
 };
 
 }  // namespace vantrel::station

@@ -88,7 +88,9 @@ platform::Machine Station::machine(platform::AutomationHost& automation, platfor
             [this](const std::string& folder) { observatory_.provideTestImage(folder); },
             &outsideCalls_,
             [this] { devices_.chooseCamera(); },
-            [this] { devices_.offerMounts(); }};
+            [this] { devices_.offerMounts(); },
+            [this]() -> const platform::CameraHardware& { return observatory_.imaging().chosenCamera(); },
+            [this] { devices_.adjustCamera(); }};
 }
 
 }  // namespace vantrel::station

@@ -566,6 +566,18 @@ TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
     }
 }
 
+TEST(Imaging, ExposesWithTheGreatestBinningThatTheCameraTakes) {
+    Script script = nightWith("BuiltIn");
+    script.setting("Solve", "CamBin", "8");
+    script.click("frmMain.cmdExpose").waitIdle();
+    script.send({{"id", "width"}, {"do", "automation"}, {"object", "Vantrel.Document"}, {"get", "XSize"}});
+    const auto result = script.run();
+    EXPECT_EQ(result.reply("width")["value"], 96 / 4);
+    EXPECT_THAT(result.log,
+                Contains("Camera binning 8 is more than the camera takes: it is 4 from now on, and "
+                         "the image scale has to be that of it"));
+}
+
 // ---- what is shown
 
 TEST(ShownImage, IsSavedWithItsMarks) {

@@ -19,9 +19,11 @@ TEST(Translation, KnowsEveryCaptionOfOurOwnForms) {
     const InGerman german;
     Forms forms;
     for (const platform::Form* form :
-         {static_cast<platform::Form*>(&forms.about), static_cast<platform::Form*>(&forms.simulator)})
+         {static_cast<platform::Form*>(&forms.about), static_cast<platform::Form*>(&forms.simulator),
+          static_cast<platform::Form*>(&forms.devices)})
         for (const platform::Control* control : form->controls()) {
-            if (control->name() == "lblVersion" || control->name() == "cmdHalt") continue;
+            if (control->name() == "lblVersion" || control->name() == "cmdHalt" || control->name() == "cmdOK")
+                continue;
             std::string caption;
             if (const auto* label = dynamic_cast<const platform::Label*>(control)) caption = label->caption();
             if (const auto* button = dynamic_cast<const platform::Button*>(control))
@@ -77,6 +79,8 @@ TEST(Translation, TakesNamesAndFiguresAlong) {
         {"frmSimulator", "1.00\" a pixel, 1.39° by 1.04°", "1.00\" je Pixel, 1.39° mal 1.04°"},
         {"frmSimulator", "15' a press", "15' je Druck"},
         {"dialog", "Telescope Chooser", "Teleskop wählen"},
+        {"frmDevices", "120, takes 0 to 480", "120, möglich 0 bis 480"},
+        {"frmDevices", "-9.5 °C, cooler at 40 %", "-9.5 °C, Kühlung bei 40 %"},
         // the program's words
         {"frmMain", "Slewing", "Slewing"},
         {"frmMain", "Expose & Solve", "Expose & Solve"},

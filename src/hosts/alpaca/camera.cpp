@@ -20,7 +20,7 @@ using platform::PlainPixels;
 constexpr double kLongestSide = 100'000;  // pixels: beyond any sensor
 constexpr int kMostBinning = 64;
 constexpr Milliseconds kTimeToBegin{15'000};
-constexpr Milliseconds kBetweenTemperatures{10'000};
+constexpr Milliseconds kBetweenMeasurements{10'000};
 
 bool isLight(CameraOrder::Frame frame) {
     return frame == CameraOrder::Frame::kLight || frame == CameraOrder::Frame::kFlat;
@@ -75,14 +75,15 @@ void Camera::connect() {
         throw;
     }
     thermometer_.reset();
-    if (facts_.temperature)
-        thermometer_ = services_.loop.every(kBetweenTemperatures, [this] { measureTemperature(); });
+    thermometer_ = services_.loop.every(kBetweenMeasurements, [this] {
+        if (measuring_ == nullptr && connected()) measure(0);
+    });
 }
 
 void Camera::disconnect() {
     exposure_.reset();
     thermometer_.reset();
-    temperature_.reset();
+    measuring_.reset();
     if (const auto wheel = std::move(wheel_)) wheel->disconnect();
     link_.disconnect();
 }
@@ -96,16 +97,39 @@ void Camera::readFacts() {
     readBinning();
     facts_.shortest = std::max(0.0, number("exposuremin").value_or(facts_.shortest));
     facts_.longest = std::max(facts_.shortest, number("exposuremax").value_or(facts_.longest));
-    facts_.temperature = number("ccdtemperature");
-    facts_.gain = number("gain");
-    facts_.offset = number("offset");
-    facts_.canCool = flag("cansetccdtemperature");
+    readCooling();
+    facts_.gain = readLevel(Level::kGain);
+    facts_.offset = readLevel(Level::kOffset);
     canAbort_ = flag("canabortexposure");
     canStop_ = flag("canstopexposure");
     bayerPattern_ = bayerPattern();
 }
 
+/// Numbers between two limits, or places in a list of names.
+std::optional<platform::CameraLevel> Camera::readLevel(Level level) {
+    const std::string member = levelName(level);
+    const auto value = number(member);
+    if (!value) return std::nullopt;
+    platform::CameraLevel known{.value = *value};
+    if (const auto names = this->member(member + "s"); names && names->is_array())
+        for (const Json& name : *names)
+            known.names.push_back(name.is_string() ? name.get<std::string>() : "");
+    if (!known.names.empty()) return known;
+    const auto least = number(member + "min"), greatest = number(member + "max");
+    if (least && greatest && *greatest > *least) known.range = platform::CameraRange{*least, *greatest};
+    return known;
+}
+
+void Camera::readCooling() {
+    facts_.temperature = number("ccdtemperature");
+    facts_.canCool = flag("cansetccdtemperature");
+    if (const auto on = member("cooleron")) facts_.cooling = flagIn(*on);
+    if (facts_.canCool && facts_.cooling.value_or(false)) facts_.coolsTo = number("setccdtemperature");
+    if (flag("cangetcoolerpower")) facts_.coolerPower = number("coolerpower");
+}
+
 void Camera::readBinning() {
+    binning_.forget();
     const auto most = [this](const char* name) {
         return static_cast<int>(std::clamp(number(name).value_or(1), 1.0, double{kMostBinning}));
     };
@@ -176,7 +200,7 @@ void Camera::start(const CameraOrder& order) {
     if (exposure_ != nullptr) abort();
     order_ = order;
     if (order_.frame == CameraOrder::Frame::kBias) order_.seconds = facts_.shortest;
-    setUp(order_);
+    setUp();
     try {
         begin(order_);
     } catch (const DeviceError& error) {
@@ -210,27 +234,28 @@ void Camera::requireSensible(const CameraOrder& order) const {
     if (!isOn(part.left, part.width, order.binX, facts_.width) ||
         !isOn(part.top, part.height, order.binY, facts_.height))
         refuse("read a part that isn't on its sensor");
-    if (order.gain && !facts_.gain) refuse("set its gain");
-    if (order.offset && !facts_.offset) refuse("set its offset");
     if (order.filter && facts_.filters.empty()) refuse("change filters");
 }
 
-void Camera::setUp(const CameraOrder& order) {
-    const auto put = [this](const char* member, const char* parameter, int value) {
-        link_.put(member, {{parameter, formText(value)}});
-    };
-    put("binx", "BinX", order.binX);
-    put("biny", "BinY", order.binY);
-    const CameraOrder::Part part = partOf(order, facts_);
+/// Binning, frame and filter of the order.
+void Camera::setUp() {
+    order_ = binning_.ask<DeviceError>(
+        order_, [this](const CameraOrder& binned) { setBinning(binned); }, name(), services_.tell);
+    const CameraOrder::Part part = partOf(order_, facts_);
     put("startx", "StartX", part.left);
     put("starty", "StartY", part.top);
     put("numx", "NumX", part.width);
     put("numy", "NumY", part.height);
-    if (order.gain) put("gain", "Gain", platform::toInt32(*order.gain));
-    if (order.offset) put("offset", "Offset", platform::toInt32(*order.offset));
-    if (order.gain) facts_.gain = order.gain;
-    if (order.offset) facts_.offset = order.offset;
-    if (order.filter) wheel_->turnTo(*order.filter);
+    if (order_.filter) wheel_->turnTo(*order_.filter);
+}
+
+void Camera::setBinning(const CameraOrder& order) {
+    put("binx", "BinX", order.binX);
+    put("biny", "BinY", order.binY);
+}
+
+void Camera::put(const char* member, const char* parameter, int value) {
+    link_.put(member, {{parameter, formText(value)}});
 }
 
 void Camera::begin(const CameraOrder& order) {
@@ -275,9 +300,6 @@ PlainPixels Camera::picture(const Exposure& exposure) const {
     const auto add = [&](const char* keyword, decltype(platform::PictureCard::value) value) {
         picture.cards.push_back({keyword, std::move(value)});
     };
-    const auto addKnown = [&](const char* keyword, const std::optional<double>& value) {
-        if (value) add(keyword, *value);
-    };
     add("DATE-OBS", fitsTime(exposure.start()));
     add("EXPTIME", exposure.seconds());
     add("IMAGETYP", imageType(order_.frame));
@@ -287,9 +309,6 @@ PlainPixels Camera::picture(const Exposure& exposure) const {
     add("YBINNING", double(order_.binY));
     add("XORGSUBF", double(part.left));
     add("YORGSUBF", double(part.top));
-    addKnown("CCD-TEMP", facts_.temperature);
-    addKnown("GAIN", facts_.gain);
-    addKnown("OFFSET", facts_.offset);
     if (order_.filter) add("FILTER", facts_.filters[static_cast<std::size_t>(*order_.filter)]);
     if (!bayerPattern_.empty() && order_.binX == 1 && order_.binY == 1) add("BAYERPAT", bayerPattern_);
     add("INSTRUME", name());
@@ -297,20 +316,57 @@ PlainPixels Camera::picture(const Exposure& exposure) const {
     return picture;
 }
 
-// ---- temperature
+// ---- gain, offset and temperature
 
-void Camera::cool(std::optional<double> celsius) {
-    if (!facts_.canCool) throw std::runtime_error(name() + " can't be cooled.");
-    if (celsius) link_.put("setccdtemperature", {{"SetCCDTemperature", formText(*celsius)}});
-    link_.put("cooleron", {{"CoolerOn", formText(celsius.has_value())}});
+void Camera::set(Level level, double value) {
+    auto& known = level == Level::kGain ? facts_.gain : facts_.offset;
+    if (!known) return CameraHardware::set(level, value);
+    const int wanted = platform::toInt32(value);
+    level == Level::kGain ? put("gain", "Gain", wanted) : put("offset", "Offset", wanted);
+    if (known) known->value = wanted;
 }
 
-void Camera::measureTemperature() {
-    if (temperature_ != nullptr || !connected()) return;
-    temperature_ = link_.ask("ccdtemperature", [this](const Result<Json>& result) {
-        const auto held = std::move(temperature_);
-        if (const Json* const value = std::get_if<Json>(&result)) facts_.temperature = numberIn(*value);
-    });
+void Camera::cool(std::optional<double> celsius) {
+    if (!facts_.canCool && !facts_.cooling) throw std::runtime_error(name() + " can't be cooled.");
+    if (celsius && facts_.canCool)
+        link_.put("setccdtemperature", {{"SetCCDTemperature", formText(*celsius)}});
+    link_.put("cooleron", {{"CoolerOn", formText(celsius.has_value())}});
+    if (facts_.cooling) facts_.cooling = celsius.has_value();
+    facts_.coolsTo = facts_.canCool ? celsius : std::nullopt;
+}
+
+/// One reading after the other of those that it has.
+void Camera::measure(std::size_t reading) {
+    const auto note = [](auto& known, const auto& heard) {
+        if (known && heard) *known = *heard;
+    };
+    const auto levelReading = [&](std::optional<platform::CameraLevel>& level) {
+        return [&level](const Json& value) {
+            if (const auto heard = numberIn(value); level && heard) level->value = *heard;
+        };
+    };
+    struct Reading {
+        const char* member;
+        bool known;
+        std::function<void(const Json&)> note;
+    };
+    const Reading readings[] = {
+        {"ccdtemperature", facts_.temperature.has_value(),
+         [this, note](const Json& value) { note(facts_.temperature, numberIn(value)); }},
+        {"cooleron", facts_.cooling.has_value(),
+         [this, note](const Json& value) { note(facts_.cooling, flagIn(value)); }},
+        {"coolerpower", facts_.coolerPower.has_value(),
+         [this, note](const Json& value) { note(facts_.coolerPower, numberIn(value)); }},
+        {"gain", facts_.gain.has_value(), levelReading(facts_.gain)},
+        {"offset", facts_.offset.has_value(), levelReading(facts_.offset)}};
+    while (reading < std::size(readings) && !readings[reading].known) ++reading;
+    if (reading == std::size(readings)) return;
+    measuring_ = link_.ask(readings[reading].member,
+                           [this, reading, hear = readings[reading].note](const Result<Json>& result) {
+                               const auto held = std::move(measuring_);
+                               if (const Json* const value = std::get_if<Json>(&result)) hear(*value);
+                               if (connected()) measure(reading + 1);
+                           });
 }
 
 }  // namespace vantrel::hosts::alpaca

@@ -9,6 +9,7 @@
 #include "hosts/alpaca/device_link.h"
 #include "hosts/alpaca/exposure.h"
 #include "hosts/alpaca/filter_wheel.h"
+#include "hosts/granted_binning.h"
 #include "platform/camera_hardware.h"
 
 namespace vantrel::hosts::alpaca {
@@ -33,11 +34,14 @@ class Camera : public platform::CameraHardware {
     Progress progress() const override;
     platform::TakenPicture take() override;
 
+    void set(Level level, double value) override;
     void cool(std::optional<double> celsius) override;
 
   private:
     void readFacts();
     void readBinning();
+    std::optional<platform::CameraLevel> readLevel(Level level);
+    void readCooling();
     void connectWheel();
     std::string bayerPattern();
     std::optional<Json> member(const std::string& name);
@@ -46,10 +50,12 @@ class Camera : public platform::CameraHardware {
     std::size_t sensorLength(const std::string& name);
 
     void requireSensible(const platform::CameraOrder& order) const;
-    void setUp(const platform::CameraOrder& order);
+    void setUp();
+    void setBinning(const platform::CameraOrder& order);
+    void put(const char* member, const char* parameter, int value);
     void begin(const platform::CameraOrder& order);
     void stop();
-    void measureTemperature();
+    void measure(std::size_t reading);
     platform::PlainPixels picture(const Exposure& exposure) const;
 
     const Services& services_;
@@ -64,9 +70,10 @@ class Camera : public platform::CameraHardware {
     std::string bayerPattern_;  // of a colour camera: "RGGB"
 
     platform::CameraOrder order_;
+    GrantedBinning binning_;
     std::unique_ptr<Exposure> exposure_;
 
-    HttpExchange temperature_;
+    HttpExchange measuring_;
     platform::TimerHandle thermometer_;
 };
 

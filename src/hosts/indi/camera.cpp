@@ -23,6 +23,8 @@ constexpr const char* kPicture = "CCD1";
 constexpr const char* kTemperature = "CCD_TEMPERATURE";
 constexpr const char* kCelsius = "CCD_TEMPERATURE_VALUE";
 constexpr const char* kCooler = "CCD_COOLER";
+constexpr const char* kCoolerOn = "COOLER_ON";
+constexpr const char* kCoolerPower = "CCD_COOLER_POWER";
 constexpr const char* kFilter = "FILTER_SLOT";
 constexpr const char* kFilterNumber = "FILTER_SLOT_VALUE";
 constexpr double kLargestSensor = 100'000;  // pixels along a side
@@ -47,6 +49,11 @@ std::size_t mostBytes(const CameraFacts& facts) {
 std::optional<double> positive(const Property* property, const char* element) {
     const auto value = property == nullptr ? std::nullopt : property->number(element);
     return value && *value > 0 ? value : std::nullopt;
+}
+
+std::optional<platform::CameraRange> rangeOf(const PropertyElement& element) {
+    if (!(element.maximum > element.minimum)) return std::nullopt;
+    return platform::CameraRange{element.minimum, element.maximum};
 }
 
 const char* frameElement(CameraOrder::Frame frame) {
@@ -114,6 +121,8 @@ void Camera::setUp() {
     if (connection != nullptr && !connection->on("CONNECT"))
         device_.client().setSwitch(wheel, "CONNECTION", "CONNECT");
     askForPictures();
+    coolsTo_.reset();
+    binning_.forget();
     readFacts();
 }
 
@@ -152,13 +161,24 @@ void Camera::readFacts() {
             facts_.shortest = std::max(seconds->minimum, 0.0);
             facts_.longest = seconds->maximum;
         }
-    if (const Property* temperature = device_.find(kTemperature)) {
+    readCooling();
+    facts_.gain = readLevel(Level::kGain);
+    facts_.offset = readLevel(Level::kOffset);
+    facts_.filters = filterNames();
+}
+
+void Camera::readCooling() {
+    const Property* temperature = device_.find(kTemperature);
+    const PropertyElement* celsius = temperature == nullptr ? nullptr : temperature->element(kCelsius);
+    if (celsius != nullptr) {
         facts_.temperature = temperature->number(kCelsius);
         facts_.canCool = temperature->writable;
+        facts_.coolingRange = rangeOf(*celsius);
     }
-    facts_.gain = level("GAIN", "Gain").value;
-    facts_.offset = level("OFFSET", "Offset").value;
-    facts_.filters = filterNames();
+    facts_.coolsTo = coolsTo_;
+    if (const Property* cooler = device_.find(kCooler)) facts_.cooling = cooler->on(kCoolerOn);
+    if (const Property* power = device_.find(kCoolerPower); power != nullptr && !power->elements.empty())
+        facts_.coolerPower = power->number(power->elements.front().name);
 }
 
 std::optional<double> Camera::focalLength() const {
@@ -194,12 +214,22 @@ std::vector<std::string> Camera::filterNames() const {
 }
 
 /// Drivers have a property of its own for it, or one for all that can be set.
-Camera::Level Camera::level(const char* kind, const char* among) const {
+Camera::Place Camera::placeOf(Level level) const {
+    const bool isGain = level == Level::kGain;
     for (const auto& [property, element] :
-         {std::pair{"CCD_" + std::string(kind), kind}, std::pair{std::string("CCD_CONTROLS"), among}})
+         {isGain ? std::pair{"CCD_GAIN", "GAIN"} : std::pair{"CCD_OFFSET", "OFFSET"},
+          std::pair{"CCD_CONTROLS", isGain ? "Gain" : "Offset"}})
         if (const Property* found = device_.find(property); found != nullptr && found->number(element))
-            return {property, element, found->number(element)};
+            return {found, element};
     return {};
+}
+
+std::optional<platform::CameraLevel> Camera::readLevel(Level level) const {
+    const Place place = placeOf(level);
+    if (place.property == nullptr) return std::nullopt;
+    const PropertyElement& element = *place.property->element(place.element);
+    return platform::CameraLevel{
+        .value = element.number, .range = rangeOf(element), .canSet = place.property->writable};
 }
 
 // ---- exposures
@@ -244,14 +274,17 @@ void Camera::preparePictures() {
 
 void Camera::apply(const CameraOrder& order) {
     if (order.filter) setFilter(*order.filter);
+    const CameraOrder taken = binning_.ask<Refusal>(
+        order, [this](const CameraOrder& binned) { setBinning(binned); }, name(), surroundings_.tell);
+    setFrame(taken);
+    setFrameType(order.frame);
+}
+
+void Camera::setBinning(const CameraOrder& order) {
     const bool bins = order.binX > 1 || order.binY > 1;
     if (bins || device_.has(kBinning))
         ensure(kBinning, {{"HOR_BIN", order.binX}, {"VER_BIN", order.binY}},
                "binning " + std::to_string(order.binX) + " x " + std::to_string(order.binY));
-    setFrame(order);
-    setLevel(level("GAIN", "Gain"), order.gain, "a gain");
-    setLevel(level("OFFSET", "Offset"), order.offset, "an offset");
-    setFrameType(order.frame);
 }
 
 void Camera::setFrame(const CameraOrder& order) {
@@ -275,11 +308,6 @@ void Camera::setFrameType(CameraOrder::Frame frame) {
     if (type == nullptr) throw std::runtime_error(name() + " takes light frames only");
     if (!type->on(element))
         device_.await(device_.setSwitch("CCD_FRAME_TYPE", element, "the kind of frame"), kAnswer);
-}
-
-void Camera::setLevel(const Level& level, std::optional<double> wanted, const std::string& what) {
-    if (!wanted) return;
-    ensure(level.property, {{level.element, *wanted}}, what + " of " + platform::toText(*wanted));
 }
 
 void Camera::setFilter(int number) {
@@ -327,24 +355,40 @@ void Camera::abort() {
     device_.await(device_.setSwitch(kAbort, "ABORT", "giving the exposure up"), kAnswer);
 }
 
+/// All elements are sent, as some drivers want it; but for the one, as they are.
+void Camera::set(Level level, double value) {
+    device_.requireReady();
+    const Place place = placeOf(level);
+    if (place.property == nullptr) return CameraHardware::set(level, value);
+    const std::string property = place.property->name;
+    NumberValues values;
+    for (const PropertyElement& element : place.property->elements)
+        values.emplace_back(element.name, element.name == place.element ? value : element.number);
+    ensure(property, values,
+           (level == Level::kGain ? "a gain of " : "an offset of ") + platform::toText(value));
+}
+
 void Camera::cool(std::optional<double> celsius) {
     device_.requireReady();
-    if (!facts_.canCool || (!celsius && !device_.has(kCooler)))
+    if (celsius ? !facts_.canCool && !facts_.cooling : !facts_.cooling)
         throw std::runtime_error(name() + (celsius ? " can't be cooled" : " can't be warmed up"));
-    const char* wanted = celsius ? "COOLER_ON" : "COOLER_OFF";
+    const char* wanted = celsius ? kCoolerOn : "COOLER_OFF";
     if (const Property* cooler = device_.find(kCooler); cooler != nullptr && !cooler->on(wanted)) {
         const Request request = device_.setSwitch(kCooler, wanted, "switching its cooler");
         device_.await(request, kAnswer, [&](const Property& answer) {
             return answer.updated > request.serial && answer.on(wanted);
         });
     }
-    if (!celsius) return;
-    const Request request = device_.setNumbers(kTemperature, {{kCelsius, *celsius}},
-                                               "a temperature of " + platform::toText(*celsius) + " C");
-    // It is Busy until the sensor is as cold as that.
-    device_.await(request, kAnswer, [&](const Property& answer) {
-        return answer.updated > request.serial && answer.state != PropertyState::kAlert;
-    });
+    if (celsius && facts_.canCool) {
+        const Request request = device_.setNumbers(kTemperature, {{kCelsius, *celsius}},
+                                                   "a temperature of " + platform::toText(*celsius) + " C");
+        // It is Busy until the sensor is as cold as that.
+        device_.await(request, kAnswer, [&](const Property& answer) {
+            return answer.updated > request.serial && answer.state != PropertyState::kAlert;
+        });
+    }
+    coolsTo_ = facts_.canCool ? celsius : std::nullopt;
+    readFacts();
 }
 
 Camera::Progress Camera::progress() const {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "hosts/granted_binning.h"
 #include "hosts/indi/blob.h"
 #include "hosts/indi/device.h"
 #include "hosts/indi/surroundings.h"
@@ -30,6 +31,7 @@ class Camera : public platform::CameraHardware {
     /// Takes no dark frames off.
     void start(const platform::CameraOrder& order) override;
     void abort() override;
+    void set(Level level, double value) override;
     void cool(std::optional<double> celsius) override;
     Progress progress() const override;
     platform::TakenPicture take() override;
@@ -48,9 +50,9 @@ class Camera : public platform::CameraHardware {
         bool done() const { return picture || !failure.empty(); }
     };
     /// Where gain or offset stand.
-    struct Level {
-        std::string property, element;
-        std::optional<double> value;
+    struct Place {
+        const Property* property = nullptr;  // nothing: nowhere
+        std::string element;
     };
 
     platform::Milliseconds now() const { return surroundings_.loop.clock().sinceStart(); }
@@ -63,13 +65,15 @@ class Camera : public platform::CameraHardware {
     std::optional<double> focalLength() const;
     int greatestBin(const char* axis) const;
     std::vector<std::string> filterNames() const;
-    Level level(const char* kind, const char* among) const;
+    Place placeOf(Level level) const;
+    std::optional<platform::CameraLevel> readLevel(Level level) const;
+    void readCooling();
 
     void preparePictures();
     void apply(const platform::CameraOrder& order);
+    void setBinning(const platform::CameraOrder& order);
     void setFrame(const platform::CameraOrder& order);
     void setFrameType(platform::CameraOrder::Frame frame);
-    void setLevel(const Level& level, std::optional<double> wanted, const std::string& what);
     void setFilter(int number);
     void ensure(const std::string& property, const NumberValues& values, const std::string& what);
 
@@ -87,6 +91,8 @@ class Camera : public platform::CameraHardware {
     BlobReceiver blobs_;
     ServerLink pictures_;
     platform::CameraFacts facts_;
+    std::optional<double> coolsTo_;  // since it was connected
+    GrantedBinning binning_;
     std::optional<Exposure> exposure_;
     platform::Milliseconds asked_{0};  // for pictures
     bool taken_ = false;               // the server has taken the request for pictures

@@ -1,6 +1,5 @@
 #include "hosts/indi/dialogue.h"
 
-#include <stdexcept>
 #include <utility>
 
 namespace vantrel::hosts::indi {
@@ -32,7 +31,7 @@ void Dialogue::await(const Request& request, Milliseconds timeOut,
         if (property == nullptr) throw std::runtime_error(name_ + " isn't connected any more");
         if (done && done(*property)) return true;
         if (property->wasRefused > request.serial)
-            throw std::runtime_error(withReason(request, name_ + " refuses " + request.what));
+            throw Refusal(withReason(request, name_ + " refuses " + request.what));
         return !done && property->updated > request.serial && property->state != PropertyState::kBusy;
     };
     switch (waitUntil(answered, timeOut)) {

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,12 @@ struct Request {
     std::string property;
     std::string what;  // for the operator: "binning 2 x 2"
     long serial = 0;   // of the server's words before it
+};
+
+/// The device says no; not only by its silence.
+class Refusal : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
 };
 
 class Dialogue {

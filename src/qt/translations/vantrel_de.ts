@@ -140,6 +140,18 @@
         <translation>Anschluss der Montierung</translation>
     </message>
     <message>
+        <source>Gain</source>
+        <translation>Verstärkung</translation>
+    </message>
+    <message>
+        <source>Offset</source>
+        <translation>Offset</translation>
+    </message>
+    <message>
+        <source>Temperature of the camera, degrees Celsius</source>
+        <translation>Temperatur der Kamera, Grad Celsius</translation>
+    </message>
+    <message>
         <source>Baud rate</source>
         <translation>Baudrate</translation>
     </message>
@@ -652,6 +664,109 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>System Info...</source>
         <translation>Systeminfo …</translation>
+    </message>
+</context>
+<context>
+    <name>frmDevices</name>
+    <message>
+        <source>Tell the mount site and time</source>
+        <translation>Der Montierung Ort und Zeit mitteilen</translation>
+    </message>
+    <message>
+        <source>Stop ends slews</source>
+        <translation>Stop beendet Schwenks</translation>
+    </message>
+    <message>
+        <source>Name and port, such as localhost:7624; blanks between several</source>
+        <translation>Name und Port, etwa localhost:7624; Leerzeichen zwischen mehreren</translation>
+    </message>
+    <message>
+        <source>Name and port, such as 192.168.4.1:11111, of servers that no search finds</source>
+        <translation>Name und Port, etwa 192.168.4.1:11111, von Servern, die keine Suche findet</translation>
+    </message>
+    <message>
+        <source>Servers are searched for at this port of the network</source>
+        <translation>An diesem Port des Netzes wird nach Servern gesucht</translation>
+    </message>
+    <message>
+        <source>An INDI mount's serial port, such as /dev/ttyUSB0; empty leaves it to the driver</source>
+        <translation>Serieller Anschluss einer INDI-Montierung, etwa /dev/ttyUSB0; leer überlässt ihn dem Treiber</translation>
+    </message>
+    <message>
+        <source>9600, say; empty leaves it to the driver</source>
+        <translation>Etwa 9600; leer überlässt sie dem Treiber</translation>
+    </message>
+    <message>
+        <source>Set an INDI mount's site and time to this program's on connecting</source>
+        <translation>Beim Verbinden Ort und Zeit einer INDI-Montierung nach diesem Programm stellen</translation>
+    </message>
+    <message>
+        <source>Stop and closing the program stop a mount that is slewing</source>
+        <translation>Stop und das Schließen des Programms halten eine schwenkende Montierung an</translation>
+    </message>
+    <message>
+        <source>Cool the camera to</source>
+        <translation>Kamera kühlen auf</translation>
+    </message>
+    <message>
+        <source>Empty leaves the gain that the camera has</source>
+        <translation>Leer lässt die Verstärkung, die die Kamera hat</translation>
+    </message>
+    <message>
+        <source>Empty leaves the offset that the camera has</source>
+        <translation>Leer lässt den Offset, den die Kamera hat</translation>
+    </message>
+    <message>
+        <source>Without it a cooler that another program has switched on goes on</source>
+        <translation>Ohne das läuft eine Kühlung weiter, die ein anderes Programm eingeschaltet hat</translation>
+    </message>
+    <message>
+        <source>The camera is not connected</source>
+        <translation>Die Kamera ist nicht verbunden</translation>
+    </message>
+    <message>
+        <source>This camera has none</source>
+        <translation>Hat diese Kamera nicht</translation>
+    </message>
+    <message>
+        <source>This camera has no cooler</source>
+        <translation>Diese Kamera hat keine Kühlung</translation>
+    </message>
+    <message>
+        <source>%1, can't be set</source>
+        <translation>%1, nicht einstellbar</translation>
+    </message>
+    <message>
+        <source>%1, takes %2 to %3</source>
+        <translation>%1, möglich %2 bis %3</translation>
+    </message>
+    <message>
+        <source>%1 °C, cooler at %2 %</source>
+        <translation>%1 °C, Kühlung bei %2 %</translation>
+    </message>
+    <message>
+        <source>%1 °C, cooler on</source>
+        <translation>%1 °C, Kühlung an</translation>
+    </message>
+    <message>
+        <source>%1 °C, cooler off</source>
+        <translation>%1 °C, Kühlung aus</translation>
+    </message>
+    <message>
+        <source>%1 °C, no cooler</source>
+        <translation>%1 °C, keine Kühlung</translation>
+    </message>
+    <message>
+        <source>cooler at %1 %</source>
+        <translation>Kühlung bei %1 %</translation>
+    </message>
+    <message>
+        <source>cooler on</source>
+        <translation>Kühlung an</translation>
+    </message>
+    <message>
+        <source>cooler off</source>
+        <translation>Kühlung aus</translation>
     </message>
 </context>
 <context>

@@ -61,6 +61,7 @@ class FakeServer {
     std::map<std::string, std::function<void(const Request&)>> commands;
     /// By path, for commands with "PUT " before it; "" for all.
     std::map<std::string, Fault> faults;
+    std::string refuses;  // a request as a line, whose answer is the driver's error
     std::map<std::string, platform::Milliseconds> delays;
     /// An answer in place of JSON, for pictures.
     std::map<std::string, std::function<platform::HttpAnswer()>> raw;
@@ -84,6 +85,7 @@ class FakeServer {
         Fault fault = Fault::kNone;
         if (faults.contains(key)) fault = faults[key];
         if (faults.contains("")) fault = faults[""];
+        if (request.text() == refuses) fault = Fault::kDeviceError;
         FakeReply reply;
         if (delays.contains(key)) reply.after = delays[key];
         reply.outcome = outcomeOf(request, fault);

@@ -9,6 +9,8 @@ namespace vantrel::hosts::indi {
 namespace {
 
 using namespace std::chrono_literals;
+using Level = platform::CameraHardware::Level;
+using platform::CameraLevel;
 using platform::CameraOrder;
 using platform::FitsBytes;
 using platform::Milliseconds;
@@ -64,8 +66,10 @@ TEST_F(CameraTest, TellsWhatItIsOnceItIsConnected) {
     EXPECT_EQ(facts.shortest, 0.01);
     EXPECT_EQ(facts.longest, 3600);
     EXPECT_EQ(facts.temperature, -10.5);
-    EXPECT_EQ(facts.gain, 90);
-    EXPECT_EQ(facts.offset, 0);
+    EXPECT_EQ(facts.gain, CameraLevel{90});
+    EXPECT_EQ(facts.offset, CameraLevel{0});
+    EXPECT_EQ(facts.cooling, false);
+    EXPECT_EQ(facts.coolerPower, std::nullopt);
     EXPECT_EQ(facts.focalLength, std::nullopt);
     server.sayAll(
         "<setNumberVector device=\"Camera\" name=\"CCD_TEMPERATURE\"><oneNumber "
@@ -94,15 +98,12 @@ TEST_F(CameraTest, ExposesAsOrdered) {
                      .binX = 2,
                      .binY = 2,
                      .part = CameraOrder::Part{.left = 10, .top = 20, .width = 300, .height = 200},
-                     .filter = 2,
-                     .gain = 50.5,
-                     .offset = 10}),
+                     .filter = 2}),
               "");
     EXPECT_THAT(server.commands,
                 testing::ElementsAre("FILTER_SLOT FILTER_SLOT_VALUE=3", "CCD_BINNING HOR_BIN=2 VER_BIN=2",
-                                     "CCD_FRAME X=20 Y=40 WIDTH=600 HEIGHT=400", "CCD_GAIN GAIN=50.5",
-                                     "CCD_OFFSET OFFSET=10", "CCD_FRAME_TYPE FRAME_DARK=On",
-                                     "CCD_EXPOSURE CCD_EXPOSURE_VALUE=0.1"));
+                                     "CCD_FRAME X=20 Y=40 WIDTH=600 HEIGHT=400",
+                                     "CCD_FRAME_TYPE FRAME_DARK=On", "CCD_EXPOSURE CCD_EXPOSURE_VALUE=0.1"));
     EXPECT_EQ(finish(), Progress::kReady);
     take();
     server.commands.clear();
@@ -117,7 +118,7 @@ TEST_F(CameraTest, ExposesAsOrdered) {
 TEST_F(CameraTest, ARefusalThatADriverForgetsToTakeBackIsNone) {
     connect();
     server.treatment["CCD_BINNING"] = {Kind::kRefuse};
-    EXPECT_NE(start({.binX = 3, .binY = 3}), "");
+    EXPECT_NE(start({.binX = 3, .binY = 3, .part = CameraOrder::Part{0, 0, 10, 10}}), "");
     server.treatment["CCD_BINNING"] = {Kind::kIgnore};
     server.sayAll(
         "<setNumberVector device=\"Camera\" name=\"CCD_BINNING\" state=\"Alert\"><oneNumber "
@@ -171,7 +172,7 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
          10010ms},
         {"binning refused",
          [&] { server.treatment["CCD_BINNING"] = {Kind::kRefuse}; },
-         {.binX = 3, .binY = 3},
+         {.binX = 3, .binY = 3, .part = CameraOrder::Part{0, 0, 10, 10}},
          "Camera refuses binning 3 x 3: No CCD_BINNING today.",
          100ms},
         {"binning ignored",
@@ -193,11 +194,6 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
          [&] { server.treatment["CCD_FRAME_TYPE"] = {Kind::kRefuse}; },
          {.frame = CameraOrder::Frame::kFlat},
          "Camera refuses the kind of frame: No CCD_FRAME_TYPE today.",
-         100ms},
-        {"gain refused",
-         [&] { server.treatment["CCD_GAIN"] = {Kind::kRefuse}; },
-         {.gain = 1000},
-         "Camera refuses a gain of 1000: No CCD_GAIN today.",
          100ms},
         {"the server ends",
          [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kHangUp}; },
@@ -428,13 +424,64 @@ TEST_F(CameraTest, NeedsASecondConnection) {
     EXPECT_TRUE(camera.connected());
 }
 
+// Many take 1, 2 and 4, and say only that 4 is the most.
+TEST_F(CameraTest, ABinningThatIsRefusedBecomesTheNextSmallerOne) {
+    connect();
+    server.refuses = "CCD_BINNING HOR_BIN=3 VER_BIN=3";
+    for (int exposure = 0; exposure < 2; ++exposure) {
+        EXPECT_EQ(start({.binX = 3, .binY = 3}), "");
+        EXPECT_EQ(finish(), Progress::kReady);
+        take();
+    }
+    EXPECT_THAT(
+        server.commands,
+        testing::ElementsAre("CCD_BINNING HOR_BIN=3 VER_BIN=3", "CCD_BINNING HOR_BIN=2 VER_BIN=2",
+                             "CCD_EXPOSURE CCD_EXPOSURE_VALUE=1", "CCD_EXPOSURE CCD_EXPOSURE_VALUE=1"));
+    EXPECT_THAT(told,
+                testing::Contains("Camera doesn't take binning 3, but 2: the image scale has to be that "
+                                  "of it (Camera refuses binning 3 x 3: No CCD_BINNING today.)"));
+}
+
+TEST_F(CameraTest, GainAndOffsetAreSetWhereTheDriverHasThem) {
+    connect();
+    camera.set(Level::kGain, 50.5);
+    camera.set(Level::kOffset, 10);
+    EXPECT_THAT(server.commands, testing::ElementsAre("CCD_GAIN GAIN=50.5", "CCD_OFFSET OFFSET=10"));
+    EXPECT_EQ(camera.facts().gain, CameraLevel{50.5});
+    server.treatment["CCD_GAIN"] = {Kind::kRefuse};
+    EXPECT_EQ(problemOf([&] { camera.set(Level::kGain, 1000); }),
+              "Camera refuses a gain of 1000: No CCD_GAIN today.");
+
+    server.commands.clear();
+    server.sayAll(
+        "<delProperty device=\"Camera\" name=\"CCD_GAIN\"/>"
+        "<delProperty device=\"Camera\" name=\"CCD_OFFSET\"/>"
+        "<defNumberVector device=\"Camera\" name=\"CCD_CONTROLS\">"
+        "<defNumber name=\"Gain\" min=\"0\" max=\"480\">120</defNumber>"
+        "<defNumber name=\"WB_R\" min=\"1\" max=\"99\">52</defNumber></defNumberVector>");
+    loop.sleep(10ms);
+    EXPECT_EQ(camera.facts().gain, (CameraLevel{120, platform::CameraRange{0, 480}}));
+    EXPECT_EQ(camera.facts().offset, std::nullopt);
+    camera.set(Level::kGain, 200);
+    EXPECT_THAT(server.commands, testing::ElementsAre("CCD_CONTROLS Gain=200 WB_R=52"));
+    EXPECT_EQ(problemOf([&] { camera.set(Level::kOffset, 1); }), "Camera has no offset that can be set");
+}
+
 TEST_F(CameraTest, IsCooledAndWarmedUp) {
     connect();
     EXPECT_TRUE(camera.facts().canCool);
     camera.cool(-15);
     camera.cool(-20);
     EXPECT_EQ(camera.facts().temperature, -20);
+    EXPECT_EQ(camera.facts().cooling, true);
+    EXPECT_EQ(camera.facts().coolsTo, -20);
+    server.sayAll(
+        "<defNumberVector device=\"Camera\" name=\"CCD_COOLER_POWER\" perm=\"ro\">"
+        "<defNumber name=\"CCD_COOLER_VALUE\">35.5</defNumber></defNumberVector>");
+    loop.sleep(10ms);
+    EXPECT_EQ(camera.facts().coolerPower, 35.5);
     camera.cool(std::nullopt);
+    EXPECT_EQ(camera.facts().coolsTo, std::nullopt);
     EXPECT_THAT(
         server.commands,
         testing::ElementsAre("CCD_COOLER COOLER_ON=On", "CCD_TEMPERATURE CCD_TEMPERATURE_VALUE=-15",

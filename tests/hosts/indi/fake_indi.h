@@ -38,6 +38,7 @@ class FakeIndi {
     FakeNetwork network;
     /// By property; what isn't there is obeyed.
     std::map<std::string, Treatment> treatment;
+    std::string refuses;  // a command as it stands in `commands`, of any treatment
     /// What came, as "EQUATORIAL_EOD_COORD RA=3 DEC=20".
     std::vector<std::string> commands;
 
@@ -176,7 +177,7 @@ class FakeIndi {
             if (child.text != "Off") text += " " + child.attribute("name") + "=" + child.text;
         }
         commands.push_back(text);
-        const Treatment how = treatment[property];
+        const Treatment how = text == refuses ? Treatment{Treatment::Kind::kRefuse} : treatment[property];
         const std::string complaint =
             "<message device=\"" + device + "\" message=\"[ERROR] No " + property + " today.\"/>";
         switch (how.kind) {

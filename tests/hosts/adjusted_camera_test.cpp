@@ -1,0 +1,140 @@
+#include "hosts/adjusted_camera.h"
+
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/plain_camera.h"
+
+namespace vantrel::hosts {
+namespace {
+
+using platform::CameraFacts;
+using platform::CameraHardware;
+using platform::CameraLevel;
+using platform::CameraRange;
+using testing::ElementsAre;
+
+struct AdjustedCameraTest : testing::Test {
+    AdjustedCameraTest() {
+        plain->camera.gain = CameraLevel{100, CameraRange{0, 480}};
+        plain->camera.offset = CameraLevel{.value = 0, .names = {"ISO 100", "ISO 200"}};
+        plain->camera.canCool = true;
+        plain->camera.coolingRange = CameraRange{-40, 30};
+        plain->camera.cooling = false;
+    }
+    std::vector<std::string> done() { return std::exchange(plain->done, {}); }
+    std::vector<std::string> told() { return std::exchange(lines, {}); }
+
+    std::shared_ptr<test::PlainCamera> plain = std::make_shared<test::PlainCamera>();
+    CameraWishes wishes;
+    std::vector<std::string> lines;
+    AdjustedCamera camera{plain, [this] { return wishes; },
+                          [this](const std::string& line) { lines.push_back(line); }};
+};
+
+TEST_F(AdjustedCameraTest, FollowsWishesThatCanBeFulfilledAndTellsOfOthers) {
+    const struct {
+        CameraWishes wishes;
+        std::vector<std::string> done;
+        std::string told;
+        std::function<void(CameraFacts&)> is = {};
+    } cases[] = {
+        {{}, {}, ""},
+        {{.gain = " 250 "}, {"gain 250"}, ""},
+        {{.gain = "100"}, {}, ""},
+        {{.gain = "500"}, {}, "gain of Cam is left as it is: it takes 0 to 480, not 500"},
+        {{.gain = "much"}, {}, "gain of Cam is left as it is: \"much\" is no number"},
+        {{.gain = "1"},
+         {},
+         "gain of Cam is left as it is: it has none that can be set",
+         [](CameraFacts& facts) { facts.gain.reset(); }},
+        {{.gain = "1"},
+         {},
+         "gain of Cam is left as it is: it has none that can be set",
+         [](CameraFacts& facts) { facts.gain->canSet = false; }},
+        {{.offset = "iso 200"}, {"offset 1"}, ""},
+        {{.offset = "1"}, {"offset 1"}, ""},
+        {{.offset = "800"}, {}, "offset of Cam is left as it is: it takes ISO 100, ISO 200, not \"800\""},
+        {{.cool = true, .celsius = "-10"}, {"cool -10"}, ""},
+        {{.cool = true, .celsius = "-60"},
+         {},
+         "cooling of Cam is left as it is: it takes -40 to 30, not -60"},
+        {{.cool = true, .celsius = ""}, {}, "cooling of Cam is left as it is: \"\" is no number"},
+        {{.cool = true, .celsius = ""}, {"cool 0"}, "", [](CameraFacts& facts) { facts.canCool = false; }},
+        {{.cool = true, .celsius = "-10"},
+         {},
+         "cooling of Cam is left as it is: it has no cooler that can be set",
+         [](CameraFacts& facts) {
+             facts.canCool = false;
+             facts.cooling.reset();
+         }},
+        {{.celsius = "-10"}, {}, "", [](CameraFacts& facts) { facts.cooling = true; }},
+    };
+    const CameraFacts usual = plain->camera;
+    for (const auto& c : cases) {
+        plain->camera = usual;
+        if (c.is) c.is(plain->camera);
+        wishes = c.wishes;
+        camera.connect();
+        EXPECT_EQ(done(), c.done) << c.told;
+        EXPECT_EQ(testing::PrintToString(told()),
+                  testing::PrintToString(c.told.empty() ? std::vector<std::string>()
+                                                        : std::vector{"The " + c.told}));
+        EXPECT_TRUE(camera.connected());
+    }
+}
+
+TEST_F(AdjustedCameraTest, ARefusalCostsNoExposureAndIsToldOnce) {
+    camera.connect();
+    plain->refusal = "The gears are stuck";
+    wishes = {.gain = "250"};
+    camera.adjust();
+    EXPECT_THAT(told(), ElementsAre("The gain of Cam is left as it is: The gears are stuck"));
+    done();
+    camera.start({});
+    EXPECT_THAT(done(), ElementsAre("gain 250", "start")) << "tried again";
+    EXPECT_THAT(told(), ElementsAre());
+    plain->refusal.clear();
+    camera.start({});
+    camera.start({});
+    EXPECT_THAT(done(), ElementsAre("gain 250", "start", "start"));
+}
+
+TEST_F(AdjustedCameraTest, ADriverThatHasForgottenIsToldAgainBeforeTheExposure) {
+    wishes = {.gain = "250", .cool = true, .celsius = "-10"};
+    camera.connect();
+    done();
+    plain->camera.gain->value = 100;
+    plain->camera.cooling = false;
+    camera.start({});
+    EXPECT_THAT(done(), ElementsAre("gain 250", "cool -10", "start"));
+}
+
+TEST_F(AdjustedCameraTest, WhatIsExposedKeepsItsGain) {
+    camera.connect();
+    plain->state = CameraHardware::Progress::kExposing;
+    wishes = {.gain = "250", .cool = true, .celsius = "-10"};
+    camera.adjust();
+    EXPECT_THAT(done(), ElementsAre("cool -10"));
+    wishes.cool = false;
+    camera.adjust();
+    camera.adjust();
+    EXPECT_THAT(done(), ElementsAre("warm up"));
+    plain->state = CameraHardware::Progress::kIdle;
+    camera.start({});
+    EXPECT_THAT(done(), ElementsAre("gain 250", "start"));
+}
+
+TEST_F(AdjustedCameraTest, TellsOnWhatTheHardwareTells) {
+    int times = 0;
+    camera.onProgress = [&] { ++times; };
+    camera.connect();
+    camera.start({});
+    plain->onProgress();
+    EXPECT_EQ(times, 1);
+}
+
+}  // namespace
+}  // namespace vantrel::hosts
