@@ -98,7 +98,8 @@ def started(program, home, setup):
         "Main": {"MyTelescopeID": SIMULATOR, "SiteLatitude": str(setup["latitude"]),
                  "SiteLongitude": str(setup["longitude"]), "SlewEast": str(setup["east"])},
         "PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": f"{setup['slew']:.3f}",
-                       "Plates": str(setup.get("plates", 3))},
+                       "Plates": str(setup.get("plates", 3)),
+                       "ClosingPlate": "1" if setup.get("closing") else "0"},
         "Solve": {"ScaleH": f"{scale:.3f}", "ScaleV": f"{scale:.3f}"},
     }
     file = os.path.join(home, "settings.json")
@@ -130,11 +131,22 @@ def measure(program, setup):
         operator.click("frmMain.cmdRun")
         operator.wait(control="frmMain.cmdNext", property="enabled", **{"is": True})
         solved = operator.read("frmMain.cmdSkip")["enabled"]
+        if solved and setup.get("leave_out"):
+            leave_out(operator, setup["leave_out"])
         operator.click("frmMain.cmdSkip" if solved else "frmMain.cmdNext")
         operator.wait(idle=True)
         lines = operator.log()
         operator.close()
     return lines
+
+
+def leave_out(operator, plate):
+    """What the operator does about a plate that disagrees; the log then tells the result without it as well."""
+    for control, window in (("frmMain.cmdPolarPlot", "frmPolarPlot"), ("frmPolarPlot.cmdPlates", "frmPlates")):
+        operator.click(control)
+        operator.wait(window=window)
+    operator.do("check", control=f"frmPlates.chkPlate({plate})", value=0)
+    operator.wait(log=f"Calculated anew: plate {plate} left out")
 
 
 def point_and_sync(operator, setup):

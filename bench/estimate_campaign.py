@@ -31,7 +31,7 @@ TURNED = "the camera turned"
 @dataclasses.dataclass
 class Row:
     """A kind of measurement: one study's value; what is wrong with the simulator; the jump's arc-seconds and the
-    plate that comes after it; which verdicts name that fault."""
+    plate that comes after it; which verdicts name that fault; the plate that is left out afterwards; whether a closing plate is taken."""
     title: str
     parameter: str
     value: float
@@ -41,6 +41,8 @@ class Row:
     jump_plate: int = 2
     names: tuple = ()
     plates: int = 3
+    leave_out: int = 0
+    closing: bool = False
 
     @property
     def faulty(self):
@@ -50,6 +52,8 @@ class Row:
         study = report.Study("estimate", self.title, "", self.parameter, [self.value], others=self.others)
         setup = report.setup_for(study, self.value, seed)
         setup["plates"] = self.plates
+        setup["leave_out"] = self.leave_out
+        setup["closing"] = self.closing
         setup["hour_angle"] += (self.plates - 3) / 2 * setup["slew"] / campaign.HOURS  # the same middle
         rng = random.Random(f"{self.title} {seed} night")
         setup["simulator"] = dict(self.simulator)
@@ -82,6 +86,17 @@ def fault_rows():
                 yield Row(f"jump of 5″ at the {which} of {plates} plates" + (" and flexure 3″" if flexure else "") +
                           f", slews of {slew}°", "slew", slew, jump=5, jump_plate=plate, names=(MOVED,),
                           plates=plates, simulator={"Flexure": 3} if flexure else {})
+    yield Row("jump of 5″ at the third of 7 plates, slews of 5°", "slew", 5, jump=5, jump_plate=3, names=(MOVED,), plates=7)
+    for slew in (15, 30):
+        for plate, which in ((2, "second"), (3, "third")):
+            for flexure in (0, 3):
+                yield Row(f"jump of 5″ at the {which} of 3 plates and a closing one" +
+                          (", flexure 3″" if flexure else "") + f", slews of {slew}°", "slew", slew, jump=5,
+                          jump_plate=plate, names=(MOVED,), closing=True,
+                          simulator={"Flexure": 3} if flexure else {})
+    for left_out in (0, 5):
+        yield Row("jump of 5″ at the last of 5 plates, slews of 15°" + (", which is then left out" if left_out else ""),
+                  "slew", 15, jump=5, jump_plate=5, names=(MOVED,), plates=5, leave_out=left_out)
     yield Row("periodic error 10″, slews of 20°", "slew", 20, simulator={"PeriodicError": 10}, names=(READING,))
     yield Row("clock off by 10 s, slews of 20°", "slew", 20, simulator={"ClockError": 10})
 
@@ -92,7 +107,7 @@ ROWS = [
     *(Row(f"refraction, latitude {latitude}°", "latitude", latitude, {"refraction": True})
       for latitude in (-60, -35, 10, 35, 65)),
     Row("astride six hours, declination 60°", "middle", 6, {"dec": 60.0}),
-    *(Row(f"{plates} plates, slews of {slew}°", "slew", slew, plates=plates) for plates, slew in ((4, 10), (5, 15))),
+    *(Row(f"{plates} plates, slews of {slew}°", "slew", slew, plates=plates) for plates, slew in ((3, 15), (7, 5), (4, 10), (5, 15))),
     *fault_rows(),
 ]
 

@@ -168,6 +168,12 @@ void takePictures(const QString& folder, bool byNight) {
          [&] {
              pictures.take("frmMain", "measured");
              pictures.take("frmPolarPlot", "polar-plot");
+             for (const auto& [form, name] :
+                  {std::pair{"frmPlates", "plates"}, {"frmPreflight", "before-the-slew"}}) {
+                 night.program.screen().find(form)->show();
+                 pictures.take(form, name);
+                 night.program.screen().find(form)->unload();
+             }
              pictures.take("frmLog", "log");
              pictures.take("frmTelescope", "telescope");
              takeSmallWindows(night, pictures);

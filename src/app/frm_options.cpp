@@ -13,6 +13,7 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
       chkGreenColors(*this, "chkGreenColors", "Night vision colors"),
       chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size"),
       chkLeastSquares(*this, "chkLeastSquares", "Least squares count"),
+      chkClosingPlate(*this, "chkClosingPlate", "Closing plate"),
       cmdOK(*this, "cmdOK", "OK") {
     cmdOK.onClick = [this] { unload(); };
     chkImagingSWVersionCheck.setToolTip("Enable Imaging SW Version Check");
@@ -20,17 +21,20 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
 
     chkLeastSquares.setToolTip(
         "Show and correct the least-squares result instead of the written calculation's");
+    chkClosingPlate.setToolTip(
+        "One more plate at the start after the way back: it shows whether anything moved meanwhile");
 
     struct Switch {
         platform::CheckBox* box;
         const char* key;
         const char* usual;
     };
-    const std::array<Switch, 4> switches{{
+    const std::array<Switch, 5> switches{{
         {&chkImagingSWVersionCheck, "ImagingSWVersionCheck", "1"},
         {&chkGreenColors, "GreenColors", "0"},
         {&chkEnableRestoreImagingSW, "EnableRestoreImagingSW", "0"},
         {&chkLeastSquares, "LeastSquares", "0"},
+        {&chkClosingPlate, "ClosingPlate", "0"},
     }};
     onLoad = [switches, &settings] {
         for (const Switch& s : switches) {

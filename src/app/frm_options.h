@@ -11,7 +11,8 @@ class frmOptions : public platform::Form {
   public:
     frmOptions(platform::Screen& screen, engine::SettingsPort& settings);
 
-    platform::CheckBox chkImagingSWVersionCheck, chkGreenColors, chkEnableRestoreImagingSW, chkLeastSquares;
+    platform::CheckBox chkImagingSWVersionCheck, chkGreenColors, chkEnableRestoreImagingSW, chkLeastSquares,
+        chkClosingPlate;
     platform::Button cmdOK;
 };
 

@@ -25,7 +25,7 @@ frmPlates::frmPlates(platform::Screen& screen)
       txtVerdict(*this, "txtVerdict"),
       chkEstimate(*this, "chkEstimate", "Least squares count"),
       cmdOK(*this, "cmdOK", "OK") {
-    for (int number = 1; number <= kMostPlates; ++number)
+    for (int number = 1; number <= kMostPlates + 1; ++number)
         rows.push_back(std::make_unique<Row>(*this, number));
     cmdRedo.setToolTip("Slew to this plate and take it again");
     txtVerdict.setReadOnly(true);

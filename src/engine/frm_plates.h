@@ -19,7 +19,7 @@ class frmPlates : public platform::Form {
         platform::CheckBox chkPlate;  // it counts
         platform::Label lblHourAngle, lblDeclination, lblAlong, lblAcross;
     };
-    std::vector<std::unique_ptr<Row>> rows;  // as many as a measurement can have
+    std::vector<std::unique_ptr<Row>> rows;  // as many as a measurement can have, with the closing one
 
     platform::ComboBox cmbRedo;  // a plate's number
     platform::Button cmdRedo;

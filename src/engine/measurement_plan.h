@@ -13,6 +13,7 @@ struct MeasurementPlan {
     int plates = kFewestPlates;  // along the arc
     int exposures = 1;           // of each plate
     bool byHand = false;         // the operator turns the axis
+    bool closing = false;        // one more plate at the start, after the way back
 };
 
 }  // namespace vantrel::engine

@@ -12,6 +12,15 @@ using platform::formatNumber;
 
 namespace {
 
+/// What the log's lines say of the plates, without the estimate itself.
+std::string withoutFigures(const std::vector<std::string>& lines) {
+    std::string verdict;
+    for (const std::string& line : lines)
+        if (!line.starts_with("Least squares: ") || lines.size() == 1)
+            verdict += (verdict.empty() ? "" : platform::kCrLf) + line;
+    return verdict;
+}
+
 /// The written calculation can't do without the mount's readings.
 bool turnedByHand(std::span<const TakenPlate> plates) {
     return std::ranges::any_of(plates,
@@ -45,7 +54,7 @@ MeasuredAxis MeasurementResult::of(std::span<const TakenPlate> plates, const Wis
     return axis;
 }
 
-/// Returns the verdict for the eye: what is warned of, or else the log's last line.
+/// Returns the verdict for the eye: what is warned of, or else whether the plates agree.
 std::string MeasurementResult::tell(const AxisCheck& check, const Site& site) {
     const std::vector<std::string> lines = check.lines();
     for (const std::string& line : lines) log(line);
@@ -60,7 +69,7 @@ std::string MeasurementResult::tell(const AxisCheck& check, const Site& site) {
     }
     constexpr double kToRead = 20;  // seconds
     if (!shown.empty()) services_.messages.ShowPopupMessage(shown, kToRead);
-    return shown.empty() ? lines.back() : shown;
+    return shown.empty() ? withoutFigures(lines) : shown;
 }
 
 PolarErrorResult MeasurementResult::solveForAxis(std::span<const TakenPlate> plates) {

@@ -55,11 +55,12 @@ void MeasurementRun::measure() {
     MeasurementPlan plan = validatedPlan();
     logSettings(plan);
 
-    const std::vector<TakenPlate> plates = plan.byHand ? takePlatesByHand(plan) : takePlates(plan);
+    std::vector<TakenPlate> plates = plan.byHand ? takePlatesByHand(plan) : takePlates(plan);
+    if (plan.closing) takeClosingPlate(plan, plates);
     goOn();
     preflight_.learn(plates.back(), plan.exposures);
     review_.begin(plates, taker_.exposureSeconds() * plan.exposures);
-    if (!plan.byHand) returnToStart(plan);
+    if (!plan.byHand && !plan.closing) returnToStart(plan);
     if (review_.result().BadSolution) calculationFailed();
     offerCorrection(plan);
     if (state_.AppUnloading) throw Closing{};
@@ -94,11 +95,14 @@ MeasurementPlan MeasurementRun::validatedPlan() {
         failurePrompt(joinLines({"***ERROR***ERROR***", "Telescope Slew must be ",
                                  "between 1 and 45 degrees!", "", "Enter a new value, click Next"}),
                       std::nullopt);
-    return {.slew = degrees * (1.0 / 15),
-            .eastward = state_.SlewEast,
-            .plates = validatedCount(panel_.txtPlates, "Plates", kFewestPlates, kMostPlates),
-            .exposures = validatedCount(panel_.txtPlateExposures, "Exposures per Plate", 1, kMostExposures),
-            .byHand = panel_.chkTurnByHand.ticked()};
+    return {
+        .slew = degrees * (1.0 / 15),
+        .eastward = state_.SlewEast,
+        .plates = validatedCount(panel_.txtPlates, "Plates", kFewestPlates, kMostPlates),
+        .exposures = validatedCount(panel_.txtPlateExposures, "Exposures per Plate", 1, kMostExposures),
+        .byHand = panel_.chkTurnByHand.ticked(),
+        .closing = !panel_.chkTurnByHand.ticked() && platform::leadingNumber(services_.settings.GetSetting(
+                                                         "PolarAlign", "ClosingPlate", "0")) != 0};
 }
 
 int MeasurementRun::validatedCount(const platform::TextBox& box, const std::string& what, int fewest,
@@ -184,6 +188,25 @@ std::optional<TakenPlate> MeasurementRun::takePlate(const MeasurementPlan& plan,
     log("***** Exposing Image " + std::to_string(number) + " *****");
     showPlateInHand(plan, number);
     return taker_.take(here, plan.exposures, expectedOffset(before, number));
+}
+
+/// Where the first one was: what moved meanwhile shows between the two. It can be spared.
+void MeasurementRun::takeClosingPlate(const MeasurementPlan& plan, std::vector<TakenPlate>& taken) {
+    returnToStart(plan);
+    waitForMountToSettle();
+    const TakenPlate here = taker_.at(plan.plates + 1, position_);
+    log("***** Exposing Image " + std::to_string(here.number) + " *****");
+    indicators_.SetActiveColors(panel_.lblFrame1);
+    indicators_.SetActiveColors(panel_.lblExpose);
+    goOn();
+    const TakenPlate& first = taken.front();
+    const auto plate = taker_.take(here, plan.exposures, {.RA = first.raError, .Dec = first.decError});
+    Indicators::switchOff(panel_.lblFrame1);
+    goOn();
+    if (plate)
+        taken.push_back(*plate);
+    else
+        log("Plate " + std::to_string(here.number) + " is left out");
 }
 
 /// The first lamp is the first plate's, the last the last one's; the plates between share the middle one.

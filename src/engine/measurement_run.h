@@ -50,6 +50,7 @@ class MeasurementRun {
     void moveOn(const MeasurementPlan& plan, int number);
     std::optional<TakenPlate> takePlate(const MeasurementPlan& plan, int number,
                                         const std::vector<TakenPlate>& before);
+    void takeClosingPlate(const MeasurementPlan& plan, std::vector<TakenPlate>& taken);
     void showPlateInHand(const MeasurementPlan& plan, int number);
     std::optional<TakenPlate> retryWithHalfTheSlew(MeasurementPlan& plan, const TakenPlate& first);
     void goOnWithout(const MeasurementPlan& plan, int number, const std::vector<TakenPlate>& taken);

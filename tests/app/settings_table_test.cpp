@@ -94,6 +94,7 @@ const Row kRows[] = {
     {kRun, "EnableRestoreImagingSW", "frmOptions.chkEnableRestoreImagingSW", "0", "1", kAtEnd},
     {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", kAtEnd},
     {kRun, "LeastSquares", "frmOptions.chkLeastSquares", "0", "1", kAtEnd},
+    {kRun, "ClosingPlate", "frmOptions.chkClosingPlate", "0", "1", kAtEnd},
     {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", kAtEnd},
     {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", kAlways},
     {kSolve, "MinBrt", "frmMain.txtSolveMinBrt", "200", "300", kAlways},

@@ -274,6 +274,25 @@ TEST(MeasurementRun, APlateLeftOutOrRedoneChangesTheResult) {
     EXPECT_FALSE(world.plates.chkEstimate.reachable()) << "nothing changes under the correction's feet";
 }
 
+/// A mirror that flops and stays: three plates take it for another axis, a closing one doesn't.
+TEST(MeasurementRun, AClosingPlateShowsWhatMoved) {
+    for (const bool closing : {false, true}) {
+        SCOPED_TRACE(closing);
+        MeasurementWorld world;
+        world.panel.txtDeltaRA.setText("15");
+        world.settings.SaveSetting("PolarAlign", "ClosingPlate", closing ? "1" : "0");
+        world.jumps = {{2, 5}, {3, 5}, {4, 5}};
+        world.measure();
+        EXPECT_EQ(world.whenAsked, kOffer);
+        EXPECT_EQ(world.history.records.back().plates.size(), closing ? 4u : 3u);
+        EXPECT_EQ(world.lines("Warning: The plates don't agree: the telescope moved in declination").size(),
+                  closing ? 1u : 0u);
+        ASSERT_EQ(world.mount.slews.size(), 3u);
+        EXPECT_NEAR(world.mount.slews.back().RA, 2.5, 1e-9);
+        EXPECT_FALSE(world.anythingLit());
+    }
+}
+
 TEST(MeasurementRun, ThreePlatesAreTheFewest) {
     MeasurementWorld world;
     world.plates.show();

@@ -138,14 +138,12 @@ std::vector<StartingPlace> startingPlaces(const Plan& plan, const Site& site, co
 }
 
 std::optional<StartingPlace> bestOf(const std::vector<StartingPlace>& places) {
-    constexpr double kToldApart = 0.5;
-    std::optional<StartingPlace> best;
-    for (const bool demanding : {true, false}) {
-        for (const StartingPlace& place : places)
-            if ((!demanding || place.separability >= kToldApart) && (!best || place.sigma < best->sigma))
-                best = place;
-        if (best) break;
-    }
+    if (places.empty()) return std::nullopt;
+    constexpr double kAsGood = 1.25;
+    const double least = std::ranges::min(places, {}, &StartingPlace::sigma).sigma;
+    StartingPlace best;
+    for (const StartingPlace& place : places)
+        if (place.sigma <= kAsGood * least && place.separability > best.separability) best = place;
     return best;
 }
 

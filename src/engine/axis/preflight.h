@@ -62,7 +62,7 @@ struct StartingPlace {
 std::vector<StartingPlace> startingPlaces(const Plan& plan, const Site& site, const Horizon& horizon,
                                           const FitSettings& settings = {});
 
-/// The one with the least sigma of those where the adjusters can be told apart well; none among none.
+/// Of those with about the least sigma the one where the adjusters can be told apart best; none among none.
 std::optional<StartingPlace> bestOf(const std::vector<StartingPlace>& places);
 
 }  // namespace vantrel::engine

@@ -77,12 +77,14 @@ AxisCovariance covarianceAbout(const std::array<PlatePosition, kPlates>& positio
 
 std::array<std::size_t, kPlates> threeAlong(std::span<const double> hourAngles) {
     const auto turned = [&](std::size_t i) { return std::remainder(hourAngles[i] - hourAngles.front(), 24); };
-    const std::size_t last = hourAngles.size() - 1;
-    const double middle = turned(last) / 2;
-    std::size_t nearest = 1;
-    for (std::size_t i = 2; i < last; ++i)
-        if (std::abs(turned(i) - middle) < std::abs(turned(nearest) - middle)) nearest = i;
-    return {0, nearest, last};
+    std::size_t farthest = 2;
+    for (std::size_t i = 1; i < hourAngles.size(); ++i)
+        if (std::abs(turned(i)) > std::abs(turned(farthest))) farthest = i;
+    const double middle = turned(farthest) / 2;
+    std::size_t nearest = farthest == 1 ? 2 : 1;
+    for (std::size_t i = 1; i < hourAngles.size(); ++i)
+        if (i != farthest && std::abs(turned(i) - middle) < std::abs(turned(nearest) - middle)) nearest = i;
+    return {0, nearest, farthest};
 }
 
 bool astrideSixHours(std::span<const double> hourAngles) {

@@ -25,8 +25,8 @@ class WrittenCalculation : public AxisEstimator {
     FitSettings settings_;
 };
 
-/// The first, the last, and the one nearest the middle of the arc, by hour angles (hours) in the order of the
-/// arc. At least three.
+/// The first, the one nearest the middle of the arc, and the one farthest from the first, by hour angles
+/// (hours). At least three.
 std::array<std::size_t, 3> threeAlong(std::span<const double> hourAngles);
 
 /// Whether some of these hour angles (hours) lie within six hours of the meridian and others beyond. The
