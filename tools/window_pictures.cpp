@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <map>
 
 #include "correction/image_overlays.h"
@@ -198,6 +200,53 @@ void takePictures(const QString& folder, bool byNight) {
     });
 }
 
+/// Measurements of three nights before, as an observer gets better at it.
+void writeHistory(const std::filesystem::path& file) {
+    std::ofstream table(file, std::ios::binary);
+    table << "utc,telescope,latitude_deg,shown,amplitude_deg,angle_deg,sigma_arcsec,agreement\r\n";
+    const auto add = [&table](const char* when, double arcMinutes, int angle, double sigma) {
+        table << when << ",Polar Axis Simulator,50,least squares," << arcMinutes / 60 << ',' << angle << ','
+              << sigma << ",consistent\r\n";
+    };
+    add("2026-11-17T19:12:00Z", 84, 70, 21);
+    add("2026-11-17T19:40:00Z", 12, 95, 12);
+    add("2026-11-17T20:05:00Z", 2.6, 110, 9);
+    add("2026-11-20T18:31:00Z", 1.7, 60, 20);
+    add("2026-11-20T18:55:00Z", 0.8, 75, 12);
+    add("2026-11-23T19:02:00Z", 3.1, 30, 14);
+    add("2026-11-23T19:20:00Z", 1.2, 20, 12);
+    add("2026-11-23T19:45:00Z", 0.6, 350, 11);
+}
+
+/// A fine measurement through the air: estimate, both poles, and those of before.
+void takeFinePictures(const QString& folder, bool byNight) {
+    Night night;
+    night.theme.setNight(byNight);
+    if (byNight) night.user.settings.write("PolarAlign", "GreenColors", "1");
+    night.user.settings.write("PolarAlign", "ShowHistory", "1");
+    const Pictures pictures(night, folder, byNight);
+    night.pass({{[&] { return night.started(); },
+                 [&] {
+                     const auto logs = night.user.settings.read("PolarAlign", "LogPath");
+                     writeHistory(night.user.folders.real(*logs) / "Measurements.csv");
+                     night.turnAxis(0.5, 0.6);
+                     night.program.automation().create("AxisSimulator.Telescope")->put("Refraction", true);
+                     night.typeInto("txtDeltaRA", "9");
+                     night.click("cmdRun");
+                 }},
+                {[&] { return night.enabled("cmdNext"); },
+                 [&] {
+                     night.program.screen().find("frmPolarPlot")->show();
+                     night.program.screen().find("frmHistory")->show();
+                 }},
+                {[&] { return night.program.window("frmHistory").isVisible(); },
+                 [&] {
+                     pictures.take("frmPolarPlot", "polar-plot-fine");
+                     pictures.take("frmHistory", "measurements");
+                     night.click("cmdSkip");
+                 }}});
+}
+
 /// What the correction draws into the picture of the simulator's camera, as the observer sees it.
 void takeImagePictures(const QString& folder, const char* look) {
     Night night;
@@ -246,7 +295,10 @@ int main(int argc, char** argv) {
     try {
         QDir().mkpath(folder);
         if (argc > 2) vantrel::qt::speak(application, QLocale(argv[2]));
-        for (const bool byNight : {false, true}) vantrel::qt::takePictures(folder, byNight);
+        for (const bool byNight : {false, true}) {
+            vantrel::qt::takePictures(folder, byNight);
+            vantrel::qt::takeFinePictures(folder, byNight);
+        }
         for (const char* look : {"day", "night", "green"}) vantrel::qt::takeImagePictures(folder, look);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vantrel-pictures: %s\n", error.what());

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "engine/measurement_record.h"
 #include "engine/ports.h"
@@ -26,14 +27,18 @@ class MeasurementHistory : public engine::HistoryPort {
     /// A file that can't be written costs a line in the log.
     void keep(const engine::MeasurementRecord& record) override;
 
+    /// The last ones in the order of time, also those of this session that couldn't be kept. Never throws.
+    std::vector<engine::PastMeasurement> past() const;
+
   private:
-    std::string row(const engine::MeasurementRecord& record) const;
+    std::string file() const;
 
     const platform::Clock& clock_;
     const platform::FolderMap& folders_;
     engine::SettingsPort& settings_;
     engine::LogPort& log_;
     std::function<std::string()> telescope_;
+    std::vector<std::string> unkept_;  // lines with all columns
 };
 
 }  // namespace vantrel::app

@@ -28,6 +28,7 @@ Parts::Parts(const platform::Machine& surroundings)
       telescopeForm(machine.screen),
       selectForm(machine.screen),
       polarPlotForm(machine.screen),
+      historyForm(machine.screen),
       platesForm(machine.screen),
       preflightForm(machine.screen),
       pixelScaleForm(machine.screen),
@@ -67,6 +68,7 @@ Parts::Parts(const platform::Machine& surroundings)
       polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot),
       history(machine.loop.clock(), machine.folders, settings, log,
               [this] { return telescope.TelescopeName(); }),
+      pastNights(historyForm, [this] { return history.past(); }),
       services{machine.loop, settings, log,       popups,          telescope, camera,
                solver,       utility,  polarPlot, correctionRelay, interlock, history},
       prompt(main.run, state, machine.loop, settings, log, telescope),
@@ -81,6 +83,9 @@ Parts::Parts(const platform::Machine& surroundings)
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
       correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
     correctionRelay.target = &correction;
+    polarPlot.history = [this] { return history.past(); };
+    polarPlot.onPlotted = [this] { pastNights.refresh(); };
+    polarPlotForm.cmdHistory.onClick = [this] { historyForm.show(); };
     polarPlotForm.cmdPlates.onClick = [this] { platesForm.show(); };
     Timer1.onTick = [this] {
         scaleCalculator.recompute();

@@ -21,6 +21,7 @@
 #include "correction/correction_sequence.h"
 #include "correction/image_overlays.h"
 #include "correction/open_star_finder.h"
+#include "correction/past_nights.h"
 #include "correction/polar_plot.h"
 #include "devices/imaging_software.h"
 #include "devices/telescope_window.h"
@@ -65,6 +66,7 @@ struct Parts {
     devices::frmTelescope telescopeForm;
     devices::frmSelectCCSoftware selectForm;
     correction::frmPolarPlot polarPlotForm;
+    correction::frmHistory historyForm;
     engine::frmPlates platesForm;
     engine::frmPreflight preflightForm;
     platesolve::frmPixelScale pixelScaleForm;
@@ -109,6 +111,7 @@ struct Parts {
     correction::PolarPlot polarPlot;
     CorrectionRelay correctionRelay;
     MeasurementHistory history;
+    correction::PastNights pastNights;
     engine::Interlock interlock;
     engine::Services services;
     engine::OperatorPrompt prompt;

@@ -21,13 +21,23 @@ frmPolarPlot::frmPolarPlot(platform::Screen& screen)
       txtEstimateElevation(*this, "txtEstimateElevation"),
       txtEstimateAzimuth(*this, "txtEstimateAzimuth"),
       txtUncertainty(*this, "txtUncertainty"),
+      txtElevationSigma(*this, "txtElevationSigma"),
+      txtAzimuthSigma(*this, "txtAzimuthSigma"),
+      txtEstimateElevationSigma(*this, "txtEstimateElevationSigma"),
+      txtEstimateAzimuthSigma(*this, "txtEstimateAzimuthSigma"),
+      lblDoubt(*this, "lblDoubt", ""),
       cmdPlates(*this, "cmdPlates", "Plates"),
+      chkHistory(*this, "chkHistory", "Earlier measurements"),
+      cmdHistory(*this, "cmdHistory", "Measurements"),
       txtPositionEastWest(*this, "txtPositionEastWest"),
       txtPositionUpDown(*this, "txtPositionUpDown") {
-    for (platform::TextBox* box : {&txtMagnitude, &txtAngle, &txtAltitudeError, &txtAzimuthError,
-                                   &txtOffsetRA, &txtOffsetDec, &txtEstimateElevation, &txtEstimateAzimuth,
-                                   &txtUncertainty, &txtPositionEastWest, &txtPositionUpDown})
+    for (platform::TextBox* box :
+         {&txtMagnitude, &txtAngle, &txtAltitudeError, &txtAzimuthError, &txtOffsetRA, &txtOffsetDec,
+          &txtEstimateElevation, &txtEstimateAzimuth, &txtUncertainty, &txtElevationSigma, &txtAzimuthSigma,
+          &txtEstimateElevationSigma, &txtEstimateAzimuthSigma, &txtPositionEastWest, &txtPositionUpDown})
         box->setReadOnly(true);
+    lblDoubt.setVisible(false);
+    cmdHistory.setToolTip("All measurements over the nights");
 }
 
 }  // namespace vantrel::correction

@@ -18,7 +18,13 @@ class frmPolarPlot : public platform::Form {
     platform::Label lblUnits;  // companion of the unit labels
     platform::TextBox txtOffsetRA, txtOffsetDec;
     platform::TextBox txtEstimateElevation, txtEstimateAzimuth, txtUncertainty;  // by least squares
+    // One sigma in arc-seconds: of what stands above, and of the estimate
+    platform::TextBox txtElevationSigma, txtAzimuthSigma;
+    platform::TextBox txtEstimateElevationSigma, txtEstimateAzimuthSigma;
+    platform::Label lblDoubt;    // the estimate should count
     platform::Button cmdPlates;  // the plates that it came from
+    platform::CheckBox chkHistory;
+    platform::Button cmdHistory;
     platform::TextBox txtPositionEastWest, txtPositionUpDown;
 };
 

@@ -1,5 +1,6 @@
 #include "correction/polar_chart.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/angles.h"
@@ -12,6 +13,27 @@ using namespace platform;
 namespace {
 
 constexpr double kRingSpacing = 0.8;
+// Shares of the chart's half width
+constexpr double kDot = 0.05;
+constexpr double kCross = 0.09;  // seen when the dot is on it
+constexpr double kRim = 0.95;
+
+struct Place {
+    double x = 0, y = 0;
+};
+
+double unitsPerArcMinute(const ChartRange& range) { return kRingSpacing / range.step; }
+
+/// In the chart's units.
+Place placeOf(const ChartRange& range, double arcMinutes, double angle) {
+    const double distance = kRingSpacing * arcMinutes / range.step;
+    return {distance * std::cos(engine::degreesToRadians(angle - 90)),
+            distance * std::sin(engine::degreesToRadians(angle + 90))};
+}
+
+bool onChart(const ChartRange& range, const Place& place) {
+    return std::hypot(place.x, place.y) <= kRim * range.rings;
+}
 
 }  // namespace
 
@@ -41,13 +63,69 @@ Drawing polarChart(double arcMinutes, double angle, Color dotColor) {
     print(0.9, 0.04, "E");
     print(-0.95, 0.04, "W");
 
-    const double distance = kRingSpacing * arcMinutes / range.step;
-    drawing.shapes.push_back(Circle{.x = distance * std::cos(engine::degreesToRadians(angle - 90)),
-                                    .y = distance * std::sin(engine::degreesToRadians(angle + 90)),
-                                    .radius = 0.05 * n,
-                                    .filled = true,
-                                    .color = dotColor});
+    const Place dot = placeOf(range, arcMinutes, angle);
+    drawing.shapes.push_back(
+        Circle{.x = dot.x, .y = dot.y, .radius = kDot * n, .filled = true, .color = dotColor});
     return drawing;
+}
+
+Shapes estimateMarks(const ChartRange& range, const engine::AxisEstimate& estimate) {
+    if (!estimate.valid()) return {};
+    const double n = range.rings;
+    const double arcMinutes = 60 * estimate.written.ErrorAmplitude;
+    const Place place = placeOf(range, arcMinutes, estimate.written.ErrorAngle);
+    if (!onChart(range, place)) {
+        const double inwards = n / std::hypot(place.x, place.y);
+        const auto at = [&](double share) {
+            return Place{place.x * inwards * share, place.y * inwards * share};
+        };
+        return {Line{at(0.82).x, at(0.82).y, at(kRim).x, at(kRim).y, color::kWindowText},
+                Text{-0.98 * n, -0.89 * n, "Least squares: " + formatNumber(arcMinutes, "0.0") + "'"}};
+    }
+    Shapes marks{Cross{.x = place.x, .y = place.y, .reach = kCross * n}};
+    if (!estimate.covariance) return marks;
+    // A half turn of the sky, as between both hemispheres' ends, leaves an ellipse as it is.
+    const engine::ErrorEllipse ellipse = estimate.covariance->ellipse();
+    const double units = unitsPerArcMinute(range) / 60;
+    if (ellipse.major * units > kDot * n)
+        marks.push_back(Ellipse{.x = place.x,
+                                .y = place.y,
+                                .major = ellipse.major * units,
+                                .minor = ellipse.minor * units,
+                                .direction = ellipse.direction});
+    return marks;
+}
+
+Shapes poleMarks(const ChartRange& range, const engine::Site& site) {
+    const double n = range.rings;
+    const double lift = 60 * (engine::refractedPoleAltitude(site) - engine::truePoleAltitude(site));
+    const double hemisphere = site.latitude < 0 ? -1 : 1;
+    const double y = hemisphere * unitsPerArcMinute(range) * lift;
+    constexpr double kTextHeight = 0.1;
+    if (std::abs(y) < 2 * kDot * n || !onChart(range, {0, y})) return {};
+    return {Line{.x1 = -kDot * n, .y1 = y, .x2 = kDot * n, .y2 = y},
+            Text{.x = 0.07 * n, .y = y + kTextHeight / 2 * n, .text = "Refracted pole"},
+            Text{.x = 0.03 * n, .y = hemisphere > 0 ? 0 : kTextHeight * n, .text = "True pole"}};
+}
+
+Shapes earlierDots(const ChartRange& range, std::span<const engine::PolarError> earlier, Color color) {
+    constexpr std::size_t kMost = 20;
+    constexpr double kNewest = 0.85;
+    constexpr double kFading = 0.86;
+    Shapes dots;
+    const auto shown = earlier.last(std::min(earlier.size(), kMost));
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        const Place place = placeOf(range, 60 * shown[i].ErrorAmplitude, shown[i].ErrorAngle);
+        const double age = static_cast<double>(shown.size() - 1 - i);
+        if (onChart(range, place))
+            dots.push_back(Circle{.x = place.x,
+                                  .y = place.y,
+                                  .radius = 0.6 * kDot * range.rings,
+                                  .filled = true,
+                                  .color = color,
+                                  .strength = kNewest * std::pow(kFading, age)});
+    }
+    return dots;
 }
 
 }  // namespace vantrel::correction

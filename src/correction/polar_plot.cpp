@@ -34,21 +34,57 @@ PolarPlot::PolarPlot(EventLoop& loop, engine::SettingsPort& settings, engine::Lo
     Timer1_.onTick = [this] { Timer1_Tick(); };
     window_.onLoad = [this] { Form_Load(); };
     window_.onUnload = [this] { Form_Unload(); };
+    window_.chkHistory.onClick = [this] { chkHistory_Click(); };
     panel_.cmdPolarPlot.onClick = [this] { window_.show(); };
 }
 
 void PolarPlot::clearPolarPlot() {
     window_.picPolarPlot.clear();
-    showEstimate({});
+    plotted_.reset();
+    showCheck({}, {.latitude = 0, .air = engine::kNoAir}, false);
 }
 
-void PolarPlot::showEstimate(const engine::AxisEstimate& estimate) {
+void PolarPlot::showCheck(const engine::AxisCheck& check, const engine::Site& site, bool leastSquares) {
+    check_ = check;
+    site_ = site;
+    leastSquares_ = leastSquares;
+    const engine::AxisEstimate& estimate = check.estimate;
     const auto shown = [&](TextBox& box, double value, const char* pattern) {
         box.setText(estimate.valid() ? formatNumber(value, pattern) : "");
     };
     shown(window_.txtEstimateElevation, estimate.fromTruePole.elevation, "0.00");
     shown(window_.txtEstimateAzimuth, estimate.fromTruePole.azimuth, "0.00");
     shown(window_.txtUncertainty, estimate.covariance ? estimate.covariance->sigma() : 0, "0.0");
+    showUncertainties();
+    offerEstimate();
+}
+
+/// One sigma in arc-seconds; of an azimuth about the vertical, as the azimuth itself.
+void PolarPlot::showUncertainties() {
+    const auto fill = [this](const engine::AxisEstimate& axis, TextBox& elevation, TextBox& azimuth) {
+        const double cosine = std::cos(engine::degreesToRadians(site_.latitude));
+        constexpr double kAtThePole = 1e-6;  // where nothing is east
+        const bool known = axis.valid() && axis.covariance;
+        elevation.setText(known ? formatNumber(std::sqrt(axis.covariance->upUp), "0.0") : "");
+        azimuth.setText(known && cosine > kAtThePole
+                            ? formatNumber(std::sqrt(axis.covariance->eastEast) / cosine, "0.0")
+                            : "");
+    };
+    fill(leastSquares_ ? check_.estimate : check_.written, window_.txtElevationSigma,
+         window_.txtAzimuthSigma);
+    fill(check_.estimate, window_.txtEstimateElevationSigma, window_.txtEstimateAzimuthSigma);
+}
+
+/// Plates that don't agree make the estimate as doubtful as the written result: there is nothing to offer.
+void PolarPlot::offerEstimate() {
+    const bool offered = !leastSquares_ && check_.estimate.valid() &&
+                         check_.verdict.agreement != engine::Agreement::kSuspicious &&
+                         check_.writtenMisleads(site_);
+    window_.lblDoubt.setCaption(offered ? "Trust these, not the ones above: Plates lets them count" : "");
+    window_.lblDoubt.setVisible(offered);
+    window_.cmdPlates.setBackColor(!offered        ? color::kButtonFace
+                                   : nightVision() ? color::kDarkGreen
+                                                   : color::kRed);
 }
 
 void PolarPlot::showOffsets(const std::string& offsetRA, const std::string& offsetDec) {
@@ -58,6 +94,7 @@ void PolarPlot::showOffsets(const std::string& offsetRA, const std::string& offs
 
 void PolarPlot::PlotPolar(double ErrorAmplitude, double ErrorAngle) {
     const double arcMinutes = ErrorAmplitude * 60;
+    plotted_ = {.ErrorAmplitude = ErrorAmplitude, .ErrorAngle = ErrorAngle};
     drawChart(arcMinutes, ErrorAngle);
 
     const TextWithUnit magnitude = ErrorUnits(arcMinutes);
@@ -67,15 +104,52 @@ void PolarPlot::PlotPolar(double ErrorAmplitude, double ErrorAngle) {
     window_.txtAngle.setText(formatNumber(ErrorAngle, "0.00"));
 
     showElevationAndAzimuth(arcMinutes, ErrorAngle);
+    onPlotted();
 }
 
 void PolarPlot::drawChart(double arcMinutes, double angle) {
-    const bool green = leadingNumber(settings_.GetSetting("PolarAlign", "GreenColors", "0")) != 0;
-    window_.picPolarPlot.setDrawing(polarChart(arcMinutes, angle, green ? color::kDarkGreen : color::kRed));
+    const bool green = nightVision();
+    const Color dotColor = green ? color::kDarkGreen : color::kRed;
+    const ChartRange range = chartRange(arcMinutes);
+    Drawing drawing = polarChart(arcMinutes, angle, dotColor);
+    for (const Shapes& marks : {estimateMarks(range, check_.estimate), poleMarks(range, site_)})
+        drawing.shapes.insert(drawing.shapes.end(), marks.begin(), marks.end());
+    if (historyWanted()) drawEarlier(drawing, range, dotColor);
+    window_.picPolarPlot.setDrawing(std::move(drawing));
     if (green) return;
     for (Label* unit :
          {&window_.lblRA_Unit, &window_.lblElevation_Unit, &window_.lblAzimuth_Unit, &window_.lblUnits})
         unit->setForeColor(color::kRed);
+}
+
+/// Of the same site, give or take a few kilometres.
+void PolarPlot::drawEarlier(Drawing& drawing, const ChartRange& range, Color color) {
+    constexpr double kSameSite = 0.05;  // degrees of latitude
+    const auto near = [](double a, double b, double limit) { return std::abs(a - b) < limit; };
+    std::vector<engine::PolarError> earlier;
+    for (const engine::PastMeasurement& one : history())
+        if (one.latitude && near(*one.latitude, site_.latitude, kSameSite))
+            earlier.push_back({.ErrorAmplitude = one.amplitude, .ErrorAngle = one.angle});
+    constexpr double kWritten = 1e-4;  // degrees, as the history rounds
+    if (!earlier.empty() && near(earlier.back().ErrorAmplitude, plotted_->ErrorAmplitude, kWritten) &&
+        near(earlier.back().ErrorAngle, plotted_->ErrorAngle, kWritten))
+        earlier.pop_back();
+    const Shapes dots = earlierDots(range, earlier, color);
+    drawing.shapes.insert(drawing.shapes.end(), dots.begin(), dots.end());
+}
+
+bool PolarPlot::nightVision() const {
+    return leadingNumber(settings_.GetSetting("PolarAlign", "GreenColors", "0")) != 0;
+}
+
+bool PolarPlot::historyWanted() const {
+    return leadingNumber(settings_.GetSetting("PolarAlign", "ShowHistory", "0")) != 0;
+}
+
+void PolarPlot::chkHistory_Click() {
+    if (window_.chkHistory.ticked() == historyWanted()) return;
+    settings_.SaveSetting("PolarAlign", "ShowHistory", std::to_string(window_.chkHistory.value()));
+    if (plotted_) drawChart(plotted_->ErrorAmplitude * 60, plotted_->ErrorAngle);
 }
 
 /// The error's parts as the adjusters turn the axis: negative below and left of the pole.
@@ -110,6 +184,7 @@ void PolarPlot::Form_Load() {
     const double top = stored("PolarPlotTop", window_.place().top);
     const double left = stored("PolarPlotLeft", window_.place().left);
     PlaceFormOnScreen(window_, top, left);
+    window_.chkHistory.setValue(historyWanted() ? 1 : 0);
     Timer1_.setEnabled(false);
 }
 

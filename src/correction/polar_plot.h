@@ -1,10 +1,15 @@
 // Shows a measurement's result: the polar plot window and the error plot of the main window.
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "correction/error_plot_panel.h"
 #include "correction/frm_polar_plot.h"
+#include "correction/polar_chart.h"
+#include "engine/measurement_record.h"
 #include "engine/ports.h"
 #include "platform/timer.h"
 
@@ -25,11 +30,19 @@ class PolarPlot : public engine::ResultDisplayPort {
               engine::TelescopePort& telescope, frmPolarPlot& window, ErrorPlotPanel& panel);
 
     void clearPolarPlot() override;
-    void showEstimate(const engine::AxisEstimate& estimate) override;
+    void showCheck(const engine::AxisCheck& check, const engine::Site& site, bool leastSquares) override;
     void showOffsets(const std::string& offsetRA, const std::string& offsetDec) override;
     void showBadSolution() override { window_.txtOffsetDec.setText("Bad Solution"); }
     void PlotPolar(double ErrorAmplitude, double ErrorAngle) override;
     void PlotError(const engine::PerPlate& plateRAs, const engine::PerPlate& decErrors) override;
+
+    /// Measurements of before, in the order of time; the last one may be that which is shown.
+    std::function<std::vector<engine::PastMeasurement>()> history = [] {
+        return std::vector<engine::PastMeasurement>{};
+    };
+
+    /// A measurement's result stands there.
+    std::function<void()> onPlotted = [] {};
 
     /// Blinks the units while it is enabled.
     platform::Timer& Timer1() { return Timer1_; }
@@ -39,6 +52,12 @@ class PolarPlot : public engine::ResultDisplayPort {
     void Form_Unload();
     void Timer1_Tick();
     void drawChart(double arcMinutes, double angle);
+    void drawEarlier(platform::Drawing& drawing, const ChartRange& range, platform::Color color);
+    void showUncertainties();
+    void offerEstimate();
+    bool nightVision() const;
+    bool historyWanted() const;
+    void chkHistory_Click();
     void showElevationAndAzimuth(double arcMinutes, double angle);
 
     engine::SettingsPort& settings_;
@@ -47,6 +66,12 @@ class PolarPlot : public engine::ResultDisplayPort {
     frmPolarPlot& window_;
     ErrorPlotPanel& panel_;
     platform::Timer Timer1_;
+
+    // What the window shows
+    std::optional<engine::PolarError> plotted_;
+    engine::AxisCheck check_;
+    engine::Site site_{.latitude = 0, .air = engine::kNoAir};  // shows no pole but the true one
+    bool leastSquares_ = false;
 };
 
 }  // namespace vantrel::correction

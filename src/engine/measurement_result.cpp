@@ -40,6 +40,7 @@ MeasuredAxis MeasurementResult::of(std::span<const TakenPlate> plates, const Wis
     axis.check = checkAxis(seen, site, fitSettingsFor(wish.exposureSeconds));
     axis.verdict = tell(axis.check, site);
     const bool leastSquares = wish.leastSquares && axis.check.estimate.valid();
+    services_.display.showCheck(axis.check, site, leastSquares);
     if (leastSquares) log("The least-squares result counts");
     axis.shown = leastSquares ? PolarErrorResult{.error = axis.check.estimate.written} : solveForAxis(plates);
     services_.history.keep({.plates = seen,
@@ -61,7 +62,6 @@ std::string MeasurementResult::tell(const AxisCheck& check, const Site& site) {
     if (site.air.pressure > 0)
         log("Least squares: through air of " + formatNumber(site.air.pressure, "0") + " hPa and " +
             formatNumber(site.air.temperature, "0.#") + " degrees C");
-    services_.display.showEstimate(check.estimate);
     std::string shown;
     for (const std::string& warning : check.warnings(site)) {
         log("Warning: " + warning);

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/axis/axis_estimate.h"
+#include "engine/axis/axis_check.h"
 #include "engine/axis/plate.h"
 #include "engine/sky_geometry.h"
 
@@ -125,8 +125,8 @@ class ResultDisplayPort {
     virtual void clearPolarPlot() = 0;
     virtual void showOffsets(const std::string& offsetRA, const std::string& offsetDec) = 0;
     virtual void showBadSolution() = 0;
-    /// Beside the written result; nothing where it isn't valid.
-    virtual void showEstimate(const AxisEstimate& estimate) = 0;
+    /// How good the result is that PlotPolar shows next: the estimate's, or the written calculation's.
+    virtual void showCheck(const AxisCheck& check, const Site& site, bool leastSquares) = 0;
     /// Degrees from the pole and degrees counter-clockwise from "up".
     virtual void PlotPolar(double ErrorAmplitude, double ErrorAngle) = 0;
     /// Hours and degrees.

@@ -45,8 +45,10 @@ Json toJson(const Shape& shape) {
     return std::visit(
         Overloaded{
             [](const Circle& c) {
-                return Json{{"kind", "circle"}, {"x", c.x},           {"y", c.y},
-                            {"r", c.radius},    {"filled", c.filled}, {"color", c.color}};
+                Json circle = {{"kind", "circle"}, {"x", c.x},           {"y", c.y},
+                               {"r", c.radius},    {"filled", c.filled}, {"color", c.color}};
+                if (c.strength < 1) circle["strength"] = c.strength;
+                return circle;
             },
             [](const Line& l) {
                 return Json{{"kind", "line"}, {"x1", l.x1}, {"y1", l.y1},
@@ -54,6 +56,14 @@ Json toJson(const Shape& shape) {
             },
             [](const Text& t) {
                 return Json{{"kind", "text"}, {"x", t.x}, {"y", t.y}, {"text", t.text}, {"color", t.color}};
+            },
+            [](const Ellipse& e) {
+                return Json{{"kind", "ellipse"}, {"x", e.x},         {"y", e.y},
+                            {"major", e.major},  {"minor", e.minor}, {"direction", e.direction},
+                            {"color", e.color}};
+            },
+            [](const Cross& c) {
+                return Json{{"kind", "cross"}, {"x", c.x}, {"y", c.y}, {"r", c.reach}, {"color", c.color}};
             },
         },
         shape);

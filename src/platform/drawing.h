@@ -19,8 +19,23 @@ struct Circle {
     double x = 0, y = 0, radius = 0;
     bool filled = false;
     Color color = color::kBlack;
+    double strength = 1;  // of a filled one: 1 is opaque, 0 can't be seen
 };
 
+/// Half axes in units of the horizontal scale.
+struct Ellipse {
+    double x = 0, y = 0, major = 0, minor = 0;
+    double direction = 0;  // of the major one: degrees from up, by way of the right
+    Color color = color::kBlack;
+};
+
+/// A small mark; reaches so far to each side.
+struct Cross {
+    double x = 0, y = 0, reach = 0;
+    Color color = color::kBlack;
+};
+
+/// Black lines are the drawing's rulings; others have their colour.
 struct Line {
     double x1 = 0, y1 = 0, x2 = 0, y2 = 0;
     Color color = color::kBlack;
@@ -33,7 +48,7 @@ struct Text {
     Color color = color::kBlack;
 };
 
-using Shape = std::variant<Circle, Line, Text>;
+using Shape = std::variant<Circle, Line, Text, Ellipse, Cross>;
 
 struct Drawing {
     DrawingScale scale;

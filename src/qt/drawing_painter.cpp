@@ -14,7 +14,9 @@ namespace vantrel::qt {
 namespace {
 
 using platform::Circle;
+using platform::Cross;
 using platform::Drawing;
+using platform::Ellipse;
 using platform::Line;
 using platform::Text;
 
@@ -81,12 +83,13 @@ class DrawingPainter {
             painter_.drawEllipse(centre, radius, radius);
             return;
         }
-        const QColor color = theme_.plotted(circle.color);
+        QColor color = theme_.plotted(circle.color);
+        color.setAlphaF(static_cast<float>(circle.strength));
         // A chart that is much wider than high still shows points, not discs.
         const qreal widest = kind_ == PictureKind::kDial ? radius : area_.height() / 24;
         const qreal shown = std::max(std::min(radius, widest), 3.0);
         painter_.setPen(Qt::NoPen);
-        if (kind_ == PictureKind::kDial) {
+        if (kind_ == PictureKind::kDial && circle.strength == 1) {
             QColor halo = color;
             halo.setAlphaF(0.22F);
             painter_.setBrush(halo);
@@ -97,12 +100,32 @@ class DrawingPainter {
     }
 
     void paint(const Line& line) {
-        painter_.setPen(QPen(theme_.colors().ring, 1));
+        const bool ruling = line.color == platform::color::kBlack;
+        painter_.setPen(QPen(ruling ? theme_.colors().ring : theme_.plotted(line.color), 1));
         // Level and upright lines sit on pixel centres, so that they stay thin.
         const auto onPixel = [](QPointF p) {
             return QPointF(std::floor(p.x()) + 0.5, std::floor(p.y()) + 0.5);
         };
         painter_.drawLine(onPixel(at(line.x1, line.y1)), onPixel(at(line.x2, line.y2)));
+    }
+
+    void paint(const Ellipse& ellipse) {
+        painter_.setPen(QPen(theme_.plotted(ellipse.color), 1.5));
+        painter_.setBrush(Qt::NoBrush);
+        painter_.save();
+        painter_.translate(at(ellipse.x, ellipse.y));
+        painter_.rotate(ellipse.direction);  // the screen's y points down: clockwise, as from up to the right
+        painter_.drawEllipse(QPointF(), length(ellipse.minor), length(ellipse.major));
+        painter_.restore();
+    }
+
+    void paint(const Cross& cross) {
+        constexpr qreal kSmallest = 5;
+        const QPointF centre = at(cross.x, cross.y);
+        const qreal reach = std::max(length(cross.reach), kSmallest);
+        painter_.setPen(QPen(theme_.plotted(cross.color), 1.5));
+        painter_.drawLine(centre - QPointF(reach, 0), centre + QPointF(reach, 0));
+        painter_.drawLine(centre - QPointF(0, reach), centre + QPointF(0, reach));
     }
 
     void paint(const Text& text) {

@@ -100,6 +100,13 @@ QLabel* meaningLabel(const char* name, const char* widest) {
     return label;
 }
 
+/// How uncertain the grid's last value is, in this column.
+void addSigma(QGridLayout& grid, const char* name, int column) {
+    auto* const sigma = named<Readout>(name, 6);
+    sigma->setAccessibleDescription(Text::tr("Uncertainty in arc-seconds"));
+    grid.addLayout(row({new QLabel("±"), sigma, new QLabel("″")}), grid.rowCount() - 1, column);
+}
+
 QGridLayout* readoutGrid() {
     auto* const grid = new QGridLayout;
     grid->setHorizontalSpacing(8);
@@ -119,7 +126,10 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     const int side = dial->fontMetrics().height() * 12;
     dial->setMinimumSize(side, side);
     dial->setAccessibleName(Text::tr("Pole and mount's axis"));
-    layout->addWidget(dial, 1);
+    auto* const left = new QVBoxLayout;
+    left->addWidget(dial, 1);
+    left->addWidget(named<QCheckBox>("chkHistory"));
+    layout->addLayout(left, 1);
 
     auto* const axis = readoutGrid();
     addReadout(*axis, Text::tr("Distance"), "txtMagnitude", unitLabel("lblRA_Unit"),
@@ -128,17 +138,26 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const parts = readoutGrid();
     addReadout(*parts, "Elevation", "txtAltitudeError", unitLabel("lblElevation_Unit"),
                meaningLabel("lblUpFromPole", " Up from pole"));
+    addSigma(*parts, "txtElevationSigma", 4);
     addReadout(*parts, "Azimuth", "txtAzimuthError", unitLabel("lblAzimuth_Unit"),
                meaningLabel("lblRightOfPole", " Right of pole"));
+    addSigma(*parts, "txtAzimuthSigma", 4);
     axis->addWidget(named<QLabel>("lblUnits"), axis->rowCount() - 1, 4);
     auto* const offsets = readoutGrid();
     addReadout(*offsets, "RA", "txtOffsetRA", new QLabel("h"), nullptr);
     addReadout(*offsets, "Dec", "txtOffsetDec", new QLabel("°"), nullptr);
     auto* const estimate = readoutGrid();
     addReadout(*estimate, "Elevation", "txtEstimateElevation", new QLabel("arc-min"), nullptr);
+    addSigma(*estimate, "txtEstimateElevationSigma", 4);
     addReadout(*estimate, "Azimuth", "txtEstimateAzimuth", new QLabel("arc-min"), nullptr);
+    addSigma(*estimate, "txtEstimateAzimuthSigma", 4);
     addReadout(*estimate, "±", "txtUncertainty", new QLabel("arc-sec"), nullptr);
-    estimate->addWidget(button("cmdPlates"), estimate->rowCount() - 1, 3);
+    estimate->addLayout(row({button("cmdHistory"), button("cmdPlates")}), estimate->rowCount() - 1, 3, 1, 2);
+    auto* const doubt = named<QLabel>("lblDoubt");
+    doubt->setWordWrap(true);
+    doubt->setMinimumHeight(doubt->fontMetrics().lineSpacing());
+    keepRoom(*doubt);
+    estimate->addWidget(doubt, estimate->rowCount(), 0, 1, 5);
     auto* const position = readoutGrid();
     addReadout(*position, Text::tr("East-West"), "txtPositionEastWest", new QLabel, nullptr);
     addReadout(*position, Text::tr("Up-Down"), "txtPositionUpDown", new QLabel, nullptr);
@@ -174,6 +193,29 @@ void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::st
     follow();
     filled_.reserve(boxes.size());
     for (const std::string& name : boxes) filled_.push_back(form().find(name)->changed.subscribe(follow));
+}
+
+// ---- Measurements ----
+
+HistoryWindow::HistoryWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const chart = named<PictureWidget>("picHistory", front.theme, PictureKind::kChart);
+    const int line = chart->fontMetrics().height();
+    chart->setMinimumSize(line * 20, line * 10);
+    chart->setAccessibleName(Text::tr("Distance from the pole over the nights"));
+    QComboBox* const measurement = listField("cmbMeasurement", 22);
+    auto* const text = named<QPlainTextEdit>("txtMeasurement");
+    text->setAccessibleName(Text::tr("The measurement"));
+    text->setMinimumSize(text->fontMetrics().averageCharWidth() * 60,
+                         text->fontMetrics().lineSpacing() * 4 + 16);
+    text->setMaximumHeight(text->minimumHeight());
+    QPushButton* const ok = button("cmdOK");
+    auto* const page = new QVBoxLayout(&scrolledPage());
+    page->addWidget(chart, 1);
+    page->addLayout(row({labelOf(*measurement, Text::tr("The measurement")), measurement}, true));
+    page->addWidget(text);
+    page->addLayout(row({ok}));
+    answerWithEnter(*ok);
+    bind();
 }
 
 // ---- Plates ----

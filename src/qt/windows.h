@@ -43,6 +43,11 @@ class PolarPlotWindow : public FormWindow {
     std::vector<platform::Subscription> filled_;
 };
 
+class HistoryWindow : public FormWindow {
+  public:
+    HistoryWindow(platform::Form& form, const Front& front);
+};
+
 class PlatesWindow : public FormWindow {
   public:
     PlatesWindow(platform::Form& form, const Front& front);

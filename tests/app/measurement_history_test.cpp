@@ -79,6 +79,52 @@ TEST_F(History, KeepsEveryMeasurementInALineOfItsOwn) {
     EXPECT_TRUE(log.lines.empty());
 }
 
+TEST_F(History, BeginsALineOfItsOwnAfterOneThatWasCut) {
+    settings.SaveSetting("PolarAlign", "LogPath", "C:\\logs");
+    std::filesystem::create_directories(folders.real("C:\\logs"));
+    history.keep(record());
+    const auto file = folders.real("C:\\logs\\Measurements.csv");
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) - 20);
+    history.keep(record());
+    EXPECT_EQ(row(1)["utc"], "2026-11-24T20:00:05Z");
+    EXPECT_EQ(row(1)["amplitude_deg"], "0.7500");
+}
+
+TEST_F(History, KeepsToTheColumnsOfTheFile) {
+    settings.SaveSetting("PolarAlign", "LogPath", "C:\\logs");
+    std::filesystem::create_directories(folders.real("C:\\logs"));
+    const auto file = folders.real("C:\\logs\\Measurements.csv");
+    std::ofstream(file, std::ios::binary)
+        << "mine;angle_deg;utc;amplitude_deg\r\nyes;1;2026-11-23T20:00:00Z;0,5\r\n";
+    history.keep(record());
+    EXPECT_TRUE(test::contentsOf(file).ends_with(";0,5\r\n;120.0000;2026-11-24T20:00:05Z;0.7500\r\n"));
+    EXPECT_EQ(history.past().size(), 2u);
+    std::ofstream(file, std::ios::binary) << "something else\r\n";
+    history.keep(record());
+    EXPECT_THAT(test::contentsOf(file), testing::StartsWith("something else\r\n2026-11-24T20:00:05Z,"));
+    EXPECT_TRUE(history.past().empty());
+}
+
+TEST_F(History, RemembersWhatItKeptAndWhatItCouldnt) {
+    settings.SaveSetting("PolarAlign", "LogPath", "C:\\logs");
+    EXPECT_TRUE(history.past().empty());
+    history.keep(record());
+    std::filesystem::create_directories(folders.real("C:\\logs"));
+    history.keep(record());
+    const auto past = history.past();
+    ASSERT_EQ(past.size(), 2u);
+    for (const auto& one : past) {
+        EXPECT_EQ(one.telescope, "The \"big\" mount");
+        EXPECT_EQ(one.when, time.utc());
+        EXPECT_EQ(one.amplitude, 0.75);
+        EXPECT_EQ(one.angle, 120);
+        EXPECT_EQ(one.latitude, 50);
+        EXPECT_EQ(one.sigma, 2.55);
+        EXPECT_EQ(one.agreement, "consistent");
+        EXPECT_FALSE(one.leastSquares);
+    }
+}
+
 TEST_F(History, SaysThatItCouldnt) {
     settings.SaveSetting("PolarAlign", "LogPath", "C:\\nowhere");
     history.keep(record());

@@ -40,7 +40,7 @@ void operate(World& world, const std::string& path, const std::string& text) {
 
 /// The dialogs that hold settings of their own.
 void openEverything(World& world) {
-    for (const char* window : {"frmOptions", "frmDevices", "frmPixelScale"}) world.form(window).show();
+    for (const char* window : {"frmOptions", "frmDevices", "frmPixelScale", "frmPolarPlot"}) world.form(window).show();
     world.form("frmMain").find("framePP")->setVisible(true);
     world.form("frmMain").find("frameTheSky")->setVisible(true);
 }
@@ -95,6 +95,7 @@ const Row kRows[] = {
     {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", kAtEnd},
     {kRun, "LeastSquares", "frmOptions.chkLeastSquares", "0", "1", kAtEnd},
     {kRun, "ClosingPlate", "frmOptions.chkClosingPlate", "0", "1", kAtEnd},
+    {kRun, "ShowHistory", "frmPolarPlot.chkHistory", "0", "1", kOnChange},
     {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", kAtEnd},
     {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", kAlways},
     {kSolve, "MinBrt", "frmMain.txtSolveMinBrt", "200", "300", kAlways},

@@ -33,6 +33,12 @@ std::vector<std::string> shapesOf(const Drawing& drawing) {
             text << "text";
             add({print->x, print->y});
             text << ' ' << print->text;
+        } else if (const auto* ellipse = std::get_if<Ellipse>(&shape)) {
+            text << "ellipse";
+            add({ellipse->x, ellipse->y, ellipse->major, ellipse->minor, ellipse->direction});
+        } else if (const auto* cross = std::get_if<Cross>(&shape)) {
+            text << "cross";
+            add({cross->x, cross->y, cross->reach});
         }
         texts.push_back(text.str());
     }
@@ -41,6 +47,19 @@ std::vector<std::string> shapesOf(const Drawing& drawing) {
 
 /// Drawn last.
 Circle dotOf(const Drawing& drawing) { return std::get<Circle>(drawing.shapes.back()); }
+
+std::vector<std::string> shapesOf(const Shapes& shapes) {
+    return shapesOf(Drawing{.scale = {}, .shapes = shapes});
+}
+
+/// By its amplitude in arc-minutes and its angle; the covariance in arc-seconds squared.
+engine::AxisEstimate axisAt(double amplitude, double angle, const engine::AxisCovariance& covariance) {
+    engine::AxisEstimate axis;
+    axis.validity = engine::Validity::kValid;
+    axis.written = {.ErrorAmplitude = amplitude / 60, .ErrorAngle = angle};
+    axis.covariance = covariance;
+    return axis;
+}
 
 class Plot : public testing::Test {
   protected:
@@ -91,6 +110,108 @@ TEST(PolarChartTest, HasRingsLabelsAndTheAxis) {
                             "line 0 -2.55 0 2.55", "text 2.34 -2.1 30", "text 1.95 -2.4 arc-min",
                             "text -0.15 2.94 Up", "text -0.3 -2.55 Down", "text 2.7 0.12 E",
                             "text -2.85 0.12 W", "dot 0 2 0.15 255"));
+}
+
+// East 3" and up 4" of one sigma, or leaning to the east: 30" along the line from down west to up east, 10"
+// across, in a covariance (30² + 10²) / 2 = 500 and (30² - 10²) / 2 = 400. On one ring an arc-minute is 0.8.
+TEST(PolarChartTest, TheEstimateIsACrossWithItsEllipse) {
+    const ChartRange oneRing = chartRange(0.5), tenRings = chartRange(9.5), coarse = chartRange(20);
+    const struct {
+        const char* why;
+        ChartRange range;
+        engine::AxisEstimate estimate;
+        std::vector<std::string> shapes;
+    } cases[] = {
+        {"round and above",
+         oneRing,
+         axisAt(0.5, 0, {900, 0, 900}),
+         {"cross 0 0.4 0.09", "ellipse 0 0.4 0.4 0.4 0"}},
+        {"east, uncertain in its elevation",
+         oneRing,
+         axisAt(0.5, 90, {100, 0, 900}),
+         {"cross 0.4 0 0.09", "ellipse 0.4 0 0.4 0.133333 0"}},
+        {"west, uncertain in its azimuth",
+         oneRing,
+         axisAt(0.5, 270, {900, 0, 100}),
+         {"cross -0.4 0 0.09", "ellipse -0.4 0 0.4 0.133333 90"}},
+        {"leaning to the east",
+         oneRing,
+         axisAt(0.5, 180, {500, 400, 500}),
+         {"cross 0 -0.4 0.09", "ellipse 0 -0.4 0.4 0.133333 45"}},
+        {"leaning to the west",
+         oneRing,
+         axisAt(0.5, 180, {500, -400, 500}),
+         {"cross 0 -0.4 0.09", "ellipse 0 -0.4 0.4 0.133333 135"}},
+        {"an ellipse that the dot would cover", tenRings, axisAt(5, 90, {100, 0, 900}), {"cross 4 0 0.9"}},
+        {"a larger one",
+         tenRings,
+         axisAt(5, 90, {100, 0, 3600}),
+         {"cross 4 0 0.9", "ellipse 4 0 0.8 0.133333 0"}},
+        {"rings of ten",
+         coarse,
+         axisAt(20, 0, {90000, 0, 90000}),
+         {"cross 0 1.6 0.27", "ellipse 0 1.6 0.4 0.4 0"}},
+        {"beyond the chart",
+         oneRing,
+         axisAt(42, 90, {1, 0, 1}),
+         {"line 0.82 0 0.95 0", "text -0.98 -0.89 Least squares: 42.0'"}},
+        {"no estimate", oneRing, {}, {}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(shapesOf(estimateMarks(c.range, c.estimate)), c.shapes) << c.why;
+}
+
+// At latitude 45 the air lifts the pole by 58", of which 0.8 units an arc-minute are 0.77. In the south it
+// lifts the southern end, so that the northern one, which the chart shows, sinks.
+TEST(PolarChartTest, BothPolesWhereTheyCanBeToldApart) {
+    const struct {
+        const char* why;
+        double farthest;  // arc-minutes
+        engine::Site site;
+        double y;  // 0: only the middle is shown
+        double truePoleText = 0;
+    } cases[] = {
+        {"north", 0.5, {45, {}}, 0.77},
+        {"south", 0.5, {-45, {}}, -0.77, 0.1},
+        {"ten rings", 9.5, {45, {}}, 0},
+        {"seven rings", 6.5, {45, {}}, 0.77},
+        {"rings of ten", 20, {45, {}}, 0},
+        {"no air", 0.5, {45, engine::kNoAir}, 0},
+        {"near the equator the lift leaves the chart", 0.5, {5, {}}, 0},
+        {"at the pole itself", 0.5, {90, {}}, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        const ChartRange range = chartRange(c.farthest);
+        const Shapes marks = poleMarks(range, c.site);
+        ASSERT_EQ(marks.size(), c.y == 0 ? 0u : 3u);
+        if (marks.empty()) continue;
+        const auto& mark = std::get<Line>(marks[0]);
+        EXPECT_NEAR(mark.y1, c.y, 0.01);
+        EXPECT_EQ(mark.y1, mark.y2);
+        EXPECT_EQ(mark.x1, -mark.x2);
+        EXPECT_EQ(std::get<Text>(marks[1]).text, "Refracted pole");
+        EXPECT_EQ(std::get<Text>(marks[2]).text, "True pole");
+        EXPECT_NEAR(std::get<Text>(marks[2]).y, c.truePoleText * range.rings, 1e-12);
+    }
+}
+
+TEST(PolarChartTest, EarlierMeasurementsFadeWithAge) {
+    std::vector<engine::PolarError> earlier;
+    for (int i = 0; i < 30; ++i) earlier.push_back({.ErrorAmplitude = 0.5 / 60, .ErrorAngle = 12.0 * i});
+    earlier.push_back({.ErrorAmplitude = 3.0 / 60, .ErrorAngle = 0});  // beyond the chart
+    earlier.push_back({.ErrorAmplitude = 0.5 / 60, .ErrorAngle = 90});
+    const Shapes dots = earlierDots(chartRange(0.5), earlier, color::kRed);
+    ASSERT_EQ(dots.size(), 19u) << "of the last twenty";
+    double strongest = 0;
+    for (const Shape& shape : dots) {
+        const auto& dot = std::get<Circle>(shape);
+        EXPECT_TRUE(dot.filled);
+        EXPECT_GT(dot.strength, strongest);
+        EXPECT_LT(dot.strength, 1);
+        strongest = dot.strength;
+    }
+    EXPECT_NEAR(std::get<Circle>(dots.back()).x, 0.4, 1e-9);
+    EXPECT_TRUE(earlierDots(chartRange(1), {}, color::kRed).empty());
 }
 
 // The axis 30' from the pole, seen from a site at 45° north:
@@ -163,6 +284,114 @@ TEST_F(Plot, OffsetsAndClearing) {
     plot.PlotPolar(0.5, 30);
     plot.clearPolarPlot();
     EXPECT_TRUE(window.picPolarPlot.drawing().shapes.empty());
+}
+
+/// The written result is 60' above the pole with 20" in elevation and 30" of sky in azimuth, which are 60"
+/// about the vertical at latitude 60; the estimate is as far east with half of that.
+engine::AxisCheck twoOpinions() {
+    engine::AxisCheck check;
+    check.written = axisAt(60, 0, {900, 0, 400});
+    check.estimate = axisAt(60, 90, {225, 0, 100});
+    check.estimate.fromTruePole = {.azimuth = 120, .elevation = -0.5};
+    return check;
+}
+
+TEST_F(Plot, UncertaintiesAreThoseOfWhatStandsBeside) {
+    const auto shown = [this] {
+        return std::vector{window.txtElevationSigma.text(), window.txtAzimuthSigma.text(),
+                           window.txtEstimateElevationSigma.text(), window.txtEstimateAzimuthSigma.text()};
+    };
+    engine::AxisCheck check = twoOpinions();
+    plot.showCheck(check, {.latitude = 60}, false);
+    EXPECT_THAT(shown(), ElementsAre("20.0", "60.0", "10.0", "30.0"));
+    plot.showCheck(check, {.latitude = -60}, true);
+    EXPECT_THAT(shown(), ElementsAre("10.0", "30.0", "10.0", "30.0")) << "least squares count";
+    plot.showCheck(check, {.latitude = 90}, false);
+    EXPECT_THAT(shown(), ElementsAre("20.0", "", "10.0", "")) << "no azimuth at the pole";
+    check.written.covariance.reset();
+    check.estimate.validity = engine::Validity::kUndetermined;
+    plot.showCheck(check, {.latitude = 60}, false);
+    EXPECT_THAT(shown(), ElementsAre("", "", "", ""));
+    plot.showCheck(twoOpinions(), {.latitude = 60}, false);
+    plot.clearPolarPlot();
+    EXPECT_THAT(shown(), ElementsAre("", "", "", ""));
+}
+
+TEST_F(Plot, TheEstimateAndThePolesComeAfterTheWrittenDrawing) {
+    plot.showCheck(twoOpinions(), {.latitude = 45}, false);
+    plot.PlotPolar(0.01, 0);
+    const auto shapes = shapesOf(window.picPolarPlot.drawing());
+    const auto plain = shapesOf(polarChart(0.6, 0, color::kRed));
+    ASSERT_GT(shapes.size(), plain.size() + 3);
+    EXPECT_TRUE(std::equal(plain.begin(), plain.end(), shapes.begin()));
+    EXPECT_THAT(shapes, testing::Contains("text -0.98 -0.89 Least squares: 60.0'"));
+    EXPECT_THAT(shapes, testing::Contains(testing::HasSubstr("Refracted pole")));
+
+    plot.clearPolarPlot();
+    plot.PlotPolar(0.01, 0);
+    EXPECT_EQ(shapesOf(window.picPolarPlot.drawing()), plain) << "nothing of the measurement before";
+}
+
+TEST_F(Plot, OffersTheEstimateOnlyWhereItIsBetter) {
+    const engine::AxisCheck differing = twoOpinions();
+    engine::AxisCheck agreeing = differing;
+    agreeing.estimate.fromTruePole = agreeing.written.fromTruePole;
+    engine::AxisCheck astride = agreeing;
+    astride.astrideSixHours = true;
+    engine::AxisCheck byHand = agreeing;
+    byHand.written = {.method = engine::EstimateMethod::kWrittenCalculation,
+                      .validity = engine::Validity::kNoReadings};
+    engine::AxisCheck disagreeing = differing;
+    disagreeing.verdict.agreement = engine::Agreement::kSuspicious;
+    engine::AxisCheck noEstimate = astride;
+    noEstimate.estimate = {};
+    const struct {
+        const char* why;
+        const engine::AxisCheck& check;
+        bool leastSquares, offered;
+    } cases[] = {
+        {"both say the same", agreeing, false, false},
+        {"they differ", differing, false, true},
+        {"it counts already", differing, true, false},
+        {"both sides of six hours", astride, false, true},
+        {"no readings, no written result", byHand, false, true},
+        {"the plates don't agree", disagreeing, false, false},
+        {"no estimate", noEstimate, false, false},
+    };
+    for (const auto& c : cases) {
+        plot.showCheck(c.check, {.latitude = 45}, c.leastSquares);
+        EXPECT_EQ(window.lblDoubt.visible(), c.offered) << c.why;
+        EXPECT_EQ(window.cmdPlates.backColor() == color::kRed, c.offered) << c.why;
+    }
+}
+
+TEST_F(Plot, EarlierMeasurementsOfTheSiteAreShownWhenWanted) {
+    plot.history = [] {
+        const auto of = [](double latitude, double amplitude) {
+            return engine::PastMeasurement{.telescope = "", .latitude = latitude, .amplitude = amplitude};
+        };
+        return std::vector{of(45.01, 0.2), of(-45, 0.3), of(45, 0.4), of(45, 0.50001)};
+    };
+    const auto dots = [this] {
+        std::vector<double> heights;
+        for (const Shape& shape : window.picPolarPlot.drawing().shapes)
+            if (const auto* circle = std::get_if<Circle>(&shape); circle != nullptr && circle->strength < 1)
+                heights.push_back(circle->y);
+        return heights;
+    };
+    window.show();
+    EXPECT_FALSE(window.chkHistory.ticked());
+    plot.showCheck({}, {.latitude = 45, .air = engine::kNoAir}, false);
+    plot.PlotPolar(0.5, 0);
+    EXPECT_TRUE(dots().empty());
+    window.chkHistory.click();
+    EXPECT_THAT(dots(), ElementsAre(testing::DoubleNear(0.96, 1e-9), testing::DoubleNear(1.92, 1e-9)))
+        << "another site, and the measurement that is shown itself";
+    EXPECT_EQ(settings.root.read("PolarAlign", "ShowHistory"), "1");
+    plot.clearPolarPlot();
+    window.chkHistory.click();
+    EXPECT_TRUE(window.picPolarPlot.drawing().shapes.empty()) << "nothing measured, nothing drawn";
+    EXPECT_EQ(settings.root.read("PolarAlign", "ShowHistory"), "0");
 }
 
 TEST_F(Plot, WindowKeepsItsPlace) {

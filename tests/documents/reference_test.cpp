@@ -37,6 +37,8 @@ const Place kPlaces[] = {
     {"src/devices/telescope", "Telescope"},
     {"src/devices/", "Camera and imaging program"},
     {"src/engine/", "Measurement"},
+    {"src/correction/polar_", "Polar plot and measurements"},
+    {"src/correction/past_nights", "Polar plot and measurements"},
     {"src/correction/", "Correction"},
     {"src/platesolve/", "Plate solving"},
     {"src/hosts/", "Real devices"},
@@ -77,7 +79,8 @@ const std::set<std::string> kUnseen = {
     "<getProperties version=\"1.7\"",  // what an INDI server is asked
     "MaxIm DL",
     "MaxIm CCD",
-    "Camera Control",                   // titles of windows that are looked for
+    "Camera Control",  // titles of windows that are looked for
+    "yyyy-MM-dd HH:mm:ss",
     "Vista",                            // a name behind "OS:"
     "The settings have failed before",  // after the box that told of it
 };

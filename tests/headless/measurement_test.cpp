@@ -1,6 +1,7 @@
 // The whole program through the operator protocol: what the window and the log say in every situation.
 
 #include <algorithm>
+#include <cmath>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -126,6 +127,16 @@ TEST(Measurement, ASlewThatEndsEarlyIsSeenOnThePlates) {
     EXPECT_EQ(warnings(undisturbed.waitIdle().click("frmMain.cmdRun")), 0);
 }
 
+/// Slews the simulator to this hour angle and declination.
+void pointTo(Script& script, double hourAngle, double declination) {
+    script.send({{"id", "lst"}, {"do", "automation"}, {"object", kMount}, {"get", "SiderealTime"}});
+    const double lst = Script(script).run().reply("lst")["value"];
+    script.send({{"do", "automation"},
+                 {"object", kMount},
+                 {"call", "SlewToCoordinates"},
+                 {"args", {std::fmod(lst - hourAngle + 24, 24), declination}}});
+}
+
 /// Plates on both sides of hour angle six are where the written calculation is wrong by minutes of arc.
 TEST(Measurement, KnowsWhenItIsWrongAndWhatIsRight) {
     for (const bool leastSquares : {false, true}) {
@@ -134,12 +145,7 @@ TEST(Measurement, KnowsWhenItIsWrongAndWhatIsRight) {
         script.waitIdle().put(kMount, "PolarAzimuthError", 40).put(kMount, "PolarElevationError", -25);
         script.type("frmMain.txtDeltaRA", "20");
         if (leastSquares) storing("PolarAlign", "LeastSquares", "1")(script);
-        script.send({{"id", "lst"}, {"do", "automation"}, {"object", kMount}, {"get", "SiderealTime"}});
-        const double lst = Script(script).run().reply("lst")["value"];
-        script.send({{"do", "automation"},
-                     {"object", kMount},
-                     {"call", "SlewToCoordinates"},
-                     {"args", {std::fmod(lst - 6.5 + 24, 24), 40}}});
+        pointTo(script, 6.5, 40);
         const auto result =
             script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
         const auto number = [&](const std::string& label) {
@@ -157,6 +163,63 @@ TEST(Measurement, KnowsWhenItIsWrongAndWhatIsRight) {
         } else {
             EXPECT_GT(std::abs(number("Elevation error: ") + 25), 2) << "as written";
         }
+    }
+}
+
+/// The estimate, its ellipse and both poles, seen through the air, behind what scripts have always read; and
+/// the first of two measurements as a faded dot.
+TEST(Measurement, DrawsHowGoodItIs) {
+    for (const double latitude : {50.0, -50.0}) {
+        SCOPED_TRACE(latitude);
+        Script script;
+        script.waitIdle().put(kMount, "SiteLatitude", latitude).put(kMount, "Refraction", true);
+        script.put(kMount, "PolarAzimuthError", 0.5).put(kMount, "PolarElevationError", 0.6);
+        pointTo(script, -0.5, latitude < 0 ? -30 : 30);
+        script.type("frmMain.txtDeltaRA", "9").click("frmMain.cmdPolarPlot");
+        for (int run = 0; run < 2; ++run)
+            script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle();
+        const auto draw = [&](const char* name) {
+            script.send({{"id", name}, {"do", "drawing"}, {"control", "frmPolarPlot.picPolarPlot"}});
+        };
+        draw("plain");
+        script.check("frmPolarPlot.chkHistory", 1);
+        draw("with history");
+        script.read("frmPolarPlot.txtEstimateElevation").read("frmPolarPlot.txtElevationSigma");
+        const auto result = script.click("frmPolarPlot.cmdHistory").read("frmHistory.cmbMeasurement").run();
+
+        const auto shapes = [&](const char* name, const char* kind) {
+            std::vector<json> found;
+            const json reply = result.reply(name);
+            for (const json& shape : reply["drawing"])
+                if (shape["kind"] == kind) found.push_back(shape);
+            return found;
+        };
+        const auto value = [&](const char* box) {
+            return platform::toNumber(result.reply(box)["text"].get<std::string>());
+        };
+        ASSERT_EQ(shapes("plain", "cross").size(), 1u);
+        ASSERT_EQ(shapes("plain", "ellipse").size(), 1u);
+        const json cross = shapes("plain", "cross")[0], ellipse = shapes("plain", "ellipse")[0];
+        const double hemisphere = latitude < 0 ? -1 : 1;
+        EXPECT_NEAR(cross["y"].get<double>(), hemisphere * 0.8 * value("frmPolarPlot.txtEstimateElevation"),
+                    0.005);
+        EXPECT_EQ(ellipse["y"], cross["y"]);
+        EXPECT_EQ(ellipse["x"], cross["x"]);
+        EXPECT_GT(ellipse["major"], ellipse["minor"]);
+        EXPECT_GT(value("frmPolarPlot.txtElevationSigma"), 1);
+
+        const auto lines = shapes("plain", "line");
+        ASSERT_EQ(lines.size(), 3u) << "the axes, and the refracted pole";
+        const double lift = 58.0 / 60 / std::tan(std::abs(latitude) * std::acos(-1) / 180);
+        EXPECT_NEAR(lines[2]["y1"].get<double>(), hemisphere * 0.8 * lift, 0.02);
+
+        const auto dots = [&](const char* name) {
+            const auto circles = shapes(name, "circle");
+            return std::ranges::count_if(circles, [](const json& one) { return one.contains("strength"); });
+        };
+        EXPECT_EQ(dots("plain"), 0);
+        EXPECT_EQ(dots("with history"), 1);
+        EXPECT_EQ(result.reply("frmHistory.cmbMeasurement")["items"].size(), 2u);
     }
 }
 

@@ -16,6 +16,7 @@
 #include "app/frm_options.h"
 #include "app/frm_popup_msg.h"
 #include "app/settings_store.h"
+#include "correction/frm_history.h"
 #include "correction/frm_polar_plot.h"
 #include "devices/frm_select_cc_software.h"
 #include "devices/frm_telescope.h"
@@ -39,6 +40,7 @@ struct Forms {
     app::frmLog log{screen};
     app::frmPopupMsg popup{screen};
     correction::frmPolarPlot polarPlot{screen};
+    correction::frmHistory history{screen};
     engine::frmPlates plates{screen};
     engine::frmPreflight preflight{screen};
     devices::frmTelescope telescope{screen};

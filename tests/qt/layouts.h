@@ -54,6 +54,12 @@ inline void fill(Forms& forms) {
     for (platform::TextBox* box : {&plot.txtMagnitude, &plot.txtAngle, &plot.txtAltitudeError,
                                    &plot.txtAzimuthError, &plot.txtOffsetRA, &plot.txtOffsetDec})
         box->setText("-1234.56");
+    for (platform::TextBox* sigma : {&plot.txtElevationSigma, &plot.txtAzimuthSigma,
+                                     &plot.txtEstimateElevationSigma, &plot.txtEstimateAzimuthSigma})
+        sigma->setText("1234.5");
+    plot.lblDoubt.setCaption("Trust these, not the ones above: Plates lets them count");
+    plot.lblDoubt.setVisible(true);
+    forms.history.cmbMeasurement.setText("2026-11-24 20:00:12");
     for (platform::Label* unit : {&plot.lblRA_Unit, &plot.lblElevation_Unit, &plot.lblAzimuth_Unit})
         unit->setCaption("arc-min");
     auto& mount = forms.simulator;

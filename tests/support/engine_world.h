@@ -123,7 +123,7 @@ struct RecordingDisplay : engine::ResultDisplayPort {
     void clearPolarPlot() override {}
     void showOffsets(const std::string&, const std::string&) override {}
     void showBadSolution() override {}
-    void showEstimate(const engine::AxisEstimate&) override {}
+    void showCheck(const engine::AxisCheck&, const engine::Site&, bool) override {}
     void PlotPolar(double ErrorAmplitude, double ErrorAngle) override {
         amplitude = ErrorAmplitude;
         angle = ErrorAngle;

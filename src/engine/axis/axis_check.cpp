@@ -91,6 +91,12 @@ std::vector<std::string> AxisCheck::lines() const {
     return lines;
 }
 
+bool AxisCheck::writtenMisleads(const Site& site) const {
+    if (astrideSixHours || !written.valid()) return true;
+    const auto difference = differenceOf(written, estimate, site);
+    return difference && difference->differs;
+}
+
 std::vector<std::string> AxisCheck::warnings(const Site& site) const {
     std::vector<std::string> warnings;
     if (verdict.agreement == Agreement::kSuspicious)

@@ -20,6 +20,8 @@ struct AxisCheck {
 
     /// For the log: estimate, uncertainty, agreement.
     std::vector<std::string> lines() const;
+    /// There is no written result, it is wrong, or it differs from the estimate by more than chance.
+    bool writtenMisleads(const Site& site) const;
     /// Why the written result, or all of the measurement, shouldn't be believed; empty when it may be.
     std::vector<std::string> warnings(const Site& site) const;
 };

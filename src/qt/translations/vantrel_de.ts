@@ -4,6 +4,18 @@
 <context>
     <name>Text</name>
     <message>
+        <source>Uncertainty in arc-seconds</source>
+        <translation>Unsicherheit in Bogensekunden</translation>
+    </message>
+    <message>
+        <source>Distance from the pole over the nights</source>
+        <translation>Abstand vom Pol über die Nächte</translation>
+    </message>
+    <message>
+        <source>The measurement</source>
+        <translation>Die Messung</translation>
+    </message>
+    <message>
         <source>Instructions</source>
         <translation>Anweisungen</translation>
     </message>
