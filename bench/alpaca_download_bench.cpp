@@ -58,7 +58,8 @@ BENCHMARK_CAPTURE(download, imageBytes16, R"({"width": 4656, "height": 3520, "by
     ->UseManualTime()
     ->Iterations(5)
     ->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(download, imageBytes32, R"({"width": 4656, "height": 3520, "elementType": 2, "bytesAlways": true})")
+BENCHMARK_CAPTURE(download, imageBytes32,
+                  R"({"width": 4656, "height": 3520, "elementType": 2, "bytesAlways": true})")
     ->UseManualTime()
     ->Iterations(5)
     ->Unit(benchmark::kMillisecond);

@@ -15,7 +15,7 @@ struct SetupPanel {
     platform::TextBox txtSiteLat, txtSiteLong;
     platform::CheckBox chkUseTelescopeLocation;
     platform::TextBox txtSiteHeight, txtAirPressure, txtAirTemperature;  // m, hPa, degrees C; may be empty
-    platform::TextBox txtMsgDisplayTime;  // seconds
+    platform::TextBox txtMsgDisplayTime;                                 // seconds
     platform::Button cmdTelescope, cmdLog;
     platform::MenuItem mnuFileExit, mnuSetOnTop, mnuSetOptions, mnuFormHelp, mnuAbout;
 };

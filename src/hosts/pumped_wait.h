@@ -20,8 +20,9 @@ class PumpedWait {
   public:
     enum class Outcome { kDone, kTimedOut, kGivenUp };
 
-    /// `givenUp` says that the operator doesn't want to wait any more. It may be left out. What it says before a
-    /// wait begins has no part in it: what follows a Stop, as stopping the mount does, is waited for.
+    /// `givenUp` says that the operator doesn't want to wait any more. It may be left out. What it says
+    /// before a wait begins has no part in it: what follows a Stop, as stopping the mount does, is waited
+    /// for.
     PumpedWait(platform::EventLoop& loop, platform::OutsideCalls& calls, std::function<bool()> givenUp = {})
         : loop_(loop), calls_(calls), givenUp_(std::move(givenUp)) {}
 

@@ -19,8 +19,8 @@ class SettingsFile : public SettingsRoot {
 
     /// A file that does not exist yet is an empty store, but its folder is created. A folder that can't be
     /// created, and a file that can't be read, is no regular file or is far larger than settings are, throws
-    /// std::system_error. What a run that was killed left half written goes: only the one instance that stores
-    /// settings may open them.
+    /// std::system_error. What a run that was killed left half written goes: only the one instance that
+    /// stores settings may open them.
     void open() override;
 
     bool hasSection(const std::string& section) const override { return settings().hasSection(section); }

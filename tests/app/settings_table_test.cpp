@@ -40,7 +40,8 @@ void operate(World& world, const std::string& path, const std::string& text) {
 
 /// The dialogs that hold settings of their own.
 void openEverything(World& world) {
-    for (const char* window : {"frmOptions", "frmDevices", "frmPixelScale", "frmPolarPlot"}) world.form(window).show();
+    for (const char* window : {"frmOptions", "frmDevices", "frmPixelScale", "frmPolarPlot"})
+        world.form(window).show();
     world.form("frmMain").find("framePP")->setVisible(true);
     world.form("frmMain").find("frameTheSky")->setVisible(true);
 }

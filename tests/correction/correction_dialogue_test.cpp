@@ -404,9 +404,9 @@ TEST(CorrectionDialogue, AStopBetweenTwoExposuresOrAfterTheSolveIsNotForgotten) 
     });
     after.live(
         "start", [] {}, [] {});
-    EXPECT_EQ(after.outcome(0), (Lines{"Azimuth Correction Plate Solved", "Operation stopped by operator",
-                                       "Azimuth Correction Aborted !!", "Align Aborted",
-                                       "Alignment Run Complete"}));
+    EXPECT_EQ(after.outcome(0),
+              (Lines{"Azimuth Correction Plate Solved", "Operation stopped by operator",
+                     "Azimuth Correction Aborted !!", "Align Aborted", "Alignment Run Complete"}));
     EXPECT_EQ(after.camera.exposures.size(), exposures) << "none after the one that was under way";
 }
 

@@ -51,7 +51,7 @@ struct Outcome {
     long struck = 0;
     bool neededStop = false;
     bool slewsOn = false;  // half a second after Stop
-    bool hung = false;  // even after Stop: the operator closed the program, or can only do that
+    bool hung = false;     // even after Stop: the operator closed the program, or can only do that
     std::vector<std::string> defects;
 };
 

@@ -1,8 +1,8 @@
 // The watch over one exposure, from its start until its picture is here.
 //
-// The camera is asked in the background, about twice a second, whether the picture is there; then it is fetched and
-// decoded, also in the background. A server that is away for a while costs that while: the camera keeps the
-// picture until it is asked for. Whatever goes wrong, the watch ends.
+// The camera is asked in the background, about twice a second, whether the picture is there; then it is
+// fetched and decoded, also in the background. A server that is away for a while costs that while: the camera
+// keeps the picture until it is asked for. Whatever goes wrong, the watch ends.
 #pragma once
 
 #include <functional>

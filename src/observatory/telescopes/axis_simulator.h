@@ -18,8 +18,9 @@ struct AxisSimulatorDevice : TelescopeDevice {
 };
 
 /// Beside a mount's members: the axis error ("PolarAzimuthError", "PolarElevationError" and the adjusters
-/// that change them), mechanical faults, the optics and the air as settings, "Expose", which takes the exposure's time,
-/// "ImageArray" and "SaveImageToFile"(full path), which replaces a file that is there and makes no folders.
+/// that change them), mechanical faults, the optics and the air as settings, "Expose", which takes the
+/// exposure's time, "ImageArray" and "SaveImageToFile"(full path), which replaces a file that is there and
+/// makes no folders.
 class AxisSimulator : public TelescopeDriver {
   public:
     /// Image paths go through the folder map.

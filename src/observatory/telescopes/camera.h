@@ -36,10 +36,10 @@ struct CameraSettings {
     double hotPixels = 0;           // a count, or below 1 the share of all pixels
     bool refraction = false;        // by the air
     sky::Air air;
-    double exposureTime = 1;        // seconds
-    double readNoise = 8;           // electrons
-    double gain = 1;                // electrons per count
-    double bias = 100;              // counts
+    double exposureTime = 1;  // seconds
+    double readNoise = 8;     // electrons
+    double gain = 1;          // electrons per count
+    double bias = 100;        // counts
 };
 
 /// How one picture is taken.
