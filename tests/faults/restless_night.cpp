@@ -152,15 +152,18 @@ Outcome Night::spendRestlessly(std::uint64_t seed) {
     return std::move(outcome_);
 }
 
-/// Nothing that the operator did may have spoiled a measurement unnoticed. On both sides of six hours the
-/// written calculation is wrong or finds nothing, and says so.
+/// Nothing that the operator did may have spoiled a measurement unnoticed. Of what goes wrong nevertheless
+/// the program warns: plates on both sides of six hours, and a mount that didn't go where it was sent, as one
+/// that was disconnected.
 void Night::checkMeasuredErrors() {
     constexpr double kTrue = 0.5, kTolerance = 0.02;  // degrees; the solver that knows
     const std::string label = "Error Amplitude = ";
     bool warned = false;
     for (const std::string& line : program_->log().lines()) {
         if (line.find("Start Alignment Run") != std::string::npos) warned = false;
-        if (line.find("Plates lie on both sides of hour angle six") != std::string::npos) warned = true;
+        for (const char* warning :
+             {"Plates lie on both sides of hour angle six", "don't trust this measurement"})
+            if (line.find(warning) != std::string::npos) warned = true;
         const auto at = line.find(label);
         if (at == std::string::npos || warned) continue;
         const double measured = std::atof(line.c_str() + at + label.size());
