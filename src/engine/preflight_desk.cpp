@@ -127,11 +127,13 @@ void PreflightDesk::slewThere() {
     state_.forgetStop();
     const Interlock::Engaged undisturbed(services_.interlock);
     panel_.cmdRun.setEnabled(false);
+    panel_.cmdExpose.setEnabled(false);
     panel_.cmdStop.setEnabled(true);
     const double ra = NormalizeRAHours(services_.telescope.SiderealTime() - proposal_->hourAngle);
     services_.telescope.SlewToCoordinates(ra, proposal_->declination);
     if (state_.AppUnloading) return;
     panel_.cmdRun.setEnabled(true);
+    panel_.cmdExpose.setEnabled(true);
     panel_.cmdStop.setEnabled(false);
     look();
 }

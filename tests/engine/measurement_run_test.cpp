@@ -373,7 +373,11 @@ TEST(MeasurementRun, SlewsToThePlaceThatIsProposed) {
     ASSERT_TRUE(world.preflightForm.cmdSlewThere.enabled());
     EXPECT_THAT(world.preflightForm.txtForecast.text(), HasSubstr("Plate 3: hour angle "));
     EXPECT_THAT(world.preflightForm.txtProposal.text(), HasSubstr("Begin at hour angle "));
+    std::string duringTheSlew;
+    const auto look =
+        world.loop.after(std::chrono::seconds{1}, [&] { duringTheSlew = world.enabledButtons(); });
     world.preflightForm.cmdSlewThere.click();
+    EXPECT_EQ(duringTheSlew, "Stop");
     ASSERT_EQ(world.mount.slews.size(), 1u);
     EXPECT_EQ(world.enabledButtons(), "Run Expose");
 }
