@@ -1,6 +1,7 @@
 #include "platform/controls.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "platform/form.h"
 
@@ -179,6 +180,16 @@ Control::Properties ComboBox::properties() const {
     for (const Item& item : items_) texts.push_back(item.text);
     all.emplace_back("text", text_);
     all.emplace_back("items", std::move(texts));
+    return all;
+}
+
+void Gauge::setFraction(double fraction) {
+    assign(thousandths_, fraction > 0 ? static_cast<int>(std::lround(std::min(fraction, 1.0) * 1000)) : 0);
+}
+
+Control::Properties Gauge::properties() const {
+    auto all = Control::properties();
+    all.emplace_back("value", std::int64_t{thousandths_});
     return all;
 }
 

@@ -264,6 +264,21 @@ class ComboBox : public Control {
     std::size_t chosen_ = static_cast<std::size_t>(-1);
 };
 
+/// How much of something is done or left: a bar.
+class Gauge : public Control {
+  public:
+    using Control::Control;
+
+    /// From 0 to 1.
+    double fraction() const { return thousandths_ / 1000.0; }
+    /// In steps of a thousandth, held in [0, 1]; what isn't a number is 0.
+    void setFraction(double fraction);
+    Properties properties() const override;
+
+  private:
+    int thousandths_ = 0;
+};
+
 class Picture : public Control {
   public:
     Picture(Form& form, std::string name);

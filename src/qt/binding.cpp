@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "qt/gauge_bar.h"
 #include "qt/picture_widget.h"
 #include "qt/tie.h"
 
@@ -53,7 +54,7 @@ bool isOneOf(const QObject& object) {
 bool isBindable(const QObject& object) {
     return !object.objectName().startsWith("qt_") &&
            isOneOf<QLabel, QPushButton, QCheckBox, QRadioButton, QLineEdit, QPlainTextEdit, QComboBox,
-                   QGroupBox, PictureWidget, QAction>(object);
+                   QGroupBox, PictureWidget, GaugeBar, QAction>(object);
 }
 
 void checkNames(const platform::Form& form, const QWidget& window) {

@@ -16,6 +16,7 @@
 #include <map>
 #include <stdexcept>
 
+#include "qt/gauge_bar.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
 #include "qt/window_keys.h"
@@ -456,6 +457,7 @@ QWidget* widgetFor(const platform::Control& control, const Theme& theme) {
     if (is(static_cast<const OptionButton*>(nullptr))) return new QRadioButton;
     if (is(static_cast<const TextBox*>(nullptr))) return new LineField;
     if (is(static_cast<const ComboBox*>(nullptr))) return new QComboBox;
+    if (is(static_cast<const Gauge*>(nullptr))) return new GaugeBar;
     if (is(static_cast<const Picture*>(nullptr))) return new PictureWidget(theme, PictureKind::kChart);
     if (is(static_cast<const Frame*>(nullptr))) {
         auto* const box = new QGroupBox;

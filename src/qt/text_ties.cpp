@@ -10,6 +10,7 @@
 #include <string>
 
 #include "qt/binding.h"
+#include "qt/gauge_bar.h"
 #include "qt/picture_widget.h"
 #include "qt/tie.h"
 
@@ -162,11 +163,20 @@ class PictureTie : public TieOf<platform::Picture, PictureWidget> {
     }
 };
 
+class GaugeTie : public TieOf<platform::Gauge, GaugeBar> {
+  public:
+    using TieOf::TieOf;
+    void show() override {
+        showCommon(widget());
+        widget().setFraction(control().fraction());
+    }
+};
+
 }  // namespace
 
 std::unique_ptr<Tie> tieText(platform::Control& control, QWidget* widget, const Front& front) {
-    for (const auto make :
-         {tie<LabelTie>, tie<FrameTie>, tie<LineTie>, tie<PlainTextTie>, tie<ReadoutTie>, tie<PictureTie>})
+    for (const auto make : {tie<LabelTie>, tie<FrameTie>, tie<LineTie>, tie<PlainTextTie>, tie<ReadoutTie>,
+                            tie<PictureTie>, tie<GaugeTie>})
         if (auto made = make(control, widget, front)) return made;
     return nullptr;
 }

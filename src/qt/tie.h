@@ -81,7 +81,7 @@ std::unique_ptr<Tie> tie(platform::Control& control, QWidget* widget, const Fron
 /// What the operator presses, ticks or chooses: buttons, boxes, options, lists. Nothing for other kinds.
 std::unique_ptr<Tie> tieChoice(platform::Control& control, QWidget* widget, const Front& front);
 std::unique_ptr<Tie> tieMenuItem(platform::MenuItem& item, QAction& action, const Front& front);
-/// What the operator reads or writes: labels, frames, text boxes, pictures. Nothing for other kinds.
+/// What the operator reads or writes: labels, frames, text boxes, pictures, gauges. Nothing for other kinds.
 std::unique_ptr<Tie> tieText(platform::Control& control, QWidget* widget, const Front& front);
 
 }  // namespace vantrel::qt

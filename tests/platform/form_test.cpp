@@ -1,5 +1,7 @@
 #include "platform/form.h"
 
+#include <cmath>
+
 #include <gtest/gtest.h>
 
 namespace vantrel::platform {
@@ -105,6 +107,21 @@ TEST_F(FormTest, ListsAreChosenFromByTheirEntries) {
     EXPECT_EQ(list.text(), "USNO");
     EXPECT_EQ(clicks, 1);
     EXPECT_EQ(changes, 0);
+}
+
+TEST_F(FormTest, GaugesKeepToTheirRangeAndTellVisibleStepsOnly) {
+    Gauge gauge(form, "gauge");
+    const auto told = gauge.changed.subscribe([&] { ++changes; });
+    for (const double nothing : {-1.0, std::nan(""), 0.0004}) {
+        gauge.setFraction(nothing);
+        EXPECT_EQ(gauge.fraction(), 0);
+    }
+    EXPECT_EQ(changes, 0);
+    gauge.setFraction(0.5);
+    gauge.setFraction(0.5002);
+    EXPECT_EQ(changes, 1);
+    gauge.setFraction(7);
+    EXPECT_EQ(gauge.fraction(), 1);
 }
 
 TEST_F(FormTest, WindowsLoadOnceActivateInTurnAndLoadAgainAfterUnloading) {
