@@ -5,6 +5,7 @@
 
 #include "engine/angles.h"
 #include "engine/run_exits.h"
+#include "engine/waiting.h"
 #include "platform/text.h"
 
 namespace vantrel::engine {
@@ -16,6 +17,9 @@ namespace {
 
 /// Of the wanted turn. More does no harm.
 constexpr double kEnough = 0.9;
+
+/// Seconds after a picture that failed. A camera that is gone fails at once.
+constexpr double kBeforeTheNextLook = 1;
 
 }  // namespace
 
@@ -54,6 +58,7 @@ TakenPlate HandTurning::next(const MeasurementPlan& plan, std::span<const TakenP
         const auto picture = look(number, seen);
         if (!picture) {
             tell("No solution", "Hold still, or turn on " + way);
+            WaitSeconds(services_.loop, kBeforeTheNextLook);
             continue;
         }
         const double eastward = turnedEastward(last, *picture);
