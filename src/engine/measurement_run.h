@@ -44,6 +44,7 @@ class MeasurementRun {
     MeasurementPlan validatedPlan();
     int validatedCount(const platform::TextBox& box, const std::string& what, int fewest, int most);
     void logSettings(const MeasurementPlan& plan);
+    std::vector<PlannedStage> stagesOf(const MeasurementPlan& plan) const;
     std::vector<TakenPlate> takePlates(MeasurementPlan& plan);
     std::vector<TakenPlate> takePlatesByHand(const MeasurementPlan& plan);
     void readStartPosition();
@@ -52,6 +53,7 @@ class MeasurementRun {
                                         const std::vector<TakenPlate>& before);
     void takeClosingPlate(const MeasurementPlan& plan, std::vector<TakenPlate>& taken);
     void showPlateInHand(const MeasurementPlan& plan, int number);
+    void nameInProgress(const MeasurementPlan& plan, int number);
     std::optional<TakenPlate> retryWithHalfTheSlew(MeasurementPlan& plan, const TakenPlate& first);
     void goOnWithout(const MeasurementPlan& plan, int number, const std::vector<TakenPlate>& taken);
     [[noreturn]] void plateFailed(int number);
@@ -62,10 +64,12 @@ class MeasurementRun {
     bool operatorWantsCorrection();
     void redo(const TakenPlate& plate, const MeasurementPlan& plan);
     void askToWait();
-    void slewBetween(const EquatorialPosition& to);
+    void slewBetween(const EquatorialPosition& to, Stage stage);
 
-    void slewOn(double hours);
+    void slewOn(double hours, Stage stage = Stage::kSlew);
+    void slew(Stage stage);
     void waitForMountToSettle();
+    double settlingSeconds() const;
     enum class Style : std::int8_t { kSexagesimal, kDecimal };
     void logPosition(Style style);
     [[noreturn]] void failurePrompt(const std::string& text, std::optional<platform::Alignment> alignment);

@@ -77,6 +77,8 @@ std::string PlateTaker::expose() {
     const auto now = platform::civilLocal(services_.loop.clock().utc());
     const std::string name = ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image" : kSavedImage;
     const std::string imageFileName = name + ".fit";
+    const Progress::UnderWay exposing(services_.progress,
+                                      {Stage::kExpose, state_.UsingAxisSimulator ? 0 : exposureSeconds()});
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
         goOn();
@@ -109,6 +111,7 @@ std::optional<PlateSolution> PlateTaker::solve(const TakenPlate& plate, const st
     state_.ExposureDec = plate.sentTo.Dec;
     state_.SpiralSearchAllowed = true;
     state_.WholeSkyAllowed = plate.pointing == Pointing::kByHand;
+    const Progress::UnderWay solving(services_.progress, {Stage::kSolve});
     auto solution = services_.solver.SolvePlate(image, offset.RA, offset.Dec);
     if (!state_.PlateSolved) return std::nullopt;
     log(plateName(plate) + " Solved");

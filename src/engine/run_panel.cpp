@@ -30,7 +30,9 @@ RunPanel::RunPanel(platform::Form& form)
       lblFrame3(form, "lblFrame3", "3"),
       lblMeasure(form, "lblMeasure", "Measure"),
       lblAlt(form, "lblAlt", "Elv"),
-      lblAz(form, "lblAz", "Az") {
+      lblAz(form, "lblAz", "Az"),
+      lblProgress(form, "lblProgress", ""),
+      gaugeProgress(form, "gaugeProgress") {
     cmdStop.setEnabled(false);
     cmdNext.setEnabled(false);
     cmdSkip.setEnabled(false);

@@ -21,6 +21,8 @@ struct RunPanel {
     platform::Label lblFrame1, lblFrame2, lblFrame3;
     platform::Label lblMeasure;
     platform::Label lblAlt, lblAz;
+    platform::Label lblProgress;  // what goes on, and how long it will take
+    platform::Gauge gaugeProgress;
 };
 
 }  // namespace vantrel::engine
