@@ -25,6 +25,7 @@ frmPolarPlot::frmPolarPlot(platform::Screen& screen)
       txtAzimuthSigma(*this, "txtAzimuthSigma"),
       txtEstimateElevationSigma(*this, "txtEstimateElevationSigma"),
       txtEstimateAzimuthSigma(*this, "txtEstimateAzimuthSigma"),
+      lblOnSky(*this, "lblOnSky", ""),
       lblDoubt(*this, "lblDoubt", ""),
       cmdPlates(*this, "cmdPlates", "Plates"),
       chkHistory(*this, "chkHistory", "Earlier measurements"),
