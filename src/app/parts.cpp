@@ -36,6 +36,7 @@ Parts::Parts(const platform::Machine& surroundings)
       devicesForm(machine.screen, settings),
       aboutForm(machine.screen),
       cameraReadings(devicesForm, machine.camera),
+      statusStrip(main.status),
       log(machine.loop.clock(), machine.folders, logForm),
       popups(machine.loop, settings, log, state, popupForm, main.setup.txtMsgDisplayTime),
       logWindow(logForm, main, settings, log),
@@ -65,12 +66,13 @@ Parts::Parts(const platform::Machine& surroundings)
       solver(pinPoint, imageLink, main.plateSolve, state),
       scaleCalculator(pixelScaleForm, main.plateSolve, settings, log, [this] { return greatestBinning(); }),
       Timer1(machine.loop, platform::Milliseconds{1000}),
-      polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot),
+      polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot, main.result),
       history(machine.loop.clock(), machine.folders, settings, log,
               [this] { return telescope.TelescopeName(); }),
       pastNights(historyForm, [this] { return history.past(); }),
-      services{machine.loop, settings, log,       popups,          telescope, camera,
-               solver,       utility,  polarPlot, correctionRelay, interlock, history},
+      progress(main.run, state, machine.loop),
+      services{machine.loop, settings,        log,       popups,  telescope, camera, solver, utility,
+               polarPlot,    correctionRelay, interlock, history, progress},
       prompt(main.run, state, machine.loop, settings, log, telescope),
       preflight(preflightForm, main.run, state, services,
                 [this](const std::string& path) { return horizonText(machine.folders.real(path)); }),
@@ -90,7 +92,13 @@ Parts::Parts(const platform::Machine& surroundings)
     Timer1.onTick = [this] {
         scaleCalculator.recompute();
         cameraReadings.show();
+        statusStrip.show(equipment());
     };
+    popups.onShown = [this](const std::string& text) {
+        statusStrip.show(equipment());
+        statusStrip.keep(text);
+    };
+    popups.onTakenBack = [this] { statusStrip.takeBack(); };
     devicesForm.onCameraChanged = [this] {
         if (machine.adjustCamera) machine.adjustCamera();
         cameraReadings.show();
@@ -102,6 +110,20 @@ std::optional<int> Parts::greatestBinning() const {
     const platform::CameraHardware& camera = machine.camera();
     if (!camera.connected()) return std::nullopt;
     return std::min(camera.facts().maxBinX, camera.facts().maxBinY);
+}
+
+Equipment Parts::equipment() const {
+    const std::string& software = imagingPrograms.ImagingSoftware;
+    const bool cameraHeld = imagingPrograms.maxImCamera || imagingPrograms.ccdSoftCamera ||
+                            (imagingPrograms.builtInCamera && machine.camera && machine.camera().connected());
+    return {.mount = telescope.holdsDriver() ? Readiness::kReady : Readiness::kMissing,
+            .mountChosen = !telescope.TelescopeProgID().empty(),
+            .camera = !cameraHeld          ? Readiness::kMissing
+                      : state.CameraFailed ? Readiness::kTrouble
+                                           : Readiness::kReady,
+            .cameraChosen = !software.empty() && software != "NeedToSelect",
+            .solver = !state.PlateSolveMethod.empty(),
+            .site = !main.setup.txtSiteLat.text().empty() && !main.setup.txtSiteLong.text().empty()};
 }
 
 }  // namespace vantrel::app

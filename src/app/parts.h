@@ -18,6 +18,7 @@
 #include "app/real_folders.h"
 #include "app/settings_fields.h"
 #include "app/settings_store.h"
+#include "app/status_strip.h"
 #include "correction/correction_sequence.h"
 #include "correction/image_overlays.h"
 #include "correction/open_star_finder.h"
@@ -74,6 +75,7 @@ struct Parts {
     frmDevices devicesForm;
     frmAbout aboutForm;
     CameraReadings cameraReadings;
+    StatusStrip statusStrip;
 
     // What tells the operator, and what he sets
     MessageLog log;
@@ -113,6 +115,7 @@ struct Parts {
     MeasurementHistory history;
     correction::PastNights pastNights;
     engine::Interlock interlock;
+    engine::Progress progress;
     engine::Services services;
     engine::OperatorPrompt prompt;
     engine::PreflightDesk preflight;
@@ -128,6 +131,7 @@ struct Parts {
 
     /// Of the camera in use; nothing while it isn't known.
     std::optional<int> greatestBinning() const;
+    Equipment equipment() const;
 
     /// The start got as far as filling the fields; before that there is nothing to store or to disconnect.
     bool fieldsFilled = false;

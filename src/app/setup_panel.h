@@ -18,6 +18,7 @@ struct SetupPanel {
     platform::TextBox txtMsgDisplayTime;                                 // seconds
     platform::Button cmdTelescope, cmdLog;
     platform::MenuItem mnuFileExit, mnuSetOnTop, mnuSetOptions, mnuFormHelp, mnuAbout;
+    platform::MenuItem mnuNight, mnuDimmer;
 };
 
 }  // namespace vantrel::app
