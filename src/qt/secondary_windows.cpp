@@ -19,6 +19,7 @@
 #include "qt/gauge_bar.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
+#include "qt/translation.h"
 #include "qt/window_keys.h"
 #include "qt/windows.h"
 
@@ -143,6 +144,10 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     addReadout(*parts, "Azimuth", "txtAzimuthError", unitLabel("lblAzimuth_Unit"),
                meaningLabel("lblRightOfPole", " Right of pole"));
     addSigma(*parts, "txtAzimuthSigma", 4);
+    auto* const onSky = named<QLabel>("lblOnSky");
+    onSky->setWordWrap(true);
+    onSky->setMinimumHeight(onSky->fontMetrics().lineSpacing());
+    parts->addWidget(onSky, parts->rowCount(), 0, 1, 5);
     axis->addWidget(named<QLabel>("lblUnits"), axis->rowCount() - 1, 4);
     auto* const offsets = readoutGrid();
     addReadout(*offsets, "RA", "txtOffsetRA", new QLabel("h"), nullptr);
@@ -167,7 +172,7 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const readouts = new QWidget;
     auto* const column = new QVBoxLayout(readouts);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(10);
+    column->setSpacing(6);
     column->addWidget(group(Text::tr("Mount's axis"), axis));
     column->addWidget(group(Text::tr("Elevation and azimuth"), parts));
     column->addWidget(group(Text::tr("Least squares"), estimate));
@@ -487,6 +492,8 @@ PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(
         }
         QWidget* const widget = made[control] = widgetFor(*control, front.theme);
         widget->setObjectName(name);
+        if (dynamic_cast<QComboBox*>(widget) != nullptr)
+            widget->setAccessibleName(inWords(form.name(), control->toolTip()));
         const auto frame = made.find(control->frame());
         QBoxLayout* const into = frame != made.end() ? static_cast<QBoxLayout*>(frame->second->layout())
                                  : dynamic_cast<QPushButton*>(widget) != nullptr

@@ -20,7 +20,10 @@ struct Colors {
     QColor chart, ring, marker;  // the plots' ground, lines and points
 };
 
+/// The look by day, or by night at full brightness.
 const Colors& colorsOf(bool night);
+/// The same with every colour at this share of its brightness.
+Colors dimmed(const Colors& colors, double share);
 QPalette paletteOf(const Colors& colors);
 
 /// The look in use. Changing it repaints every window at once.
@@ -31,7 +34,9 @@ class Theme {
 
     bool night() const { return night_; }
     void setNight(bool night);
-    const Colors& colors() const { return colorsOf(night_); }
+    /// Of the night's colours, from 0 to 1. By day it changes nothing.
+    void setNightBrightness(double share);
+    const Colors& colors() const { return colors_; }
 
     /// How a control's back colour and its text colour look. By night all hues become reds of like
     /// brightness; what is lit stays the brightest.
@@ -43,12 +48,16 @@ class Theme {
     platform::Signal<> changed;
 
   private:
+    void change(bool night, double brightness);
     void apply();
+    QColor red(double strength) const;
 
     bool night_ = false;
+    double brightness_ = 1;
+    Colors colors_;
 };
 
-/// The picture in shades of the night's red, for icons.
-QPixmap reddened(const QPixmap& picture);
+/// The picture in shades of this red, for icons by night.
+QPixmap reddened(const QPixmap& picture, const QColor& brightest);
 
 }  // namespace vantrel::qt

@@ -10,16 +10,21 @@
 class QGroupBox;
 class QLabel;
 
+namespace vantrel::app {
+class frmMain;
+}
+
 namespace vantrel::qt {
 
 class MainWindow : public FormWindow {
   public:
-    MainWindow(platform::Form& form, const Front& front);
+    MainWindow(app::frmMain& form, const Front& front);
 
   private:
+    void addKeys();
     void offerAnswer();
 
-    platform::Subscription nextChanged_;
+    platform::Subscription nextChanged_, pageWanted_;
     bool nextWasEnabled_ = false;
 };
 

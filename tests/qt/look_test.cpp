@@ -88,7 +88,8 @@ TEST_P(LayoutTest, ScrollsNothingWhereThereIsRoom) {
             for (const QScrollArea* area : window->findChildren<QScrollArea*>())
                 for (const QScrollBar* bar : {area->horizontalScrollBar(), area->verticalScrollBar()})
                     EXPECT_FALSE(area->isVisible() && bar->isVisible())
-                        << window->form().name() << ": " << bar->maximum() << " too much";
+                        << window->form().name() << ": " << bar->maximum()
+                        << (bar->orientation() == Qt::Vertical ? " too high" : " too wide");
         });
 }
 

@@ -82,7 +82,7 @@ TEST(Translation, TakesNamesAndFiguresAlong) {
         {"frmDevices", "120, takes 0 to 480", "120, möglich 0 bis 480"},
         {"frmDevices", "-9.5 °C, cooler at 40 %", "-9.5 °C, Kühlung bei 40 %"},
         // the program's words
-        {"frmMain", "Slewing", "Slewing"},
+        {"frmMain", "Error Amplitude", "Error Amplitude"},
         {"frmMain", "Expose & Solve", "Expose & Solve"},
         {"dialog", "Vantrel is already running", "Vantrel is already running"},
     };

@@ -4,6 +4,26 @@
 <context>
     <name>Text</name>
     <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>Result</source>
+        <translation>Ergebnis</translation>
+    </message>
+    <message>
+        <source>Tolerance</source>
+        <translation>Toleranz</translation>
+    </message>
+    <message>
+        <source>Last message</source>
+        <translation>Letzte Meldung</translation>
+    </message>
+    <message>
+        <source>Declination errors</source>
+        <translation>Deklinationsfehler</translation>
+    </message>
+    <message>
         <source>Uncertainty in arc-seconds</source>
         <translation>Unsicherheit in Bogensekunden</translation>
     </message>
@@ -926,6 +946,244 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>%1 east - to sync on</source>
         <translation>%1 östlich - zum Abgleichen</translation>
+    </message>
+</context>
+<context>
+    <name>frmMain</name>
+    <message>
+        <source>Azimuth %1 too far east: turn west</source>
+        <translation>Azimut %1 zu weit Ost: nach West drehen</translation>
+    </message>
+    <message>
+        <source>Azimuth %1 too far west: turn east</source>
+        <translation>Azimut %1 zu weit West: nach Ost drehen</translation>
+    </message>
+    <message>
+        <source>Azimuth is right</source>
+        <translation>Azimut stimmt</translation>
+    </message>
+    <message>
+        <source>Elevation %1 too high: lower</source>
+        <translation>Höhe %1 zu hoch: senken</translation>
+    </message>
+    <message>
+        <source>Elevation %1 too low: raise</source>
+        <translation>Höhe %1 zu tief: anheben</translation>
+    </message>
+    <message>
+        <source>Elevation is right</source>
+        <translation>Höhe stimmt</translation>
+    </message>
+    <message>
+        <source>Total %1, measured at %2</source>
+        <translation>Insgesamt %1, gemessen um %2</translation>
+    </message>
+    <message>
+        <source>Good: within %1</source>
+        <translation>Gut: innerhalb %1</translation>
+    </message>
+    <message>
+        <source>Uncertain: about %1</source>
+        <translation>Unsicher: etwa %1</translation>
+    </message>
+    <message>
+        <source>Not yet within %1</source>
+        <translation>Noch nicht innerhalb %1</translation>
+    </message>
+    <message>
+        <source>No measurement yet</source>
+        <translation>Noch keine Messung</translation>
+    </message>
+    <message>
+        <source>No valid result</source>
+        <translation>Kein gültiges Ergebnis</translation>
+    </message>
+    <message>
+        <source>Arc-minutes from the pole that are good enough for you</source>
+        <translation>So viele Bogenminuten vom Pol genügen</translation>
+    </message>
+    <message>
+        <source>%1; about %2 left</source>
+        <translation>%1; noch etwa %2</translation>
+    </message>
+    <message>
+        <source>%1: exposing, %2 of %3 s</source>
+        <translation>%1: belichtet, %2 von %3 s</translation>
+    </message>
+    <message>
+        <source>%1: settling, %2 of %3 s</source>
+        <translation>%1: kommt zur Ruhe, %2 von %3 s</translation>
+    </message>
+    <message>
+        <source>%1: exposing</source>
+        <translation>%1: belichtet</translation>
+    </message>
+    <message>
+        <source>%1: slewing</source>
+        <translation>%1: schwenkt</translation>
+    </message>
+    <message>
+        <source>%1: slewing back</source>
+        <translation>%1: schwenkt zurück</translation>
+    </message>
+    <message>
+        <source>%1: solving</source>
+        <translation>%1: wird gelöst</translation>
+    </message>
+    <message>
+        <source>Exposing, %1 of %2 s</source>
+        <translation>Belichtet, %1 von %2 s</translation>
+    </message>
+    <message>
+        <source>Exposing</source>
+        <translation>Belichtet</translation>
+    </message>
+    <message>
+        <source>Slewing back</source>
+        <translation>Schwenkt zurück</translation>
+    </message>
+    <message>
+        <source>Slewing</source>
+        <translation>Schwenkt</translation>
+    </message>
+    <message>
+        <source>Solving</source>
+        <translation>Wird gelöst</translation>
+    </message>
+    <message>
+        <source>Plate %1 of %2</source>
+        <translation>Platte %1 von %2</translation>
+    </message>
+    <message>
+        <source>Plate %1 again</source>
+        <translation>Platte %1 noch einmal</translation>
+    </message>
+    <message>
+        <source>Stopping after the slew</source>
+        <translation>Hält nach dem Schwenk an</translation>
+    </message>
+    <message>
+        <source>Stopping after the exposure</source>
+        <translation>Hält nach der Belichtung an</translation>
+    </message>
+    <message>
+        <source>Stopping after the solution</source>
+        <translation>Hält nach der Lösung an</translation>
+    </message>
+    <message>
+        <source>Stopping</source>
+        <translation>Hält an</translation>
+    </message>
+    <message>
+        <source>Stopped</source>
+        <translation>Angehalten</translation>
+    </message>
+    <message>
+        <source>Measured: Next corrects, Skip ends</source>
+        <translation>Gemessen: Next korrigiert, Skip beendet</translation>
+    </message>
+    <message>
+        <source>Waiting for you to click Next</source>
+        <translation>Wartet auf Next</translation>
+    </message>
+    <message>
+        <source>Measurement complete</source>
+        <translation>Messung vollständig</translation>
+    </message>
+    <message>
+        <source>No position found: check the solve settings</source>
+        <translation>Keine Position gefunden: Einstellungen des Lösens prüfen</translation>
+    </message>
+    <message>
+        <source>Found at %1, %2: %3 from the mount&apos;s reading</source>
+        <translation>Gefunden bei %1, %2: %3 von der Anzeige der Montierung</translation>
+    </message>
+    <message>
+        <source>Found at %1, %2</source>
+        <translation>Gefunden bei %1, %2</translation>
+    </message>
+    <message>
+        <source>No mount</source>
+        <translation>Keine Montierung</translation>
+    </message>
+    <message>
+        <source>Mount ready</source>
+        <translation>Montierung bereit</translation>
+    </message>
+    <message>
+        <source>Mount off</source>
+        <translation>Montierung aus</translation>
+    </message>
+    <message>
+        <source>No camera</source>
+        <translation>Keine Kamera</translation>
+    </message>
+    <message>
+        <source>Camera ready</source>
+        <translation>Kamera bereit</translation>
+    </message>
+    <message>
+        <source>Camera off</source>
+        <translation>Kamera aus</translation>
+    </message>
+    <message>
+        <source>Camera failed</source>
+        <translation>Kamerafehler</translation>
+    </message>
+    <message>
+        <source>No solver</source>
+        <translation>Kein Löser</translation>
+    </message>
+    <message>
+        <source>Solver ready</source>
+        <translation>Löser bereit</translation>
+    </message>
+    <message>
+        <source>No site</source>
+        <translation>Kein Ort</translation>
+    </message>
+    <message>
+        <source>Site set</source>
+        <translation>Ort bekannt</translation>
+    </message>
+    <message>
+        <source>Opens the telescope window</source>
+        <translation>Öffnet das Fenster der Montierung</translation>
+    </message>
+    <message>
+        <source>Opens the choice of the imaging software</source>
+        <translation>Öffnet die Wahl des Aufnahmeprogramms</translation>
+    </message>
+    <message>
+        <source>Opens the plate solver&apos;s settings</source>
+        <translation>Öffnet die Einstellungen des Lösens</translation>
+    </message>
+    <message>
+        <source>Opens the observing site</source>
+        <translation>Öffnet den Beobachtungsort</translation>
+    </message>
+    <message>
+        <source>The last message: a click takes it away and opens the log</source>
+        <translation>Die letzte Meldung: ein Klick nimmt sie fort und öffnet das Protokoll</translation>
+    </message>
+    <message>
+        <source>No telescope is chosen. Choose one in the telescope window.</source>
+        <translation>Kein Teleskop ist gewählt: im Fenster der Montierung eines wählen.</translation>
+    </message>
+    <message>
+        <source>%1. The mount isn&apos;t connected: connect it in the telescope window.</source>
+        <translation>%1. Die Montierung ist nicht verbunden: in ihrem Fenster verbinden.</translation>
+    </message>
+    <message>
+        <source>%1. No imaging software is chosen: choose one on the Set-up page.</source>
+        <translation>%1. Kein Aufnahmeprogramm ist gewählt: unter Einrichtung eines wählen.</translation>
+    </message>
+</context>
+<context>
+    <name>frmPolarPlot</name>
+    <message>
+        <source>The azimuth knob&apos;s %1 are %2 on the sky (× cosine of the latitude)</source>
+        <translation>%1 am Azimutknopf sind am Himmel %2 (× Kosinus der Breite)</translation>
     </message>
 </context>
 </TS>
