@@ -40,7 +40,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
                 [](const std::string& address) {
                     return QDesktopServices::openUrl(QUrl(QString::fromStdString(address)));
                 },
-                [this] { return application_.pictureFacts(); }, front.network},
+                [this] { return application_.pictureFacts(); }, front.network, front.network},
                seed),
       application_(station_.machine(station_.classes(), screen_, desktop_)),
       chance_(seed),

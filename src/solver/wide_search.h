@@ -20,6 +20,7 @@ struct WideSettings {
     double radiusDeg = 180;
     double epochYear = 2000;       ///< of the exposure
     double chanceLimitLog10 = -7;  ///< matches likelier than this to be chance are refused
+    std::function<bool()> givenUp = {};  ///< asked for each star; nothing is found any more once it says so
 };
 
 struct WideSolution {
