@@ -334,12 +334,15 @@ QWidget* plateSolveTab() {
 
 QMenuBar* menus() {
     auto* const bar = new QMenuBar;
-    menuItem(*bar->addMenu("&File"), "mnuFileExit");
+    QMenu* const file = bar->addMenu("&File");
+    menuItem(*file, "mnuSolvePicture")->setShortcut(QKeySequence::Open);
+    menuItem(*file, "mnuFileExit");
     QMenu* const set = bar->addMenu("&Set");
     menuItem(*set, "mnuSetOnTop", true);
     menuItem(*set, "mnuSetOptions");
     QMenu* const help = bar->addMenu("&Help");
     menuItem(*help, "mnuFormHelp");
+    menuItem(*help, "mnuWelcome");
     menuItem(*help, "mnuAbout");
     return bar;
 }
