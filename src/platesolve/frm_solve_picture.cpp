@@ -25,8 +25,8 @@ frmSolvePicture::frmSolvePicture(platform::Screen& screen)
     cmdSolve.setToolTip("Find out where the picture points");
     txtRoll.setToolTip("As the log tells it: 180 with north up and east left");
     txtPositionAngle.setToolTip("Where the upper edge points: from north through east");
-    for (platform::TextBox* box : {&txtCentreRA, &txtCentreDec, &txtScale, &txtRoll, &txtPositionAngle,
-                                   &txtField, &txtMatched})
+    for (platform::TextBox* box :
+         {&txtCentreRA, &txtCentreDec, &txtScale, &txtRoll, &txtPositionAngle, &txtField, &txtMatched})
         box->setReadOnly(true);
     cmdStop.setEnabled(false);
     cmdOK.onClick = [this] { unload(); };

@@ -13,13 +13,13 @@ class frmSolvePicture : public platform::Form {
     platform::Button cmdChooseFile;  // "..." beside it
     platform::TextBox txtScaleHint;  // arc-seconds per pixel; may be empty
     platform::Button cmdSolve, cmdStop;
-    platform::Label lblOutcome;                     // what is going on, and what came of it
-    platform::TextBox txtCentreRA, txtCentreDec;    // J2000
-    platform::TextBox txtScale;                     // arc-seconds per pixel, across and down
-    platform::TextBox txtRoll, txtPositionAngle;    // degrees; the latter of the picture's upper edge
-    platform::TextBox txtField;                     // degrees, across and down
-    platform::TextBox txtMatched;                   // stars of the catalogue, of those in the picture
-    platform::Picture picPlate;                     // the matched stars are circled
+    platform::Label lblOutcome;                   // what is going on, and what came of it
+    platform::TextBox txtCentreRA, txtCentreDec;  // J2000
+    platform::TextBox txtScale;                   // arc-seconds per pixel, across and down
+    platform::TextBox txtRoll, txtPositionAngle;  // degrees; the latter of the picture's upper edge
+    platform::TextBox txtField;                   // degrees, across and down
+    platform::TextBox txtMatched;                 // stars of the catalogue, of those in the picture
+    platform::Picture picPlate;                   // the matched stars are circled
     platform::Button cmdOK;
 };
 

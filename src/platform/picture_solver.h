@@ -23,8 +23,8 @@ struct SolvedPicture {
     double scaleX = 0, scaleY = 0;   // arc-seconds per pixel
     double rollDeg = 0;              // as the log tells it: 180 with north up and east left
     bool mirrored = false;
-    double residualArcsec = 0;    // mean distance of the stars from where the catalogue has them
-    std::size_t starsFound = 0;   // in the picture
+    double residualArcsec = 0;          // mean distance of the stars from where the catalogue has them
+    std::size_t starsFound = 0;         // in the picture
     std::vector<RecognisedStar> stars;  // brightest first
 };
 

@@ -16,8 +16,7 @@ ImageView::ImageView(imaging::ShownImage& image, const Front& front)
     : image_(image),
       front_(front),
       colors_(imageColors(colorsOf(false), false, false)),
-      emptyText_(
-          Text::tr("No image yet.\n\nThe pictures that the imaging program takes\nappear here.")) {
+      emptyText_(Text::tr("No image yet.\n\nThe pictures that the imaging program takes\nappear here.")) {
     setObjectName("imageView");
     setAccessibleName(Text::tr("Camera image"));
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -167,8 +166,9 @@ void ImageView::paintMarks(QPainter& painter) const {
             const double radius = std::max(circle->radius * scale, kSmallest);
             painter.drawEllipse(inWindow(circle->x, circle->y), radius, radius);
         } else if (const auto* text = std::get_if<platform::Text>(&mark)) {
-            painter.drawText(inWindow(text->x, text->y) + QPointF(kBeside, painter.fontMetrics().ascent() / 2.0),
-                             QString::fromStdString(text->text));
+            painter.drawText(
+                inWindow(text->x, text->y) + QPointF(kBeside, painter.fontMetrics().ascent() / 2.0),
+                QString::fromStdString(text->text));
         }
     }
 }
