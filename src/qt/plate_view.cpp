@@ -6,8 +6,10 @@
 
 namespace vantrel::qt {
 
-PlateView::PlateView(const Front& front, const QString& empty)
+PlateView::PlateView(const Front& front, const QString& name, const QString& empty)
     : front_(front), image_(documents_), view_(new ImageView(image_, front)) {
+    setAccessibleName(name);
+    view_->setAccessibleName(name);
     view_->setEmptyText(empty);
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});

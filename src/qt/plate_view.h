@@ -14,8 +14,8 @@ class ImageView;
 
 class PlateView : public QWidget {
   public:
-    /// `empty` stands there while there is no photograph.
-    PlateView(const Front& front, const QString& empty);
+    /// `name` is what it is called where it can't be seen; `empty` stands there without a photograph.
+    PlateView(const Front& front, const QString& name, const QString& empty);
 
     void setDrawing(const platform::Drawing& drawing);
     const ImageView& view() const { return *view_; }

@@ -334,9 +334,9 @@ PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : F
 SolvePictureWindow::SolvePictureWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
     auto* const layout = new QHBoxLayout(this);
     layout->setSpacing(12);
-    auto* const plate = named<PlateView>("picPlate", front, Text::tr("Drop a FITS file here."));
-    plate->setAccessibleName(Text::tr("The picture, matched stars circled"));
-    layout->addWidget(plate, 1);
+    layout->addWidget(named<PlateView>("picPlate", front, Text::tr("The picture, matched stars circled"),
+                                       Text::tr("Drop a FITS file here.")),
+                      1);
 
     auto* const page = new QWidget;
     auto* const column = new QVBoxLayout(page);
