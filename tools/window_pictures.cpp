@@ -52,6 +52,8 @@ QImage withPalette(const QImage& picture, int apart) {
     return image.convertToFormat(QImage::Format_Indexed8, palette, Qt::ThresholdDither | Qt::AvoidDither);
 }
 
+constexpr int kNoisy = 16;  // apart enough for colours of pictures whose noise takes most room
+
 void save(QWidget& window, const QString& path, int apart) {
     const int percent = qRound(window.devicePixelRatio() * 100);
     const QString scale = percent == 100 ? QString() : "-" + QString::number(percent);
@@ -67,15 +69,15 @@ class Pictures {
         : night_(night), folder_(std::move(folder)), look_(byNight ? "-night" : "-day") {}
 
     /// The window as it looks now; of the main window the tab.
-    void take(const char* formName, const QString& name, int tab = 0) const {
+    void take(const char* formName, const QString& name, int tab = 0, int apart = 1) const {
         FormWindow& window = night_.program.window(formName);
         window.resize(window.sizeHint().expandedTo(window.minimumSizeHint()).expandedTo(window.size()));
         if (auto* const tabs = window.findChild<QTabWidget*>()) tabs->setCurrentIndex(tab);
-        takeWidget(window, name);
+        takeWidget(window, name, apart);
     }
-    void takeWidget(QWidget& widget, const QString& name) const {
+    void takeWidget(QWidget& widget, const QString& name, int apart = 1) const {
         QApplication::processEvents();
-        save(widget, folder_ + "/" + name + look_, 1);
+        save(widget, folder_ + "/" + name + look_, apart);
     }
 
   private:
@@ -282,7 +284,7 @@ void takeFirstPictures(const QString& folder, bool byNight) {
                      box.setText("Documents/Pleiades.fits");  // the folders of this run are temporary ones
                  }},
                 {[&] { return outcome.caption().starts_with("Solved"); },
-                 [&] { pictures.take("frmSolvePicture", "solve-picture"); }}});
+                 [&] { pictures.take("frmSolvePicture", "solve-picture", 0, kNoisy); }}});
 }
 
 /// What the correction draws into the picture of the simulator's camera, as the observer sees it.
@@ -310,8 +312,7 @@ void takeImagePictures(const QString& folder, const char* look) {
         window.show();
         QApplication::processEvents();
         night.loop.yield();
-        constexpr int kApart = 16;  // as noise takes most room
-        save(window, folder + "/image-" + mark + "-" + look, kApart);
+        save(window, folder + "/image-" + mark + "-" + look, kNoisy);
     };
     take("cross-hair", [&] { marks.CrossHair(std::nullopt); });
     take("rectangle", [&] { marks.DrawCenteredRectangles(0.2); });

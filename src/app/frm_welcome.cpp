@@ -3,7 +3,7 @@
 namespace vantrel::app {
 
 frmWelcome::frmWelcome(platform::Screen& screen)
-    : Form(screen, "frmWelcome", "Welcome", {260, 140, 520, 420}),
+    : Form(screen, "frmWelcome", "Welcome", {260, 140, 520, 360}),
       lblWelcome(*this, "lblWelcome", "How would you like to begin?"),
       cmdTrySimulator(*this, "cmdTrySimulator", "Try it with the simulator"),
       lblTrySimulator(*this, "lblTrySimulator",

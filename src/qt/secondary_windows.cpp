@@ -341,14 +341,15 @@ SolvePictureWindow::SolvePictureWindow(platform::Form& form, const Front& front)
     auto* const page = new QWidget;
     auto* const column = new QVBoxLayout(page);
     column->setContentsMargins({});
-    LineField* const file = field("txtFile", 26);
+    constexpr int kFile = 26;
+    LineField* const file = field("txtFile", kFile);
     file->setAcceptDrops(false);  // the window takes them
     QPushButton* const choose = button("cmdChooseFile");
     choose->setAccessibleName(Text::tr("Choose a FITS file"));
     QPushButton* const solve = button("cmdSolve");
     auto* const what = new FieldGrid;
     what->addField(Text::tr("File"), file, choose);
-    what->addField(Text::tr("Scale, if known"), field("txtScaleHint", 8), Text::tr("″/pixel"));
+    what->addField(Text::tr("Scale, if known"), field("txtScaleHint", kFile), Text::tr("″/pixel"));
     what->addRow(row({solve, button("cmdStop")}));
     column->addWidget(group(Text::tr("Picture"), what));
 
