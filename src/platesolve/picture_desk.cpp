@@ -125,7 +125,7 @@ void PictureDesk::circle(const std::vector<platform::RecognisedStar>& stars) {
 
 void PictureDesk::cmdStop_Click() {
     solver_->giveUp();
-    end("Stopped");
+    end("Search stopped");
 }
 
 void PictureDesk::Form_Unload() {

@@ -114,7 +114,7 @@ const std::vector<std::pair<const char*, const char*>>& ownTexts() {
         {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture", "Choose a picture first")},
         {"frmSolvePicture",
          QT_TRANSLATE_NOOP("frmSolvePicture", "The scale must be a number from 0.01 to 1000, or left empty")},
-        {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture", "Stopped")},
+        {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture", "Search stopped")},
         {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture", "No stars were found in the picture")},
         {"frmSolvePicture",
          QT_TRANSLATE_NOOP("frmSolvePicture",

@@ -151,7 +151,7 @@ TEST_F(PictureDeskTest, StopAndClosingEndTheSearch) {
     begin();
     EXPECT_TRUE(window.cmdStop.click());
     EXPECT_FALSE(solver.atWork());
-    EXPECT_EQ(outcome(), "Stopped");
+    EXPECT_EQ(outcome(), "Search stopped");
     EXPECT_FALSE(window.cmdStop.enabled());
 
     begin();

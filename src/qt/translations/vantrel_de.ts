@@ -1043,8 +1043,8 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
         <translation>Der Maßstab muss eine Zahl von 0.01 bis 1000 sein oder leer bleiben</translation>
     </message>
     <message>
-        <source>Stopped</source>
-        <translation>Abgebrochen</translation>
+        <source>Search stopped</source>
+        <translation>Suche abgebrochen</translation>
     </message>
     <message>
         <source>No stars were found in the picture</source>
