@@ -89,7 +89,7 @@ TEST_F(SolvePicture, FindsItByItsHeaderOrAnywhere) {
     for (const auto& c : cases) readAll(solve(script, drawn(c.name, c.cards), c.scale), c.name);
     // A script that answers the file dialog need not type.
     script.send({{"do", "answer"}, {"dialog", "file"}, {"with", strewn()}});
-    script.click("frmSolvePicture.cmdChooseFile").advance(1);
+    script.type("frmSolvePicture.txtScaleHint", "6").click("frmSolvePicture.cmdChooseFile").advance(1);
     readAll(script, "strewn");
     const auto result = script.run();
     EXPECT_THAT(result.read.at("strewnlblOutcome")["caption"].get<std::string>(),
