@@ -24,10 +24,8 @@
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
 #include "solver/catalog_choice.h"
-#include "solver/exposure_facts.h"
+#include "solver/image_solving.h"
 #include "solver/pattern_store.h"
-#include "solver/plate_solver.h"
-#include "solver/wide_search.h"
 
 namespace {
 
@@ -55,9 +53,6 @@ constexpr const char* kUsage =
     "                kept in the user's cache folder\n"
     "  --json        print the solution as one JSON object\n"
     "  --wcs         write a copy of the image with the solution in its header\n";
-
-constexpr double kCatalogEpoch = 2026.0;  // for images without a date
-constexpr double kLeastOffset = 1.5;
 
 struct BadInput : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -120,20 +115,20 @@ Options parsed(const std::vector<std::string>& arguments) {
     return options;
 }
 
-/// The scales to try, likeliest first.
-std::vector<double> scalesFor(const Options& options, const FitsHeader& header) {
-    std::vector<double> scales;
-    if (options.scale) scales.push_back(*options.scale);
-    for (const double scale : headerScales(header)) {
-        const bool covered = options.scale && std::abs(scale / *options.scale - 1) < 0.1;
-        if (!covered) scales.push_back(scale);
+/// What the operator tells comes before what the header does.
+ImageClues cluesFor(const Options& options, const FitsHeader& header) {
+    ImageClues clues = cluesOf(header);
+    if (options.dec) clues.start = SkyPosition{*options.raHours * 15, *options.dec};
+    clues.radiusDeg = options.radius;
+    if (options.scale) {
+        std::erase_if(clues.scales, [&](double scale) { return std::abs(scale / *options.scale - 1) < 0.1; });
+        clues.scales.insert(clues.scales.begin(), *options.scale);
     }
-    return scales;
+    return clues;
 }
 
 struct Outcome {
-    std::optional<PlateSolution> solution;
-    PlateGeometry geometry;
+    SolvedImage solved;
     std::size_t starsFound = 0;
 };
 
@@ -147,92 +142,29 @@ std::shared_ptr<const StarCatalog> catalogFor(const Options& options,
     return catalog;
 }
 
-class Solving {
-  public:
-    Solving(const Options& options, const FitsImage& image)
-        : options_(options),
-          image_(image),
-          start_(startFor(options, image.header())),
-          scales_(scalesFor(options, image.header())),
-          cacheFolder_(platform::cacheFolder(platform::processEnvironment)),
-          catalog_(catalogFor(options, cacheFolder_)) {
-        const double radius = options.radius.value_or(0);
-        if (!start_ && radius < 180)
-            throw BadInput(options.file +
-                           ": the header tells no position, give --ra and --dec (or --radius 180)");
-        if (scales_.empty() && radius <= kLeastOffset)
-            throw BadInput(options.file + ": the header tells no scale, give --scale");
-        if (const auto date = exposureStart(image.header())) epoch_ = julianYear(*date);
-    }
-
-    Outcome run() {
-        const StarList found = findStars(image_, {});
-        outcome_.starsFound = found.stars.size();
-        for (const double scale : scales_) {
-            if (start_ && solveNear(found, scale)) return outcome_;
-        }
-        if (wide_ || !start_ || scales_.empty()) solveWide(found);
-        return outcome_;
-    }
-
-  private:
-    static std::optional<SkyPosition> startFor(const Options& options, const FitsHeader& header) {
-        if (options.dec) return SkyPosition{*options.raHours * 15, *options.dec};
-        return headerTarget(header);
-    }
-
-    PlateGeometry geometryOf(const StarList& found, double scale) const {
-        return {static_cast<double>(image_.width()), static_cast<double>(image_.height()), scale, scale,
-                found.binning};
-    }
-
-    bool solveNear(const StarList& found, double scale) {
-        outcome_.geometry = geometryOf(found, scale);
-        const double customary = std::max(kLeastOffset, outcome_.geometry.diagonalDeg());
-        wide_ = wide_ || options_.radius.value_or(0) > customary;
-        const double offset = std::min(options_.radius.value_or(customary), customary);
-        const SearchArea area = searchArea(outcome_.geometry, *start_, offset, found.stars.size());
-        const auto stars = catalog_->cone(area.query(epoch_, 99));
-        outcome_.solution = solvePlate(outcome_.geometry, found.stars, area, stars, {});
-        return outcome_.solution.has_value();
-    }
-
-    void solveWide(const StarList& found) {
-        const auto patterns = patternsOf(*TychoCatalog::openBuiltIn(), cacheFolder_, [](const auto& line) {
+Outcome solve(const Options& options, const FitsImage& image) {
+    const ImageClues clues = cluesFor(options, image.header());
+    if (!clues.start && options.radius.value_or(0) < 180)
+        throw BadInput(options.file +
+                       ": the header tells no position, give --ra and --dec (or --radius 180)");
+    if (clues.scales.empty() && options.radius.value_or(0) <= customaryOffset({}))
+        throw BadInput(options.file + ": the header tells no scale, give --scale");
+    const auto cacheFolder = platform::cacheFolder(platform::processEnvironment);
+    const auto catalog = catalogFor(options, cacheFolder);
+    const StarList stars = findStars(image, {});
+    const auto patterns = [&] {
+        return patternsOf(*TychoCatalog::openBuiltIn(), cacheFolder, [](const auto& line) {
             std::fprintf(stderr, "vantrel-solve: %s\n", line.c_str());
         });
-        WideSettings settings;
-        settings.start = start_.value_or(SkyPosition{});
-        settings.radiusDeg = *options_.radius;
-        settings.epochYear = epoch_;
-        std::optional<WideSolution> wide;
-        for (const double scale : scales_) {
-            wide = searchWide(geometryOf(found, scale), found.stars, *patterns, *catalog_, settings);
-            if (wide) break;
-        }
-        if (scales_.empty())
-            wide = searchWideAnyScale(geometryOf(found, 1), found.stars, *patterns, *catalog_, settings);
-        if (!wide) return;
-        outcome_.solution = wide->plate;
-        outcome_.geometry = wide->geometry;
-    }
-
-    const Options& options_;
-    const FitsImage& image_;
-    std::optional<SkyPosition> start_;
-    std::vector<double> scales_;
-    std::filesystem::path cacheFolder_;
-    std::shared_ptr<const StarCatalog> catalog_;
-    double epoch_ = kCatalogEpoch;
-    bool wide_ = false;  ///< whether the radius goes beyond what a plate around the start position covers
-    Outcome outcome_;
-};
+    };
+    return {solveImage(image, stars, clues, *catalog, patterns), stars.stars.size()};
+}
 
 nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
     nlohmann::ordered_json json;
-    json["solved"] = outcome.solution.has_value();
-    if (outcome.solution) {
-        const PlateSolution& s = *outcome.solution;
+    json["solved"] = outcome.solved.solution.has_value();
+    if (outcome.solved.solution) {
+        const PlateSolution& s = *outcome.solved.solution;
         json["ra_deg"] = s.centre.ra;
         json["dec_deg"] = s.centre.dec;
         json["scale_x"] = s.orientation.scaleX;
@@ -250,12 +182,12 @@ nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
 }
 
 void print(const Outcome& outcome, double seconds) {
-    if (!outcome.solution) {
+    if (!outcome.solved.solution) {
         std::printf("Not solved: %zu stars found, none of the positions in reach fits them. %.3f s\n",
                     outcome.starsFound, seconds);
         return;
     }
-    const PlateSolution& s = *outcome.solution;
+    const PlateSolution& s = *outcome.solved.solution;
     std::printf("Centre (J2000)  RA %.6f h = %.5f deg   Dec %+.5f deg\n", s.centre.ra / 15, s.centre.ra,
                 s.centre.dec);
     std::printf("Scale           %.4f x %.4f arcsec per pixel%s\n", s.orientation.scaleX,
@@ -276,17 +208,17 @@ int run(const std::vector<std::string>& arguments) {
     const Options options = parsed(arguments);
     const auto begin = std::chrono::steady_clock::now();
     const FitsImage image = FitsImage::open(options.file);
-    const Outcome outcome = Solving(options, image).run();
+    const Outcome outcome = solve(options, image);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (outcome.solution && !options.wcs.empty()) {
-        writeWcs(options.file, options.wcs, wcsOf(*outcome.solution, outcome.geometry));
+    if (outcome.solved.solution && !options.wcs.empty()) {
+        writeWcs(options.file, options.wcs, wcsOf(*outcome.solved.solution, outcome.solved.geometry));
     }
     if (options.json) {
         std::puts(asJson(outcome, seconds).dump().c_str());
     } else {
         print(outcome, seconds);
     }
-    return outcome.solution ? 0 : 1;
+    return outcome.solved.solution ? 0 : 1;
 }
 
 }  // namespace

@@ -15,12 +15,15 @@
 #include <map>
 
 #include "correction/image_overlays.h"
+#include "fits/fits_writing.h"
 #include "qt/night.h"
 #include "qt/offscreen.h"
 #include "qt/qt_dialogs.h"
 #include "qt/translation.h"
+#include "sky/tycho_catalog.h"
 #include "support/memory_settings_port.h"
 #include "support/recording_log.h"
+#include "support/star_field.h"
 
 namespace vantrel::qt {
 namespace {
@@ -49,6 +52,8 @@ QImage withPalette(const QImage& picture, int apart) {
     return image.convertToFormat(QImage::Format_Indexed8, palette, Qt::ThresholdDither | Qt::AvoidDither);
 }
 
+constexpr int kNoisy = 16;  // apart enough for colours of pictures whose noise takes most room
+
 void save(QWidget& window, const QString& path, int apart) {
     const int percent = qRound(window.devicePixelRatio() * 100);
     const QString scale = percent == 100 ? QString() : "-" + QString::number(percent);
@@ -64,15 +69,15 @@ class Pictures {
         : night_(night), folder_(std::move(folder)), look_(byNight ? "-night" : "-day") {}
 
     /// The window as it looks now; of the main window the tab.
-    void take(const char* formName, const QString& name, int tab = 0) const {
+    void take(const char* formName, const QString& name, int tab = 0, int apart = 1) const {
         FormWindow& window = night_.program.window(formName);
         window.resize(window.sizeHint().expandedTo(window.minimumSizeHint()).expandedTo(window.size()));
         if (auto* const tabs = window.findChild<QTabWidget*>()) tabs->setCurrentIndex(tab);
-        takeWidget(window, name);
+        takeWidget(window, name, apart);
     }
-    void takeWidget(QWidget& widget, const QString& name) const {
+    void takeWidget(QWidget& widget, const QString& name, int apart = 1) const {
         QApplication::processEvents();
-        save(widget, folder_ + "/" + name + look_, 1);
+        save(widget, folder_ + "/" + name + look_, apart);
     }
 
   private:
@@ -247,6 +252,41 @@ void takeFinePictures(const QString& folder, bool byNight) {
                  }}});
 }
 
+/// A picture of the Pleiades' surroundings, solved; and what a first start begins with.
+void takeFirstPictures(const QString& folder, bool byNight) {
+    Night night;
+    night.theme.setNight(byNight);
+    const Pictures pictures(night, folder, byNight);
+    test::StarField field;
+    field.width = 1200;
+    field.height = 900;
+    field.wcs = test::wcsFor(1200, 900, {56.9, 24.1}, 9, 172, false);
+    field.tenthMagnitude = 20'000;
+    const auto file = night.home.folder() / "Pleiades.fits";
+    fits::writeFits(file, 1200, 900, test::drawField(sky::TychoCatalog::openBuiltIn().get(), field),
+                    {{"OBJCTRA", std::string("03 48 00")},
+                     {"OBJCTDEC", std::string("+24 06 00")},
+                     {"FOCALLEN", 88.0},
+                     {"XPIXSZ", 3.8}});
+    const auto control = [&](const char* name) { return night.program.screen().findControl(name); };
+    auto& outcome = dynamic_cast<platform::Label&>(*control("frmSolvePicture.lblOutcome"));
+    night.firstStart = true;
+    night.pass({{[&] { return night.program.window("frmWelcome").isVisible() && night.started(); },
+                 [&] {
+                     pictures.take("frmWelcome", "welcome");
+                     dynamic_cast<platform::Button&>(*control("frmWelcome.cmdJustSolve")).click();
+                 }},
+                {[&] { return night.program.window("frmSolvePicture").isVisible(); },
+                 [&] {
+                     auto& box = dynamic_cast<platform::TextBox&>(*control("frmSolvePicture.txtFile"));
+                     box.type(file.string());
+                     dynamic_cast<platform::Button&>(*control("frmSolvePicture.cmdSolve")).click();
+                     box.setText("Documents/Pleiades.fits");  // the folders of this run are temporary ones
+                 }},
+                {[&] { return outcome.caption().starts_with("Solved"); },
+                 [&] { pictures.take("frmSolvePicture", "solve-picture", 0, kNoisy); }}});
+}
+
 /// What the correction draws into the picture of the simulator's camera, as the observer sees it.
 void takeImagePictures(const QString& folder, const char* look) {
     Night night;
@@ -272,8 +312,7 @@ void takeImagePictures(const QString& folder, const char* look) {
         window.show();
         QApplication::processEvents();
         night.loop.yield();
-        constexpr int kApart = 16;  // as noise takes most room
-        save(window, folder + "/image-" + mark + "-" + look, kApart);
+        save(window, folder + "/image-" + mark + "-" + look, kNoisy);
     };
     take("cross-hair", [&] { marks.CrossHair(std::nullopt); });
     take("rectangle", [&] { marks.DrawCenteredRectangles(0.2); });
@@ -298,6 +337,7 @@ int main(int argc, char** argv) {
         for (const bool byNight : {false, true}) {
             vantrel::qt::takePictures(folder, byNight);
             vantrel::qt::takeFinePictures(folder, byNight);
+            vantrel::qt::takeFirstPictures(folder, byNight);
         }
         for (const char* look : {"day", "night", "green"}) vantrel::qt::takeImagePictures(folder, look);
     } catch (const std::exception& error) {

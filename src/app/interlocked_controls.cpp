@@ -18,8 +18,9 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
             // Mount and site
             &telescope.cmdPickTelescope, &telescope.cmdTelescopeSetup, &telescope.cmdConnectTelescope,
             &telescope.cmdDisconnectTelescope, &setup.cmdTelescope, &parts.main.status.cmdMountStatus,
-            &setup.txtSiteLat, &setup.txtSiteLong, &setup.chkUseTelescopeLocation, &setup.txtSiteHeight,
-            &setup.txtAirPressure, &setup.txtAirTemperature,
+            &parts.welcomeForm.cmdTrySimulator, &parts.welcomeForm.cmdMyDevices, &setup.txtSiteLat,
+            &setup.txtSiteLong, &setup.chkUseTelescopeLocation, &setup.txtSiteHeight, &setup.txtAirPressure,
+            &setup.txtAirTemperature,
             // Camera and images
             &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.optBuiltIn, &imaging.chkUseCCDSoftSubFrame,
             &imaging.cmdCamera, &parts.devicesForm.txtCameraGain, &parts.devicesForm.txtCameraOffset,

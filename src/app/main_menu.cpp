@@ -10,6 +10,7 @@ namespace vantrel::app {
 
 MainMenu::MainMenu(Parts& parts) : parts_(parts) {
     SetupPanel& panel = parts_.main.setup;
+    panel.mnuSolvePicture.onClick = [this] { parts_.solvePictureForm.show(); };
     panel.mnuFileExit.onClick = [this] { parts_.main.closeByOperator(); };
     panel.mnuSetOnTop.onClick = [this] { mnuSetOnTop_Click(); };
     panel.mnuNight.onClick = [this] { mnuNight_Click(); };
@@ -17,6 +18,10 @@ MainMenu::MainMenu(Parts& parts) : parts_(parts) {
     panel.mnuSetOptions.onClick = [this] { parts_.optionsForm.show(); };
     parts_.main.imaging.cmdDevices.onClick = [this] { parts_.devicesForm.show(); };
     panel.mnuFormHelp.onClick = [this] { mnuFormHelp_Click(); };
+    panel.mnuWelcome.onClick = [this] { parts_.welcomeForm.show(); };
+    parts_.welcomeForm.cmdTrySimulator.onClick = [this] { cmdTrySimulator_Click(); };
+    parts_.welcomeForm.cmdMyDevices.onClick = [this] { cmdMyDevices_Click(); };
+    parts_.welcomeForm.cmdJustSolve.onClick = [this] { cmdJustSolve_Click(); };
     panel.mnuAbout.onClick = [this] { parts_.aboutForm.show(); };
     panel.cmdLog.onClick = [this] { parts_.logForm.show(); };
     panel.cmdTelescope.onClick = [this] { parts_.telescopeWindow.cmdTelescope_Click(); };
@@ -67,6 +72,26 @@ void MainMenu::mnuDimmer_Click() {
         platform::leadingNumber(parts_.settings.GetSetting("PolarAlign", "NightBrightness", "3"));
     parts_.settings.SaveSetting("PolarAlign", "NightBrightness",
                                 platform::toText(step > 1 ? step - 1 : kBrightest));
+}
+
+void MainMenu::cmdTrySimulator_Click() {
+    parts_.welcomeForm.unload();
+    parts_.telescopeWindow.useTelescope("AxisSimulator.Telescope");
+    if (!parts_.state.AppUnloading) parts_.main.activate();
+}
+
+/// The windows stay open: where a server is elsewhere, the operator tells it there and selects once more.
+void MainMenu::cmdMyDevices_Click() {
+    parts_.welcomeForm.unload();
+    parts_.devicesForm.show();
+    parts_.telescopeForm.show();
+    parts_.telescopeForm.cmdPickTelescope.press();
+    if (!parts_.state.AppUnloading && parts_.machine.chooseCamera) parts_.machine.chooseCamera();
+}
+
+void MainMenu::cmdJustSolve_Click() {
+    parts_.welcomeForm.unload();
+    parts_.solvePictureForm.show();
 }
 
 void MainMenu::cmdSysInfo_Click() {

@@ -1,4 +1,4 @@
-// The main form's menus and the buttons that show other windows.
+// The main form's menus, and the buttons that show other windows: the Welcome window's among them.
 #pragma once
 
 #include "app/parts.h"
@@ -16,6 +16,9 @@ class MainMenu {
     void mnuNight_Click();
     void mnuDimmer_Click();
     void cmdSysInfo_Click();
+    void cmdTrySimulator_Click();
+    void cmdMyDevices_Click();
+    void cmdJustSolve_Click();
 
     Parts& parts_;
 };

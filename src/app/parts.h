@@ -10,6 +10,7 @@
 #include "app/frm_main.h"
 #include "app/frm_options.h"
 #include "app/frm_popup_msg.h"
+#include "app/frm_welcome.h"
 #include "app/log_window.h"
 #include "app/measurement_history.h"
 #include "app/message_log.h"
@@ -32,6 +33,7 @@
 #include "engine/plate_review.h"
 #include "engine/preflight_desk.h"
 #include "platesolve/method_selection.h"
+#include "platesolve/picture_desk.h"
 #include "platesolve/plate_solver.h"
 #include "platesolve/scale_calculator.h"
 #include "platesolve/solver_fields.h"
@@ -71,9 +73,11 @@ struct Parts {
     engine::frmPlates platesForm;
     engine::frmPreflight preflightForm;
     platesolve::frmPixelScale pixelScaleForm;
+    platesolve::frmSolvePicture solvePictureForm;
     frmOptions optionsForm;
     frmDevices devicesForm;
     frmAbout aboutForm;
+    frmWelcome welcomeForm;
     CameraReadings cameraReadings;
     StatusStrip statusStrip;
 
@@ -107,6 +111,7 @@ struct Parts {
     platesolve::SolverTests solverTests;
     platesolve::PlateSolver solver;
     platesolve::ScaleCalculator scaleCalculator;
+    platesolve::PictureDesk pictureDesk;
     platform::Timer Timer1;  // the main window's
 
     // Measurement, exposures and correction

@@ -19,10 +19,12 @@ SetupPanel::SetupPanel(platform::Form& form)
       txtMsgDisplayTime(form, "txtMsgDisplayTime", "3"),
       cmdTelescope(form, "cmdTelescope", "Tele- scope"),
       cmdLog(form, "cmdLog", "Log"),
+      mnuSolvePicture(form, "mnuSolvePicture", "Solve a Picture..."),
       mnuFileExit(form, "mnuFileExit", "Exit"),
       mnuSetOnTop(form, "mnuSetOnTop", "OnTop"),
       mnuSetOptions(form, "mnuSetOptions", "Options"),
       mnuFormHelp(form, "mnuFormHelp", "Help"),
+      mnuWelcome(form, "mnuWelcome", "Welcome"),
       mnuAbout(form, "mnuAbout", "About"),
       mnuNight(form, "mnuNight", "Night Colors"),
       mnuDimmer(form, "mnuDimmer", "Dimmer by Night") {

@@ -17,7 +17,8 @@ struct SetupPanel {
     platform::TextBox txtSiteHeight, txtAirPressure, txtAirTemperature;  // m, hPa, degrees C; may be empty
     platform::TextBox txtMsgDisplayTime;                                 // seconds
     platform::Button cmdTelescope, cmdLog;
-    platform::MenuItem mnuFileExit, mnuSetOnTop, mnuSetOptions, mnuFormHelp, mnuAbout;
+    platform::MenuItem mnuSolvePicture, mnuFileExit, mnuSetOnTop, mnuSetOptions, mnuFormHelp, mnuWelcome,
+        mnuAbout;
     platform::MenuItem mnuNight, mnuDimmer;
 };
 

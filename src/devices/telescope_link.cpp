@@ -95,14 +95,22 @@ void TelescopeLink::ChooseTelescope() {
         required(chooser).put("DeviceType", "Telescope");
         // Some choosers return nothing when the operator cancels: the driver in use stays.
         const std::string chosen = required(chooser).call("Choose", {TelescopeProgID_}).toText();
-        if (!chosen.empty()) TelescopeProgID_ = chosen;
-        TelescopeName_ = GetTelescopeFriendlyName(TelescopeProgID_);
-        window_.txtTelescopeName.setText(TelescopeName_);
-        services_.settings.SaveMainSetting("MyTelescopeID", TelescopeProgID_);
-        showLoadingMessage();
-        LoadTelescope();
-        closeLoadingMessage();
+        adopt(chosen.empty() ? TelescopeProgID_ : chosen);
     });
+}
+
+void TelescopeLink::UseTelescope(const std::string& progId) {
+    attempt(kChoose, [&] { adopt(progId); });
+}
+
+void TelescopeLink::adopt(const std::string& progId) {
+    TelescopeProgID_ = progId;
+    TelescopeName_ = GetTelescopeFriendlyName(TelescopeProgID_);
+    window_.txtTelescopeName.setText(TelescopeName_);
+    services_.settings.SaveMainSetting("MyTelescopeID", TelescopeProgID_);
+    showLoadingMessage();
+    LoadTelescope();
+    closeLoadingMessage();
 }
 
 void TelescopeLink::LoadTelescope() {

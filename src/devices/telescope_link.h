@@ -23,6 +23,8 @@ class TelescopeLink : public engine::TelescopePort {
     /// Lets the operator choose the driver, remembers the choice and connects to it. When nothing is chosen
     /// the driver stays.
     void ChooseTelescope();
+    /// The same with a driver that needs no choosing.
+    void UseTelescope(const std::string& progId);
     /// Creates the chosen driver and connects to it, unless one is connected already.
     void LoadTelescope();
     /// The same, with failures reported as its own.
@@ -91,6 +93,7 @@ class TelescopeLink : public engine::TelescopePort {
     class Linking;
     class Disconnecting;
 
+    void adopt(const std::string& progId);
     void link();
     bool reachesRealMount() const;
     bool abortsSlews() const;

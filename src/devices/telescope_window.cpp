@@ -85,17 +85,27 @@ void TelescopeWindow::Form_Unload() {
 }
 
 void TelescopeWindow::cmdPickTelescope_Click() {
+    change([this] { link_.ChooseTelescope(); });
+}
+
+void TelescopeWindow::useTelescope(const std::string& progId) {
+    if (link_.TelescopeProgID() != progId) return change([&] { link_.UseTelescope(progId); });
+    link_.clearDisconnectRequest();
+    link_.EnsureTelescopeConnected();
+}
+
+void TelescopeWindow::change(const std::function<void()>& choose) {
     services_.state.forgetStop();
     if (link_.TelescopeIsConnected()) {
         link_.DisconnectTelescope();
         link_.clearDisconnectRequest();
         services_.loop.yield();
-        link_.ChooseTelescope();
+        choose();
         link_.YieldPause();
         link_.ConnectTelescope();
     } else {
         link_.clearDisconnectRequest();
-        link_.ChooseTelescope();
+        choose();
     }
 }
 

@@ -215,12 +215,14 @@ Outcome OperatorCommands::answer(const CommandFields& fields) {
     const std::string with = fields.text("with");
     if (dialog == "folder")
         targets_.dialogs.answer(Kind::kFolder, with);
+    else if (dialog == "file")
+        targets_.dialogs.answer(Kind::kFile, with);
     else if (dialog == "chooser")
         targets_.dialogs.answer(Kind::kChooser, with);
     else if (dialog == "box")
         targets_.dialogs.answer(Kind::kBox, with);
     else
-        throw CommandError("\"dialog\" must be \"folder\", \"chooser\" or \"box\"");
+        throw CommandError("\"dialog\" must be \"folder\", \"file\", \"chooser\" or \"box\"");
     return {};
 }
 

@@ -60,6 +60,7 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
                 [this](const std::string& line) { application_.tell(line); },
                 {},
                 [this] { return application_.pictureFacts(); },
+                !options.virtualTime,
                 !options.virtualTime},
                options.seed),
       automation_(station_.classes()),

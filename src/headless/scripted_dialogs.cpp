@@ -13,6 +13,9 @@ void ScriptedDialogs::answer(Kind kind, std::string with) {
         case Kind::kFolder:
             folders_.push_back(std::move(with));
             return;
+        case Kind::kFile:
+            files_.push_back(std::move(with));
+            return;
         case Kind::kChooser:
             choices_.push_back(std::move(with));
             return;
@@ -35,6 +38,8 @@ void ScriptedDialogs::messageBox(const std::string& title, const std::string& te
 }
 
 std::string ScriptedDialogs::chooseFolder(const std::string&) { return take(folders_); }
+
+std::string ScriptedDialogs::chooseFile(const std::string&) { return take(files_); }
 
 std::string ScriptedDialogs::choose(const std::string&, const std::vector<Choice>& choices,
                                     const std::string&) {

@@ -15,7 +15,7 @@ class ScriptedDialogs : public platform::Dialogs {
     /// `clock` tells when a message box was shown.
     explicit ScriptedDialogs(const platform::Clock& clock) : clock_(clock) {}
 
-    enum class Kind { kFolder, kChooser, kBox };
+    enum class Kind { kFolder, kFile, kChooser, kBox };
     /// What the operator will answer to the next dialog of this kind that has no answer yet; an empty text
     /// cancels, as does a missing answer.
     void answer(Kind kind, std::string with);
@@ -30,6 +30,7 @@ class ScriptedDialogs : public platform::Dialogs {
 
     void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
     std::string chooseFolder(const std::string& title) override;
+    std::string chooseFile(const std::string& title) override;
     /// An answer may be a choice's id or its description; anything else is handed over as it is, as an entry
     /// of a list that the program doesn't know.
     std::string choose(const std::string& title, const std::vector<Choice>& choices,
@@ -39,7 +40,7 @@ class ScriptedDialogs : public platform::Dialogs {
     static std::string take(std::deque<std::string>& answers);
 
     const platform::Clock& clock_;
-    std::deque<std::string> folders_, choices_, confirmations_;
+    std::deque<std::string> folders_, files_, choices_, confirmations_;
     std::vector<Box> boxes_;
 };
 

@@ -39,6 +39,16 @@ BackgroundWork BackgroundThreads::run(std::function<void()> work, std::function<
     return heard;
 }
 
+BackgroundWork BackgroundOfLoop::run(std::function<void()> work, std::function<void()> done) {
+    const auto heard = std::make_shared<int>();
+    loop_.post([work = std::move(work), done = std::move(done), listening = std::weak_ptr<void>(heard)] {
+        if (listening.expired()) return;
+        work();
+        if (!listening.expired()) done();
+    });
+    return heard;
+}
+
 void BackgroundThreads::deliver() {
     std::vector<std::shared_ptr<Task>> ended;
     std::erase_if(tasks_, [&](const std::shared_ptr<Task>& task) {

@@ -39,4 +39,15 @@ class BackgroundThreads : public Background {
     platform::TimerHandle timer_;  // while there are tasks
 };
 
+/// Does it in the loop itself: where time is virtual, and every run is to be the same.
+class BackgroundOfLoop : public Background {
+  public:
+    explicit BackgroundOfLoop(platform::EventLoop& loop) : loop_(loop) {}
+
+    BackgroundWork run(std::function<void()> work, std::function<void()> done) override;
+
+  private:
+    platform::EventLoop& loop_;
+};
+
 }  // namespace vantrel::hosts

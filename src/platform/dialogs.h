@@ -21,6 +21,9 @@ class Dialogs {
     /// A folder with drive letter and backslashes; empty when the operator cancels.
     virtual std::string chooseFolder(const std::string& title) = 0;
 
+    /// A file that exists, likewise.
+    virtual std::string chooseFile(const std::string& title) = 0;
+
     struct Choice {
         std::string id;
         std::string description;

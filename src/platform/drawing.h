@@ -1,11 +1,13 @@
 // What a picture shows: shapes in the picture's own coordinates.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "platform/color.h"
+#include "platform/image_array.h"
 
 namespace vantrel::platform {
 
@@ -53,6 +55,7 @@ using Shape = std::variant<Circle, Line, Text, Ellipse, Cross>;
 struct Drawing {
     DrawingScale scale;
     std::vector<Shape> shapes;
+    std::shared_ptr<const ImageArray> photograph = {};  // below the shapes, whose coordinates are its pixels
 };
 
 }  // namespace vantrel::platform

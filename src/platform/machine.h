@@ -17,6 +17,7 @@
 namespace vantrel::platform {
 
 class CameraHardware;
+class PictureSolver;
 
 struct Machine {
     EventLoop& loop;
@@ -40,6 +41,8 @@ struct Machine {
     std::function<const CameraHardware&()> camera = {};
     /// The camera's settings have changed, and it is told so; may wait. May be left out.
     std::function<void()> adjustCamera = {};
+    /// Solves pictures that came from anywhere. May be left out.
+    PictureSolver* pictureSolver = nullptr;
 };
 
 }  // namespace vantrel::platform

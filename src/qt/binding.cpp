@@ -14,6 +14,7 @@
 
 #include "qt/gauge_bar.h"
 #include "qt/picture_widget.h"
+#include "qt/plate_view.h"
 #include "qt/tie.h"
 
 namespace vantrel::qt {
@@ -54,7 +55,7 @@ bool isOneOf(const QObject& object) {
 bool isBindable(const QObject& object) {
     return !object.objectName().startsWith("qt_") &&
            isOneOf<QLabel, QPushButton, QCheckBox, QRadioButton, QLineEdit, QPlainTextEdit, QComboBox,
-                   QGroupBox, PictureWidget, GaugeBar, QAction>(object);
+                   QGroupBox, PictureWidget, PlateView, GaugeBar, QAction>(object);
 }
 
 void checkNames(const platform::Form& form, const QWidget& window) {

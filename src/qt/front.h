@@ -11,7 +11,7 @@ struct Front {
     platform::EventLoop& loop;
     Theme& theme;
     const Barrier& barrier;
-    bool network = false;  ///< devices may be looked for in it
+    bool network = false;  ///< devices may be looked for in it; its time is real
 };
 
 }  // namespace vantrel::qt

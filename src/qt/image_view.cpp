@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QWheelEvent>
+#include <algorithm>
 #include <cmath>
 
 #include "qt/parts.h"
@@ -12,7 +13,10 @@ namespace vantrel::qt {
 using imaging::ViewPoint;
 
 ImageView::ImageView(imaging::ShownImage& image, const Front& front)
-    : image_(image), front_(front), colors_(imageColors(colorsOf(false), false, false)) {
+    : image_(image),
+      front_(front),
+      colors_(imageColors(colorsOf(false), false, false)),
+      emptyText_(Text::tr("No image yet.\n\nThe pictures that the imaging program takes\nappear here.")) {
     setObjectName("imageView");
     setAccessibleName(Text::tr("Camera image"));
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -47,6 +51,16 @@ void ImageView::setColors(const ImageColors& colors) {
 
 void ImageView::setCrossHair(bool shown) {
     crossHair_ = shown;
+    update();
+}
+
+void ImageView::setMarks(std::vector<platform::Shape> marks) {
+    marks_ = std::move(marks);
+    update();
+}
+
+void ImageView::setEmptyText(const QString& text) {
+    emptyText_ = text;
     update();
 }
 
@@ -115,24 +129,21 @@ void ImageView::paintEvent(QPaintEvent* /*event*/) {
         painter.fillRect(rect(), colors_.ground);
         if (!image_.pixels()) {
             painter.setPen(colors_.text);
-            painter.drawText(
-                rect(), Qt::AlignCenter | Qt::TextWordWrap,
-                Text::tr("No image yet.\n\nThe pictures that the imaging program takes\nappear here."));
+            painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
             return;
         }
         refreshPicture();
         const double ratio = devicePixelRatioF();
         painter.drawImage(QPointF(rasterWindow_.x / ratio, rasterWindow_.y / ratio), picture_);
         if (crossHair_) paintCrossHair(painter);
+        if (!marks_.empty()) paintMarks(painter);
     });
 }
 
 void ImageView::paintCrossHair(QPainter& painter) const {
     const auto pixels = image_.pixels();
-    const double ratio = devicePixelRatioF();
-    const ViewPoint middle = viewport_.toWindow(
-        {(static_cast<double>(pixels->width()) - 1) / 2, (static_cast<double>(pixels->height()) - 1) / 2});
-    const QPointF centre(middle.x / ratio, middle.y / ratio);
+    const QPointF centre = inWindow((static_cast<double>(pixels->width()) - 1) / 2,
+                                    (static_cast<double>(pixels->height()) - 1) / 2);
     QPen pen(colors_.line, 1);
     pen.setCosmetic(true);
     painter.setPen(pen);
@@ -142,6 +153,29 @@ void ImageView::paintCrossHair(QPainter& painter) const {
     painter.drawLine(QLineF(centre.x() + kGap, centre.y(), room.right(), centre.y()));
     painter.drawLine(QLineF(centre.x(), room.top(), centre.x(), centre.y() - kGap));
     painter.drawLine(QLineF(centre.x(), centre.y() + kGap, centre.x(), room.bottom()));
+}
+
+void ImageView::paintMarks(QPainter& painter) const {
+    constexpr double kSmallest = 6;
+    constexpr double kBeside = 4;
+    const double scale = viewport_.scale() / devicePixelRatioF();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(colors_.line, 1.5));
+    for (const platform::Shape& mark : marks_) {
+        if (const auto* circle = std::get_if<platform::Circle>(&mark)) {
+            const double radius = std::max(circle->radius * scale, kSmallest);
+            painter.drawEllipse(inWindow(circle->x, circle->y), radius, radius);
+        } else if (const auto* text = std::get_if<platform::Text>(&mark)) {
+            painter.drawText(
+                inWindow(text->x, text->y) + QPointF(kBeside, painter.fontMetrics().ascent() / 2.0),
+                QString::fromStdString(text->text));
+        }
+    }
+}
+
+QPointF ImageView::inWindow(double x, double y) const {
+    const ViewPoint point = viewport_.toWindow({x, y});
+    return QPointF(point.x, point.y) / devicePixelRatioF();
 }
 
 void ImageView::resizeEvent(QResizeEvent* event) {

@@ -6,10 +6,12 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "imaging/image_viewport.h"
 #include "imaging/shown_image.h"
 #include "imaging/view_raster.h"
+#include "platform/drawing.h"
 #include "qt/front.h"
 #include "qt/image_colors.h"
 
@@ -25,6 +27,10 @@ class ImageView : public QWidget {
     void setColors(const ImageColors& colors);
     /// Lines through the image's middle, which aren't part of it.
     void setCrossHair(bool shown);
+    /// Circles and texts around places of the image, which aren't part of it either.
+    void setMarks(std::vector<platform::Shape> marks);
+    /// What stands there while there is no image.
+    void setEmptyText(const QString& text);
 
     void fit();
     /// One pixel of the image for one of the screen.
@@ -60,6 +66,8 @@ class ImageView : public QWidget {
     imaging::ViewPoint onScreen(QPointF position) const;
     void refreshPicture();
     void paintCrossHair(QPainter& painter) const;
+    void paintMarks(QPainter& painter) const;
+    QPointF inWindow(double x, double y) const;
 
     imaging::ShownImage& image_;
     Front front_;
@@ -67,6 +75,8 @@ class ImageView : public QWidget {
     imaging::ImageViewport viewport_;
     ImageColors colors_;
     bool crossHair_ = false;
+    std::vector<platform::Shape> marks_;
+    QString emptyText_;
 
     // What is on the screen now, and what it was made from.
     imaging::ViewRaster raster_;

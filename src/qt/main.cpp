@@ -142,7 +142,7 @@ int runWithWindows(const Options& options) {
         }
         if (guard.activationRequested()) program.window("frmMain").bringToFront();
     });
-    loop.post([&program] { program.application().start(); });
+    loop.post([&program] { program.start(); });
     loop.runUntil([&program] { return program.application().ended(); });
     return program.application().failed() ? EXIT_FAILURE : EXIT_SUCCESS;
 }

@@ -438,7 +438,9 @@ QWidget* lastMessage() {
 QWidget* topLine() {
     auto* const line = new QWidget;
     auto* const bar = new QMenuBar;
-    menuItem(*bar->addMenu("&File"), "mnuFileExit");
+    QMenu* const file = bar->addMenu("&File");
+    menuItem(*file, "mnuSolvePicture")->setShortcut(QKeySequence::Open);
+    menuItem(*file, "mnuFileExit");
     QMenu* const set = bar->addMenu("&Set");
     menuItem(*set, "mnuSetOnTop", true);
     menuItem(*set, "mnuSetOptions");
@@ -446,6 +448,7 @@ QWidget* topLine() {
     menuItem(*set, "mnuDimmer")->setShortcut(QKeySequence("Ctrl+Shift+N"));
     QMenu* const help = bar->addMenu("&Help");
     menuItem(*help, "mnuFormHelp");
+    menuItem(*help, "mnuWelcome");
     menuItem(*help, "mnuAbout");
     auto* const layout = new QHBoxLayout(line);
     layout->setContentsMargins({});

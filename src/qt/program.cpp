@@ -11,6 +11,7 @@
 #include "app/message_log.h"
 #include "observatory/simulator_setup.h"
 #include "qt/parts.h"
+#include "qt/picture_drop.h"
 #include "qt/window_place.h"
 
 namespace vantrel::qt {
@@ -40,7 +41,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
                 [](const std::string& address) {
                     return QDesktopServices::openUrl(QUrl(QString::fromStdString(address)));
                 },
-                [this] { return application_.pictureFacts(); }, front.network},
+                [this] { return application_.pictureFacts(); }, front.network, front.network},
                seed),
       application_(station_.machine(station_.classes(), screen_, desktop_)),
       chance_(seed),
@@ -49,7 +50,8 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
     standAskew(station_.classes());
     // Settings that can't be read or stored are the application's to report.
     front.barrier.run([this] {
-        if (settings_.isEmpty()) observatory::storeSimulatorSetup(settings_);
+        firstStart_ = settings_.isEmpty();
+        if (firstStart_) observatory::storeSimulatorSetup(settings_);
         station_.restoreDevices();
         station_.openImagingProgram();
         look_ = followNightVision(settings_, front_.theme);
@@ -60,6 +62,16 @@ void Program::openWindows() {
     windows_ = windowsFor(screen_, front_);
     imageWindow_ = std::make_unique<ImageWindow>(imaging().documents(), settings_, front_);
     addInstrumentsMenu();
+    for (const char* form : {"frmMain", "frmWelcome", "frmSolvePicture"})
+        solveDroppedPictures(window(form), screen_, front_);
+    solveDroppedPictures(*imageWindow_, screen_, front_);
+}
+
+/// Closed or not, it comes by itself no more: the simulator's set-up is stored by then.
+void Program::start() {
+    application_.start();
+    const bool running = !application_.ended() && !application_.stopping();
+    if (firstStart_ && running && screen_.find("frmMain")->shown()) screen_.find("frmWelcome")->show();
 }
 
 /// The main window's form knows neither the imaging program nor the simulator: the ways to their windows are

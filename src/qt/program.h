@@ -29,6 +29,9 @@ class Program {
 
     /// Gives every form its window, and the imaging program its own. Without them the program runs unseen.
     void openWindows();
+    /// Starts the application, which returns when that is through. On a machine where nothing was stored the
+    /// Welcome window is shown then.
+    void start();
     /// The window of the form with this name; throws std::out_of_range when there is none.
     FormWindow& window(const std::string& formName) const;
     /// The imaging program's; only while there are windows.
@@ -39,6 +42,7 @@ class Program {
 
     Front front_;
     WatchedSettings settings_;
+    bool firstStart_ = false;
     QtDesktop desktop_;
     platform::Screen screen_;
     station::Station station_;

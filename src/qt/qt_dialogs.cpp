@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QFileDialog>
 #include <QFileIconProvider>
 #include <QGridLayout>
 #include <QLabel>
@@ -43,7 +42,10 @@ class StyleIcons : public QFileIconProvider {
         return QApplication::style()->standardIcon(type == Drive ? QStyle::SP_DriveHDIcon
                                                                  : QStyle::SP_DirIcon);
     }
-    QIcon icon(const QFileInfo& /*info*/) const override { return icon(Folder); }
+    QIcon icon(const QFileInfo& info) const override {
+        if (info.isDir()) return icon(Folder);
+        return QApplication::style()->standardIcon(QStyle::SP_FileIcon);
+    }
 };
 
 void makeRoomForGloves(const QWidget& dialog) {
@@ -149,13 +151,25 @@ void QtDialogs::messageBox(const std::string& title, const std::string& text, Ic
 }
 
 std::string QtDialogs::chooseFolder(const std::string& title) {
+    return choosePath(title, startFolder_, QFileDialog::Directory);
+}
+
+std::string QtDialogs::chooseFile(const std::string& title) {
+    const std::string file =
+        choosePath(title, lastFolder_.empty() ? startFolder_ : lastFolder_, QFileDialog::ExistingFile);
+    if (!file.empty()) lastFolder_ = folders_.real(file).parent_path().string();
+    return file;
+}
+
+std::string QtDialogs::choosePath(const std::string& title, const std::string& begin,
+                                  QFileDialog::FileMode mode) {
     StyleIcons icons;
-    QFileDialog dialog(QApplication::activeWindow(), QString::fromStdString(title),
-                       QString::fromStdString(folders_.real(startFolder_).string()));
+    QFileDialog dialog(QApplication::activeWindow(), plain(title),
+                       QString::fromStdString(folders_.real(begin).string()));
     // The desktop's own dialog would not follow the night's colours.
     dialog.setOption(QFileDialog::DontUseNativeDialog);
-    dialog.setOption(QFileDialog::ShowDirsOnly);
-    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly, mode == QFileDialog::Directory);
+    dialog.setFileMode(mode);
     dialog.setIconProvider(&icons);
     dialog.setSizeGripEnabled(false);
     makeRoomForGloves(dialog);

@@ -1,6 +1,7 @@
 // Dialogs that wait for the operator.
 #pragma once
 
+#include <QFileDialog>
 #include <string>
 
 #include "platform/dialogs.h"
@@ -16,12 +17,17 @@ class QtDialogs : public platform::Dialogs {
 
     void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
     std::string chooseFolder(const std::string& title) override;
+    /// Begins where the last file was chosen.
+    std::string chooseFile(const std::string& title) override;
     std::string choose(const std::string& title, const std::vector<Choice>& choices,
                        const std::string& current) override;
 
   private:
+    std::string choosePath(const std::string& title, const std::string& begin, QFileDialog::FileMode mode);
+
     const platform::FolderMap& folders_;
     std::string startFolder_;
+    std::string lastFolder_;  // of a chosen file; empty: none was chosen yet
 };
 
 }  // namespace vantrel::qt

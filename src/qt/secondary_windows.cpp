@@ -19,6 +19,7 @@
 #include "qt/gauge_bar.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
+#include "qt/plate_view.h"
 #include "qt/translation.h"
 #include "qt/window_keys.h"
 #include "qt/windows.h"
@@ -331,6 +332,80 @@ PixelScaleWindow::PixelScaleWindow(platform::Form& form, const Front& front) : F
     layout->addStretch();
     layout->addWidget(button("cmdCalculate"));
     bind();
+}
+
+// ---- Solve a picture ----
+
+SolvePictureWindow::SolvePictureWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QHBoxLayout(this);
+    layout->setSpacing(12);
+    layout->addWidget(named<PlateView>("picPlate", front, Text::tr("The picture, matched stars circled"),
+                                       Text::tr("Drop a FITS file here.")),
+                      1);
+
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->setContentsMargins({});
+    constexpr int kFile = 26;
+    LineField* const file = field("txtFile", kFile);
+    file->setAcceptDrops(false);  // the window takes them
+    QPushButton* const choose = button("cmdChooseFile");
+    choose->setAccessibleName(Text::tr("Choose a FITS file"));
+    QPushButton* const solve = button("cmdSolve");
+    auto* const what = new FieldGrid;
+    what->addField(Text::tr("File"), file, choose);
+    what->addField(Text::tr("Scale, if known"), field("txtScaleHint", kFile), Text::tr("″/pixel"));
+    what->addRow(row({solve, button("cmdStop")}));
+    column->addWidget(group(Text::tr("Picture"), what));
+
+    auto* const outcome = named<QLabel>("lblOutcome");
+    outcome->setWordWrap(true);
+    outcome->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    outcome->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    constexpr int kLines = 3;
+    outcome->setMinimumHeight(outcome->fontMetrics().lineSpacing() * kLines);
+    column->addWidget(outcome);
+
+    constexpr int kValue = 17;
+    auto* const answer = new FieldGrid;
+    answer->addField(Text::tr("Right ascension"), field("txtCentreRA", kValue), "J2000");
+    answer->addField(Text::tr("Declination"), field("txtCentreDec", kValue), "J2000");
+    answer->addField(Text::tr("Scale"), field("txtScale", kValue), Text::tr("″/pixel"));
+    answer->addField(Text::tr("Field"), field("txtField", kValue), "°");
+    answer->addField(Text::tr("Roll"), field("txtRoll", kValue), "°");
+    answer->addField(Text::tr("Position angle"), field("txtPositionAngle", kValue), "°");
+    answer->addField(Text::tr("Stars matched"), field("txtMatched", kValue));
+    column->addWidget(group(Text::tr("Middle of the picture"), answer));
+    column->addStretch();
+    column->addLayout(row({button("cmdOK")}));
+    layout->addWidget(new ScrollColumn(page));
+    answerWithEnter(*solve);
+    bind();
+    file->setFocus();
+}
+
+// ---- Welcome ----
+
+WelcomeWindow::WelcomeWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const layout = new QVBoxLayout(&scrolledPage());
+    layout->setContentsMargins(24, 20, 24, 20);
+    layout->setSpacing(8);
+    auto* const question = named<QLabel>("lblWelcome");
+    scaleFont(*question, 1.3, true);
+    layout->addWidget(question);
+    for (const auto& [choice, explanation] : {std::pair{"cmdTrySimulator", "lblTrySimulator"},
+                                              {"cmdMyDevices", "lblMyDevices"},
+                                              {"cmdJustSolve", "lblJustSolve"}}) {
+        layout->addSpacing(8);
+        layout->addWidget(bigButton(choice));
+        auto* const text = named<QLabel>(explanation);
+        text->setWordWrap(true);
+        text->setMinimumWidth(text->fontMetrics().averageCharWidth() * 60);
+        layout->addWidget(text);
+    }
+    layout->addStretch();
+    bind();
+    findChild<QPushButton*>("cmdTrySimulator")->setFocus();
 }
 
 // ---- Devices ----

@@ -12,6 +12,7 @@
 #include "qt/binding.h"
 #include "qt/gauge_bar.h"
 #include "qt/picture_widget.h"
+#include "qt/plate_view.h"
 #include "qt/tie.h"
 
 namespace vantrel::qt {
@@ -163,6 +164,15 @@ class PictureTie : public TieOf<platform::Picture, PictureWidget> {
     }
 };
 
+class PlateTie : public TieOf<platform::Picture, PlateView> {
+  public:
+    using TieOf::TieOf;
+    void show() override {
+        showCommon(widget());
+        widget().setDrawing(control().drawing());
+    }
+};
+
 class GaugeTie : public TieOf<platform::Gauge, GaugeBar> {
   public:
     using TieOf::TieOf;
@@ -176,7 +186,7 @@ class GaugeTie : public TieOf<platform::Gauge, GaugeBar> {
 
 std::unique_ptr<Tie> tieText(platform::Control& control, QWidget* widget, const Front& front) {
     for (const auto make : {tie<LabelTie>, tie<FrameTie>, tie<LineTie>, tie<PlainTextTie>, tie<ReadoutTie>,
-                            tie<PictureTie>, tie<GaugeTie>})
+                            tie<PictureTie>, tie<PlateTie>, tie<GaugeTie>})
         if (auto made = make(control, widget, front)) return made;
     return nullptr;
 }

@@ -44,6 +44,7 @@ class UnattendedDialogs : public platform::Dialogs {
 
     void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
     std::string chooseFolder(const std::string& /*title*/) override { return {}; }
+    std::string chooseFile(const std::string& /*title*/) override { return {}; }
     std::string choose(const std::string& /*title*/, const std::vector<Choice>& /*choices*/,
                        const std::string& /*current*/) override {
         return {};

@@ -17,6 +17,8 @@ std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) 
     if (form.name() == "frmPlates") return std::make_unique<PlatesWindow>(form, front);
     if (form.name() == "frmPreflight") return std::make_unique<PreflightWindow>(form, front);
     if (form.name() == "frmPixelScale") return std::make_unique<PixelScaleWindow>(form, front);
+    if (form.name() == "frmSolvePicture") return std::make_unique<SolvePictureWindow>(form, front);
+    if (form.name() == "frmWelcome") return std::make_unique<WelcomeWindow>(form, front);
     if (form.name() == "frmDevices") return std::make_unique<DevicesWindow>(form, front);
     if (form.name() == "frmAbout") return std::make_unique<AboutWindow>(form, front);
     if (form.name() == "frmPopupMsg") return std::make_unique<PopupWindow>(form, front);

@@ -68,6 +68,17 @@ class PixelScaleWindow : public FormWindow {
     PixelScaleWindow(platform::Form& form, const Front& front);
 };
 
+/// A file that is dropped on it is solved.
+class SolvePictureWindow : public FormWindow {
+  public:
+    SolvePictureWindow(platform::Form& form, const Front& front);
+};
+
+class WelcomeWindow : public FormWindow {
+  public:
+    WelcomeWindow(platform::Form& form, const Front& front);
+};
+
 class DevicesWindow : public FormWindow {
   public:
     DevicesWindow(platform::Form& form, const Front& front);

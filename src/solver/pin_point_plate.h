@@ -20,14 +20,11 @@
 #include "platform/dispatch_object.h"
 #include "platform/folder_map.h"
 #include "sky/star_catalog.h"
+#include "solver/image_solving.h"
 #include "solver/plate_frame.h"
 #include "solver/plate_solver.h"
-#include "solver/star_patterns.h"
 
 namespace vantrel::solver {
-
-/// Gives the star patterns of the whole sky; asked for when a plate is searched far from its start.
-using PatternSource = std::function<std::shared_ptr<const StarPatterns>()>;
 
 class PinPointPlate : public platform::DispatchObject {
   public:

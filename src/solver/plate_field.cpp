@@ -41,8 +41,10 @@ PlateField::PlateField(const PlateGeometry& geometry, std::span<const ImageStar>
                        std::span<const sky::CatalogStar> catalogStars)
     : geometry_(geometry), image_(pointsOf(imageStars)) {
     catalogue_.reserve(catalogStars.size());
+    magnitudes_.reserve(catalogStars.size());
     for (const sky::CatalogStar& star : catalogStars) {
         catalogue_.push_back(sky::direction(star.raDeg * kDegree, star.decDeg * kDegree));
+        magnitudes_.push_back(star.magnitude);
     }
 }
 

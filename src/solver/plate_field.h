@@ -43,11 +43,14 @@ class PlateField {
     const StarGrid& image() const { return image_; }
     sky::PixelPosition pixel(std::size_t i) const { return {image_.points()[i].x, image_.points()[i].y}; }
     std::span<const sky::Vector3> catalogue() const { return catalogue_; }
+    /// Of a catalogue star.
+    double magnitude(std::size_t i) const { return magnitudes_[i]; }
 
   private:
     PlateGeometry geometry_;
     StarGrid image_;
     std::vector<sky::Vector3> catalogue_;
+    std::vector<double> magnitudes_;
 };
 
 }  // namespace vantrel::solver

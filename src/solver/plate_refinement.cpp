@@ -17,6 +17,7 @@ constexpr double kLeastTolerance = 0.8;  // pixels
 struct Match {
     StarPair pair;
     std::size_t imageIndex = 0;
+    std::size_t catalogueIndex = 0;
     double distance = 0;  ///< pixels between prediction and image star
 };
 
@@ -72,7 +73,8 @@ class Refiner {
         Matching result;
         std::vector<int> taken(used_, -1);
         const bool everywhere = reach > geometry_.width + geometry_.height;
-        for (const sky::Vector3& star : field_.catalogue()) {
+        for (std::size_t i = 0; i < field_.catalogue().size(); ++i) {
+            const sky::Vector3& star = field_.catalogue()[i];
             const auto at = model.toPixel(star);
             if (!at || at->x < 0 || at->y < 0 || at->x > geometry_.width - 1 || at->y > geometry_.height - 1)
                 continue;
@@ -84,6 +86,7 @@ class Refiner {
             const auto index = static_cast<std::size_t>(nearest);
             const Match candidate{{field_.pixel(index), star},
                                   index,
+                                  i,
                                   std::hypot(at->x - field_.pixel(index).x, at->y - field_.pixel(index).y)};
             if (taken[index] >= 0) {
                 Match& former = result.matches[static_cast<std::size_t>(taken[index])];
@@ -138,9 +141,11 @@ class Refiner {
     RefinedPlate judged(const PlateModel& model, const Matching& found, double tolerance) const {
         RefinedPlate plate{model};
         plate.matched = found.matches.size();
+        plate.pairs.reserve(found.matches.size());
         double squares = 0;
         double arcsec = 0;
         for (const Match& m : found.matches) {
+            plate.pairs.push_back({m.imageIndex, m.catalogueIndex});
             const sky::SkyPosition shown = model.toSky(m.pair.pixel);
             const double distance =
                 sky::separation(sky::direction(shown.ra * sky::kDegree, shown.dec * sky::kDegree),

@@ -24,6 +24,11 @@ struct RefinedPlate {
     double rmsPixels = 0;
     double meanResidualArcsec = 0;
     double chanceLog10 = 0;  ///< see match_verdict.h
+
+    struct Pair {
+        std::size_t image = 0, catalogue = 0;  ///< indices of the field's stars
+    };
+    std::vector<Pair> pairs = {};
 };
 
 /// Matches, fits, widens and repeats; empty when fewer than four stars hold together.

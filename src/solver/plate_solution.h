@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstddef>
+#include <vector>
 
 #include "sky/tangent_wcs.h"
 
@@ -30,13 +31,21 @@ Orientation orientationOf(const std::array<double, 4>& cd);
 /// The matrix that these make, as above.
 std::array<double, 4> matrixOf(const Orientation& orientation);
 
+/// A star of the image that is one of the catalogue's.
+struct MatchedStar {
+    double x = 0;  ///< where it is found in the image, as an ImageStar
+    double y = 0;
+    double magnitude = 0;
+};
+
 struct PlateSolution {
     sky::SkyPosition centre;  ///< ICRS place at the pixel ((width-1)/2, (height-1)/2)
     Orientation orientation;
-    std::array<double, 4> cd{};  ///< as fitted: CD1_1, CD1_2, CD2_1, CD2_2 in degrees per pixel
-    std::size_t matched = 0;     ///< stars that the fit rests on
-    double residualArcsec = 0;   ///< their mean distance from where the model puts them
-    int order = 1;               ///< of the plate model
+    std::array<double, 4> cd{};      ///< as fitted: CD1_1, CD1_2, CD2_1, CD2_2 in degrees per pixel
+    std::size_t matched = 0;         ///< stars that the fit rests on
+    double residualArcsec = 0;       ///< their mean distance from where the model puts them
+    int order = 1;                   ///< of the plate model
+    std::vector<MatchedStar> stars;  ///< the matched ones
 
     bool mirrored() const { return orientation.scaleY < 0; }
 };

@@ -70,6 +70,11 @@ PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found,
     solution.matched = plate.matched;
     solution.residualArcsec = plate.meanResidualArcsec;
     solution.order = plate.model.order();
+    solution.stars.reserve(plate.pairs.size());
+    for (const RefinedPlate::Pair& pair : plate.pairs) {
+        const sky::PixelPosition at = field.pixel(pair.image);
+        solution.stars.push_back({at.x, at.y, field.magnitude(pair.catalogue)});
+    }
     return solution;
 }
 

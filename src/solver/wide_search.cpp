@@ -76,6 +76,7 @@ class WideSearch {
 
     std::optional<WideSolution> run(const Round& round) {
         for (std::size_t star = 2; star < std::min(round.stars, camera_.size()); ++star) {
+            if (givenUp()) return std::nullopt;
             if (auto solution = tryStar(star, round)) return solution;
         }
         return solveLikeliest();
@@ -88,6 +89,8 @@ class WideSearch {
         double size = 0;  ///< of the triangle, pixels
         double chance = 1;
     };
+
+    bool givenUp() const { return settings_.givenUp && settings_.givenUp(); }
 
     Vector3 inCamera(std::size_t star, double stretch) const {
         const PixelPosition c = geometry_.centre();
@@ -248,7 +251,7 @@ class WideSearch {
     std::optional<WideSolution> solveLikeliest() {
         std::sort(likely_.begin(), likely_.end(),
                   [](const Proposal& a, const Proposal& b) { return a.chance < b.chance; });
-        for (std::size_t i = 0; i < likely_.size() && solved_ <= kSolvedAtMost; ++i) {
+        for (std::size_t i = 0; i < likely_.size() && solved_ <= kSolvedAtMost && !givenUp(); ++i) {
             if (auto solution = solved(likely_[i])) return solution;
         }
         likely_.clear();

@@ -18,8 +18,9 @@ struct WideSettings {
     double scaleTolerance = 0.15;  ///< share by which the true scale may differ from the given one
     sky::SkyPosition start;        ///< places farther from here than the radius are left out
     double radiusDeg = 180;
-    double epochYear = 2000;       ///< of the exposure
-    double chanceLimitLog10 = -7;  ///< matches likelier than this to be chance are refused
+    double epochYear = 2000;             ///< of the exposure
+    double chanceLimitLog10 = -7;        ///< matches likelier than this to be chance are refused
+    std::function<bool()> givenUp = {};  ///< asked for each star; nothing is found any more once it says so
 };
 
 struct WideSolution {

@@ -14,12 +14,19 @@ std::string programOf(const std::string& progId) {
     return platform::toLower(progId.substr(0, progId.find('.')));
 }
 
+std::unique_ptr<hosts::Background> backgroundOf(const Surroundings& surroundings) {
+    if (surroundings.realTime) return std::make_unique<hosts::BackgroundThreads>(surroundings.loop);
+    return std::make_unique<hosts::BackgroundOfLoop>(surroundings.loop);
+}
+
 }  // namespace
 
 Station::Station(const Surroundings& surroundings, std::uint64_t seed)
     : surroundings_(surroundings),
       observatory_(surroundings.loop, surroundings.folders, seed, seams()),
-      devices_(deviceSurroundings()) {
+      devices_(deviceSurroundings()),
+      background_(backgroundOf(surroundings)),
+      fileSolver_(*background_, surroundings.folders, surroundings.cache) {
     observatory_.install(classes_);
 }
 
@@ -90,7 +97,8 @@ platform::Machine Station::machine(platform::AutomationHost& automation, platfor
             [this] { devices_.chooseCamera(); },
             [this] { devices_.offerMounts(); },
             [this]() -> const platform::CameraHardware& { return observatory_.imaging().chosenCamera(); },
-            [this] { devices_.adjustCamera(); }};
+            [this] { devices_.adjustCamera(); },
+            &fileSolver_};
 }
 
 }  // namespace vantrel::station

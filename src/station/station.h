@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "observatory/observatory.h"
@@ -17,6 +18,7 @@
 #include "platform/picture_facts.h"
 #include "platform/settings_root.h"
 #include "station/devices.h"
+#include "station/file_solver.h"
 
 namespace vantrel::station {
 
@@ -33,7 +35,8 @@ struct Surroundings {
     std::function<void(const std::string& line)> tell = {};         // a line for the log
     std::function<bool(const std::string& address)> openPage = {};  // in the browser; false when that failed
     std::function<platform::PictureFacts()> pictureFacts = {};
-    bool network = false;  // devices may be looked for in it
+    bool network = false;   // devices may be looked for in it
+    bool realTime = false;  // long work may go on beside the loop
 };
 
 class Station {
@@ -69,6 +72,8 @@ class Station {
     observatory::Observatory observatory_;
     platform::ClassRegistry classes_;
     Devices devices_;
+    std::unique_ptr<hosts::Background> background_;
+    FileSolver fileSolver_;
 };
 
 }  // namespace vantrel::station

@@ -42,6 +42,7 @@ const Place kPlaces[] = {
     {"src/correction/", "Correction"},
     {"src/platesolve/", "Plate solving"},
     {"src/hosts/", "Real devices"},
+    {"src/station/file_solver", "Plate solving"},
     {"src/station/", "Real devices"},
     {"src/platform/http/", "What the built-in instruments refuse"},
     {"src/platform/camera_hardware.h", "What the built-in instruments refuse"},

@@ -217,7 +217,7 @@ TEST(Session, RefusesWhatItDoesNotKnowAndGoesOn) {
          "\"for\" must be {\"control\", \"property\", \"is\"}, {\"log\"}, {\"idle\": true} or {\"window\"}"},
         {R"~({"do":"setting","section":"A","key":"B","value":[1]})~", "A setting's value must be a text"},
         {R"~({"do":"answer","dialog":"door","with":""})~",
-         "\"dialog\" must be \"folder\", \"chooser\" or \"box\""},
+         "\"dialog\" must be \"folder\", \"file\", \"chooser\" or \"box\""},
         {R"~({"do":"fault","object":"*","member":"M"})~", "Either \"number\" or \"returns\" is needed"},
         {R"~({"do":"automation","object":"Small.Mount"})~", "One of \"get\", \"put\" and \"call\" is needed"},
         {R"~({"do":"automation","object":"Small.Mount","put":"RightAscension","value":{"width":1,"height":1,"pixels":["x"]}})~",

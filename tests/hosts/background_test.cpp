@@ -78,5 +78,18 @@ TEST_F(BackgroundTest, EndsWithItsWork) {
     EXPECT_TRUE(worked);
 }
 
+// Where every run is to be the same, work comes in its turn.
+TEST_F(BackgroundTest, OfTheLoopWorksInItsTurnUnlessLetGo) {
+    BackgroundOfLoop inTurn(loop);
+    std::string story;
+    const BackgroundWork kept = inTurn.run([&] { story += "work "; }, [&] { story += "done "; });
+    BackgroundWork dropped = inTurn.run([&] { story += "never "; }, [] {});
+    BackgroundWork inside = inTurn.run([&] { inside.reset(); }, [&] { story += "never "; });
+    dropped.reset();
+    EXPECT_EQ(story, "");
+    loop.yield();
+    EXPECT_EQ(story, "work done ");
+}
+
 }  // namespace
 }  // namespace vantrel::hosts

@@ -17,6 +17,7 @@
 #include "qt/qt_dialogs.h"
 #include "qt/temporary_home.h"
 #include "qt/theme.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::qt {
 namespace {
@@ -56,6 +57,22 @@ TEST_F(DialogsTest, AChosenFolderComesBackAsAFolderText) {
     EXPECT_EQ(dialogs.chooseFolder("Set Image Path"), "");
 }
 
+TEST_F(DialogsTest, AFileComesBackAsItsPathAndTheNextBeginsThere) {
+    const auto folder = user.folders.real("C:\\Images") / "Tonight";
+    test::writeFile(folder / "M31.fits", "x");
+    inTheDialog([&](QDialog& dialog) {
+        dynamic_cast<QFileDialog&>(dialog).selectFile(QString::fromStdString((folder / "M31.fits").string()));
+        dialog.accept();
+    });
+    EXPECT_EQ(dialogs.chooseFile("Choose a picture"), "C:\\Images\\Tonight\\M31.fits");
+    inTheDialog([&](QDialog& dialog) {
+        EXPECT_EQ(dynamic_cast<QFileDialog&>(dialog).directory().absolutePath().toStdString(),
+                  folder.string());
+        dialog.reject();
+    });
+    EXPECT_EQ(dialogs.chooseFile("Choose a picture"), "");
+}
+
 TEST_F(DialogsTest, AChoiceBeginsWithTheCurrentOneAndComesBackById) {
     std::string first;
     inTheDialog([&](QDialog& dialog) {
@@ -87,6 +104,9 @@ TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
     };
     inTheDialog(check);
     dialogs.chooseFolder("Set Image Path");
+    test::writeFile(user.folders.real("C:\\Images") / "M31.fits", "");
+    inTheDialog(check);
+    dialogs.chooseFile("Choose a picture");
     inTheDialog(check);
     dialogs.choose("Telescope Chooser", drivers, "A.Telescope");
     for (const auto icon : {platform::Dialogs::Icon::kInformation, platform::Dialogs::Icon::kExclamation,

@@ -15,6 +15,7 @@
 #include "app/frm_main.h"
 #include "app/frm_options.h"
 #include "app/frm_popup_msg.h"
+#include "app/frm_welcome.h"
 #include "app/settings_store.h"
 #include "correction/frm_history.h"
 #include "correction/frm_polar_plot.h"
@@ -24,6 +25,7 @@
 #include "engine/frm_preflight.h"
 #include "observatory/panel/frm_simulator.h"
 #include "platesolve/frm_pixel_scale.h"
+#include "platesolve/frm_solve_picture.h"
 #include "platform/queued_event_loop.h"
 #include "qt/unattended_run.h"
 #include "qt/windows.h"
@@ -46,7 +48,9 @@ struct Forms {
     devices::frmTelescope telescope{screen};
     devices::frmSelectCCSoftware imagingSoftware{screen};
     platesolve::frmPixelScale pixelScale{screen};
+    platesolve::frmSolvePicture solvePicture{screen};
     app::frmAbout about{screen};
+    app::frmWelcome welcome{screen};
     observatory::frmSimulator simulator{screen};
 
     platform::MemorySettings stored;

@@ -39,6 +39,8 @@ struct Night {
     UnattendedDialogs dialogs{boxes};
     Program program{{loop, theme, barrier}, user, dialogs, 1};
 
+    bool firstStart = false;  // with the window that such a start opens with
+
     Night() { program.openWindows(); }
 
     FormWindow& main() const { return program.window("frmMain"); }
@@ -76,7 +78,7 @@ struct Night {
             QApplication::processEvents();
             if (next < steps.size() && steps[next].when()) steps[next++].then();
         });
-        loop.post([this] { program.application().start(); });
+        loop.post([this] { firstStart ? program.start() : program.application().start(); });
         loop.runUntil([&] { return program.application().ended(); });
         loop.setAttendant(nullptr);
     }

@@ -20,7 +20,8 @@ TEST(Translation, KnowsEveryCaptionOfOurOwnForms) {
     Forms forms;
     for (const platform::Form* form :
          {static_cast<platform::Form*>(&forms.about), static_cast<platform::Form*>(&forms.simulator),
-          static_cast<platform::Form*>(&forms.devices)})
+          static_cast<platform::Form*>(&forms.devices), static_cast<platform::Form*>(&forms.solvePicture),
+          static_cast<platform::Form*>(&forms.welcome)})
         for (const platform::Control* control : form->controls()) {
             if (control->name() == "lblVersion" || control->name() == "cmdHalt" || control->name() == "cmdOK")
                 continue;
@@ -80,6 +81,10 @@ TEST(Translation, TakesNamesAndFiguresAlong) {
         {"frmSimulator", "15' a press", "15' je Druck"},
         {"dialog", "Telescope Chooser", "Teleskop wählen"},
         {"frmDevices", "120, takes 0 to 480", "120, möglich 0 bis 480"},
+        {"frmSolvePicture", "Solved in 1.2 s by 85 stars, off by 0.41\" on average",
+         "In 1.2 s mit 85 Sternen gelöst, im Mittel 0.41\" daneben"},
+        {"frmSolvePicture", "Solved in 1.2 s by 85 stars, off by 0.41\" on average; the picture is mirrored",
+         "In 1.2 s mit 85 Sternen gelöst, im Mittel 0.41\" daneben; das Bild ist gespiegelt"},
         {"frmDevices", "-9.5 °C, cooler at 40 %", "-9.5 °C, Kühlung bei 40 %"},
         // the program's words
         {"frmMain", "Error Amplitude", "Error Amplitude"},

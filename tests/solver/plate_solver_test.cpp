@@ -78,6 +78,15 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
         EXPECT_EQ(solution->mirrored(), mirrored) << i;
         EXPECT_GT(solution->orientation.scaleX, 0);
         EXPECT_NEAR(std::remainder(solution->orientation.rollDeg - turn, 360), 0, 0.05) << i;
+        EXPECT_EQ(solution->stars.size(), solution->matched) << i;
+        for (const MatchedStar& star : solution->stars) {
+            const SkyPosition place = field.wcs.toSky({star.x, star.y});
+            const auto near =
+                stars().cone({.raDeg = place.ra, .decDeg = place.dec, .radiusDeg = 4 * scale / 3600});
+            EXPECT_TRUE(std::ranges::any_of(
+                near, [&](const sky::CatalogStar& known) { return known.magnitude == star.magnitude; }))
+                << i << ": no such star at " << star.x << ", " << star.y;
+        }
         const auto cd = matrixOf(solution->orientation);
         const sky::TangentWcs told{solution->centre, {449.5, 339.5}, {cd[0], cd[1], cd[2], cd[3]}};
         for (const sky::PixelPosition pixel : {sky::PixelPosition{0, 0}, {899, 0}, {200, 679}})

@@ -109,6 +109,16 @@ TEST(SearchWide, KeepsToTheRadius) {
     }
 }
 
+TEST(SearchWide, EndsSoonAfterItIsGivenUp) {
+    const auto field = fieldOf({140, 35}, 12, 33, false);
+    const Seen image = seen(field, 12 * 3600 / 700.0);
+    int asked = 0;
+    WideSettings settings;
+    settings.givenUp = [&] { return ++asked > 0; };
+    EXPECT_FALSE(searchWideAnyScale(image.geometry, image.list.stars, patterns(), sky(), settings));
+    EXPECT_LT(asked, 100);
+}
+
 // Nothing may be found in noise, in points strewn at random, or in a sky that the patterns don't show.
 TEST(SearchWide, FindsNothingWhereNothingIs) {
     std::mt19937 random(4);

@@ -90,7 +90,7 @@ TEST(Structure, RoomsIncludeOnlyWhatTheirRowAllows) {
         {"observatory",
          {"observatory", "helpers", "imaging", "solver", "catalogs", "fits", "sky", "platform"}},
         {"hosts", {"hosts", "platform"}},
-        {"station", {"station", "observatory", "catalogs", "fits", "sky", "hosts", "platform"}},
+        {"station", {"station", "observatory", "solver", "catalogs", "fits", "sky", "hosts", "platform"}},
         {"qt",
          {"qt", "app", "devices", "platesolve", "correction", "engine", "platform", "imaging", "observatory",
           "station"}},

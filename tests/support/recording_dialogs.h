@@ -17,13 +17,14 @@ class RecordingDialogs : public platform::Dialogs {
         Buttons buttons = Buttons::kOk;
     };
     std::vector<Box> boxes;
-    std::vector<std::string> titles;  // of the folder dialogs and choosers
+    std::vector<std::string> titles;  // of the dialogs for folders and files, and of choosers
     std::deque<std::string> answers;  // to the next of them; none: cancelled
 
     void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override {
         boxes.push_back({title, text, icon, buttons});
     }
     std::string chooseFolder(const std::string& title) override { return answer(title); }
+    std::string chooseFile(const std::string& title) override { return answer(title); }
     std::string choose(const std::string& title, const std::vector<Choice>& /*choices*/,
                        const std::string& /*current*/) override {
         return answer(title);

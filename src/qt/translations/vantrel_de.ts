@@ -669,6 +669,62 @@ erscheinen hier.</translation>
         <source>Pages</source>
         <translation>Seiten</translation>
     </message>
+    <message>
+        <source>Drop a FITS file here.</source>
+        <translation>Eine FITS-Datei hierher ziehen.</translation>
+    </message>
+    <message>
+        <source>The picture, matched stars circled</source>
+        <translation>Das Bild, erkannte Sterne eingekreist</translation>
+    </message>
+    <message>
+        <source>Choose a FITS file</source>
+        <translation>Eine FITS-Datei wählen</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Scale, if known</source>
+        <translation>Maßstab, falls bekannt</translation>
+    </message>
+    <message>
+        <source>″/pixel</source>
+        <translation>″/Pixel</translation>
+    </message>
+    <message>
+        <source>Picture</source>
+        <translation>Bild</translation>
+    </message>
+    <message>
+        <source>Right ascension</source>
+        <translation>Rektaszension</translation>
+    </message>
+    <message>
+        <source>Scale</source>
+        <translation>Maßstab</translation>
+    </message>
+    <message>
+        <source>Field</source>
+        <translation>Feld</translation>
+    </message>
+    <message>
+        <source>Roll</source>
+        <translation>Drehung</translation>
+    </message>
+    <message>
+        <source>Position angle</source>
+        <translation>Positionswinkel</translation>
+    </message>
+    <message>
+        <source>Stars matched</source>
+        <translation>Erkannte Sterne</translation>
+    </message>
+    <message>
+        <source>Middle of the picture</source>
+        <translation>Bildmitte</translation>
+    </message>
 </context>
 <context>
     <name>dialog</name>
@@ -679,6 +735,10 @@ erscheinen hier.</translation>
     <message>
         <source>Telescope Chooser</source>
         <translation>Teleskop wählen</translation>
+    </message>
+    <message>
+        <source>Choose a picture</source>
+        <translation>Ein Bild wählen</translation>
     </message>
 </context>
 <context>
@@ -1184,6 +1244,124 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>The azimuth knob&apos;s %1 are %2 on the sky (× cosine of the latitude)</source>
         <translation>%1 am Azimutknopf sind am Himmel %2 (× Kosinus der Breite)</translation>
+    </message>
+</context>
+<context>
+    <name>frmSolvePicture</name>
+    <message>
+        <source>Solve a Picture</source>
+        <translation>Ein Bild lösen</translation>
+    </message>
+    <message>
+        <source>Solve</source>
+        <translation>Lösen</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Stopp</translation>
+    </message>
+    <message>
+        <source>A FITS file of any camera; it may be packed (.gz, .fz)</source>
+        <translation>Eine FITS-Datei von irgendeiner Kamera, auch gepackt (.gz, .fz)</translation>
+    </message>
+    <message>
+        <source>Choose a FITS file</source>
+        <translation>Eine FITS-Datei wählen</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel; empty: as the file tells, or any</source>
+        <translation>Bogensekunden je Pixel; leer: wie die Datei sagt, oder beliebig</translation>
+    </message>
+    <message>
+        <source>Find out where the picture points</source>
+        <translation>Herausfinden, wohin das Bild zeigt</translation>
+    </message>
+    <message>
+        <source>As the log tells it: 180 with north up and east left</source>
+        <translation>Wie im Protokoll: 180 mit Norden oben und Osten links</translation>
+    </message>
+    <message>
+        <source>Where the upper edge points: from north through east</source>
+        <translation>Wohin die Oberkante zeigt: von Norden über Osten</translation>
+    </message>
+    <message>
+        <source>Reading the picture</source>
+        <translation>Das Bild wird gelesen</translation>
+    </message>
+    <message>
+        <source>Looking for it in the sky</source>
+        <translation>Es wird am Himmel gesucht</translation>
+    </message>
+    <message>
+        <source>Choose a picture first</source>
+        <translation>Erst ein Bild wählen</translation>
+    </message>
+    <message>
+        <source>The scale must be a number from 0.01 to 1000, or left empty</source>
+        <translation>Der Maßstab muss eine Zahl von 0.01 bis 1000 sein oder leer bleiben</translation>
+    </message>
+    <message>
+        <source>Search stopped</source>
+        <translation>Suche abgebrochen</translation>
+    </message>
+    <message>
+        <source>No stars were found in the picture</source>
+        <translation>Im Bild sind keine Sterne zu finden</translation>
+    </message>
+    <message>
+        <source>Not solved: %1 stars were found, but no place in the sky fits them</source>
+        <translation>Nicht gelöst: %1 Sterne gefunden, aber keine Stelle am Himmel passt dazu</translation>
+    </message>
+    <message>
+        <source>%1 is too large for the memory of this machine</source>
+        <translation>%1 ist zu groß für den Speicher dieses Rechners</translation>
+    </message>
+    <message>
+        <source>%1 has more than 250 million pixels</source>
+        <translation>%1 hat mehr als 250 Millionen Pixel</translation>
+    </message>
+    <message>
+        <source>Solved in %1 s by %2 stars, off by %3&quot; on average; the picture is mirrored</source>
+        <translation>In %1 s mit %2 Sternen gelöst, im Mittel %3&quot; daneben; das Bild ist gespiegelt</translation>
+    </message>
+    <message>
+        <source>Solved in %1 s by %2 stars, off by %3&quot; on average</source>
+        <translation>In %1 s mit %2 Sternen gelöst, im Mittel %3&quot; daneben</translation>
+    </message>
+</context>
+<context>
+    <name>frmWelcome</name>
+    <message>
+        <source>Welcome</source>
+        <translation>Willkommen</translation>
+    </message>
+    <message>
+        <source>How would you like to begin?</source>
+        <translation>Womit möchten Sie beginnen?</translation>
+    </message>
+    <message>
+        <source>Try it with the simulator</source>
+        <translation>Mit dem Simulator probieren</translation>
+    </message>
+    <message>
+        <source>A mount and a camera that are built in: measure and correct by daylight, with nothing connected.</source>
+        <translation>Montierung und Kamera sind eingebaut: messen und korrigieren bei Tageslicht, ohne dass etwas angeschlossen ist.</translation>
+    </message>
+    <message>
+        <source>My mount and camera</source>
+        <translation>Meine Montierung und Kamera</translation>
+    </message>
+    <message>
+        <source>Choose them from the INDI and Alpaca devices in your network, first the mount, then the camera.</source>
+        <translation>Aus den INDI- und Alpaca-Geräten in Ihrem Netz wählen, erst die Montierung, dann die Kamera.</translation>
+    </message>
+    <message>
+        <source>Just solve a picture</source>
+        <translation>Nur ein Bild lösen</translation>
+    </message>
+    <message>
+        <source>Where does it point? Drop a FITS file here, or choose it in the next window.</source>
+        <translation>Wohin zeigt es? Eine FITS-Datei hierher ziehen oder im nächsten Fenster wählen.</translation>
     </message>
 </context>
 </TS>

@@ -1,0 +1,35 @@
+#include "platesolve/frm_solve_picture.h"
+
+namespace vantrel::platesolve {
+
+frmSolvePicture::frmSolvePicture(platform::Screen& screen)
+    : Form(screen, "frmSolvePicture", "Solve a Picture", {140, 90, 900, 560}),
+      txtFile(*this, "txtFile"),
+      cmdChooseFile(*this, "cmdChooseFile", "..."),
+      txtScaleHint(*this, "txtScaleHint"),
+      cmdSolve(*this, "cmdSolve", "Solve"),
+      cmdStop(*this, "cmdStop", "Stop"),
+      lblOutcome(*this, "lblOutcome", ""),
+      txtCentreRA(*this, "txtCentreRA"),
+      txtCentreDec(*this, "txtCentreDec"),
+      txtScale(*this, "txtScale"),
+      txtRoll(*this, "txtRoll"),
+      txtPositionAngle(*this, "txtPositionAngle"),
+      txtField(*this, "txtField"),
+      txtMatched(*this, "txtMatched"),
+      picPlate(*this, "picPlate"),
+      cmdOK(*this, "cmdOK", "OK") {
+    txtFile.setToolTip("A FITS file of any camera; it may be packed (.gz, .fz)");
+    cmdChooseFile.setToolTip("Choose a FITS file");
+    txtScaleHint.setToolTip("Arc-seconds per pixel; empty: as the file tells, or any");
+    cmdSolve.setToolTip("Find out where the picture points");
+    txtRoll.setToolTip("As the log tells it: 180 with north up and east left");
+    txtPositionAngle.setToolTip("Where the upper edge points: from north through east");
+    for (platform::TextBox* box :
+         {&txtCentreRA, &txtCentreDec, &txtScale, &txtRoll, &txtPositionAngle, &txtField, &txtMatched})
+        box->setReadOnly(true);
+    cmdStop.setEnabled(false);
+    cmdOK.onClick = [this] { unload(); };
+}
+
+}  // namespace vantrel::platesolve
