@@ -3,6 +3,7 @@
 
 #include "app/setup_panel.h"
 #include "correction/error_plot_panel.h"
+#include "correction/guidance_panel.h"
 #include "devices/imaging_panel.h"
 #include "engine/exposure_panel.h"
 #include "engine/run_panel.h"
@@ -20,6 +21,7 @@ class frmMain : public platform::Form {
           plateSolve(*this),
           imaging(*this),
           errorPlot(*this),
+          guidance(*this),
           setup(*this) {}
 
     engine::RunPanel run;
@@ -27,6 +29,7 @@ class frmMain : public platform::Form {
     platesolve::PlateSolvePanel plateSolve;
     devices::ImagingPanel imaging;
     correction::ErrorPlotPanel errorPlot;
+    correction::GuidancePanel guidance;
     SetupPanel setup;
 };
 

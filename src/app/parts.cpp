@@ -81,7 +81,9 @@ Parts::Parts(const platform::Machine& surroundings)
       exposures(main.exposures, main.run, state, services, overlays),
       starFinder(openImage, log, popups),
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
-      correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
+      guide(main.guidance, openImage, [this] { machine.desktop.beep(); }),
+      correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks,
+                 guide) {
     correctionRelay.target = &correction;
     polarPlot.history = [this] { return history.past(); };
     polarPlot.onPlotted = [this] { pastNights.refresh(); };

@@ -124,6 +124,7 @@ struct Parts {
     correction::OpenStarFinder starFinder;
     correction::CorrectionMarks marks;
     correction::StarPointing pointing;
+    correction::StarGuide guide;
     correction::CorrectionSequence correction;
 
     /// Of the camera in use; nothing while it isn't known.

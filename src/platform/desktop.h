@@ -45,6 +45,9 @@ class Desktop {
     /// The real file to open for one that is part of the program: itself, or what this desktop shows in its
     /// place. It may be missing.
     virtual std::filesystem::path shownFor(const std::string& /*file*/) const { return {}; }
+
+    /// Makes itself heard, where it can.
+    virtual void beep() {}
 };
 
 }  // namespace vantrel::platform

@@ -11,6 +11,12 @@ namespace vantrel::qt {
 
 using imaging::ViewPoint;
 
+namespace {
+
+constexpr double kGap = 12;  // what lies where lines cross stays in sight this far around
+
+}  // namespace
+
 ImageView::ImageView(imaging::ShownImage& image, const Front& front)
     : image_(image), front_(front), colors_(imageColors(colorsOf(false), false, false)) {
     setObjectName("imageView");
@@ -47,6 +53,11 @@ void ImageView::setColors(const ImageColors& colors) {
 
 void ImageView::setCrossHair(bool shown) {
     crossHair_ = shown;
+    update();
+}
+
+void ImageView::setGuidance(const std::optional<correction::Guidance>& guidance) {
+    guidance_ = guidance;
     update();
 }
 
@@ -91,10 +102,13 @@ std::optional<QPoint> ImageView::pixelUnderCursor() const {
 void ImageView::refreshPicture() {
     const auto pixels = image_.pixels();
     const imaging::ViewWindow window = viewport_.window();
-    if (rastered_.lock() != pixels || window != rasterWindow_) {
+    const auto circle = gap();
+    if (rastered_.lock() != pixels || window != rasterWindow_ || circle != rasterGap_) {
         raster_ = rasterOf(*pixels, window, image_.statistics());
+        if (circle) uncover(raster_, *pixels, window, image_.statistics(), *circle);
         rastered_ = pixels;
         rasterWindow_ = window;
+        rasterGap_ = circle;
         painted_.reset();
     }
     const imaging::ShownStretch stretch = image_.stretch();
@@ -124,6 +138,7 @@ void ImageView::paintEvent(QPaintEvent* /*event*/) {
         const double ratio = devicePixelRatioF();
         painter.drawImage(QPointF(rasterWindow_.x / ratio, rasterWindow_.y / ratio), picture_);
         if (crossHair_) paintCrossHair(painter);
+        if (guidance_ && guidance_->star) paintRing(painter);
     });
 }
 
@@ -136,12 +151,28 @@ void ImageView::paintCrossHair(QPainter& painter) const {
     QPen pen(colors_.line, 1);
     pen.setCosmetic(true);
     painter.setPen(pen);
-    constexpr double kGap = 12;  // what lies in the middle stays in sight
     const QRectF room = rect();
     painter.drawLine(QLineF(room.left(), centre.y(), centre.x() - kGap, centre.y()));
     painter.drawLine(QLineF(centre.x() + kGap, centre.y(), room.right(), centre.y()));
     painter.drawLine(QLineF(centre.x(), room.top(), centre.x(), centre.y() - kGap));
     painter.drawLine(QLineF(centre.x(), centre.y() + kGap, centre.x(), room.bottom()));
+}
+
+std::optional<imaging::ViewCircle> ImageView::gap() const {
+    if (!guidance_) return std::nullopt;
+    const ViewPoint target = viewport_.toWindow({guidance_->target.x, guidance_->target.y});
+    return imaging::ViewCircle{target, kGap * devicePixelRatioF()};
+}
+
+/// As large on the screen at every scale.
+void ImageView::paintRing(QPainter& painter) const {
+    constexpr double kRadius = 20, kWidth = 2;
+    const ViewPoint star = viewport_.toWindow({guidance_->star->x, guidance_->star->y});
+    const double ratio = devicePixelRatioF();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor(colors_.tones[imaging::ToneCurve::kMark]), kWidth));
+    painter.drawEllipse(QPointF(star.x / ratio, star.y / ratio), kRadius, kRadius);
 }
 
 void ImageView::resizeEvent(QResizeEvent* event) {

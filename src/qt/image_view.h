@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "correction/star_guide.h"
 #include "imaging/image_viewport.h"
 #include "imaging/shown_image.h"
 #include "imaging/view_raster.h"
@@ -25,6 +26,8 @@ class ImageView : public QWidget {
     void setColors(const ImageColors& colors);
     /// Lines through the image's middle, which aren't part of it.
     void setCrossHair(bool shown);
+    /// A ring around the star, and the picture without its marks where they cross at the target.
+    void setGuidance(const std::optional<correction::Guidance>& guidance);
 
     void fit();
     /// One pixel of the image for one of the screen.
@@ -60,6 +63,8 @@ class ImageView : public QWidget {
     imaging::ViewPoint onScreen(QPointF position) const;
     void refreshPicture();
     void paintCrossHair(QPainter& painter) const;
+    void paintRing(QPainter& painter) const;
+    std::optional<imaging::ViewCircle> gap() const;
 
     imaging::ShownImage& image_;
     Front front_;
@@ -67,11 +72,13 @@ class ImageView : public QWidget {
     imaging::ImageViewport viewport_;
     ImageColors colors_;
     bool crossHair_ = false;
+    std::optional<correction::Guidance> guidance_;
 
     // What is on the screen now, and what it was made from.
     imaging::ViewRaster raster_;
     std::weak_ptr<const platform::ImageArray> rastered_;
     imaging::ViewWindow rasterWindow_;
+    std::optional<imaging::ViewCircle> rasterGap_;
     std::optional<imaging::ShownStretch> painted_;
     QImage picture_;
 

@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 #include <utility>
 
+#include "qt/gauge_bar.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
 #include "qt/windows.h"
@@ -63,6 +64,19 @@ QLayout* indicators() {
     return grid;
 }
 
+/// How far the star is from its mark. Takes no room unless a star is being centred.
+QLayout* guidance() {
+    auto* const column = new QVBoxLayout;
+    column->setSpacing(4);
+    auto* const reading = named<QLabel>("lblStarToTarget");
+    scaleFont(*reading, 1.4, true);
+    auto* const bar = named<GaugeBar>("gaugeStarToTarget");
+    bar->setAccessibleName(Text::tr("Way from the star to its mark"));
+    column->addWidget(reading);
+    column->addWidget(bar);
+    return column;
+}
+
 QLayout* runButtons() {
     auto* const row = new QHBoxLayout;
     row->setSpacing(8);
@@ -92,7 +106,7 @@ QGroupBox* exposureGroup() {
     auto* const grid = new FieldGrid;
     grid->addField("Exposure ", field("txtContinuousExposeInterval", 6), "s");
     grid->addField("Delay ", field("txtContinuousExposeDelay", 6), "s");
-    grid->addField("Line width", listField("cmbCrossHairWidth", 3));
+    grid->addField("Line width", listField("cmbCrossHairWidth", 3), named<QCheckBox>("chkCloseSound"));
     grid->addRow(
         row({named<QCheckBox>("chkExposeContinuousEnable"), named<QCheckBox>("chkCrossHairEnable")}, true));
     QPushButton* const expose = button("cmdExpose");
@@ -138,6 +152,7 @@ QWidget* runTab(const Theme& theme) {
     left->setSpacing(10);
     left->addWidget(instructions(), 2);
     left->addLayout(indicators());
+    left->addLayout(guidance());
     left->addLayout(runButtons());
     left->addWidget(errorPlotGroup(theme), 3);
     auto* const values = new QWidget;

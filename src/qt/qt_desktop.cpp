@@ -1,5 +1,6 @@
 #include "qt/qt_desktop.h"
 
+#include <QApplication>
 #include <QDesktopServices>
 #include <QProcess>
 #include <QUrl>
@@ -34,5 +35,7 @@ std::filesystem::path QtDesktop::shownFor(const std::string& file) const {
                         hasProgramFor(QStringLiteral("application/vnd.ms-htmlhelp")));
     return shown ? help : pages;
 }
+
+void QtDesktop::beep() { QApplication::beep(); }
 
 }  // namespace vantrel::qt

@@ -15,6 +15,7 @@ class QtDesktop : public platform::UserDesktop {
     /// For a help file that is missing or that no program here shows: the web pages beside it, if there are
     /// any.
     std::filesystem::path shownFor(const std::string& file) const override;
+    void beep() override;
 };
 
 }  // namespace vantrel::qt

@@ -18,6 +18,7 @@ struct Colors {
     QColor lit;                  // an indicator or a button that is on
     QColor unlit, onUnlit;       // an indicator that is off
     QColor chart, ring, marker;  // the plots' ground, lines and points
+    QColor mark;                 // what is drawn into a camera's image
 };
 
 const Colors& colorsOf(bool night);

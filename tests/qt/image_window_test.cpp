@@ -327,11 +327,17 @@ TEST_F(ImageWindowTest, EveryCommandHasAKeyOfItsOwnThatItsTooltipNames) {
         EXPECT_TRUE(button->defaultAction() == nullptr || !button->accessibleName().isEmpty());
 }
 
-TEST(ImageColors, WhiteStandsOutByNight) {
-    const Colors night = colorsOf(true);
-    const auto tones = imageColors(night, true, false).tones;
-    EXPECT_EQ(tones[ToneCurve::kWhite], night.marker.rgb());
-    EXPECT_LT(qRed(tones[ToneCurve::kWhite - 1]), 0.9 * night.marker.red());
+TEST(ImageColors, MarksStandOutOfWhiteAndWhiteOfTheStars) {
+    for (const bool inverted : {false, true}) {
+        const auto night = imageColors(colorsOf(true), true, inverted).tones;
+        const std::uint8_t white = inverted ? 0 : ToneCurve::kWhite;
+        const std::uint8_t next = inverted ? 1 : ToneCurve::kWhite - 1;
+        EXPECT_GT(qRed(night[white]), 1.1 * qRed(night[next]));
+        EXPECT_GT(qRed(night[ToneCurve::kMark]), 1.3 * qRed(night[white]));
+        EXPECT_GT(qBlue(night[ToneCurve::kMark]), 2 * qBlue(night[white]));
+        const auto day = imageColors(colorsOf(false), false, inverted).tones;
+        EXPECT_GT(qRed(day[ToneCurve::kMark]), 2 * qBlue(day[ToneCurve::kMark])) << "no grey";
+    }
 }
 
 TEST_F(ImageWindowTest, FullScreenComesAndGoesByKeys) {

@@ -278,6 +278,10 @@ erscheinen hier.</translation>
         <translation>Marke</translation>
     </message>
     <message>
+        <source>Way from the star to its mark</source>
+        <translation>Weg vom Stern zu seiner Marke</translation>
+    </message>
+    <message>
         <source>HFD %1 px</source>
         <translation>HFD %1 px</translation>
     </message>
