@@ -34,7 +34,8 @@ std::optional<engine::PixelPosition> SkyOffsetToPixel(double ra, double dec,
 
 double arcMinutesPerPixel(const engine::PlateSolution& plate) {
     constexpr double kPerDegree = 60;
-    const double scale = kPerDegree * std::sqrt(std::abs(plate.CD1_1 * plate.CD2_2 - plate.CD1_2 * plate.CD2_1));
+    const double scale =
+        kPerDegree * std::sqrt(std::abs(plate.CD1_1 * plate.CD2_2 - plate.CD1_2 * plate.CD2_1));
     return std::isfinite(scale) ? scale : 0;
 }
 

@@ -174,8 +174,8 @@ void enlarge(const Pixel* pixels, const platform::ImageArray& image, const ViewW
     }
 }
 
-/// Along one axis, the screen's pixels that show the image's pixel at `place`. Reduced, the one that its centre
-/// falls into.
+/// Along one axis, the screen's pixels that show the image's pixel at `place`. Reduced, the one that its
+/// centre falls into.
 std::pair<int, int> shownAt(double place, double corner, double scale, int count) {
     const double from = (place - corner) * scale;
     const int first = static_cast<int>(scale < 1 ? std::floor(from + scale / 2) : std::ceil(from - 0.5));
@@ -189,10 +189,10 @@ std::size_t indexIn(const ViewRaster& raster, int x, int y) {
 
 void showMarks(ViewRaster& raster, const platform::ImageArray& image, const ViewWindow& window) {
     for (const auto& mark : image.setPixels()) {
-        const auto [left, right] = shownAt(static_cast<double>(mark.place % image.width()), window.left,
-                                           window.scale, raster.width);
-        const auto [top, bottom] = shownAt(static_cast<double>(mark.place / image.width()), window.top,
-                                           window.scale, raster.height);
+        const auto [left, right] =
+            shownAt(static_cast<double>(mark.place % image.width()), window.left, window.scale, raster.width);
+        const auto [top, bottom] =
+            shownAt(static_cast<double>(mark.place / image.width()), window.top, window.scale, raster.height);
         for (int y = top; y < bottom; ++y)
             for (int x = left; x < right; ++x)
                 raster.values[indexIn(raster, x, y)] = static_cast<float>(kMarkValue);
@@ -244,8 +244,7 @@ void uncover(ViewRaster& raster, const platform::ImageArray& image, const ViewWi
 
     const auto [firstColumn, endColumn] = touched(window.left, window.scale, left, right, image.width());
     const auto [firstRow, endRow] = touched(window.top, window.scale, top, bottom, image.height());
-    const auto piece =
-        image.untouched(firstColumn, firstRow, endColumn - firstColumn, endRow - firstRow);
+    const auto piece = image.untouched(firstColumn, firstRow, endColumn - firstColumn, endRow - firstRow);
     const ViewWindow part{.left = window.left + left / window.scale - static_cast<double>(firstColumn),
                           .top = window.top + top / window.scale - static_cast<double>(firstRow),
                           .scale = window.scale,

@@ -33,8 +33,10 @@ class ImageWindow : public QWidget {
     /// Opens the window, or brings it in front of the others.
     void showByOperator();
 
-    /// Shows from now on where the guided star is and how far it has to go. The guide must outlive the window.
+    /// Shows from now on where the guided star is and how far it has to go. The guide must outlive the
+    /// window.
     void followGuide(correction::StarGuide& guide);
+    void tellGuidance(const std::optional<correction::Guidance>& guidance);
 
   protected:
     void changeEvent(QEvent* event) override;
@@ -49,7 +51,6 @@ class ImageWindow : public QWidget {
     void addCommands();
     QWidget* statusLine();
     QWidget* guidanceLine();
-    void tellGuidance(const std::optional<correction::Guidance>& guidance);
     QLabel* addStatus(const char* name, const QString& widest, const QString& meaning);
 
     void follow();

@@ -48,6 +48,8 @@ inline void fill(Forms& forms) {
     forms.main.plateSolve.lblCatTest.setCaption("Test passed\r\n(see log)");
     forms.main.errorPlot.txtRARange.setText("90.0000");
     forms.main.errorPlot.txtDecError.setText("-10.1243");
+    forms.main.guidance.lblStarToTarget.setCaption("star to target 999.9' (9999 px)");
+    forms.main.guidance.setReadingsVisible(true);
     forms.main.run.cmdExpose.setCaption("Stoping Exp.");
     forms.main.run.lblMeasure.setCaption("Correct");
     auto& plot = forms.polarPlot;

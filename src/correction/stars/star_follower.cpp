@@ -117,7 +117,7 @@ std::optional<FollowedStar> StarFollower::firstSight(const platform::ImageArray&
 }
 
 std::optional<FollowedStar> StarFollower::nearby(const platform::ImageArray& image) const {
-    constexpr double kAlike = 6;     // a cloud, or another exposure time
+    constexpr double kAlike = 6;      // a cloud, or another exposure time
     constexpr double kOfItself = 24;  // what a star covers: the outermost ones aren't cut
     const double reach = reachIn(image);
     const PixelBox box = inFrame(around(x_, y_, reach + kOfItself), image);
