@@ -16,7 +16,7 @@
 
 #include "correction/image_overlays.h"
 #include "correction/star_guide.h"
-#include "correction/stars/brightest_star.h"
+#include "correction/stars/star_under_point.h"
 #include "qt/night.h"
 #include "qt/offscreen.h"
 #include "qt/qt_dialogs.h"
@@ -285,7 +285,7 @@ void takeImagePictures(const QString& folder, const char* look) {
     correction::StarGuide guide(panel, image);
     window.followGuide(guide);
     take("line", [&] {
-        const auto star = correction::BrightestStar3(*image.access().pixels());
+        const auto star = correction::measureStarAt(*image.access().pixels(), 158, 368).value();
         correction::CorrectionMarks places{.StarX = static_cast<float>(star.x),
                                            .StarY = static_cast<float>(star.y),
                                            .TargetX = 480,

@@ -8,7 +8,7 @@ namespace {
 using imaging::ToneCurve;
 
 // Of the brightest, so that white stands out, and marks, which are paler than any star, out of both.
-constexpr double kNightWhite = 0.72, kNightGrey = 0.62;
+constexpr double kNightWhite = 0.82, kNightGrey = 0.72;
 
 QColor green(const QColor& red) {
     // The eye takes a green for brighter than a red of the same strength.

@@ -13,7 +13,9 @@ using imaging::ViewPoint;
 
 namespace {
 
+// Pixels at the desktop's usual size.
 constexpr double kGap = 12;  // what lies where lines cross stays in sight this far around
+constexpr double kRing = 20, kRingWidth = 2;
 
 }  // namespace
 
@@ -102,13 +104,13 @@ std::optional<QPoint> ImageView::pixelUnderCursor() const {
 void ImageView::refreshPicture() {
     const auto pixels = image_.pixels();
     const imaging::ViewWindow window = viewport_.window();
-    const auto circle = gap();
-    if (rastered_.lock() != pixels || window != rasterWindow_ || circle != rasterGap_) {
+    const auto circles = uncovered();
+    if (rastered_.lock() != pixels || window != rasterWindow_ || circles != rasterUncovered_) {
         raster_ = rasterOf(*pixels, window, image_.statistics());
-        if (circle) uncover(raster_, *pixels, window, image_.statistics(), *circle);
+        for (const auto& circle : circles) uncover(raster_, *pixels, window, image_.statistics(), circle);
         rastered_ = pixels;
         rasterWindow_ = window;
-        rasterGap_ = circle;
+        rasterUncovered_ = circles;
         painted_.reset();
     }
     const imaging::ShownStretch stretch = image_.stretch();
@@ -158,21 +160,25 @@ void ImageView::paintCrossHair(QPainter& painter) const {
     painter.drawLine(QLineF(centre.x(), centre.y() + kGap, centre.x(), room.bottom()));
 }
 
-std::optional<imaging::ViewCircle> ImageView::gap() const {
-    if (!guidance_) return std::nullopt;
-    const ViewPoint target = viewport_.toWindow({guidance_->target.x, guidance_->target.y});
-    return imaging::ViewCircle{target, kGap * devicePixelRatioF()};
+/// Where lines cross, and inside the ring: what the operator looks at must not lie under a mark.
+std::vector<imaging::ViewCircle> ImageView::uncovered() const {
+    if (!guidance_) return {};
+    const auto circle = [this](const engine::PixelPosition& place, double radius) {
+        return imaging::ViewCircle{viewport_.toWindow({place.x, place.y}), radius * devicePixelRatioF()};
+    };
+    std::vector<imaging::ViewCircle> circles = {circle(guidance_->target, kGap)};
+    if (guidance_->star) circles.push_back(circle(*guidance_->star, kRing));
+    return circles;
 }
 
 /// As large on the screen at every scale.
 void ImageView::paintRing(QPainter& painter) const {
-    constexpr double kRadius = 20, kWidth = 2;
     const ViewPoint star = viewport_.toWindow({guidance_->star->x, guidance_->star->y});
     const double ratio = devicePixelRatioF();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(QColor(colors_.tones[imaging::ToneCurve::kMark]), kWidth));
-    painter.drawEllipse(QPointF(star.x / ratio, star.y / ratio), kRadius, kRadius);
+    painter.setPen(QPen(QColor(colors_.tones[imaging::ToneCurve::kMark]), kRingWidth));
+    painter.drawEllipse(QPointF(star.x / ratio, star.y / ratio), kRing, kRing);
 }
 
 void ImageView::resizeEvent(QResizeEvent* event) {

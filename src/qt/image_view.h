@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "correction/star_guide.h"
 #include "imaging/image_viewport.h"
@@ -26,7 +27,7 @@ class ImageView : public QWidget {
     void setColors(const ImageColors& colors);
     /// Lines through the image's middle, which aren't part of it.
     void setCrossHair(bool shown);
-    /// A ring around the star, and the picture without its marks where they cross at the target.
+    /// A ring around the star; the picture without its marks in it and where they cross at the target.
     void setGuidance(const std::optional<correction::Guidance>& guidance);
 
     void fit();
@@ -64,7 +65,7 @@ class ImageView : public QWidget {
     void refreshPicture();
     void paintCrossHair(QPainter& painter) const;
     void paintRing(QPainter& painter) const;
-    std::optional<imaging::ViewCircle> gap() const;
+    std::vector<imaging::ViewCircle> uncovered() const;
 
     imaging::ShownImage& image_;
     Front front_;
@@ -78,7 +79,7 @@ class ImageView : public QWidget {
     imaging::ViewRaster raster_;
     std::weak_ptr<const platform::ImageArray> rastered_;
     imaging::ViewWindow rasterWindow_;
-    std::optional<imaging::ViewCircle> rasterGap_;
+    std::vector<imaging::ViewCircle> rasterUncovered_;
     std::optional<imaging::ShownStretch> painted_;
     QImage picture_;
 

@@ -106,7 +106,7 @@ QGroupBox* exposureGroup() {
     auto* const grid = new FieldGrid;
     grid->addField("Exposure ", field("txtContinuousExposeInterval", 6), "s");
     grid->addField("Delay ", field("txtContinuousExposeDelay", 6), "s");
-    grid->addField("Line width", listField("cmbCrossHairWidth", 3), named<QCheckBox>("chkCloseSound"));
+    grid->addField("Line width", listField("cmbCrossHairWidth", 3));
     grid->addRow(
         row({named<QCheckBox>("chkExposeContinuousEnable"), named<QCheckBox>("chkCrossHairEnable")}, true));
     QPushButton* const expose = button("cmdExpose");
@@ -233,9 +233,10 @@ QGroupBox* imagingGroup() {
 }
 
 QGroupBox* messagesGroup() {
-    auto* const grid = new FieldGrid;
-    grid->addField(Text::tr("Message display time"), field("txtMsgDisplayTime", 6), "s");
-    return group(Text::tr("Messages"), grid);
+    LineField* const time = field("txtMsgDisplayTime", 6);
+    return group(Text::tr("Messages"), row({labelOf(*time, Text::tr("Message display time")), time,
+                                            new QLabel("s"), named<QCheckBox>("chkCloseSound")},
+                                           true));
 }
 
 QWidget* setupTab() {

@@ -524,7 +524,8 @@ double arcMinutesToGo(const json& label) {
     constexpr const char* kBegin = "star to target ";
     const auto caption = label["caption"].get<std::string>();
     EXPECT_THAT(caption, testing::MatchesRegex("star to target [0-9.]+' .[0-9]+ px.")) << label["name"];
-    return caption.starts_with(kBegin) ? leadingNumber(caption.substr(std::string(kBegin).size())) : NAN;
+    return caption.starts_with(kBegin) ? platform::leadingNumber(caption.substr(std::string(kBegin).size()))
+                                       : NAN;
 }
 
 TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
@@ -556,7 +557,9 @@ TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
         for (const char* adjuster : {"PolarAzimuthError", "PolarElevationError"}) {
             const std::string name = adjuster;
             script.click("frmMain.cmdNext").advance(1).waitForNext().advance(4);
-            script.read("frmMain.lblStarToTarget", name + " before").put(kMount, adjuster, 0).advance(4);
+            script.read("frmMain.lblStarToTarget", name + " before")
+                .put("AxisSimulator.Telescope", adjuster, 0)
+                .advance(4);
             script.read("frmMain.lblStarToTarget", name + " turned");
             script.read("frmMain.gaugeStarToTarget", name + " left");
             script.click("frmMain.cmdNext").advance(6);
@@ -585,7 +588,7 @@ TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
                 EXPECT_LT(before, 0.5) << "there was nothing to correct";
                 continue;
             }
-            EXPECT_GT(before, 3);
+            EXPECT_GT(before, 1);
             EXPECT_LT(turned, 0.2 * before) << "the adjuster was turned by what the axis was off";
             EXPECT_NEAR(result.reply(adjuster + " left")["value"].get<double>(), 1000 * turned / before, 30);
         }
