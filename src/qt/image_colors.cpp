@@ -51,7 +51,8 @@ ImageColors imageColors(const Colors& colors, bool night, bool inverted) {
         const double strength = !night ? light : light < 1 ? light * kNightGrey : kNightWhite;
         result.tones[static_cast<std::size_t>(tone)] = shade(brightest, strength).rgb();
     }
-    result.tones[ToneCurve::kMark] = colors.mark.rgb();
+    const QColor onBrightSky(0xC8, 0x46, 0x00);
+    result.tones[ToneCurve::kMark] = (inverted && !night ? onBrightSky : colors.mark).rgb();
     result.ground = night ? QColor(Qt::black) : QColor(0x2A, 0x2E, 0x35);
     result.text = night ? colors.text : QColor(0xB8, 0xBF, 0xC9);
     result.line = night ? colors.text : QColor(0x4F, 0xB4, 0xE8);
