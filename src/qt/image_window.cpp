@@ -238,6 +238,7 @@ QWidget* ImageWindow::guidanceLine() {
     column->setSpacing(6);
     starToTarget_ = named<QLabel>("starToTarget");
     scaleFont(*starToTarget_, kLarge, true);
+    starToTarget_->setMinimumWidth(1);  // a small window stays as it is
     wayLeft_ = named<GaugeBar>("wayLeft");
     wayLeft_->setFixedHeight(starToTarget_->fontMetrics().height() / 2);
     wayLeft_->setAccessibleName(Text::tr("Way from the star to its mark"));
