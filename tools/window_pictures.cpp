@@ -15,6 +15,8 @@
 #include <map>
 
 #include "correction/image_overlays.h"
+#include "correction/star_guide.h"
+#include "correction/stars/star_under_point.h"
 #include "fits/fits_writing.h"
 #include "qt/night.h"
 #include "qt/offscreen.h"
@@ -316,9 +318,21 @@ void takeImagePictures(const QString& folder, const char* look) {
     };
     take("cross-hair", [&] { marks.CrossHair(std::nullopt); });
     take("rectangle", [&] { marks.DrawCenteredRectangles(0.2); });
+    platform::Screen aside{{0, 0, 800, 600}};
+    platform::Form form(aside, "frmMain", "", {});
+    correction::GuidancePanel panel(form);
+    correction::StarGuide guide(panel, image);
+    window.followGuide(guide);
     take("line", [&] {
-        marks.DrawLineOnImage(950, 300, 480, 700);
+        const auto star = correction::measureStarAt(*image.access().pixels(), 158, 368).value();
+        correction::CorrectionMarks places{.StarX = static_cast<float>(star.x),
+                                           .StarY = static_cast<float>(star.y),
+                                           .TargetX = 480,
+                                           .TargetY = 700,
+                                           .arcMinutesPerPixel = 0.06};
+        marks.DrawLineOnImage(static_cast<int>(star.x), static_cast<int>(star.y), 480, 700);
         marks.CrossHair(engine::PixelPosition{480, 700});
+        guide.begin(places);
     });
     if (!log.lines.empty()) throw std::runtime_error(log.lines.front());
 }

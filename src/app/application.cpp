@@ -131,6 +131,8 @@ bool Application::busy() const { return wiring_->parts.busy.busy(); }
 bool Application::stopping() const {
     return wiring_->parts.state.StopRequested || wiring_->parts.state.AppUnloading;
 }
+correction::StarGuide& Application::starGuide() { return wiring_->parts.guide; }
+
 platform::PictureFacts Application::pictureFacts() {
     Parts& parts = wiring_->parts;
     platform::PictureFacts facts;

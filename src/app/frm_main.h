@@ -4,6 +4,7 @@
 #include "app/setup_panel.h"
 #include "app/status_panel.h"
 #include "correction/error_plot_panel.h"
+#include "correction/guidance_panel.h"
 #include "correction/result_panel.h"
 #include "devices/imaging_panel.h"
 #include "engine/exposure_panel.h"
@@ -23,6 +24,7 @@ class frmMain : public platform::Form {
           imaging(*this),
           errorPlot(*this),
           result(*this),
+          guidance(*this),
           setup(*this),
           status(*this) {}
 
@@ -32,6 +34,7 @@ class frmMain : public platform::Form {
     devices::ImagingPanel imaging;
     correction::ErrorPlotPanel errorPlot;
     correction::ResultPanel result;
+    correction::GuidancePanel guidance;
     SetupPanel setup;
     StatusPanel status;
 

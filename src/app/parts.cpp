@@ -70,6 +70,7 @@ Parts::Parts(const platform::Machine& surroundings)
       pictureDesk(solvePictureForm, machine.pictureSolver, machine.dialogs, machine.loop.clock()),
       Timer1(machine.loop, platform::Milliseconds{1000}),
       polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot, main.result),
+      plotExport(polarPlotForm, machine.desktop, machine.folders, machine.loop.clock(), settings, log),
       history(machine.loop.clock(), machine.folders, settings, log,
               [this] { return telescope.TelescopeName(); }),
       pastNights(historyForm, [this] { return history.past(); }),
@@ -86,7 +87,9 @@ Parts::Parts(const platform::Machine& surroundings)
       exposures(main.exposures, main.run, state, services, overlays),
       starFinder(openImage, log, popups),
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
-      correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
+      guide(main.guidance, openImage, [this] { machine.desktop.beep(); }),
+      correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks,
+                 guide) {
     correctionRelay.target = &correction;
     polarPlot.history = [this] { return history.past(); };
     polarPlot.onPlotted = [this] { pastNights.refresh(); };

@@ -24,6 +24,7 @@
 #include "correction/image_overlays.h"
 #include "correction/open_star_finder.h"
 #include "correction/past_nights.h"
+#include "correction/plot_export.h"
 #include "correction/polar_plot.h"
 #include "devices/imaging_software.h"
 #include "devices/telescope_window.h"
@@ -116,6 +117,7 @@ struct Parts {
 
     // Measurement, exposures and correction
     correction::PolarPlot polarPlot;
+    correction::PlotExport plotExport;
     CorrectionRelay correctionRelay;
     MeasurementHistory history;
     correction::PastNights pastNights;
@@ -132,6 +134,7 @@ struct Parts {
     correction::OpenStarFinder starFinder;
     correction::CorrectionMarks marks;
     correction::StarPointing pointing;
+    correction::StarGuide guide;
     correction::CorrectionSequence correction;
 
     /// Of the camera in use; nothing while it isn't known.

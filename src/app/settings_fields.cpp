@@ -34,6 +34,7 @@ std::vector<SettingsField> fieldsOf(frmMain& form) {
         {kRun, "Tolerance", "2", &form.result.txtTolerance, kChange, true, "2"},
         {kRun, "TurnByHand", "0", &run.chkTurnByHand, kClick, true},
         {kRun, "CrossHairEnable", "0", &exp.chkCrossHairEnable, kNothing, true},
+        {kRun, "CloseSound", "0", &form.guidance.chkCloseSound, kClick, true},
         {kRun, "CrossHairWidth", "1", &exp.cmbCrossHairWidth, kClick, true},
         {kRun, "UseCCDSoftSubFrame", "0", &form.imaging.chkUseCCDSoftSubFrame, kNothing, true},
         {kRun, "ImagePath", "C:\\", &setup.txtImagePath, kNothing, true, "C:"},

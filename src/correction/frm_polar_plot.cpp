@@ -31,7 +31,12 @@ frmPolarPlot::frmPolarPlot(platform::Screen& screen)
       chkHistory(*this, "chkHistory", "Earlier measurements"),
       cmdHistory(*this, "cmdHistory", "Measurements"),
       txtPositionEastWest(*this, "txtPositionEastWest"),
-      txtPositionUpDown(*this, "txtPositionUpDown") {
+      txtPositionUpDown(*this, "txtPositionUpDown"),
+      mnuCopyPicture(*this, "mnuCopyPicture", "Copy Picture"),
+      mnuCopyValues(*this, "mnuCopyValues", "Copy Values"),
+      mnuSavePng(*this, "mnuSavePng", "Save as PNG"),
+      mnuSaveSvg(*this, "mnuSaveSvg", "Save as SVG"),
+      lblExport(*this, "lblExport", "") {
     for (platform::TextBox* box :
          {&txtMagnitude, &txtAngle, &txtAltitudeError, &txtAzimuthError, &txtOffsetRA, &txtOffsetDec,
           &txtEstimateElevation, &txtEstimateAzimuth, &txtUncertainty, &txtElevationSigma, &txtAzimuthSigma,

@@ -27,6 +27,8 @@ class frmPolarPlot : public platform::Form {
     platform::CheckBox chkHistory;
     platform::Button cmdHistory;
     platform::TextBox txtPositionEastWest, txtPositionUpDown;
+    platform::MenuItem mnuCopyPicture, mnuCopyValues, mnuSavePng, mnuSaveSvg;
+    platform::Label lblExport;  // what became of the last of those
 };
 
 }  // namespace vantrel::correction

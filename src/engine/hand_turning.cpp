@@ -18,8 +18,8 @@ namespace {
 /// Of the wanted turn. More does no harm.
 constexpr double kEnough = 0.9;
 
-/// Seconds after a picture that failed. A camera that is gone fails at once.
-constexpr double kBeforeTheNextLook = 1;
+/// Seconds. A camera that is gone fails at once, again and again.
+constexpr double kBetweenLooks = 0.2;
 
 }  // namespace
 
@@ -54,11 +54,10 @@ TakenPlate HandTurning::next(const MeasurementPlan& plan, std::span<const TakenP
 
     tell("", "Turn the axis " + way + " by " + degrees(wanted) + " degrees");
     TakenPlate seen = last;
-    for (;;) {
+    for (;; WaitSeconds(services_.loop, kBetweenLooks)) {
         const auto picture = look(number, seen);
         if (!picture) {
             tell("No solution", "Hold still, or turn on " + way);
-            WaitSeconds(services_.loop, kBeforeTheNextLook);
             continue;
         }
         const double eastward = turnedEastward(last, *picture);

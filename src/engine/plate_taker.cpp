@@ -54,6 +54,9 @@ std::optional<TakenPlate> PlateTaker::takeOne(TakenPlate plate, const Equatorial
     goOn();
     const double exposedLst = middleOfExposure(plate);
     const std::string image = expose();
+    // The picture before is still there, and would tell of a mount that has turned meanwhile.
+    if (plate.pointing == Pointing::kByHand && state_.CameraFailed && !state_.UsingAxisSimulator)
+        return std::nullopt;
     announceSolving(plate.number, lamps);
     const auto solution = solve(plate, image, offset);
     if (!solution) return std::nullopt;

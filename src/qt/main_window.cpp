@@ -36,7 +36,7 @@ QPlainTextEdit* instructions() {
     box->document()->setDocumentMargin(kMargin);
     box->setFocusPolicy(Qt::ClickFocus);
     box->setAccessibleName(Text::tr("Instructions"));
-    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     return box;
 }
 
@@ -66,6 +66,20 @@ QLayout* indicators() {
     }
     for (int i = 1; i <= kSpan * 3; ++i) grid->setColumnStretch(i, 1);
     return grid;
+}
+
+/// How far the star is from its mark, while one is being centred.
+QLayout* guidance() {
+    auto* const line = new QHBoxLayout;
+    line->setSpacing(8);
+    auto* const reading = named<QLabel>("lblStarToTarget");
+    scaleFont(*reading, 1.35, true);
+    auto* const bar = named<GaugeBar>("gaugeStarToTarget");
+    bar->setAccessibleName(Text::tr("Way from the star to its mark"));
+    for (QWidget* part : {static_cast<QWidget*>(reading), static_cast<QWidget*>(bar)}) keepRoom(*part);
+    line->addWidget(reading);
+    line->addWidget(bar, 1);
+    return line;
 }
 
 QLayout* runButtons() {
@@ -205,6 +219,7 @@ QWidget* runTab(const Theme& theme) {
     left->addWidget(instructions(), 2);
     left->addLayout(indicators());
     left->addLayout(progress());
+    left->addLayout(guidance());
     left->addLayout(runButtons());
     left->addWidget(outcome(theme), 3);
     auto* const values = new QWidget;
@@ -285,9 +300,10 @@ QGroupBox* imagingGroup() {
 }
 
 QGroupBox* messagesGroup() {
-    auto* const grid = new FieldGrid;
-    grid->addField(Text::tr("Message display time"), field("txtMsgDisplayTime", 6), "s");
-    return group(Text::tr("Messages"), grid);
+    LineField* const time = field("txtMsgDisplayTime", 6);
+    return group(Text::tr("Messages"), row({labelOf(*time, Text::tr("Message display time")), time,
+                                            new QLabel("s"), named<QCheckBox>("chkCloseSound")},
+                                           true));
 }
 
 QWidget* setupTab() {

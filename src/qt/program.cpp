@@ -61,6 +61,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
 void Program::openWindows() {
     windows_ = windowsFor(screen_, front_);
     imageWindow_ = std::make_unique<ImageWindow>(imaging().documents(), settings_, front_);
+    imageWindow_->followGuide(application_.starGuide());
     addInstrumentsMenu();
     for (const char* form : {"frmMain", "frmWelcome", "frmSolvePicture"})
         solveDroppedPictures(window(form), screen_, front_);

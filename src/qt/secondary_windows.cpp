@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <map>
@@ -110,6 +111,19 @@ void addSigma(QGridLayout& grid, const char* name, int column) {
     grid.addLayout(row({new QLabel("±"), sigma, new QLabel("″")}), grid.rowCount() - 1, column);
 }
 
+QToolButton* exportMenu() {
+    auto* const menu = new QMenu;
+    for (const char* item : {"mnuCopyPicture", "mnuCopyValues", "mnuSavePng", "mnuSaveSvg"})
+        menuItem(*menu, item);
+    auto* const opener = new QToolButton;
+    opener->setText(Text::tr("Copy or save"));
+    opener->setPopupMode(QToolButton::InstantPopup);
+    opener->setMenu(menu);
+    opener->setFocusPolicy(Qt::StrongFocus);
+    menu->setParent(opener, menu->windowFlags());
+    return opener;
+}
+
 QGridLayout* readoutGrid() {
     auto* const grid = new QGridLayout;
     grid->setHorizontalSpacing(8);
@@ -126,12 +140,17 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const layout = new QHBoxLayout(this);
     layout->setSpacing(12);
     auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, PictureKind::kDial);
-    const int side = dial->fontMetrics().height() * 12;
+    const int side = dial->fontMetrics().height() * 10;
     dial->setMinimumSize(side, side);
     dial->setAccessibleName(Text::tr("Pole and mount's axis"));
     auto* const left = new QVBoxLayout;
     left->addWidget(dial, 1);
     left->addWidget(named<QCheckBox>("chkHistory"));
+    left->addLayout(row({exportMenu()}, true));
+    auto* const exported = named<QLabel>("lblExport");
+    exported->setWordWrap(true);
+    exported->setMinimumHeight(exported->fontMetrics().lineSpacing());
+    left->addWidget(exported);
     layout->addLayout(left, 1);
 
     auto* const axis = readoutGrid();

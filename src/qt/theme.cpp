@@ -26,6 +26,7 @@ const Colors kDay{
     .chart = {0xFD, 0xFD, 0xFE},
     .ring = {0x8D, 0x98, 0xA8},
     .marker = {0xD0, 0x2B, 0x2B},
+    .mark = {0xFF, 0xB0, 0x20},
 };
 
 const Colors kNight{
@@ -43,6 +44,7 @@ const Colors kNight{
     .chart = {0x10, 0x01, 0x00},
     .ring = {0x74, 0x12, 0x09},
     .marker = {0xFF, 0x44, 0x2E},
+    .mark = {0xFF, 0x52, 0x52},
 };
 
 bool isSystem(platform::Color color) { return (color & 0x80000000) != 0; }
@@ -66,7 +68,7 @@ Colors dimmed(const Colors& colors, double share) {
     Colors result = colors;
     for (QColor* color : {&result.window, &result.base, &result.button, &result.border, &result.text,
                           &result.dim, &result.accent, &result.onAccent, &result.lit, &result.unlit,
-                          &result.onUnlit, &result.chart, &result.ring, &result.marker})
+                          &result.onUnlit, &result.chart, &result.ring, &result.marker, &result.mark})
         *color = shadeOf(*color, share);
     return result;
 }
@@ -102,38 +104,40 @@ QPalette paletteOf(const Colors& c) {
     return palette;
 }
 
-Theme::Theme() : colors_(kDay) {
+Look::Look(bool night, double brightness)
+    : night_(night), colors_(night ? dimmed(kNight, brightness) : kDay) {}
+
+Theme::Theme() {
     QApplication::setStyle(new Style);
     apply();  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the application owns the style
 }
 
 void Theme::setNight(bool night) { change(night, brightness_); }
 
-void Theme::setNightBrightness(double share) { change(night_, share); }
+void Theme::setNightBrightness(double share) { change(night(), share); }
 
 void Theme::change(bool night, double brightness) {
-    if (night_ == night && brightness_ == brightness) return;
-    night_ = night;
+    if (this->night() == night && brightness_ == brightness) return;
     brightness_ = brightness;
-    colors_ = night ? dimmed(kNight, brightness) : kDay;
+    static_cast<Look&>(*this) = Look(night, brightness);
     apply();
     changed.emit();
 }
 
 /// A red of the night's own hue; strength from 0 to 1.
-QColor Theme::red(double strength) const { return shadeOf(colors_.marker, strength); }
+QColor Look::red(double strength) const { return shadeOf(colors_.marker, strength); }
 
 void Theme::apply() {
     const QPalette palette = paletteOf(colors());
     // Coloured fringes of sub-pixel smoothing would not be red.
     QFont font = QApplication::font();
-    font.setStyleStrategy(night_ ? QFont::NoSubpixelAntialias : QFont::PreferDefault);
+    font.setStyleStrategy(night() ? QFont::NoSubpixelAntialias : QFont::PreferDefault);
     QApplication::setFont(font);
     QApplication::setPalette(palette);
     QToolTip::setPalette(palette);
 }
 
-QColor Theme::surface(platform::Color color) const {
+QColor Look::surface(platform::Color color) const {
     const Colors& c = colors();
     switch (color) {
         case platform::color::kButtonFace:
@@ -153,7 +157,7 @@ QColor Theme::surface(platform::Color color) const {
     return night_ ? red(literal(color).lightnessF()) : literal(color);
 }
 
-QColor Theme::ink(platform::Color color) const {
+QColor Look::ink(platform::Color color) const {
     const Colors& c = colors();
     switch (color) {
         case platform::color::kIndicatorOffFore:
@@ -171,7 +175,7 @@ QColor Theme::ink(platform::Color color) const {
     return night_ ? red(0.5 + literal(color).lightnessF()) : literal(color);
 }
 
-QColor Theme::plotted(platform::Color color) const {
+QColor Look::plotted(platform::Color color) const {
     const Colors& c = colors();
     if (color == platform::color::kBlack || isSystem(color)) return c.text;
     if (color == platform::color::kRed || (night_ && color == platform::color::kDarkGreen)) return c.marker;

@@ -18,6 +18,7 @@ struct Colors {
     QColor lit;                  // an indicator or a button that is on
     QColor unlit, onUnlit;       // an indicator that is off
     QColor chart, ring, marker;  // the plots' ground, lines and points
+    QColor mark;                 // what is drawn into a camera's image
 };
 
 /// The look by day, or by night at full brightness.
@@ -26,16 +27,13 @@ const Colors& colorsOf(bool night);
 Colors dimmed(const Colors& colors, double share);
 QPalette paletteOf(const Colors& colors);
 
-/// The look in use. Changing it repaints every window at once.
-class Theme {
+/// One look: its colours, and how the program's own colours appear in it.
+class Look {
   public:
-    /// Puts the program's style on the application, which must exist, and begins by day.
-    Theme();
+    /// By day, or by night at this brightness from 0 to 1.
+    explicit Look(bool night = false, double brightness = 1);
 
     bool night() const { return night_; }
-    void setNight(bool night);
-    /// Of the night's colours, from 0 to 1. By day it changes nothing.
-    void setNightBrightness(double share);
     const Colors& colors() const { return colors_; }
 
     /// How a control's back colour and its text colour look. By night all hues become reds of like
@@ -45,16 +43,30 @@ class Theme {
     /// How a line or point of a plot looks: black is the plot's own ink.
     QColor plotted(platform::Color color) const;
 
+  private:
+    QColor red(double strength) const;
+
+    bool night_;
+    Colors colors_;
+};
+
+/// The look in use. Changing it repaints every window at once.
+class Theme : public Look {
+  public:
+    /// Puts the program's style on the application, which must exist, and begins by day.
+    Theme();
+
+    void setNight(bool night);
+    /// Of the night's colours, from 0 to 1. By day it changes nothing.
+    void setNightBrightness(double share);
+
     platform::Signal<> changed;
 
   private:
     void change(bool night, double brightness);
     void apply();
-    QColor red(double strength) const;
 
-    bool night_ = false;
     double brightness_ = 1;
-    Colors colors_;
 };
 
 /// The picture in shades of this red, for icons by night.

@@ -62,6 +62,7 @@ const char* const kSilent[] = {
     "_panel.h",
     "_panel.cpp",              // captions, which the tables of controls tell of
     "os_name.cpp",             // the names behind "OS:"
+    "svg.cpp",                 // what a picture's file holds
     "picture_cards.cpp",       // what a picture's header tells
     "tycho_distribution.cpp",  // the next four belong to make-catalog and vantrel-solve
     "tycho_lines.cpp",

@@ -56,6 +56,8 @@ inline void fill(Forms& forms) {
     forms.main.status.cmdMountStatus.setCaption("Mount failed");
     forms.main.status.cmdCameraStatus.setCaption("Camera failed");
     forms.main.status.cmdSolverStatus.setCaption("Solver ready");
+    forms.main.guidance.lblStarToTarget.setCaption("star to target 999.9' (9999 px)");
+    forms.main.guidance.setReadingsVisible(true);
     forms.main.run.cmdExpose.setCaption("Stoping Exp.");
     forms.main.run.lblMeasure.setCaption("Correct");
     auto& plot = forms.polarPlot;

@@ -89,7 +89,8 @@ TEST_P(LayoutTest, ScrollsNothingWhereThereIsRoom) {
                 for (const QScrollBar* bar : {area->horizontalScrollBar(), area->verticalScrollBar()})
                     EXPECT_FALSE(area->isVisible() && bar->isVisible())
                         << window->form().name() << ": " << bar->maximum()
-                        << (bar->orientation() == Qt::Vertical ? " too high" : " too wide");
+                        << (bar->orientation() == Qt::Vertical ? " too high" : " too wide") << ", with "
+                        << area->widget()->findChildren<QAbstractButton*>().value(0)->objectName().toStdString();
         });
 }
 

@@ -298,6 +298,10 @@ erscheinen hier.</translation>
         <translation>Marke</translation>
     </message>
     <message>
+        <source>Way from the star to its mark</source>
+        <translation>Weg vom Stern zu seiner Marke</translation>
+    </message>
+    <message>
         <source>HFD %1 px</source>
         <translation>HFD %1 px</translation>
     </message>
@@ -724,6 +728,10 @@ erscheinen hier.</translation>
     <message>
         <source>Middle of the picture</source>
         <translation>Bildmitte</translation>
+    </message>
+    <message>
+        <source>Copy or save</source>
+        <translation>Kopieren, sichern</translation>
     </message>
 </context>
 <context>
