@@ -45,7 +45,8 @@ struct Application::Wiring {
         if (machine.outsideCalls == nullptr) return;
         const engine::RunPanel& run = parts.main.run;
         barrier.putOffWhile(*machine.outsideCalls, machine.loop,
-                            {&run.cmdStop, &run.cmdNext, &run.cmdSkip, &parts.main.setup.mnuFileExit},
+                            {&run.cmdStop, &run.cmdNext, &run.cmdSkip, &parts.adjustForm.cmdEndAdjust,
+                             &parts.adjustForm.cmdMeasureAgain, &parts.main.setup.mnuFileExit},
                             [this] { return parts.state.AppUnloading; });
     }
 

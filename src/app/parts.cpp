@@ -29,6 +29,7 @@ Parts::Parts(const platform::Machine& surroundings)
       selectForm(machine.screen),
       polarPlotForm(machine.screen),
       historyForm(machine.screen),
+      adjustForm(machine.screen),
       platesForm(machine.screen),
       preflightForm(machine.screen),
       pixelScaleForm(machine.screen),
@@ -89,7 +90,13 @@ Parts::Parts(const platform::Machine& surroundings)
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
       guide(main.guidance, openImage, [this] { machine.desktop.beep(); }),
       correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks,
-                 guide) {
+                 guide),
+      adjusting(
+          adjustForm, main.run, state, services, [this] { return polarPlot.tolerance(); },
+          [this] { machine.desktop.beep(); }) {
+    measurement.adjustLive = [this](const engine::AxisEstimate& measured) {
+        return adjusting.adjust(measured);
+    };
     correctionRelay.target = &correction;
     polarPlot.history = [this] { return history.past(); };
     polarPlot.onPlotted = [this] { pastNights.refresh(); };

@@ -20,6 +20,7 @@
 #include "app/settings_fields.h"
 #include "app/settings_store.h"
 #include "app/status_strip.h"
+#include "correction/adjusting.h"
 #include "correction/correction_sequence.h"
 #include "correction/image_overlays.h"
 #include "correction/open_star_finder.h"
@@ -71,6 +72,7 @@ struct Parts {
     devices::frmSelectCCSoftware selectForm;
     correction::frmPolarPlot polarPlotForm;
     correction::frmHistory historyForm;
+    correction::frmAdjust adjustForm;
     engine::frmPlates platesForm;
     engine::frmPreflight preflightForm;
     platesolve::frmPixelScale pixelScaleForm;
@@ -136,6 +138,7 @@ struct Parts {
     correction::StarPointing pointing;
     correction::StarGuide guide;
     correction::CorrectionSequence correction;
+    correction::Adjusting adjusting;
 
     /// Of the camera in use; nothing while it isn't known.
     std::optional<int> greatestBinning() const;

@@ -46,6 +46,9 @@ class PolarPlot : public engine::ResultDisplayPort {
     /// A measurement's result stands there.
     std::function<void()> onPlotted = [] {};
 
+    /// Arc-minutes from the pole that are good enough for the operator.
+    double tolerance() const { return readout_.tolerance(); }
+
     /// Blinks the units while it is enabled.
     platform::Timer& Timer1() { return Timer1_; }
 

@@ -1,5 +1,6 @@
 #include "correction/result_readout.h"
 
+#include <array>
 #include <cmath>
 
 #include "platform/color.h"
@@ -14,10 +15,28 @@ namespace {
 /// What can't be seen on the smallest of the adjusters' scales.
 constexpr double kNothing = 1. / 60;  // arc-minutes
 
-std::string advice(const std::string& adjuster, double arcMinutes, const std::string& ifPositive,
-                   const std::string& ifNegative) {
-    if (std::abs(arcMinutes) < kNothing) return adjuster + " is right";
-    return adjuster + " " + shortAngle(arcMinutes) + " " + (arcMinutes > 0 ? ifPositive : ifNegative);
+/// What is wrong on either side, and what to do about it.
+struct Ways {
+    const char* adjuster;
+    const char *positive, *undoPositive;
+    const char *negative, *undoNegative;
+};
+constexpr Ways kAzimuth{"Azimuth", "too far east", "turn west", "too far west", "turn east"};
+constexpr Ways kElevation{"Elevation", "too high", "lower", "too low", "raise"};
+
+std::string right(const Ways& ways) { return std::string(ways.adjuster) + " is right"; }
+
+std::string advice(const Ways& ways, double arcMinutes) {
+    if (std::abs(arcMinutes) < kNothing) return right(ways);
+    const bool positive = arcMinutes > 0;
+    return std::string(ways.adjuster) + " " + shortAngle(arcMinutes) + " " +
+           (positive ? ways.positive : ways.negative) + ": " +
+           (positive ? ways.undoPositive : ways.undoNegative);
+}
+
+std::string move(const Ways& ways, double arcMinutes) {
+    if (std::abs(arcMinutes) < kNothing) return right(ways);
+    return std::string(arcMinutes > 0 ? ways.undoPositive : ways.undoNegative) + " " + shortAngle(arcMinutes);
 }
 
 }  // namespace
@@ -29,12 +48,30 @@ std::string shortAngle(double arcMinutes) {
     return size < 1 ? formatNumber(size * 60, "0") + "″" : formatNumber(size, "0.0") + "'";
 }
 
-std::string azimuthAdvice(const engine::AxisOffset& offset) {
-    return advice("Azimuth", offset.azimuth, "too far east: turn west", "too far west: turn east");
-}
+std::string azimuthAdvice(const engine::AxisOffset& offset) { return advice(kAzimuth, offset.azimuth); }
 
-std::string elevationAdvice(const engine::AxisOffset& offset) {
-    return advice("Elevation", offset.elevation, "too high: lower", "too low: raise");
+std::string elevationAdvice(const engine::AxisOffset& offset) { return advice(kElevation, offset.elevation); }
+
+std::string azimuthMove(const engine::AxisOffset& offset) { return move(kAzimuth, offset.azimuth); }
+
+std::string elevationMove(const engine::AxisOffset& offset) { return move(kElevation, offset.elevation); }
+
+std::string boltTurns(double arcMinutes, double perTurn) {
+    if (!(perTurn > 0) || std::abs(arcMinutes) < kNothing) return "";
+    constexpr int kEighths = 8;
+    const auto eighths = std::lround(std::abs(arcMinutes) / perTurn * kEighths);
+    if (eighths == 0) return "less than an eighth of a turn";
+    constexpr std::array kParts = {"",
+                                   "an eighth of a turn",
+                                   "a quarter turn",
+                                   "three eighths of a turn",
+                                   "half a turn",
+                                   "five eighths of a turn",
+                                   "three quarters of a turn",
+                                   "seven eighths of a turn"};
+    if (eighths < kEighths) return kParts[static_cast<std::size_t>(eighths)];
+    return formatNumber(static_cast<double>(eighths) / kEighths, "0.0#") +
+           (eighths == kEighths ? " turn" : " turns");
 }
 
 ResultReadout::ResultReadout(ResultPanel& panel, const platform::Clock& clock)

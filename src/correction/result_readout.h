@@ -18,6 +18,14 @@ std::string shortAngle(double arcMinutes);
 std::string azimuthAdvice(const engine::AxisOffset& offset);
 std::string elevationAdvice(const engine::AxisOffset& offset);
 
+/// The same, short: "turn west 18.1'", "raise 10.9'", "Azimuth is right".
+std::string azimuthMove(const engine::AxisOffset& offset);
+std::string elevationMove(const engine::AxisOffset& offset);
+
+/// How far a bolt has to go whose whole turn moves the axis by `perTurn` arc-minutes, to an eighth of a turn:
+/// "a quarter turn", "2.5 turns". Empty where nothing is to be done, or where the bolt isn't known.
+std::string boltTurns(double arcMinutes, double perTurn);
+
 /// Shows the last measurement until the next one begins.
 class ResultReadout {
   public:

@@ -31,11 +31,15 @@ MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt&
       services_(services),
       indicators_(services.settings),
       taker_(panel, state, services),
-      hand_(panel, services, taker_) {}
+      hand_(panel, services, taker_) {
+    panel_.cmdAdjust.onClick = [this] { adjustClicked_ = true; };
+}
 
 void MeasurementRun::cmdRun_Click() {
     try {
-        measure();
+        adjusted_.reset();
+        do measure();
+        while (adjusted_ && adjusted_->measureAgain);
         services_.progress.end("Measurement complete");
     } catch (const Closing&) {
         return;
@@ -64,6 +68,7 @@ void MeasurementRun::measure() {
     goOn();
     preflight_.learn(plates.back(), plan.exposures);
     review_.begin(plates, taker_.exposureSeconds() * plan.exposures);
+    if (adjusted_) compareWithLive();
     if (!plan.byHand && !plan.closing) returnToStart(plan);
     if (review_.result().BadSolution) calculationFailed();
     offerCorrection(plan);
@@ -325,6 +330,7 @@ void MeasurementRun::offerCorrection(const MeasurementPlan& plan) {
         redo(*plate, plan);
         correct = operatorWantsCorrection();
     }
+    if (adjustClicked_) return adjust();
     const PolarErrorResult& result = review_.result();
     if (!correct) return;
     if (result.BadSolution) calculationFailed();
@@ -339,13 +345,38 @@ bool MeasurementRun::operatorWantsCorrection() {
                    "      misalignment, or click", "      Skip Button to end"}));
     panel_.cmdNext.setEnabled(true);
     panel_.cmdSkip.setEnabled(true);
+    adjustClicked_ = false;
+    panel_.cmdAdjust.setEnabled(adjustLive && review_.axis().check.best() != nullptr);
     services_.progress.rest("Measured: Next corrects, Skip ends");
     const PlateReview::Offered offered(review_);
-    const bool correct = prompt_.WaitForNextOrSkipClick([this] { return review_.redoRequested(); });
+    const bool correct =
+        prompt_.WaitForNextOrSkipClick([this] { return review_.redoRequested() || adjustClicked_; });
+    panel_.cmdAdjust.setEnabled(false);
     Indicators::switchOff(panel_.cmdNext);
     if (state_.StopRequested) throw StopExit{};
     if (state_.AppUnloading) throw Closing{};
     return correct;
+}
+
+void MeasurementRun::adjust() {
+    services_.progress.begin({});
+    if (const AxisEstimate* const measured = review_.axis().check.best()) adjusted_ = adjustLive(*measured);
+}
+
+/// What the live numbers said last, and what the fresh measurement says.
+void MeasurementRun::compareWithLive() {
+    const AxisEstimate* const fresh = review_.axis().check.best();
+    if (fresh != nullptr && adjusted_->remaining) {
+        const auto arcMinutes = [](double value) { return formatNumber(value, "0.00"); };
+        const std::string text = "The fresh measurement differs from the live numbers by " +
+                                 arcMinutes(fresh->fromTruePole.azimuth - adjusted_->remaining->azimuth) +
+                                 " arc-min in azimuth and " +
+                                 arcMinutes(fresh->fromTruePole.elevation - adjusted_->remaining->elevation) +
+                                 " in elevation";
+        log(text);
+        services_.messages.ShowPopupMessage(text, 10);
+    }
+    adjusted_.reset();
 }
 
 /// One that fails leaves the former one as it was.
@@ -438,6 +469,7 @@ void MeasurementRun::cleanUp() {
     panel_.cmdStop.setEnabled(false);
     panel_.cmdNext.setEnabled(false);
     panel_.cmdSkip.setEnabled(false);
+    panel_.cmdAdjust.setEnabled(false);
     panel_.cmdExpose.setEnabled(true);
     Indicators::switchOff(panel_.cmdNext);
     ShowStartingInstructions();

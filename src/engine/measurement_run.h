@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,12 @@
 
 namespace vantrel::engine {
 
+/// How live adjusting ended.
+struct AdjustmentEnd {
+    bool measureAgain = false;
+    std::optional<AxisOffset> remaining{};  // by the last numbers that could be trusted
+};
+
 /// The procedure behind the Run button. It is one long story on the operator's thread that waits by polling,
 /// so that Stop, Next and Skip stay live; the disabled Run and Expose buttons keep it from being entered
 /// twice.
@@ -32,6 +39,10 @@ class MeasurementRun {
     /// Measures, shows the result and offers the correction. Never throws: every failure is reported to the
     /// operator, and the window is ready for the next run.
     void cmdRun_Click();
+
+    /// Guides both adjusters at once, beginning with this axis. StopExit and Closing may leave it. Without it
+    /// nobody is offered to.
+    std::function<AdjustmentEnd(const AxisEstimate& measured)> adjustLive;
 
     /// Tells the operator how to begin.
     void ShowStartingInstructions();
@@ -62,6 +73,8 @@ class MeasurementRun {
     void returnToStart(const MeasurementPlan& plan);
     void offerCorrection(const MeasurementPlan& plan);
     bool operatorWantsCorrection();
+    void adjust();
+    void compareWithLive();
     void redo(const TakenPlate& plate, const MeasurementPlan& plan);
     void askToWait();
     void slewBetween(const EquatorialPosition& to, Stage stage);
@@ -88,6 +101,8 @@ class MeasurementRun {
     PlateTaker taker_;
     HandTurning hand_;
     EquatorialPosition position_;  // of the mount: read once, then as commanded
+    bool adjustClicked_ = false;
+    std::optional<AdjustmentEnd> adjusted_;  // since the last measurement
 };
 
 }  // namespace vantrel::engine

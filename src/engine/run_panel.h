@@ -8,7 +8,7 @@ namespace vantrel::engine {
 struct RunPanel {
     explicit RunPanel(platform::Form& form);
 
-    platform::Button cmdRun, cmdStop, cmdNext, cmdSkip, cmdExpose;
+    platform::Button cmdRun, cmdStop, cmdNext, cmdSkip, cmdAdjust, cmdExpose;
     platform::TextBox txtInstructions;
     platform::TextBox txtDeltaRA, txtExposeInterval, txtDelayAfterSlew, txtPostExpDelay;
     platform::TextBox txtPlates, txtPlateExposures;

@@ -85,7 +85,8 @@ QLayout* guidance() {
 QLayout* runButtons() {
     auto* const row = new QHBoxLayout;
     row->setSpacing(8);
-    for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"}) row->addWidget(bigButton(name));
+    for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip", "cmdAdjust"})
+        row->addWidget(bigButton(name));
     return row;
 }
 

@@ -223,6 +223,70 @@ void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::st
 
 // ---- Measurements ----
 
+namespace {
+
+/// One adjuster's arrow and digits, to be read from three metres, and what its bolt has to do.
+QGroupBox* adjusterGroup(const QString& title, const std::string& name) {
+    const auto label = [&](const char* what, double size, const char* widest) {
+        auto* const made = named<QLabel>(("lbl" + name + what).c_str());
+        scaleFont(*made, size, size > 1);
+        made->setMinimumWidth(made->fontMetrics().horizontalAdvance(widest));
+        made->setMinimumHeight(made->fontMetrics().height());
+        return made;
+    };
+    auto* const grid = new QGridLayout;
+    grid->addWidget(label("Arrow", 3.6, "←"), 0, 0, 2, 1);
+    grid->addWidget(label("Move", 3, "Elevation is right"), 0, 1, 1, 2);
+    grid->addWidget(label("Sigma", 1.35, "± 118.8'"), 1, 1);
+    grid->addWidget(label("Bolt", 1.35, "seven eighths of a turn counter-clockwise"), 1, 2);
+    grid->setColumnStretch(2, 1);
+    LineField* const perTurn = field(("txt" + name + "PerTurn").c_str(), 5);
+    grid->addLayout(row({labelOf(*perTurn, Text::tr("A turn of the bolt")), perTurn, new QLabel("'"),
+                         named<QCheckBox>(("chk" + name + "OtherWay").c_str())},
+                        true),
+                    2, 1, 1, 2);
+    return group(title, grid);
+}
+
+}  // namespace
+
+AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const dial = named<PictureWidget>("picAdjust", front.theme, PictureKind::kDial);
+    const int side = dial->fontMetrics().height() * 11;
+    dial->setMinimumSize(side, side);
+    dial->setAccessibleName(Text::tr("Pole and mount's axis"));
+    auto* const state = named<QLabel>("lblLiveState");
+    scaleFont(*state, 1.6, true);
+    state->setWordWrap(true);
+    state->setMinimumHeight(state->fontMetrics().lineSpacing() * 2);
+    auto* const total = named<QLabel>("lblLiveTotal");
+    scaleFont(*total, 1.35);
+    total->setMinimumWidth(total->fontMetrics().horizontalAdvance("Total 118.8' ± 118.8'"));
+    auto* const age = named<QLabel>("lblAge");
+    scaleFont(*age, 1.35);
+    age->setMinimumWidth(age->fontMetrics().horizontalAdvance("1000 s old"));
+
+    auto* const adjusters = new QVBoxLayout;
+    adjusters->addWidget(adjusterGroup(Text::tr("Azimuth"), "Azimuth"));
+    adjusters->addWidget(adjusterGroup(Text::tr("Elevation"), "Elevation"));
+    auto* const beside = new QVBoxLayout;
+    beside->addWidget(dial, 1);
+    beside->addWidget(total);
+    beside->addWidget(age);
+    auto* const columns = new QHBoxLayout;
+    columns->addLayout(adjusters, 1);
+    columns->addLayout(beside);
+    auto* const page = new QVBoxLayout(&scrolledPage());
+    page->addWidget(state);
+    page->addLayout(columns, 1);
+    page->addWidget(named<QCheckBox>("chkDoneSound"));
+    auto* const buttons = new QHBoxLayout;
+    for (const char* name : {"cmdLock", "cmdBothTurned", "cmdMeasureAgain", "cmdEndAdjust"})
+        buttons->addWidget(bigButton(name));
+    page->addLayout(buttons);
+    bind();
+}
+
 HistoryWindow::HistoryWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
     auto* const chart = named<PictureWidget>("picHistory", front.theme, PictureKind::kChart);
     const int line = chart->fontMetrics().height();

@@ -13,6 +13,7 @@ std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) 
     if (form.name() == "frmLog") return std::make_unique<LogWindow>(form, front);
     if (form.name() == "frmTelescope") return std::make_unique<TelescopeWindow>(form, front);
     if (form.name() == "frmPolarPlot") return std::make_unique<PolarPlotWindow>(form, front);
+    if (form.name() == "frmAdjust") return std::make_unique<AdjustWindow>(form, front);
     if (form.name() == "frmHistory") return std::make_unique<HistoryWindow>(form, front);
     if (form.name() == "frmPlates") return std::make_unique<PlatesWindow>(form, front);
     if (form.name() == "frmPreflight") return std::make_unique<PreflightWindow>(form, front);

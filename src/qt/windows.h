@@ -48,6 +48,11 @@ class PolarPlotWindow : public FormWindow {
     std::vector<platform::Subscription> filled_;
 };
 
+class AdjustWindow : public FormWindow {
+  public:
+    AdjustWindow(platform::Form& form, const Front& front);
+};
+
 class HistoryWindow : public FormWindow {
   public:
     HistoryWindow(platform::Form& form, const Front& front);

@@ -274,9 +274,10 @@ LiveReading LiveAxis::readingAt(const Seen& now, LiveState state) const {
     const Vector3d end = axisAt(turns);
     const Vector3d north = hemisphere_ * end;
     LiveReading reading{.state = state};
-    reading.remaining =
-        offsetFromPole({north.x(), north.y(), north.z()}, site_.latitude, truePoleAltitude(site_));
-    reading.distance = 60 * radiansToDegrees(std::atan2(std::hypot(north.x(), north.y()), north.z()));
+    const DirectionCosines northern{north.x(), north.y(), north.z()};
+    reading.remaining = offsetFromPole(northern, site_.latitude, truePoleAltitude(site_));
+    reading.written = writtenError(northern);
+    reading.distance = 60 * reading.written.ErrorAmplitude;
 
     const double toSky = std::max(1e-6, std::cos(degreesToRadians(site_.latitude)));
     const Eigen::Matrix2d byTurns = (turns.covariance + before_) / (kArcsecond * kArcsecond);

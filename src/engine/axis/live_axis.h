@@ -50,6 +50,7 @@ struct LiveReading {
     LiveState state = LiveState::kFollowing;
     AxisOffset remaining{};  // from the true pole: what the adjusters still have to undo
     double distance = 0;     // arc-minutes from it
+    PolarError written{};    // the same by the written convention
     // Arc-seconds, one sigma: about the vertical, of the altitude, and of the axis on the sky.
     double azimuthSigma = 0, elevationSigma = 0, sigma = 0;
     double separability = 0;  // of the adjusters, at this place
