@@ -232,6 +232,9 @@ void takeFinePictures(const QString& folder, bool byNight) {
     if (byNight) night.user.settings.write("PolarAlign", "GreenColors", "1");
     night.user.settings.write("PolarAlign", "ShowHistory", "1");
     const Pictures pictures(night, folder, byNight);
+    platform::Screen& screen = night.program.screen();
+    const auto& age = dynamic_cast<platform::Label&>(*screen.findControl("frmAdjust.lblAge"));
+    auto& perTurn = dynamic_cast<platform::TextBox&>(*screen.findControl("frmAdjust.txtAzimuthPerTurn"));
     night.pass({{[&] { return night.started(); },
                  [&] {
                      const auto logs = night.user.settings.read("PolarAlign", "LogPath");
@@ -250,6 +253,16 @@ void takeFinePictures(const QString& folder, bool byNight) {
                  [&] {
                      pictures.take("frmPolarPlot", "polar-plot-fine");
                      pictures.take("frmHistory", "measurements");
+                     // Where the adjusters can be told apart.
+                     const auto mount = night.program.automation().create("AxisSimulator.Telescope");
+                     mount->call("SlewToCoordinates", {mount->get("SiderealTime").toDouble() - 1, 20.0});
+                     night.click("cmdAdjust");
+                 }},
+                {[&] { return age.caption() != ""; },
+                 [&] {
+                     perTurn.type("20");
+                     perTurn.leave();
+                     pictures.take("frmAdjust", "adjust");
                      night.click("cmdSkip");
                  }}});
 }

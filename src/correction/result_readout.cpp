@@ -18,25 +18,25 @@ constexpr double kNothing = 1. / 60;  // arc-minutes
 /// What is wrong on either side, and what to do about it.
 struct Ways {
     const char* adjuster;
-    const char *positive, *undoPositive;
-    const char *negative, *undoNegative;
+    const char* ifPositive;
+    const char* ifNegative;
 };
-constexpr Ways kAzimuth{"Azimuth", "too far east", "turn west", "too far west", "turn east"};
-constexpr Ways kElevation{"Elevation", "too high", "lower", "too low", "raise"};
+constexpr Ways kAzimuth{"Azimuth", "too far east: turn west", "too far west: turn east"};
+constexpr Ways kElevation{"Elevation", "too high: lower", "too low: raise"};
 
 std::string right(const Ways& ways) { return std::string(ways.adjuster) + " is right"; }
 
 std::string advice(const Ways& ways, double arcMinutes) {
     if (std::abs(arcMinutes) < kNothing) return right(ways);
-    const bool positive = arcMinutes > 0;
     return std::string(ways.adjuster) + " " + shortAngle(arcMinutes) + " " +
-           (positive ? ways.positive : ways.negative) + ": " +
-           (positive ? ways.undoPositive : ways.undoNegative);
+           (arcMinutes > 0 ? ways.ifPositive : ways.ifNegative);
 }
 
+/// What is to be done stands behind the colon.
 std::string move(const Ways& ways, double arcMinutes) {
     if (std::abs(arcMinutes) < kNothing) return right(ways);
-    return std::string(arcMinutes > 0 ? ways.undoPositive : ways.undoNegative) + " " + shortAngle(arcMinutes);
+    const std::string words = arcMinutes > 0 ? ways.ifPositive : ways.ifNegative;
+    return words.substr(words.find(": ") + 2) + " " + shortAngle(arcMinutes);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 
 #include "app/frm_main.h"
 #include "qt/gauge_bar.h"
+#include "qt/mnemonics.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
 #include "qt/status_lamp.h"
@@ -85,8 +86,10 @@ QLayout* guidance() {
 QLayout* runButtons() {
     auto* const row = new QHBoxLayout;
     row->setSpacing(8);
-    for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip", "cmdAdjust"})
-        row->addWidget(bigButton(name));
+    for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"}) row->addWidget(bigButton(name));
+    QPushButton* const adjust = bigButton("cmdAdjust");
+    adjust->setProperty(kChoosesLetterFirst, false);  // the ones pressed in the dark do
+    row->addWidget(adjust);
     return row;
 }
 

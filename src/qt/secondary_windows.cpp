@@ -240,6 +240,7 @@ QGroupBox* adjusterGroup(const QString& title, const std::string& name) {
     grid->addWidget(label("Sigma", 1.35, "± 118.8'"), 1, 1);
     grid->addWidget(label("Bolt", 1.35, "seven eighths of a turn counter-clockwise"), 1, 2);
     grid->setColumnStretch(2, 1);
+    grid->setRowStretch(3, 1);
     LineField* const perTurn = field(("txt" + name + "PerTurn").c_str(), 5);
     grid->addLayout(row({labelOf(*perTurn, Text::tr("A turn of the bolt")), perTurn, new QLabel("'"),
                          named<QCheckBox>(("chk" + name + "OtherWay").c_str())},
@@ -274,8 +275,8 @@ AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindo
     beside->addWidget(total);
     beside->addWidget(age);
     auto* const columns = new QHBoxLayout;
-    columns->addLayout(adjusters, 1);
-    columns->addLayout(beside);
+    columns->addLayout(adjusters, 2);
+    columns->addLayout(beside, 1);
     auto* const page = new QVBoxLayout(&scrolledPage());
     page->addWidget(state);
     page->addLayout(columns, 1);

@@ -4,6 +4,10 @@
 <context>
     <name>Text</name>
     <message>
+        <source>A turn of the bolt</source>
+        <translation>Eine Umdrehung der Schraube</translation>
+    </message>
+    <message>
         <source>Progress</source>
         <translation>Fortschritt</translation>
     </message>
