@@ -232,9 +232,6 @@ void takeFinePictures(const QString& folder, bool byNight) {
     if (byNight) night.user.settings.write("PolarAlign", "GreenColors", "1");
     night.user.settings.write("PolarAlign", "ShowHistory", "1");
     const Pictures pictures(night, folder, byNight);
-    platform::Screen& screen = night.program.screen();
-    const auto& age = dynamic_cast<platform::Label&>(*screen.findControl("frmAdjust.lblAge"));
-    auto& perTurn = dynamic_cast<platform::TextBox&>(*screen.findControl("frmAdjust.txtAzimuthPerTurn"));
     night.pass({{[&] { return night.started(); },
                  [&] {
                      const auto logs = night.user.settings.read("PolarAlign", "LogPath");
@@ -253,15 +250,29 @@ void takeFinePictures(const QString& folder, bool byNight) {
                  [&] {
                      pictures.take("frmPolarPlot", "polar-plot-fine");
                      pictures.take("frmHistory", "measurements");
-                     // Where the adjusters can be told apart.
-                     const auto mount = night.program.automation().create("AxisSimulator.Telescope");
-                     mount->call("SlewToCoordinates", {mount->get("SiderealTime").toDouble() - 1, 20.0});
-                     night.click("cmdAdjust");
-                 }},
-                {[&] { return age.caption() != ""; },
+                     night.click("cmdSkip");
+                 }}});
+}
+
+/// Live adjusting, where the adjusters can be told apart.
+void takeAdjusting(const QString& folder, bool byNight) {
+    Night night;
+    night.theme.setNight(byNight);
+    if (byNight) night.user.settings.write("PolarAlign", "GreenColors", "1");
+    night.user.settings.write("PolarAlign", "AzimuthPerTurn", "24");
+    const Pictures pictures(night, folder, byNight);
+    const auto& age = dynamic_cast<platform::Label&>(*night.program.screen().findControl("frmAdjust.lblAge"));
+    night.pass({{[&] { return night.started(); },
                  [&] {
-                     perTurn.type("20");
-                     perTurn.leave();
+                     night.turnAxis(18, -11);
+                     const auto mount = night.program.automation().create("AxisSimulator.Telescope");
+                     mount->call("SlewToCoordinates", {mount->get("SiderealTime").toDouble() - 0.5, 20.0});
+                     night.typeInto("txtDeltaRA", "9");
+                     night.click("cmdRun");
+                 }},
+                {[&] { return night.enabled("cmdAdjust"); }, [&] { night.click("cmdAdjust"); }},
+                {[&] { return !age.caption().empty(); },
+                 [&] {
                      pictures.take("frmAdjust", "adjust");
                      night.click("cmdSkip");
                  }}});
@@ -365,6 +376,7 @@ int main(int argc, char** argv) {
             vantrel::qt::takePictures(folder, byNight);
             vantrel::qt::takeFinePictures(folder, byNight);
             vantrel::qt::takeFirstPictures(folder, byNight);
+            vantrel::qt::takeAdjusting(folder, byNight);
         }
         for (const char* look : {"day", "night", "green"}) vantrel::qt::takeImagePictures(folder, look);
     } catch (const std::exception& error) {

@@ -232,8 +232,10 @@ void Adjusting::showMoves(const LiveReading& reading) {
     if (!follow) return;
     const bool green =
         platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "GreenColors", "0")) != 0;
-    form_.picAdjust.setDrawing(polarChart(reading.distance, reading.written.ErrorAngle,
-                                          green ? platform::color::kDarkGreen : platform::color::kRed));
+    // The end that the operator sees: in the south the written convention speaks of the other one.
+    const double angle = reading.written.ErrorAngle + (site_.latitude < 0 ? 180 : 0);
+    form_.picAdjust.setDrawing(
+        polarChart(reading.distance, angle, green ? platform::color::kDarkGreen : platform::color::kRed));
 }
 
 std::string Adjusting::situation(const LiveReading& reading) {
