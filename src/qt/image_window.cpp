@@ -248,6 +248,18 @@ QWidget* ImageWindow::guidanceLine() {
     return guidance_;
 }
 
+QSize ImageWindow::leastSize() const {
+    constexpr QSize kOfUse(300, 240);
+    return minimumSizeHint().expandedTo(kOfUse).grownBy(place_.frame());
+}
+
+void ImageWindow::standIn(const QRect& place) {
+    full_->setChecked(false);
+    const QRect inside(place.topLeft(), place.size().shrunkBy(place_.frame()));
+    front_.barrier.run([&] { rememberPlace(inside); });
+    place_.put(inside);
+}
+
 void ImageWindow::followGuide(correction::StarGuide& guide) {
     guided_ = guide.changed.subscribe([this, &guide] { tellGuidance(guide.guidance()); });
     tellGuidance(guide.guidance());

@@ -458,6 +458,7 @@ QWidget* topLine() {
     menuItem(*file, "mnuSolvePicture")->setShortcut(QKeySequence::Open);
     menuItem(*file, "mnuFileExit");
     QMenu* const set = bar->addMenu("&Set");
+    set->setObjectName("menuSet");
     menuItem(*set, "mnuSetOnTop", true);
     menuItem(*set, "mnuSetOptions");
     menuItem(*set, "mnuNight")->setShortcut(QKeySequence("Ctrl+N"));

@@ -75,9 +75,11 @@ ScrollPage::ScrollPage(QWidget* content) {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
     setWidget(content);
-    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* /*before*/, QWidget* now) {
-        // What is clicked stays under the mouse.
-        if (now != nullptr && isAncestorOf(now) && QGuiApplication::mouseButtons() == Qt::NoButton)
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
+        // What is clicked stays under the mouse; a click on another window reaches it only after the focus.
+        const bool fromHere = before != nullptr && before->window() == window();
+        if (now != nullptr && fromHere && isAncestorOf(now) &&
+            QGuiApplication::mouseButtons() == Qt::NoButton)
             bringIntoView(*now);
     });
 }

@@ -733,6 +733,10 @@ erscheinen hier.</translation>
         <source>Copy or save</source>
         <translation>Kopieren, sichern</translation>
     </message>
+    <message>
+        <source>Arrange Windows</source>
+        <translation>Fenster anordnen</translation>
+    </message>
 </context>
 <context>
     <name>dialog</name>
