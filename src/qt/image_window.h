@@ -46,6 +46,7 @@ class ImageWindow : public QWidget {
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QAction* addCommand(const char* name, const QString& text, const QString& tip,

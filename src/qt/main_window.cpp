@@ -480,7 +480,8 @@ QWidget* topLine() {
 MainWindow::MainWindow(app::frmMain& form, const Front& front) : FormWindow(form, front) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 6);
-    layout->setMenuBar(topLine());
+    QWidget* const top = topLine();
+    layout->setMenuBar(top);
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     tabs->setAccessibleName(Text::tr("Pages"));
@@ -490,6 +491,7 @@ MainWindow::MainWindow(app::frmMain& form, const Front& front) : FormWindow(form
     tabs->setCornerWidget(lastMessage());
     layout->addWidget(tabs);
     bind();
+    setMinimumWidth(std::min(top->minimumSizeHint().width(), form.screen().workArea().width));
     pageWanted_ = form.pageWanted.subscribe(
         [tabs](app::frmMain::Page page) { tabs->setCurrentIndex(static_cast<int>(page)); });
     addKeys();

@@ -96,8 +96,11 @@ void Program::arrangeWindows() {
     FormWindow& main = window("frmMain");
     FormWindow& log = window("frmLog");
     FormWindow& simulator = window("frmSimulator");
-    const Arrangement places = arranged(screens, {.main = main.wantedSize(),
-                                                  .mainLeast = main.leastSize(),
+    constexpr double kNarrow = 0.96;  // of the main window's width: all of it can be seen
+    const QSize mainSize = main.wantedSize();
+    const QSize mainLeast(qRound(mainSize.width() * kNarrow), main.leastSize().height());
+    const Arrangement places = arranged(screens, {.main = mainSize,
+                                                  .mainLeast = mainLeast,
                                                   .imageLeast = imageWindow_->leastSize(),
                                                   .log = log.wantedSize(),
                                                   .logLeast = log.leastSize(),
