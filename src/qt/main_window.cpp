@@ -1,14 +1,17 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QGroupBox>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QShortcut>
 #include <QTabWidget>
 #include <QTextDocument>
+#include <QUrl>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -22,6 +25,20 @@
 
 namespace vantrel::qt {
 namespace {
+
+class FolderLink : public QLabel {
+  public:
+    FolderLink() {
+        setCursor(Qt::PointingHandCursor);
+        setForegroundRole(QPalette::Link);
+    }
+
+  protected:
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+            QDesktopServices::openUrl(QUrl::fromLocalFile(text()));
+    }
+};
 
 // ---- Run ----
 
@@ -253,11 +270,11 @@ void addFolder(QGridLayout& grid, int row, const QString& label, const char* pat
     grid.addLayout(qt::row({line, choose}), row, 1, 1, span);
 }
 
-/// A path, cut where there is no room for more.
+/// A path that a click opens, cut where there is no room for more.
 QLabel* realFolder(const char* name) {
-    auto* const label = named<QLabel>(name);
+    auto* const label = named<FolderLink>(name);
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setToolTip(Text::tr("Opens the folder"));
     return label;
 }
 
