@@ -10,7 +10,6 @@ frmAdjust::Adjuster::Adjuster(platform::Form& form, const std::string& name)
       txtPerTurn(form, "txt" + name + "PerTurn", ""),
       chkOtherWay(form, "chk" + name + "OtherWay", "Other way") {
     txtPerTurn.setToolTip("Arc-minutes that a whole turn of the bolt moves the axis; empty: not known");
-    chkOtherWay.setToolTip("The bolt goes the other way than the program says");
 }
 
 frmAdjust::frmAdjust(platform::Screen& screen)
@@ -25,9 +24,6 @@ frmAdjust::frmAdjust(platform::Screen& screen)
       cmdLock(*this, "cmdLock", "Lock"),
       cmdBothTurned(*this, "cmdBothTurned", "I turned both"),
       cmdMeasureAgain(*this, "cmdMeasureAgain", "Measure again"),
-      cmdEndAdjust(*this, "cmdEndAdjust", "End") {
-    cmdLock.setToolTip("Press it before you tighten the bolts: the program watches what that moves");
-    cmdBothTurned.setToolTip("Nothing was bumped: go on by the numbers");
-}
+      cmdEndAdjust(*this, "cmdEndAdjust", "End") {}
 
 }  // namespace vantrel::correction

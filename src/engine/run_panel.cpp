@@ -38,7 +38,6 @@ RunPanel::RunPanel(platform::Form& form)
     cmdNext.setEnabled(false);
     cmdSkip.setEnabled(false);
     cmdAdjust.setEnabled(false);
-    cmdAdjust.setToolTip("Both adjusters at once, by pictures taken and solved while you turn them");
     txtInstructions.setReadOnly(true);
     cmdPreflight.setToolTip("The whole arc before the first slew, and where on the sky it would be better");
     chkTurnByHand.setToolTip("For a mount that can't slew: you turn its axis, the program tells how far");

@@ -226,7 +226,19 @@ QWidget* ImageWindow::statusLine() {
     row->addStretch();
     size_ = addStatus("size", "00000 × 00000", Text::tr("Columns and rows of the image"));
     scale_ = addStatus("scale", "1:00.0", Text::tr("Pixels of the screen to pixels of the image"));
+    status_->setMinimumWidth(1);
     return status_;
+}
+
+/// A narrow window keeps the pixel under the cursor, and as much of the rest as there is room for.
+void ImageWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    constexpr int kEdges = 20;
+    int room = width() - kEdges;
+    for (QLabel* label : {position_, value_, scale_, star_, size_}) {
+        room -= label->minimumWidth() + status_->layout()->spacing();
+        label->setVisible(room >= 0);
+    }
 }
 
 /// To be read from the mount. There only while a star is guided.
@@ -246,6 +258,18 @@ QWidget* ImageWindow::guidanceLine() {
     column->addWidget(wayLeft_);
     guidance_->hide();
     return guidance_;
+}
+
+QSize ImageWindow::leastSize() const {
+    constexpr QSize kOfUse(240, 240);
+    return minimumSizeHint().expandedTo(kOfUse).grownBy(place_.frame());
+}
+
+void ImageWindow::standIn(const QRect& place) {
+    full_->setChecked(false);
+    const QRect inside(place.topLeft(), place.size().shrunkBy(place_.frame()));
+    front_.barrier.run([&] { rememberPlace(inside); });
+    place_.put(inside);
 }
 
 void ImageWindow::followGuide(correction::StarGuide& guide) {

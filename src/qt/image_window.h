@@ -33,6 +33,10 @@ class ImageWindow : public QWidget {
     /// Opens the window, or brings it in front of the others.
     void showByOperator();
 
+    /// What it can't do without, and where it is to stand; both with its frame.
+    QSize leastSize() const;
+    void standIn(const QRect& place);
+
     /// Shows from now on where the guided star is and how far it has to go. The guide must outlive the
     /// window.
     void followGuide(correction::StarGuide& guide);
@@ -42,6 +46,7 @@ class ImageWindow : public QWidget {
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QAction* addCommand(const char* name, const QString& text, const QString& tip,

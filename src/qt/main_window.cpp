@@ -1,14 +1,17 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QGroupBox>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QRadioButton>
 #include <QShortcut>
 #include <QTabWidget>
 #include <QTextDocument>
+#include <QUrl>
 #include <QVBoxLayout>
 #include <utility>
 
@@ -23,6 +26,20 @@
 
 namespace vantrel::qt {
 namespace {
+
+class FolderLink : public QLabel {
+  public:
+    FolderLink() {
+        setCursor(Qt::PointingHandCursor);
+        setForegroundRole(QPalette::Link);
+    }
+
+  protected:
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+            QDesktopServices::openUrl(QUrl::fromLocalFile(text()));
+    }
+};
 
 // ---- Run ----
 
@@ -257,11 +274,11 @@ void addFolder(QGridLayout& grid, int row, const QString& label, const char* pat
     grid.addLayout(qt::row({line, choose}), row, 1, 1, span);
 }
 
-/// A path, cut where there is no room for more.
+/// A path that a click opens, cut where there is no room for more.
 QLabel* realFolder(const char* name) {
-    auto* const label = named<QLabel>(name);
+    auto* const label = named<FolderLink>(name);
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setToolTip(Text::tr("Opens the folder"));
     return label;
 }
 
@@ -462,6 +479,7 @@ QWidget* topLine() {
     menuItem(*file, "mnuSolvePicture")->setShortcut(QKeySequence::Open);
     menuItem(*file, "mnuFileExit");
     QMenu* const set = bar->addMenu("&Set");
+    set->setObjectName("menuSet");
     menuItem(*set, "mnuSetOnTop", true);
     menuItem(*set, "mnuSetOptions");
     menuItem(*set, "mnuNight")->setShortcut(QKeySequence("Ctrl+N"));
@@ -483,7 +501,8 @@ QWidget* topLine() {
 MainWindow::MainWindow(app::frmMain& form, const Front& front) : FormWindow(form, front) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 6);
-    layout->setMenuBar(topLine());
+    QWidget* const top = topLine();
+    layout->setMenuBar(top);
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     tabs->setAccessibleName(Text::tr("Pages"));
@@ -493,6 +512,7 @@ MainWindow::MainWindow(app::frmMain& form, const Front& front) : FormWindow(form
     tabs->setCornerWidget(lastMessage());
     layout->addWidget(tabs);
     bind();
+    setMinimumWidth(std::min(top->minimumSizeHint().width(), form.screen().workArea().width));
     pageWanted_ = form.pageWanted.subscribe(
         [tabs](app::frmMain::Page page) { tabs->setCurrentIndex(static_cast<int>(page)); });
     addKeys();

@@ -10,8 +10,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QRadioButton>
-#include <QToolButton>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <map>
@@ -111,15 +111,12 @@ void addSigma(QGridLayout& grid, const char* name, int column) {
     grid.addLayout(row({new QLabel("±"), sigma, new QLabel("″")}), grid.rowCount() - 1, column);
 }
 
-QToolButton* exportMenu() {
+QPushButton* exportMenu() {
     auto* const menu = new QMenu;
     for (const char* item : {"mnuCopyPicture", "mnuCopyValues", "mnuSavePng", "mnuSaveSvg"})
         menuItem(*menu, item);
-    auto* const opener = new QToolButton;
-    opener->setText(Text::tr("Copy or save"));
-    opener->setPopupMode(QToolButton::InstantPopup);
+    auto* const opener = new QPushButton(Text::tr("Copy or save"));
     opener->setMenu(menu);
-    opener->setFocusPolicy(Qt::StrongFocus);
     menu->setParent(opener, menu->windowFlags());
     return opener;
 }

@@ -336,10 +336,8 @@ bool tellsOfThePast(const std::string& control) {
     return all.contains(control);
 }
 
-/// The lamps tell of the devices, which the night breaks.
-bool tellsOfADevice(const std::string& control) {
-    return control == "cmdMountStatus" || control == "cmdCameraStatus";
-}
+/// The lamps tell of the devices, which the night breaks, and follow them once a second.
+bool tellsOfADevice(const std::string& control) { return control.ends_with("Status"); }
 
 /// Which of the main window's buttons, boxes and lists can be used, and the captions.
 std::vector<std::string> Night::stateOfControls() const {
