@@ -102,7 +102,7 @@ QLayout* guidance() {
 
 QLayout* runButtons() {
     auto* const row = new QHBoxLayout;
-    row->setSpacing(8);
+    row->setSpacing(4);
     for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"}) row->addWidget(bigButton(name));
     QPushButton* const adjust = bigButton("cmdAdjust");
     adjust->setProperty(kChoosesLetterFirst, false);  // the ones pressed in the dark do
@@ -253,7 +253,7 @@ QWidget* runTab(const Theme& theme) {
     right->addLayout(windowButtons());
     auto* const page = new QWidget;
     auto* const columns = new QHBoxLayout(page);
-    columns->setSpacing(14);
+    columns->setSpacing(8);
     columns->addWidget(new ScrollColumn(steps), 1);
     columns->addWidget(new ScrollColumn(values));
     return page;

@@ -148,7 +148,7 @@ QPushButton* bigButton(const char* name) {
     auto* const button = named<QPushButton>(name);
     button->setProperty(kChoosesLetterFirst, true);
     scaleFont(*button, 1.3, true);
-    button->setMinimumSize(figureWidth(*button) * 8, button->fontMetrics().height() * 2 + 18);
+    button->setMinimumSize(figureWidth(*button) * 13 / 2, button->fontMetrics().height() * 2 + 18);
     button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     return button;
 }

@@ -232,8 +232,8 @@ QGroupBox* adjusterGroup(const QString& title, const std::string& name) {
         return made;
     };
     auto* const grid = new QGridLayout;
-    grid->addWidget(label("Arrow", 4.2, "←"), 0, 0, 2, 1);
-    grid->addWidget(label("Move", 4.2, "Elevation is right"), 0, 1, 1, 2);
+    grid->addWidget(label("Arrow", 3.2, "←"), 0, 0, 2, 1);
+    grid->addWidget(label("Move", 3.2, "Elevation is right"), 0, 1, 1, 2);
     grid->addWidget(label("Sigma", 1.6, "± 118.8'"), 1, 1);
     grid->addWidget(label("Bolt", 1.6, "three quarters of a turn"), 1, 2);
     grid->setColumnStretch(2, 1);
