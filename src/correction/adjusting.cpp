@@ -16,6 +16,7 @@ namespace vantrel::correction {
 
 using engine::LiveReading;
 using engine::LiveState;
+using engine::shortAngle;
 using platform::formatNumber;
 using platform::joinLines;
 
@@ -170,7 +171,7 @@ std::optional<engine::TakenPlate> Adjusting::take() {
     try {
         const bool byMount = mount && offset_;
         const auto taken = taker_.take(here, 1, byMount ? *offset_ : engine::EquatorialPosition{});
-        if (!taken || state_.CameraFailed) return std::nullopt;
+        if (!taken || taker_.cameraFailed()) return std::nullopt;
         near_ = {.RA = taken->ra, .Dec = taken->dec};
         if (mount)
             offset_ = {.RA = engine::signedHours(taken->ra - mount->RA), .Dec = taken->dec - mount->Dec};
@@ -230,8 +231,7 @@ void Adjusting::showMoves(const LiveReading& reading) {
     form_.lblLiveTotal.setCaption(
         follow ? "Total " + shortAngle(reading.distance) + " " + plusMinus(reading.sigma) : "");
     if (!follow) return;
-    const bool green =
-        platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "GreenColors", "0")) != 0;
+    const bool green = engine::nightVision(services_.settings);
     // The end that the operator sees: in the south the written convention speaks of the other one.
     const double angle = reading.written.ErrorAngle + (site_.latitude < 0 ? 180 : 0);
     form_.picAdjust.setDrawing(

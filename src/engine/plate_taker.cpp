@@ -55,8 +55,7 @@ std::optional<TakenPlate> PlateTaker::takeOne(TakenPlate plate, const Equatorial
     const double exposedLst = middleOfExposure(plate);
     const std::string image = expose();
     // The picture before is still there, and would tell of a mount that has turned meanwhile.
-    if (plate.pointing == Pointing::kByHand && state_.CameraFailed && !state_.UsingAxisSimulator)
-        return std::nullopt;
+    if (plate.pointing == Pointing::kByHand && cameraFailed()) return std::nullopt;
     announceSolving(plate.number, lamps);
     const auto solution = solve(plate, image, offset);
     if (!solution) return std::nullopt;
@@ -93,6 +92,8 @@ std::string PlateTaker::expose() {
     }
     return imageFileName;
 }
+
+bool PlateTaker::cameraFailed() const { return state_.CameraFailed && !state_.UsingAxisSimulator; }
 
 /// The lamps change before the first plate's line, and after the others'.
 void PlateTaker::announceSolving(int number, Lamps lamps) {

@@ -32,6 +32,8 @@ class PlateTaker {
 
     /// Seconds of one exposure, as the operator has set them.
     double exposureSeconds() const;
+    /// The last exposure gave no picture; the simulator always gives one.
+    bool cameraFailed() const;
 
   private:
     std::optional<TakenPlate> takeOne(TakenPlate plate, const EquatorialPosition& offset, Lamps lamps);

@@ -220,5 +220,18 @@ TEST(BoltTurns, AreToldInEighths) {
         EXPECT_EQ(boltTurns(row.arcMinutes, row.perTurn), row.text) << row.arcMinutes;
 }
 
+TEST(Adjusting, BelievesTheSimulatorsPicturesWhateverACameraDidBefore) {
+    Workshop shop;
+    shop.state.UsingAxisSimulator = true;
+    shop.state.CameraFailed = true;
+    std::string move;
+    shop.at(2, [&] {
+        move = shop.window.azimuth.lblMove.caption();
+        shop.window.cmdEndAdjust.click();
+    });
+    shop.adjust();
+    EXPECT_THAT(move, HasSubstr("turn west 12.0'"));
+}
+
 }  // namespace
 }  // namespace vantrel::correction
