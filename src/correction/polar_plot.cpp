@@ -5,12 +5,14 @@
 #include "correction/error_plot.h"
 #include "correction/polar_chart.h"
 #include "engine/angles.h"
+#include "engine/indicators.h"
 #include "engine/sky_geometry.h"
 #include "platform/place_form.h"
 #include "platform/text.h"
 
 namespace vantrel::correction {
 
+using engine::shortAngle;
 using namespace platform;
 
 namespace {
@@ -87,9 +89,9 @@ void PolarPlot::offerEstimate() {
                          check_.writtenMisleads(site_);
     window_.lblDoubt.setCaption(offered ? "Trust these, not the ones above: Plates lets them count" : "");
     window_.lblDoubt.setVisible(offered);
-    window_.cmdPlates.setBackColor(!offered        ? color::kButtonFace
-                                   : nightVision() ? color::kDarkGreen
-                                                   : color::kRed);
+    window_.cmdPlates.setBackColor(!offered                         ? color::kButtonFace
+                                   : engine::nightVision(settings_) ? color::kDarkGreen
+                                                                    : color::kRed);
 }
 
 void PolarPlot::showBadSolution() {
@@ -119,7 +121,7 @@ void PolarPlot::PlotPolar(double ErrorAmplitude, double ErrorAngle) {
 }
 
 void PolarPlot::drawChart(double arcMinutes, double angle) {
-    const bool green = nightVision();
+    const bool green = engine::nightVision(settings_);
     const Color dotColor = green ? color::kDarkGreen : color::kRed;
     const ChartRange range = chartRange(arcMinutes);
     Drawing drawing = polarChart(arcMinutes, angle, dotColor);
@@ -164,10 +166,6 @@ void PolarPlot::showResult(const engine::PolarError& error) {
     const double onSky = offset.azimuth * std::cos(engine::degreesToRadians(latitude));
     window_.lblOnSky.setCaption("The azimuth knob's " + shortAngle(offset.azimuth) + " are " +
                                 shortAngle(onSky) + " on the sky (× cosine of the latitude)");
-}
-
-bool PolarPlot::nightVision() const {
-    return leadingNumber(settings_.GetSetting("PolarAlign", "GreenColors", "0")) != 0;
 }
 
 bool PolarPlot::historyWanted() const {

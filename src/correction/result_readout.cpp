@@ -3,11 +3,13 @@
 #include <array>
 #include <cmath>
 
+#include "engine/angles.h"
 #include "platform/color.h"
 #include "platform/text.h"
 
 namespace vantrel::correction {
 
+using engine::shortAngle;
 using platform::formatNumber;
 
 namespace {
@@ -40,13 +42,6 @@ std::string move(const Ways& ways, double arcMinutes) {
 }
 
 }  // namespace
-
-std::string shortAngle(double arcMinutes) {
-    constexpr double kInDegrees = 120;
-    const double size = std::abs(arcMinutes);
-    if (size >= kInDegrees) return formatNumber(size / 60, "0.0") + "°";
-    return size < 1 ? formatNumber(size * 60, "0") + "″" : formatNumber(size, "0.0") + "'";
-}
 
 std::string azimuthAdvice(const engine::AxisOffset& offset) { return advice(kAzimuth, offset.azimuth); }
 

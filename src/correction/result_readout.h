@@ -11,9 +11,6 @@
 
 namespace vantrel::correction {
 
-/// An error to be read: "24″" below one arc-minute, "18.1'", "1.4°" from 120 arc-minutes on; without a sign.
-std::string shortAngle(double arcMinutes);
-
 /// "Azimuth 18.1' too far east: turn west", "Elevation 10.9' too low: raise", "Azimuth is right".
 std::string azimuthAdvice(const engine::AxisOffset& offset);
 std::string elevationAdvice(const engine::AxisOffset& offset);

@@ -19,6 +19,14 @@ double signedHours(double hours) {
     return normalized > 12 ? normalized - 24 : normalized;
 }
 
+std::string shortAngle(double arcMinutes) {
+    constexpr double kInDegrees = 120;
+    const double size = std::abs(arcMinutes);
+    if (size >= kInDegrees) return platform::formatNumber(size / 60, "0.0") + "°";
+    return size < 1 ? platform::formatNumber(size * 60, "0") + "″"
+                    : platform::formatNumber(size, "0.0") + "'";
+}
+
 double ArcTan2(double y, double x) {
     if (y == 0) return 0;
     if (x == 0) return y > 0 ? kPi / 2 : 3 * kPi / 2;

@@ -1,6 +1,8 @@
 // Angle helpers. Hours and degrees as the operator reads them; radians where it says so.
 #pragma once
 
+#include <string>
+
 namespace vantrel::engine {
 
 /// The π of every formula here: 14 decimals, a little less than the exact value.
@@ -17,6 +19,9 @@ double NormalizeRAHours(double hours);
 
 /// NormalizeRAHours, less a day above 12: hours in (-12, 12].
 double signedHours(double hours);
+
+/// An angle to be read: "24″" below one arc-minute, "18.1'", "2.4°" from 120 arc-minutes on; without a sign.
+std::string shortAngle(double arcMinutes);
 
 /// Radians in [0, 2π) of the direction (x, y). On the x axis (y = 0) the result is 0, whatever x is.
 double ArcTan2(double y, double x);

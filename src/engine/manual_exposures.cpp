@@ -17,9 +17,7 @@ std::string whereItLooks(const PlateSolution& found, const EquatorialPosition& m
         "Found at " + platform::raText(found.ra, 0) + ", " + platform::decText(found.dec, 0);
     if (mount.Dec < -90) return place;
     const double degrees = separation({-found.ra, found.dec}, {-mount.RA, mount.Dec});
-    const bool far = degrees >= 1;
-    return place + ": " + platform::formatNumber(far ? degrees : degrees * 60, "0.0") + (far ? "°" : "'") +
-           " from the mount's reading";
+    return place + ": " + shortAngle(degrees * 60) + " from the mount's reading";
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ TEST(ShortAngle, IsAsFineAsItMatters) {
         const char* text;
     } cases[] = {{0, "0″"},         {0.4, "24″"},      {-0.99, "59″"}, {1, "1.0'"},
                  {-18.14, "18.1'"}, {119.9, "119.9'"}, {120, "2.0°"},  {-2700, "45.0°"}};
-    for (const auto& c : cases) EXPECT_EQ(shortAngle(c.arcMinutes), c.text) << c.arcMinutes;
+    for (const auto& c : cases) EXPECT_EQ(engine::shortAngle(c.arcMinutes), c.text) << c.arcMinutes;
 }
 
 /// The mount stands by so much east of the pole and above it: what has to be done, in both hemispheres.
