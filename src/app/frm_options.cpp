@@ -44,10 +44,8 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
                              std::to_string(cmbNightBrightness.chosen()->data));
     };
     onLoad = [this, switches, &settings] {
-        const double step =
-            platform::leadingNumber(settings.GetSetting("PolarAlign", "NightBrightness", "3"));
-        for (const platform::ComboBox::Item& item : cmbNightBrightness.items())
-            if (item.data == step) cmbNightBrightness.setText(item.text);
+        showNightBrightness(
+            platform::leadingNumber(settings.GetSetting("PolarAlign", "NightBrightness", "3")));
         for (const Switch& s : switches) {
             const std::string stored = settings.GetSetting("PolarAlign", s.key, s.usual);
             s.box->setValue(platform::leadingNumber(stored) != 0 ? 1 : 0);
@@ -57,6 +55,11 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
         for (const Switch& s : switches)
             settings.SaveSetting("PolarAlign", s.key, std::to_string(s.box->value()));
     };
+}
+
+void frmOptions::showNightBrightness(double step) {
+    for (const platform::ComboBox::Item& item : cmbNightBrightness.items())
+        if (item.data == step) cmbNightBrightness.setText(item.text);
 }
 
 }  // namespace vantrel::app

@@ -17,8 +17,9 @@ class frmOptions : public platform::Form {
     platform::CheckBox chkEnableRestoreImagingSW, chkLeastSquares, chkClosingPlate;
     platform::Button cmdOK;
 
-    /// The settings' switch of the night colours was thrown elsewhere.
+    /// The night colours were switched elsewhere, or their step of brightness, from 3 to 1.
     void showNight(bool night) { chkGreenColors.setValue(night ? 1 : 0); }
+    void showNightBrightness(double step);
 };
 
 }  // namespace vantrel::app

@@ -4,6 +4,7 @@
 
 #include "app/on_top.h"
 #include "app/version.h"
+#include "engine/indicators.h"
 #include "platform/text.h"
 
 namespace vantrel::app {
@@ -59,8 +60,7 @@ void MainMenu::mnuSetOnTop_Click() {
 }
 
 void MainMenu::mnuNight_Click() {
-    const bool night =
-        platform::leadingNumber(parts_.settings.GetSetting("PolarAlign", "GreenColors", "0")) == 0;
+    const bool night = !engine::nightVision(parts_.settings);
     parts_.settings.SaveSetting("PolarAlign", "GreenColors", night ? "1" : "0");
     parts_.optionsForm.showNight(night);
 }
@@ -70,8 +70,9 @@ void MainMenu::mnuDimmer_Click() {
     constexpr double kBrightest = 3;
     const double step =
         platform::leadingNumber(parts_.settings.GetSetting("PolarAlign", "NightBrightness", "3"));
-    parts_.settings.SaveSetting("PolarAlign", "NightBrightness",
-                                platform::toText(step > 1 ? step - 1 : kBrightest));
+    const double next = step > 1 ? step - 1 : kBrightest;
+    parts_.settings.SaveSetting("PolarAlign", "NightBrightness", platform::toText(next));
+    parts_.optionsForm.showNightBrightness(next);
 }
 
 void MainMenu::cmdTrySimulator_Click() {

@@ -60,7 +60,6 @@ class PolarPlot : public engine::ResultDisplayPort {
     void drawEarlier(platform::Drawing& drawing, const ChartRange& range, platform::Color color);
     void showUncertainties();
     void offerEstimate();
-    bool nightVision() const;
     bool historyWanted() const;
     void chkHistory_Click();
     void showElevationAndAzimuth(double arcMinutes, double angle);

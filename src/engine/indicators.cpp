@@ -6,18 +6,18 @@ namespace vantrel::engine {
 
 using namespace platform;
 
-bool Indicators::nightVision() const {
-    return leadingNumber(settings_.GetSetting("PolarAlign", "GreenColors", "0")) != 0;
+bool nightVision(SettingsPort& settings) {
+    return leadingNumber(settings.GetSetting("PolarAlign", "GreenColors", "0")) != 0;
 }
 
 void Indicators::SetActiveColors(Label& label) const {
-    const bool green = nightVision();
+    const bool green = nightVision(settings_);
     label.setBackColor(green ? color::kDarkGreen : color::kRed);
     label.setForeColor(green ? color::kIndicatorOffBack : color::kBlack);
 }
 
 void Indicators::SetActiveColors(Button& button) const {
-    button.setBackColor(nightVision() ? color::kDarkGreen : color::kRed);
+    button.setBackColor(nightVision(settings_) ? color::kDarkGreen : color::kRed);
 }
 
 void Indicators::switchOff(Label& label) {

@@ -22,8 +22,10 @@ class Indicators {
     static bool isLit(const platform::Button& button);
 
   private:
-    bool nightVision() const;
     SettingsPort& settings_;
 };
+
+/// Whether "Night vision colors" are chosen.
+bool nightVision(SettingsPort& settings);
 
 }  // namespace vantrel::engine
