@@ -28,12 +28,11 @@ void PlotExport::copyValues() {
     tell(desktop_.copyText(values()) ? "The values are copied" : "There is no clipboard here");
 }
 
-/// Under the name of its minute; a second picture of that minute takes the first one's place.
 void PlotExport::save(const std::string& kind, const std::string& contents) {
     if (window_.picPolarPlot.drawing().shapes.empty()) return tell("There is no measurement to save");
     if (contents.empty()) return tell("Pictures of this kind can't be made here");
     const std::string name = "PolarPlot_" +
-                             platform::formatTime(platform::civilLocal(clock_.utc()), "yyyy-MM-dd_HH_mm") +
+                             platform::formatTime(platform::civilLocal(clock_.utc()), "yyyy-MM-dd_HH_mm_ss") +
                              "." + kind;
     const std::string file =
         platform::joinFolder(settings_.GetSetting("PolarAlign", "ImagePath", "C:"), name);

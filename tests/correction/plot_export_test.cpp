@@ -87,8 +87,8 @@ TEST_F(Export, SavesIntoTheImageFolder) {
     window.mnuSavePng.click();
     EXPECT_EQ(told(), "Pictures of this kind can't be made here") << "nothing paints";
     window.mnuSaveSvg.click();
-    EXPECT_EQ(told(), "Saved as C:\\pictures\\PolarPlot_2026-11-24_20_00.svg");
-    const std::string svg = vantrel::test::contentsOf(folder.path() / "PolarPlot_2026-11-24_20_00.svg");
+    EXPECT_EQ(told(), "Saved as C:\\pictures\\PolarPlot_2026-11-24_20_00_10.svg");
+    const std::string svg = vantrel::test::contentsOf(folder.path() / "PolarPlot_2026-11-24_20_00_10.svg");
     EXPECT_THAT(svg, AllOf(HasSubstr(R"(width="600.00" height="600.00")"),
                            HasSubstr(R"(<circle cx="300.00" cy="300.00" r="120.00" fill="none")"),
                            HasSubstr(R"(cx="450.00" cy="450.00" r="15.00" fill="#ff0000")"),
@@ -96,7 +96,7 @@ TEST_F(Export, SavesIntoTheImageFolder) {
                            HasSubstr(R"(<line x1="435.00" y1="150.00" x2="465.00" y2="150.00")")));
     settings.SaveSetting("PolarAlign", "ImagePath", "C:\\nowhere");
     window.mnuSaveSvg.click();
-    EXPECT_EQ(told(), "C:\\nowhere\\PolarPlot_2026-11-24_20_00.svg can't be written");
+    EXPECT_EQ(told(), "C:\\nowhere\\PolarPlot_2026-11-24_20_00_10.svg can't be written");
 }
 
 }  // namespace

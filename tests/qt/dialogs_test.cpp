@@ -161,11 +161,11 @@ TEST_F(QtDesktopTest, ShowsTheManualsPagesInPlaceOfHelpThatIsMissingOrThatNothin
     EXPECT_EQ(desktop.shownFor("C:\\Other\\Vantrel.chm"), home.folder() / "c/Other/Vantrel.chm");
 }
 
-/// From the folder that the programs are built into.
+/// From the folder that the programs are built into, where there is something to build it with.
 TEST_F(QtDesktopTest, TheManualIsBuiltWithTheProgram) {
-    if (!VANTREL_MANUAL) GTEST_SKIP() << "this machine has nothing to build it with";
     const QtDesktop desktop(user.folders, {});
-    EXPECT_TRUE(std::filesystem::exists(desktop.shownFor(desktop.programFolder() + "\\Vantrel Help.chm")));
+    EXPECT_EQ(std::filesystem::exists(desktop.shownFor(desktop.programFolder() + "\\Vantrel Help.chm")),
+              VANTREL_MANUAL != 0);
 }
 
 }  // namespace
