@@ -11,6 +11,7 @@
 
 #include "fits/fits_error.h"
 #include "fits/opened_fits.h"
+#include "platform/vector_code.h"
 
 namespace vantrel::fits {
 
@@ -40,7 +41,7 @@ struct PixelCoding {
 /// Adds (or sets, for the first plane) big-endian values to a row. One simple loop each, which compilers turn
 /// into vector code.
 template <typename Stored, typename Raw>
-void convert(const std::byte* from, std::span<float> out, bool add, const PixelCoding& coding) {
+VANTREL_VECTOR_CODE void convert(const std::byte* from, std::span<float> out, bool add, const PixelCoding& coding) {
     static_assert(sizeof(Stored) == sizeof(Raw));
     const auto stored = [&](std::size_t i) {
         Raw raw;

@@ -4,9 +4,11 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <span>
 
 #include "fits/fits_image.h"
+#include "platform/vector_code.h"
 #include "solver/level_grid.h"
 
 namespace vantrel::solver {
@@ -15,7 +17,8 @@ namespace {
 
 using fits::FitsImage;
 
-constexpr std::size_t kTile = 64;          // pixels a side of a cell of the coarse survey
+constexpr std::size_t kTile = 64;  // pixels a side of a cell of the coarse survey, twice that in large images
+constexpr std::size_t kLargeImage = 6'000'000;
 constexpr float kSpikeSigma = 6;           // hot pixels stand out this far
 constexpr float kSpikeNeighbours = 0.25F;  // the four neighbours of a star's peak hold more than this share
 constexpr float kSpikeNoise = 3;           // allowance for the neighbours' own noise
@@ -31,7 +34,8 @@ struct Survey {
 
 Survey survey(const FitsImage& image) {
     const std::size_t width = image.width();
-    Survey result{LevelGrid(width, image.height(), kTile)};
+    const bool large = width * image.height() > kLargeImage;
+    Survey result{LevelGrid(width, image.height(), large ? 2 * kTile : kTile)};
     LevelGrid& grid = result.grid;
     std::vector<float> rows;
     CellSample sample;
@@ -97,26 +101,39 @@ bool isSpike(std::span<const float> strip, std::size_t width, std::size_t x, std
     return count > 1 && sum * 4 / count < kSpikeNeighbours * excess + kSpikeNoise * level.noise;
 }
 
-/// Whether any of the values lies over the limit; compilers turn this into vector code.
-bool anyAbove(std::span<const float> values, float limit) {
-    int above = 0;
-    for (const float v : values) above |= static_cast<int>(v > limit);
-    return above != 0;
+constexpr std::size_t kGroup = 32;  // pixels of a row that share a limit
+
+/// Which of a row's groups hold a pixel over their limit.
+VANTREL_VECTOR_CODE void markGroups(std::span<const float> row, std::span<const float> limits,
+                                    std::span<int> above) {
+    const std::size_t whole = row.size() / kGroup;
+    for (std::size_t g = 0; g < whole; ++g) {
+        int any = 0;
+        for (std::size_t i = 0; i < kGroup; ++i) any |= static_cast<int>(row[g * kGroup + i] > limits[g]);
+        above[g] = any;
+    }
+    if (whole < above.size()) above[whole] = 1;
 }
 
 void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, const LevelGrid& grid) {
-    constexpr std::size_t kGroup = 32;
     const std::size_t rows = strip.size() / width;
+    const std::size_t groups = (width + kGroup - 1) / kGroup;
+    std::vector<float> limits(groups);
+    std::vector<int> above(groups);
     for (std::size_t y = 0; y < rows; ++y) {
-        for (std::size_t left = 0; left < width; left += kGroup) {
-            const std::size_t count = std::min(kGroup, width - left);
-            const Level& level = grid.covering(left, top + y);
-            const float limit = level.background + kSpikeSigma * std::max(level.noise, 1e-9F);
-            const auto group = strip.subspan(y * width + left, count);
-            if (!anyAbove(group, limit)) continue;
-            for (std::size_t x = left; x < left + count; ++x) {
+        if (y == 0 || (top + y) % grid.cellSize() == 0) {
+            for (std::size_t g = 0; g < groups; ++g) {
+                const Level& level = grid.covering(g * kGroup, top + y);
+                limits[g] = level.background + kSpikeSigma * std::max(level.noise, 1e-9F);
+            }
+        }
+        markGroups(strip.subspan(y * width, width), limits, above);
+        for (std::size_t g = 0; g < groups; ++g) {
+            if (above[g] == 0) continue;
+            const Level& level = grid.covering(g * kGroup, top + y);
+            for (std::size_t x = g * kGroup; x < std::min(width, (g + 1) * kGroup); ++x) {
                 float& value = strip[y * width + x];
-                if (value > limit && isSpike(strip, width, x, y, level)) value = level.background;
+                if (value > limits[g] && isSpike(strip, width, x, y, level)) value = level.background;
             }
         }
     }
@@ -142,6 +159,44 @@ void removeBlanks(std::span<float> strip, std::size_t width, std::size_t binning
     }
 }
 
+/// Sums of so many neighbours each. A number known beforehand lets compilers make vector code.
+template <std::size_t binning>
+void sumNeighbours(std::span<const float> values, std::span<float> sums) {
+    for (std::size_t x = 0; x < sums.size(); ++x) {
+        float sum = 0;
+        for (std::size_t i = 0; i < binning; ++i) sum += values[x * binning + i];
+        sums[x] = sum;
+    }
+}
+
+void sumNeighbours(std::span<const float> values, std::size_t binning, std::span<float> sums) {
+    switch (binning) {
+        case 1:
+            return sumNeighbours<1>(values, sums);
+        case 2:
+            return sumNeighbours<2>(values, sums);
+        case 3:
+            return sumNeighbours<3>(values, sums);
+        case 4:
+            return sumNeighbours<4>(values, sums);
+        case 5:
+            return sumNeighbours<5>(values, sums);
+        case 6:
+            return sumNeighbours<6>(values, sums);
+        case 8:
+            return sumNeighbours<8>(values, sums);
+        default:
+            for (std::size_t x = 0; x < sums.size(); ++x) {
+                const auto own = values.subspan(x * binning, binning);
+                sums[x] = std::accumulate(own.begin(), own.end(), 0.0F);
+            }
+    }
+}
+
+VANTREL_VECTOR_CODE void addRow(std::span<const float> row, std::span<float> sums) {
+    for (std::size_t x = 0; x < sums.size(); ++x) sums[x] += row[x];
+}
+
 /// Adds the strip's rows, bin by bin, to the bins' sums.
 void addBins(std::span<const float> strip, std::size_t width, std::size_t binning, std::span<float> bins) {
     const std::size_t columns = width / binning;
@@ -149,20 +204,8 @@ void addBins(std::span<const float> strip, std::size_t width, std::size_t binnin
     std::vector<float> column(width);
     for (std::size_t y = 0; y + binning <= rows; y += binning) {
         std::copy_n(strip.begin() + static_cast<std::ptrdiff_t>(y * width), width, column.begin());
-        for (std::size_t r = 1; r < binning; ++r) {
-            const float* row = strip.data() + (y + r) * width;
-            for (std::size_t x = 0; x < width; ++x) column[x] += row[x];
-        }
-        float* out = bins.data() + y / binning * columns;
-        if (binning == 2) {
-            for (std::size_t x = 0; x < columns; ++x) out[x] = column[2 * x] + column[2 * x + 1];
-        } else {
-            for (std::size_t x = 0; x < columns; ++x) {
-                float sum = 0;
-                for (std::size_t i = 0; i < binning; ++i) sum += column[x * binning + i];
-                out[x] = sum;
-            }
-        }
+        for (std::size_t r = 1; r < binning; ++r) addRow(strip.subspan((y + r) * width, width), column);
+        sumNeighbours(column, binning, bins.subspan(y / binning * columns, columns));
     }
 }
 
@@ -184,8 +227,8 @@ LevelGrid binLevels(const ReducedImage& image) {
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
             sample.clear();
-            for (std::size_t y = top; y < bottom; y += 2)
-                for (std::size_t x = left + y / 2 % 2; x < right; x += 2)
+            for (std::size_t y = top; y < bottom; y += 4)
+                for (std::size_t x = left + y / 4 % 2; x < right; x += 2)
                     sample.add(image.pixels[y * image.width + x], x, y);
             grid.set(column, row, sample);
         }
