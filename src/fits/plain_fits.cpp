@@ -41,7 +41,8 @@ struct PixelCoding {
 /// Adds (or sets, for the first plane) big-endian values to a row. One simple loop each, which compilers turn
 /// into vector code.
 template <typename Stored, typename Raw>
-VANTREL_VECTOR_CODE void convert(const std::byte* from, std::span<float> out, bool add, const PixelCoding& coding) {
+VANTREL_VECTOR_CODE void convert(const std::byte* from, std::span<float> out, bool add,
+                                 const PixelCoding& coding) {
     static_assert(sizeof(Stored) == sizeof(Raw));
     const auto stored = [&](std::size_t i) {
         Raw raw;

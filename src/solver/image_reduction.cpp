@@ -19,7 +19,8 @@ using fits::FitsImage;
 
 constexpr std::size_t kTile = 64;  // pixels a side of a cell of the coarse survey, twice that in large images
 constexpr std::size_t kLargeImage = 6'000'000;
-constexpr float kSpikeSigma = 6;           // hot pixels stand out this far
+constexpr std::size_t kLooks = 64;  // pixels of a row that a cell's level is made of, in neighbouring pairs
+constexpr float kSpikeSigma = 6;    // hot pixels stand out this far
 constexpr float kSpikeNeighbours = 0.25F;  // the four neighbours of a star's peak hold more than this share
 constexpr float kSpikeNoise = 3;           // allowance for the neighbours' own noise
 constexpr std::size_t kStripFloats = 64 * 1024;
@@ -53,8 +54,11 @@ Survey survey(const FitsImage& image) {
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
             sample.clear();
+            const std::size_t step = 2 * std::max<std::size_t>(1, (right - left) / kLooks);
             for (std::size_t r = 0; r < pair; ++r)
-                for (std::size_t x = left; x < right; ++x) sample.add(rows[r * width + x], x, first + r);
+                for (std::size_t x = left; x < right; x += step)
+                    for (std::size_t i = x; i < std::min(x + 2, right); ++i)
+                        sample.add(rows[r * width + i], i, first + r);
             const Level level = grid.set(column, band, sample);
             for (std::size_t r = 0; r < pair; ++r) {
                 for (std::size_t x = left; x < right; ++x) {
@@ -227,8 +231,8 @@ LevelGrid binLevels(const ReducedImage& image) {
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
             sample.clear();
-            for (std::size_t y = top; y < bottom; y += 4)
-                for (std::size_t x = left + y / 4 % 2; x < right; x += 2)
+            for (std::size_t y = top; y < bottom; y += 2)
+                for (std::size_t x = left + y / 2 % 2; x < right; x += 2)
                     sample.add(image.pixels[y * image.width + x], x, y);
             grid.set(column, row, sample);
         }
