@@ -6,7 +6,8 @@
 
 Every field is solved by a process of its own, which gets a start one degree off and a scale 3 % off. CPU is user and
 system time of the whole process, start included: of each field the least of the runs, since whatever else the machine
-does only adds to it, and of a set the median of its fields. Centres are held against the drawn ones. Fields may also
+does only adds to it, and of a set the median of its fields. Errors are arcseconds; the last two columns are the mean
+squares of centre (along each axis) and roll in units of the errors that the program tells, 1 where those are right. Centres are held against the drawn ones. Fields may also
 be photographs: a folder with a fields.csv of the same columns.
 """
 
@@ -55,14 +56,17 @@ def main():
         for field in csv.DictReader(table):
             runs = [solved(options.program, options.folder, field) for _ in range(options.runs)]
             sets[field["set"]].append((field, runs[0][0], min(cpu for _, cpu in runs)))
-    print(f"{'set':>8}{'solved':>10}{'CPU s':>9}{'centre':>10}{'worst':>9}{'roll':>9}   (arcseconds)")
+    print(f"{'set':>8}{'solved':>10}{'CPU s':>9}{'centre':>10}{'worst':>9}{'roll':>9}{'chi2':>7}{'chi2':>7}")
     for name, rows in sets.items():
         found = [(field, answer) for field, answer, _ in rows if answer]
         offs = [3600 * separation(a["ra_deg"], a["dec_deg"], float(f["ra_deg"]), float(f["dec_deg"]))
                 for f, a in found]
         turns = [abs(roll_error(a, f)) for f, a in found]
+        sizes = statistics.mean(off ** 2 / a["centre_error_arcsec"] ** 2 for off, (_, a) in zip(offs, found)) / 2
+        rolls = statistics.mean((t / a["roll_error_deg"] / 3600) ** 2 for t, (_, a) in zip(turns, found))
         print(f"{name:>8}{len(found):>5} of {len(rows):<2}{statistics.median(cpu for *_, cpu in rows):9.4f}"
-              f"{statistics.median(offs):10.3f}{max(offs):9.3f}{statistics.median(turns):9.1f}")
+              f"{statistics.median(offs):10.3f}{max(offs):9.3f}{statistics.median(turns):9.1f}"
+              f"{sizes:7.2f}{rolls:7.2f}")
 
 
 if __name__ == "__main__":

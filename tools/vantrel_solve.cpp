@@ -175,6 +175,8 @@ nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
         json["matched"] = s.matched;
         json["residual_arcsec"] = s.residualArcsec;
         json["order"] = s.order;
+        json["centre_error_arcsec"] = s.centreErrorArcsec;
+        json["roll_error_deg"] = s.rollErrorDeg;
     }
     json["stars_found"] = outcome.starsFound;
     json["seconds"] = seconds;

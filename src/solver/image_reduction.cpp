@@ -10,6 +10,7 @@
 #include "fits/fits_image.h"
 #include "platform/vector_code.h"
 #include "solver/level_grid.h"
+#include "solver/pixel_spikes.h"
 
 namespace vantrel::solver {
 
@@ -20,9 +21,6 @@ using fits::FitsImage;
 constexpr std::size_t kTile = 64;  // pixels a side of a cell of the coarse survey, twice that in large images
 constexpr std::size_t kLargeImage = 6'000'000;
 constexpr std::size_t kLooks = 64;  // pixels of a row that a cell's level is made of, in neighbouring pairs
-constexpr float kSpikeSigma = 6;    // hot pixels stand out this far
-constexpr float kSpikeNeighbours = 0.25F;  // the four neighbours of a star's peak hold more than this share
-constexpr float kSpikeNoise = 3;           // allowance for the neighbours' own noise
 constexpr std::size_t kStripFloats = 64 * 1024;
 constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
@@ -85,26 +83,6 @@ Survey survey(const FitsImage& image) {
     return result;
 }
 
-/// Whether the pixel is a lone spike: far above the background while its four neighbours are not. Pixels
-/// outside of the strip don't count, nor those without a value.
-bool isSpike(std::span<const float> strip, std::size_t width, std::size_t x, std::size_t y,
-             const Level& level) {
-    const std::size_t rows = strip.size() / width;
-    const float excess = strip[y * width + x] - level.background;
-    float sum = 0;
-    float count = 0;
-    const auto add = [&](std::size_t nx, std::size_t ny) {
-        if (!isValue(strip[ny * width + nx])) return;
-        sum += strip[ny * width + nx] - level.background;
-        count += 1;
-    };
-    if (x > 0) add(x - 1, y);
-    if (x + 1 < width) add(x + 1, y);
-    if (y > 0) add(x, y - 1);
-    if (y + 1 < rows) add(x, y + 1);
-    return count > 1 && sum * 4 / count < kSpikeNeighbours * excess + kSpikeNoise * level.noise;
-}
-
 constexpr std::size_t kGroup = 32;  // pixels of a row that share a limit
 
 /// Which of a row's groups hold a pixel over their limit.
@@ -127,8 +105,7 @@ void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, co
     for (std::size_t y = 0; y < rows; ++y) {
         if (y == 0 || (top + y) % grid.cellSize() == 0) {
             for (std::size_t g = 0; g < groups; ++g) {
-                const Level& level = grid.covering(g * kGroup, top + y);
-                limits[g] = level.background + kSpikeSigma * std::max(level.noise, 1e-9F);
+                limits[g] = spikeLimit(grid.covering(g * kGroup, top + y));
             }
         }
         markGroups(strip.subspan(y * width, width), limits, above);
@@ -231,8 +208,8 @@ LevelGrid binLevels(const ReducedImage& image) {
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
             sample.clear();
-            for (std::size_t y = top; y < bottom; y += 2)
-                for (std::size_t x = left + y / 2 % 2; x < right; x += 2)
+            for (std::size_t y = top; y < bottom; y += 4)
+                for (std::size_t x = left + y / 4 % 2; x < right; x += 2)
                     sample.add(image.pixels[y * image.width + x], x, y);
             grid.set(column, row, sample);
         }
@@ -285,6 +262,7 @@ void normalise(ReducedImage& image, const LevelGrid& grid, float floorNoise) {
 ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settings) {
     const Survey seen = survey(image);
     ReducedImage reduced;
+    reduced.mosaic = seen.mosaic;
     reduced.binning = chooseBinning(image, seen.mosaic, settings.largestSize);
     reduced.width = image.width() / reduced.binning;
     reduced.height = image.height() / reduced.binning;
