@@ -4,7 +4,9 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -15,7 +17,9 @@
 #include <string_view>
 #include <vector>
 
+#include <malloc.h>
 #include <nlohmann/json.hpp>
+#include <sys/mman.h>
 
 #include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
@@ -200,6 +204,24 @@ void print(const Outcome& outcome, double seconds) {
     std::printf("Time            %.3f s\n", seconds);
 }
 
+/// Asks for the memory that an image takes at once, in large pages where the system has them, and keeps it:
+/// page by page it would take longer to get than to fill.
+void takeMemoryAtOnce() {
+#ifdef __GLIBC__
+    constexpr int kNeverGivenBack = 1 << 30;
+    constexpr std::size_t kLargePage = 2 << 20;
+    constexpr std::size_t kSize = 4 * kLargePage;
+    mallopt(M_MMAP_THRESHOLD, kNeverGivenBack);
+    mallopt(M_TRIM_THRESHOLD, kNeverGivenBack);
+    void* const memory = std::malloc(kSize);
+    if (memory == nullptr) return;
+    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t aligned = (begin + kLargePage - 1) / kLargePage * kLargePage;
+    madvise(reinterpret_cast<void*>(aligned), kSize - (aligned - begin), MADV_HUGEPAGE);
+    std::free(memory);
+#endif
+}
+
 int run(const std::vector<std::string>& arguments) {
     for (const std::string& argument : arguments) {
         if (argument == "--help" || argument == "-h") {
@@ -209,6 +231,7 @@ int run(const std::vector<std::string>& arguments) {
     }
     const Options options = parsed(arguments);
     const auto begin = std::chrono::steady_clock::now();
+    takeMemoryAtOnce();
     const FitsImage image = FitsImage::open(options.file);
     const Outcome outcome = solve(options, image);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

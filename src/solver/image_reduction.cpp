@@ -18,7 +18,8 @@ namespace {
 
 using fits::FitsImage;
 
-constexpr std::size_t kTile = 64;  // pixels a side of a cell of the coarse survey, twice that in large images
+constexpr std::size_t kTile = 64;  // pixels a side of a cell of the coarse survey
+constexpr std::size_t kLargestTile = 256;
 constexpr std::size_t kLargeImage = 6'000'000;
 constexpr std::size_t kLooks = 64;  // pixels of a row that a cell's level is made of, in neighbouring pairs
 constexpr std::size_t kStripFloats = 64 * 1024;
@@ -31,10 +32,16 @@ struct Survey {
     float unit = 1;       ///< factor that brings images with tiny numbers (0 to 1) to ordinary counts
 };
 
+/// Large images have larger cells, so that the survey takes about the same time.
+std::size_t tileSize(std::size_t pixels) {
+    std::size_t size = kTile;
+    for (std::size_t most = kLargeImage; pixels > most && size < kLargestTile; most *= 2) size *= 2;
+    return size;
+}
+
 Survey survey(const FitsImage& image) {
     const std::size_t width = image.width();
-    const bool large = width * image.height() > kLargeImage;
-    Survey result{LevelGrid(width, image.height(), large ? 2 * kTile : kTile)};
+    Survey result{LevelGrid(width, image.height(), tileSize(width * image.height()))};
     LevelGrid& grid = result.grid;
     std::vector<float> rows;
     CellSample sample;
