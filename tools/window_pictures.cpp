@@ -15,6 +15,8 @@
 #include <map>
 
 #include "correction/image_overlays.h"
+#include "correction/star_guide.h"
+#include "correction/stars/star_under_point.h"
 #include "fits/fits_writing.h"
 #include "qt/night.h"
 #include "qt/offscreen.h"
@@ -252,6 +254,30 @@ void takeFinePictures(const QString& folder, bool byNight) {
                  }}});
 }
 
+/// Live adjusting, where the adjusters can be told apart.
+void takeAdjusting(const QString& folder, bool byNight) {
+    Night night;
+    night.theme.setNight(byNight);
+    if (byNight) night.user.settings.write("PolarAlign", "GreenColors", "1");
+    night.user.settings.write("PolarAlign", "AzimuthPerTurn", "24");
+    const Pictures pictures(night, folder, byNight);
+    const auto& age = dynamic_cast<platform::Label&>(*night.program.screen().findControl("frmAdjust.lblAge"));
+    night.pass({{[&] { return night.started(); },
+                 [&] {
+                     night.turnAxis(18, -11);
+                     const auto mount = night.program.automation().create("AxisSimulator.Telescope");
+                     mount->call("SlewToCoordinates", {mount->get("SiderealTime").toDouble() - 0.5, 20.0});
+                     night.typeInto("txtDeltaRA", "9");
+                     night.click("cmdRun");
+                 }},
+                {[&] { return night.enabled("cmdAdjust"); }, [&] { night.click("cmdAdjust"); }},
+                {[&] { return !age.caption().empty(); },
+                 [&] {
+                     pictures.take("frmAdjust", "adjust");
+                     night.click("cmdSkip");
+                 }}});
+}
+
 /// A picture of the Pleiades' surroundings, solved; and what a first start begins with.
 void takeFirstPictures(const QString& folder, bool byNight) {
     Night night;
@@ -316,9 +342,21 @@ void takeImagePictures(const QString& folder, const char* look) {
     };
     take("cross-hair", [&] { marks.CrossHair(std::nullopt); });
     take("rectangle", [&] { marks.DrawCenteredRectangles(0.2); });
+    platform::Screen aside{{0, 0, 800, 600}};
+    platform::Form form(aside, "frmMain", "", {});
+    correction::GuidancePanel panel(form);
+    correction::StarGuide guide(panel, image);
+    window.followGuide(guide);
     take("line", [&] {
-        marks.DrawLineOnImage(950, 300, 480, 700);
+        const auto star = correction::measureStarAt(*image.access().pixels(), 158, 368).value();
+        correction::CorrectionMarks places{.StarX = static_cast<float>(star.x),
+                                           .StarY = static_cast<float>(star.y),
+                                           .TargetX = 480,
+                                           .TargetY = 700,
+                                           .arcMinutesPerPixel = 0.06};
+        marks.DrawLineOnImage(static_cast<int>(star.x), static_cast<int>(star.y), 480, 700);
         marks.CrossHair(engine::PixelPosition{480, 700});
+        guide.begin(places);
     });
     if (!log.lines.empty()) throw std::runtime_error(log.lines.front());
 }
@@ -338,6 +376,7 @@ int main(int argc, char** argv) {
             vantrel::qt::takePictures(folder, byNight);
             vantrel::qt::takeFinePictures(folder, byNight);
             vantrel::qt::takeFirstPictures(folder, byNight);
+            vantrel::qt::takeAdjusting(folder, byNight);
         }
         for (const char* look : {"day", "night", "green"}) vantrel::qt::takeImagePictures(folder, look);
     } catch (const std::exception& error) {

@@ -45,7 +45,8 @@ struct Application::Wiring {
         if (machine.outsideCalls == nullptr) return;
         const engine::RunPanel& run = parts.main.run;
         barrier.putOffWhile(*machine.outsideCalls, machine.loop,
-                            {&run.cmdStop, &run.cmdNext, &run.cmdSkip, &parts.main.setup.mnuFileExit},
+                            {&run.cmdStop, &run.cmdNext, &run.cmdSkip, &parts.adjustForm.cmdEndAdjust,
+                             &parts.adjustForm.cmdMeasureAgain, &parts.main.setup.mnuFileExit},
                             [this] { return parts.state.AppUnloading; });
     }
 
@@ -131,6 +132,8 @@ bool Application::busy() const { return wiring_->parts.busy.busy(); }
 bool Application::stopping() const {
     return wiring_->parts.state.StopRequested || wiring_->parts.state.AppUnloading;
 }
+correction::StarGuide& Application::starGuide() { return wiring_->parts.guide; }
+
 platform::PictureFacts Application::pictureFacts() {
     Parts& parts = wiring_->parts;
     platform::PictureFacts facts;

@@ -11,6 +11,10 @@
 #include "platform/picture_facts.h"
 #include "platform/signal.h"
 
+namespace vantrel::correction {
+class StarGuide;
+}
+
 namespace vantrel::app {
 
 class MessageLog;
@@ -49,6 +53,9 @@ class Application {
 
     /// Inside a catch block: logs the failure that left a handler. For the event loops' last barrier.
     void reportFailure(const std::string& handler);
+
+    /// How far the correction star is from its mark.
+    correction::StarGuide& starGuide();
 
     MessageLog& log();
     PopupMessages& popups();

@@ -11,6 +11,7 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
     : Form(screen, "frmOptions", "Options", {200, 200, 320, 100}),
       chkImagingSWVersionCheck(*this, "chkImagingSWVersionCheck", "Version check"),
       chkGreenColors(*this, "chkGreenColors", "Night vision colors"),
+      cmbNightBrightness(*this, "cmbNightBrightness"),
       chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size"),
       chkLeastSquares(*this, "chkLeastSquares", "Least squares count"),
       chkClosingPlate(*this, "chkClosingPlate", "Closing plate"),
@@ -36,7 +37,17 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
         {&chkLeastSquares, "LeastSquares", "0"},
         {&chkClosingPlate, "ClosingPlate", "0"},
     }};
-    onLoad = [switches, &settings] {
+    cmbNightBrightness.setItems({{"Bright by night", 3}, {"Medium by night", 2}, {"Dim by night", 1}});
+    cmbNightBrightness.setToolTip("How bright the night vision colors are");
+    cmbNightBrightness.onClick = [this, &settings] {
+        settings.SaveSetting("PolarAlign", "NightBrightness",
+                             std::to_string(cmbNightBrightness.chosen()->data));
+    };
+    onLoad = [this, switches, &settings] {
+        const double step =
+            platform::leadingNumber(settings.GetSetting("PolarAlign", "NightBrightness", "3"));
+        for (const platform::ComboBox::Item& item : cmbNightBrightness.items())
+            if (item.data == step) cmbNightBrightness.setText(item.text);
         for (const Switch& s : switches) {
             const std::string stored = settings.GetSetting("PolarAlign", s.key, s.usual);
             s.box->setValue(platform::leadingNumber(stored) != 0 ? 1 : 0);

@@ -6,14 +6,19 @@
 
 namespace vantrel::app {
 
-/// Shows what the settings say when it opens and stores every switch when it closes.
+/// Shows what the settings say when it opens and stores every switch when it closes; the night's brightness
+/// is stored, and seen, at once.
 class frmOptions : public platform::Form {
   public:
     frmOptions(platform::Screen& screen, engine::SettingsPort& settings);
 
-    platform::CheckBox chkImagingSWVersionCheck, chkGreenColors, chkEnableRestoreImagingSW, chkLeastSquares,
-        chkClosingPlate;
+    platform::CheckBox chkImagingSWVersionCheck, chkGreenColors;
+    platform::ComboBox cmbNightBrightness;
+    platform::CheckBox chkEnableRestoreImagingSW, chkLeastSquares, chkClosingPlate;
     platform::Button cmdOK;
+
+    /// The settings' switch of the night colours was thrown elsewhere.
+    void showNight(bool night) { chkGreenColors.setValue(night ? 1 : 0); }
 };
 
 }  // namespace vantrel::app

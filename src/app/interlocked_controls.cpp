@@ -17,9 +17,9 @@ std::vector<platform::Control*> interlockedControls(Parts& parts) {
             &run.optSlewEast, &run.optSlewWest, &parts.main.exposures.cmdExposeSolve,
             // Mount and site
             &telescope.cmdPickTelescope, &telescope.cmdTelescopeSetup, &telescope.cmdConnectTelescope,
-            &telescope.cmdDisconnectTelescope, &setup.cmdTelescope, &parts.welcomeForm.cmdTrySimulator,
-            &parts.welcomeForm.cmdMyDevices, &setup.txtSiteLat, &setup.txtSiteLong,
-            &setup.chkUseTelescopeLocation, &setup.txtSiteHeight, &setup.txtAirPressure,
+            &telescope.cmdDisconnectTelescope, &setup.cmdTelescope, &parts.main.status.cmdMountStatus,
+            &parts.welcomeForm.cmdTrySimulator, &parts.welcomeForm.cmdMyDevices, &setup.txtSiteLat,
+            &setup.txtSiteLong, &setup.chkUseTelescopeLocation, &setup.txtSiteHeight, &setup.txtAirPressure,
             &setup.txtAirTemperature,
             // Camera and images
             &imaging.optCCDSoft, &imaging.optMaxIm, &imaging.optBuiltIn, &imaging.chkUseCCDSoftSubFrame,

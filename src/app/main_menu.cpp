@@ -4,6 +4,7 @@
 
 #include "app/on_top.h"
 #include "app/version.h"
+#include "platform/text.h"
 
 namespace vantrel::app {
 
@@ -12,6 +13,8 @@ MainMenu::MainMenu(Parts& parts) : parts_(parts) {
     panel.mnuSolvePicture.onClick = [this] { parts_.solvePictureForm.show(); };
     panel.mnuFileExit.onClick = [this] { parts_.main.closeByOperator(); };
     panel.mnuSetOnTop.onClick = [this] { mnuSetOnTop_Click(); };
+    panel.mnuNight.onClick = [this] { mnuNight_Click(); };
+    panel.mnuDimmer.onClick = [this] { mnuDimmer_Click(); };
     panel.mnuSetOptions.onClick = [this] { parts_.optionsForm.show(); };
     parts_.main.imaging.cmdDevices.onClick = [this] { parts_.devicesForm.show(); };
     panel.mnuFormHelp.onClick = [this] { mnuFormHelp_Click(); };
@@ -22,6 +25,18 @@ MainMenu::MainMenu(Parts& parts) : parts_(parts) {
     panel.mnuAbout.onClick = [this] { parts_.aboutForm.show(); };
     panel.cmdLog.onClick = [this] { parts_.logForm.show(); };
     panel.cmdTelescope.onClick = [this] { parts_.telescopeWindow.cmdTelescope_Click(); };
+    StatusPanel& status = parts_.main.status;
+    const auto turnTo = [this](frmMain::Page page) {
+        return [this, page] { parts_.main.pageWanted.emit(page); };
+    };
+    status.cmdMountStatus.onClick = panel.cmdTelescope.onClick;
+    status.cmdCameraStatus.onClick = turnTo(frmMain::Page::kSetUp);
+    status.cmdSolverStatus.onClick = turnTo(frmMain::Page::kPlateSolve);
+    status.cmdSiteStatus.onClick = turnTo(frmMain::Page::kSetUp);
+    status.cmdLastMessage.onClick = [this] {
+        parts_.statusStrip.takeBack();
+        parts_.logForm.show();
+    };
     parts_.aboutForm.cmdSysInfo.onClick = [this] { cmdSysInfo_Click(); };
 }
 
@@ -41,6 +56,22 @@ void MainMenu::mnuFormHelp_Click() {
 void MainMenu::mnuSetOnTop_Click() {
     toggleOnTop(parts_.main, parts_.settings);
     applyOnTop(parts_.main, parts_.main.setup.mnuSetOnTop, parts_.settings);
+}
+
+void MainMenu::mnuNight_Click() {
+    const bool night =
+        platform::leadingNumber(parts_.settings.GetSetting("PolarAlign", "GreenColors", "0")) == 0;
+    parts_.settings.SaveSetting("PolarAlign", "GreenColors", night ? "1" : "0");
+    parts_.optionsForm.showNight(night);
+}
+
+/// From bright to dim, and round again.
+void MainMenu::mnuDimmer_Click() {
+    constexpr double kBrightest = 3;
+    const double step =
+        platform::leadingNumber(parts_.settings.GetSetting("PolarAlign", "NightBrightness", "3"));
+    parts_.settings.SaveSetting("PolarAlign", "NightBrightness",
+                                platform::toText(step > 1 ? step - 1 : kBrightest));
 }
 
 void MainMenu::cmdTrySimulator_Click() {

@@ -13,6 +13,8 @@ class MainMenu {
   private:
     void mnuFormHelp_Click();
     void mnuSetOnTop_Click();
+    void mnuNight_Click();
+    void mnuDimmer_Click();
     void cmdSysInfo_Click();
     void cmdTrySimulator_Click();
     void cmdMyDevices_Click();

@@ -29,6 +29,7 @@ Parts::Parts(const platform::Machine& surroundings)
       selectForm(machine.screen),
       polarPlotForm(machine.screen),
       historyForm(machine.screen),
+      adjustForm(machine.screen),
       platesForm(machine.screen),
       preflightForm(machine.screen),
       pixelScaleForm(machine.screen),
@@ -38,6 +39,7 @@ Parts::Parts(const platform::Machine& surroundings)
       aboutForm(machine.screen),
       welcomeForm(machine.screen),
       cameraReadings(devicesForm, machine.camera),
+      statusStrip(main.status),
       log(machine.loop.clock(), machine.folders, logForm),
       popups(machine.loop, settings, log, state, popupForm, main.setup.txtMsgDisplayTime),
       logWindow(logForm, main, settings, log),
@@ -68,12 +70,14 @@ Parts::Parts(const platform::Machine& surroundings)
       scaleCalculator(pixelScaleForm, main.plateSolve, settings, log, [this] { return greatestBinning(); }),
       pictureDesk(solvePictureForm, machine.pictureSolver, machine.dialogs, machine.loop.clock()),
       Timer1(machine.loop, platform::Milliseconds{1000}),
-      polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot),
+      polarPlot(machine.loop, settings, log, telescope, polarPlotForm, main.errorPlot, main.result),
+      plotExport(polarPlotForm, machine.desktop, machine.folders, machine.loop.clock(), settings, log),
       history(machine.loop.clock(), machine.folders, settings, log,
               [this] { return telescope.TelescopeName(); }),
       pastNights(historyForm, [this] { return history.past(); }),
-      services{machine.loop, settings, log,       popups,          telescope, camera,
-               solver,       utility,  polarPlot, correctionRelay, interlock, history},
+      progress(main.run, state, machine.loop),
+      services{machine.loop, settings,        log,       popups,  telescope, camera, solver, utility,
+               polarPlot,    correctionRelay, interlock, history, progress},
       prompt(main.run, state, machine.loop, settings, log, telescope),
       preflight(preflightForm, main.run, state, services,
                 [this](const std::string& path) { return horizonText(machine.folders.real(path)); }),
@@ -84,7 +88,15 @@ Parts::Parts(const platform::Machine& surroundings)
       exposures(main.exposures, main.run, state, services, overlays),
       starFinder(openImage, log, popups),
       pointing(main.run, state, services, exposures, overlays, openImage, starFinder, marks),
-      correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks) {
+      guide(main.guidance, openImage, [this] { machine.desktop.beep(); }),
+      correction(main.run, main.exposures, state, services, prompt, exposures, overlays, pointing, marks,
+                 guide),
+      adjusting(
+          adjustForm, main.run, state, services, [this] { return polarPlot.tolerance(); },
+          [this] { machine.desktop.beep(); }) {
+    measurement.adjustLive = [this](const engine::AxisEstimate& measured) {
+        return adjusting.adjust(measured);
+    };
     correctionRelay.target = &correction;
     polarPlot.history = [this] { return history.past(); };
     polarPlot.onPlotted = [this] { pastNights.refresh(); };
@@ -93,7 +105,13 @@ Parts::Parts(const platform::Machine& surroundings)
     Timer1.onTick = [this] {
         scaleCalculator.recompute();
         cameraReadings.show();
+        statusStrip.show(equipment());
     };
+    popups.onShown = [this](const std::string& text) {
+        statusStrip.show(equipment());
+        statusStrip.keep(text);
+    };
+    popups.onTakenBack = [this] { statusStrip.takeBack(); };
     devicesForm.onCameraChanged = [this] {
         if (machine.adjustCamera) machine.adjustCamera();
         cameraReadings.show();
@@ -105,6 +123,20 @@ std::optional<int> Parts::greatestBinning() const {
     const platform::CameraHardware& camera = machine.camera();
     if (!camera.connected()) return std::nullopt;
     return std::min(camera.facts().maxBinX, camera.facts().maxBinY);
+}
+
+Equipment Parts::equipment() const {
+    const std::string& software = imagingPrograms.ImagingSoftware;
+    const bool cameraHeld = imagingPrograms.maxImCamera || imagingPrograms.ccdSoftCamera ||
+                            (imagingPrograms.builtInCamera && machine.camera && machine.camera().connected());
+    return {.mount = telescope.holdsDriver() ? Readiness::kReady : Readiness::kMissing,
+            .mountChosen = !telescope.TelescopeProgID().empty(),
+            .camera = !cameraHeld          ? Readiness::kMissing
+                      : state.CameraFailed ? Readiness::kTrouble
+                                           : Readiness::kReady,
+            .cameraChosen = !software.empty() && software != "NeedToSelect",
+            .solver = !state.PlateSolveMethod.empty(),
+            .site = !main.setup.txtSiteLat.text().empty() && !main.setup.txtSiteLong.text().empty()};
 }
 
 }  // namespace vantrel::app

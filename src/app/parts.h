@@ -19,10 +19,13 @@
 #include "app/real_folders.h"
 #include "app/settings_fields.h"
 #include "app/settings_store.h"
+#include "app/status_strip.h"
+#include "correction/adjusting.h"
 #include "correction/correction_sequence.h"
 #include "correction/image_overlays.h"
 #include "correction/open_star_finder.h"
 #include "correction/past_nights.h"
+#include "correction/plot_export.h"
 #include "correction/polar_plot.h"
 #include "devices/imaging_software.h"
 #include "devices/telescope_window.h"
@@ -69,6 +72,7 @@ struct Parts {
     devices::frmSelectCCSoftware selectForm;
     correction::frmPolarPlot polarPlotForm;
     correction::frmHistory historyForm;
+    correction::frmAdjust adjustForm;
     engine::frmPlates platesForm;
     engine::frmPreflight preflightForm;
     platesolve::frmPixelScale pixelScaleForm;
@@ -78,6 +82,7 @@ struct Parts {
     frmAbout aboutForm;
     frmWelcome welcomeForm;
     CameraReadings cameraReadings;
+    StatusStrip statusStrip;
 
     // What tells the operator, and what he sets
     MessageLog log;
@@ -114,10 +119,12 @@ struct Parts {
 
     // Measurement, exposures and correction
     correction::PolarPlot polarPlot;
+    correction::PlotExport plotExport;
     CorrectionRelay correctionRelay;
     MeasurementHistory history;
     correction::PastNights pastNights;
     engine::Interlock interlock;
+    engine::Progress progress;
     engine::Services services;
     engine::OperatorPrompt prompt;
     engine::PreflightDesk preflight;
@@ -129,10 +136,13 @@ struct Parts {
     correction::OpenStarFinder starFinder;
     correction::CorrectionMarks marks;
     correction::StarPointing pointing;
+    correction::StarGuide guide;
     correction::CorrectionSequence correction;
+    correction::Adjusting adjusting;
 
     /// Of the camera in use; nothing while it isn't known.
     std::optional<int> greatestBinning() const;
+    Equipment equipment() const;
 
     /// The start got as far as filling the fields; before that there is nothing to store or to disconnect.
     bool fieldsFilled = false;

@@ -41,12 +41,15 @@ void PopupMessages::ShowPopupMessage(const std::string& text, double seconds) {
     history_.push_back({loop_.clock().utc(), text, seconds});
     settings_.SaveMainSetting("PopupTimer", toText(seconds));
     window_.txtMsg.setText(text);
+    onShown(text);
     window_.show();
     loop_.yield();
 }
 
 void PopupMessages::ClosePopupMessage(const std::optional<std::string>& ifItShows) {
-    if (!ifItShows || window_.txtMsg.text() == *ifItShows) window_.unload();
+    if (ifItShows && window_.txtMsg.text() != *ifItShows) return;
+    if (window_.shown()) onTakenBack();
+    window_.unload();
 }
 
 double PopupMessages::displaySeconds() const { return leadingNumber(txtMsgDisplayTime_.text()); }

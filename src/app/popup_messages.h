@@ -1,6 +1,7 @@
 // Short notices in a small window that closes by itself; at most one at a time.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,6 +35,10 @@ class PopupMessages : public engine::MessagePort {
     };
     /// Every message so far.
     const std::vector<Shown>& history() const { return history_; }
+
+    /// Told every message, and when the program takes back the one that is shown.
+    std::function<void(const std::string& text)> onShown = [](const std::string& /*text*/) {};
+    std::function<void()> onTakenBack = [] {};
 
     void stopTimer() { timer_.setEnabled(false); }
 

@@ -31,8 +31,10 @@ std::vector<SettingsField> fieldsOf(frmMain& form) {
         {kRun, "SiteHeight", "", &setup.txtSiteHeight, kChange, true},
         {kRun, "AirPressure", "", &setup.txtAirPressure, kChange, true},
         {kRun, "AirTemperature", "", &setup.txtAirTemperature, kChange, true},
+        {kRun, "Tolerance", "2", &form.result.txtTolerance, kChange, true, "2"},
         {kRun, "TurnByHand", "0", &run.chkTurnByHand, kClick, true},
         {kRun, "CrossHairEnable", "0", &exp.chkCrossHairEnable, kNothing, true},
+        {kRun, "CloseSound", "0", &form.guidance.chkCloseSound, kClick, true},
         {kRun, "CrossHairWidth", "1", &exp.cmbCrossHairWidth, kClick, true},
         {kRun, "UseCCDSoftSubFrame", "0", &form.imaging.chkUseCCDSoftSubFrame, kNothing, true},
         {kRun, "ImagePath", "C:\\", &setup.txtImagePath, kNothing, true, "C:"},
@@ -99,7 +101,7 @@ void SettingsFields::connectRunFields(engine::LogPort& log, engine::RunState& st
     auto& exposures = form_.exposures;
     for (TextBox* box : {&run.txtDeltaRA, &run.txtPlates, &run.txtPlateExposures})
         box->keyFilter = wholeNumberKey;
-    for (TextBox* box : {&run.txtExposeInterval, &run.txtDelayAfterSlew,
+    for (TextBox* box : {&form_.result.txtTolerance, &run.txtExposeInterval, &run.txtDelayAfterSlew,
                          &exposures.txtContinuousExposeInterval, &exposures.txtContinuousExposeDelay})
         box->keyFilter = decimalNumberKey;
 

@@ -25,7 +25,9 @@ SetupPanel::SetupPanel(platform::Form& form)
       mnuSetOptions(form, "mnuSetOptions", "Options"),
       mnuFormHelp(form, "mnuFormHelp", "Help"),
       mnuWelcome(form, "mnuWelcome", "Welcome"),
-      mnuAbout(form, "mnuAbout", "About") {
+      mnuAbout(form, "mnuAbout", "About"),
+      mnuNight(form, "mnuNight", "Night Colors"),
+      mnuDimmer(form, "mnuDimmer", "Dimmer by Night") {
     txtSiteLat.setToolTip(" xxd xxm xx.xs  N = + / S = -");
     for (platform::TextBox* box : {&txtSiteHeight, &txtAirPressure, &txtAirTemperature})
         box->setToolTip("For the refraction; empty: the standard atmosphere");

@@ -19,6 +19,7 @@ struct SetupPanel {
     platform::Button cmdTelescope, cmdLog;
     platform::MenuItem mnuSolvePicture, mnuFileExit, mnuSetOnTop, mnuSetOptions, mnuFormHelp, mnuWelcome,
         mnuAbout;
+    platform::MenuItem mnuNight, mnuDimmer;
 };
 
 }  // namespace vantrel::app

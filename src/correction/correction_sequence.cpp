@@ -15,11 +15,23 @@ struct CorrectionSequence::Adjuster {
     void (StarPointing::*point)(double, double);
 };
 
+/// A star is guided for as long as this lives.
+class CorrectionSequence::Guided {
+  public:
+    Guided(StarGuide& guide, const CorrectionMarks& marks) : guide_(guide) { guide_.begin(marks); }
+    ~Guided() { guide_.end(); }
+    Guided(const Guided&) = delete;
+    Guided& operator=(const Guided&) = delete;
+
+  private:
+    StarGuide& guide_;
+};
+
 CorrectionSequence::CorrectionSequence(engine::RunPanel& panel, engine::ExposurePanel& exposurePanel,
                                        engine::RunState& state, const engine::Services& services,
                                        engine::OperatorPrompt& prompt, engine::ManualExposures& exposures,
                                        engine::OverlayPort& overlays, StarPointing& pointing,
-                                       CorrectionMarks& marks)
+                                       CorrectionMarks& marks, StarGuide& guide)
     : panel_(panel),
       exposurePanel_(exposurePanel),
       state_(state),
@@ -29,6 +41,7 @@ CorrectionSequence::CorrectionSequence(engine::RunPanel& panel, engine::Exposure
       overlays_(overlays),
       pointing_(pointing),
       marks_(marks),
+      guide_(guide),
       indicators_(services.settings) {}
 
 void CorrectionSequence::CorrectMisAlignment(double ErrorAmplitude, double ErrorAngle) {
@@ -105,10 +118,12 @@ void CorrectionSequence::placingLoop() {
 }
 
 void CorrectionSequence::centringLoop() {
+    const Guided guided(guide_, marks_);
     exposeUntilClick([&] {
         overlays_.DrawLineOnImage(platform::toInt32(marks_.StarX), platform::toInt32(marks_.StarY),
                                   platform::toInt32(marks_.TargetX), platform::toInt32(marks_.TargetY));
         overlays_.CrossHair(engine::PixelPosition{marks_.TargetX, marks_.TargetY});
+        guide_.look();
     });
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "correction/correction_marks.h"
+#include "correction/star_guide.h"
 #include "correction/star_pointing.h"
 #include "engine/exposure_panel.h"
 #include "engine/operator_prompt.h"
@@ -15,7 +16,7 @@ class CorrectionSequence : public engine::CorrectionPort {
     CorrectionSequence(engine::RunPanel& panel, engine::ExposurePanel& exposurePanel, engine::RunState& state,
                        const engine::Services& services, engine::OperatorPrompt& prompt,
                        engine::ManualExposures& exposures, engine::OverlayPort& overlays,
-                       StarPointing& pointing, CorrectionMarks& marks);
+                       StarPointing& pointing, CorrectionMarks& marks, StarGuide& guide);
 
     /// Returns when the operator is through, stopped, or skipped everything, and at once when the program
     /// closes. OperationError leaves it when an exposure's setting isn't a number.
@@ -23,6 +24,7 @@ class CorrectionSequence : public engine::CorrectionPort {
 
   private:
     struct Adjuster;
+    class Guided;
     struct Aborted {};  // stopped, or the pointing failed
     struct Closing {};
 
@@ -44,6 +46,7 @@ class CorrectionSequence : public engine::CorrectionPort {
     engine::OverlayPort& overlays_;
     StarPointing& pointing_;
     CorrectionMarks& marks_;
+    StarGuide& guide_;
     engine::Indicators indicators_;
 };
 

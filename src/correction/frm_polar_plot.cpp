@@ -25,12 +25,18 @@ frmPolarPlot::frmPolarPlot(platform::Screen& screen)
       txtAzimuthSigma(*this, "txtAzimuthSigma"),
       txtEstimateElevationSigma(*this, "txtEstimateElevationSigma"),
       txtEstimateAzimuthSigma(*this, "txtEstimateAzimuthSigma"),
+      lblOnSky(*this, "lblOnSky", ""),
       lblDoubt(*this, "lblDoubt", ""),
       cmdPlates(*this, "cmdPlates", "Plates"),
       chkHistory(*this, "chkHistory", "Earlier measurements"),
       cmdHistory(*this, "cmdHistory", "Measurements"),
       txtPositionEastWest(*this, "txtPositionEastWest"),
-      txtPositionUpDown(*this, "txtPositionUpDown") {
+      txtPositionUpDown(*this, "txtPositionUpDown"),
+      mnuCopyPicture(*this, "mnuCopyPicture", "Copy Picture"),
+      mnuCopyValues(*this, "mnuCopyValues", "Copy Values"),
+      mnuSavePng(*this, "mnuSavePng", "Save as PNG"),
+      mnuSaveSvg(*this, "mnuSaveSvg", "Save as SVG"),
+      lblExport(*this, "lblExport", "") {
     for (platform::TextBox* box :
          {&txtMagnitude, &txtAngle, &txtAltitudeError, &txtAzimuthError, &txtOffsetRA, &txtOffsetDec,
           &txtEstimateElevation, &txtEstimateAzimuth, &txtUncertainty, &txtElevationSigma, &txtAzimuthSigma,

@@ -21,11 +21,14 @@ class frmPolarPlot : public platform::Form {
     // One sigma in arc-seconds: of what stands above, and of the estimate
     platform::TextBox txtElevationSigma, txtAzimuthSigma;
     platform::TextBox txtEstimateElevationSigma, txtEstimateAzimuthSigma;
+    platform::Label lblOnSky;    // the knob's azimuth and the sky's
     platform::Label lblDoubt;    // the estimate should count
     platform::Button cmdPlates;  // the plates that it came from
     platform::CheckBox chkHistory;
     platform::Button cmdHistory;
     platform::TextBox txtPositionEastWest, txtPositionUpDown;
+    platform::MenuItem mnuCopyPicture, mnuCopyValues, mnuSavePng, mnuSaveSvg;
+    platform::Label lblExport;  // what became of the last of those
 };
 
 }  // namespace vantrel::correction

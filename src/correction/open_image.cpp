@@ -1,7 +1,5 @@
 #include "correction/open_image.h"
 
-#include <utility>
-
 namespace vantrel::correction {
 namespace {
 
@@ -38,19 +36,20 @@ OpenImage::Access OpenImage::access(bool bringForward) {
         const auto image = host_.create("CCDSoft.Image");
         image->call("AttachToActive");
         if (bringForward) image->call("SetActive");
-        return {Program::kCCDSoft, image};
+        return {*this, Program::kCCDSoft, image};
     }
     const std::string owner = imagingSoftware_();
     if (owner != std::exchange(applicationOf_, owner)) release();
     if (!ImagingAppIsAlive())
         application_ = host_.create(owner == "BuiltIn" ? "Vantrel.Application" : "MaxIm.Application");
     if (!ImageDocumentIsAlive()) document_ = application_->get("CurrentDocument").toObject();
-    return {Program::kMaxIm, document_};
+    return {*this, Program::kMaxIm, document_};
 }
 
 void OpenImage::release() {
     application_.reset();
     document_.reset();
+    written_.reset();
 }
 
 OpenImage::Size OpenImage::Access::size() const {
@@ -68,9 +67,11 @@ platform::ImageRef OpenImage::Access::pixels() const {
 void OpenImage::Access::replacePixels(const platform::ImageRef& image) const {
     if (program_ == Program::kMaxIm) {
         platform::required(object_).put("ImageArray", image);
+        owner_.written_ = image;
         return;
     }
     platform::required(object_).put("DataArray", image);
+    owner_.written_ = image;
     platform::required(object_).put("ModifiedFlag", true);
 }
 

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "platform/automation.h"
 
@@ -35,7 +36,9 @@ class OpenImage {
 
       private:
         friend class OpenImage;
-        Access(Program program, platform::ObjectRef object) : program_(program), object_(std::move(object)) {}
+        Access(OpenImage& owner, Program program, platform::ObjectRef object)
+            : owner_(owner), program_(program), object_(std::move(object)) {}
+        OpenImage& owner_;
         Program program_;
         platform::ObjectRef object_;
     };
@@ -43,6 +46,10 @@ class OpenImage {
     /// `bringForward` also makes the second program's image the active one. Failure 91 when no program is in
     /// use.
     Access access(bool bringForward = true);
+
+    /// The pixels that were written last, once: what the operator has before him with the marks in it. Asks
+    /// no program. Empty when nothing was written since.
+    platform::ImageRef takeWritten() { return std::exchange(written_, nullptr); }
 
     bool ImagingAppIsAlive() const;
     bool ImageDocumentIsAlive() const;
@@ -54,6 +61,7 @@ class OpenImage {
     std::string applicationOf_;  // the program that the objects belong to
     platform::ObjectRef application_;
     platform::ObjectRef document_;
+    platform::ImageRef written_;
 };
 
 }  // namespace vantrel::correction

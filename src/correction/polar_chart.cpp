@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
+#include <string>
 
 #include "engine/angles.h"
 #include "platform/text.h"
@@ -67,6 +69,17 @@ Drawing polarChart(double arcMinutes, double angle, Color dotColor) {
     drawing.shapes.push_back(
         Circle{.x = dot.x, .y = dot.y, .radius = kDot * n, .filled = true, .color = dotColor});
     return drawing;
+}
+
+Shapes ringFigures(const ChartRange& range) {
+    constexpr int kParts = 4;
+    const int every = (range.rings + kParts - 1) / kParts;
+    Shapes figures;
+    for (int ring = range.rings - every; ring > 0; ring -= every) {
+        const double diagonal = kRingSpacing * ring * std::numbers::sqrt2 / 2;
+        figures.push_back(Text{.x = diagonal, .y = diagonal, .text = std::to_string(ring * range.step)});
+    }
+    return figures;
 }
 
 Shapes estimateMarks(const ChartRange& range, const engine::AxisEstimate& estimate) {

@@ -28,6 +28,10 @@ platform::Drawing polarChart(double arcMinutes, double angle, platform::Color do
 
 using Shapes = std::vector<platform::Shape>;
 
+/// What the rings within the outermost stand for, at most three of them: arc-minutes, towards the upper
+/// right.
+Shapes ringFigures(const ChartRange& range);
+
 /// The estimate: a cross, and the ellipse of one sigma unless it is smaller than the dot. Beyond the chart, a
 /// line at its rim that points there. Nothing where there is no estimate.
 Shapes estimateMarks(const ChartRange& range, const engine::AxisEstimate& estimate);

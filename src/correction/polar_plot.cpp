@@ -24,12 +24,14 @@ TextWithUnit ErrorUnits(double arcMinutes) {
 }
 
 PolarPlot::PolarPlot(EventLoop& loop, engine::SettingsPort& settings, engine::LogPort& log,
-                     engine::TelescopePort& telescope, frmPolarPlot& window, ErrorPlotPanel& panel)
+                     engine::TelescopePort& telescope, frmPolarPlot& window, ErrorPlotPanel& panel,
+                     ResultPanel& result)
     : settings_(settings),
       log_(log),
       telescope_(telescope),
       window_(window),
       panel_(panel),
+      readout_(result, loop.clock()),
       Timer1_(loop, kBlink) {
     Timer1_.onTick = [this] { Timer1_Tick(); };
     window_.onLoad = [this] { Form_Load(); };
@@ -41,6 +43,8 @@ PolarPlot::PolarPlot(EventLoop& loop, engine::SettingsPort& settings, engine::Lo
 void PolarPlot::clearPolarPlot() {
     window_.picPolarPlot.clear();
     plotted_.reset();
+    readout_.clear();
+    window_.lblOnSky.setCaption("");
     showCheck({}, {.latitude = 0, .air = engine::kNoAir}, false);
 }
 
@@ -48,6 +52,7 @@ void PolarPlot::showCheck(const engine::AxisCheck& check, const engine::Site& si
     check_ = check;
     site_ = site;
     leastSquares_ = leastSquares;
+    bad_ = false;
     const engine::AxisEstimate& estimate = check.estimate;
     const auto shown = [&](TextBox& box, double value, const char* pattern) {
         box.setText(estimate.valid() ? formatNumber(value, pattern) : "");
@@ -87,6 +92,11 @@ void PolarPlot::offerEstimate() {
                                                    : color::kRed);
 }
 
+void PolarPlot::showBadSolution() {
+    window_.txtOffsetDec.setText("Bad Solution");
+    bad_ = true;
+}
+
 void PolarPlot::showOffsets(const std::string& offsetRA, const std::string& offsetDec) {
     window_.txtOffsetRA.setText(offsetRA);
     window_.txtOffsetDec.setText(offsetDec);
@@ -104,6 +114,7 @@ void PolarPlot::PlotPolar(double ErrorAmplitude, double ErrorAngle) {
     window_.txtAngle.setText(formatNumber(ErrorAngle, "0.00"));
 
     showElevationAndAzimuth(arcMinutes, ErrorAngle);
+    showResult(*plotted_);
     onPlotted();
 }
 
@@ -115,6 +126,9 @@ void PolarPlot::drawChart(double arcMinutes, double angle) {
     for (const Shapes& marks : {estimateMarks(range, check_.estimate), poleMarks(range, site_)})
         drawing.shapes.insert(drawing.shapes.end(), marks.begin(), marks.end());
     if (historyWanted()) drawEarlier(drawing, range, dotColor);
+    if (!bad_) readout_.setDial(drawing);
+    const Shapes figures = ringFigures(range);
+    drawing.shapes.insert(drawing.shapes.end(), figures.begin(), figures.end());
     window_.picPolarPlot.setDrawing(std::move(drawing));
     if (green) return;
     for (Label* unit :
@@ -136,6 +150,20 @@ void PolarPlot::drawEarlier(Drawing& drawing, const ChartRange& range, Color col
         earlier.pop_back();
     const Shapes dots = earlierDots(range, earlier, color);
     drawing.shapes.insert(drawing.shapes.end(), dots.begin(), dots.end());
+}
+
+/// What is shown is against the pole itself, also where air lifts it.
+void PolarPlot::showResult(const engine::PolarError& error) {
+    if (bad_) return readout_.showFailure();
+    const double latitude = telescope_.SiteLatitude();
+    const engine::AxisOffset offset =
+        engine::offsetFromPole(engine::northernEnd(error), latitude, std::abs(latitude));
+    const auto& covariance = (leastSquares_ ? check_.estimate : check_.written).covariance;
+    readout_.show(offset, error.ErrorAmplitude * 60,
+                  covariance ? std::optional(covariance->sigma()) : std::nullopt);
+    const double onSky = offset.azimuth * std::cos(engine::degreesToRadians(latitude));
+    window_.lblOnSky.setCaption("The azimuth knob's " + shortAngle(offset.azimuth) + " are " +
+                                shortAngle(onSky) + " on the sky (× cosine of the latitude)");
 }
 
 bool PolarPlot::nightVision() const {

@@ -9,6 +9,7 @@
 #include "correction/error_plot_panel.h"
 #include "correction/frm_polar_plot.h"
 #include "correction/polar_chart.h"
+#include "correction/result_readout.h"
 #include "engine/measurement_record.h"
 #include "engine/ports.h"
 #include "platform/timer.h"
@@ -27,12 +28,13 @@ TextWithUnit ErrorUnits(double arcMinutes);
 class PolarPlot : public engine::ResultDisplayPort {
   public:
     PolarPlot(platform::EventLoop& loop, engine::SettingsPort& settings, engine::LogPort& log,
-              engine::TelescopePort& telescope, frmPolarPlot& window, ErrorPlotPanel& panel);
+              engine::TelescopePort& telescope, frmPolarPlot& window, ErrorPlotPanel& panel,
+              ResultPanel& result);
 
     void clearPolarPlot() override;
     void showCheck(const engine::AxisCheck& check, const engine::Site& site, bool leastSquares) override;
     void showOffsets(const std::string& offsetRA, const std::string& offsetDec) override;
-    void showBadSolution() override { window_.txtOffsetDec.setText("Bad Solution"); }
+    void showBadSolution() override;
     void PlotPolar(double ErrorAmplitude, double ErrorAngle) override;
     void PlotError(const engine::PerPlate& plateRAs, const engine::PerPlate& decErrors) override;
 
@@ -43,6 +45,9 @@ class PolarPlot : public engine::ResultDisplayPort {
 
     /// A measurement's result stands there.
     std::function<void()> onPlotted = [] {};
+
+    /// Arc-minutes from the pole that are good enough for the operator.
+    double tolerance() const { return readout_.tolerance(); }
 
     /// Blinks the units while it is enabled.
     platform::Timer& Timer1() { return Timer1_; }
@@ -59,12 +64,14 @@ class PolarPlot : public engine::ResultDisplayPort {
     bool historyWanted() const;
     void chkHistory_Click();
     void showElevationAndAzimuth(double arcMinutes, double angle);
+    void showResult(const engine::PolarError& error);
 
     engine::SettingsPort& settings_;
     engine::LogPort& log_;
     engine::TelescopePort& telescope_;
     frmPolarPlot& window_;
     ErrorPlotPanel& panel_;
+    ResultReadout readout_;
     platform::Timer Timer1_;
 
     // What the window shows
@@ -72,6 +79,7 @@ class PolarPlot : public engine::ResultDisplayPort {
     engine::AxisCheck check_;
     engine::Site site_{.latitude = 0, .air = engine::kNoAir};  // shows no pole but the true one
     bool leastSquares_ = false;
+    bool bad_ = false;  // there is no result to show
 };
 
 }  // namespace vantrel::correction

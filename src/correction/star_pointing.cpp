@@ -32,6 +32,13 @@ std::optional<engine::PixelPosition> SkyOffsetToPixel(double ra, double dec,
                                  (plate.CD1_1 * deltaDec - deltaRA * plate.CD2_1) / det + star.y};
 }
 
+double arcMinutesPerPixel(const engine::PlateSolution& plate) {
+    constexpr double kPerDegree = 60;
+    const double scale =
+        kPerDegree * std::sqrt(std::abs(plate.CD1_1 * plate.CD2_2 - plate.CD1_2 * plate.CD2_1));
+    return std::isfinite(scale) ? scale : 0;
+}
+
 StarPointing::StarPointing(engine::RunPanel& panel, engine::RunState& state, const engine::Services& services,
                            engine::ManualExposures& exposures, engine::OverlayPort& overlays,
                            OpenImage& image, StarFinder& starFinder, CorrectionMarks& marks)
@@ -59,6 +66,7 @@ void StarPointing::PointAltCorrectionAllignmentStar(double ErrorAmplitude, doubl
 
 void StarPointing::pointOrAbort(const Adjustment& adjustment, double ErrorAmplitude, double ErrorAngle) {
     marks_.CorrectionPointed = false;
+    marks_.mountSlewed = false;
     try {
         point(adjustment, ErrorAmplitude, ErrorAngle);
         marks_.CorrectionPointed = true;
@@ -88,6 +96,7 @@ void StarPointing::point(const Adjustment& adjustment, double ErrorAmplitude, do
     const CorrectionTarget target = adjustment.target(situation);
     for (const std::string& entry : target.log) services_.log.AddToLog(entry);
 
+    marks_.arcMinutesPerPixel = arcMinutesPerPixel(*plate);
     check();
     findStar();
     check();
@@ -167,6 +176,7 @@ void StarPointing::slewInstead(const CorrectionTarget& target) {
     services_.log.AddToLog("                      RA = " + services_.utility.DegreesToHMS(ra * 15) +
                            ", Dec = " + services_.utility.DegreesToDMS(dec));
     check();
+    marks_.mountSlewed = true;
     services_.telescope.SlewToCoordinates(ra, dec);
 }
 

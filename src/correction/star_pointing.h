@@ -20,6 +20,9 @@ std::optional<engine::PixelPosition> SkyOffsetToPixel(double ra, double dec,
                                                       const engine::PlateSolution& plate,
                                                       const engine::PixelPosition& star);
 
+/// How much of the sky a pixel shows on the average of both directions; 0 when the matrix doesn't tell.
+double arcMinutesPerPixel(const engine::PlateSolution& plate);
+
 class StarPointing {
   public:
     StarPointing(engine::RunPanel& panel, engine::RunState& state, const engine::Services& services,

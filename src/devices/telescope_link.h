@@ -86,6 +86,8 @@ class TelescopeLink : public engine::TelescopePort {
     bool linking() const { return linking_ > 0; }
     /// Lets go of the driver, unless an operation is in the middle of linking it.
     void releaseDriver();
+    /// Whether there is a driver, which may have failed since; nobody is asked.
+    bool holdsDriver() const { return driver_ != nullptr; }
 
   private:
     class Linking;

@@ -5,6 +5,7 @@
 
 #include "engine/angles.h"
 #include "engine/run_exits.h"
+#include "engine/waiting.h"
 #include "platform/text.h"
 
 namespace vantrel::engine {
@@ -16,6 +17,9 @@ namespace {
 
 /// Of the wanted turn. More does no harm.
 constexpr double kEnough = 0.9;
+
+/// Seconds. A camera that is gone fails at once, again and again.
+constexpr double kBetweenLooks = 0.2;
 
 }  // namespace
 
@@ -50,7 +54,7 @@ TakenPlate HandTurning::next(const MeasurementPlan& plan, std::span<const TakenP
 
     tell("", "Turn the axis " + way + " by " + degrees(wanted) + " degrees");
     TakenPlate seen = last;
-    for (;;) {
+    for (;; WaitSeconds(services_.loop, kBetweenLooks)) {
         const auto picture = look(number, seen);
         if (!picture) {
             tell("No solution", "Hold still, or turn on " + way);

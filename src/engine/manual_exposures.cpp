@@ -2,11 +2,27 @@
 
 #include "engine/angles.h"
 #include "engine/simulator_exposure.h"
+#include "engine/sky_geometry.h"
 #include "engine/waiting.h"
 #include "platform/errors.h"
+#include "platform/sexagesimal.h"
 #include "platform/text.h"
 
 namespace vantrel::engine {
+namespace {
+
+/// How far the picture is from where the mount says it looks; without a mount, the place alone.
+std::string whereItLooks(const PlateSolution& found, const EquatorialPosition& mount) {
+    const std::string place =
+        "Found at " + platform::raText(found.ra, 0) + ", " + platform::decText(found.dec, 0);
+    if (mount.Dec < -90) return place;
+    const double degrees = separation({-found.ra, found.dec}, {-mount.RA, mount.Dec});
+    const bool far = degrees >= 1;
+    return place + ": " + platform::formatNumber(far ? degrees : degrees * 60, "0.0") + (far ? "°" : "'") +
+           " from the mount's reading";
+}
+
+}  // namespace
 
 ManualExposures::ManualExposures(ExposurePanel& panel, RunPanel& run, RunState& state,
                                  const Services& services, OverlayPort& overlays)
@@ -32,11 +48,18 @@ bool ManualExposures::exposeShort() {
         state_.CameraFailed = false;  // it speaks of another camera
         return true;
     }
-    services_.camera.AcquireImage(platform::toNumber(panel_.txtContinuousExposeInterval.text()));
+    acquire(panel_.txtContinuousExposeInterval);
     services_.loop.yield();
     if (state_.StopRequested) return false;
     services_.loop.yield();
     return true;
+}
+
+/// Takes an image for as long as the box says.
+void ManualExposures::acquire(const platform::TextBox& seconds) {
+    const Progress::UnderWay exposing(services_.progress,
+                                      {Stage::kExpose, platform::leadingNumber(seconds.text())});
+    services_.camera.AcquireImage(platform::toNumber(seconds.text()));
 }
 
 void ManualExposures::cmdExpose_Click() {
@@ -58,6 +81,7 @@ void ManualExposures::cmdExpose_Click() {
 
 void ManualExposures::exposeSeries() {
     do {
+        services_.progress.begin({});
         if (!exposeAndMark()) {
             services_.log.AddToLog("Aborted");
             return;
@@ -87,6 +111,7 @@ void ManualExposures::lockRunButtons() {
 }
 
 void ManualExposures::endSeries() {
+    services_.progress.end("");
     Indicators::switchOff(run_.cmdExpose);
     run_.cmdExpose.setCaption("Expose");
     run_.cmdRun.setEnabled(enabledBefore_[0]);
@@ -96,26 +121,31 @@ void ManualExposures::endSeries() {
 }
 
 void ManualExposures::cmdExposeSolve_Click() {
+    std::string outcome;
     try {
-        exposeAndSolve();
+        outcome = exposeAndSolve();
     } catch (...) {
         reportError("mod cmdExposeSolve");
     }
+    services_.progress.end(outcome);
 }
 
-void ManualExposures::exposeAndSolve() {
+/// What came of it, in a line.
+std::string ManualExposures::exposeAndSolve() {
     state_.forgetStop();
     services_.log.AddToLog("");
     services_.log.AddToLog("** Expose & Plate Solve **");
     const double dec = services_.telescope.GetTelescopeDec();
     const double ra = NormalizeRAHours(services_.telescope.GetTelescopeRA());
+    services_.progress.begin(
+        {{Stage::kExpose, platform::leadingNumber(run_.txtExposeInterval.text())}, {Stage::kSolve}});
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
         saveSimulatorImage(services_, state_, kSavedImage);
     } else {
-        services_.camera.AcquireImage(platform::toNumber(run_.txtExposeInterval.text()));
+        acquire(run_.txtExposeInterval);
         services_.loop.yield();
-        if (state_.StopRequested) return;
+        if (state_.StopRequested) return "Stopped";
         services_.loop.yield();
         services_.camera.SaveImageToFile(kSavedImage);
     }
@@ -123,10 +153,16 @@ void ManualExposures::exposeAndSolve() {
     state_.ExposureDec = dec;
     state_.SpiralSearchAllowed = true;
     state_.WholeSkyAllowed = dec < -90;  // no mount tells where it points
-    services_.solver.SolvePlate(kSavedImage, 0, 0);
-    if (state_.PlateSolved) return;
+    const auto found = solve();
+    if (state_.PlateSolved) return found ? whereItLooks(*found, {.RA = ra, .Dec = dec}) : "";
     services_.log.AddToLog("Plate Solve failed");
     services_.log.AddToLog("Check Plate Solve Settings");
+    return "No position found: check the solve settings";
+}
+
+std::optional<PlateSolution> ManualExposures::solve() {
+    const Progress::UnderWay solving(services_.progress, {Stage::kSolve});
+    return services_.solver.SolvePlate(kSavedImage, 0, 0);
 }
 
 void ManualExposures::reportError(const char* label) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <optional>
+#include <string>
 
 #include "engine/exposure_panel.h"
 #include "engine/indicators.h"
@@ -29,7 +31,9 @@ class ManualExposures {
     bool exposeAndMark();
     void lockRunButtons();
     void endSeries();
-    void exposeAndSolve();
+    void acquire(const platform::TextBox& seconds);
+    std::string exposeAndSolve();
+    std::optional<PlateSolution> solve();
     bool exposeShort();
     void reportError(const char* label);
 

@@ -31,18 +31,25 @@ MeasurementRun::MeasurementRun(RunPanel& panel, RunState& state, OperatorPrompt&
       services_(services),
       indicators_(services.settings),
       taker_(panel, state, services),
-      hand_(panel, services, taker_) {}
+      hand_(panel, services, taker_) {
+    panel_.cmdAdjust.onClick = [this] { adjustClicked_ = true; };
+}
 
 void MeasurementRun::cmdRun_Click() {
     try {
-        measure();
+        adjusted_.reset();
+        do measure();
+        while (adjusted_ && adjusted_->measureAgain);
+        services_.progress.end("Measurement complete");
     } catch (const Closing&) {
         return;
     } catch (const StopExit&) {
         if (state_.AppUnloading) return;
+        services_.progress.end(state_.StopRequested ? "Stopped" : "");
         log("Align Aborted");
     } catch (...) {
         state_.LastMessage = platform::errorReport(platform::currentError(), "mod cmdRun");
+        services_.progress.end("");
         log(state_.LastMessage);
         services_.messages.ShowPopupMessage(state_.LastMessage, 5);
     }
@@ -54,12 +61,14 @@ void MeasurementRun::measure() {
     const Interlock::Engaged undisturbed(services_.interlock);
     MeasurementPlan plan = validatedPlan();
     logSettings(plan);
+    services_.progress.begin(stagesOf(plan));
 
     std::vector<TakenPlate> plates = plan.byHand ? takePlatesByHand(plan) : takePlates(plan);
     if (plan.closing) takeClosingPlate(plan, plates);
     goOn();
     preflight_.learn(plates.back(), plan.exposures);
     review_.begin(plates, taker_.exposureSeconds() * plan.exposures);
+    if (adjusted_) compareWithLive();
     if (!plan.byHand && !plan.closing) returnToStart(plan);
     if (review_.result().BadSolution) calculationFailed();
     offerCorrection(plan);
@@ -132,6 +141,23 @@ void MeasurementRun::logSettings(const MeasurementPlan& plan) {
             ", exposures of each: " + std::to_string(plan.exposures));
 }
 
+/// Nobody knows how long hands take.
+std::vector<PlannedStage> MeasurementRun::stagesOf(const MeasurementPlan& plan) const {
+    std::vector<PlannedStage> stages;
+    if (plan.byHand) return stages;
+    const PlannedStage settling{Stage::kSettle, settlingSeconds()};
+    for (int number = 1; number <= plan.plates + (plan.closing ? 1 : 0); ++number) {
+        if (number > 1) stages.push_back({number > plan.plates ? Stage::kReturn : Stage::kSlew});
+        if (number > 1) stages.push_back(settling);
+        for (int exposure = 1; exposure <= plan.exposures; ++exposure) {
+            stages.push_back({Stage::kExpose, taker_.exposureSeconds()});
+            stages.push_back({Stage::kSolve});
+        }
+    }
+    if (!plan.closing) stages.push_back({Stage::kReturn});
+    return stages;
+}
+
 /// At least three, in the order of the arc.
 std::vector<TakenPlate> MeasurementRun::takePlates(MeasurementPlan& plan) {
     readStartPosition();
@@ -176,6 +202,7 @@ void MeasurementRun::readStartPosition() {
 }
 
 void MeasurementRun::moveOn(const MeasurementPlan& plan, int number) {
+    nameInProgress(plan, number);
     slewOn(plan.eastward ? plan.slew : -plan.slew);
     logPosition(number == 2 ? Style::kDecimal : Style::kSexagesimal);
     waitForMountToSettle();
@@ -192,6 +219,7 @@ std::optional<TakenPlate> MeasurementRun::takePlate(const MeasurementPlan& plan,
 
 /// Where the first one was: what moved meanwhile shows between the two. It can be spared.
 void MeasurementRun::takeClosingPlate(const MeasurementPlan& plan, std::vector<TakenPlate>& taken) {
+    nameInProgress(plan, plan.plates + 1);
     returnToStart(plan);
     waitForMountToSettle();
     const TakenPlate here = taker_.at(plan.plates + 1, position_);
@@ -209,8 +237,14 @@ void MeasurementRun::takeClosingPlate(const MeasurementPlan& plan, std::vector<T
         log("Plate " + std::to_string(here.number) + " is left out");
 }
 
+void MeasurementRun::nameInProgress(const MeasurementPlan& plan, int number) {
+    const int all = plan.plates + (plan.closing ? 1 : 0);
+    services_.progress.setSubject("Plate " + std::to_string(number) + " of " + std::to_string(all));
+}
+
 /// The first lamp is the first plate's, the last the last one's; the plates between share the middle one.
 void MeasurementRun::showPlateInHand(const MeasurementPlan& plan, int number) {
+    nameInProgress(plan, number);
     if (number > 1) {
         Indicators::switchOff(panel_.lblFrame1);
         if (number == plan.plates) Indicators::switchOff(panel_.lblFrame2);
@@ -228,7 +262,7 @@ std::optional<TakenPlate> MeasurementRun::retryWithHalfTheSlew(MeasurementPlan& 
     plan.slew /= 2;
     position_.RA = NormalizeRAHours(position_.RA + (plan.eastward ? -plan.slew : plan.slew));
     goOn();
-    services_.telescope.SlewToCoordinates(position_.RA, position_.Dec);
+    slew(Stage::kSlew);
     logPosition(Style::kDecimal);
     waitForMountToSettle();
     const TakenPlate here = taker_.at(first.number + 1, position_);
@@ -281,7 +315,8 @@ void MeasurementRun::compareWithSlew(const TakenPlate& before, const TakenPlate&
 
 void MeasurementRun::returnToStart(const MeasurementPlan& plan) {
     const double hours = plan.slew * (plan.plates - 1);
-    slewOn(plan.eastward ? -hours : hours);
+    if (!plan.closing) services_.progress.setSubject("");
+    slewOn(plan.eastward ? -hours : hours, Stage::kReturn);
     logPosition(Style::kDecimal);
     Indicators::switchOff(panel_.lblFrame3);
     Indicators::switchOff(panel_.lblSlew);
@@ -295,9 +330,11 @@ void MeasurementRun::offerCorrection(const MeasurementPlan& plan) {
         redo(*plate, plan);
         correct = operatorWantsCorrection();
     }
+    if (adjustClicked_) return adjust();
     const PolarErrorResult& result = review_.result();
     if (!correct) return;
     if (result.BadSolution) calculationFailed();
+    services_.progress.begin({});
     services_.correction.CorrectMisAlignment(result.error.ErrorAmplitude, result.error.ErrorAngle);
 }
 
@@ -308,12 +345,38 @@ bool MeasurementRun::operatorWantsCorrection() {
                    "      misalignment, or click", "      Skip Button to end"}));
     panel_.cmdNext.setEnabled(true);
     panel_.cmdSkip.setEnabled(true);
+    adjustClicked_ = false;
+    panel_.cmdAdjust.setEnabled(adjustLive && review_.axis().check.best() != nullptr);
+    services_.progress.rest("Measured: Next corrects, Skip ends");
     const PlateReview::Offered offered(review_);
-    const bool correct = prompt_.WaitForNextOrSkipClick([this] { return review_.redoRequested(); });
+    const bool correct =
+        prompt_.WaitForNextOrSkipClick([this] { return review_.redoRequested() || adjustClicked_; });
+    panel_.cmdAdjust.setEnabled(false);
     Indicators::switchOff(panel_.cmdNext);
     if (state_.StopRequested) throw StopExit{};
     if (state_.AppUnloading) throw Closing{};
     return correct;
+}
+
+void MeasurementRun::adjust() {
+    services_.progress.begin({});
+    if (const AxisEstimate* const measured = review_.axis().check.best()) adjusted_ = adjustLive(*measured);
+}
+
+/// What the live numbers said last, and what the fresh measurement says.
+void MeasurementRun::compareWithLive() {
+    const AxisEstimate* const fresh = review_.axis().check.best();
+    if (fresh != nullptr && adjusted_->remaining) {
+        const auto arcMinutes = [](double value) { return formatNumber(value, "0.00"); };
+        const std::string text = "The fresh measurement differs from the live numbers by " +
+                                 arcMinutes(fresh->fromTruePole.azimuth - adjusted_->remaining->azimuth) +
+                                 " arc-min in azimuth and " +
+                                 arcMinutes(fresh->fromTruePole.elevation - adjusted_->remaining->elevation) +
+                                 " in elevation";
+        log(text);
+        services_.messages.ShowPopupMessage(text, 10);
+    }
+    adjusted_.reset();
 }
 
 /// One that fails leaves the former one as it was.
@@ -322,9 +385,15 @@ void MeasurementRun::redo(const TakenPlate& plate, const MeasurementPlan& plan) 
     panel_.cmdSkip.setEnabled(false);
     askToWait();
     const std::string name = "Plate " + std::to_string(plate.number);
+    services_.progress.begin({{Stage::kSlew},
+                              {Stage::kSettle, settlingSeconds()},
+                              {Stage::kExpose, taker_.exposureSeconds()},
+                              {Stage::kSolve},
+                              {Stage::kReturn}});
+    services_.progress.setSubject(name + " again");
     log("***** Exposing Image " + std::to_string(plate.number) + " again *****");
     const EquatorialPosition start = position_;
-    slewBetween(plate.sentTo);
+    slewBetween(plate.sentTo, Stage::kSlew);
     waitForMountToSettle();
     const TakenPlate here = taker_.at(plate.number, position_);
     indicators_.SetActiveColors(panel_.lblExpose);
@@ -334,27 +403,38 @@ void MeasurementRun::redo(const TakenPlate& plate, const MeasurementPlan& plan) 
         review_.replace(*again);
     else
         log(name + " couldn't be solved again: the former one stays");
-    slewBetween(start);
+    slewBetween(start, Stage::kReturn);
 }
 
-void MeasurementRun::slewBetween(const EquatorialPosition& to) {
-    slewOn(signedHours(to.RA - position_.RA));
+void MeasurementRun::slewBetween(const EquatorialPosition& to, Stage stage) {
+    slewOn(signedHours(to.RA - position_.RA), stage);
     logPosition(Style::kSexagesimal);
     Indicators::switchOff(panel_.lblSlew);
 }
 
 /// Eastward by these hours.
-void MeasurementRun::slewOn(double hours) {
+void MeasurementRun::slewOn(double hours, Stage stage) {
     position_.RA = NormalizeRAHours(position_.RA + hours);
     Indicators::switchOff(panel_.lblSolve);
     indicators_.SetActiveColors(panel_.lblSlew);
     goOn();
+    slew(stage);
+}
+
+void MeasurementRun::slew(Stage stage) {
+    const Progress::UnderWay slewing(services_.progress, {stage});
     services_.telescope.SlewToCoordinates(position_.RA, position_.Dec);
 }
 
 void MeasurementRun::waitForMountToSettle() {
-    if (!state_.UsingAxisSimulator)
-        WaitSeconds(services_.loop, platform::toNumber(panel_.txtDelayAfterSlew.text()));
+    if (state_.UsingAxisSimulator) return;
+    const Progress::UnderWay settling(services_.progress, {Stage::kSettle, settlingSeconds()});
+    WaitSeconds(services_.loop, platform::toNumber(panel_.txtDelayAfterSlew.text()));
+}
+
+/// For telling how long it takes; waiting itself complains of a text that is no number.
+double MeasurementRun::settlingSeconds() const {
+    return state_.UsingAxisSimulator ? 0 : platform::leadingNumber(panel_.txtDelayAfterSlew.text());
 }
 
 void MeasurementRun::logPosition(Style style) {
@@ -375,6 +455,7 @@ void MeasurementRun::failurePrompt(const std::string& text, std::optional<Alignm
     panel_.cmdSkip.setEnabled(false);
     {
         const Interlock::Lifted mending(services_.interlock);
+        services_.progress.rest("Waiting for you to click Next");
         prompt_.WaitForNextOrSkipClick();
     }
     Indicators::switchOff(panel_.cmdNext);
@@ -388,6 +469,7 @@ void MeasurementRun::cleanUp() {
     panel_.cmdStop.setEnabled(false);
     panel_.cmdNext.setEnabled(false);
     panel_.cmdSkip.setEnabled(false);
+    panel_.cmdAdjust.setEnabled(false);
     panel_.cmdExpose.setEnabled(true);
     Indicators::switchOff(panel_.cmdNext);
     ShowStartingInstructions();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,12 @@
 
 namespace vantrel::engine {
 
+/// How live adjusting ended.
+struct AdjustmentEnd {
+    bool measureAgain = false;
+    std::optional<AxisOffset> remaining{};  // by the last numbers that could be trusted
+};
+
 /// The procedure behind the Run button. It is one long story on the operator's thread that waits by polling,
 /// so that Stop, Next and Skip stay live; the disabled Run and Expose buttons keep it from being entered
 /// twice.
@@ -33,6 +40,10 @@ class MeasurementRun {
     /// operator, and the window is ready for the next run.
     void cmdRun_Click();
 
+    /// Guides both adjusters at once, beginning with this axis. StopExit and Closing may leave it. Without it
+    /// nobody is offered to.
+    std::function<AdjustmentEnd(const AxisEstimate& measured)> adjustLive;
+
     /// Tells the operator how to begin.
     void ShowStartingInstructions();
 
@@ -44,6 +55,7 @@ class MeasurementRun {
     MeasurementPlan validatedPlan();
     int validatedCount(const platform::TextBox& box, const std::string& what, int fewest, int most);
     void logSettings(const MeasurementPlan& plan);
+    std::vector<PlannedStage> stagesOf(const MeasurementPlan& plan) const;
     std::vector<TakenPlate> takePlates(MeasurementPlan& plan);
     std::vector<TakenPlate> takePlatesByHand(const MeasurementPlan& plan);
     void readStartPosition();
@@ -52,6 +64,7 @@ class MeasurementRun {
                                         const std::vector<TakenPlate>& before);
     void takeClosingPlate(const MeasurementPlan& plan, std::vector<TakenPlate>& taken);
     void showPlateInHand(const MeasurementPlan& plan, int number);
+    void nameInProgress(const MeasurementPlan& plan, int number);
     std::optional<TakenPlate> retryWithHalfTheSlew(MeasurementPlan& plan, const TakenPlate& first);
     void goOnWithout(const MeasurementPlan& plan, int number, const std::vector<TakenPlate>& taken);
     [[noreturn]] void plateFailed(int number);
@@ -60,12 +73,16 @@ class MeasurementRun {
     void returnToStart(const MeasurementPlan& plan);
     void offerCorrection(const MeasurementPlan& plan);
     bool operatorWantsCorrection();
+    void adjust();
+    void compareWithLive();
     void redo(const TakenPlate& plate, const MeasurementPlan& plan);
     void askToWait();
-    void slewBetween(const EquatorialPosition& to);
+    void slewBetween(const EquatorialPosition& to, Stage stage);
 
-    void slewOn(double hours);
+    void slewOn(double hours, Stage stage = Stage::kSlew);
+    void slew(Stage stage);
     void waitForMountToSettle();
+    double settlingSeconds() const;
     enum class Style : std::int8_t { kSexagesimal, kDecimal };
     void logPosition(Style style);
     [[noreturn]] void failurePrompt(const std::string& text, std::optional<platform::Alignment> alignment);
@@ -84,6 +101,8 @@ class MeasurementRun {
     PlateTaker taker_;
     HandTurning hand_;
     EquatorialPosition position_;  // of the mount: read once, then as commanded
+    bool adjustClicked_ = false;
+    std::optional<AdjustmentEnd> adjusted_;  // since the last measurement
 };
 
 }  // namespace vantrel::engine

@@ -26,6 +26,9 @@ class PlateReview {
     /// As things stand now.
     const PolarErrorResult& result() const { return axis_.shown; }
 
+    /// All that the plates that count came to.
+    const MeasuredAxis& axis() const { return axis_; }
+
     /// The operator can change things while one lives.
     class Offered {
       public:

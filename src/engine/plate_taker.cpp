@@ -54,6 +54,9 @@ std::optional<TakenPlate> PlateTaker::takeOne(TakenPlate plate, const Equatorial
     goOn();
     const double exposedLst = middleOfExposure(plate);
     const std::string image = expose();
+    // The picture before is still there, and would tell of a mount that has turned meanwhile.
+    if (plate.pointing == Pointing::kByHand && state_.CameraFailed && !state_.UsingAxisSimulator)
+        return std::nullopt;
     announceSolving(plate.number, lamps);
     const auto solution = solve(plate, image, offset);
     if (!solution) return std::nullopt;
@@ -77,6 +80,8 @@ std::string PlateTaker::expose() {
     const auto now = platform::civilLocal(services_.loop.clock().utc());
     const std::string name = ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image" : kSavedImage;
     const std::string imageFileName = name + ".fit";
+    const Progress::UnderWay exposing(services_.progress,
+                                      {Stage::kExpose, state_.UsingAxisSimulator ? 0 : exposureSeconds()});
     if (state_.UsingAxisSimulator) {
         exposeWithSimulator(services_);
         goOn();
@@ -109,6 +114,7 @@ std::optional<PlateSolution> PlateTaker::solve(const TakenPlate& plate, const st
     state_.ExposureDec = plate.sentTo.Dec;
     state_.SpiralSearchAllowed = true;
     state_.WholeSkyAllowed = plate.pointing == Pointing::kByHand;
+    const Progress::UnderWay solving(services_.progress, {Stage::kSolve});
     auto solution = services_.solver.SolvePlate(image, offset.RA, offset.Dec);
     if (!state_.PlateSolved) return std::nullopt;
     log(plateName(plate) + " Solved");

@@ -9,6 +9,7 @@ RunPanel::RunPanel(platform::Form& form)
       cmdStop(form, "cmdStop", "Stop"),
       cmdNext(form, "cmdNext", "Next"),
       cmdSkip(form, "cmdSkip", "Skip"),
+      cmdAdjust(form, "cmdAdjust", "Adjust"),
       cmdExpose(form, "cmdExpose", "Expose"),
       txtInstructions(form, "txtInstructions", std::string("Click Run Button to start") + platform::kCrLf),
       txtDeltaRA(form, "txtDeltaRA", "5"),
@@ -30,10 +31,13 @@ RunPanel::RunPanel(platform::Form& form)
       lblFrame3(form, "lblFrame3", "3"),
       lblMeasure(form, "lblMeasure", "Measure"),
       lblAlt(form, "lblAlt", "Elv"),
-      lblAz(form, "lblAz", "Az") {
+      lblAz(form, "lblAz", "Az"),
+      lblProgress(form, "lblProgress", ""),
+      gaugeProgress(form, "gaugeProgress") {
     cmdStop.setEnabled(false);
     cmdNext.setEnabled(false);
     cmdSkip.setEnabled(false);
+    cmdAdjust.setEnabled(false);
     txtInstructions.setReadOnly(true);
     cmdPreflight.setToolTip("The whole arc before the first slew, and where on the sky it would be better");
     chkTurnByHand.setToolTip("For a mount that can't slew: you turn its axis, the program tells how far");

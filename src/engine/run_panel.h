@@ -8,7 +8,7 @@ namespace vantrel::engine {
 struct RunPanel {
     explicit RunPanel(platform::Form& form);
 
-    platform::Button cmdRun, cmdStop, cmdNext, cmdSkip, cmdExpose;
+    platform::Button cmdRun, cmdStop, cmdNext, cmdSkip, cmdAdjust, cmdExpose;
     platform::TextBox txtInstructions;
     platform::TextBox txtDeltaRA, txtExposeInterval, txtDelayAfterSlew, txtPostExpDelay;
     platform::TextBox txtPlates, txtPlateExposures;
@@ -21,6 +21,8 @@ struct RunPanel {
     platform::Label lblFrame1, lblFrame2, lblFrame3;
     platform::Label lblMeasure;
     platform::Label lblAlt, lblAz;
+    platform::Label lblProgress;  // what goes on, and how long it will take
+    platform::Gauge gaugeProgress;
 };
 
 }  // namespace vantrel::engine

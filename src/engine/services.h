@@ -4,6 +4,7 @@
 #include "engine/interlock.h"
 #include "engine/measurement_record.h"
 #include "engine/ports.h"
+#include "engine/progress.h"
 #include "platform/event_loop.h"
 
 namespace vantrel::engine {
@@ -21,6 +22,7 @@ struct Services {
     CorrectionPort& correction;
     Interlock& interlock;
     HistoryPort& history;
+    Progress& progress;
 };
 
 }  // namespace vantrel::engine

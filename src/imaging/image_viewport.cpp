@@ -11,7 +11,6 @@ namespace {
 constexpr std::array kScales = {1.0 / 64, 1.0 / 48, 1.0 / 32, 1.0 / 24, 1.0 / 16, 1.0 / 12, 1.0 / 8,
                                 1.0 / 6,  1.0 / 4,  1.0 / 3,  1.0 / 2,  1.0,      2.0,      3.0,
                                 4.0,      6.0,      8.0,      12.0,     16.0,     24.0,     32.0};
-constexpr double kLargestFit = 8;
 
 /// The corner of the view along one axis, in pixels of the image.
 double kept(double corner, double image, double window, double scale) {
@@ -57,9 +56,8 @@ void ImageViewport::setWindowSize(int width, int height) {
 
 double ImageViewport::fittingScale() const {
     if (imageWidth_ <= 0 || imageHeight_ <= 0 || windowWidth_ <= 0 || windowHeight_ <= 0) return 1;
-    const double fitting = std::min(static_cast<double>(windowWidth_) / imageWidth_,
-                                    static_cast<double>(windowHeight_) / imageHeight_);
-    return fitting < 1 ? fitting : std::min(std::floor(fitting), kLargestFit);
+    return std::min(static_cast<double>(windowWidth_) / imageWidth_,
+                    static_cast<double>(windowHeight_) / imageHeight_);
 }
 
 void ImageViewport::fit() {

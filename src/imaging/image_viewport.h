@@ -5,6 +5,8 @@ namespace vantrel::imaging {
 
 struct ViewPoint {
     double x = 0, y = 0;
+
+    bool operator==(const ViewPoint&) const = default;
 };
 
 /// A part of the window that shows image and nothing else. `left` and `top` in pixels of the image, from the
@@ -32,7 +34,7 @@ class ImageViewport {
 
     double scale() const { return scale_; }
     bool fitted() const { return fitted_; }
-    /// The whole image, as large as the window allows; small images by whole factors.
+    /// The whole image, as large as the window allows.
     void fit();
     /// The nearest larger or smaller of the usual scales. The image's point under `anchor` stays there.
     void zoomIn(ViewPoint anchor) { zoomTo(nextScale(1), anchor); }

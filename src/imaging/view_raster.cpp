@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace vantrel::imaging {
 namespace {
@@ -173,7 +174,44 @@ void enlarge(const Pixel* pixels, const platform::ImageArray& image, const ViewW
     }
 }
 
+/// Along one axis, the screen's pixels that show the image's pixel at `place`. Reduced, the one that its
+/// centre falls into.
+std::pair<int, int> shownAt(double place, double corner, double scale, int count) {
+    const double from = (place - corner) * scale;
+    const int first = static_cast<int>(scale < 1 ? std::floor(from + scale / 2) : std::ceil(from - 0.5));
+    const int end = scale < 1 ? first + 1 : static_cast<int>(std::ceil(from + scale - 0.5));
+    return {std::clamp(first, 0, count), std::clamp(end, 0, count)};
+}
+
+std::size_t indexIn(const ViewRaster& raster, int x, int y) {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(raster.width) + static_cast<std::size_t>(x);
+}
+
+void showMarks(ViewRaster& raster, const platform::ImageArray& image, const ViewWindow& window) {
+    for (const auto& mark : image.setPixels()) {
+        const auto [left, right] =
+            shownAt(static_cast<double>(mark.place % image.width()), window.left, window.scale, raster.width);
+        const auto [top, bottom] =
+            shownAt(static_cast<double>(mark.place / image.width()), window.top, window.scale, raster.height);
+        for (int y = top; y < bottom; ++y)
+            for (int x = left; x < right; ++x)
+                raster.values[indexIn(raster, x, y)] = static_cast<float>(kMarkValue);
+    }
+}
+
+/// From the screen's pixel `from` to before `to`: the image's pixels that they touch, and one more around.
+std::pair<std::size_t, std::size_t> touched(double corner, double scale, int from, int to,
+                                            std::size_t limit) {
+    const double first = std::max(0.0, std::floor(corner + from / scale) - 1);
+    const double end = std::min(static_cast<double>(limit), std::ceil(corner + to / scale) + 1);
+    return {static_cast<std::size_t>(first), static_cast<std::size_t>(end)};
+}
+
 }  // namespace
+
+bool ViewCircle::contains(double x, double y) const {
+    return std::hypot(x - centre.x, y - centre.y) <= radius;
+}
 
 ViewRaster rasterOf(const platform::ImageArray& image, const ViewWindow& window,
                     const PixelStatistics& statistics) {
@@ -188,7 +226,37 @@ ViewRaster rasterOf(const platform::ImageArray& image, const ViewWindow& window,
                 enlarge(pixels.data(), image, window, raster);
         },
         image.pixels());
+    showMarks(raster, image, window);
     return raster;
+}
+
+void uncover(ViewRaster& raster, const platform::ImageArray& image, const ViewWindow& window,
+             const PixelStatistics& statistics, const ViewCircle& circle) {
+    const double x = circle.centre.x - window.x;
+    const double y = circle.centre.y - window.y;
+    const auto within = [&circle](double middle, int count) {
+        return std::pair{static_cast<int>(std::clamp(middle - circle.radius, 0.0, count * 1.0)),
+                         static_cast<int>(std::clamp(middle + circle.radius + 1, 0.0, count * 1.0))};
+    };
+    const auto [left, right] = within(x, raster.width);
+    const auto [top, bottom] = within(y, raster.height);
+    if (image.setPixels().empty() || left >= right || top >= bottom) return;
+
+    const auto [firstColumn, endColumn] = touched(window.left, window.scale, left, right, image.width());
+    const auto [firstRow, endRow] = touched(window.top, window.scale, top, bottom, image.height());
+    const auto piece = image.untouched(firstColumn, firstRow, endColumn - firstColumn, endRow - firstRow);
+    const ViewWindow part{.left = window.left + left / window.scale - static_cast<double>(firstColumn),
+                          .top = window.top + top / window.scale - static_cast<double>(firstRow),
+                          .scale = window.scale,
+                          .width = right - left,
+                          .height = bottom - top};
+    const ViewRaster beneath = rasterOf(piece, part, statistics);
+    const ViewCircle hole{{x, y}, circle.radius};
+    for (int row = top; row < bottom; ++row)
+        for (int column = left; column < right; ++column)
+            if (hole.contains(column + 0.5, row + 0.5))
+                raster.values[indexIn(raster, column, row)] =
+                    beneath.values[indexIn(beneath, column - left, row - top)];
 }
 
 void paintRow(const ViewRaster& raster, int row, const ToneCurve& curve, const ToneColors& colors,

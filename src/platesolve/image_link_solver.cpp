@@ -4,7 +4,7 @@
 
 #include "engine/angles.h"
 #include "platesolve/plate_error.h"
-#include "platesolve/sexagesimal.h"
+#include "platform/sexagesimal.h"
 #include "platform/text.h"
 
 namespace vantrel::platesolve {
@@ -43,8 +43,8 @@ std::optional<PlateSolution> ImageLinkSolver::solve(double raOffset, double decO
         PlateSolution solution;
         solution.ra = keyword(image, "CRVAL1") / 15;
         solution.dec = keyword(image, "CRVAL2");
-        services_.log.AddToLog(" RA = " + raText(solution.ra));
-        services_.log.AddToLog(" Dec = " + decText(solution.dec));
+        services_.log.AddToLog(" RA = " + platform::raText(solution.ra));
+        services_.log.AddToLog(" Dec = " + platform::decText(solution.dec));
         reportPlateError(solution.ra, solution.dec, state, services_.log);
         state.PlateSolved = true;
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "platesolve/sexagesimal.h"
+#include "platform/sexagesimal.h"
 #include "platform/text.h"
 
 namespace vantrel::platesolve {
@@ -92,8 +92,8 @@ void PictureDesk::showPicture(const std::shared_ptr<const platform::ImageArray>&
 
 void PictureDesk::showSolution(const platform::SolvedPicture& solution) {
     const auto& picture = window_.picPlate.drawing().photograph;
-    window_.txtCentreRA.setText(raText(solution.raHours));
-    window_.txtCentreDec.setText(decText(solution.decDeg));
+    window_.txtCentreRA.setText(platform::raText(solution.raHours));
+    window_.txtCentreDec.setText(platform::decText(solution.decDeg));
     window_.txtScale.setText(pair(solution.scaleX, solution.scaleY, "0.0000"));
     window_.txtRoll.setText(formatNumber(solution.rollDeg, "0.00"));
     window_.txtPositionAngle.setText(formatNumber(positionAngle(solution), "0.00"));

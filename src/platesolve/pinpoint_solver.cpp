@@ -5,7 +5,7 @@
 
 #include "engine/angles.h"
 #include "platesolve/plate_error.h"
-#include "platesolve/sexagesimal.h"
+#include "platform/sexagesimal.h"
 #include "platform/text.h"
 
 namespace vantrel::platesolve {
@@ -256,8 +256,8 @@ PlateSolution Solve::reportSolution() {
     const double roll = number("RollAngle");
     const double scaleH = number("ArcsecPerPixelHoriz");
     const double scaleV = number("ArcsecPerPixelVert");
-    log(" RA = " + raText(solution.ra) + "  " + formatNumber(solution.ra, "0.00000000"));
-    log(" Dec = " + decText(solution.dec) + "  " + formatNumber(solution.dec, "0.000000"));
+    log(" RA = " + platform::raText(solution.ra) + "  " + formatNumber(solution.ra, "0.00000000"));
+    log(" Dec = " + platform::decText(solution.dec) + "  " + formatNumber(solution.dec, "0.000000"));
     log(" Roll = " + formatNumber(roll, "0.000") + " HScale = " + formatNumber(scaleH, "0.000") +
         " VScale = " + formatNumber(scaleV, "0.000") + " Binning = " + std::to_string(binning_));
     tolerating([&] { reportPlateError(solution.ra, solution.dec, state_, services_.log); });

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platesolve/pinpoint_probe.h"
-#include "platesolve/sexagesimal.h"
 #include "platform/image_array.h"
+#include "platform/sexagesimal.h"
 #include "platform/text.h"
 
 namespace vantrel::platesolve {
@@ -142,8 +142,8 @@ void reportTestSolution(AutomationObject& plate, Steps& step, engine::LogPort& l
                      " stars, average residual is " + fixed(plate, "MatchAvgResidual", "0.#0") +
                      " arcsec, order =" + plate.get("MatchFitOrder").toText());
     });
-    step([&] { log.AddToLog(" RA = " + raText(plate.get("RightAscension").toDouble())); });
-    step([&] { log.AddToLog(" Dec = " + decText(plate.get("Declination").toDouble())); });
+    step([&] { log.AddToLog(" RA = " + platform::raText(plate.get("RightAscension").toDouble())); });
+    step([&] { log.AddToLog(" Dec = " + platform::decText(plate.get("Declination").toDouble())); });
     step([&] {
         log.AddToLog(" Roll = " + fixed(plate, "RollAngle", "0.000") +
                      " HScale = " + fixed(plate, "ArcsecPerPixelHoriz", "0.000") +

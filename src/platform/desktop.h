@@ -8,6 +8,8 @@
 
 namespace vantrel::platform {
 
+struct Drawing;
+
 /// The operating system's version record, with the platform's own codes.
 struct SystemVersion {
     int platformId = 0;
@@ -45,6 +47,18 @@ class Desktop {
     /// The real file to open for one that is part of the program: itself, or what this desktop shows in its
     /// place. It may be missing.
     virtual std::filesystem::path shownFor(const std::string& /*file*/) const { return {}; }
+
+    /// Makes itself heard, where it can.
+    virtual void beep() {}
+
+    /// Puts a text on the clipboard; false where there is none.
+    virtual bool copyText(const std::string& /*text*/) { return false; }
+
+    /// Puts a dial on the clipboard as a picture; false where there is none.
+    virtual bool copyDial(const Drawing& /*drawing*/) { return false; }
+
+    /// A dial as the contents of a PNG file, as it looks by day; empty where nothing can paint.
+    virtual std::string pngOfDial(const Drawing& /*drawing*/) const { return {}; }
 };
 
 }  // namespace vantrel::platform

@@ -37,6 +37,16 @@ class ImageArray {
     /// somebody reads it. If nobody else holds them by then they are changed where they are, else in a copy.
     ImageArray withPixels(std::vector<std::size_t> places, double value) const;
 
+    /// A pixel that withPixels has set, and its value before the first time.
+    struct SetPixel {
+        std::size_t place;
+        double before;
+    };
+    /// In the order of their places, each once. Whoever writes to pixels() makes the array forget them.
+    const std::vector<SetPixel>& setPixels() const;
+    /// A part of the image, which must lie inside, as it was before withPixels set anything.
+    ImageArray untouched(std::size_t left, std::size_t top, std::size_t width, std::size_t height) const;
+
   private:
     struct Body;
 

@@ -28,8 +28,8 @@ QRectF centredSquare(const QRectF& place) {
 class DrawingPainter {
   public:
     DrawingPainter(QPainter& painter, const QRectF& area, const Drawing& drawing, PictureKind kind,
-                   const Theme& theme)
-        : painter_(painter), area_(area), drawing_(drawing), kind_(kind), theme_(theme) {}
+                   const Look& look)
+        : painter_(painter), area_(area), drawing_(drawing), kind_(kind), look_(look) {}
 
     void paint() {
         if (kind_ == PictureKind::kDial) paintDial();
@@ -58,7 +58,7 @@ class DrawingPainter {
             if (const auto* circle = std::get_if<Circle>(&shape); circle != nullptr && !circle->filled)
                 if (rim == nullptr || circle->radius > rim->radius) rim = circle;
         if (rim == nullptr) return;
-        const Colors& colors = theme_.colors();
+        const Colors& colors = look_.colors();
         const QPointF centre = at(rim->x, rim->y);
         const qreal radius = length(rim->radius);
         painter_.setPen(QPen(colors.ring, 1.5));
@@ -78,12 +78,12 @@ class DrawingPainter {
         const QPointF centre = at(circle.x, circle.y);
         const qreal radius = length(circle.radius);
         if (!circle.filled) {
-            painter_.setPen(QPen(theme_.colors().ring, 1));
+            painter_.setPen(QPen(look_.colors().ring, 1));
             painter_.setBrush(Qt::NoBrush);
             painter_.drawEllipse(centre, radius, radius);
             return;
         }
-        QColor color = theme_.plotted(circle.color);
+        QColor color = look_.plotted(circle.color);
         color.setAlphaF(static_cast<float>(circle.strength));
         // A chart that is much wider than high still shows points, not discs.
         const qreal widest = kind_ == PictureKind::kDial ? radius : area_.height() / 24;
@@ -101,7 +101,7 @@ class DrawingPainter {
 
     void paint(const Line& line) {
         const bool ruling = line.color == platform::color::kBlack;
-        painter_.setPen(QPen(ruling ? theme_.colors().ring : theme_.plotted(line.color), 1));
+        painter_.setPen(QPen(ruling ? look_.colors().ring : look_.plotted(line.color), 1));
         // Level and upright lines sit on pixel centres, so that they stay thin.
         const auto onPixel = [](QPointF p) {
             return QPointF(std::floor(p.x()) + 0.5, std::floor(p.y()) + 0.5);
@@ -110,7 +110,7 @@ class DrawingPainter {
     }
 
     void paint(const Ellipse& ellipse) {
-        painter_.setPen(QPen(theme_.plotted(ellipse.color), 1.5));
+        painter_.setPen(QPen(look_.plotted(ellipse.color), 1.5));
         painter_.setBrush(Qt::NoBrush);
         painter_.save();
         painter_.translate(at(ellipse.x, ellipse.y));
@@ -123,7 +123,7 @@ class DrawingPainter {
         constexpr qreal kSmallest = 5;
         const QPointF centre = at(cross.x, cross.y);
         const qreal reach = std::max(length(cross.reach), kSmallest);
-        painter_.setPen(QPen(theme_.plotted(cross.color), 1.5));
+        painter_.setPen(QPen(look_.plotted(cross.color), 1.5));
         painter_.drawLine(centre - QPointF(reach, 0), centre + QPointF(reach, 0));
         painter_.drawLine(centre - QPointF(0, reach), centre + QPointF(0, reach));
     }
@@ -132,7 +132,7 @@ class DrawingPainter {
         QFont font = QGuiApplication::font();
         font.setPixelSize(std::clamp(static_cast<int>(area_.height() / 25), 11, 20));
         painter_.setFont(font);
-        painter_.setPen(theme_.plotted(text.color));
+        painter_.setPen(look_.plotted(text.color));
         const QString words = QString::fromStdString(text.text);
         QRectF box = QFontMetricsF(font).boundingRect(QRectF(at(text.x, text.y), QSizeF(1, 1)),
                                                       Qt::AlignLeft | Qt::AlignTop | Qt::TextDontClip, words);
@@ -146,14 +146,14 @@ class DrawingPainter {
     QRectF area_;
     const Drawing& drawing_;
     PictureKind kind_;
-    const Theme& theme_;
+    const Look& look_;
 };
 
 }  // namespace
 
 void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing, PictureKind kind,
-                  const Theme& theme) {
-    const Colors& colors = theme.colors();
+                  const Look& look) {
+    const Colors& colors = look.colors();
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(colors.border);
@@ -168,7 +168,7 @@ void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing
         const QRectF inner = place.adjusted(kMargin, kMargin, -kMargin, -kMargin);
         painter.setClipRect(inner);
         DrawingPainter(painter, kind == PictureKind::kDial ? centredSquare(inner) : inner, drawing, kind,
-                       theme)
+                       look)
             .paint();
     }
     painter.restore();

@@ -10,7 +10,7 @@ class QPainter;
 
 namespace vantrel::qt {
 
-class Theme;
+class Look;
 
 enum class PictureKind : std::int8_t {
     kChart,  // fills its place; the two axes have scales of their own
@@ -19,6 +19,6 @@ enum class PictureKind : std::int8_t {
 
 /// Paints the drawing and its ground into the rectangle.
 void paintDrawing(QPainter& painter, const QRectF& place, const platform::Drawing& drawing, PictureKind kind,
-                  const Theme& theme);
+                  const Look& look);
 
 }  // namespace vantrel::qt

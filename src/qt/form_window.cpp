@@ -6,6 +6,8 @@
 #include <QVBoxLayout>
 #include <QWindow>
 #include <algorithm>
+#include <sstream>
+#include <string>
 #include <utility>
 
 #include "qt/mnemonics.h"
@@ -13,6 +15,11 @@
 #include "qt/translation.h"
 
 namespace vantrel::qt {
+namespace {
+
+const char* const kSizes = "WindowSizes";
+
+}  // namespace
 
 FormWindow::FormWindow(platform::Form& form, const Front& front, Qt::WindowFlags flags)
     : QWidget(nullptr, flags),
@@ -20,8 +27,12 @@ FormWindow::FormWindow(platform::Form& form, const Front& front, Qt::WindowFlags
       front_(front),
       alwaysOnTop_(flags.testFlag(Qt::WindowStaysOnTopHint)),
       windowPlace_(*this, front.loop, [this](const QRect& place) {
-          followed_ = {place.x(), place.y(), place.width(), place.height()};
-          front_.barrier.run([this] { form_.placeByOperator(followed_); });
+          const platform::Rectangle now{place.x(), place.y(), place.width(), place.height()};
+          const platform::Rectangle before = std::exchange(followed_, now);
+          front_.barrier.run([&] {
+              if (before.width != now.width || before.height != now.height) rememberSize(now);
+              form_.placeByOperator(followed_);
+          });
       }) {
     setAutoFillBackground(true);
 }
@@ -51,6 +62,11 @@ void FormWindow::bind() {
     platform::Rectangle place = form_.place();
     place.width = std::max(place.width, needed.width());
     place.height = std::max(place.height, needed.height());
+    if (const auto size = rememberedSize()) {
+        const QSize possible = size->boundedTo(room).expandedTo(layout()->totalMinimumSize());
+        place.width = possible.width();
+        place.height = possible.height();
+    }
     form_.setPlace(place);
     formChanged_ = form_.changed.subscribe([this] { followForm(); });
     followForm();
@@ -94,6 +110,36 @@ void FormWindow::bringToFront() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     raise();
     activateWindow();
+}
+
+QSize FormWindow::wantedSize() const {
+    return layout()->totalSizeHint().expandedTo(leastSize()).grownBy(windowPlace_.frame());
+}
+
+QSize FormWindow::leastSize() const { return layout()->totalMinimumSize().grownBy(windowPlace_.frame()); }
+
+void FormWindow::standIn(const QRect& place) {
+    setWindowState(windowState() & ~(Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen));
+    const QSize inside = place.size().shrunkBy(windowPlace_.frame());
+    form_.setPlace({place.left(), place.top(), inside.width(), inside.height()});
+}
+
+void FormWindow::rememberSize(const platform::Rectangle& place) {
+    if (front_.sizes == nullptr) return;
+    front_.sizes->write(kSizes, form_.name(),
+                        std::to_string(place.width) + " " + std::to_string(place.height));
+}
+
+/// Nothing for a text that isn't two sizes.
+std::optional<QSize> FormWindow::rememberedSize() const {
+    if (front_.sizes == nullptr) return std::nullopt;
+    std::optional<QSize> size;
+    front_.barrier.run([&] {
+        std::istringstream text(front_.sizes->read(kSizes, form_.name()).value_or(""));
+        int width = 0, height = 0;
+        if (text >> width >> height && width > 0 && height > 0) size.emplace(width, height);
+    });
+    return size;
 }
 
 void FormWindow::followPlace() {

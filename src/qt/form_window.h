@@ -19,6 +19,12 @@ class FormWindow : public QWidget {
     /// Puts the window in front of all others, if it is shown at all.
     void bringToFront();
 
+    /// What the window would like and what it can't do without, its frame included.
+    QSize wantedSize() const;
+    QSize leastSize() const;
+    /// Puts the window, shown or not, where it fills this place with its frame.
+    void standIn(const QRect& place);
+
   protected:
     /// The widget to lay out on; all of it scrolls where the screen is too small.
     QWidget& scrolledPage();
@@ -41,6 +47,8 @@ class FormWindow : public QWidget {
     void followOnTop();
     void open();
     void comeForward();
+    void rememberSize(const platform::Rectangle& place);
+    std::optional<QSize> rememberedSize() const;
 
     platform::Form& form_;
     Front front_;

@@ -7,7 +7,8 @@ namespace {
 
 using imaging::ToneCurve;
 
-constexpr double kNightWhite = 0.86;  // of the brightest, so that marks and white stand out
+// Of the brightest, so that white stands out, and marks, which are paler than any star, out of both.
+constexpr double kNightWhite = 0.82, kNightGrey = 0.72;
 
 QColor green(const QColor& red) {
     // The eye takes a green for brighter than a red of the same strength.
@@ -37,20 +38,21 @@ Colors inGreen(const Colors& c) {
             .onUnlit = green(c.onUnlit),
             .chart = green(c.chart),
             .ring = green(c.ring),
-            .marker = green(c.marker)};
+            .marker = green(c.marker),
+            .mark = green(c.mark)};
 }
 
 ImageColors imageColors(const Colors& colors, bool night, bool inverted) {
     const QColor brightest = night ? colors.marker : QColor(Qt::white);
-    const QColor mark = night ? colors.marker : QColor(0xFF, 0xB0, 0x20);
     ImageColors result;
     for (int tone = 0; tone <= ToneCurve::kWhite; ++tone) {
         const double light =
             static_cast<double>(inverted ? ToneCurve::kWhite - tone : tone) / ToneCurve::kWhite;
-        const double strength = night && light < 1 ? light * kNightWhite : light;
+        const double strength = !night ? light : light < 1 ? light * kNightGrey : kNightWhite;
         result.tones[static_cast<std::size_t>(tone)] = shade(brightest, strength).rgb();
     }
-    result.tones[ToneCurve::kMark] = mark.rgb();
+    const QColor onBrightSky(0xC8, 0x46, 0x00);
+    result.tones[ToneCurve::kMark] = (inverted && !night ? onBrightSky : colors.mark).rgb();
     result.ground = night ? QColor(Qt::black) : QColor(0x2A, 0x2E, 0x35);
     result.text = night ? colors.text : QColor(0xB8, 0xBF, 0xC9);
     result.line = night ? colors.text : QColor(0x4F, 0xB4, 0xE8);

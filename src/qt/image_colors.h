@@ -18,8 +18,8 @@ struct ImageColors {
 /// The look's colours in a green of like kind, for observers who prefer it to red by night.
 Colors inGreen(const Colors& colors);
 
-/// By day shades of grey, and marks in a colour that no grey has; by night shades of the look's own hue, with
-/// marks and white as the brightest of them. Inverted, the sky is bright; marks stay what they are.
+/// By day shades of grey, and marks in a colour that no grey has, darker on an inverted sky; by night darker
+/// shades of the look's own hue, and marks brighter and paler than any of them.
 ImageColors imageColors(const Colors& colors, bool night, bool inverted);
 
 }  // namespace vantrel::qt

@@ -12,6 +12,14 @@ namespace vantrel::qt {
 
 using imaging::ViewPoint;
 
+namespace {
+
+// Pixels at the desktop's usual size.
+constexpr double kGap = 12;  // what lies where lines cross stays in sight this far around
+constexpr double kRing = 20, kRingWidth = 2;
+
+}  // namespace
+
 ImageView::ImageView(imaging::ShownImage& image, const Front& front)
     : image_(image),
       front_(front),
@@ -64,6 +72,11 @@ void ImageView::setEmptyText(const QString& text) {
     update();
 }
 
+void ImageView::setGuidance(const std::optional<correction::Guidance>& guidance) {
+    guidance_ = guidance;
+    update();
+}
+
 void ImageView::changeView(const std::function<void()>& change) {
     change();
     update();
@@ -105,10 +118,13 @@ std::optional<QPoint> ImageView::pixelUnderCursor() const {
 void ImageView::refreshPicture() {
     const auto pixels = image_.pixels();
     const imaging::ViewWindow window = viewport_.window();
-    if (rastered_.lock() != pixels || window != rasterWindow_) {
+    const auto circles = uncovered();
+    if (rastered_.lock() != pixels || window != rasterWindow_ || circles != rasterUncovered_) {
         raster_ = rasterOf(*pixels, window, image_.statistics());
+        for (const auto& circle : circles) uncover(raster_, *pixels, window, image_.statistics(), circle);
         rastered_ = pixels;
         rasterWindow_ = window;
+        rasterUncovered_ = circles;
         painted_.reset();
     }
     const imaging::ShownStretch stretch = image_.stretch();
@@ -137,6 +153,7 @@ void ImageView::paintEvent(QPaintEvent* /*event*/) {
         painter.drawImage(QPointF(rasterWindow_.x / ratio, rasterWindow_.y / ratio), picture_);
         if (crossHair_) paintCrossHair(painter);
         if (!marks_.empty()) paintMarks(painter);
+        if (guidance_ && guidance_->star) paintRing(painter);
     });
 }
 
@@ -147,7 +164,6 @@ void ImageView::paintCrossHair(QPainter& painter) const {
     QPen pen(colors_.line, 1);
     pen.setCosmetic(true);
     painter.setPen(pen);
-    constexpr double kGap = 12;  // what lies in the middle stays in sight
     const QRectF room = rect();
     painter.drawLine(QLineF(room.left(), centre.y(), centre.x() - kGap, centre.y()));
     painter.drawLine(QLineF(centre.x() + kGap, centre.y(), room.right(), centre.y()));
@@ -176,6 +192,27 @@ void ImageView::paintMarks(QPainter& painter) const {
 QPointF ImageView::inWindow(double x, double y) const {
     const ViewPoint point = viewport_.toWindow({x, y});
     return QPointF(point.x, point.y) / devicePixelRatioF();
+}
+
+/// Where lines cross, and inside the ring: what the operator looks at must not lie under a mark.
+std::vector<imaging::ViewCircle> ImageView::uncovered() const {
+    if (!guidance_) return {};
+    const auto circle = [this](const engine::PixelPosition& place, double radius) {
+        return imaging::ViewCircle{viewport_.toWindow({place.x, place.y}), radius * devicePixelRatioF()};
+    };
+    std::vector<imaging::ViewCircle> circles = {circle(guidance_->target, kGap)};
+    if (guidance_->star) circles.push_back(circle(*guidance_->star, kRing));
+    return circles;
+}
+
+/// As large on the screen at every scale.
+void ImageView::paintRing(QPainter& painter) const {
+    const ViewPoint star = viewport_.toWindow({guidance_->star->x, guidance_->star->y});
+    const double ratio = devicePixelRatioF();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor(colors_.tones[imaging::ToneCurve::kMark]), kRingWidth));
+    painter.drawEllipse(QPointF(star.x / ratio, star.y / ratio), kRing, kRing);
 }
 
 void ImageView::resizeEvent(QResizeEvent* event) {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <vector>
 
+#include "correction/star_guide.h"
 #include "imaging/image_viewport.h"
 #include "imaging/shown_image.h"
 #include "imaging/view_raster.h"
@@ -31,6 +32,8 @@ class ImageView : public QWidget {
     void setMarks(std::vector<platform::Shape> marks);
     /// What stands there while there is no image.
     void setEmptyText(const QString& text);
+    /// A ring around the star; the picture without its marks in it and where they cross at the target.
+    void setGuidance(const std::optional<correction::Guidance>& guidance);
 
     void fit();
     /// One pixel of the image for one of the screen.
@@ -68,6 +71,8 @@ class ImageView : public QWidget {
     void paintCrossHair(QPainter& painter) const;
     void paintMarks(QPainter& painter) const;
     QPointF inWindow(double x, double y) const;
+    void paintRing(QPainter& painter) const;
+    std::vector<imaging::ViewCircle> uncovered() const;
 
     imaging::ShownImage& image_;
     Front front_;
@@ -77,11 +82,13 @@ class ImageView : public QWidget {
     bool crossHair_ = false;
     std::vector<platform::Shape> marks_;
     QString emptyText_;
+    std::optional<correction::Guidance> guidance_;
 
     // What is on the screen now, and what it was made from.
     imaging::ViewRaster raster_;
     std::weak_ptr<const platform::ImageArray> rastered_;
     imaging::ViewWindow rasterWindow_;
+    std::vector<imaging::ViewCircle> rasterUncovered_;
     std::optional<imaging::ShownStretch> painted_;
     QImage picture_;
 

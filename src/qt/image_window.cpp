@@ -16,6 +16,7 @@
 #include "imaging/drawn_line.h"
 #include "platform/errors.h"
 #include "platform/text.h"
+#include "qt/gauge_bar.h"
 #include "qt/histogram_bar.h"
 #include "qt/image_view.h"
 #include "qt/parts.h"
@@ -77,6 +78,7 @@ ImageWindow::ImageWindow(imaging::OpenDocuments& documents, platform::SettingsRo
     column->addWidget(bar_);
     column->addWidget(view_, 1);
     column->addWidget(histogram_);
+    column->addWidget(guidanceLine());
     column->addWidget(statusLine());
     addCommands();
     setContextMenuPolicy(Qt::ActionsContextMenu);
@@ -224,7 +226,62 @@ QWidget* ImageWindow::statusLine() {
     row->addStretch();
     size_ = addStatus("size", "00000 × 00000", Text::tr("Columns and rows of the image"));
     scale_ = addStatus("scale", "1:00.0", Text::tr("Pixels of the screen to pixels of the image"));
+    status_->setMinimumWidth(1);
     return status_;
+}
+
+/// A narrow window keeps the pixel under the cursor, and as much of the rest as there is room for.
+void ImageWindow::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    constexpr int kEdges = 20;
+    int room = width() - kEdges;
+    for (QLabel* label : {position_, value_, scale_, star_, size_}) {
+        room -= label->minimumWidth() + status_->layout()->spacing();
+        label->setVisible(room >= 0);
+    }
+}
+
+/// To be read from the mount. There only while a star is guided.
+QWidget* ImageWindow::guidanceLine() {
+    constexpr double kLarge = 2.2;
+    guidance_ = new QWidget;
+    auto* const column = new QVBoxLayout(guidance_);
+    column->setContentsMargins(10, 6, 10, 2);
+    column->setSpacing(6);
+    starToTarget_ = named<QLabel>("starToTarget");
+    scaleFont(*starToTarget_, kLarge, true);
+    starToTarget_->setMinimumWidth(1);  // a small window stays as it is
+    wayLeft_ = named<GaugeBar>("wayLeft");
+    wayLeft_->setFixedHeight(starToTarget_->fontMetrics().height() / 2);
+    wayLeft_->setAccessibleName(Text::tr("Way from the star to its mark"));
+    column->addWidget(starToTarget_);
+    column->addWidget(wayLeft_);
+    guidance_->hide();
+    return guidance_;
+}
+
+QSize ImageWindow::leastSize() const {
+    constexpr QSize kOfUse(240, 240);
+    return minimumSizeHint().expandedTo(kOfUse).grownBy(place_.frame());
+}
+
+void ImageWindow::standIn(const QRect& place) {
+    full_->setChecked(false);
+    const QRect inside(place.topLeft(), place.size().shrunkBy(place_.frame()));
+    front_.barrier.run([&] { rememberPlace(inside); });
+    place_.put(inside);
+}
+
+void ImageWindow::followGuide(correction::StarGuide& guide) {
+    guided_ = guide.changed.subscribe([this, &guide] { tellGuidance(guide.guidance()); });
+    tellGuidance(guide.guidance());
+}
+
+void ImageWindow::tellGuidance(const std::optional<correction::Guidance>& guidance) {
+    view_->setGuidance(guidance);
+    starToTarget_->setText(guidance ? QString::fromStdString(guidance->text()) : QString());
+    wayLeft_->setFraction(guidance ? guidance->left : 0);
+    guidance_->setVisible(guidance.has_value());
 }
 
 void ImageWindow::tellPixel() {

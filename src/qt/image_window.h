@@ -3,7 +3,9 @@
 
 #include <QWidget>
 #include <functional>
+#include <optional>
 
+#include "correction/star_guide.h"
 #include "imaging/shown_image.h"
 #include "platform/settings_root.h"
 #include "qt/front.h"
@@ -15,6 +17,7 @@ class QToolBar;
 
 namespace vantrel::qt {
 
+class GaugeBar;
 class HistogramBar;
 class ImageView;
 
@@ -30,10 +33,20 @@ class ImageWindow : public QWidget {
     /// Opens the window, or brings it in front of the others.
     void showByOperator();
 
+    /// What it can't do without, and where it is to stand; both with its frame.
+    QSize leastSize() const;
+    void standIn(const QRect& place);
+
+    /// Shows from now on where the guided star is and how far it has to go. The guide must outlive the
+    /// window.
+    void followGuide(correction::StarGuide& guide);
+    void tellGuidance(const std::optional<correction::Guidance>& guidance);
+
   protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QAction* addCommand(const char* name, const QString& text, const QString& tip,
@@ -42,6 +55,7 @@ class ImageWindow : public QWidget {
                        std::function<void(bool)> command);
     void addCommands();
     QWidget* statusLine();
+    QWidget* guidanceLine();
     QLabel* addStatus(const char* name, const QString& widest, const QString& meaning);
 
     void follow();
@@ -62,6 +76,9 @@ class ImageWindow : public QWidget {
     HistogramBar* histogram_;
     QToolBar* bar_;
     QWidget* status_ = nullptr;
+    QWidget* guidance_ = nullptr;
+    QLabel* starToTarget_ = nullptr;
+    GaugeBar* wayLeft_ = nullptr;
     QLabel* position_ = nullptr;
     QLabel* value_ = nullptr;
     QLabel* star_ = nullptr;
@@ -73,7 +90,7 @@ class ImageWindow : public QWidget {
     QAction* full_ = nullptr;
     WindowPlace place_;
     bool closedByOperator_ = false;
-    platform::Subscription following_, moving_, look_;
+    platform::Subscription following_, moving_, look_, guided_;
 };
 
 }  // namespace vantrel::qt

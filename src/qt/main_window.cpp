@@ -1,22 +1,45 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDesktopServices>
 #include <QGroupBox>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QTabWidget>
 #include <QTextDocument>
+#include <QUrl>
 #include <QVBoxLayout>
 #include <utility>
 
+#include "app/frm_main.h"
+#include "qt/gauge_bar.h"
+#include "qt/mnemonics.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
+#include "qt/status_lamp.h"
+#include "qt/translation.h"
 #include "qt/windows.h"
 
 namespace vantrel::qt {
 namespace {
+
+class FolderLink : public QLabel {
+  public:
+    FolderLink() {
+        setCursor(Qt::PointingHandCursor);
+        setForegroundRole(QPalette::Link);
+    }
+
+  protected:
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()))
+            QDesktopServices::openUrl(QUrl::fromLocalFile(text()));
+    }
+};
 
 // ---- Run ----
 
@@ -31,7 +54,7 @@ QPlainTextEdit* instructions() {
     box->document()->setDocumentMargin(kMargin);
     box->setFocusPolicy(Qt::ClickFocus);
     box->setAccessibleName(Text::tr("Instructions"));
-    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
     return box;
 }
 
@@ -63,10 +86,27 @@ QLayout* indicators() {
     return grid;
 }
 
+/// How far the star is from its mark, while one is being centred.
+QLayout* guidance() {
+    auto* const line = new QHBoxLayout;
+    line->setSpacing(8);
+    auto* const reading = named<QLabel>("lblStarToTarget");
+    scaleFont(*reading, 1.35, true);
+    auto* const bar = named<GaugeBar>("gaugeStarToTarget");
+    bar->setAccessibleName(Text::tr("Way from the star to its mark"));
+    for (QWidget* part : {static_cast<QWidget*>(reading), static_cast<QWidget*>(bar)}) keepRoom(*part);
+    line->addWidget(reading);
+    line->addWidget(bar, 1);
+    return line;
+}
+
 QLayout* runButtons() {
     auto* const row = new QHBoxLayout;
-    row->setSpacing(8);
+    row->setSpacing(4);
     for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"}) row->addWidget(bigButton(name));
+    QPushButton* const adjust = bigButton("cmdAdjust");
+    adjust->setProperty(kChoosesLetterFirst, false);  // the ones pressed in the dark do
+    row->addWidget(adjust);
     return row;
 }
 
@@ -102,8 +142,23 @@ QGroupBox* exposureGroup() {
     return group(Text::tr("Single exposures"), grid);
 }
 
-QGroupBox* errorPlotGroup(const Theme& theme) {
+/// What goes on, under the lamps.
+QLayout* progress() {
+    auto* const line = named<QLabel>("lblProgress");
+    line->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    auto* const bar = named<GaugeBar>("gaugeProgress");
+    bar->setAccessibleName(Text::tr("Progress"));
     auto* const column = new QVBoxLayout;
+    column->setSpacing(4);
+    column->addWidget(line);
+    column->addWidget(bar);
+    return column;
+}
+
+QWidget* errorPlotPage(const Theme& theme) {
+    auto* const page = new QWidget;
+    auto* const column = new QVBoxLayout(page);
+    column->setContentsMargins(0, 6, 0, 0);
     auto* const picture = named<PictureWidget>("picErrorPlot", theme, PictureKind::kChart);
     picture->setMinimumHeight(picture->fontMetrics().height() * 5);
     picture->setAccessibleName(Text::tr("Declination errors of the plates"));
@@ -115,7 +170,53 @@ QGroupBox* errorPlotGroup(const Theme& theme) {
     values->addStretch();
     values->addLayout(row({labelOf(*error, Text::tr("Dec error")), error, new QLabel("°")}));
     column->addLayout(values);
-    return group(Text::tr("Declination errors of the plates"), column);
+    return page;
+}
+
+QLabel* advice(const char* name) {
+    auto* const label = named<QLabel>(name);
+    scaleFont(*label, 1.35, true);
+    label->setWordWrap(true);
+    label->setMinimumSize(label->fontMetrics().horizontalAdvance("Elevation 118.1' too far"),
+                          label->fontMetrics().lineSpacing() * 2);
+    label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    return label;
+}
+
+QWidget* resultPage(const Theme& theme) {
+    auto* const page = new QWidget;
+    auto* const columns = new QHBoxLayout(page);
+    columns->setContentsMargins(0, 6, 0, 0);
+    auto* const dial = named<PictureWidget>("picDial", theme, PictureKind::kDial);
+    const int side = dial->fontMetrics().height() * 9;
+    dial->setMinimumSize(side, side);
+    dial->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    dial->setAccessibleName(Text::tr("Pole and mount's axis"));
+    columns->addWidget(dial, 1);
+    auto* const words = new QVBoxLayout;
+    words->addWidget(advice("lblAzimuthAdvice"));
+    words->addWidget(advice("lblElevationAdvice"));
+    auto* const total = named<QLabel>("lblTotal");
+    total->setWordWrap(true);
+    total->setMinimumHeight(total->fontMetrics().lineSpacing() * 2);
+    words->addWidget(total);
+    words->addStretch();
+    words->addWidget(named<IndicatorLabel>("lblVerdict"));
+    LineField* const tolerance = field("txtTolerance", 4);
+    words->addLayout(row({labelOf(*tolerance, Text::tr("Tolerance")), tolerance, new QLabel("'")}, true));
+    words->setSpacing(4);
+    columns->addLayout(words);
+    return page;
+}
+
+/// What came of it: in words, and how well the plates agree.
+QWidget* outcome(const Theme& theme) {
+    auto* const pages = new QTabWidget;
+    pages->setDocumentMode(true);
+    pages->setAccessibleName(Text::tr("Result"));
+    pages->addTab(resultPage(theme), Text::tr("Result"));
+    pages->addTab(errorPlotPage(theme), Text::tr("Declination errors"));
+    return pages;
 }
 
 QLayout* windowButtons() {
@@ -135,11 +236,13 @@ QWidget* runTab(const Theme& theme) {
     auto* const steps = new QWidget;
     auto* const left = new QVBoxLayout(steps);
     left->setContentsMargins({});
-    left->setSpacing(10);
+    left->setSpacing(8);
     left->addWidget(instructions(), 2);
     left->addLayout(indicators());
+    left->addLayout(progress());
+    left->addLayout(guidance());
     left->addLayout(runButtons());
-    left->addWidget(errorPlotGroup(theme), 3);
+    left->addWidget(outcome(theme), 3);
     auto* const values = new QWidget;
     auto* const right = new QVBoxLayout(values);
     right->setContentsMargins({});
@@ -150,7 +253,7 @@ QWidget* runTab(const Theme& theme) {
     right->addLayout(windowButtons());
     auto* const page = new QWidget;
     auto* const columns = new QHBoxLayout(page);
-    columns->setSpacing(14);
+    columns->setSpacing(8);
     columns->addWidget(new ScrollColumn(steps), 1);
     columns->addWidget(new ScrollColumn(values));
     return page;
@@ -171,11 +274,11 @@ void addFolder(QGridLayout& grid, int row, const QString& label, const char* pat
     grid.addLayout(qt::row({line, choose}), row, 1, 1, span);
 }
 
-/// A path, cut where there is no room for more.
+/// A path that a click opens, cut where there is no room for more.
 QLabel* realFolder(const char* name) {
-    auto* const label = named<QLabel>(name);
+    auto* const label = named<FolderLink>(name);
     label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setToolTip(Text::tr("Opens the folder"));
     return label;
 }
 
@@ -218,9 +321,10 @@ QGroupBox* imagingGroup() {
 }
 
 QGroupBox* messagesGroup() {
-    auto* const grid = new FieldGrid;
-    grid->addField(Text::tr("Message display time"), field("txtMsgDisplayTime", 6), "s");
-    return group(Text::tr("Messages"), grid);
+    LineField* const time = field("txtMsgDisplayTime", 6);
+    return group(Text::tr("Messages"), row({labelOf(*time, Text::tr("Message display time")), time,
+                                            new QLabel("s"), named<QCheckBox>("chkCloseSound")},
+                                           true));
 }
 
 QWidget* setupTab() {
@@ -332,37 +436,107 @@ QWidget* plateSolveTab() {
     return page;
 }
 
-QMenuBar* menus() {
+/// What is ready.
+QWidget* equipmentLamps() {
+    auto* const lamps = new QWidget;
+    auto* const line = new QHBoxLayout(lamps);
+    line->setContentsMargins({});
+    line->setSpacing(2);
+    const struct {
+        const char* name;
+        const char* widest;
+    } all[] = {{"cmdMountStatus", "Mount failed"},
+               {"cmdCameraStatus", "Camera failed"},
+               {"cmdSolverStatus", "Solver ready"},
+               {"cmdSiteStatus", "Site set"}};
+    for (const auto& [name, widest] : all) {
+        auto* const lamp = named<StatusLamp>(name);
+        lamp->setMinimumWidth(lamp->widthFor(inWords("frmMain", widest)));
+        line->addWidget(lamp);
+    }
+    return lamps;
+}
+
+/// Beside the tabs, where there is room; what is longer can be read in the log.
+QWidget* lastMessage() {
+    auto* const message = named<StatusLamp>("cmdLastMessage");
+    message->setFixedWidth(message->fontMetrics().averageCharWidth() * 56);
+    message->setAccessibleName(Text::tr("Last message"));
+    auto* const corner = new QWidget;
+    auto* const line = new QHBoxLayout(corner);
+    constexpr int kRaised = 8;  // to the height of the tabs' captions
+    line->setContentsMargins(0, 0, 0, kRaised);
+    line->addWidget(message);
+    keepRoom(*message);
+    return corner;
+}
+
+/// The menus, and the lamps behind them.
+QWidget* topLine() {
+    auto* const line = new QWidget;
     auto* const bar = new QMenuBar;
     QMenu* const file = bar->addMenu("&File");
     menuItem(*file, "mnuSolvePicture")->setShortcut(QKeySequence::Open);
     menuItem(*file, "mnuFileExit");
     QMenu* const set = bar->addMenu("&Set");
+    set->setObjectName("menuSet");
     menuItem(*set, "mnuSetOnTop", true);
     menuItem(*set, "mnuSetOptions");
+    menuItem(*set, "mnuNight")->setShortcut(QKeySequence("Ctrl+N"));
+    menuItem(*set, "mnuDimmer")->setShortcut(QKeySequence("Ctrl+Shift+N"));
     QMenu* const help = bar->addMenu("&Help");
     menuItem(*help, "mnuFormHelp");
     menuItem(*help, "mnuWelcome");
     menuItem(*help, "mnuAbout");
-    return bar;
+    auto* const layout = new QHBoxLayout(line);
+    layout->setContentsMargins({});
+    layout->addWidget(bar);
+    layout->addStretch();
+    layout->addWidget(equipmentLamps());
+    return line;
 }
 
 }  // namespace
 
-MainWindow::MainWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+MainWindow::MainWindow(app::frmMain& form, const Front& front) : FormWindow(form, front) {
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 6);
-    layout->setMenuBar(menus());
+    QWidget* const top = topLine();
+    layout->setMenuBar(top);
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     tabs->setAccessibleName(Text::tr("Pages"));
     tabs->addTab(new ScrollPage(runTab(front.theme)), "Run");
     tabs->addTab(new ScrollPage(setupTab()), Text::tr("Set-up"));
     tabs->addTab(new ScrollPage(plateSolveTab()), "Plate Solve");
+    tabs->setCornerWidget(lastMessage());
     layout->addWidget(tabs);
     bind();
+    setMinimumWidth(std::min(top->minimumSizeHint().width(), form.screen().workArea().width));
+    pageWanted_ = form.pageWanted.subscribe(
+        [tabs](app::frmMain::Page page) { tabs->setCurrentIndex(static_cast<int>(page)); });
+    addKeys();
     findChild<QPushButton*>("cmdRun")->setFocus();
-    nextChanged_ = form.find("cmdNext")->changed.subscribe([this] { offerAnswer(); });
+    nextChanged_ = form.run.cmdNext.changed.subscribe([this] { offerAnswer(); });
+}
+
+/// For gloves, and whatever window of the program has the keyboard; only Esc is the other windows' own.
+void MainWindow::addKeys() {
+    const struct {
+        const char* keys;
+        const char* button;
+        Qt::ShortcutContext where = Qt::ApplicationShortcut;
+    } keys[] = {{"F5", "cmdRun"},     {"F8", "cmdSkip"},          {"Esc", "cmdStop", Qt::WindowShortcut},
+                {"Ctrl+L", "cmdLog"}, {"Ctrl+P", "cmdPolarPlot"}, {"Ctrl+T", "cmdTelescope"}};
+    for (const auto& [sequence, name, where] : keys) {
+        auto* const shortcut = new QShortcut(QKeySequence(sequence), this);
+        shortcut->setContext(where);
+        shortcut->setAutoRepeat(false);
+        auto* const button = findChild<QPushButton*>(name);
+        connect(shortcut, &QShortcut::activated, button, [button] { button->click(); });
+    }
+    connect(new QShortcut(QKeySequence("F11"), this), &QShortcut::activated, this,
+            [this] { setWindowState(windowState() ^ Qt::WindowFullScreen); });
 }
 
 /// A prompt enables Next, which then has the keyboard, unless the operator is in the middle of a field.

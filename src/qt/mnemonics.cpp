@@ -61,6 +61,7 @@ std::vector<Item> itemsOn(QWidget& window, const QTabWidget* tabs, const QWidget
         const QString caption = captionOf(*widget);
         const bool onAnyPage = tabs != nullptr && tabs->isAncestorOf(widget);
         if (page != nullptr ? !page->isAncestorOf(widget) : onAnyPage) continue;
+        if (widget->property(kWantsNoLetter).toBool()) continue;
         if (auto letters = lettersOf(caption); !letters.empty())
             items.push_back({widget, caption, std::move(letters)});
     }

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <QResizeEvent>
 #include <QScrollBar>
+#include <utility>
 
 #include "qt/mnemonics.h"
 
@@ -75,11 +76,18 @@ ScrollPage::ScrollPage(QWidget* content) {
     setFrameShape(QFrame::NoFrame);
     setFocusPolicy(Qt::NoFocus);
     setWidget(content);
-    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* /*before*/, QWidget* now) {
-        // What is clicked stays under the mouse.
-        if (now != nullptr && isAncestorOf(now) && QGuiApplication::mouseButtons() == Qt::NoButton)
-            bringIntoView(*now);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
+        if (now == nullptr || !isAncestorOf(now)) return;
+        // What is clicked stays under the mouse; a click on another window reaches it only after the focus.
+        const bool opened = !std::exchange(hadFocus_, true);
+        const bool fromHere = before != nullptr && before->window() == window();
+        if ((opened || fromHere) && QGuiApplication::mouseButtons() == Qt::NoButton) bringIntoView(*now);
     });
+}
+
+void ScrollPage::hideEvent(QHideEvent* event) {
+    hadFocus_ = false;
+    QScrollArea::hideEvent(event);
 }
 
 /// All of it: the toolkit's own way is content with a field's caret.
@@ -140,7 +148,7 @@ QPushButton* bigButton(const char* name) {
     auto* const button = named<QPushButton>(name);
     button->setProperty(kChoosesLetterFirst, true);
     scaleFont(*button, 1.3, true);
-    button->setMinimumSize(figureWidth(*button) * 8, button->fontMetrics().height() * 2 + 18);
+    button->setMinimumSize(figureWidth(*button) * 13 / 2, button->fontMetrics().height() * 2 + 18);
     button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     return button;
 }

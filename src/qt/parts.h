@@ -57,8 +57,13 @@ class ScrollPage : public QScrollArea {
     explicit ScrollPage(QWidget* content);
     QSize sizeHint() const override { return widget()->sizeHint(); }
 
+  protected:
+    void hideEvent(QHideEvent* event) override;
+
   private:
     void bringIntoView(const QWidget& focus);
+
+    bool hadFocus_ = false;  // since the window opened
 };
 
 /// Scrolls upwards and downwards only: it stands beside others and is always as wide as its content.

@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include "qt/theme.h"
+
 namespace vantrel::qt {
 
 PictureWidget::PictureWidget(const Theme& theme, PictureKind kind) : theme_(theme), kind_(kind) {

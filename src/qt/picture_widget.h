@@ -8,6 +8,8 @@
 
 namespace vantrel::qt {
 
+class Theme;
+
 class PictureWidget : public QWidget {
   public:
     PictureWidget(const Theme& theme, PictureKind kind);

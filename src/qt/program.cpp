@@ -2,14 +2,17 @@
 
 #include <QAction>
 #include <QDesktopServices>
+#include <QGuiApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QUrl>
 #include <algorithm>
 #include <stdexcept>
 
 #include "app/message_log.h"
 #include "observatory/simulator_setup.h"
+#include "qt/arrangement.h"
 #include "qt/parts.h"
 #include "qt/picture_drop.h"
 #include "qt/window_place.h"
@@ -47,6 +50,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       chance_(seed),
       simulatorForm_(screen_),
       simulatorPanel_(front.loop, station_.classes(), chance_, simulatorForm_) {
+    front_.sizes = &settings_;
     standAskew(station_.classes());
     // Settings that can't be read or stored are the application's to report.
     front.barrier.run([this] {
@@ -61,7 +65,9 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
 void Program::openWindows() {
     windows_ = windowsFor(screen_, front_);
     imageWindow_ = std::make_unique<ImageWindow>(imaging().documents(), settings_, front_);
+    imageWindow_->followGuide(application_.starGuide());
     addInstrumentsMenu();
+    addArrangeItem();
     for (const char* form : {"frmMain", "frmWelcome", "frmSolvePicture"})
         solveDroppedPictures(window(form), screen_, front_);
     solveDroppedPictures(*imageWindow_, screen_, front_);
@@ -71,7 +77,39 @@ void Program::openWindows() {
 void Program::start() {
     application_.start();
     const bool running = !application_.ended() && !application_.stopping();
-    if (firstStart_ && running && screen_.find("frmMain")->shown()) screen_.find("frmWelcome")->show();
+    if (!firstStart_ || !running || !screen_.find("frmMain")->shown()) return;
+    arrangeWindows();
+    screen_.find("frmWelcome")->show();
+}
+
+void Program::addArrangeItem() {
+    auto* const menu = window("frmMain").findChild<QMenu*>("menuSet");
+    QAction* const arrange = menu->addAction(Text::tr("Arrange Windows"));
+    arrange->setObjectName("mnuArrange");
+    QObject::connect(arrange, &QAction::triggered, &window("frmMain"),
+                     [this] { front_.loop.post([this] { arrangeWindows(); }); });
+}
+
+void Program::arrangeWindows() {
+    QVector<QRect> screens;
+    for (const QScreen* screen : QGuiApplication::screens()) screens.append(screen->availableGeometry());
+    FormWindow& main = window("frmMain");
+    FormWindow& log = window("frmLog");
+    FormWindow& simulator = window("frmSimulator");
+    constexpr double kNarrow = 0.96;  // of the main window's width: all of it can be seen
+    const QSize mainSize = main.wantedSize();
+    const QSize mainLeast(qRound(mainSize.width() * kNarrow), main.leastSize().height());
+    const Arrangement places = arranged(screens, {.main = mainSize,
+                                                  .mainLeast = mainLeast,
+                                                  .imageLeast = imageWindow_->leastSize(),
+                                                  .log = log.wantedSize(),
+                                                  .logLeast = log.leastSize(),
+                                                  .simulator = simulator.wantedSize(),
+                                                  .simulatorLeast = simulator.leastSize()});
+    main.standIn(places.main);
+    log.standIn(places.log);
+    simulator.standIn(places.simulator);
+    imageWindow_->standIn(places.image);
 }
 
 /// The main window's form knows neither the imaging program nor the simulator: the ways to their windows are
@@ -86,6 +124,7 @@ void Program::addInstrumentsMenu() {
                      [this] { front_.barrier.run([this] { imageWindow_->showByOperator(); }); });
     QAction* const simulator = menu->addAction(Text::tr("Simulator"));
     simulator->setObjectName("mnuSimulator");
+    simulator->setShortcut(QKeySequence("Ctrl+M"));
     QObject::connect(simulator, &QAction::triggered, &window("frmMain"),
                      [this] { front_.loop.post([this] { simulatorForm_.show(); }); });
 }

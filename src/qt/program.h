@@ -39,6 +39,8 @@ class Program {
 
   private:
     void addInstrumentsMenu();
+    void addArrangeItem();
+    void arrangeWindows();
 
     Front front_;
     WatchedSettings settings_;

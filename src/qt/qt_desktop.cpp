@@ -1,9 +1,17 @@
 #include "qt/qt_desktop.h"
 
+#include <QApplication>
+#include <QBuffer>
+#include <QClipboard>
 #include <QDesktopServices>
+#include <QImage>
+#include <QPainter>
 #include <QProcess>
 #include <QUrl>
 #include <system_error>
+
+#include "qt/drawing_painter.h"
+#include "qt/theme.h"
 
 namespace vantrel::qt {
 namespace {
@@ -14,6 +22,20 @@ bool hasProgramFor(const QString& kind) {
     QProcess query;
     query.start(QStringLiteral("xdg-mime"), {QStringLiteral("query"), QStringLiteral("default"), kind});
     return query.waitForFinished(kPatience) && !query.readAllStandardOutput().trimmed().isEmpty();
+}
+
+/// For letters and web pages: by day, whatever the windows look like.
+QImage imageOfDial(const platform::Drawing& drawing) {
+    constexpr int kSide = 800;
+    QImage image(kSide, kSide, QImage::Format_RGB32);
+    const Look look;
+    image.fill(look.colors().window);
+    QPainter painter(&image);
+    QFont font = painter.font();
+    font.setPixelSize(kSide / 36);
+    painter.setFont(font);
+    paintDrawing(painter, image.rect(), drawing, PictureKind::kDial, look);
+    return image;
 }
 
 }  // namespace
@@ -33,6 +55,25 @@ std::filesystem::path QtDesktop::shownFor(const std::string& file) const {
                        (std::filesystem::exists(help, ignored) &&
                         hasProgramFor(QStringLiteral("application/vnd.ms-htmlhelp")));
     return shown ? help : pages;
+}
+
+void QtDesktop::beep() { QApplication::beep(); }
+
+bool QtDesktop::copyText(const std::string& text) {
+    QGuiApplication::clipboard()->setText(QString::fromStdString(text));
+    return true;
+}
+
+bool QtDesktop::copyDial(const platform::Drawing& drawing) {
+    QGuiApplication::clipboard()->setImage(imageOfDial(drawing));
+    return true;
+}
+
+std::string QtDesktop::pngOfDial(const platform::Drawing& drawing) const {
+    QByteArray png;
+    QBuffer buffer(&png);
+    imageOfDial(drawing).save(&buffer, "PNG");
+    return png.toStdString();
 }
 
 }  // namespace vantrel::qt

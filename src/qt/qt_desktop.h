@@ -15,6 +15,10 @@ class QtDesktop : public platform::UserDesktop {
     /// For a help file that is missing or that no program here shows: the web pages beside it, if there are
     /// any.
     std::filesystem::path shownFor(const std::string& file) const override;
+    void beep() override;
+    bool copyText(const std::string& text) override;
+    bool copyDial(const platform::Drawing& drawing) override;
+    std::string pngOfDial(const platform::Drawing& drawing) const override;
 };
 
 }  // namespace vantrel::qt

@@ -10,6 +10,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -20,6 +21,7 @@
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
 #include "qt/plate_view.h"
+#include "qt/translation.h"
 #include "qt/window_keys.h"
 #include "qt/windows.h"
 
@@ -109,6 +111,16 @@ void addSigma(QGridLayout& grid, const char* name, int column) {
     grid.addLayout(row({new QLabel("±"), sigma, new QLabel("″")}), grid.rowCount() - 1, column);
 }
 
+QPushButton* exportMenu() {
+    auto* const menu = new QMenu;
+    for (const char* item : {"mnuCopyPicture", "mnuCopyValues", "mnuSavePng", "mnuSaveSvg"})
+        menuItem(*menu, item);
+    auto* const opener = new QPushButton(Text::tr("Copy or save"));
+    opener->setMenu(menu);
+    menu->setParent(opener, menu->windowFlags());
+    return opener;
+}
+
 QGridLayout* readoutGrid() {
     auto* const grid = new QGridLayout;
     grid->setHorizontalSpacing(8);
@@ -125,12 +137,17 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const layout = new QHBoxLayout(this);
     layout->setSpacing(12);
     auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, PictureKind::kDial);
-    const int side = dial->fontMetrics().height() * 12;
+    const int side = dial->fontMetrics().height() * 10;
     dial->setMinimumSize(side, side);
     dial->setAccessibleName(Text::tr("Pole and mount's axis"));
     auto* const left = new QVBoxLayout;
     left->addWidget(dial, 1);
     left->addWidget(named<QCheckBox>("chkHistory"));
+    left->addLayout(row({exportMenu()}, true));
+    auto* const exported = named<QLabel>("lblExport");
+    exported->setWordWrap(true);
+    exported->setMinimumHeight(exported->fontMetrics().lineSpacing());
+    left->addWidget(exported);
     layout->addLayout(left, 1);
 
     auto* const axis = readoutGrid();
@@ -144,6 +161,10 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     addReadout(*parts, "Azimuth", "txtAzimuthError", unitLabel("lblAzimuth_Unit"),
                meaningLabel("lblRightOfPole", " Right of pole"));
     addSigma(*parts, "txtAzimuthSigma", 4);
+    auto* const onSky = named<QLabel>("lblOnSky");
+    onSky->setWordWrap(true);
+    onSky->setMinimumHeight(onSky->fontMetrics().lineSpacing());
+    parts->addWidget(onSky, parts->rowCount(), 0, 1, 5);
     axis->addWidget(named<QLabel>("lblUnits"), axis->rowCount() - 1, 4);
     auto* const offsets = readoutGrid();
     addReadout(*offsets, "RA", "txtOffsetRA", new QLabel("h"), nullptr);
@@ -168,7 +189,7 @@ PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : For
     auto* const readouts = new QWidget;
     auto* const column = new QVBoxLayout(readouts);
     column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(10);
+    column->setSpacing(6);
     column->addWidget(group(Text::tr("Mount's axis"), axis));
     column->addWidget(group(Text::tr("Elevation and azimuth"), parts));
     column->addWidget(group(Text::tr("Least squares"), estimate));
@@ -198,6 +219,71 @@ void PolarPlotWindow::hideWhileEmpty(QGroupBox& group, const std::vector<std::st
 }
 
 // ---- Measurements ----
+
+namespace {
+
+/// One adjuster's arrow and digits, to be read from three metres, and what its bolt has to do.
+QGroupBox* adjusterGroup(const QString& title, const std::string& name) {
+    const auto label = [&](const char* what, double size, const char* widest) {
+        auto* const made = named<QLabel>(("lbl" + name + what).c_str());
+        scaleFont(*made, size, size > 1);
+        made->setMinimumWidth(made->fontMetrics().horizontalAdvance(widest));
+        made->setMinimumHeight(made->fontMetrics().height());
+        return made;
+    };
+    auto* const grid = new QGridLayout;
+    grid->addWidget(label("Arrow", 3.2, "←"), 0, 0, 2, 1);
+    grid->addWidget(label("Move", 3.2, "Elevation is right"), 0, 1, 1, 2);
+    grid->addWidget(label("Sigma", 1.6, "± 118.8'"), 1, 1);
+    grid->addWidget(label("Bolt", 1.6, "three quarters of a turn"), 1, 2);
+    grid->setColumnStretch(2, 1);
+    grid->setRowStretch(3, 1);
+    LineField* const perTurn = field(("txt" + name + "PerTurn").c_str(), 5);
+    grid->addLayout(row({labelOf(*perTurn, Text::tr("A turn of the bolt")), perTurn, new QLabel("'"),
+                         named<QCheckBox>(("chk" + name + "OtherWay").c_str())},
+                        true),
+                    2, 1, 1, 2);
+    return group(title, grid);
+}
+
+}  // namespace
+
+AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const dial = named<PictureWidget>("picAdjust", front.theme, PictureKind::kDial);
+    const int side = dial->fontMetrics().height() * 11;
+    dial->setMinimumSize(side, side);
+    dial->setAccessibleName(Text::tr("Pole and mount's axis"));
+    auto* const state = named<QLabel>("lblLiveState");
+    scaleFont(*state, 1.6, true);
+    state->setWordWrap(true);
+    state->setMinimumHeight(state->fontMetrics().lineSpacing() * 2);
+    auto* const total = named<QLabel>("lblLiveTotal");
+    scaleFont(*total, 1.35);
+    total->setMinimumWidth(total->fontMetrics().horizontalAdvance("Total 118.8' ± 118.8'"));
+    auto* const age = named<QLabel>("lblAge");
+    scaleFont(*age, 1.35);
+    age->setMinimumWidth(age->fontMetrics().horizontalAdvance("1000 s old"));
+
+    auto* const adjusters = new QVBoxLayout;
+    adjusters->addWidget(adjusterGroup(Text::tr("Azimuth"), "Azimuth"));
+    adjusters->addWidget(adjusterGroup(Text::tr("Elevation"), "Elevation"));
+    auto* const beside = new QVBoxLayout;
+    beside->addWidget(dial, 1);
+    beside->addWidget(total);
+    beside->addWidget(age);
+    auto* const columns = new QHBoxLayout;
+    columns->addLayout(adjusters, 2);
+    columns->addLayout(beside, 1);
+    auto* const page = new QVBoxLayout(&scrolledPage());
+    page->addWidget(state);
+    page->addLayout(columns, 1);
+    page->addWidget(named<QCheckBox>("chkDoneSound"));
+    auto* const buttons = new QHBoxLayout;
+    for (const char* name : {"cmdLock", "cmdBothTurned", "cmdMeasureAgain", "cmdEndAdjust"})
+        buttons->addWidget(bigButton(name));
+    page->addLayout(buttons);
+    bind();
+}
 
 HistoryWindow::HistoryWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
     auto* const chart = named<PictureWidget>("picHistory", front.theme, PictureKind::kChart);
@@ -562,6 +648,8 @@ PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(
         }
         QWidget* const widget = made[control] = widgetFor(*control, front.theme);
         widget->setObjectName(name);
+        if (dynamic_cast<QComboBox*>(widget) != nullptr)
+            widget->setAccessibleName(inWords(form.name(), control->toolTip()));
         const auto frame = made.find(control->frame());
         QBoxLayout* const into = frame != made.end() ? static_cast<QBoxLayout*>(frame->second->layout())
                                  : dynamic_cast<QPushButton*>(widget) != nullptr

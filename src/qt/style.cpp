@@ -13,6 +13,10 @@ namespace {
 
 bool isNight() { return QGuiApplication::palette().color(QPalette::Window).lightnessF() < 0.2F; }
 
+QPixmap inNightRed(const QPixmap& picture) {
+    return reddened(picture, QGuiApplication::palette().color(QPalette::BrightText));
+}
+
 }  // namespace
 
 Style::Style() : QProxyStyle("Fusion") { watchAltKey(*this); }
@@ -147,20 +151,20 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
 QPixmap Style::generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
                                    const QStyleOption* option) const {
     const QPixmap generated = QProxyStyle::generatedIconPixmap(mode, pixmap, option);
-    return isNight() ? reddened(generated) : generated;
+    return isNight() ? inNightRed(generated) : generated;
 }
 
 QIcon Style::standardIcon(StandardPixmap picture, const QStyleOption* option, const QWidget* widget) const {
     if (isMessageSign(picture)) return messageSign(picture);
     const QIcon icon = QProxyStyle::standardIcon(picture, option, widget);
-    return isNight() ? QIcon(reddened(icon.pixmap(32))) : icon;
+    return isNight() ? QIcon(inNightRed(icon.pixmap(32))) : icon;
 }
 
 QPixmap Style::standardPixmap(StandardPixmap picture, const QStyleOption* option,
                               const QWidget* widget) const {
     if (isMessageSign(picture)) return messageSign(picture);
     const QPixmap pixmap = QProxyStyle::standardPixmap(picture, option, widget);
-    return isNight() ? reddened(pixmap) : pixmap;
+    return isNight() ? inNightRed(pixmap) : pixmap;
 }
 
 }  // namespace vantrel::qt

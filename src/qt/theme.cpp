@@ -22,10 +22,11 @@ const Colors kDay{
     .onAccent = {0xFF, 0xFF, 0xFF},
     .lit = {0xE8, 0x50, 0x4F},
     .unlit = {0xE0, 0xE4, 0xE9},
-    .onUnlit = {0x64, 0x6D, 0x7B},
+    .onUnlit = {0x58, 0x61, 0x6E},
     .chart = {0xFD, 0xFD, 0xFE},
     .ring = {0x8D, 0x98, 0xA8},
     .marker = {0xD0, 0x2B, 0x2B},
+    .mark = {0xFF, 0xB0, 0x20},
 };
 
 const Colors kNight{
@@ -33,16 +34,17 @@ const Colors kNight{
     .base = {0x14, 0x01, 0x00},
     .button = {0x20, 0x03, 0x01},
     .border = {0x5C, 0x0D, 0x06},
-    .text = {0xD4, 0x2A, 0x1A},
-    .dim = {0x8E, 0x1C, 0x10},
-    .accent = {0xC4, 0x24, 0x15},
+    .text = {0xF0, 0x30, 0x20},
+    .dim = {0xB0, 0x26, 0x18},
+    .accent = {0xE6, 0x2C, 0x1C},
     .onAccent = {0x10, 0x00, 0x00},
-    .lit = {0xD2, 0x26, 0x14},
+    .lit = {0xEE, 0x2E, 0x1C},
     .unlit = {0x1C, 0x03, 0x01},
-    .onUnlit = {0x8E, 0x1C, 0x10},
+    .onUnlit = {0xB8, 0x28, 0x1A},
     .chart = {0x10, 0x01, 0x00},
     .ring = {0x74, 0x12, 0x09},
-    .marker = {0xFF, 0x3C, 0x26},
+    .marker = {0xFF, 0x44, 0x2E},
+    .mark = {0xFF, 0x52, 0x52},
 };
 
 bool isSystem(platform::Color color) { return (color & 0x80000000) != 0; }
@@ -52,17 +54,24 @@ QColor literal(platform::Color color) {
             static_cast<int>(color >> 16 & 0xFF)};
 }
 
-/// A red of the night's own hue; strength from 0 to 1.
-QColor red(double strength) {
-    const QColor& brightest = kNight.marker;
-    return QColor::fromRgbF(static_cast<float>(brightest.redF() * strength),
-                            static_cast<float>(brightest.greenF() * strength),
-                            static_cast<float>(brightest.blueF() * strength));
+QColor shadeOf(const QColor& color, double share) {
+    return QColor::fromRgbF(static_cast<float>(color.redF() * share),
+                            static_cast<float>(color.greenF() * share),
+                            static_cast<float>(color.blueF() * share));
 }
 
 }  // namespace
 
 const Colors& colorsOf(bool night) { return night ? kNight : kDay; }
+
+Colors dimmed(const Colors& colors, double share) {
+    Colors result = colors;
+    for (QColor* color : {&result.window, &result.base, &result.button, &result.border, &result.text,
+                          &result.dim, &result.accent, &result.onAccent, &result.lit, &result.unlit,
+                          &result.onUnlit, &result.chart, &result.ring, &result.marker, &result.mark})
+        *color = shadeOf(*color, share);
+    return result;
+}
 
 QPalette paletteOf(const Colors& c) {
     QPalette palette;
@@ -95,29 +104,40 @@ QPalette paletteOf(const Colors& c) {
     return palette;
 }
 
+Look::Look(bool night, double brightness)
+    : night_(night), colors_(night ? dimmed(kNight, brightness) : kDay) {}
+
 Theme::Theme() {
     QApplication::setStyle(new Style);
     apply();  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the application owns the style
 }
 
-void Theme::setNight(bool night) {
-    if (night_ == night) return;
-    night_ = night;
+void Theme::setNight(bool night) { change(night, brightness_); }
+
+void Theme::setNightBrightness(double share) { change(night(), share); }
+
+void Theme::change(bool night, double brightness) {
+    if (this->night() == night && brightness_ == brightness) return;
+    brightness_ = brightness;
+    static_cast<Look&>(*this) = Look(night, brightness);
     apply();
     changed.emit();
 }
+
+/// A red of the night's own hue; strength from 0 to 1.
+QColor Look::red(double strength) const { return shadeOf(colors_.marker, strength); }
 
 void Theme::apply() {
     const QPalette palette = paletteOf(colors());
     // Coloured fringes of sub-pixel smoothing would not be red.
     QFont font = QApplication::font();
-    font.setStyleStrategy(night_ ? QFont::NoSubpixelAntialias : QFont::PreferDefault);
+    font.setStyleStrategy(night() ? QFont::NoSubpixelAntialias : QFont::PreferDefault);
     QApplication::setFont(font);
     QApplication::setPalette(palette);
     QToolTip::setPalette(palette);
 }
 
-QColor Theme::surface(platform::Color color) const {
+QColor Look::surface(platform::Color color) const {
     const Colors& c = colors();
     switch (color) {
         case platform::color::kButtonFace:
@@ -137,7 +157,7 @@ QColor Theme::surface(platform::Color color) const {
     return night_ ? red(literal(color).lightnessF()) : literal(color);
 }
 
-QColor Theme::ink(platform::Color color) const {
+QColor Look::ink(platform::Color color) const {
     const Colors& c = colors();
     switch (color) {
         case platform::color::kIndicatorOffFore:
@@ -155,19 +175,19 @@ QColor Theme::ink(platform::Color color) const {
     return night_ ? red(0.5 + literal(color).lightnessF()) : literal(color);
 }
 
-QColor Theme::plotted(platform::Color color) const {
+QColor Look::plotted(platform::Color color) const {
     const Colors& c = colors();
     if (color == platform::color::kBlack || isSystem(color)) return c.text;
     if (color == platform::color::kRed || (night_ && color == platform::color::kDarkGreen)) return c.marker;
     return night_ ? red(0.5 + literal(color).lightnessF() / 2) : literal(color);
 }
 
-QPixmap reddened(const QPixmap& picture) {
+QPixmap reddened(const QPixmap& picture, const QColor& brightest) {
     QImage image = picture.toImage().convertToFormat(QImage::Format_ARGB32);
     for (int y = 0; y < image.height(); ++y) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < image.width(); ++x) {
-            const QColor shade = red(qGray(line[x]) / 255.0);
+            const QColor shade = shadeOf(brightest, qGray(line[x]) / 255.0);
             line[x] = qRgba(shade.red(), shade.green(), shade.blue(), qAlpha(line[x]));
         }
     }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/form.h"
+#include "qt/tips.h"
 #include "qt/translation.h"
 
 namespace vantrel::qt {
@@ -29,7 +30,8 @@ void Tie::post(std::function<void()> action) {
 void Tie::showCommon(QWidget& widget) const {
     widget.setEnabled(control_.enabled());
     widget.setVisible(control_.visible());
-    widget.setToolTip(words(control_.toolTip()).trimmed());
+    const QString own = words(control_.toolTip()).trimmed();
+    widget.setToolTip(own.isEmpty() ? tipFor(control_.form().name(), control_.name()) : own);
 }
 
 void Tie::showColors(QWidget& widget, QPalette::ColorRole back, platform::Color usualBack,

@@ -23,7 +23,7 @@ namespace {
 /// The names and figures of a text that is made like the pattern; empty when it isn't.
 QStringList partsOf(const QString& text, const char* pattern) {
     QString expression = QRegularExpression::escape(QString::fromUtf8(pattern));
-    for (const char* place : {"\\%1", "\\%2", "\\%3"}) expression.replace(place, "(.+)");
+    for (const char* place : {"\\%1", "\\%2", "\\%3", "\\%4"}) expression.replace(place, "(.+)");
     const auto match = QRegularExpression(QRegularExpression::anchoredPattern(expression)).match(text);
     return match.hasMatch() ? match.capturedTexts().mid(1) : QStringList();
 }
@@ -39,7 +39,7 @@ QString inWords(const std::string& form, const std::string& text) {
             std::string(own).find("%1") == std::string::npos ? QStringList() : partsOf(plain, own);
         if (parts.isEmpty()) continue;
         QString words = QCoreApplication::translate(owner, own);
-        for (const QString& part : parts) words = words.arg(part);
+        for (const QString& part : parts) words = words.arg(inWords(form, part.toStdString()));
         return words;
     }
     return plain;

@@ -35,8 +35,8 @@ class WatchedSettings : public platform::SettingsRoot {
 /// Whether "Night vision colors" are chosen.
 bool nightVision(const platform::SettingsRoot& settings);
 
-/// The look follows "Night vision colors", from now on and whenever it is stored, for as long as the
-/// subscription lives.
+/// The look follows "Night vision colors" and their brightness, from now on and whenever one is stored, for
+/// as long as the subscription lives.
 class Theme;
 [[nodiscard]] platform::Subscription followNightVision(WatchedSettings& settings, Theme& theme);
 

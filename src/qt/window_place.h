@@ -31,6 +31,9 @@ class WindowPlace : public QObject {
     /// whole.
     void put(const QRect& place);
 
+    /// What stands around the window's inside; usual widths until it is shown.
+    QMargins frame() const;
+
     /// A moving that has just ended is told now, and not in a moment.
     void tellNow();
     /// The same for a moving that went through the window's own hands.
@@ -46,7 +49,6 @@ class WindowPlace : public QObject {
     bool stands() const;
     QRect current() const;
     QRect onScreen(const QRect& place) const;
-    QMargins frame() const;
 
     QWidget& window_;
     std::function<void(const QRect&)> moved_;

@@ -1,5 +1,6 @@
 #include "qt/windows.h"
 
+#include "app/frm_main.h"
 #include "qt/simulator_window.h"
 #include "qt/window_keys.h"
 
@@ -7,10 +8,12 @@ namespace vantrel::qt {
 namespace {
 
 std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) {
-    if (form.name() == "frmMain") return std::make_unique<MainWindow>(form, front);
+    if (auto* const main = dynamic_cast<app::frmMain*>(&form))
+        return std::make_unique<MainWindow>(*main, front);
     if (form.name() == "frmLog") return std::make_unique<LogWindow>(form, front);
     if (form.name() == "frmTelescope") return std::make_unique<TelescopeWindow>(form, front);
     if (form.name() == "frmPolarPlot") return std::make_unique<PolarPlotWindow>(form, front);
+    if (form.name() == "frmAdjust") return std::make_unique<AdjustWindow>(form, front);
     if (form.name() == "frmHistory") return std::make_unique<HistoryWindow>(form, front);
     if (form.name() == "frmPlates") return std::make_unique<PlatesWindow>(form, front);
     if (form.name() == "frmPreflight") return std::make_unique<PreflightWindow>(form, front);

@@ -10,16 +10,21 @@
 class QGroupBox;
 class QLabel;
 
+namespace vantrel::app {
+class frmMain;
+}
+
 namespace vantrel::qt {
 
 class MainWindow : public FormWindow {
   public:
-    MainWindow(platform::Form& form, const Front& front);
+    MainWindow(app::frmMain& form, const Front& front);
 
   private:
+    void addKeys();
     void offerAnswer();
 
-    platform::Subscription nextChanged_;
+    platform::Subscription nextChanged_, pageWanted_;
     bool nextWasEnabled_ = false;
 };
 
@@ -41,6 +46,11 @@ class PolarPlotWindow : public FormWindow {
     void hideWhileEmpty(QGroupBox& group, const std::vector<std::string>& boxes);
 
     std::vector<platform::Subscription> filled_;
+};
+
+class AdjustWindow : public FormWindow {
+  public:
+    AdjustWindow(platform::Form& form, const Front& front);
 };
 
 class HistoryWindow : public FormWindow {

@@ -85,6 +85,7 @@ const Row kRows[] = {
     {kRun, "TurnByHand", "frmMain.chkTurnByHand", "0", "1", kAlways},
     {kRun, "PlateExposures", "frmMain.txtPlateExposures", "1", "2", kAlways},
     {kRun, "CrossHairEnable", "frmMain.chkCrossHairEnable", "0", "1", kAtEnd},
+    {kRun, "CloseSound", "frmMain.chkCloseSound", "0", "1", kAlways},
     {kRun, "CrossHairWidth", "frmMain.cmbCrossHairWidth", "1", "3", kAlways},
     {kRun, "UseCCDSoftSubFrame", "frmMain.chkUseCCDSoftSubFrame", "0", "1", kAtEnd},
     {kRun, "ImagePath", "frmMain.txtImagePath", "C:\\Users\\me\\My Documents\\Vantrel", "D:\\Images", kAtEnd},

@@ -58,8 +58,10 @@ struct CorrectionWorld : vantrel::test::EngineWorld {
     OpenImage image{classes, [] { return "MaxIm"; }};
     engine::ManualExposures exposures{exposurePanel, panel, state, services, overlays};
     StarPointing pointing{panel, state, services, exposures, overlays, image, star, marks};
+    GuidancePanel guidancePanel{form};
+    StarGuide starGuide{guidancePanel, image};
     CorrectionSequence correction{panel,     exposurePanel, state,    services, prompt,
-                                  exposures, overlays,      pointing, marks};
+                                  exposures, overlays,      pointing, marks,    starGuide};
 
     explicit CorrectionWorld(bool simulator = false) : EngineWorld(guide) {
         classes.install(

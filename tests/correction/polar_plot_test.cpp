@@ -45,8 +45,12 @@ std::vector<std::string> shapesOf(const Drawing& drawing) {
     return texts;
 }
 
-/// Drawn last.
-Circle dotOf(const Drawing& drawing) { return std::get<Circle>(drawing.shapes.back()); }
+Circle dotOf(const Drawing& drawing) {
+    for (const Shape& shape : drawing.shapes)
+        if (const auto* circle = std::get_if<Circle>(&shape); circle != nullptr && circle->filled)
+            return *circle;
+    return {};
+}
 
 std::vector<std::string> shapesOf(const Shapes& shapes) {
     return shapesOf(Drawing{.scale = {}, .shapes = shapes});
@@ -78,7 +82,8 @@ class Plot : public testing::Test {
     Form form{screen, "frmMain", "", {0, 0, 600, 500}};
     ErrorPlotPanel panel{form};
     frmPolarPlot window{screen};
-    PolarPlot plot{loop, settings, log, telescope, window, panel};
+    ResultPanel result{form};
+    PolarPlot plot{loop, settings, log, telescope, window, panel, result};
 };
 
 TEST(ErrorUnitsTest, FourDecimalsBelowAnArcMinute) {
@@ -237,6 +242,38 @@ TEST_F(Plot, FourDirections) {
         EXPECT_NEAR(toNumber(window.txtAltitudeError.text()), c.elevation, 0.011) << c.angle;
         EXPECT_NEAR(toNumber(window.txtAzimuthError.text()), c.azimuth, 0.011) << c.angle;
     }
+}
+
+TEST(RingFigures, NameAtMostThreeInnerRings) {
+    const struct {
+        ChartRange range;
+        std::vector<std::string> figures;
+    } cases[] = {{{1, 10}, {}},
+                 {{2, 10}, {"10"}},
+                 {{4, 1}, {"3", "2", "1"}},
+                 {{5, 10}, {"30", "10"}},
+                 {{11, 1}, {"8", "5", "2"}}};
+    for (const auto& c : cases) {
+        std::vector<std::string> figures;
+        for (const Shape& shape : ringFigures(c.range)) figures.push_back(std::get<Text>(shape).text);
+        EXPECT_EQ(figures, c.figures) << c.range.rings;
+    }
+}
+
+TEST_F(Plot, SaysOnTheMainWindowWhatToDo) {
+    plot.PlotPolar(16.03 / 60, 133.56);
+    EXPECT_FALSE(result.picDial.drawing().shapes.empty());
+    EXPECT_EQ(result.lblAzimuthAdvice.caption(), "Azimuth 16.4' too far east: turn west");
+    EXPECT_EQ(result.lblElevationAdvice.caption(), "Elevation 11.1' too low: raise");
+    EXPECT_EQ(window.lblOnSky.caption(),
+              "The azimuth knob's 16.4' are 11.6' on the sky (× cosine of the latitude)");
+    plot.showBadSolution();
+    plot.PlotPolar(0, 0);
+    EXPECT_EQ(result.lblVerdict.caption(), "No valid result");
+    EXPECT_EQ(result.lblAzimuthAdvice.caption(), "") << "never a word of a result that isn't one";
+    EXPECT_TRUE(result.picDial.drawing().shapes.empty());
+    plot.clearPolarPlot();
+    EXPECT_EQ(result.lblVerdict.caption(), "No measurement yet");
 }
 
 TEST_F(Plot, FillsBoxesAndLog) {

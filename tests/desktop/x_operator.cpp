@@ -12,6 +12,8 @@
 namespace vantrel::desktop {
 namespace {
 
+constexpr std::uint8_t kLeft = 1, kWheelAway = 4, kWheelTowards = 5;
+
 struct Free {
     void operator()(void* reply) const { std::free(reply); }
 };
@@ -70,9 +72,15 @@ void XOperator::moveTo(QPoint place) {
     xcb_flush(connection_);
 }
 
-void XOperator::press() { button(true); }
+void XOperator::press() { button(kLeft, true); }
 
-void XOperator::release() { button(false); }
+void XOperator::release() { button(kLeft, false); }
+
+void XOperator::turnWheel(bool away) {
+    const std::uint8_t notch = away ? kWheelAway : kWheelTowards;
+    button(notch, true);
+    button(notch, false);
+}
 
 void XOperator::click(QPoint place) {
     moveTo(place);
@@ -80,9 +88,34 @@ void XOperator::click(QPoint place) {
     release();
 }
 
-void XOperator::button(bool down) {
-    constexpr std::uint8_t kLeft = 1;
-    xcb_test_fake_input(connection_, down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, kLeft, XCB_CURRENT_TIME,
+void XOperator::strike(unsigned symbol, std::initializer_list<unsigned> held) {
+    for (const unsigned other : held) key(other, true);
+    key(symbol, true);
+    key(symbol, false);
+    for (const unsigned other : held) key(other, false);
+    xcb_flush(connection_);
+}
+
+void XOperator::key(unsigned symbol, bool down) {
+    const xcb_setup_t& setup = *xcb_get_setup(connection_);
+    const xcb_keycode_t first = setup.min_keycode;
+    const auto count = static_cast<std::uint8_t>(setup.max_keycode - first + 1);
+    const auto mapping = owned(xcb_get_keyboard_mapping_reply(
+        connection_, xcb_get_keyboard_mapping(connection_, first, count), nullptr));
+    if (!mapping) throw std::runtime_error("no keyboard");
+    const xcb_keysym_t* const symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
+    const int perKey = mapping->keysyms_per_keycode;
+    for (int i = 0; i < count; ++i)
+        if (symbols[i * perKey] == symbol) {
+            xcb_test_fake_input(connection_, down ? XCB_KEY_PRESS : XCB_KEY_RELEASE,
+                                static_cast<std::uint8_t>(first + i), XCB_CURRENT_TIME, root_, 0, 0, 0);
+            return;
+        }
+    throw std::runtime_error("no such key");
+}
+
+void XOperator::button(std::uint8_t number, bool down) {
+    xcb_test_fake_input(connection_, down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, number, XCB_CURRENT_TIME,
                         root_, 0, 0, 0);
     xcb_flush(connection_);
 }

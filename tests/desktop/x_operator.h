@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QPoint>
 #include <QRect>
+#include <initializer_list>
 
 class QWidget;
 struct xcb_connection_t;
@@ -29,9 +30,15 @@ class XOperator {
     void press();
     void release();
     void click(QPoint place);
+    /// Turns the wheel by a notch, away from the operator or towards him.
+    void turnWheel(bool away);
+    /// Strikes the key that has this symbol (keysymdef.h), with these held down meanwhile; throws
+    /// std::runtime_error when the keyboard has no such key.
+    void strike(unsigned symbol, std::initializer_list<unsigned> held = {});
 
   private:
-    void button(bool down);
+    void button(std::uint8_t number, bool down);
+    void key(unsigned symbol, bool down);
 
     xcb_connection_t* connection_;
     unsigned root_ = 0;

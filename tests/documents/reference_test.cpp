@@ -62,6 +62,7 @@ const char* const kSilent[] = {
     "_panel.h",
     "_panel.cpp",              // captions, which the tables of controls tell of
     "os_name.cpp",             // the names behind "OS:"
+    "svg.cpp",                 // what a picture's file holds
     "picture_cards.cpp",       // what a picture's header tells
     "tycho_distribution.cpp",  // the next four belong to make-catalog and vantrel-solve
     "tycho_lines.cpp",
@@ -84,6 +85,7 @@ const std::set<std::string> kUnseen = {
     "yyyy-MM-dd HH:mm:ss",
     "Vista",                            // a name behind "OS:"
     "The settings have failed before",  // after the box that told of it
+    "telescope link",                   // what is looked for in a message
 };
 
 // Functions whose arguments are whole messages, and others whose arguments are shown as parts of one.

@@ -127,6 +127,23 @@ TEST(MeasurementRun, TakesPlatesComparesThemAndGoesBack) {
         << "without air, which the written calculation doesn't know";
 }
 
+TEST(MeasurementRun, TellsHowFarItIs) {
+    MeasurementWorld world;
+    std::vector<std::string> stages;
+    const auto told = world.panel.lblProgress.changed.subscribe([&] {
+        const std::string& line = world.panel.lblProgress.caption();
+        const std::string stage = line.substr(0, line.find_first_of(",;"));
+        if (stages.empty() || stages.back() != stage) stages.push_back(stage);
+    });
+    world.measure();
+    EXPECT_THAT(stages,
+                ElementsAre("Plate 1 of 3: exposing", "Plate 1 of 3: solving", "Plate 2 of 3: slewing",
+                            "Plate 2 of 3: settling", "Plate 2 of 3: exposing", "Plate 2 of 3: solving",
+                            "Plate 3 of 3: slewing", "Plate 3 of 3: settling", "Plate 3 of 3: exposing",
+                            "Plate 3 of 3: solving", "Slewing back", "Measured: Next corrects",
+                            "Measurement complete"));
+}
+
 TEST(MeasurementRun, RefusesPlansAndPlatesWithTheTextForEach) {
     const auto between = [](const std::string& what, const char* limits) {
         return joinLines({"Stop Next", "***ERROR***ERROR***", what + " must be ", limits, "",
@@ -348,6 +365,17 @@ TEST(MeasurementRun, GuidesTheHandThatTurnsTheAxis) {
         EXPECT_NEAR(record.check.estimate.fromTruePole.azimuth, 20, 0.1);
         EXPECT_NEAR(record.check.estimate.fromTruePole.elevation, -15, 0.1);
     }
+}
+
+TEST(MeasurementRun, LetsTimePassBetweenLooksAtATurningMount) {
+    MeasurementWorld world;
+    world.panel.chkTurnByHand.setValue(1);
+    world.solver.sky = [&](const EquatorialPosition&) {  // it never turns
+        return world.lookingFrom({.RA = world.mount.lst - 1, .Dec = 0});
+    };
+    const auto stop = world.loop.after(std::chrono::seconds(60), [&] { world.panel.cmdStop.click(); });
+    world.measure();
+    EXPECT_THAT(world.solver.solved.size(), testing::AllOf(testing::Gt(10u), testing::Lt(305u)));
 }
 
 TEST(MeasurementRun, SaysBeforehandWhatIsToBeExpected) {

@@ -1,6 +1,8 @@
 #include "faults/night.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
 
 #include "app/message_log.h"
 #include "app/popup_messages.h"
@@ -326,15 +328,26 @@ void Night::collect() {
     outcome_.struck = host_.struck();
 }
 
-/// Which of the main window's buttons, boxes and lists can be used, and the captions; but not what is
-/// expected of the next measurement, which the last one teaches.
+/// What stands there of the last measurement, and what it teaches about the next.
+bool tellsOfThePast(const std::string& control) {
+    static const std::set<std::string> all{"lblProspect",      "lblProgress",        "gaugeProgress",
+                                           "lblAzimuthAdvice", "lblElevationAdvice", "lblTotal",
+                                           "lblVerdict",       "cmdLastMessage"};
+    return all.contains(control);
+}
+
+/// The lamps tell of the devices, which the night breaks, and follow them once a second.
+bool tellsOfADevice(const std::string& control) { return control.ends_with("Status"); }
+
+/// Which of the main window's buttons, boxes and lists can be used, and the captions.
 std::vector<std::string> Night::stateOfControls() const {
     std::vector<std::string> state;
     for (const Control* control : screen_.find("frmMain")->controls()) {
-        if (control->name() == "lblProspect") continue;
+        if (tellsOfThePast(control->name())) continue;
         std::string text = control->name() + (control->enabled() ? " on" : " off");
         text += control->visible() ? " shown" : " hidden";
-        if (const auto* captioned = dynamic_cast<const Captioned*>(control))
+        if (const auto* captioned = dynamic_cast<const Captioned*>(control);
+            captioned != nullptr && !tellsOfADevice(control->name()))
             text += " " + captioned->caption();
         state.push_back(text);
     }

@@ -519,6 +519,15 @@ TEST(ImagingChoice, HandsTheCameraOver) {
 
 // ---- whole nights
 
+/// Of "star to target 4.2' (70 px)".
+double arcMinutesToGo(const json& label) {
+    constexpr const char* kBegin = "star to target ";
+    const auto caption = label["caption"].get<std::string>();
+    EXPECT_THAT(caption, testing::MatchesRegex("star to target [0-9.]+' .[0-9]+ px.")) << label["name"];
+    return caption.starts_with(kBegin) ? platform::leadingNumber(caption.substr(std::string(kBegin).size()))
+                                       : NAN;
+}
+
 TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
     const struct {
         const char* why;
@@ -545,8 +554,17 @@ TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
         script.put("AxisSimulator.Telescope", "PolarAzimuthError", c.azimuth);
         script.put("AxisSimulator.Telescope", "PolarElevationError", c.elevation);
         script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdNext").advance(6);
-        for (int adjustment = 0; adjustment < 2; ++adjustment)
-            script.click("frmMain.cmdNext").advance(1).waitForNext().click("frmMain.cmdNext").advance(6);
+        for (const char* adjuster : {"PolarAzimuthError", "PolarElevationError"}) {
+            const std::string name = adjuster;
+            script.click("frmMain.cmdNext").advance(1).waitForNext().advance(4);
+            script.read("frmMain.lblStarToTarget", name + " before")
+                .put("AxisSimulator.Telescope", adjuster, 0)
+                .advance(4);
+            script.read("frmMain.lblStarToTarget", name + " turned");
+            script.read("frmMain.gaugeStarToTarget", name + " left");
+            script.click("frmMain.cmdNext").advance(6);
+        }
+        script.read("frmMain.lblStarToTarget", "over");
         script.read("frmMain.txtInstructions", "success").click("frmMain.cmdStop").waitIdle();
         const auto result = script.run();
         const auto arcMinutes = [&](const std::string& name) {
@@ -563,6 +581,18 @@ TEST(WholeNights, MeasureAndCorrectWithEveryProgramAndSolver) {
         EXPECT_THAT(result.log, Not(Contains(HasSubstr("modComponents")))) << "no reports";
         EXPECT_EQ(result.reply("success")["text"], joinLines({"Polar Alignment Correction", "was Successful!",
                                                               "", "", "Click Next to measure again"}));
+        for (const std::string adjuster : {"PolarAzimuthError", "PolarElevationError"}) {
+            const double before = arcMinutesToGo(result.reply(adjuster + " before"));
+            const double turned = arcMinutesToGo(result.reply(adjuster + " turned"));
+            if (c.azimuth == 0) {
+                EXPECT_LT(before, 0.5) << "there was nothing to correct";
+                continue;
+            }
+            EXPECT_GT(before, 1);
+            EXPECT_LT(turned, 0.2 * before) << "the adjuster was turned by what the axis was off";
+            EXPECT_NEAR(result.reply(adjuster + " left")["value"].get<double>(), 1000 * turned / before, 30);
+        }
+        EXPECT_EQ(result.reply("over")["caption"], "");
     }
 }
 

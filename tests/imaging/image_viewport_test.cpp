@@ -21,8 +21,9 @@ TEST(ImageViewport, FitsImagesOfAllSizes) {
     } rows[] = {
         {"wide image", 2000, 1000, 1000, 1000, 0.5, 0, 250, 1000, 500},
         {"tall image", 1000, 4000, 1000, 1000, 0.25, 375, 0, 250, 1000},
-        {"small image, by a whole factor", 300, 200, 1000, 1000, 3, 50, 200, 900, 600},
-        {"one pixel, not all over the screen", 1, 1, 1000, 500, 8, 496, 246, 8, 8},
+        {"small image, as large as the window", 300, 200, 1000, 1000, 10.0 / 3, 0, 166, 1000, 667},
+        {"a little smaller than the window", 765, 510, 900, 640, 900.0 / 765, 0, 20, 900, 600},
+        {"one pixel", 1, 1, 1000, 500, 500, 250, 0, 500, 500},
         {"exactly", 640, 480, 640, 480, 1, 0, 0, 640, 480},
         {"in a window of one pixel", 9576, 6388, 1, 1, 1.0 / 9576, 0, 0, 1, 1},
     };

@@ -64,6 +64,37 @@ TEST(ViewRaster, KeepsEveryLineAndStarOfOnePixelHoweverFarItIsReduced) {
     }
 }
 
+TEST(ViewRaster, ShowsWhatWasSetAsMarksAndUncoversThePictureBeneath) {
+    const auto bare = skyWith<std::uint16_t>(300, 200, [](auto& pixels) { pixels[80 * 300 + 120] = 60'000; });
+    std::vector<std::size_t> cross;
+    for (std::size_t x = 0; x < 300; ++x) cross.push_back(80 * 300 + x);
+    for (std::size_t y = 0; y < 200; ++y) cross.push_back(y * 300 + 120);
+    const auto marked = bare.withPixels(cross, 140);  // no brighter than the sky
+    for (const double scale : {0.3, 0.5, 1.0, 2.0, 3.7}) {
+        SCOPED_TRACE(scale);
+        ImageViewport viewport;
+        viewport.setImageSize(300, 200);
+        viewport.setWindowSize(static_cast<int>(300 * scale), static_cast<int>(200 * scale));
+        const ViewWindow window = viewport.window();
+        const PixelStatistics statistics = statisticsOf(bare);
+        const ViewRaster clean = rasterOf(bare, window, statistics);
+        ViewRaster raster = rasterOf(marked, window, statistics);
+        const ViewCircle circle{viewport.toWindow({120, 80}), 12};
+        const int row = static_cast<int>(circle.centre.y);
+        for (int x = 0; x < raster.width; ++x) EXPECT_EQ(at(raster, x, row), static_cast<float>(kMarkValue));
+
+        uncover(raster, marked, window, statistics, circle);
+        float brightestInside = 0;
+        for (int x = 0; x < raster.width; ++x) {
+            const bool inside = circle.contains(x + 0.5, row + 0.5);
+            EXPECT_EQ(at(raster, x, row) == static_cast<float>(kMarkValue), !inside) << x;
+            if (inside) brightestInside = std::max(brightestInside, at(raster, x, row));
+        }
+        EXPECT_EQ(brightestInside, 60'000) << "the star under the crossing";
+        EXPECT_EQ(at(clean, 1, 1), at(raster, 1, 1));
+    }
+}
+
 TEST(ViewRaster, ShowsTheMeanOfTheSkyAndThePeakOfAStar) {
     const auto image =
         skyWith<std::uint16_t>(800, 800, [](auto& pixels) { pixels[400 * 800 + 413] = 30'000; });

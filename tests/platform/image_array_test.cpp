@@ -39,6 +39,27 @@ TEST(ImageArray, SetsPixelsWhereTheyAreWhenNobodyElseHoldsThem) {
     EXPECT_EQ(counts(marked), (Counts{1, 2, 7, 4}));
 }
 
+TEST(ImageArray, RemembersWhatStoodWherePixelsWereSet) {
+    const ImageArray bare(3, 2, Counts{1, 2, 3, 4, 5, 6});
+    const ImageArray first = bare.withPixels({4, 1}, 9);
+    const ImageArray marked = first.withPixels({5, 4}, 8);
+    EXPECT_EQ(counts(marked), (Counts{1, 9, 3, 4, 8, 8}));
+    EXPECT_EQ(counts(first), (Counts{1, 9, 3, 4, 9, 6}));
+
+    std::vector<std::pair<std::size_t, double>> set;
+    for (const auto& pixel : marked.setPixels()) set.emplace_back(pixel.place, pixel.before);
+    EXPECT_EQ(set, (std::vector<std::pair<std::size_t, double>>{{1, 2}, {4, 5}, {5, 6}}));
+    EXPECT_EQ(counts(marked.untouched(0, 0, 3, 2)), counts(bare));
+    EXPECT_EQ(counts(marked.untouched(1, 1, 2, 1)), (Counts{5, 6}));
+    EXPECT_EQ(counts(marked.untouched(2, 0, 1, 2)), (Counts{3, 6}));
+
+    ImageArray rewritten = marked;
+    std::get<Counts>(rewritten.pixels())[4] = 7;
+    EXPECT_TRUE(rewritten.setPixels().empty());
+    EXPECT_EQ(marked.setPixels().size(), 3U);
+    EXPECT_TRUE(bare.setPixels().empty());
+}
+
 TEST(ImageArray, SetsTheNearestValueThatAPixelCanHold) {
     const struct {
         ImageArray::Pixels pixel;

@@ -17,6 +17,7 @@
 #include "app/frm_popup_msg.h"
 #include "app/frm_welcome.h"
 #include "app/settings_store.h"
+#include "correction/frm_adjust.h"
 #include "correction/frm_history.h"
 #include "correction/frm_polar_plot.h"
 #include "devices/frm_select_cc_software.h"
@@ -42,6 +43,7 @@ struct Forms {
     app::frmLog log{screen};
     app::frmPopupMsg popup{screen};
     correction::frmPolarPlot polarPlot{screen};
+    correction::frmAdjust adjust{screen};
     correction::frmHistory history{screen};
     engine::frmPlates plates{screen};
     engine::frmPreflight preflight{screen};

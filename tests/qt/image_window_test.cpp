@@ -327,11 +327,62 @@ TEST_F(ImageWindowTest, EveryCommandHasAKeyOfItsOwnThatItsTooltipNames) {
         EXPECT_TRUE(button->defaultAction() == nullptr || !button->accessibleName().isEmpty());
 }
 
-TEST(ImageColors, WhiteStandsOutByNight) {
-    const Colors night = colorsOf(true);
-    const auto tones = imageColors(night, true, false).tones;
-    EXPECT_EQ(tones[ToneCurve::kWhite], night.marker.rgb());
-    EXPECT_LT(qRed(tones[ToneCurve::kWhite - 1]), 0.9 * night.marker.red());
+/// A star that is guided to where a cross of saturated pixels was drawn, no brighter than the star.
+TEST_F(ImageWindowTest, ShowsTheGuidedStarItsWayAndThePictureUnderTheCrossing) {
+    const auto bare = starField();
+    std::vector<std::size_t> cross;
+    for (std::size_t x = 0; x < 600; ++x) cross.push_back(101 * 600 + x);
+    for (std::size_t y = 0; y < 400; ++y) cross.push_back(y * 600 + 150);
+    show(share(bare->withPixels(cross, 65535)));
+    correction::Guidance guidance;
+    guidance.target = {150, 101};
+    guidance.star = engine::PixelPosition{401, 222};
+    guidance.pixels = 279;
+    guidance.arcMinutes = 16.74;
+    guidance.left = 0.5;
+    for (const bool night : {false, true}) {
+        theme.setNight(night);
+        for (const char* zoom : {"fit", "pixels"}) {
+            SCOPED_TRACE(std::string(zoom) + (night ? " by night" : ""));
+            action(zoom).trigger();
+            const QRgb mark = imageColors(theme.colors(), night, false).tones[ToneCurve::kMark];
+            window.tellGuidance(std::nullopt);
+            EXPECT_EQ(shownAt(150, 101), mark);
+            EXPECT_EQ(shownAt(400, 101), mark);
+            const double scale = view().viewport().scale();
+            const auto ring = [&] { return shownAt(401 + 20 / scale, 222) == mark; };
+            EXPECT_FALSE(ring());
+
+            window.tellGuidance(guidance);
+            settle();
+            EXPECT_NE(shownAt(150, 101), mark) << "the star beneath";
+            EXPECT_NE(shownAt(150 + 10 / scale, 101), mark);
+            EXPECT_EQ(shownAt(150 + 15 / scale, 101), mark);
+            EXPECT_TRUE(ring());
+            EXPECT_NE(shownAt(401, 222), mark) << "the ring leaves its star alone";
+            EXPECT_LE(night ? foreignLight(window.grab().toImage()) : 0, 0);
+        }
+    }
+    EXPECT_EQ(text("starToTarget"), "star to target 16.7' (279 px)");
+    EXPECT_TRUE(widgetOf<QWidget>(window, "wayLeft").isVisible());
+    guidance.star.reset();
+    window.tellGuidance(guidance);
+    EXPECT_EQ(text("starToTarget"), "star not found");
+    window.tellGuidance(std::nullopt);
+    EXPECT_FALSE(widgetOf<QWidget>(window, "starToTarget").isVisible());
+}
+
+TEST(ImageColors, MarksStandOutOfWhiteAndWhiteOfTheStars) {
+    for (const bool inverted : {false, true}) {
+        const auto night = imageColors(colorsOf(true), true, inverted).tones;
+        const std::uint8_t white = inverted ? 0 : ToneCurve::kWhite;
+        const std::uint8_t next = inverted ? 1 : ToneCurve::kWhite - 1;
+        EXPECT_GT(qRed(night[white]), 1.1 * qRed(night[next]));
+        EXPECT_GT(qRed(night[ToneCurve::kMark]), 1.2 * qRed(night[white]));
+        EXPECT_GT(qBlue(night[ToneCurve::kMark]), 2 * qBlue(night[white]));
+        const auto day = imageColors(colorsOf(false), false, inverted).tones;
+        EXPECT_GT(qRed(day[ToneCurve::kMark]), 2 * qBlue(day[ToneCurve::kMark])) << "no grey";
+    }
 }
 
 TEST_F(ImageWindowTest, FullScreenComesAndGoesByKeys) {

@@ -20,6 +20,7 @@
 #include "qt/forms.h"
 #include "qt/image_window.h"
 #include "qt/qt_dialogs.h"
+#include "qt/status_lamp.h"
 
 namespace vantrel::qt {
 namespace {
@@ -118,7 +119,9 @@ TEST(Keyboard, EveryButtonHasALetterOfItsOwnAndEveryFieldHasOne) {
         std::map<QChar, std::string> buttons;
         for (const auto* button : window.findChildren<QAbstractButton*>()) {
             const bool hasLetters = button->text().contains(QRegularExpression("[A-Za-z]"));
-            if (!button->isVisible() || button->objectName().isEmpty() || !hasLetters) continue;
+            const bool lamp =
+                dynamic_cast<const StatusLamp*>(button) != nullptr;  // no command: Tab reaches it
+            if (!button->isVisible() || button->objectName().isEmpty() || !hasLetters || lamp) continue;
             const QChar letter = letterOf(button->text());
             EXPECT_FALSE(letter.isNull()) << nameOf(*button);
             const auto [owner, isNew] = buttons.emplace(letter, nameOf(*button));

@@ -48,6 +48,16 @@ inline void fill(Forms& forms) {
     forms.main.plateSolve.lblCatTest.setCaption("Test passed\r\n(see log)");
     forms.main.errorPlot.txtRARange.setText("90.0000");
     forms.main.errorPlot.txtDecError.setText("-10.1243");
+    forms.main.result.lblAzimuthAdvice.setCaption("Azimuth 118.8' too far east: turn west");
+    forms.main.result.lblElevationAdvice.setCaption("Elevation 118.8' too high: lower");
+    forms.main.result.lblTotal.setCaption("Total 118.8' ± 118.8″, measured at 22:22");
+    forms.main.result.lblVerdict.setCaption("Not yet within 10.0'");
+    forms.main.run.lblProgress.setCaption("Plate 2 of 3: exposing, 16 of 20 s; about 1 min 40 s left");
+    forms.main.status.cmdMountStatus.setCaption("Mount failed");
+    forms.main.status.cmdCameraStatus.setCaption("Camera failed");
+    forms.main.status.cmdSolverStatus.setCaption("Solver ready");
+    forms.main.guidance.lblStarToTarget.setCaption("star to target 999.9' (9999 px)");
+    forms.main.guidance.setReadingsVisible(true);
     forms.main.run.cmdExpose.setCaption("Stoping Exp.");
     forms.main.run.lblMeasure.setCaption("Correct");
     auto& plot = forms.polarPlot;

@@ -8,6 +8,8 @@
 #include <QMenu>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <algorithm>
+#include <cmath>
 
 #include <gtest/gtest.h>
 
@@ -88,7 +90,13 @@ TEST_P(LayoutTest, ScrollsNothingWhereThereIsRoom) {
             for (const QScrollArea* area : window->findChildren<QScrollArea*>())
                 for (const QScrollBar* bar : {area->horizontalScrollBar(), area->verticalScrollBar()})
                     EXPECT_FALSE(area->isVisible() && bar->isVisible())
-                        << window->form().name() << ": " << bar->maximum() << " too much";
+                        << window->form().name() << ": " << bar->maximum()
+                        << (bar->orientation() == Qt::Vertical ? " too high" : " too wide") << ", with "
+                        << area->widget()
+                               ->findChildren<QAbstractButton*>()
+                               .value(0)
+                               ->objectName()
+                               .toStdString();
         });
 }
 
@@ -99,6 +107,38 @@ int brightest(const QImage& image) {
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x) most = std::max(most, qGray(image.pixel(x, y)));
     return most;
+}
+
+/// How much brighter one colour is than the other, as accessibility guidelines reckon it: from 1 to 21.
+double contrast(const QColor& one, const QColor& other) {
+    const auto luminance = [](const QColor& color) {
+        const auto linear = [](double part) {
+            return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
+    };
+    const auto [darker, brighter] = std::minmax({luminance(one), luminance(other)});
+    return (brighter + 0.05) / (darker + 0.05);
+}
+
+TEST(Look, CanBeReadByDayAndByNight) {
+    constexpr double kText = 4.5, kUnlit = 3;
+    for (const bool night : {false, true}) {
+        SCOPED_TRACE(night ? "night" : "day");
+        const Look look(night);
+        const Colors& c = look.colors();
+        for (const QColor& ground : {c.window, c.base, c.button, c.chart}) {
+            EXPECT_GE(contrast(c.text, ground), kText) << ground.name().toStdString();
+            EXPECT_GE(contrast(c.marker, ground), kUnlit) << ground.name().toStdString();
+        }
+        EXPECT_GE(contrast(c.onAccent, c.accent), kText);
+        EXPECT_GE(contrast(c.onUnlit, c.unlit), kUnlit);
+        EXPECT_GE(contrast(c.dim, c.window), kUnlit);
+        EXPECT_GE(contrast(c.dim, c.base), kUnlit);
+        for (const platform::Color lamp : {platform::color::kRed, platform::color::kDarkGreen})
+            EXPECT_GE(contrast(look.ink(platform::color::kBlack), look.surface(lamp)), kText) << lamp;
+    }
 }
 
 TEST(NightLook, HoldsNothingButRed) {

@@ -74,9 +74,13 @@ struct Night {
     void pass(std::vector<Step> steps) {
         steps.push_back({[] { return true; }, [this] { main().close(); }});
         std::size_t next = 0;
+        bool acting = false;  // a step may let the program go on before it ends
         loop.setAttendant([&] {
             QApplication::processEvents();
-            if (next < steps.size() && steps[next].when()) steps[next++].then();
+            if (acting || next == steps.size() || !steps[next].when()) return;
+            acting = true;
+            steps[next++].then();
+            acting = false;
         });
         loop.post([this] { firstStart ? program.start() : program.application().start(); });
         loop.runUntil([&] { return program.application().ended(); });

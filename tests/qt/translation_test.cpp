@@ -87,7 +87,7 @@ TEST(Translation, TakesNamesAndFiguresAlong) {
          "In 1.2 s mit 85 Sternen gelöst, im Mittel 0.41\" daneben; das Bild ist gespiegelt"},
         {"frmDevices", "-9.5 °C, cooler at 40 %", "-9.5 °C, Kühlung bei 40 %"},
         // the program's words
-        {"frmMain", "Slewing", "Slewing"},
+        {"frmMain", "Error Amplitude", "Error Amplitude"},
         {"frmMain", "Expose & Solve", "Expose & Solve"},
         {"dialog", "Vantrel is already running", "Vantrel is already running"},
     };

@@ -388,5 +388,19 @@ TEST(PopupWindow, AClickTellsTheFormAndDraggingMovesIt) {
     EXPECT_EQ(forms.popup.place().left, start.x() + 60);
 }
 
+TEST(Tips, StandOnEveryField) {
+    Forms forms;
+    const auto windows = windowsFor(forms.screen, forms.front);
+    for (const auto& window : windows)
+        for (const platform::Control* control : window->form().controls()) {
+            const auto* const widget = window->findChild<QWidget*>(QString::fromStdString(control->name()));
+            const bool field = dynamic_cast<const QLineEdit*>(widget) != nullptr ||
+                               dynamic_cast<const QComboBox*>(widget) != nullptr ||
+                               dynamic_cast<const QCheckBox*>(widget) != nullptr;
+            if (!field || window->form().name() == "frmPopupMsg") continue;
+            EXPECT_NE(widget->toolTip(), "") << window->form().name() << "." << control->name();
+        }
+}
+
 }  // namespace
 }  // namespace vantrel::qt

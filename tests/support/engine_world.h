@@ -153,6 +153,7 @@ struct EngineWorld {
     RecordingDisplay display;
     RecordingHistory history;
     engine::Interlock interlock;
+    engine::Progress progress{panel, state, loop};
     engine::Services services;
     engine::OperatorPrompt prompt{panel, state, loop, settings, log, mount};
     engine::frmPreflight preflightForm{screen};
@@ -164,8 +165,8 @@ struct EngineWorld {
     engine::MeasurementRun run{panel, state, prompt, preflight, review, services};
 
     explicit EngineWorld(engine::CorrectionPort& correction)
-        : services{loop,   settings, log,     messages,   mount,     camera,
-                   solver, texts,    display, correction, interlock, history} {
+        : services{loop,  settings, log,        messages,  mount,   camera,  solver,
+                   texts, display,  correction, interlock, history, progress} {
         state.PlateSolveMethod = "PP";
         panel.cmdRun.onClick = [this] { run.cmdRun_Click(); };
         form.show();

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "correction/stars/defective_lines.h"
+#include "correction/stars/image_piece.h"
 #include "correction/stars/star_light.h"
 #include "correction/stars/star_measurement.h"
 
@@ -18,24 +19,6 @@ PixelBox around(double x, double y, int margin, const platform::ImageArray& imag
     const auto row = static_cast<int>(std::lround(y));
     return PixelBox{column - margin, row - margin, column + margin + 1, row + margin + 1}.clipped(
         static_cast<int>(image.width()), static_cast<int>(image.height()));
-}
-
-platform::ImageArray cutOut(const platform::ImageArray& image, const PixelBox& box) {
-    const auto width = static_cast<std::size_t>(box.width());
-    const auto height = static_cast<std::size_t>(box.height());
-    return std::visit(
-        [&](const auto& pixels) {
-            std::decay_t<decltype(pixels)> piece;
-            piece.reserve(width * height);
-            for (int y = box.top; y < box.bottom; ++y) {
-                const auto first = pixels.begin() +
-                                   static_cast<std::ptrdiff_t>(static_cast<std::size_t>(y) * image.width()) +
-                                   box.left;
-                piece.insert(piece.end(), first, first + box.width());
-            }
-            return platform::ImageArray(width, height, std::move(piece));
-        },
-        image.pixels());
 }
 
 double highestPixel(const platform::ImageArray& image, const StarMeasurement& star) {
@@ -57,7 +40,7 @@ std::optional<StarUnderPoint> measureStarAt(const platform::ImageArray& image, d
           y < static_cast<double>(image.height()) - 0.5))
         return std::nullopt;
     const PixelBox box = around(x, y, kNeighbourhood, image);
-    platform::ImageArray piece = cutOut(image, box);
+    platform::ImageArray piece = pieceOf(image, box);
     const SkyLevel sky(piece, kNeighbourhood - 2);
     piece = withoutDefectiveLines(piece, sky);
     const PixelBox aim = around(x - box.left, y - box.top, kAim, piece);

@@ -18,7 +18,7 @@ struct StarUnderPoint {
 
 /// The star at column x and row y, or the brightest of those within a dozen pixels. Nothing when there is
 /// none, or the point lies outside the image. Looks at no more than about a hundred pixels' square around the
-/// point, however large the image is. Throws nothing of its own.
+/// point, however large the image is, and through marks that were set in it. Throws nothing of its own.
 std::optional<StarUnderPoint> measureStarAt(const platform::ImageArray& image, double x, double y);
 
 }  // namespace vantrel::correction

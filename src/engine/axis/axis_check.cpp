@@ -69,6 +69,12 @@ AxisCheck checkAxis(std::span<const Plate> plates, const Site& site, const FitSe
             WrittenCalculation(settings).estimate(plates, site), judge(plates, site, settings), astride()};
 }
 
+const AxisEstimate* AxisCheck::best() const {
+    for (const AxisEstimate* one : {&estimate, &written})
+        if (one->valid() && one->covariance) return one;
+    return nullptr;
+}
+
 std::vector<std::string> AxisCheck::lines() const {
     if (!estimate.valid()) return {"Least squares: no result, " + reasonFor(estimate.validity)};
     std::vector<std::string> lines = {"Least squares: " + offsetText(estimate.fromTruePole)};

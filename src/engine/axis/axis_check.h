@@ -18,6 +18,10 @@ struct AxisCheck {
     Verdict verdict;
     bool astrideSixHours = false;  // then the written calculation is wrong, whatever it says
 
+    /// What adjusting begins with: the estimate, else the written result; nothing where neither is valid and
+    /// knows its uncertainty.
+    const AxisEstimate* best() const;
+
     /// For the log: estimate, uncertainty, agreement.
     std::vector<std::string> lines() const;
     /// There is no written result, it is wrong, or it differs from the estimate by more than chance.

@@ -22,29 +22,11 @@ using Eigen::VectorXd;
 
 double wrapped(double angle) { return std::remainder(angle, 2 * kPi); }
 
-/// A rotation by a rotation vector.
-Matrix3d rotation(const Vector3d& vector) {
-    const double angle = vector.norm();
-    if (angle == 0) return Matrix3d::Identity();
-    return Eigen::AngleAxisd(angle, vector / angle).toRotationMatrix();
-}
-
-/// Columns: the camera's line at its position angle, square to it, and outwards.
-Matrix3d attitudeOf(const Sighting& sighting) {
-    const Matrix3d frame = sighting.frame(0);
-    const double angle = sighting.positionAngle().value_or(0);
-    Matrix3d attitude;
-    attitude.col(0) = std::sin(angle) * frame.col(0) + std::cos(angle) * frame.col(1);
-    attitude.col(2) = frame.col(2);
-    attitude.col(1) = attitude.col(2).cross(attitude.col(0));
-    return attitude;
-}
-
 /// The angle about the axis from one sighting to another: by the whole attitude where both tell it, which
 /// holds on the axis too.
 double turnBetween(const Sighting& from, const Sighting& to, const Vector3d& axis) {
     if (from.positionAngle() && to.positionAngle()) {
-        const Eigen::Quaterniond turn(Matrix3d(attitudeOf(to) * attitudeOf(from).transpose()));
+        const Eigen::Quaterniond turn(Matrix3d(to.attitude() * from.attitude().transpose()));
         return wrapped(2 * std::atan2(turn.vec().dot(axis), turn.w()));
     }
     const Vector3d u = from.frame(0).col(2);
@@ -72,7 +54,7 @@ std::vector<Vector3d> firstIdeas(const std::vector<Sighting>& sightings) {
     const Sighting& first = sightings.front();
     const Sighting& last = sightings.back();
     if (first.positionAngle() && last.positionAngle()) {
-        const Eigen::AngleAxisd turn(Matrix3d(attitudeOf(last) * attitudeOf(first).transpose()));
+        const Eigen::AngleAxisd turn(Matrix3d(last.attitude() * first.attitude().transpose()));
         axes.push_back(northern(turn.axis()));
     }
     axes.emplace_back(0, 0, 1);
@@ -113,7 +95,7 @@ Eigen::Matrix<double, 3, 2> Carriage::tangents() const {
 }
 
 Carriage carriageAbout(const Vector3d& axis, const std::vector<Sighting>& sightings) {
-    Carriage carriage{.axis = axis, .first = attitudeOf(sightings.front()), .turns = {}};
+    Carriage carriage{.axis = axis, .first = sightings.front().attitude(), .turns = {}};
     std::optional<double> zero;
     double sum = 0;
     int readings = 0;

@@ -71,8 +71,24 @@ Eigen::Matrix3d Sighting::frame(double airExcess) const {
     return Eigen::AngleAxisd(angle * (1 + airExcess), lift_ / angle) * trueFrame_;
 }
 
+Eigen::Matrix3d Sighting::attitude() const {
+    const Eigen::Matrix3d seen = frame(0);
+    const double angle = positionAngle_.value_or(0);
+    Eigen::Matrix3d attitude;
+    attitude.col(0) = std::sin(angle) * seen.col(0) + std::cos(angle) * seen.col(1);
+    attitude.col(2) = seen.col(2);
+    attitude.col(1) = attitude.col(2).cross(attitude.col(0));
+    return attitude;
+}
+
 Eigen::VectorXd Sighting::weighted(const Eigen::Vector3d& values) const {
     return root_.triangularView<Eigen::Lower>().solve(values.head(size()));
+}
+
+Eigen::Matrix3d rotation(const Eigen::Vector3d& vector) {
+    const double angle = vector.norm();
+    if (angle == 0) return Eigen::Matrix3d::Identity();
+    return Eigen::AngleAxisd(angle, vector / angle).toRotationMatrix();
 }
 
 Eigen::Vector3d seenOf(const Eigen::Vector3d& rotation, const Eigen::Matrix3d& frame) {

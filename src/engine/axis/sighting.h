@@ -28,6 +28,9 @@ class Sighting {
     /// positionAngleOfRows() doesn't feel.
     Eigen::Matrix3d frame(double airExcess) const;
 
+    /// Columns: the camera's line at its position angle, square to it, and outwards, as the air shows them.
+    Eigen::Matrix3d attitude() const;
+
     /// The rotation by which the air has turned the frame.
     const Eigen::Vector3d& lift() const { return lift_; }
 
@@ -54,6 +57,9 @@ class Sighting {
     Eigen::MatrixXd root_;  // of the covariance: lower triangle
     double readingSigma_ = 1;
 };
+
+/// A rotation by a rotation vector.
+Eigen::Matrix3d rotation(const Eigen::Vector3d& vector);
 
 /// East, north and position angle of what is seen, when the camera in this frame is turned by a small
 /// rotation.

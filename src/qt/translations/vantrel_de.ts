@@ -4,6 +4,30 @@
 <context>
     <name>Text</name>
     <message>
+        <source>A turn of the bolt</source>
+        <translation>Eine Umdrehung der Schraube</translation>
+    </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>Result</source>
+        <translation>Ergebnis</translation>
+    </message>
+    <message>
+        <source>Tolerance</source>
+        <translation>Toleranz</translation>
+    </message>
+    <message>
+        <source>Last message</source>
+        <translation>Letzte Meldung</translation>
+    </message>
+    <message>
+        <source>Declination errors</source>
+        <translation>Deklinationsfehler</translation>
+    </message>
+    <message>
         <source>Uncertainty in arc-seconds</source>
         <translation>Unsicherheit in Bogensekunden</translation>
     </message>
@@ -276,6 +300,10 @@ erscheinen hier.</translation>
     <message>
         <source>mark</source>
         <translation>Marke</translation>
+    </message>
+    <message>
+        <source>Way from the star to its mark</source>
+        <translation>Weg vom Stern zu seiner Marke</translation>
     </message>
     <message>
         <source>HFD %1 px</source>
@@ -705,6 +733,18 @@ erscheinen hier.</translation>
         <source>Middle of the picture</source>
         <translation>Bildmitte</translation>
     </message>
+    <message>
+        <source>Copy or save</source>
+        <translation>Kopieren, sichern</translation>
+    </message>
+    <message>
+        <source>Arrange Windows</source>
+        <translation>Fenster anordnen</translation>
+    </message>
+    <message>
+        <source>Opens the folder</source>
+        <translation>Öffnet den Ordner</translation>
+    </message>
 </context>
 <context>
     <name>dialog</name>
@@ -989,6 +1029,244 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     </message>
 </context>
 <context>
+    <name>frmMain</name>
+    <message>
+        <source>Azimuth %1 too far east: turn west</source>
+        <translation>Azimut %1 zu weit Ost: nach West drehen</translation>
+    </message>
+    <message>
+        <source>Azimuth %1 too far west: turn east</source>
+        <translation>Azimut %1 zu weit West: nach Ost drehen</translation>
+    </message>
+    <message>
+        <source>Azimuth is right</source>
+        <translation>Azimut stimmt</translation>
+    </message>
+    <message>
+        <source>Elevation %1 too high: lower</source>
+        <translation>Höhe %1 zu hoch: senken</translation>
+    </message>
+    <message>
+        <source>Elevation %1 too low: raise</source>
+        <translation>Höhe %1 zu tief: anheben</translation>
+    </message>
+    <message>
+        <source>Elevation is right</source>
+        <translation>Höhe stimmt</translation>
+    </message>
+    <message>
+        <source>Total %1, measured at %2</source>
+        <translation>Insgesamt %1, gemessen um %2</translation>
+    </message>
+    <message>
+        <source>Good: within %1</source>
+        <translation>Gut: innerhalb %1</translation>
+    </message>
+    <message>
+        <source>Uncertain: about %1</source>
+        <translation>Unsicher: etwa %1</translation>
+    </message>
+    <message>
+        <source>Not yet within %1</source>
+        <translation>Noch nicht innerhalb %1</translation>
+    </message>
+    <message>
+        <source>No measurement yet</source>
+        <translation>Noch keine Messung</translation>
+    </message>
+    <message>
+        <source>No valid result</source>
+        <translation>Kein gültiges Ergebnis</translation>
+    </message>
+    <message>
+        <source>Arc-minutes from the pole that are good enough for you</source>
+        <translation>So viele Bogenminuten vom Pol genügen</translation>
+    </message>
+    <message>
+        <source>%1; about %2 left</source>
+        <translation>%1; noch etwa %2</translation>
+    </message>
+    <message>
+        <source>%1: exposing, %2 of %3 s</source>
+        <translation>%1: belichtet, %2 von %3 s</translation>
+    </message>
+    <message>
+        <source>%1: settling, %2 of %3 s</source>
+        <translation>%1: kommt zur Ruhe, %2 von %3 s</translation>
+    </message>
+    <message>
+        <source>%1: exposing</source>
+        <translation>%1: belichtet</translation>
+    </message>
+    <message>
+        <source>%1: slewing</source>
+        <translation>%1: schwenkt</translation>
+    </message>
+    <message>
+        <source>%1: slewing back</source>
+        <translation>%1: schwenkt zurück</translation>
+    </message>
+    <message>
+        <source>%1: solving</source>
+        <translation>%1: wird gelöst</translation>
+    </message>
+    <message>
+        <source>Exposing, %1 of %2 s</source>
+        <translation>Belichtet, %1 von %2 s</translation>
+    </message>
+    <message>
+        <source>Exposing</source>
+        <translation>Belichtet</translation>
+    </message>
+    <message>
+        <source>Slewing back</source>
+        <translation>Schwenkt zurück</translation>
+    </message>
+    <message>
+        <source>Slewing</source>
+        <translation>Schwenkt</translation>
+    </message>
+    <message>
+        <source>Solving</source>
+        <translation>Wird gelöst</translation>
+    </message>
+    <message>
+        <source>Plate %1 of %2</source>
+        <translation>Platte %1 von %2</translation>
+    </message>
+    <message>
+        <source>Plate %1 again</source>
+        <translation>Platte %1 noch einmal</translation>
+    </message>
+    <message>
+        <source>Stopping after the slew</source>
+        <translation>Hält nach dem Schwenk an</translation>
+    </message>
+    <message>
+        <source>Stopping after the exposure</source>
+        <translation>Hält nach der Belichtung an</translation>
+    </message>
+    <message>
+        <source>Stopping after the solution</source>
+        <translation>Hält nach der Lösung an</translation>
+    </message>
+    <message>
+        <source>Stopping</source>
+        <translation>Hält an</translation>
+    </message>
+    <message>
+        <source>Stopped</source>
+        <translation>Angehalten</translation>
+    </message>
+    <message>
+        <source>Measured: Next corrects, Skip ends</source>
+        <translation>Gemessen: Next korrigiert, Skip beendet</translation>
+    </message>
+    <message>
+        <source>Waiting for you to click Next</source>
+        <translation>Wartet auf Next</translation>
+    </message>
+    <message>
+        <source>Measurement complete</source>
+        <translation>Messung vollständig</translation>
+    </message>
+    <message>
+        <source>No position found: check the solve settings</source>
+        <translation>Keine Position gefunden: Einstellungen des Lösens prüfen</translation>
+    </message>
+    <message>
+        <source>Found at %1, %2: %3 from the mount&apos;s reading</source>
+        <translation>Gefunden bei %1, %2: %3 von der Anzeige der Montierung</translation>
+    </message>
+    <message>
+        <source>Found at %1, %2</source>
+        <translation>Gefunden bei %1, %2</translation>
+    </message>
+    <message>
+        <source>No mount</source>
+        <translation>Keine Montierung</translation>
+    </message>
+    <message>
+        <source>Mount ready</source>
+        <translation>Montierung bereit</translation>
+    </message>
+    <message>
+        <source>Mount off</source>
+        <translation>Montierung aus</translation>
+    </message>
+    <message>
+        <source>No camera</source>
+        <translation>Keine Kamera</translation>
+    </message>
+    <message>
+        <source>Camera ready</source>
+        <translation>Kamera bereit</translation>
+    </message>
+    <message>
+        <source>Camera off</source>
+        <translation>Kamera aus</translation>
+    </message>
+    <message>
+        <source>Camera failed</source>
+        <translation>Kamerafehler</translation>
+    </message>
+    <message>
+        <source>No solver</source>
+        <translation>Kein Löser</translation>
+    </message>
+    <message>
+        <source>Solver ready</source>
+        <translation>Löser bereit</translation>
+    </message>
+    <message>
+        <source>No site</source>
+        <translation>Kein Ort</translation>
+    </message>
+    <message>
+        <source>Site set</source>
+        <translation>Ort bekannt</translation>
+    </message>
+    <message>
+        <source>Opens the telescope window</source>
+        <translation>Öffnet das Fenster der Montierung</translation>
+    </message>
+    <message>
+        <source>Opens the choice of the imaging software</source>
+        <translation>Öffnet die Wahl des Aufnahmeprogramms</translation>
+    </message>
+    <message>
+        <source>Opens the plate solver&apos;s settings</source>
+        <translation>Öffnet die Einstellungen des Lösens</translation>
+    </message>
+    <message>
+        <source>Opens the observing site</source>
+        <translation>Öffnet den Beobachtungsort</translation>
+    </message>
+    <message>
+        <source>The last message: a click takes it away and opens the log</source>
+        <translation>Die letzte Meldung: ein Klick nimmt sie fort und öffnet das Protokoll</translation>
+    </message>
+    <message>
+        <source>No telescope is chosen. Choose one in the telescope window.</source>
+        <translation>Kein Teleskop ist gewählt: im Fenster der Montierung eines wählen.</translation>
+    </message>
+    <message>
+        <source>%1. The mount isn&apos;t connected: connect it in the telescope window.</source>
+        <translation>%1. Die Montierung ist nicht verbunden: in ihrem Fenster verbinden.</translation>
+    </message>
+    <message>
+        <source>%1. No imaging software is chosen: choose one on the Set-up page.</source>
+        <translation>%1. Kein Aufnahmeprogramm ist gewählt: unter Einrichtung eines wählen.</translation>
+    </message>
+</context>
+<context>
+    <name>frmPolarPlot</name>
+    <message>
+        <source>The azimuth knob&apos;s %1 are %2 on the sky (× cosine of the latitude)</source>
+        <translation>%1 am Azimutknopf sind am Himmel %2 (× Kosinus der Breite)</translation>
+    </message>
+</context>
+<context>
     <name>frmSolvePicture</name>
     <message>
         <source>Solve a Picture</source>
@@ -1104,6 +1382,513 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>Where does it point? Drop a FITS file here, or choose it in the next window.</source>
         <translation>Wohin zeigt es? Eine FITS-Datei hierher ziehen oder im nächsten Fenster wählen.</translation>
+    </message>
+</context>
+<context>
+    <name>Tip</name>
+    <message>
+        <source>Both adjusters at once, by pictures taken while you turn them</source>
+        <translation>Beide Einstellschrauben zugleich, nach Aufnahmen, während Sie drehen</translation>
+    </message>
+    <message>
+        <source>Arc-minutes that a whole turn of the azimuth bolt moves the axis</source>
+        <translation>Bogenminuten, um die eine Umdrehung der Azimutschraube die Achse bewegt</translation>
+    </message>
+    <message>
+        <source>Arc-minutes that a whole turn of the elevation bolt moves the axis</source>
+        <translation>Bogenminuten, um die eine Umdrehung der Höhenschraube die Achse bewegt</translation>
+    </message>
+    <message>
+        <source>The bolt goes the other way than the program says</source>
+        <translation>Die Schraube geht andersherum, als das Programm sagt</translation>
+    </message>
+    <message>
+        <source>A sound when the axis is within the tolerance, or leaves it</source>
+        <translation>Ein Ton, wenn die Achse innerhalb der Toleranz liegt oder sie verlässt</translation>
+    </message>
+    <message>
+        <source>Before you tighten the bolts: watches what that moves</source>
+        <translation>Vor dem Festziehen der Schrauben: beobachtet, was sich dabei bewegt</translation>
+    </message>
+    <message>
+        <source>Nothing was bumped: go on by the numbers</source>
+        <translation>Nichts wurde angestoßen: weiter nach den Zahlen</translation>
+    </message>
+    <message>
+        <source>Ends adjusting and measures afresh</source>
+        <translation>Beendet das Einstellen und misst neu</translation>
+    </message>
+    <message>
+        <source>Ends adjusting</source>
+        <translation>Beendet das Einstellen</translation>
+    </message>
+    <message>
+        <source>How far the mount turns between two plates, 1 to 45 degrees</source>
+        <translation>Wie weit die Montierung zwischen zwei Aufnahmen dreht, 1 bis 45 Grad</translation>
+    </message>
+    <message>
+        <source>The mount turns east between the plates</source>
+        <translation>Die Montierung dreht zwischen den Aufnahmen nach Osten</translation>
+    </message>
+    <message>
+        <source>The mount turns west between the plates</source>
+        <translation>Die Montierung dreht zwischen den Aufnahmen nach Westen</translation>
+    </message>
+    <message>
+        <source>How long each plate of a measurement is exposed</source>
+        <translation>Belichtung jeder Aufnahme einer Messung</translation>
+    </message>
+    <message>
+        <source>How long the mount settles before a plate is exposed</source>
+        <translation>Wie lange die Montierung vor einer Aufnahme zur Ruhe kommt</translation>
+    </message>
+    <message>
+        <source>Wait between the exposure and the next slew</source>
+        <translation>Pause zwischen Belichtung und nächster Bewegung</translation>
+    </message>
+    <message>
+        <source>Plates of a measurement, 3 to 9</source>
+        <translation>Aufnahmen einer Messung, 3 bis 9</translation>
+    </message>
+    <message>
+        <source>Exposures of each plate, 1 to 5</source>
+        <translation>Belichtungen je Aufnahme, 1 bis 5</translation>
+    </message>
+    <message>
+        <source>Measures the polar axis (F5)</source>
+        <translation>Misst die Polachse (F5)</translation>
+    </message>
+    <message>
+        <source>Stops what is going on (Esc)</source>
+        <translation>Hält an, was gerade läuft (Esc)</translation>
+    </message>
+    <message>
+        <source>Goes on to the next step (Enter)</source>
+        <translation>Weiter zum nächsten Schritt (Enter)</translation>
+    </message>
+    <message>
+        <source>Leaves this step out (F8)</source>
+        <translation>Lässt diesen Schritt aus (F8)</translation>
+    </message>
+    <message>
+        <source>How long a single exposure takes</source>
+        <translation>Dauer einer einzelnen Belichtung</translation>
+    </message>
+    <message>
+        <source>Wait between exposures that follow each other</source>
+        <translation>Pause zwischen fortlaufenden Belichtungen</translation>
+    </message>
+    <message>
+        <source>Exposes again and again until Stop</source>
+        <translation>Belichtet immer wieder bis zum Stopp</translation>
+    </message>
+    <message>
+        <source>Width of the lines that are drawn into the image, in pixels</source>
+        <translation>Breite der Linien im Bild, in Pixeln</translation>
+    </message>
+    <message>
+        <source>Takes one exposure, or a series</source>
+        <translation>Macht eine Aufnahme oder eine Reihe</translation>
+    </message>
+    <message>
+        <source>Takes one exposure and finds where it points</source>
+        <translation>Macht eine Aufnahme und bestimmt, wohin sie zeigt</translation>
+    </message>
+    <message>
+        <source>Shows the polar plot (Ctrl+P)</source>
+        <translation>Zeigt das Poldiagramm (Strg+P)</translation>
+    </message>
+    <message>
+        <source>Shows the telescope window (Ctrl+T)</source>
+        <translation>Zeigt das Teleskopfenster (Strg+T)</translation>
+    </message>
+    <message>
+        <source>Shows the log (Ctrl+L)</source>
+        <translation>Zeigt das Protokoll (Strg+L)</translation>
+    </message>
+    <message>
+        <source>How far the plates lie apart in right ascension</source>
+        <translation>Wie weit die Aufnahmen in Rektaszension auseinander liegen</translation>
+    </message>
+    <message>
+        <source>How far the declinations of the plates differ</source>
+        <translation>Wie weit sich die Deklinationen der Aufnahmen unterscheiden</translation>
+    </message>
+    <message>
+        <source>Folder for the camera&apos;s images</source>
+        <translation>Ordner für die Bilder der Kamera</translation>
+    </message>
+    <message>
+        <source>Choose the folder for images</source>
+        <translation>Ordner für Bilder wählen</translation>
+    </message>
+    <message>
+        <source>Folder for the message logs</source>
+        <translation>Ordner für die Protokolle</translation>
+    </message>
+    <message>
+        <source>Choose the folder for logs</source>
+        <translation>Ordner für Protokolle wählen</translation>
+    </message>
+    <message>
+        <source>Keeps every image under the name of its time</source>
+        <translation>Behält jedes Bild unter dem Namen seiner Zeit</translation>
+    </message>
+    <message>
+        <source>Takes the site from the telescope</source>
+        <translation>Übernimmt den Ort vom Teleskop</translation>
+    </message>
+    <message>
+        <source>Images come from CCDSoft</source>
+        <translation>Bilder kommen von CCDSoft</translation>
+    </message>
+    <message>
+        <source>Images come from MaxIm DL</source>
+        <translation>Bilder kommen von MaxIm DL</translation>
+    </message>
+    <message>
+        <source>Images come from a camera at an INDI or Alpaca server</source>
+        <translation>Bilder kommen von einer Kamera an einem INDI- oder Alpaca-Server</translation>
+    </message>
+    <message>
+        <source>Exposes the sub-frame that is set in CCDSoft</source>
+        <translation>Belichtet den in CCDSoft gewählten Ausschnitt</translation>
+    </message>
+    <message>
+        <source>Choose a camera</source>
+        <translation>Kamera wählen</translation>
+    </message>
+    <message>
+        <source>What real mounts and cameras need to be known</source>
+        <translation>Was über echte Montierungen und Kameras bekannt sein muss</translation>
+    </message>
+    <message>
+        <source>How long messages of the devices stay</source>
+        <translation>Wie lange Meldungen der Geräte stehen bleiben</translation>
+    </message>
+    <message>
+        <source>A sound tells that the star is within 0.5&apos; of its mark</source>
+        <translation>Ein Ton meldet, dass der Stern näher als 0.5&apos; an der Marke ist</translation>
+    </message>
+    <message>
+        <source>Images are solved by PinPoint</source>
+        <translation>Bilder werden mit PinPoint gelöst</translation>
+    </message>
+    <message>
+        <source>Images are solved by an image link</source>
+        <translation>Bilder werden mit einem Image Link gelöst</translation>
+    </message>
+    <message>
+        <source>Least size of a star&apos;s image</source>
+        <translation>Mindestgröße eines Sternbilds</translation>
+    </message>
+    <message>
+        <source>Least brightness of a star</source>
+        <translation>Mindesthelligkeit eines Sterns</translation>
+    </message>
+    <message>
+        <source>How far a star stands out from the sky&apos;s noise</source>
+        <translation>Wie weit ein Stern aus dem Rauschen des Himmels ragt</translation>
+    </message>
+    <message>
+        <source>Width of the filter before stars are looked for</source>
+        <translation>Breite des Filters vor der Suche nach Sternen</translation>
+    </message>
+    <message>
+        <source>So many stars must match</source>
+        <translation>So viele Sterne müssen passen</translation>
+    </message>
+    <message>
+        <source>Largest mean deviation of the matched stars</source>
+        <translation>Größte mittlere Abweichung der zugeordneten Sterne</translation>
+    </message>
+    <message>
+        <source>So many of the brightest stars are used</source>
+        <translation>So viele der hellsten Sterne werden benutzt</translation>
+    </message>
+    <message>
+        <source>The star catalogue</source>
+        <translation>Der Sternkatalog</translation>
+    </message>
+    <message>
+        <source>How much larger than the image the searched field is</source>
+        <translation>Um wie viel das durchsuchte Feld größer ist als das Bild</translation>
+    </message>
+    <message>
+        <source>The faintest stars of the catalogue that are used</source>
+        <translation>Die schwächsten benutzten Sterne des Katalogs</translation>
+    </message>
+    <message>
+        <source>Choose the folder of the catalogue</source>
+        <translation>Ordner des Katalogs wählen</translation>
+    </message>
+    <message>
+        <source>Solves a test image with this catalogue</source>
+        <translation>Löst ein Testbild mit diesem Katalog</translation>
+    </message>
+    <message>
+        <source>Looks around the expected place when the image isn&apos;t found there</source>
+        <translation>Sucht um die erwartete Stelle herum, wenn das Bild dort nicht liegt</translation>
+    </message>
+    <message>
+        <source>Reckons the image scale from focal length and pixels</source>
+        <translation>Berechnet den Abbildungsmaßstab aus Brennweite und Pixeln</translation>
+    </message>
+    <message>
+        <source>Solved by CCDSoft</source>
+        <translation>Gelöst von CCDSoft</translation>
+    </message>
+    <message>
+        <source>Solved by TheSky</source>
+        <translation>Gelöst von TheSky</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel</source>
+        <translation>Bogensekunden je Pixel</translation>
+    </message>
+    <message>
+        <source>Width of TheSky&apos;s chart</source>
+        <translation>Breite der Karte von TheSky</translation>
+    </message>
+    <message>
+        <source>The chosen telescope driver</source>
+        <translation>Der gewählte Teleskoptreiber</translation>
+    </message>
+    <message>
+        <source>Whether the telescope is connected</source>
+        <translation>Ob das Teleskop verbunden ist</translation>
+    </message>
+    <message>
+        <source>Choose a telescope</source>
+        <translation>Teleskop wählen</translation>
+    </message>
+    <message>
+        <source>The driver&apos;s own settings</source>
+        <translation>Die eigenen Einstellungen des Treibers</translation>
+    </message>
+    <message>
+        <source>Connects the telescope</source>
+        <translation>Verbindet das Teleskop</translation>
+    </message>
+    <message>
+        <source>Ends the connection</source>
+        <translation>Beendet die Verbindung</translation>
+    </message>
+    <message>
+        <source>Shows the last measurements of this site as well</source>
+        <translation>Zeigt auch die letzten Messungen dieses Orts</translation>
+    </message>
+    <message>
+        <source>The plates that this result came from</source>
+        <translation>Die Aufnahmen, aus denen dieses Ergebnis stammt</translation>
+    </message>
+    <message>
+        <source>Deep red on black for eyes adapted to the dark (Ctrl+N)</source>
+        <translation>Tiefes Rot auf Schwarz für dunkel gewöhnte Augen (Strg+N)</translation>
+    </message>
+    <message>
+        <source>The measurement that is told of below</source>
+        <translation>Die Messung, die unten beschrieben ist</translation>
+    </message>
+    <message>
+        <source>The plate that is taken again</source>
+        <translation>Die Aufnahme, die wiederholt wird</translation>
+    </message>
+    <message>
+        <source>The temperature that the camera is cooled to</source>
+        <translation>Die Temperatur, auf die die Kamera gekühlt wird</translation>
+    </message>
+    <message>
+        <source>A place where the measurement would be better</source>
+        <translation>Ein Ort, an dem die Messung besser würde</translation>
+    </message>
+    <message>
+        <source>Slews to the proposed place</source>
+        <translation>Fährt zum vorgeschlagenen Ort</translation>
+    </message>
+    <message>
+        <source>Focal length of the telescope</source>
+        <translation>Brennweite des Teleskops</translation>
+    </message>
+    <message>
+        <source>Inches or millimetres</source>
+        <translation>Zoll oder Millimeter</translation>
+    </message>
+    <message>
+        <source>Width of a pixel in micrometres, unbinned</source>
+        <translation>Breite eines Pixels in Mikrometern, ohne Binning</translation>
+    </message>
+    <message>
+        <source>Height of a pixel in micrometres, unbinned</source>
+        <translation>Höhe eines Pixels in Mikrometern, ohne Binning</translation>
+    </message>
+    <message>
+        <source>Pixels that are read out as one, across and down</source>
+        <translation>Pixel, die als eines ausgelesen werden, waagrecht und senkrecht</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel across, unbinned</source>
+        <translation>Bogensekunden je Pixel waagrecht, ohne Binning</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel down, unbinned</source>
+        <translation>Bogensekunden je Pixel senkrecht, ohne Binning</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel across, as the camera is read out</source>
+        <translation>Bogensekunden je Pixel waagrecht, wie die Kamera ausgelesen wird</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel down, as the camera is read out</source>
+        <translation>Bogensekunden je Pixel senkrecht, wie die Kamera ausgelesen wird</translation>
+    </message>
+    <message>
+        <source>Right ascension of the middle, J2000</source>
+        <translation>Rektaszension der Mitte, J2000</translation>
+    </message>
+    <message>
+        <source>Declination of the middle, J2000</source>
+        <translation>Deklination der Mitte, J2000</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel, across and down</source>
+        <translation>Bogensekunden je Pixel, waagrecht und senkrecht</translation>
+    </message>
+    <message>
+        <source>Width and height in degrees</source>
+        <translation>Breite und Höhe in Grad</translation>
+    </message>
+    <message>
+        <source>Stars that were matched, of those in the picture</source>
+        <translation>Zugeordnete Sterne, von denen im Bild</translation>
+    </message>
+    <message>
+        <source>Ends the search</source>
+        <translation>Beendet die Suche</translation>
+    </message>
+    <message>
+        <source>How far the axis stands east of the pole, in arc-minutes</source>
+        <translation>Wie weit die Achse östlich des Pols steht, in Bogenminuten</translation>
+    </message>
+    <message>
+        <source>How far the axis stands above the pole, in arc-minutes</source>
+        <translation>Wie weit die Achse über dem Pol steht, in Bogenminuten</translation>
+    </message>
+    <message>
+        <source>Shows where the axis really points</source>
+        <translation>Zeigt, wohin die Achse wirklich weist</translation>
+    </message>
+    <message>
+        <source>How far a press of the hand controller moves</source>
+        <translation>Wie weit ein Druck auf die Handsteuerung bewegt</translation>
+    </message>
+    <message>
+        <source>Follows the stars</source>
+        <translation>Folgt den Sternen</translation>
+    </message>
+    <message>
+        <source>A bright star to correct on</source>
+        <translation>Ein heller Stern zum Justieren</translation>
+    </message>
+    <message>
+        <source>Slews to the star</source>
+        <translation>Fährt zum Stern</translation>
+    </message>
+    <message>
+        <source>Puts the star into the middle of the picture</source>
+        <translation>Stellt den Stern in die Bildmitte</translation>
+    </message>
+    <message>
+        <source>Tells the mount that it looks at this star</source>
+        <translation>Sagt der Montierung, dass sie auf diesen Stern zeigt</translation>
+    </message>
+    <message>
+        <source>Latitude of the simulated site in degrees</source>
+        <translation>Breite des simulierten Orts in Grad</translation>
+    </message>
+    <message>
+        <source>Longitude of the simulated site in degrees, east positive</source>
+        <translation>Länge des simulierten Orts in Grad, Ost positiv</translation>
+    </message>
+    <message>
+        <source>Focal length in millimetres</source>
+        <translation>Brennweite in Millimetern</translation>
+    </message>
+    <message>
+        <source>Size of a pixel in micrometres</source>
+        <translation>Größe eines Pixels in Mikrometern</translation>
+    </message>
+    <message>
+        <source>Pixels across</source>
+        <translation>Pixel waagrecht</translation>
+    </message>
+    <message>
+        <source>Pixels down</source>
+        <translation>Pixel senkrecht</translation>
+    </message>
+    <message>
+        <source>How the camera is turned, in degrees</source>
+        <translation>Wie die Kamera gedreht ist, in Grad</translation>
+    </message>
+    <message>
+        <source>Exposure of the simulated images in seconds</source>
+        <translation>Belichtung der simulierten Bilder in Sekunden</translation>
+    </message>
+    <message>
+        <source>Width of the stars in arc-seconds</source>
+        <translation>Breite der Sterne in Bogensekunden</translation>
+    </message>
+    <message>
+        <source>Brightness of the sky</source>
+        <translation>Helligkeit des Himmels</translation>
+    </message>
+    <message>
+        <source>The faintest stars in the picture</source>
+        <translation>Die schwächsten Sterne im Bild</translation>
+    </message>
+    <message>
+        <source>How far slews miss, in arc-seconds</source>
+        <translation>Wie weit Schwenks danebengehen, in Bogensekunden</translation>
+    </message>
+    <message>
+        <source>Pressure of the air in hectopascals</source>
+        <translation>Luftdruck in Hektopascal</translation>
+    </message>
+    <message>
+        <source>Temperature of the air in degrees Celsius</source>
+        <translation>Lufttemperatur in Grad Celsius</translation>
+    </message>
+    <message>
+        <source>The picture is mirrored</source>
+        <translation>Das Bild ist gespiegelt</translation>
+    </message>
+    <message>
+        <source>The air lifts the stars</source>
+        <translation>Die Luft hebt die Sterne</translation>
+    </message>
+    <message>
+        <source>How far the camera&apos;s turn varies, in arc-seconds</source>
+        <translation>Wie weit die Drehung der Kamera schwankt, in Bogensekunden</translation>
+    </message>
+    <message>
+        <source>How far the tube sags, in arc-seconds</source>
+        <translation>Wie weit sich der Tubus durchbiegt, in Bogensekunden</translation>
+    </message>
+    <message>
+        <source>How far the declination jumps, in arc-seconds</source>
+        <translation>Wie weit die Deklination springt, in Bogensekunden</translation>
+    </message>
+    <message>
+        <source>Periodic error in arc-seconds</source>
+        <translation>Periodischer Fehler in Bogensekunden</translation>
+    </message>
+    <message>
+        <source>Period of the worm in seconds</source>
+        <translation>Periode der Schnecke in Sekunden</translation>
+    </message>
+    <message>
+        <source>How wrong the mount&apos;s clock is, in seconds</source>
+        <translation>Wie falsch die Uhr der Montierung geht, in Sekunden</translation>
     </message>
 </context>
 </TS>

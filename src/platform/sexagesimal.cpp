@@ -1,12 +1,10 @@
-#include "platesolve/sexagesimal.h"
+#include "platform/sexagesimal.h"
 
 #include <cmath>
 
 #include "platform/text.h"
 
-namespace vantrel::platesolve {
-
-using platform::formatNumber;
+namespace vantrel::platform {
 
 std::string FormatDMS(double degrees, const std::string& degreeMark, const std::string& minuteMark,
                       const std::string& secondMark, int decimals) {
@@ -36,8 +34,8 @@ std::string FormatHMS(double hours, const std::string& hourMark, const std::stri
     return FormatDMS(hours, hourMark, minuteMark, secondMark, decimals);
 }
 
-std::string raText(double hours) { return FormatHMS(hours, "h ", "m ", "s", 3); }
+std::string raText(double hours, int decimals) { return FormatHMS(hours, "h ", "m ", "s", decimals); }
 
-std::string decText(double degrees) { return FormatDMS(degrees, "° ", "' ", "\"", 2); }
+std::string decText(double degrees, int decimals) { return FormatDMS(degrees, "° ", "' ", "\"", decimals); }
 
-}  // namespace vantrel::platesolve
+}  // namespace vantrel::platform

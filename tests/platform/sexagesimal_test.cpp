@@ -1,8 +1,8 @@
-#include "platesolve/sexagesimal.h"
+#include "platform/sexagesimal.h"
 
 #include <gtest/gtest.h>
 
-namespace vantrel::platesolve {
+namespace vantrel::platform {
 namespace {
 
 TEST(Sexagesimal, Texts) {
@@ -37,4 +37,4 @@ TEST(Sexagesimal, SolvedPositions) {
 }
 
 }  // namespace
-}  // namespace vantrel::platesolve
+}  // namespace vantrel::platform

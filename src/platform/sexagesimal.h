@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace vantrel::platesolve {
+namespace vantrel::platform {
 
 /// Degrees as degrees, minutes and seconds of at least two digits, each followed by its mark. Seconds that
 /// round to 60 carry over to the minutes and these to the degrees. A value below 0 begins with "-".
@@ -14,10 +14,10 @@ std::string FormatDMS(double degrees, const std::string& degreeMark, const std::
 std::string FormatHMS(double hours, const std::string& hourMark, const std::string& minuteMark,
                       const std::string& secondMark, int decimals);
 
-/// Hours with "h ", "m " and "s", to a millisecond of time.
-std::string raText(double hours);
+/// Hours with "h ", "m " and "s", usually to a millisecond of time.
+std::string raText(double hours, int decimals = 3);
 
-/// Degrees with "° ", "' " and a double quote, to a hundredth of an arc-second.
-std::string decText(double degrees);
+/// Degrees with "° ", "' " and a double quote, usually to a hundredth of an arc-second.
+std::string decText(double degrees, int decimals = 2);
 
-}  // namespace vantrel::platesolve
+}  // namespace vantrel::platform

@@ -1,0 +1,224 @@
+// Live adjusting in virtual time: what the operator sees at the mount, whatever happens to the pictures.
+#include "correction/adjusting.h"
+
+#include <cmath>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "correction/result_readout.h"
+#include "engine/angles.h"
+#include "engine/axis/simulated_mount.h"
+#include "support/engine_world.h"
+
+namespace vantrel::correction {
+namespace {
+
+using engine::EquatorialPosition;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/// A mount that is off, under a sky that stands still, and an operator who does things at certain pictures.
+struct Workshop : engine::CorrectionPort, test::EngineWorld {
+    Workshop() : EngineWorld(static_cast<engine::CorrectionPort&>(*this)) {
+        sky.site = {mount.SiteLatitude(), engine::standardAir(0)};
+        sky.azimuth = 12;
+        sky.elevation = -8;
+        sky.declination = mount.dec;
+        panel.txtExposeInterval.setText("2");
+        panel.txtDeltaRA.setText("20");
+        panel.txtDelayAfterSlew.setText("0");
+        solver.sky = [this](const EquatorialPosition&) { return picture(); };
+        run.adjustLive = [this](const engine::AxisEstimate& measured) { return adjusting.adjust(measured); };
+        loop.setAttendant([this] { attend(); });
+        panel.cmdAdjust.setEnabled(false);
+    }
+    void CorrectMisAlignment(double, double) override {}
+
+    /// What a camera on this mount sees; the plates of the measurement are at the places of the slews.
+    engine::PlateSolution picture() {
+        const double turned = mount.slews.empty() ? mount.ra : mount.slews.back().RA;
+        const engine::Plate seen = sky.plate(mount.lst - turned, test::SimulatedAir(engine::standardAir(0)));
+        const double angle = engine::degreesToRadians(*seen.positionAngle);
+        return {.ra = engine::NormalizeRAHours(mount.lst - seen.hourAngle),
+                .dec = seen.declination,
+                .CD1_1 = std::sin(angle) / 1000,
+                .CD1_2 = std::cos(angle) / 1000,
+                .CD2_1 = std::cos(angle) / 1000,
+                .CD2_2 = -std::sin(angle) / 1000,
+                .quality = engine::SolutionQuality{
+                    .matched = 60, .meanResidual = 0.5, .fieldWidth = 1.4, .fieldHeight = 1}};
+    }
+
+    /// After so many solved pictures of the adjusting.
+    void at(int picture, std::function<void()> doing) { plan[picture] = std::move(doing); }
+
+    void adjust() { panel.cmdRun.click(); }
+
+    frmAdjust window{screen};
+    double tolerance = 2;
+    int sounds = 0;
+    Adjusting adjusting{window, panel, state, services, [this] { return tolerance; }, [this] { ++sounds; }};
+    test::SimulatedMount sky;
+    std::map<int, std::function<void()>> plan;
+    int measurements = 0;
+
+  private:
+    void attend() {
+        if (panel.cmdAdjust.enabled() && time.sinceStart() > thinksUntil_) {
+            thinksUntil_ = time.sinceStart() + std::chrono::seconds{1};
+            ++measurements;
+            if (measurements > 1) {
+                panel.cmdSkip.click();
+                return;
+            }
+            first_ = static_cast<int>(solver.solved.size());
+            panel.cmdAdjust.click();
+        }
+        if (first_ < 0) return;
+        const auto due = plan.begin();
+        if (due == plan.end() || static_cast<int>(solver.solved.size()) - first_ < due->first) return;
+        if (window.lblAge.caption().empty() && due->first > 0) return;
+        const auto doing = due->second;
+        plan.erase(due);
+        doing();
+    }
+    int first_ = -1;
+    platform::Milliseconds thinksUntil_{0};
+};
+
+TEST(Adjusting, TellsBothAdjustersUntilDoneAndWatchesTheLock) {
+    Workshop shop;
+    std::vector<std::string> seen;
+    const auto note = [&] {
+        seen.push_back(shop.window.azimuth.lblMove.caption() + ", " +
+                       shop.window.elevation.lblMove.caption());
+    };
+    shop.window.azimuth.txtPerTurn.setText("12");
+    std::string bolt, arrow, done, shifted;
+    shop.at(2, [&] {
+        note();
+        bolt = shop.window.azimuth.lblBolt.caption();
+        arrow = shop.window.azimuth.lblArrow.caption() + shop.window.elevation.lblArrow.caption();
+        shop.sky.azimuth = 1;
+    });
+    shop.at(5, [&] { shop.sky.elevation = 0.5; });
+    shop.at(9, [&] {
+        note();
+        done = shop.window.lblLiveState.caption();
+        shop.window.cmdLock.click();
+        shop.sky.azimuth = 4.9;
+        shop.sky.elevation = -1;
+    });
+    shop.at(13, [&] {
+        shifted = shop.window.lblLiveState.caption();
+        shop.window.cmdEndAdjust.click();
+    });
+    shop.adjust();
+    ASSERT_EQ(seen.size(), 2u);
+    EXPECT_THAT(seen[0], HasSubstr("turn west 1"));
+    EXPECT_THAT(seen[0], HasSubstr("raise "));
+    EXPECT_EQ(arrow, "←↑");
+    EXPECT_THAT(done, StartsWith("Done: within 2.0'"));
+    EXPECT_THAT(shifted, StartsWith("Locked: moved by 3."));
+    EXPECT_THAT(shifted, HasSubstr("more than the tolerance"));
+    EXPECT_THAT(shop.log.lines, Contains("Adjusting ended"));
+    EXPECT_EQ(shop.measurements, 1);
+    EXPECT_TRUE(shop.panel.cmdRun.enabled());
+    EXPECT_FALSE(shop.panel.cmdAdjust.enabled());
+}
+
+TEST(Adjusting, APictureWithoutASolutionCostsItselfAndOldNumbersAreDimmed) {
+    Workshop shop;
+    bool fresh = false;
+    std::string clouded;
+    shop.at(2, [&] {
+        fresh = shop.window.azimuth.lblMove.enabled();
+        shop.solver.fails = true;
+    });
+    shop.at(12, [&] {
+        clouded = shop.window.lblLiveState.caption();
+        EXPECT_FALSE(shop.window.azimuth.lblMove.enabled());
+        shop.solver.fails = false;
+    });
+    shop.at(15, [&] {
+        EXPECT_TRUE(shop.window.azimuth.lblMove.enabled());
+        EXPECT_THAT(shop.window.azimuth.lblMove.caption(), HasSubstr("turn west"));
+        shop.panel.cmdSkip.click();
+    });
+    shop.adjust();
+    EXPECT_TRUE(fresh);
+    EXPECT_EQ(clouded, "No solution: clouds?");
+    EXPECT_TRUE(shop.plan.empty());
+}
+
+TEST(Adjusting, AsksAboutABumpAndHidesDirectionsMeanwhile) {
+    Workshop shop;
+    shop.at(2, [&] {
+        shop.sky.offsetDec += 40. / 3600;
+        shop.sky.offsetHA -= 40. / 3600 / 15;
+    });
+    shop.at(6, [&] {
+        EXPECT_THAT(shop.window.lblLiveState.caption(), StartsWith("The mount was bumped by 5"));
+        EXPECT_EQ(shop.window.azimuth.lblMove.caption(), "–");
+        shop.window.cmdBothTurned.click();
+    });
+    shop.at(8, [&] {
+        EXPECT_THAT(shop.window.azimuth.lblMove.caption(), HasSubstr("turn "));
+        shop.window.cmdEndAdjust.click();
+    });
+    shop.adjust();
+    EXPECT_TRUE(shop.plan.empty());
+}
+
+TEST(Adjusting, MeasuresAgainAndSaysHowFarTheLiveNumbersWereOff) {
+    Workshop shop;
+    shop.at(2, [&] { shop.sky.azimuth = 3; });
+    shop.at(5, [&] { shop.window.cmdMeasureAgain.click(); });
+    shop.adjust();
+    EXPECT_EQ(shop.measurements, 2);
+    EXPECT_THAT(shop.log.lines,
+                Contains(StartsWith("The fresh measurement differs from the live numbers by ")));
+    EXPECT_TRUE(shop.panel.cmdRun.enabled());
+}
+
+TEST(Adjusting, StopsAtOnceAndClosesQuietly) {
+    for (const bool closing : {false, true}) {
+        Workshop shop;
+        shop.at(2, [&] {
+            if (closing)
+                shop.state.AppUnloading = shop.state.StopRequested = true;
+            else
+                shop.panel.cmdStop.click();
+        });
+        shop.adjust();
+        EXPECT_TRUE(shop.plan.empty());
+        EXPECT_EQ(shop.panel.cmdRun.enabled(), !closing);
+        EXPECT_FALSE(shop.window.cmdEndAdjust.enabled());
+    }
+}
+
+TEST(BoltTurns, AreToldInEighths) {
+    const struct {
+        double arcMinutes, perTurn;
+        const char* text;
+    } rows[] = {{3, 12, "a quarter turn"},
+                {-6, 12, "half a turn"},
+                {0.1, 12, "less than an eighth of a turn"},
+                {12, 12, "1.0 turn"},
+                {30, 12, "2.5 turns"},
+                {13.5, 12, "1.13 turns"},
+                {3, 0, ""},
+                {0, 12, ""}};
+    for (const auto& row : rows)
+        EXPECT_EQ(boltTurns(row.arcMinutes, row.perTurn), row.text) << row.arcMinutes;
+}
+
+}  // namespace
+}  // namespace vantrel::correction

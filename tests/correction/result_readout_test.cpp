@@ -1,0 +1,91 @@
+#include "correction/result_readout.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "engine/angles.h"
+#include "platform/color.h"
+#include "platform/queued_event_loop.h"
+
+namespace vantrel::correction {
+namespace {
+
+namespace color = platform::color;
+
+TEST(ShortAngle, IsAsFineAsItMatters) {
+    const struct {
+        double arcMinutes;
+        const char* text;
+    } cases[] = {{0, "0″"},         {0.4, "24″"},      {-0.99, "59″"}, {1, "1.0'"},
+                 {-18.14, "18.1'"}, {119.9, "119.9'"}, {120, "2.0°"},  {-2700, "45.0°"}};
+    for (const auto& c : cases) EXPECT_EQ(shortAngle(c.arcMinutes), c.text) << c.arcMinutes;
+}
+
+/// The mount stands by so much east of the pole and above it: what has to be done, in both hemispheres.
+TEST(Advice, SendsTheUpperEndOfTheAxisBackToThePole) {
+    const struct {
+        double latitude, azimuth, elevation;  // degrees, arc-minutes
+        const char* turn;
+        const char* move;
+    } cases[] = {
+        {50, 18, -11, "Azimuth 18.0' too far east: turn west", "Elevation 11.0' too low: raise"},
+        {50, -18, 11, "Azimuth 18.0' too far west: turn east", "Elevation 11.0' too high: lower"},
+        {-35, 18, -11, "Azimuth 18.0' too far east: turn west", "Elevation 11.0' too low: raise"},
+        {-35, -0.3, 0, "Azimuth 18″ too far west: turn east", "Elevation is right"},
+    };
+    for (const auto& c : cases) {
+        // The axis's upper end in the horizon's frame, as the northern end that the written angle speaks of.
+        const double hemisphere = c.latitude < 0 ? -1 : 1;
+        const double altitude = engine::degreesToRadians(std::abs(c.latitude) + c.elevation / 60);
+        const double azimuth = engine::degreesToRadians(c.azimuth / 60);
+        const double phi = engine::degreesToRadians(c.latitude);
+        const double east = std::cos(altitude) * std::sin(azimuth) * hemisphere;
+        const double north = std::cos(altitude) * std::cos(azimuth);  // the southern end's, turned round
+        const double up = std::sin(altitude) * hemisphere;
+        const engine::DirectionCosines axis{std::cos(phi) * up - std::sin(phi) * north, east,
+                                            std::sin(phi) * up + std::cos(phi) * north};
+        const engine::AxisOffset offset = engine::offsetFromPole(
+            engine::northernEnd(engine::writtenError(axis)), c.latitude, std::abs(c.latitude));
+        EXPECT_EQ(azimuthAdvice(offset), c.turn) << c.latitude;
+        EXPECT_EQ(elevationAdvice(offset), c.move) << c.latitude;
+    }
+}
+
+struct Readout : testing::Test {
+    platform::VirtualTime time{platform::Instant{}};
+    platform::Screen screen{{0, 0, 800, 600}};
+    platform::Form form{screen, "frmMain", "", {}};
+    ResultPanel panel{form};
+    ResultReadout readout{panel, time};
+};
+
+TEST_F(Readout, CallsGoodOnlyWhatIsBeyondDoubt) {
+    const struct {
+        const char* tolerance;
+        double distance;  // arc-minutes
+        std::optional<double> sigma;
+        const char* verdict;
+        bool lit;
+    } cases[] = {
+        {"2", 1.5, 10, "Good: within 2.0'", true},
+        {"2", 1.9, 10, "Uncertain: about 2.0'", false},
+        {"2", 2.2, 10, "Uncertain: about 2.0'", false},
+        {"2", 2.5, 10, "Not yet within 2.0'", false},
+        {"2", 1.9, std::nullopt, "Good: within 2.0'", true},
+        {"0.5", 1.5, 10, "Not yet within 30″", false},
+        {"", 1.5, 10, "Good: within 2.0'", true},
+        {"0", 1.5, 10, "Good: within 2.0'", true},
+        {"nonsense", 2.5, 10, "Not yet within 2.0'", false},
+    };
+    for (const auto& c : cases) {
+        readout.show({.azimuth = 1, .elevation = 1}, c.distance, c.sigma);
+        panel.txtTolerance.setText(c.tolerance);  // the verdict follows the box
+        EXPECT_EQ(panel.lblVerdict.caption(), c.verdict) << c.tolerance << " " << c.distance;
+        EXPECT_EQ(panel.lblVerdict.backColor() == color::kDarkGreen, c.lit)
+            << c.tolerance << " " << c.distance;
+    }
+}
+
+}  // namespace
+}  // namespace vantrel::correction

@@ -1,0 +1,286 @@
+// From a first start to a corrected mount, as operators do it who have only a keyboard, or only a mouse.
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "desktop/desk.h"
+#include "qt/image_window.h"
+#include "qt/night.h"
+
+namespace vantrel::desktop {
+namespace {
+
+using qt::Step;
+
+// Symbols of keys
+constexpr unsigned kEnter = 0xff0d, kTab = 0xff09, kEscape = 0xff1b, kSpace = 0x20, kF5 = 0xffc2;
+constexpr unsigned kLeft = 0xff51, kUp = 0xff52, kShift = 0xffe1, kControl = 0xffe3, kM = 0x6d;
+
+/// Counts what hands and X server have brought to the program's windows.
+class Arrivals : public QObject {
+  public:
+    Arrivals() { qApp->installEventFilter(this); }
+    int count() const { return count_; }
+
+  protected:
+    bool eventFilter(QObject* object, QEvent* event) override {
+        const bool letGo = event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::KeyRelease;
+        if (letGo && object->isWindowType()) ++count_;
+        return false;
+    }
+
+  private:
+    int count_ = 0;
+};
+
+struct Walk : qt::Night {
+    Walk() { firstStart = true; }
+
+    /// Virtual time stands still until it holds: what goes through the X server takes its own.
+    bool comes(const std::function<bool()>& condition) {
+        return comesTrue([&] {
+            loop.yield();
+            return condition();
+        });
+    }
+    void untilArrived(const std::function<void()>& deed) {
+        const int before = arrivals.count();
+        deed();
+        EXPECT_TRUE(comesTrue([&] { return arrivals.count() > before; }));
+    }
+    bool becomesActive(const char* form) {
+        return comes([this, form] { return isActive(form); });
+    }
+
+    bool isActive(const char* form) const { return program.window(form).isActiveWindow(); }
+    bool told(const char* words) const { return instructions().find(words) != std::string::npos; }
+    bool standsStill() {
+        const auto mount = program.automation().create("AxisSimulator.Telescope");
+        return mount->get("Connected").toBool() && !mount->get("Slewing").toBool();
+    }
+    double error(const char* which) {
+        return program.automation().create("AxisSimulator.Telescope")->get(which).toDouble();
+    }
+    template <typename Widget = QPushButton>
+    Widget& inSimulator(const char* name) const {
+        return qt::widgetOf<Widget>(program.window("frmSimulator"), name);
+    }
+    bool isCentred() const {
+        return inSimulator<QLabel>("lblStatus").text().contains(QStringLiteral("middle")) ||
+               inSimulator<QLabel>("lblStarHint").text().contains(QStringLiteral("middle"));
+    }
+
+    void expectCorrected() {
+        EXPECT_LT(std::abs(error("PolarAzimuthError")), 2);
+        EXPECT_LT(std::abs(error("PolarElevationError")), 2);
+        EXPECT_EQ(failures, "");
+        EXPECT_EQ(boxes.str(), "");
+    }
+
+    XOperator hands;
+    Arrivals arrivals;
+};
+
+struct KeyboardWalk : Walk {
+    void strike(unsigned key, std::initializer_list<unsigned> held = {}) {
+        untilArrived([&] { hands.strike(key, held); });
+    }
+
+    /// Through the window by Tab; fails where the way round misses it.
+    void tabTo(const char* name) {
+        const auto focus = [] { return QApplication::focusWidget(); };
+        constexpr int kMostFields = 80;
+        for (int i = 0; i < kMostFields; ++i) {
+            if (focus() != nullptr && focus()->objectName() == QLatin1String(name)) return;
+            const QWidget* const before = focus();
+            strike(kTab);
+            ASSERT_TRUE(comesTrue([&] { return focus() != before; })) << name;
+        }
+        FAIL() << name << " can't be reached";
+    }
+    void openSimulator() {
+        ASSERT_TRUE(becomesActive("frmMain"));
+        strike(kM, {kControl});
+        ASSERT_TRUE(becomesActive("frmSimulator"));
+    }
+    /// Out of the simulator's window, and Next.
+    void goOn() {
+        strike(kEscape);
+        ASSERT_TRUE(becomesActive("frmMain"));
+        strike(kEnter);
+    }
+    void press(const char* name) {
+        tabTo(name);
+        strike(kSpace);
+    }
+    void turn(unsigned arrow, int tens, int ones) {
+        for (int i = 0; i < tens; ++i) strike(arrow, {kShift});
+        for (int i = 0; i < ones; ++i) strike(arrow);
+    }
+
+    std::vector<Step> place(const char* task) {
+        return {
+            {[this, task] { return told(task) && enabled("cmdNext"); },
+             [this] {
+                 openSimulator();
+                 press("cmdGoToStar");
+             }},
+            {[this] { return standsStill(); }, [this] { press("cmdCenterStar"); }},
+            {[this] { return isCentred() && standsStill(); },
+             [this] {
+                 press("cmdSync");
+                 goOn();
+             }},
+        };
+    }
+    std::vector<Step> turnBack(const char* task, unsigned arrow, int tens, int ones) {
+        return {
+            {[this, task] { return told(task) && told("Center Star") && enabled("cmdNext"); },
+             [this, arrow, tens, ones] {
+                 openSimulator();
+                 turn(arrow, tens, ones);
+                 goOn();
+             }},
+        };
+    }
+};
+
+TEST(FirstNight, IsSpentWithTheKeyboardAlone) {
+    KeyboardWalk walk;
+    std::vector<Step> steps{{[&] { return walk.program.window("frmWelcome").isVisible(); },
+                             [&] {
+                                 ASSERT_TRUE(walk.becomesActive("frmWelcome"));
+                                 walk.strike(kEnter);
+                             }},
+                            {[&] { return walk.standsStill() && walk.enabled("cmdRun"); },
+                             [&] {
+                                 ASSERT_TRUE(walk.becomesActive("frmMain"));
+                                 walk.strike(kF5);
+                             }},
+                            {[&] { return walk.told("Completed Successfully") && walk.enabled("cmdNext"); },
+                             [&] { walk.strike(kEnter); }}};
+    const auto add = [&](const std::vector<Step>& more) {
+        steps.insert(steps.end(), more.begin(), more.end());
+    };
+    add(walk.place("Azimuth Correction"));
+    add(walk.turnBack("Azimuth Correction", kLeft, 1, 8));
+    add(walk.place("Elevation Correction"));
+    add(walk.turnBack("Elevation Correction", kUp, 1, 1));
+    steps.push_back({[&] { return walk.told("was Successful"); }, [] {}});
+    walk.pass(steps);
+    walk.expectCorrected();
+}
+
+struct MouseWalk : Walk {
+    /// Where the window is too small for all that is in it, by the wheel.
+    void bringIntoView(const QWidget& widget) {
+        constexpr int kMostNotches = 60;
+        const QRect window = onScreen(*widget.window());
+        for (int i = 0; i < kMostNotches; ++i) {
+            if (widget.visibleRegion().boundingRect() == widget.rect()) return;
+            const int before = onScreen(widget).y();
+            hands.moveTo(window.center());
+            hands.turnWheel(before < window.center().y());
+            ASSERT_TRUE(comesTrue([&] { return onScreen(widget).y() != before; }));
+        }
+        FAIL() << widget.objectName().toStdString() << " can't be reached";
+    }
+    void click(const QWidget& widget, int times = 1) {
+        bringIntoView(widget);
+        for (int i = 0; i < times; ++i) untilArrived([&] { hands.click(onScreen(widget).center()); });
+    }
+    void click(const char* button) { click(qt::widgetOf<QPushButton>(main(), button)); }
+    /// From the main window's menus.
+    void choose(const char* title, const char* item) {
+        auto& bar = *main().findChild<QMenuBar*>();
+        for (QAction* action : bar.actions()) {
+            if (action->text().remove('&') != QLatin1String(title)) continue;
+            hands.click(bar.mapToGlobal(bar.actionGeometry(action).center()));
+            QMenu& menu = *action->menu();
+            ASSERT_TRUE(comesTrue([&] { return menu.isVisible() && isPainted(hands, menu); }));
+            auto* const wanted = main().findChild<QAction*>(item);
+            hands.click(menu.mapToGlobal(menu.actionGeometry(wanted).center()));
+            return;
+        }
+        FAIL() << title;
+    }
+
+    std::vector<Step> place(const char* task) {
+        return {
+            {[this, task] { return told(task) && enabled("cmdNext"); },
+             [this] {
+                 choose("Instruments", "mnuSimulator");
+                 ASSERT_TRUE(becomesActive("frmSimulator"));
+                 click(inSimulator("cmdGoToStar"));
+             }},
+            {[this] { return hasSlewed(); }, [this] { click(inSimulator("cmdCenterStar")); }},
+            {[this] { return isCentred() && standsStill(); },
+             [this] {
+                 click(inSimulator("cmdSync"));
+                 slewed_ = false;
+             }},
+            {[this] { return inSimulator<QLabel>("lblStatus").text().startsWith("Synced"); },
+             [this] { click("cmdNext"); }},
+        };
+    }
+    std::vector<Step> turnBack(const char* task, const char* tens, const char* ones, int count) {
+        return {
+            {[this, task] { return told(task) && told("Center Star") && enabled("cmdNext"); },
+             [this, tens, ones, count] {
+                 before_ = error("PolarAzimuthError") + error("PolarElevationError");
+                 click(inSimulator(tens));
+                 click(inSimulator(ones), count);
+             }},
+            {[this, count] {
+                 const double now = error("PolarAzimuthError") + error("PolarElevationError");
+                 return std::abs(now - before_) > 10 + count - 0.5;
+             },
+             [this] { click("cmdNext"); }},
+        };
+    }
+
+    /// The simulator's mount went somewhere and has arrived. To be asked all the while.
+    bool hasSlewed() {
+        const bool still = standsStill();
+        slewed_ = slewed_ || (still && !wasStill_);
+        wasStill_ = still;
+        return slewed_;
+    }
+
+  private:
+    bool wasStill_ = true, slewed_ = false;
+    double before_ = 0;
+};
+
+TEST(FirstNight, IsSpentWithTheMouseAlone) {
+    MouseWalk walk;
+    const auto inWelcome = [&](const char* name) -> QPushButton& {
+        return qt::widgetOf<QPushButton>(walk.program.window("frmWelcome"), name);
+    };
+    std::vector<Step> steps{
+        {[&] { return walk.program.window("frmWelcome").isVisible(); },
+         [&] {
+             ASSERT_TRUE(walk.becomesActive("frmWelcome"));
+             walk.click(inWelcome("cmdTrySimulator"));
+         }},
+        {[&] { return walk.standsStill() && walk.enabled("cmdRun"); }, [&] { walk.click("cmdRun"); }},
+        {[&] { return walk.told("Completed Successfully") && walk.enabled("cmdNext"); },
+         [&] { walk.click("cmdNext"); }}};
+    const auto add = [&](const std::vector<Step>& more) {
+        steps.insert(steps.end(), more.begin(), more.end());
+    };
+    add(walk.place("Azimuth Correction"));
+    add(walk.turnBack("Azimuth Correction", "cmdAzimuth(0)", "cmdAzimuth(1)", 8));
+    add(walk.place("Elevation Correction"));
+    add(walk.turnBack("Elevation Correction", "cmdElevation(5)", "cmdElevation(4)", 1));
+    steps.push_back({[&] { return walk.told("was Successful"); }, [] {}});
+    walk.pass(steps);
+    walk.expectCorrected();
+}
+
+}  // namespace
+}  // namespace vantrel::desktop
