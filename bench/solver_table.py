@@ -6,9 +6,9 @@
 
 Every field is solved by a process of its own, which gets a start one degree off and a scale 3 % off. CPU is user and
 system time of the whole process, start included: of each field the least of the runs, since whatever else the machine
-does only adds to it, and of a set the median of its fields. Errors are arcseconds; the last two columns are the mean
-squares of centre (along each axis) and roll in units of the errors that the program tells, 1 where those are right. Centres are held against the drawn ones. Fields may also
-be photographs: a folder with a fields.csv of the same columns.
+does only adds to it, and of a set the median of its fields. Centres are held against the drawn ones, in arcseconds; the
+last two columns are the mean squares of the errors of centre (along each axis) and roll in units of what the program
+tells of them: 1 where that is right. Fields may also be photographs: a folder with a fields.csv of the same columns.
 """
 
 import argparse

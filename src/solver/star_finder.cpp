@@ -21,7 +21,7 @@ double typicalSigma(std::span<const Source> sources) {
     constexpr std::size_t kBrightest = 30;
     std::vector<double> sigmas;
     for (const Source& source : sources.first(std::min(sources.size(), kBrightest)))
-        sigmas.push_back(source.sigma);
+        if (source.sigma > 0) sigmas.push_back(source.sigma);
     if (sigmas.empty()) return 1;
     const auto middle = sigmas.begin() + static_cast<std::ptrdiff_t>(sigmas.size() / 2);
     std::nth_element(sigmas.begin(), middle, sigmas.end());
