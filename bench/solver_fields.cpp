@@ -2,8 +2,8 @@
 //
 //   solver-fields FOLDER [COUNT]
 //
-// Stars stand at their J2000 places, so the files are dated 2000. Beside the files stands fields.csv, with what is
-// true of each and the hints that go with it: a start one degree off, a scale 3 % off.
+// Stars stand at their J2000 places, so the files are dated 2000. Beside the files stands fields.csv, with
+// what is true of each and the hints that go with it: a start one degree off, a scale 3 % off.
 
 #include <cstdio>
 #include <cstdlib>
@@ -28,8 +28,8 @@ struct FieldSet {
 };
 
 constexpr FieldSet kSets[] = {
-    {"1", 1152, 864, 3.0, 1},     {"2", 1632, 1224, 2.4, 2},      {"16", 4656, 3520, 1.1, 3},
-    {"26", 6248, 4176, 1.0, 4},   {"small", 768, 516, 3.0, 5},
+    {"1", 1152, 864, 3.0, 1},   {"2", 1632, 1224, 2.4, 2},   {"16", 4656, 3520, 1.1, 3},
+    {"26", 6248, 4176, 1.0, 4}, {"small", 768, 516, 3.0, 5},
 };
 
 constexpr std::size_t kFewestStars = 8;

@@ -1,13 +1,13 @@
-// Stands in for libcurl and CFITSIO in short-lived programs, which mostly need neither: with all that they need in
-// turn, loading them takes longer than solving an image. Each function loads its library when it is first called.
+// Stands in for libcurl and CFITSIO in short-lived programs, which mostly need neither: with all that they
+// need in turn, loading them takes longer than solving an image. Each function loads its library when it is
+// first called.
 
 #include <cstdarg>
 #include <stdexcept>
 #include <string>
 
-#include <dlfcn.h>
-
 #include <curl/curl.h>
+#include <dlfcn.h>
 #include <fitsio.h>
 
 #undef curl_easy_setopt
