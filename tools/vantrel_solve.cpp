@@ -4,7 +4,9 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -15,7 +17,9 @@
 #include <string_view>
 #include <vector>
 
+#include <malloc.h>
 #include <nlohmann/json.hpp>
+#include <sys/mman.h>
 
 #include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
@@ -24,6 +28,7 @@
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
 #include "solver/catalog_choice.h"
+#include "solver/exposure_facts.h"
 #include "solver/image_solving.h"
 #include "solver/pattern_store.h"
 
@@ -37,6 +42,7 @@ using namespace vantrel::solver;
 
 constexpr const char* kUsage =
     "usage: vantrel-solve FILE [--ra HOURS --dec DEG] [--scale ARCSEC_PER_PX] [--radius DEG]\n"
+    "                     [--date YYYY-MM-DD]\n"
     "                     [--catalog FOLDER|Internet --catalog-number N] [--json] [--wcs OUT.fits]\n"
     "\n"
     "  --ra, --dec   about where the image points, J2000; left out, the header must tell\n"
@@ -46,6 +52,8 @@ constexpr const char* kUsage =
     "  --radius      how far off the position may be (default: the image's diagonal, at least 1.5);\n"
     "                a wider one, 180 being all the sky, uses star patterns that the first such\n"
     "                search makes and keeps in the user's cache folder\n"
+    "  --date        of the exposure, for the stars' own motions; left out, the header must tell, or\n"
+    "                today's is taken, which the program then says\n"
     "  --catalog     folder of another star catalogue, with its number (--catalog-number):\n"
     "                0 GSC-1.1, 1 USNO-SA2.0, 3 GSC-ACT, 4 Tycho-2, 5 USNO-A2.0, 6 UCAC2, 7 USNO-B;\n"
     "                UCAC4 and .290 and .1476 files are found under any number. \"Internet\" in\n"
@@ -64,6 +72,7 @@ struct Options {
     std::optional<double> dec;
     std::optional<double> scale;
     std::optional<double> radius;
+    std::optional<platform::Instant> date;
     std::string catalog;
     int catalogNumber = 4;
     bool json = false;
@@ -77,6 +86,12 @@ double numberIn(const std::string& option, const std::string& text, double least
                        platform::toText(most));
     }
     return *value;
+}
+
+platform::Instant dateIn(const std::string& option, const std::string& text) {
+    const auto instant = platform::parseInstant(text.size() == 10 ? text + "T00:00:00" : text);
+    if (!instant) throw BadInput(option + " must be a date like 2026-03-21");
+    return *instant;
 }
 
 Options parsed(const std::vector<std::string>& arguments) {
@@ -95,6 +110,8 @@ Options parsed(const std::vector<std::string>& arguments) {
             options.scale = numberIn(name, value(), 0.01, 1000);
         else if (name == "--radius")
             options.radius = numberIn(name, value(), 0, 180);
+        else if (name == "--date")
+            options.date = dateIn(name, value());
         else if (name == "--catalog")
             options.catalog = value();
         else if (name == "--catalog-number")
@@ -115,11 +132,20 @@ Options parsed(const std::vector<std::string>& arguments) {
     return options;
 }
 
+bool isDated(const Options& options, const FitsHeader& header) {
+    return options.date || exposureStart(header);
+}
+
 /// What the operator tells comes before what the header does.
 ImageClues cluesFor(const Options& options, const FitsHeader& header) {
     ImageClues clues = cluesOf(header);
     if (options.dec) clues.start = SkyPosition{*options.raHours * 15, *options.dec};
     clues.radiusDeg = options.radius;
+    if (options.date)
+        clues.epochYear = julianYear(*options.date);
+    else if (!isDated(options, header))
+        clues.epochYear =
+            julianYear(std::chrono::floor<platform::Milliseconds>(std::chrono::system_clock::now()));
     if (options.scale) {
         std::erase_if(clues.scales, [&](double scale) { return std::abs(scale / *options.scale - 1) < 0.1; });
         clues.scales.insert(clues.scales.begin(), *options.scale);
@@ -130,6 +156,8 @@ ImageClues cluesFor(const Options& options, const FitsHeader& header) {
 struct Outcome {
     SolvedImage solved;
     std::size_t starsFound = 0;
+    double epochYear = 0;  ///< for which the stars' own motions are allowed
+    bool dated = false;    ///< it is told, not today's
 };
 
 std::shared_ptr<const StarCatalog> catalogFor(const Options& options,
@@ -157,7 +185,8 @@ Outcome solve(const Options& options, const FitsImage& image) {
             std::fprintf(stderr, "vantrel-solve: %s\n", line.c_str());
         });
     };
-    return {solveImage(image, stars, clues, *catalog, patterns), stars.stars.size()};
+    return {solveImage(image, stars, clues, *catalog, patterns), stars.stars.size(), clues.epochYear,
+            isDated(options, image.header())};
 }
 
 nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
@@ -175,7 +204,11 @@ nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
         json["matched"] = s.matched;
         json["residual_arcsec"] = s.residualArcsec;
         json["order"] = s.order;
+        json["centre_error_arcsec"] = s.centreErrorArcsec;
+        json["roll_error_deg"] = s.rollErrorDeg;
     }
+    json["epoch"] = outcome.epochYear;
+    json["dated"] = outcome.dated;
     json["stars_found"] = outcome.starsFound;
     json["seconds"] = seconds;
     return json;
@@ -195,7 +228,27 @@ void print(const Outcome& outcome, double seconds) {
     std::printf("Roll            %.3f deg\n", s.orientation.rollDeg);
     std::printf("Stars           %zu of %zu matched, mean residual %.2f arcsec, order %d\n", s.matched,
                 outcome.starsFound, s.residualArcsec, s.order);
+    if (!outcome.dated)
+        std::printf("Date            today's, since the header tells none (--date gives another)\n");
     std::printf("Time            %.3f s\n", seconds);
+}
+
+/// Asks for the memory that an image takes at once, in large pages where the system has them, and keeps it:
+/// page by page it would take longer to get than to fill.
+void takeMemoryAtOnce() {
+#ifdef __GLIBC__
+    constexpr int kNeverGivenBack = 1 << 30;
+    constexpr std::size_t kLargePage = 2 << 20;
+    constexpr std::size_t kSize = 4 * kLargePage;
+    mallopt(M_MMAP_THRESHOLD, kNeverGivenBack);
+    mallopt(M_TRIM_THRESHOLD, kNeverGivenBack);
+    void* const memory = std::malloc(kSize);
+    if (memory == nullptr) return;
+    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t aligned = (begin + kLargePage - 1) / kLargePage * kLargePage;
+    madvise(reinterpret_cast<void*>(aligned), kSize - (aligned - begin), MADV_HUGEPAGE);
+    std::free(memory);
+#endif
 }
 
 int run(const std::vector<std::string>& arguments) {
@@ -207,6 +260,7 @@ int run(const std::vector<std::string>& arguments) {
     }
     const Options options = parsed(arguments);
     const auto begin = std::chrono::steady_clock::now();
+    takeMemoryAtOnce();
     const FitsImage image = FitsImage::open(options.file);
     const Outcome outcome = solve(options, image);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

@@ -13,8 +13,10 @@ namespace {
 class MemoryPixels : public FitsPixels {
   public:
     MemoryPixels(std::size_t width, std::vector<float> pixels) : width_(width), pixels_(std::move(pixels)) {}
-    void read(std::size_t first, std::span<float> out) const override {
-        std::copy_n(pixels_.begin() + static_cast<std::ptrdiff_t>(first * width_), out.size(), out.begin());
+    void read(std::size_t first, std::span<float> out) const override { readInRow(first, 0, out); }
+    void readInRow(std::size_t row, std::size_t column, std::span<float> out) const override {
+        std::copy_n(pixels_.begin() + static_cast<std::ptrdiff_t>(row * width_ + column), out.size(),
+                    out.begin());
     }
 
   private:
@@ -78,6 +80,12 @@ void FitsImage::readRows(std::size_t first, std::span<float> out) const {
                          out.begin() + static_cast<std::ptrdiff_t>((top + 1) * width_),
                          out.begin() + static_cast<std::ptrdiff_t>(bottom * width_));
     }
+}
+
+void FitsImage::readInRow(std::size_t row, std::size_t column, std::span<float> out) const {
+    if (row >= height_ || column > width_ || out.size() > width_ - column)
+        throw std::out_of_range("pixels outside of the image");
+    pixels_->readInRow(bottomUp_ ? height_ - 1 - row : row, column, out);
 }
 
 std::optional<sky::TangentWcs> FitsImage::wcs() const {

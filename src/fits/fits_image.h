@@ -58,6 +58,9 @@ class FitsImage {
     /// the file can't be read any more.
     void readRows(std::size_t first, std::span<float> out) const;
 
+    /// A part of a row, from the column on, likewise.
+    void readInRow(std::size_t row, std::size_t column, std::span<float> out) const;
+
     /// The world coordinates in the header, if there are usable ones.
     std::optional<sky::TangentWcs> wcs() const;
 

@@ -17,6 +17,8 @@ class FitsPixels {
     virtual ~FitsPixels() = default;
     /// Whole rows from `first` on, in file order. Throws FitsError.
     virtual void read(std::size_t first, std::span<float> out) const = 0;
+    /// A part of the row, from the column on. Throws FitsError.
+    virtual void readInRow(std::size_t row, std::size_t column, std::span<float> out) const = 0;
 };
 
 struct OpenedFits {

@@ -11,6 +11,7 @@
 
 #include "fits/fits_error.h"
 #include "fits/opened_fits.h"
+#include "platform/vector_code.h"
 
 namespace vantrel::fits {
 
@@ -40,7 +41,8 @@ struct PixelCoding {
 /// Adds (or sets, for the first plane) big-endian values to a row. One simple loop each, which compilers turn
 /// into vector code.
 template <typename Stored, typename Raw>
-void convert(const std::byte* from, std::span<float> out, bool add, const PixelCoding& coding) {
+VANTREL_VECTOR_CODE void convert(const std::byte* from, std::span<float> out, bool add,
+                                 const PixelCoding& coding) {
     static_assert(sizeof(Stored) == sizeof(Raw));
     const auto stored = [&](std::size_t i) {
         Raw raw;
@@ -86,22 +88,32 @@ class PlainPixels : public FitsPixels {
     void read(std::size_t first, std::span<float> out) const override {
         const std::size_t width = layout_.width;
         const std::size_t rowBytes = width * coding_.bytes();
-        const std::size_t planeBytes = rowBytes * layout_.height;
         const std::size_t rowsAtOnce = std::max<std::size_t>(1, kChunk / rowBytes);
         buffer_.resize(std::min(rowsAtOnce, out.size() / width) * rowBytes);
         for (std::size_t done = 0; done < out.size();) {
             const auto part = out.subspan(done, std::min(rowsAtOnce * width, out.size() - done));
-            for (std::size_t plane = 0; plane < layout_.planes; ++plane) {
-                bytes_->read(dataStart_ + plane * planeBytes + first * rowBytes + done * coding_.bytes(),
-                             std::span(buffer_).first(part.size() * coding_.bytes()));
-                convertPart(part, plane > 0);
-            }
+            readPlanes(first * width + done, part);
             done += part.size();
         }
     }
 
+    void readInRow(std::size_t row, std::size_t column, std::span<float> out) const override {
+        buffer_.resize(std::max(buffer_.size(), out.size() * coding_.bytes()));
+        readPlanes(row * layout_.width + column, out);
+    }
+
   private:
     static constexpr std::size_t kChunk = 128 * 1024;  // stays in the second-level cache
+
+    /// So many pixels as `out` has room for, which the buffer must have for their bytes.
+    void readPlanes(std::size_t firstPixel, std::span<float> out) const {
+        const std::size_t planePixels = layout_.width * layout_.height;
+        for (std::size_t plane = 0; plane < layout_.planes; ++plane) {
+            bytes_->read(dataStart_ + (plane * planePixels + firstPixel) * coding_.bytes(),
+                         std::span(buffer_).first(out.size() * coding_.bytes()));
+            convertPart(out, plane > 0);
+        }
+    }
 
     void convertPart(std::span<float> out, bool add) const {
         const std::byte* from = buffer_.data();

@@ -45,8 +45,9 @@ class UnpackedPixels : public FitsPixels {
     UnpackedPixels(const std::filesystem::path& path, std::size_t width)
         : file_(RawFile::inMemory(path)), width_(width) {}
     RawFile& file() { return file_; }
-    void read(std::size_t first, std::span<float> out) const override {
-        file_.read(first * width_ * sizeof(float), std::as_writable_bytes(out));
+    void read(std::size_t first, std::span<float> out) const override { readInRow(first, 0, out); }
+    void readInRow(std::size_t row, std::size_t column, std::span<float> out) const override {
+        file_.read((row * width_ + column) * sizeof(float), std::as_writable_bytes(out));
     }
 
   private:

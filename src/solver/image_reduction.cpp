@@ -4,10 +4,13 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <span>
 
 #include "fits/fits_image.h"
+#include "platform/vector_code.h"
 #include "solver/level_grid.h"
+#include "solver/pixel_spikes.h"
 
 namespace vantrel::solver {
 
@@ -15,10 +18,10 @@ namespace {
 
 using fits::FitsImage;
 
-constexpr std::size_t kTile = 64;          // pixels a side of a cell of the coarse survey
-constexpr float kSpikeSigma = 6;           // hot pixels stand out this far
-constexpr float kSpikeNeighbours = 0.25F;  // the four neighbours of a star's peak hold more than this share
-constexpr float kSpikeNoise = 3;           // allowance for the neighbours' own noise
+constexpr std::size_t kTile = 64;  // pixels a side of a cell of the coarse survey
+constexpr std::size_t kLargestTile = 256;
+constexpr std::size_t kLargeImage = 6'000'000;
+constexpr std::size_t kLooks = 64;  // pixels of a row that a cell's level is made of, in neighbouring pairs
 constexpr std::size_t kStripFloats = 64 * 1024;
 constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
@@ -29,9 +32,16 @@ struct Survey {
     float unit = 1;       ///< factor that brings images with tiny numbers (0 to 1) to ordinary counts
 };
 
+/// Large images have larger cells, so that the survey takes about the same time.
+std::size_t tileSize(std::size_t pixels) {
+    std::size_t size = kTile;
+    for (std::size_t most = kLargeImage; pixels > most && size < kLargestTile; most *= 2) size *= 2;
+    return size;
+}
+
 Survey survey(const FitsImage& image) {
     const std::size_t width = image.width();
-    Survey result{LevelGrid(width, image.height(), kTile)};
+    Survey result{LevelGrid(width, image.height(), tileSize(width * image.height()))};
     LevelGrid& grid = result.grid;
     std::vector<float> rows;
     CellSample sample;
@@ -49,8 +59,11 @@ Survey survey(const FitsImage& image) {
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
             sample.clear();
+            const std::size_t step = 2 * std::max<std::size_t>(1, (right - left) / kLooks);
             for (std::size_t r = 0; r < pair; ++r)
-                for (std::size_t x = left; x < right; ++x) sample.add(rows[r * width + x], x, first + r);
+                for (std::size_t x = left; x < right; x += step)
+                    for (std::size_t i = x; i < std::min(x + 2, right); ++i)
+                        sample.add(rows[r * width + i], i, first + r);
             const Level level = grid.set(column, band, sample);
             for (std::size_t r = 0; r < pair; ++r) {
                 for (std::size_t x = left; x < right; ++x) {
@@ -77,46 +90,38 @@ Survey survey(const FitsImage& image) {
     return result;
 }
 
-/// Whether the pixel is a lone spike: far above the background while its four neighbours are not. Pixels
-/// outside of the strip don't count, nor those without a value.
-bool isSpike(std::span<const float> strip, std::size_t width, std::size_t x, std::size_t y,
-             const Level& level) {
-    const std::size_t rows = strip.size() / width;
-    const float excess = strip[y * width + x] - level.background;
-    float sum = 0;
-    float count = 0;
-    const auto add = [&](std::size_t nx, std::size_t ny) {
-        if (!isValue(strip[ny * width + nx])) return;
-        sum += strip[ny * width + nx] - level.background;
-        count += 1;
-    };
-    if (x > 0) add(x - 1, y);
-    if (x + 1 < width) add(x + 1, y);
-    if (y > 0) add(x, y - 1);
-    if (y + 1 < rows) add(x, y + 1);
-    return count > 1 && sum * 4 / count < kSpikeNeighbours * excess + kSpikeNoise * level.noise;
-}
+constexpr std::size_t kGroup = 32;  // pixels of a row that share a limit
 
-/// Whether any of the values lies over the limit; compilers turn this into vector code.
-bool anyAbove(std::span<const float> values, float limit) {
-    int above = 0;
-    for (const float v : values) above |= static_cast<int>(v > limit);
-    return above != 0;
+/// Which of a row's groups hold a pixel over their limit.
+VANTREL_VECTOR_CODE void markGroups(std::span<const float> row, std::span<const float> limits,
+                                    std::span<int> above) {
+    const std::size_t whole = row.size() / kGroup;
+    for (std::size_t g = 0; g < whole; ++g) {
+        int any = 0;
+        for (std::size_t i = 0; i < kGroup; ++i) any |= static_cast<int>(row[g * kGroup + i] > limits[g]);
+        above[g] = any;
+    }
+    if (whole < above.size()) above[whole] = 1;
 }
 
 void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, const LevelGrid& grid) {
-    constexpr std::size_t kGroup = 32;
     const std::size_t rows = strip.size() / width;
+    const std::size_t groups = (width + kGroup - 1) / kGroup;
+    std::vector<float> limits(groups);
+    std::vector<int> above(groups);
     for (std::size_t y = 0; y < rows; ++y) {
-        for (std::size_t left = 0; left < width; left += kGroup) {
-            const std::size_t count = std::min(kGroup, width - left);
-            const Level& level = grid.covering(left, top + y);
-            const float limit = level.background + kSpikeSigma * std::max(level.noise, 1e-9F);
-            const auto group = strip.subspan(y * width + left, count);
-            if (!anyAbove(group, limit)) continue;
-            for (std::size_t x = left; x < left + count; ++x) {
+        if (y == 0 || (top + y) % grid.cellSize() == 0) {
+            for (std::size_t g = 0; g < groups; ++g) {
+                limits[g] = spikeLimit(grid.covering(g * kGroup, top + y));
+            }
+        }
+        markGroups(strip.subspan(y * width, width), limits, above);
+        for (std::size_t g = 0; g < groups; ++g) {
+            if (above[g] == 0) continue;
+            const Level& level = grid.covering(g * kGroup, top + y);
+            for (std::size_t x = g * kGroup; x < std::min(width, (g + 1) * kGroup); ++x) {
                 float& value = strip[y * width + x];
-                if (value > limit && isSpike(strip, width, x, y, level)) value = level.background;
+                if (value > limits[g] && isSpike(strip, width, x, y, level)) value = level.background;
             }
         }
     }
@@ -142,6 +147,44 @@ void removeBlanks(std::span<float> strip, std::size_t width, std::size_t binning
     }
 }
 
+/// Sums of so many neighbours each. A number known beforehand lets compilers make vector code.
+template <std::size_t binning>
+void sumNeighbours(std::span<const float> values, std::span<float> sums) {
+    for (std::size_t x = 0; x < sums.size(); ++x) {
+        float sum = 0;
+        for (std::size_t i = 0; i < binning; ++i) sum += values[x * binning + i];
+        sums[x] = sum;
+    }
+}
+
+void sumNeighbours(std::span<const float> values, std::size_t binning, std::span<float> sums) {
+    switch (binning) {
+        case 1:
+            return sumNeighbours<1>(values, sums);
+        case 2:
+            return sumNeighbours<2>(values, sums);
+        case 3:
+            return sumNeighbours<3>(values, sums);
+        case 4:
+            return sumNeighbours<4>(values, sums);
+        case 5:
+            return sumNeighbours<5>(values, sums);
+        case 6:
+            return sumNeighbours<6>(values, sums);
+        case 8:
+            return sumNeighbours<8>(values, sums);
+        default:
+            for (std::size_t x = 0; x < sums.size(); ++x) {
+                const auto own = values.subspan(x * binning, binning);
+                sums[x] = std::accumulate(own.begin(), own.end(), 0.0F);
+            }
+    }
+}
+
+VANTREL_VECTOR_CODE void addRow(std::span<const float> row, std::span<float> sums) {
+    for (std::size_t x = 0; x < sums.size(); ++x) sums[x] += row[x];
+}
+
 /// Adds the strip's rows, bin by bin, to the bins' sums.
 void addBins(std::span<const float> strip, std::size_t width, std::size_t binning, std::span<float> bins) {
     const std::size_t columns = width / binning;
@@ -149,20 +192,8 @@ void addBins(std::span<const float> strip, std::size_t width, std::size_t binnin
     std::vector<float> column(width);
     for (std::size_t y = 0; y + binning <= rows; y += binning) {
         std::copy_n(strip.begin() + static_cast<std::ptrdiff_t>(y * width), width, column.begin());
-        for (std::size_t r = 1; r < binning; ++r) {
-            const float* row = strip.data() + (y + r) * width;
-            for (std::size_t x = 0; x < width; ++x) column[x] += row[x];
-        }
-        float* out = bins.data() + y / binning * columns;
-        if (binning == 2) {
-            for (std::size_t x = 0; x < columns; ++x) out[x] = column[2 * x] + column[2 * x + 1];
-        } else {
-            for (std::size_t x = 0; x < columns; ++x) {
-                float sum = 0;
-                for (std::size_t i = 0; i < binning; ++i) sum += column[x * binning + i];
-                out[x] = sum;
-            }
-        }
+        for (std::size_t r = 1; r < binning; ++r) addRow(strip.subspan((y + r) * width, width), column);
+        sumNeighbours(column, binning, bins.subspan(y / binning * columns, columns));
     }
 }
 
@@ -184,8 +215,8 @@ LevelGrid binLevels(const ReducedImage& image) {
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
             sample.clear();
-            for (std::size_t y = top; y < bottom; y += 2)
-                for (std::size_t x = left + y / 2 % 2; x < right; x += 2)
+            for (std::size_t y = top; y < bottom; y += 4)
+                for (std::size_t x = left + y / 4 % 2; x < right; x += 2)
                     sample.add(image.pixels[y * image.width + x], x, y);
             grid.set(column, row, sample);
         }
@@ -238,6 +269,7 @@ void normalise(ReducedImage& image, const LevelGrid& grid, float floorNoise) {
 ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settings) {
     const Survey seen = survey(image);
     ReducedImage reduced;
+    reduced.mosaic = seen.mosaic;
     reduced.binning = chooseBinning(image, seen.mosaic, settings.largestSize);
     reduced.width = image.width() / reduced.binning;
     reduced.height = image.height() / reduced.binning;

@@ -18,6 +18,7 @@ struct ReducedImage {
     std::size_t width = 0;  ///< in bins; what is left over at the right and bottom border is dropped
     std::size_t height = 0;
     std::size_t binning = 1;    ///< pixels a side of each bin
+    bool mosaic = false;        ///< a colour sensor's raw image
     std::vector<float> pixels;  ///< background 0, noise 1; "not a number" where no pixel has a value
     double noise = 1;           ///< typical noise of a bin's sum, in the image's own unit
 };

@@ -14,20 +14,6 @@ constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 /// Mean of |z| over the central 80 % of a unit normal distribution.
 constexpr float kMeanOfFourFifths = 0.5586F;
 
-Level levelOf(std::span<float> values, std::size_t missing) {
-    if (values.size() * 3 < missing) return {kNoValue, kNoValue};
-    if (values.size() < 5) return {values.empty() ? 0 : values.front(), 0};
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    const float median = *middle;
-    for (float& v : values) v = std::abs(v - median);
-    const auto most = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 4 / 5);
-    std::nth_element(values.begin(), most, values.end());
-    float sum = 0;
-    for (auto v = values.begin(); v != most; ++v) sum += *v;
-    return {median, sum / static_cast<float>(most - values.begin()) / kMeanOfFourFifths};
-}
-
 float middleOf(std::vector<float>& values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -61,6 +47,19 @@ class PlaneFit {
 
 }  // namespace
 
+Level levelOf(std::span<float> values) {
+    if (values.size() < 5) return {values.empty() ? 0 : values.front(), 0};
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    const float median = *middle;
+    for (float& v : values) v = std::abs(v - median);
+    const auto most = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 4 / 5);
+    std::nth_element(values.begin(), most, values.end());
+    float sum = 0;
+    for (auto v = values.begin(); v != most; ++v) sum += *v;
+    return {median, sum / static_cast<float>(most - values.begin()) / kMeanOfFourFifths};
+}
+
 LevelGrid::LevelGrid(std::size_t width, std::size_t height, std::size_t cellSize)
     : width_(width),
       height_(height),
@@ -81,7 +80,8 @@ Level LevelGrid::set(std::size_t column, std::size_t row, CellSample& sample) {
     if (sample.missing > 0)
         offsets_[cell] = {offset(sample.missingX, spanOfColumn(column)),
                           offset(sample.missingY, spanOfRow(row))};
-    return levels_[cell] = levelOf(sample.values, sample.missing);
+    const bool mostMissing = sample.values.size() * 3 < sample.missing;
+    return levels_[cell] = mostMissing ? Level{kNoValue, kNoValue} : levelOf(sample.values);
 }
 
 bool LevelGrid::isLevelOfItsMiddle(std::size_t cell) const {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace vantrel::solver {
@@ -15,6 +16,10 @@ struct Level {
     float background = 0;
     float noise = 1;
 };
+
+/// The values' median, and the noise from the mean deviation of the four fifths that deviate least, so that
+/// neither stars nor coarse steps between values disturb it. Reorders the values.
+Level levelOf(std::span<float> values);
 
 /// Some of a cell's pixels.
 struct CellSample {
@@ -53,9 +58,8 @@ class LevelGrid {
     Span spanOfColumn(std::size_t column) const { return span(column, columns_, width_); }
     Span spanOfRow(std::size_t row) const { return span(row, rows_, height_); }
 
-    /// Gives the cell the sample's median, and the noise from the mean deviation of the four fifths of values
-    /// that deviate least, so that neither stars nor coarse steps between values disturb it. Not a number
-    /// when most of the pixels have no value. Reorders the values.
+    /// Gives the cell the sample's level; not a number when most of the pixels have no value. Reorders the
+    /// values.
     Level set(std::size_t column, std::size_t row, CellSample& sample);
     /// To be called when all cells are set: those that have no values, or none in a part of them, take the
     /// plane through the cells around them. 0 when there are no values at all.

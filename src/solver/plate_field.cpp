@@ -28,9 +28,10 @@ double PlateGeometry::diagonalDeg() const {
     return 2 * std::atan(std::hypot(x, y)) / kDegree;
 }
 
+double PlateGeometry::catalogueError() const { return kCatalogueErrorArcsec / std::sqrt(scaleX * scaleY); }
+
 double PlateGeometry::positionError() const {
-    const double catalogue = kCatalogueErrorArcsec / std::sqrt(scaleX * scaleY);
-    return std::hypot(kCentroidErrorPixels, kCentroidErrorBins * binning, catalogue);
+    return std::hypot(kCentroidErrorPixels, kCentroidErrorBins * binning, catalogueError());
 }
 
 double PlateGeometry::lensError() const {
@@ -40,6 +41,8 @@ double PlateGeometry::lensError() const {
 PlateField::PlateField(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
                        std::span<const sky::CatalogStar> catalogStars)
     : geometry_(geometry), image_(pointsOf(imageStars)) {
+    placeErrors_.reserve(imageStars.size());
+    for (const ImageStar& star : imageStars) placeErrors_.push_back(star.error);
     catalogue_.reserve(catalogStars.size());
     magnitudes_.reserve(catalogStars.size());
     for (const sky::CatalogStar& star : catalogStars) {

@@ -22,6 +22,8 @@ struct PlateGeometry {
 
     sky::PixelPosition centre() const { return {(width - 1) / 2, (height - 1) / 2}; }
     double diagonalDeg() const;
+    /// What the catalogue's positions are likely to be wrong by, pixels.
+    double catalogueError() const;
     /// What star positions in the image are likely to be wrong by, pixels.
     double positionError() const;
     /// Relative error of lengths in the image for want of a lens model: small telescopes have none to speak
@@ -42,6 +44,8 @@ class PlateField {
     std::size_t imageCount() const { return image_.points().size(); }
     const StarGrid& image() const { return image_; }
     sky::PixelPosition pixel(std::size_t i) const { return {image_.points()[i].x, image_.points()[i].y}; }
+    /// Of an image star's place along each axis, pixels; 0 where nothing is known of it.
+    double placeError(std::size_t i) const { return placeErrors_[i]; }
     std::span<const sky::Vector3> catalogue() const { return catalogue_; }
     /// Of a catalogue star.
     double magnitude(std::size_t i) const { return magnitudes_[i]; }
@@ -49,6 +53,7 @@ class PlateField {
   private:
     PlateGeometry geometry_;
     StarGrid image_;
+    std::vector<double> placeErrors_;
     std::vector<sky::Vector3> catalogue_;
     std::vector<double> magnitudes_;
 };

@@ -14,6 +14,9 @@ using sky::PixelPosition;
 using sky::PlanePosition;
 using sky::SkyPosition;
 
+using Square = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 10, 10>;
+using Column = Eigen::Matrix<double, Eigen::Dynamic, 1, 0, 10, 1>;
+
 constexpr int kNewtonSteps = 8;
 
 std::array<double, 10> terms(double u, double v) {
@@ -50,7 +53,6 @@ std::optional<PlateModel> PlateModel::fit(std::span<const StarPair> pairs, Pixel
                                           SkyPosition tangentPoint, double unitPixels, int order) {
     const std::size_t count = coefficientCount(order);
     if (pairs.size() < count) return std::nullopt;
-    using Square = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 10, 10>;
     using Columns = Eigen::Matrix<double, Eigen::Dynamic, 2, 0, 10, 2>;
     const auto n = static_cast<Eigen::Index>(count);
     Square normal = Square::Zero(n, n);
@@ -62,9 +64,10 @@ std::optional<PlateModel> PlateModel::fit(std::span<const StarPair> pairs, Pixel
         const auto t =
             terms((pair.pixel.x - imageCentre.x) / unitPixels, (pair.pixel.y - imageCentre.y) / unitPixels);
         const Eigen::Map<const Eigen::VectorXd> row(t.data(), n);
-        normal.noalias() += row * row.transpose();
-        right.col(0) += row * plane->xi;
-        right.col(1) += row * plane->eta;
+        const Column weighted = pair.weight * row;
+        normal.noalias() += weighted * row.transpose();
+        right.col(0) += weighted * plane->xi;
+        right.col(1) += weighted * plane->eta;
     }
     const Eigen::LDLT<Square> solver(normal);
     const auto diagonal = solver.vectorD();
@@ -77,6 +80,24 @@ std::optional<PlateModel> PlateModel::fit(std::span<const StarPair> pairs, Pixel
         model.eta_[i] = solution(static_cast<Eigen::Index>(i), 1);
     }
     return model;
+}
+
+PlateErrors PlateModel::errors(std::span<const StarPair> pairs) const {
+    const auto n = static_cast<Eigen::Index>(coefficientCount(order_));
+    Square normal = Square::Zero(n, n);
+    for (const StarPair& pair : pairs) {
+        const auto t = terms((pair.pixel.x - imageCentre_.x) / unitPixels_,
+                             (pair.pixel.y - imageCentre_.y) / unitPixels_);
+        const Eigen::Map<const Eigen::VectorXd> row(t.data(), n);
+        const Column weighted = pair.weight * row;
+        normal.noalias() += weighted * row.transpose();
+    }
+    const Square covariance = normal.inverse();  // of either coordinate, where a pixel is the unit
+    const auto cd = matrix();
+    const double pixelDeg = std::sqrt(std::abs(cd[0] * cd[3] - cd[1] * cd[2]));
+    // The roll is that of the rotation nearest to the matrix: half of what its four elements turn by.
+    const double turn = std::sqrt(covariance(1, 1) + covariance(2, 2)) / (2 * unitPixels_);
+    return {std::sqrt(covariance(0, 0)) * pixelDeg * 3600, turn / kDegree};
 }
 
 PlateModel PlateModel::linear(PixelPosition imageCentre, SkyPosition tangentPoint, double unitPixels,

@@ -19,6 +19,13 @@ namespace vantrel::solver {
 struct StarPair {
     sky::PixelPosition pixel;
     sky::Vector3 sky{};  ///< unit vector in the ICRS
+    double weight = 1;   ///< for errors to follow from a fit: one over the variance along each axis, pixels
+};
+
+/// Standard deviations of what a fit tells.
+struct PlateErrors {
+    double centreArcsec = 0;  ///< along each axis
+    double rollDeg = 0;
 };
 
 /// The tangent plane about a point of the sky, for many projections.
@@ -59,6 +66,9 @@ class PlateModel {
     /// The pixel that shows the direction, by Newton's method; empty when far outside of what the model
     /// covers.
     std::optional<sky::PixelPosition> toPixel(const sky::Vector3& direction) const;
+
+    /// What the errors of the pairs it was fitted to make of the centre and the roll.
+    PlateErrors errors(std::span<const StarPair> pairs) const;
 
     /// Derivatives of (xi, eta) by (column, row) at the image's centre, degrees per pixel: CD1_1 ... CD2_2.
     std::array<double, 4> matrix() const;

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "solver/match_verdict.h"
+#include "solver/star_weights.h"
 
 namespace vantrel::solver {
 
@@ -39,13 +40,16 @@ class Refiner {
         double tolerance = settings_.firstTolerance;
         double used = tolerance;
         double reach = settings_.anchorRadius;
+        double excess = geometry_.catalogueError();
         Matching found;
         for (int round = 0; round < kRounds; ++round) {
             found = match(model, tolerance, reach);
             used = tolerance;
+            weigh(found.matches, excess);
             const auto better = fitted(model, found.matches);
             if (!better) return std::nullopt;
             model = better->model;
+            if (settings_.weighted) excess = excessOf(model, found.matches);
             const double rms = better->rms;
             const double floor = std::max(kLeastTolerance, 1.5 * geometry_.positionError());
             tolerance = std::clamp(std::max(2.5 * rms, 0.6 * tolerance),
@@ -61,7 +65,8 @@ class Refiner {
   private:
     struct Fit {
         PlateModel model;
-        double rms = 0;  ///< pixels, per star
+        double rms = 0;     ///< pixels, per star
+        double misfit = 0;  ///< mean square by weight, per degree of freedom
     };
 
     static StarGrid firstPoints(const PlateField& field, std::size_t count) {
@@ -100,6 +105,26 @@ class Refiner {
         return result;
     }
 
+    /// Errors that the stars' places don't account for are all stars' alike.
+    void weigh(std::vector<Match>& matches, double excess) const {
+        if (!settings_.weighted) return;
+        for (Match& m : matches) {
+            const double error = field_.placeError(m.imageIndex);
+            m.pair.weight = 1 / (error * error + excess * excess);
+        }
+    }
+
+    double excessOf(const PlateModel& model, const std::vector<Match>& matches) const {
+        std::vector<WeighedResidual> residuals;
+        residuals.reserve(matches.size());
+        for (const Match& m : matches)
+            if (const auto at = model.toPixel(m.pair.sky))
+                residuals.push_back({std::hypot(at->x - m.pair.pixel.x, at->y - m.pair.pixel.y),
+                                     field_.placeError(m.imageIndex)});
+        return excessError(residuals, PlateModel::coefficientCount(model.order()),
+                           geometry_.catalogueError());
+    }
+
     std::optional<Fit> fitted(const PlateModel& model, const std::vector<Match>& matches) const {
         std::vector<StarPair> pairs;
         pairs.reserve(matches.size());
@@ -111,7 +136,7 @@ class Refiner {
         for (int order = 2; best && order <= settings_.highestOrder; ++order) {
             if (pairs.size() < 2 * PlateModel::coefficientCount(order)) break;
             const auto higher = fitOrder(model, pairs, order);
-            if (higher && higher->rms * higher->rms < worthwhile * best->rms * best->rms) best = higher;
+            if (higher && higher->misfit < worthwhile * best->misfit) best = higher;
         }
         return best;
     }
@@ -127,15 +152,24 @@ class Refiner {
         better = PlateModel::fit(pairs, geometry_.centre(), tangent, unit, order);
         if (!better) return std::nullopt;
         double squares = 0;
+        double weighted = 0;
         for (const StarPair& pair : pairs) {
             const auto at = better->toPixel(pair.sky);
             if (!at) return std::nullopt;
-            squares += (at->x - pair.pixel.x) * (at->x - pair.pixel.x) +
-                       (at->y - pair.pixel.y) * (at->y - pair.pixel.y);
+            const double square = (at->x - pair.pixel.x) * (at->x - pair.pixel.x) +
+                                  (at->y - pair.pixel.y) * (at->y - pair.pixel.y);
+            squares += square;
+            weighted += pair.weight * square;
         }
         const double freedom =
             static_cast<double>(pairs.size()) - static_cast<double>(PlateModel::coefficientCount(order));
-        return Fit{*better, std::sqrt(squares / std::max(freedom, 0.5))};
+        return Fit{*better, std::sqrt(squares / std::max(freedom, 0.5)), weighted / std::max(freedom, 0.5)};
+    }
+
+    PlateErrors errorsOf(const PlateModel& model, const std::vector<Match>& matches) const {
+        std::vector<StarPair> pairs;
+        for (const Match& m : matches) pairs.push_back(m.pair);
+        return model.errors(pairs);
     }
 
     RefinedPlate judged(const PlateModel& model, const Matching& found, double tolerance) const {
@@ -156,6 +190,7 @@ class Refiner {
         }
         const auto n = static_cast<double>(std::max<std::size_t>(1, found.matches.size()));
         plate.rmsPixels = std::sqrt(squares / n);
+        if (settings_.weighted) plate.errors = errorsOf(model, found.matches);
         plate.meanResidualArcsec = arcsec / n;
         plate.chanceLog10 =
             chanceLog10(found.predicted, used_, tolerance, geometry_.width * geometry_.height);

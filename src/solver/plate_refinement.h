@@ -16,6 +16,7 @@ struct RefinementSettings {
     double anchorRadius = 1e9;     ///< pixels around it that it holds for
     int highestOrder = 3;
     double maximumResidualArcsec = 0;  ///< farther stars are dropped; 0 leaves it to the fit
+    bool weighted = false;             ///< stars count by the errors of their places
 };
 
 struct RefinedPlate {
@@ -23,7 +24,8 @@ struct RefinedPlate {
     std::size_t matched = 0;
     double rmsPixels = 0;
     double meanResidualArcsec = 0;
-    double chanceLog10 = 0;  ///< see match_verdict.h
+    double chanceLog10 = 0;   ///< see match_verdict.h
+    PlateErrors errors = {};  ///< when stars were weighted
 
     struct Pair {
         std::size_t image = 0, catalogue = 0;  ///< indices of the field's stars

@@ -45,6 +45,8 @@ struct PlateSolution {
     std::size_t matched = 0;         ///< stars that the fit rests on
     double residualArcsec = 0;       ///< their mean distance from where the model puts them
     int order = 1;                   ///< of the plate model
+    double centreErrorArcsec = 0;    ///< standard deviation of the centre, along each axis; 0 if unknown
+    double rollErrorDeg = 0;         ///< of the roll
     std::vector<MatchedStar> stars;  ///< the matched ones
 
     bool mirrored() const { return orientation.scaleY < 0; }

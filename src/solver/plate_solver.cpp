@@ -22,8 +22,10 @@ RefinedPlate refinedWithAll(const PlateField& field, const RefinedPlate& plate,
     all.imageStars = kFinalImageStars;
     all.firstTolerance = std::max(2.0 * field.geometry().positionError(), 5 * plate.rmsPixels);
     all.maximumResidualArcsec = maximumResidualArcsec;
+    all.weighted = true;
     const auto better = refinePlate(field, plate.model, all);
-    return better && better->matched >= plate.matched ? *better : plate;
+    // Stars that stand beside their places weigh less now, so one or the other may fall out.
+    return better && better->matched + 1 + plate.matched / 10 >= plate.matched ? *better : plate;
 }
 
 }  // namespace
@@ -70,6 +72,8 @@ PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found,
     solution.matched = plate.matched;
     solution.residualArcsec = plate.meanResidualArcsec;
     solution.order = plate.model.order();
+    solution.centreErrorArcsec = plate.errors.centreArcsec;
+    solution.rollErrorDeg = plate.errors.rollDeg;
     solution.stars.reserve(plate.pairs.size());
     for (const RefinedPlate::Pair& pair : plate.pairs) {
         const sky::PixelPosition at = field.pixel(pair.image);

@@ -13,6 +13,7 @@ struct Source {
     double y = 0;
     double flux = 0;   ///< sum over its pixels, in the image's unit
     double peak = 0;   ///< highest pixel
+    double sigma = 0;  ///< mean one of its axes, pixels
     int pixels = 0;    ///< above the threshold
     bool cut = false;  ///< touches the image's border
 };

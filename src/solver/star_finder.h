@@ -11,9 +11,10 @@ class FitsImage;
 namespace vantrel::solver {
 
 struct ImageStar {
-    double x = 0;     ///< column in image pixels, pixel centres at whole numbers from 0
-    double y = 0;     ///< row, likewise
-    double flux = 0;  ///< counts over the background
+    double x = 0;      ///< column in image pixels, pixel centres at whole numbers from 0
+    double y = 0;      ///< row, likewise
+    double flux = 0;   ///< counts over the background
+    double error = 0;  ///< of x and y each, pixels; 0 where nothing is known of it
 };
 
 struct StarList {

@@ -187,6 +187,9 @@ TEST_F(FitsImageTest, ReadsEveryTypeOfPixelsOnEveryWay) {
             std::vector<float> lastRow(20);
             read.readRows(9, lastRow);
             EXPECT_EQ(told(lastRow), told({expected.end() - 20, expected.end()}));
+            std::vector<float> end(15);
+            read.readInRow(9, 5, end);
+            EXPECT_EQ(told(end), told({expected.end() - 15, expected.end()}));
             EXPECT_TRUE(read.mayHoldBlanks() || c.blank.empty());
         }
     }
@@ -202,6 +205,9 @@ TEST_F(FitsImageTest, RowOrderPutsTheTopRowFirst) {
         std::vector<float> row(3);
         image.readRows(1, row);
         EXPECT_EQ(row, std::vector<float>(pixels.begin() + 3, pixels.end())) << order;
+        float middle = 0;
+        image.readInRow(1, 1, std::span(&middle, 1));
+        EXPECT_EQ(middle, pixels[4]) << order;
     }
     std::vector<float> second(3);
     FitsImage(3, 2, asInTheFile).readRows(1, second);
@@ -215,8 +221,12 @@ TEST_F(FitsImageTest, AveragesColourPlanes) {
     std::string data;
     for (const int plane : {0, 30, 90})
         for (int i = 0; i < 6; ++i) data += static_cast<char>(plane + 3 * i);
-    const auto pixels = pixelsOf(opened(fitsHeader(cards) + padded(data)));
+    const auto image = opened(fitsHeader(cards) + padded(data));
+    const auto pixels = pixelsOf(image);
     for (int i = 0; i < 6; ++i) EXPECT_NEAR(pixels[static_cast<std::size_t>(i)], 40 + 3 * i, 1e-4);
+    float last = 0;
+    image.readInRow(1, 2, std::span(&last, 1));
+    EXPECT_NEAR(last, 55, 1e-4);
 }
 
 TEST_F(FitsImageTest, APixelNeedsAValueInEveryPlane) {

@@ -62,6 +62,7 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
     std::mt19937 random(20);
     std::uniform_real_distribution<double> unit(0, 1);
     std::vector<double> errors;
+    double centreSquares = 0, rollSquares = 0;  // in units of what the solution tells of its errors
     for (int i = 0; i < 25; ++i) {
         const double scale = 3.2 + 6 * unit(random);  // 0.8 degrees wide and more
         const double turn = 15.0 * i;
@@ -75,6 +76,9 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
         ASSERT_TRUE(solution) << i;
         errors.push_back(offPixels(field, *solution));
         EXPECT_LT(errors.back(), 0.5) << i;
+        centreSquares += std::pow(errors.back() * scale / solution->centreErrorArcsec, 2) / 2;
+        rollSquares +=
+            std::pow(std::remainder(solution->orientation.rollDeg - turn, 360) / solution->rollErrorDeg, 2);
         EXPECT_EQ(solution->mirrored(), mirrored) << i;
         EXPECT_GT(solution->orientation.scaleX, 0);
         EXPECT_NEAR(std::remainder(solution->orientation.rollDeg - turn, 360), 0, 0.05) << i;
@@ -93,7 +97,11 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
             EXPECT_LT(sky::separationDeg(told.toSky(pixel), field.wcs.toSky(pixel)) * 3600 / scale, 0.7) << i;
     }
     std::sort(errors.begin(), errors.end());
-    EXPECT_LT(errors[errors.size() / 2], 0.15);
+    EXPECT_LT(errors[errors.size() / 2], 0.03);
+    for (const double squares : {centreSquares, rollSquares}) {
+        EXPECT_GT(squares / 25, 0.3);
+        EXPECT_LT(squares / 25, 1.7);
+    }
 }
 
 TEST(SolvePlate, CopesWithTheEveryday) {

@@ -98,6 +98,22 @@ TEST_F(VantrelSolve, SearchesTheWholeSky) {
         << "43 degrees off are out of reach";
 }
 
+TEST_F(VantrelSolve, SaysWhenItTakesTodaysDate) {
+    const std::string hints = " --ra 5.03 --dec 33.4 --scale 6.2";
+    const auto saysSo = [&](const std::string& arguments) {
+        const Answer answer = run(arguments);
+        EXPECT_EQ(answer.status, 0) << answer.err;
+        return answer.out.find("today's, since the header tells none") != std::string::npos;
+    };
+    const std::string undated = drawn();
+    EXPECT_TRUE(saysSo(undated + hints));
+    EXPECT_FALSE(saysSo(undated + hints + " --date 2000-01-01"));
+    const auto json = nlohmann::json::parse(run(undated + hints + " --json --date 2010-07-02T12:00:00").out);
+    EXPECT_NEAR(json.at("epoch").get<double>(), 2010.5, 0.01);
+    EXPECT_TRUE(json.at("dated").get<bool>());
+    EXPECT_FALSE(saysSo(drawn({{"DATE-OBS", std::string("2000-01-01")}}) + hints));
+}
+
 TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
     const std::string file = drawn();
     const std::string place = " --ra 5 --dec 33";
@@ -122,6 +138,7 @@ TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
         {"not a number", file + " --ra five --dec 33 --scale 6", 2, "--ra must be a number"},
         {"declination beyond the pole", file + " --ra 5 --dec 91 --scale 6", 2, "--dec must be a number"},
         {"value missing", file + " --ra", 2, "--ra needs a value"},
+        {"no date", file + place + " --scale 6 --date today", 2, "--date must be a date"},
         {"unknown option", file + " --speed 3", 2, "unknown option --speed"},
         {"two files", file + " " + file, 2, "more than one file"},
         {"folder without a catalogue",
