@@ -16,6 +16,8 @@ constexpr std::size_t kHeaderBytes = 64;
 constexpr std::size_t kRecordBytes = 4;
 constexpr double kOffsetSteps = 4096;
 constexpr int kFaintestStep = 255;
+constexpr unsigned char kLongGap = 255;  ///< more of the gap follows
+constexpr std::size_t kGapsInBlock = 64;
 
 template <typename T>
 T littleEndian(const unsigned char* at) {
@@ -109,8 +111,8 @@ void TychoCatalog::readTables() {
     const unsigned char* bandSizes = at;
     cellSizes_ = bandSizes + 2ULL * bandCount_;
     records_ = cellSizes_ + cellCount_;
-    const unsigned char* gaps = records_ + kRecordBytes * std::size_t{starCount_};
-    motions_ = gaps + gapBytes_;
+    gaps_ = records_ + kRecordBytes * std::size_t{starCount_};
+    motions_ = gaps_ + gapBytes_;
 
     std::uint64_t cells = 0;
     std::uint64_t stars = 0;
@@ -122,19 +124,42 @@ void TychoCatalog::readTables() {
         for (std::uint32_t c = 0; c < band.cells; ++c) stars += cellSizes_[band.firstCell + c];
         bands_.push_back(band);
     }
-    movingStars_.reserve(motionCount_);
-    std::int64_t star = -1;
-    for (std::uint32_t i = 0; i < gapBytes_; ++i) {
-        star += gaps[i];
-        if (gaps[i] != 255) movingStars_.push_back(static_cast<std::uint32_t>(star));
+    std::uint32_t steps = 0;
+    std::uint32_t moving = 0;
+    for (std::uint32_t first = 0; first < gapBytes_; first += kGapsInBlock) {
+        gapBlocks_.push_back({steps, moving});
+        for (const unsigned char gap : gapsOf(gapBlocks_.size() - 1)) {
+            steps += gap;
+            moving += gap != kLongGap ? 1 : 0;
+        }
     }
-    if (bands_.size() != bandCount_ || cells != cellCount_ || stars != starCount_ ||
-        movingStars_.size() != motionCount_ || star >= std::int64_t{starCount_}) {
+    if (bands_.size() != bandCount_ || cells != cellCount_ || stars != starCount_ || moving != motionCount_ ||
+        steps > starCount_) {
         throw CatalogError(path_.string() + " is damaged: its tables disagree");
     }
 }
 
 bool TychoCatalog::verify() const { return crc32(file_.bytes().subspan(kHeaderBytes)) == checksum_; }
+
+std::span<const unsigned char> TychoCatalog::gapsOf(std::size_t block) const {
+    const std::size_t first = block * kGapsInBlock;
+    return {gaps_ + first, std::min(kGapsInBlock, gapBytes_ - first)};
+}
+
+std::optional<std::uint32_t> TychoCatalog::motionOf(std::uint32_t star) const {
+    const std::uint32_t wanted = star + 1;
+    const auto next = std::partition_point(gapBlocks_.begin(), gapBlocks_.end(),
+                                           [&](const GapBlock& block) { return block.steps < wanted; });
+    if (next == gapBlocks_.begin()) return std::nullopt;
+    auto [steps, moving] = *(next - 1);
+    for (const unsigned char gap : gapsOf(static_cast<std::size_t>(next - 1 - gapBlocks_.begin()))) {
+        steps += gap;
+        if (gap == kLongGap) continue;
+        if (steps >= wanted) return steps == wanted ? std::optional(moving) : std::nullopt;
+        ++moving;
+    }
+    return std::nullopt;
+}
 
 CatalogStar TychoCatalog::star(std::uint32_t index, std::uint32_t band, std::uint32_t cell,
                                double epoch) const {
@@ -144,9 +169,8 @@ CatalogStar TychoCatalog::star(std::uint32_t index, std::uint32_t band, std::uin
     MovingStar s{(cell + x / kOffsetSteps) / bands_[band].cells * 360.0,
                  -90.0 + bandHeightDeg_ * (band + y / kOffsetSteps),
                  magnitudeZero_ + magnitudeStep_ * (word >> 24)};
-    const auto moving = std::lower_bound(movingStars_.begin(), movingStars_.end(), index);
-    if (moving != movingStars_.end() && *moving == index) {
-        const unsigned char* entry = motions_ + 4 * (moving - movingStars_.begin());
+    if (const auto motion = motionOf(index)) {
+        const unsigned char* entry = motions_ + 4 * std::size_t{*motion};
         s.motionRaMas = littleEndian<std::int16_t>(entry);
         s.motionDecMas = littleEndian<std::int16_t>(entry + 2);
         s = carried(s, epoch - epochYear_);

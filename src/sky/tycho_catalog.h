@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -46,6 +47,12 @@ class TychoCatalog : public StarCatalog {
         std::uint32_t firstStar = 0;
     };
 
+    /// What lies before some of the gaps, so that not all of them need to be gone through.
+    struct GapBlock {
+        std::uint32_t steps = 0;   ///< sum of the gaps
+        std::uint32_t moving = 0;  ///< stars in the motion table
+    };
+
     void readHeader();
     void readTables();
     template <typename Visit>
@@ -53,6 +60,9 @@ class TychoCatalog : public StarCatalog {
     int faintestStep(const ConeQuery& query) const;
     int faintestStepFor(const ConeQuery& query, std::size_t wanted, int limit) const;
     void collect(const ConeQuery& query, int faintest, std::vector<CatalogStar>& stars) const;
+    std::span<const unsigned char> gapsOf(std::size_t block) const;
+    /// The star's place in the motion table, if it is there.
+    std::optional<std::uint32_t> motionOf(std::uint32_t star) const;
     CatalogStar star(std::uint32_t index, std::uint32_t band, std::uint32_t cell, double epoch) const;
 
     std::filesystem::path path_;
@@ -69,9 +79,11 @@ class TychoCatalog : public StarCatalog {
     double magnitudeStep_ = 0;
     const unsigned char* cellSizes_ = nullptr;
     const unsigned char* records_ = nullptr;
+    const unsigned char* gaps_ =
+        nullptr;  ///< from each star of the motion table to the next, one before the first
     const unsigned char* motions_ = nullptr;
     std::vector<Band> bands_;
-    std::vector<std::uint32_t> movingStars_;  ///< record indices of the stars in the motion table, rising
+    std::vector<GapBlock> gapBlocks_;
 };
 
 /// CRC-32 as in ISO 3309 (polynomial 0xEDB88320), which guards the compact file.
