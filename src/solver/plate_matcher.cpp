@@ -18,20 +18,25 @@ using sky::SkyPosition;
 using sky::Vector3;
 using sky::operator*;
 
-/// One look at the field: so many of the brightest stars, triangles of so large a share of the diagonal.
+/// One look at the field: so many of the brightest stars, triangles of so large a share of the diagonal. By
+/// its end so much of what a search may spend is spent.
 struct Round {
     std::size_t stars;
     double largestShare;
+    double spentShare;
 };
-constexpr Round kRounds[] = {{12, 1.0}, {24, 0.5}, {45, 0.3}};
+constexpr Round kRounds[] = {{12, 1.0, 0.4}, {24, 0.5, 0.7}, {45, 0.3, 1.0}};
 
 constexpr double kCatalogueSurplus = 1.5;  // catalogue stars taken per image star and field area
 constexpr std::size_t kCatalogueAtMost = 1400;
 constexpr std::size_t kTestedStars = 40;
 constexpr std::size_t kHopeless = 14;  // a hypothesis without a hit among so many stars is dropped
-constexpr std::size_t kHypothesesAtMost = 80'000;
-constexpr std::size_t kRefinementsAtMost = 400;
-constexpr double kUnlucky = 1e-3;  // hypotheses that chance alone would let pass to refinement
+// What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is a
+// hypothesis, two microseconds or so.
+constexpr double kTriangle = 0.04;
+constexpr double kRefinement = 300;
+constexpr double kSpentAtMost = 100'000;  // plates that can be solved need a fiftieth
+constexpr double kUnlucky = 1e-3;         // hypotheses that chance alone would let pass to refinement
 
 /// Extra hits that chance reaches with a probability below kUnlucky when it makes `expected` on average.
 std::size_t hitsNeeded(double expected) {
@@ -70,6 +75,7 @@ class Matcher {
             const std::size_t stars = std::min(round.stars, field_.imageCount());
             if (stars < 4 || (stars == former && former < kRounds[0].stars)) break;
             former = stars;
+            spentAtMost_ = round.spentShare * kSpentAtMost;
             if (auto plate = search(stars, round.largestShare)) return plate;
         }
         return std::nullopt;
@@ -139,8 +145,7 @@ class Matcher {
                     auto plate = tryTriangle(
                         index, shapeOf({a, b, c}, {ab, sides[c * count + b], sides[c * count + a]}));
                     if (plate) return plate;
-                    if (hypotheses_ > kHypothesesAtMost || refinements_ > kRefinementsAtMost)
-                        return std::nullopt;
+                    if (spent_ > spentAtMost_) return std::nullopt;
                 }
             }
         }
@@ -150,12 +155,14 @@ class Matcher {
     std::optional<RefinedPlate> tryTriangle(const TriangleIndex& index, const Triangle& sky) {
         const auto reach =
             static_cast<float>(error_ * pixel_ / static_cast<double>(sky.longest) + distortion_);
+        spent_ += kTriangle;
         std::optional<RefinedPlate> plate;
         index.visitAlike(sky, reach, [&](const Triangle& image) {
             if (plate) return;
             const double stretch = static_cast<double>(sky.longest / image.longest);
             if (stretch < leastStretch_ || stretch > mostStretch_) return;
             ++hypotheses_;
+            ++spent_;
             plate = tryHypothesis(image, sky, stretch);
         });
         return plate;
@@ -204,7 +211,7 @@ class Matcher {
             if (skyGrid_.nearest(at, radius) >= 0) ++hits;
         }
         if (hits < 2 || hits < hitsNeeded(expected)) return std::nullopt;
-        ++refinements_;
+        spent_ += kRefinement;
         return refined(hypothesis);
     }
 
@@ -253,7 +260,8 @@ class Matcher {
     std::vector<Vector3> sky_;  ///< catalogue stars in the cone's axes
     StarGrid skyGrid_;          ///< the same in the plane that touches the cone's centre
     std::size_t hypotheses_ = 0;
-    std::size_t refinements_ = 0;
+    double spent_ = 0;
+    double spentAtMost_ = 0;  ///< by the end of this round
 };
 
 }  // namespace

@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kFewestPairs = 4;
 constexpr int kRounds = 7;
 constexpr double kLeastTolerance = 0.8;  // pixels
+constexpr double kWidening = 1.4;        // how much wider than told an image may prove to be
 
 struct Match {
     StarPair pair;
@@ -34,7 +35,8 @@ class Refiner {
           settings_(settings),
           geometry_(field.geometry()),
           used_(std::min(settings.imageStars, field.imageCount())),
-          image_(firstPoints(field, used_)) {}
+          image_(firstPoints(field, used_)),
+          leastCosine_(std::cos(std::min(kWidening * geometry_.diagonalDeg() / 2, 90.0) * sky::kDegree)) {}
 
     std::optional<RefinedPlate> run(PlateModel model) const {
         double tolerance = settings_.firstTolerance;
@@ -78,8 +80,11 @@ class Refiner {
         Matching result;
         std::vector<int> taken(used_, -1);
         const bool everywhere = reach > geometry_.width + geometry_.height;
+        const sky::SkyPosition middle = model.toSky(geometry_.centre());
+        const sky::Vector3 ahead = sky::direction(middle.ra * sky::kDegree, middle.dec * sky::kDegree);
         for (std::size_t i = 0; i < field_.catalogue().size(); ++i) {
             const sky::Vector3& star = field_.catalogue()[i];
+            if (sky::dot(star, ahead) < leastCosine_) continue;
             const auto at = model.toPixel(star);
             if (!at || at->x < 0 || at->y < 0 || at->x > geometry_.width - 1 || at->y > geometry_.height - 1)
                 continue;
@@ -202,6 +207,7 @@ class Refiner {
     const PlateGeometry& geometry_;
     std::size_t used_;
     StarGrid image_;
+    double leastCosine_ = 0;  ///< of what can lie inside of the image, seen from its centre
 };
 
 }  // namespace

@@ -103,22 +103,30 @@ class StarPatterns {
         const int sizeLast = sizeBin(largest);
         const int leadLast = shapeBin(shape.lead + reach);
         const int oppositeLast = shapeBin(shape.opposite + reach);
+        std::vector<std::uint32_t> entries;
         for (int o = shapeBin(shape.opposite - reach); o <= oppositeLast; ++o) {
             for (int l = shapeBin(shape.lead - reach); l <= leadLast; ++l) {
                 const std::size_t bin = binOf(o, l, 0);
-                const std::uint32_t first = starts_[bin + static_cast<std::size_t>(sizeFirst)];
-                const std::uint32_t last = starts_[bin + static_cast<std::size_t>(sizeLast) + 1];
-                for (std::uint32_t i = first; i < last; ++i) {
-                    const Match match = matchOf(entries_[i]);
-                    const PatternShape there =
-                        shapeOf(stars_[match.star], stars_[match.near], stars_[match.far]);
-                    if (there.size < smallest || there.size > largest ||
-                        std::abs(there.opposite - shape.opposite) > reach ||
-                        std::abs(there.lead - shape.lead) > reach)
-                        continue;
-                    if (!visit(match, there)) return;
-                }
+                const auto first = entries_.begin() + starts_[bin + static_cast<std::size_t>(sizeFirst)];
+                const auto last = entries_.begin() + starts_[bin + static_cast<std::size_t>(sizeLast) + 1];
+                entries.insert(entries.end(), first, last);
             }
+        }
+        // Stars lie all over the memory, and waiting for them would take most of a search's time: those of
+        // entries to come are asked for beforehand, first the star, then its neighbours.
+        constexpr std::size_t kAhead = 12;
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            if (i + 2 * kAhead < entries.size()) __builtin_prefetch(&stars_[entries[i + 2 * kAhead] / 8]);
+            if (i + kAhead < entries.size())
+                for (const std::uint32_t neighbour : stars_[entries[i + kAhead] / 8].brighter)
+                    if (neighbour != PatternStar::kNone) __builtin_prefetch(&stars_[neighbour]);
+            const Match match = matchOf(entries[i]);
+            const PatternShape there = shapeOf(stars_[match.star], stars_[match.near], stars_[match.far]);
+            if (there.size < smallest || there.size > largest ||
+                std::abs(there.opposite - shape.opposite) > reach ||
+                std::abs(there.lead - shape.lead) > reach)
+                continue;
+            if (!visit(match, there)) return;
         }
     }
 

@@ -18,14 +18,25 @@ using sky::StarCatalog;
 using sky::Vector3;
 using sky::operator*;
 
-/// One look at the image: so many of its brightest stars, each with so many neighbours that reach this share
-/// of its flux. The catalogue's magnitudes aren't those of the camera, so some neighbours may be fainter.
+/// One look at the image: the stars of these ranks, brightest 0, each with so many neighbours that reach this
+/// share of its flux. The catalogue's magnitudes aren't those of the camera, so some neighbours may be
+/// fainter.
 struct Round {
-    std::size_t stars;
+    std::size_t first, last;
     std::size_t neighbours;
     double fluxShare;
 };
-constexpr Round kRounds[] = {{30, 5, 0.8}, {70, 8, 0.45}};
+constexpr Round kRounds[] = {{2, 10, 5, 0.8}, {10, 30, 5, 0.8}, {2, 70, 8, 0.45}};
+constexpr std::size_t kMostStars = 70;
+
+// What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is the
+// look at one pattern, half a microsecond or so.
+constexpr double kHearing = 12;       // what else a proposal costs that is held against the stars around it
+constexpr double kSolving = 900;      // one that is solved as a plate
+constexpr double kSolvingStar = 1;    // for each catalogue star of that plate
+constexpr double kSpentAtMost = 3e6;  // at one scale; images with a place in the sky need a thirtieth
+constexpr double kSpentAtAnyScale = 6e6;
+constexpr double kSpentInTheEnd = 0.1;  // share of it kept for the likeliest of what was put off
 
 constexpr std::size_t kFewestCandidates = 4;  // for neighbours, and two for each star that is brighter
 constexpr double kBluntest = 0.02;            // error of a shape that tells too little
@@ -55,30 +66,39 @@ double poissonTail(std::size_t hits, double expected) {
 /// Of the angle in degrees, for comparisons: beyond 180 every direction is in reach.
 double cosineOf(double angle) { return angle >= 180 ? -2 : std::cos(angle * kDegree); }
 
+/// How far the search for an image has gone.
+struct Effort {
+    double considered = 0;  ///< proposals so far: the verdict pays for them
+    double spent = 0;
+};
+
 class WideSearch {
   public:
     WideSearch(const PlateGeometry& geometry, std::span<const ImageStar> stars, const StarPatterns& patterns,
-               const StarCatalog& catalog, const WideSettings& settings, double& considered)
+               const StarCatalog& catalog, const WideSettings& settings, Effort& effort)
         : geometry_(geometry),
           stars_(stars),
           patterns_(patterns),
           catalog_(catalog),
           settings_(settings),
-          considered_(considered),
+          effort_(effort),
           pixel_(std::sqrt(geometry.scaleX * geometry.scaleY) * kArcsecond),
           error_(1.5 * geometry.positionError()),
           distortion_(geometry.lensError()),
           start_(sky::direction(settings.start.ra * kDegree, settings.start.dec * kDegree)),
           leastCosine_(cosineOf(settings.radiusDeg + geometry.diagonalDeg())),
-          image_(pointsOf(stars.first(std::min(stars.size(), 2 * kRounds[1].stars)))) {
+          image_(pointsOf(stars.first(std::min(stars.size(), 2 * kMostStars)))) {
         for (std::size_t i = 0; i < image_.points().size(); ++i) camera_.push_back(inCamera(i, 1));
     }
 
-    std::optional<WideSolution> run(const Round& round) {
-        for (std::size_t star = 2; star < std::min(round.stars, camera_.size()); ++star) {
+    /// Until so much is spent.
+    std::optional<WideSolution> run(const Round& round, double spentAtMost) {
+        spentAtMost_ = effort_.spent + (1 - kSpentInTheEnd) * (spentAtMost - effort_.spent);
+        for (std::size_t star = round.first; star < std::min(round.last, camera_.size()); ++star) {
             if (givenUp()) return std::nullopt;
             if (auto solution = tryStar(star, round)) return solution;
         }
+        spentAtMost_ = spentAtMost;
         return solveLikeliest();
     }
 
@@ -91,6 +111,7 @@ class WideSearch {
     };
 
     bool givenUp() const { return settings_.givenUp && settings_.givenUp(); }
+    bool exhausted() const { return solved_ > kSolvedAtMost || effort_.spent >= spentAtMost_; }
 
     Vector3 inCamera(std::size_t star, double stretch) const {
         const PixelPosition c = geometry_.centre();
@@ -119,6 +140,7 @@ class WideSearch {
     }
 
     std::optional<WideSolution> tryStar(std::size_t star, const Round& round) {
+        if (exhausted()) return std::nullopt;
         const auto near = starsNear(star, kFewestCandidates + 2 * star, round.fluxShare * stars_[star].flux,
                                     round.neighbours);
         witnesses_ = starsNear(star, std::max(kWitnesses, kFewestCandidates + 2 * star), 0, kWitnesses);
@@ -126,7 +148,7 @@ class WideSearch {
         for (std::size_t j = 1; j < near.size(); ++j) {
             for (std::size_t i = 0; i < j; ++i) {
                 if (auto solution = tryTriangle({star, near[i], near[j]})) return solution;
-                if (solved_ > kSolvedAtMost) return std::nullopt;
+                if (exhausted()) return std::nullopt;
             }
         }
         return std::nullopt;
@@ -154,7 +176,7 @@ class WideSearch {
                              [&](const StarPatterns::Match& sky, const PatternShape& there) {
                                  solution =
                                      consider(corners, sky, static_cast<double>(there.size / shape.size));
-                                 return !solution;
+                                 return !solution && !exhausted();
                              });
         return solution;
     }
@@ -162,13 +184,15 @@ class WideSearch {
     std::optional<WideSolution> consider(const Corners& image, const StarPatterns::Match& sky,
                                          double stretch) {
         const Vector3 star = patterns_.directionOf(sky.star);
+        ++effort_.spent;
         if (sky::dot(star, start_) < leastCosine_) return std::nullopt;
-        ++considered_;
+        ++effort_.considered;
         Proposal proposal = proposalOf(image, sky, stretch);
-        if (considered_ > kHeardOut && isContradicted(proposal, sky)) return std::nullopt;
+        if (effort_.considered > kHeardOut && isContradicted(proposal, sky)) return std::nullopt;
+        effort_.spent += kHearing;
         proposal.chance = chanceOf(proposal, image, sky);
         if (proposal.chance > kUnlucky) return std::nullopt;
-        if (proposal.chance * considered_ < kPromising) return solved(proposal);
+        if (proposal.chance * effort_.considered < kPromising) return solved(proposal);
         likely_.push_back(proposal);
         return std::nullopt;
     }
@@ -251,7 +275,7 @@ class WideSearch {
     std::optional<WideSolution> solveLikeliest() {
         std::sort(likely_.begin(), likely_.end(),
                   [](const Proposal& a, const Proposal& b) { return a.chance < b.chance; });
-        for (std::size_t i = 0; i < likely_.size() && solved_ <= kSolvedAtMost && !givenUp(); ++i) {
+        for (std::size_t i = 0; i < likely_.size() && !exhausted() && !givenUp(); ++i) {
             if (auto solution = solved(likely_[i])) return solution;
         }
         likely_.clear();
@@ -264,7 +288,9 @@ class WideSearch {
         geometry.scaleX *= proposal.attitude.stretch;
         geometry.scaleY *= proposal.attitude.stretch;
         const SearchArea area = searchArea(geometry, proposal.attitude.centre(), 0, stars_.size());
-        const PlateField field(geometry, stars_, catalog_.cone(area.query(settings_.epochYear, 99)));
+        const auto around = catalog_.cone(area.query(settings_.epochYear, 99));
+        effort_.spent += kSolving + kSolvingStar * static_cast<double>(around.size());
+        const PlateField field(geometry, stars_, around);
         Attitude attitude = proposal.attitude;
         attitude.stretch = 1;
         RefinementSettings refinement;
@@ -274,7 +300,7 @@ class WideSearch {
             2 * error_, 1.2 * toleranceAt(proposal, proposal.anchor.x + proposal.size, proposal.anchor.y));
         const auto plate = refinePlate(field, attitude.model(geometry), refinement);
         if (!plate || !isPlausible(plate->model, geometry, kFoundTolerance) ||
-            plate->chanceLog10 + std::log10(std::max(1.0, considered_)) > settings_.chanceLimitLog10)
+            plate->chanceLog10 + std::log10(std::max(1.0, effort_.considered)) > settings_.chanceLimitLog10)
             return std::nullopt;
         const PlateSolution solution = finishedPlate(field, *plate, 0);
         if (sky::separationDeg(solution.centre, settings_.start) > settings_.radiusDeg) return std::nullopt;
@@ -286,10 +312,11 @@ class WideSearch {
     const StarPatterns& patterns_;
     const StarCatalog& catalog_;
     const WideSettings& settings_;
-    double& considered_;  ///< proposals so far: the verdict pays for them
-    double pixel_;        ///< radians
-    double error_;        ///< of a star's place in the image, pixels, generously
-    double distortion_;   ///< relative error of lengths
+    Effort& effort_;
+    double spentAtMost_ = 0;  ///< at this stage of the search
+    double pixel_;            ///< radians
+    double error_;            ///< of a star's place in the image, pixels, generously
+    double distortion_;       ///< relative error of lengths
     Vector3 start_;
     double leastCosine_;                  ///< of what is in reach from the start
     StarGrid image_;                      ///< the brightest of the stars
@@ -304,10 +331,10 @@ class WideSearch {
 std::optional<WideSolution> searchWide(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
                                        const StarPatterns& patterns, const StarCatalog& catalog,
                                        const WideSettings& settings) {
-    double considered = 0;
-    WideSearch search(geometry, imageStars, patterns, catalog, settings, considered);
+    Effort effort;
+    WideSearch search(geometry, imageStars, patterns, catalog, settings, effort);
     for (const Round& round : kRounds) {
-        if (auto found = search.run(round)) return found;
+        if (auto found = search.run(round, kSpentAtMost)) return found;
     }
     return std::nullopt;
 }
@@ -321,14 +348,21 @@ std::optional<WideSolution> searchWideAnyScale(const PlateGeometry& geometry,
     constexpr double kStep = 1.3;
     WideSettings within = settings;
     within.scaleTolerance = 0.15;
-    double considered = 0;
+    std::vector<PlateGeometry> guesses;
+    for (double width = kNarrowestDeg; width < kWidestDeg; width *= kStep) {
+        PlateGeometry guess = geometry;
+        guess.scaleX = 2 * std::tan(width * std::sqrt(kStep) / 2 * kDegree) / geometry.width / kArcsecond;
+        guess.scaleY = guess.scaleX;
+        guesses.push_back(guess);
+    }
+    Effort effort;
     for (const Round& round : kRounds) {
-        for (double width = kWidestDeg / std::sqrt(kStep); width > kNarrowestDeg / kStep; width /= kStep) {
-            PlateGeometry guess = geometry;
-            guess.scaleX = 2 * std::tan(width / 2 * kDegree) / geometry.width / kArcsecond;
-            guess.scaleY = guess.scaleX;
-            if (auto found = WideSearch(guess, imageStars, patterns, catalog, within, considered).run(round))
-                return found;
+        // Every width gets its share; what narrow fields leave of theirs goes to the wider ones.
+        auto left = static_cast<double>(guesses.size());
+        for (const PlateGeometry& guess : guesses) {
+            const double share = (kSpentAtAnyScale - effort.spent) / left--;
+            WideSearch search(guess, imageStars, patterns, catalog, within, effort);
+            if (auto found = search.run(round, effort.spent + share)) return found;
         }
     }
     return std::nullopt;
