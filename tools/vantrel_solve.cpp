@@ -207,6 +207,7 @@ nlohmann::ordered_json asJson(const Outcome& outcome, double seconds) {
         json["centre_error_arcsec"] = s.centreErrorArcsec;
         json["roll_error_deg"] = s.rollErrorDeg;
     }
+    if (!outcome.solved.solution) json["reason"] = outcome.solved.whyNot;
     json["epoch"] = outcome.epochYear;
     json["dated"] = outcome.dated;
     json["stars_found"] = outcome.starsFound;
@@ -218,6 +219,7 @@ void print(const Outcome& outcome, double seconds) {
     if (!outcome.solved.solution) {
         std::printf("Not solved: %zu stars found, none of the positions in reach fits them. %.3f s\n",
                     outcome.starsFound, seconds);
+        std::printf("Reason          %s\n", outcome.solved.whyNot.c_str());
         return;
     }
     const PlateSolution& s = *outcome.solved.solution;

@@ -10,6 +10,7 @@ frmSolvePicture::frmSolvePicture(platform::Screen& screen)
       cmdSolve(*this, "cmdSolve", "Solve"),
       cmdStop(*this, "cmdStop", "Stop"),
       lblOutcome(*this, "lblOutcome", ""),
+      lblRemark(*this, "lblRemark", ""),
       txtCentreRA(*this, "txtCentreRA"),
       txtCentreDec(*this, "txtCentreDec"),
       txtScale(*this, "txtScale"),

@@ -14,6 +14,7 @@ class frmSolvePicture : public platform::Form {
     platform::TextBox txtScaleHint;  // arc-seconds per pixel; may be empty
     platform::Button cmdSolve, cmdStop;
     platform::Label lblOutcome;                   // what is going on, and what came of it
+    platform::Label lblRemark;                    // what the picture lacks, or what was taken for granted
     platform::TextBox txtCentreRA, txtCentreDec;  // J2000
     platform::TextBox txtScale;                   // arc-seconds per pixel, across and down
     platform::TextBox txtRoll, txtPositionAngle;  // degrees; the latter of the picture's upper edge

@@ -77,7 +77,10 @@ void PictureDesk::begin(const std::string& file, std::optional<double> scale) {
     solver_->solve(file, scale,
                    {[this](const auto& picture) { showPicture(picture); },
                     [this](const platform::SolvedPicture& solution) { showSolution(solution); },
-                    [this](const std::string& why) { end(why); }});
+                    [this](const std::string& why, const std::string& remark) {
+                        window_.lblRemark.setCaption(remark);
+                        end(why);
+                    }});
 }
 
 void PictureDesk::showPicture(const std::shared_ptr<const platform::ImageArray>& picture) {
@@ -106,6 +109,8 @@ void PictureDesk::showSolution(const platform::SolvedPicture& solution) {
     end("Solved in " + formatNumber(seconds, "0.0") + " s by " + matched + " stars, off by " +
         formatNumber(solution.residualArcsec, "0.00") + "\" on average" +
         (solution.mirrored ? "; the picture is mirrored" : ""));
+    if (!solution.dated)
+        window_.lblRemark.setCaption("The file tells no date: the stars are taken where they stand today");
 }
 
 /// The brighter, the wider; the brightest with their magnitudes.
@@ -145,6 +150,7 @@ void PictureDesk::clear() {
          {&window_.txtCentreRA, &window_.txtCentreDec, &window_.txtScale, &window_.txtRoll,
           &window_.txtPositionAngle, &window_.txtField, &window_.txtMatched})
         box->setText("");
+    window_.lblRemark.setCaption("");
     window_.picPlate.clear();
 }
 

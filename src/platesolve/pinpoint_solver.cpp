@@ -64,6 +64,7 @@ class Solve {
     PlateSolution reportSolution();
     std::optional<engine::SolutionQuality> quality(double scaleH, double scaleV);
     void reportFailedAttempt(int attempt, const Search& search);
+    void reportReason();
     void pauseOneSecond();
     void updateFile(PlateSolution& solution);
 
@@ -157,7 +158,8 @@ std::optional<PlateSolution> Solve::solveAttached() {
     if (solution)
         updateFile(*solution);
     else
-        state_.PlateSolved = false;
+        reportReason();
+    if (!solution) state_.PlateSolved = false;
     succeeds("DetachFITS");
     return solution;
 }
@@ -210,7 +212,12 @@ bool Solve::searchWithin(double radius) {
 
 bool Solve::findImageStars() {
     services_.loop.yield();
-    if (!succeeds("FindImageStars")) return false;
+    bool found = false;
+    tolerating([&] {
+        found = required(plate_).call("FindImageStars").toBool();
+        if (!found) reportReason();
+    });
+    if (!found) return false;
     tolerating([&] { log("Step 1: Found " + count("ImageStars") + " objects in image."); });
     services_.loop.yield();
     return true;
@@ -299,6 +306,11 @@ void Solve::reportFailedAttempt(int attempt, const Search& search) {
             " failed");
     else if (search.lastAttempt > 0)
         log(" Initiating spiral search ");
+}
+
+/// Engines that don't tell are none the worse.
+void Solve::reportReason() {
+    tolerating([&] { log("  " + plate_->get("FailureReason").toText()); });
 }
 
 /// Leaves the solution in view, with the buttons alive.

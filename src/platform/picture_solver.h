@@ -25,6 +25,7 @@ struct SolvedPicture {
     bool mirrored = false;
     double residualArcsec = 0;          // mean distance of the stars from where the catalogue has them
     std::size_t starsFound = 0;         // in the picture
+    bool dated = true;                  // the file tells when it was taken
     std::vector<RecognisedStar> stars;  // brightest first
 };
 
@@ -36,7 +37,8 @@ class PictureSolver {
     struct Listener {
         std::function<void(std::shared_ptr<const ImageArray> picture)> read;
         std::function<void(const SolvedPicture& solution)> solved;
-        std::function<void(const std::string& why)> failed;
+        /// The remark says what the picture lacks, where that is known.
+        std::function<void(const std::string& why, const std::string& remark)> failed;
     };
 
     /// Returns at once. The file is a path with drive letter or one of this machine, the scale about that of

@@ -191,6 +191,40 @@ const std::vector<std::pair<const char*, const char*>>& ownTexts() {
                            "Solved in %1 s by %2 stars, off by %3\" on average; the picture is mirrored")},
         {"frmSolvePicture",
          QT_TRANSLATE_NOOP("frmSolvePicture", "Solved in %1 s by %2 stars, off by %3\" on average")},
+        {"frmSolvePicture",
+         QT_TRANSLATE_NOOP("frmSolvePicture", "No stars were found: clouds, a cover, or far out of focus?")},
+        {"frmSolvePicture",
+         QT_TRANSLATE_NOOP("frmSolvePicture",
+                           "The stars are trailed by %1 pixels at %2 degrees to the rows")},
+        {"frmSolvePicture",
+         QT_TRANSLATE_NOOP("frmSolvePicture", "The stars are %1 pixels wide: out of focus?")},
+        {"frmSolvePicture",
+         QT_TRANSLATE_NOOP(
+             "frmSolvePicture",
+             "Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?")},
+        {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture",
+                                              "%1 stars were found where about %2 are expected at this "
+                                              "scale: clouds, too short an exposure, or a wrong scale?")},
+        {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture",
+                                              "%1 stars were found where %2 or more are expected at this "
+                                              "scale: clouds, too short an exposure, or a wrong scale?")},
+        {"frmSolvePicture",
+         QT_TRANSLATE_NOOP(
+             "frmSolvePicture",
+             "%1 stars were found where about %2 are expected at this scale: hot pixels, or a wrong scale?")},
+        {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture",
+                                              "The stars look sound, but no place that was looked at fits "
+                                              "them in fields 0.3 to 30 degrees wide")},
+        {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture",
+                                              "The stars look sound, but no place in the whole sky fits "
+                                              "them: is its scale of %1\" wrong by more than a seventh?")},
+        {"frmSolvePicture",
+         QT_TRANSLATE_NOOP("frmSolvePicture",
+                           "The stars look sound, but no place within %1 degrees of the start fits them: is "
+                           "the picture elsewhere, or its scale of %2\" wrong by more than a seventh?")},
+        {"frmSolvePicture",
+         QT_TRANSLATE_NOOP("frmSolvePicture",
+                           "The file tells no date: the stars are taken where they stand today")},
         {"frmWelcome", QT_TRANSLATE_NOOP("frmWelcome", "Welcome")},
         {"frmWelcome", QT_TRANSLATE_NOOP("frmWelcome", "How would you like to begin?")},
         {"frmWelcome", QT_TRANSLATE_NOOP("frmWelcome", "Try it with the simulator")},

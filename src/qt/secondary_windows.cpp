@@ -446,6 +446,10 @@ SolvePictureWindow::SolvePictureWindow(platform::Form& form, const Front& front)
     constexpr int kLines = 3;
     outcome->setMinimumHeight(outcome->fontMetrics().lineSpacing() * kLines);
     column->addWidget(outcome);
+    auto* const remark = named<QLabel>("lblRemark");
+    remark->setWordWrap(true);
+    remark->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    column->addWidget(remark);
 
     constexpr int kValue = 17;
     auto* const answer = new FieldGrid;

@@ -9,6 +9,7 @@
 
 #include "fits/fits_image.h"
 #include "platform/vector_code.h"
+#include "solver/hot_columns.h"
 #include "solver/level_grid.h"
 #include "solver/pixel_spikes.h"
 
@@ -28,6 +29,7 @@ constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 /// What a look at one row pair in each band of tiles tells.
 struct Survey {
     LevelGrid grid;
+    std::vector<HotColumns::Fault> hotColumns = {};
     bool mosaic = false;  ///< neighbouring pixels stand at different levels: a colour sensor's raw image
     float unit = 1;       ///< factor that brings images with tiny numbers (0 to 1) to ordinary counts
 };
@@ -43,6 +45,7 @@ Survey survey(const FitsImage& image) {
     const std::size_t width = image.width();
     Survey result{LevelGrid(width, image.height(), tileSize(width * image.height()))};
     LevelGrid& grid = result.grid;
+    HotColumns hotColumns(width);
     std::vector<float> rows;
     CellSample sample;
     std::array<double, 4> parity{};
@@ -56,6 +59,7 @@ Survey survey(const FitsImage& image) {
                      image.height() - pair);
         rows.resize(pair * width);
         image.readRows(first, rows);
+        hotColumns.look(rows);
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
             sample.clear();
@@ -78,6 +82,7 @@ Survey survey(const FitsImage& image) {
         }
     }
     grid.complete();
+    result.hotColumns = hotColumns.faults();
     double low = 1e9;
     double high = -1e9;
     for (std::size_t i = 0; i < parity.size(); ++i) {
@@ -124,6 +129,17 @@ void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, co
                 if (value > limits[g] && isSpike(strip, width, x, y, level)) value = level.background;
             }
         }
+    }
+}
+
+void mendColumns(std::span<float> strip, std::size_t width, std::size_t top, const Survey& seen) {
+    const std::size_t bottom = top + strip.size() / width;
+    for (const HotColumns::Fault& fault : seen.hotColumns) {
+        const std::size_t first = std::max(top, seen.grid.spanOfRow(fault.firstBand).first);
+        const std::size_t end = std::min(bottom, seen.grid.spanOfRow(fault.endBand - 1).end);
+        if (first < end)
+            HotColumns::mend(strip.subspan((first - top) * width, (end - first) * width), width,
+                             fault.column);
     }
 }
 
@@ -284,6 +300,7 @@ ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settin
         const std::size_t top = y * reduced.binning;
         image.readRows(top, strip);
         if (image.mayHoldBlanks()) removeBlanks(strip, width, reduced.binning);
+        if (settings.removeHotPixels) mendColumns(strip, width, top, seen);
         if (settings.removeHotPixels) removeSpikes(strip, width, top, seen.grid);
         addBins(strip, width, reduced.binning, std::span(reduced.pixels).subspan(y * reduced.width));
     }

@@ -1,8 +1,8 @@
 // From the pixels of a file to a small image that is ready for detection.
 //
 // Large images are binned, so that the search for stars costs about the same whatever the camera. On the way,
-// hot pixels (single ones that stand out of a dark neighbourhood) are replaced, and what remains of the
-// background is taken off and the noise brought to 1 everywhere.
+// hot pixels (single ones that stand out of a dark neighbourhood) and hot columns are replaced, and what
+// remains of the background is taken off and the noise brought to 1 everywhere.
 #pragma once
 
 #include <cstddef>

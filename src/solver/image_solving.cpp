@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "solver/exposure_facts.h"
+#include "solver/unsolved_reason.h"
 #include "solver/wide_search.h"
 
 namespace vantrel::solver {
@@ -25,6 +26,7 @@ class ImageSolving {
             wide = wide || clues_.radiusDeg.value_or(0) > customaryOffset(geometryOf(scale));
         }
         if (wide && clues_.radiusDeg && !givenUp()) solveWide(*patterns());
+        if (!solved_.solution && !givenUp()) solved_.whyNot = reason();
         return solved_;
     }
 
@@ -34,6 +36,13 @@ class ImageSolving {
     PlateGeometry geometryOf(double scale) const {
         return {static_cast<double>(image_.width()), static_cast<double>(image_.height()), scale, scale,
                 stars_.binning};
+    }
+
+    std::string reason() const {
+        const PlateGeometry geometry = geometryOf(clues_.scales.empty() ? 0 : clues_.scales.front());
+        SoughtField field{geometry, clues_.start, clues_.radiusDeg.value_or(customaryOffset(geometry)), {}};
+        field.starsExpected = starsExpected(field, catalog_);
+        return whyUnsolved(stars_, field);
     }
 
     bool solveNear(double scale) {
@@ -60,7 +69,7 @@ class ImageSolving {
         }
         if (clues_.scales.empty())
             wide = searchWideAnyScale(geometryOf(1), stars_.stars, patterns, catalog_, settings);
-        if (wide) solved_ = {wide->plate, wide->geometry};
+        if (wide) solved_ = {wide->plate, wide->geometry, {}};
     }
 
     const fits::FitsImage& image_;

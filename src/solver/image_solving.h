@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "fits/fits_image.h"
@@ -36,6 +37,7 @@ double customaryOffset(const PlateGeometry& geometry);
 struct SolvedImage {
     std::optional<PlateSolution> solution;
     PlateGeometry geometry;  ///< with the scale that was found, or tried last
+    std::string whyNot;      ///< without a solution: what the image lacks (see unsolved_reason.h)
 };
 
 /// Around the start with each of the scales. When none fits and the radius reaches farther than that, or

@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "solver/catalog_choice.h"
 #include "solver/exposure_facts.h"
+#include "solver/unsolved_reason.h"
 #include "solver/wide_search.h"
 
 namespace vantrel::solver {
@@ -206,6 +207,7 @@ void PinPointPlate::addSolutionMembers() {
     method("Solve", [this](const Arguments&) { return Value(solve()); });
     property("MatchedStars", [this] { return collection(solution_ ? solution_->matched : 0); });
     property("MatchAvgResidual", [this] { return Value(solution_ ? solution_->residualArcsec : 0.0); });
+    property("FailureReason", [this] { return Value(failureReason()); });
     property("MatchFitOrder", [this] { return Value(solution_ ? solution_->order : 0); });
 }
 
@@ -329,6 +331,16 @@ void PinPointPlate::updateFits() {
     if (path_.empty() || !image_) refuse("no FITS file is attached");
     if (!solution_) refuse("the plate is not solved");
     fits::writeWcs(path_, path_, wcsOf(*solution_, geometry(1, 1)));
+}
+
+/// Of the last search. What the sky shows there is looked up in the built-in catalogue, whichever is in use:
+/// one in the network may not answer.
+std::string PinPointPlate::failureReason() {
+    const PlateGeometry plate = geometry(std::abs(scaleX_), std::abs(scaleY_));
+    SoughtField field{.geometry = plate, .start = startInCatalogue()};
+    field.radiusDeg = searchRadius_ > 0 ? searchRadius_ : plate.diagonalDeg() * (0.5 + catalogExpansion_);
+    field.starsExpected = starsExpected(field, *builtIn_());
+    return whyUnsolved(stars_, field);
 }
 
 FitsImage& PinPointPlate::image() {

@@ -53,6 +53,7 @@ class PinPointPlate : public platform::DispatchObject {
     std::span<const ImageStar> starsToMatch() const;
     void adopt(const PlateSolution& solution);
     void updateFits();
+    std::string failureReason();
 
     fits::FitsImage& image();
     std::shared_ptr<const sky::StarCatalog> catalogue();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <numbers>
 #include <numeric>
 
 extern "C" {
@@ -149,7 +150,9 @@ std::vector<Source> extractSources(std::span<const float> pixels, std::size_t wi
         sources.push_back({found->x[i], found->y[i], static_cast<double>(found->flux[i]),
                            static_cast<double>(found->peak[i]),
                            std::sqrt(static_cast<double>(found->a[i]) * static_cast<double>(found->b[i])),
-                           found->npix[i], (found->flag[i] & SEP_OBJ_TRUNC) != 0});
+                           static_cast<double>(found->a[i]),
+                           static_cast<double>(found->theta[i]) * 180 / std::numbers::pi, found->npix[i],
+                           (found->flag[i] & SEP_OBJ_TRUNC) != 0});
     }
     const auto brighter = [](const Source& a, const Source& b) { return a.flux > b.flux; };
     std::sort(sources.begin(), sources.end(), brighter);

@@ -11,11 +11,13 @@ namespace vantrel::solver {
 struct Source {
     double x = 0;  ///< barycentre, pixel centres at whole numbers
     double y = 0;
-    double flux = 0;   ///< sum over its pixels, in the image's unit
-    double peak = 0;   ///< highest pixel
-    double sigma = 0;  ///< mean one of its axes, pixels
-    int pixels = 0;    ///< above the threshold
-    bool cut = false;  ///< touches the image's border
+    double flux = 0;       ///< sum over its pixels, in the image's unit
+    double peak = 0;       ///< highest pixel
+    double sigma = 0;      ///< mean one of its axes, pixels
+    double longSigma = 0;  ///< along its longest axis
+    double angleDeg = 0;   ///< of that axis, from the rows towards higher ones
+    int pixels = 0;        ///< above the threshold
+    bool cut = false;      ///< touches the image's border
 };
 
 struct ExtractionSettings {

@@ -17,9 +17,17 @@ struct ImageStar {
     double error = 0;  ///< of x and y each, pixels; 0 where nothing is known of it
 };
 
+/// How the brightest stars of an image look, all in all.
+struct StarLook {
+    double width = 0;     ///< at half the height, across the trail if there is one; pixels, 0 if unknown
+    double trail = 0;     ///< by how much they are drawn out, all alike; pixels, 0 if they aren't
+    double trailDeg = 0;  ///< its direction, from the rows towards higher ones: 0 to 180
+};
+
 struct StarList {
     std::vector<ImageStar> stars;  ///< brightest first
     double binning = 1;            ///< pixels a side of the bins in which they were found
+    StarLook look = {};
 };
 
 struct StarSettings {

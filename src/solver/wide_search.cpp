@@ -34,8 +34,8 @@ constexpr std::size_t kMostStars = 70;
 constexpr double kHearing = 12;       // what else a proposal costs that is held against the stars around it
 constexpr double kSolving = 900;      // one that is solved as a plate
 constexpr double kSolvingStar = 1;    // for each catalogue star of that plate
-constexpr double kSpentAtMost = 3e6;  // at one scale; images with a place in the sky need a thirtieth
-constexpr double kSpentAtAnyScale = 6e6;
+constexpr double kSpentAtMost = 2e6;  // at one scale; images with a place in the sky need a twentieth
+constexpr double kSpentAtAnyScale = 5e6;
 constexpr double kSpentInTheEnd = 0.1;  // share of it kept for the likeliest of what was put off
 
 constexpr std::size_t kFewestCandidates = 4;  // for neighbours, and two for each star that is brighter

@@ -8,8 +8,10 @@
 
 #include "fits/fits_image.h"
 #include "sky/tycho_catalog.h"
+#include "solver/exposure_facts.h"
 #include "solver/image_solving.h"
 #include "solver/pattern_store.h"
+#include "solver/unsolved_reason.h"
 
 namespace vantrel::station {
 namespace {
@@ -40,7 +42,7 @@ std::vector<solver::ImageClues> attemptsAt(const fits::FitsImage& image, std::op
     return attempts;
 }
 
-SolvedPicture told(const solver::PlateSolution& plate, std::size_t starsFound) {
+SolvedPicture told(const solver::PlateSolution& plate, std::size_t starsFound, bool dated) {
     SolvedPicture picture{.raHours = plate.centre.ra / 15,
                           .decDeg = plate.centre.dec,
                           .scaleX = plate.orientation.scaleX,
@@ -49,6 +51,7 @@ SolvedPicture told(const solver::PlateSolution& plate, std::size_t starsFound) {
                           .mirrored = plate.mirrored(),
                           .residualArcsec = plate.residualArcsec,
                           .starsFound = starsFound,
+                          .dated = dated,
                           .stars = {}};
     picture.stars.reserve(plate.stars.size());
     for (const solver::MatchedStar& star : plate.stars)
@@ -71,7 +74,7 @@ struct FileSolver::Job {
     std::shared_ptr<const platform::ImageArray> pixels;
     std::shared_ptr<const solver::StarPatterns> patterns;
     std::optional<SolvedPicture> solution;
-    std::string failure;
+    std::string failure, remark;
 
     /// Whatever goes wrong becomes the failure.
     template <typename Work>
@@ -100,6 +103,7 @@ struct FileSolver::Job {
             const solver::StarList found = solver::findStars(*image, {});
             if (found.stars.empty()) {
                 failure = "No stars were found in the picture";
+                remark = solver::whyUnsolved(found, {});
                 return;
             }
             const auto catalog = sky::TychoCatalog::openBuiltIn();
@@ -110,8 +114,11 @@ struct FileSolver::Job {
             const auto stopped = [this] { return givenUp.load(); };
             for (const solver::ImageClues& clues : attemptsAt(*image, scale)) {
                 const auto solved = solver::solveImage(*image, found, clues, *catalog, allSky, stopped);
+                // What is known of the scale tells how many stars there ought to be.
+                if (remark.empty() || !clues.scales.empty()) remark = solved.whyNot;
                 if (!solved.solution) continue;
-                solution = told(*solved.solution, found.stars.size());
+                solution = told(*solved.solution, found.stars.size(),
+                                solver::exposureStart(image->header()).has_value());
                 return;
             }
             failure = "Not solved: " + std::to_string(found.stars.size()) +
@@ -138,7 +145,7 @@ void FileSolver::solve(const std::string& file, std::optional<double> scale, Lis
     job->patterns = patterns_;
     work_ = background_.run([job] { job->read(); },
                             [this, job] {
-                                if (!job->pixels) return job->listener.failed(job->failure);
+                                if (!job->pixels) return job->listener.failed(job->failure, {});
                                 job->listener.read(job->pixels);
                                 if (!job->givenUp) solveRead(job);
                             });
@@ -151,7 +158,7 @@ void FileSolver::solveRead(const std::shared_ptr<Job>& job) {
                                 if (job->solution)
                                     job->listener.solved(*job->solution);
                                 else
-                                    job->listener.failed(job->failure);
+                                    job->listener.failed(job->failure, job->remark);
                             });
 }
 

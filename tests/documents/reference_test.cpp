@@ -51,6 +51,7 @@ const Place kPlaces[] = {
     {"src/sky/", "What the built-in instruments refuse", true},
     {"src/fits/", "What the built-in instruments refuse", true},
     {"src/catalogs/", "What the built-in instruments refuse", true},
+    {"src/solver/unsolved_reason", "Plate solving"},
     {"src/solver/", "What the built-in instruments refuse", true},
     {"src/imaging/", "What the built-in instruments refuse", true},
     {"src/helpers/", "What the built-in instruments refuse", true},

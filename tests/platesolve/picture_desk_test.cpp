@@ -73,6 +73,16 @@ TEST_F(PictureDeskTest, ShowsWhereThePictureIs) {
     EXPECT_FALSE(window.cmdStop.enabled());
 }
 
+TEST_F(PictureDeskTest, SaysWhenTheStarsAreTakenAsOfToday) {
+    SolvedPicture undated = upright();
+    undated.dated = false;
+    solveWith(undated);
+    EXPECT_EQ(window.lblRemark.caption(),
+              "The file tells no date: the stars are taken where they stand today");
+    solveWith(upright());
+    EXPECT_EQ(window.lblRemark.caption(), "");
+}
+
 TEST_F(PictureDeskTest, TellsWhereTheUpperEdgePoints) {
     const struct {
         const char* why;
@@ -165,8 +175,9 @@ TEST_F(PictureDeskTest, StopAndClosingEndTheSearch) {
 TEST_F(PictureDeskTest, AFailureLeavesNothingOfThePictureBefore) {
     solveWith(upright());
     begin("b.fits");
-    solver.listener.failed("There is none");
+    solver.listener.failed("There is none", "The stars are trailed");
     EXPECT_EQ(outcome(), "There is none");
+    EXPECT_EQ(window.lblRemark.caption(), "The stars are trailed");
     EXPECT_EQ(window.txtCentreRA.text(), "");
     EXPECT_FALSE(window.picPlate.drawing().photograph);
     EXPECT_TRUE(window.picPlate.drawing().shapes.empty());
