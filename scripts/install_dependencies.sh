@@ -3,7 +3,7 @@
 # they are missing. Without those for the manual everything else is built all the same.
 set -eu
 
-build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev libcurl4-openssl-dev liberfa-dev
+build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev libjpeg-dev libpng-dev libtiff-dev libraw-dev libcurl4-openssl-dev liberfa-dev
 libsep-dev libeigen3-dev nlohmann-json3-dev qt6-l10n-tools libgtest-dev libgmock-dev libbenchmark-dev xvfb xauth
 openbox libxcb-xtest0-dev fonts-dejavu-core zlib1g-dev indi-bin"
 manual="python3 cmark-gfm"

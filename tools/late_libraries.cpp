@@ -1,6 +1,6 @@
-// Stands in for libcurl and CFITSIO in short-lived programs, which mostly need neither: with all that they
-// need in turn, loading them takes longer than solving an image. Each function loads its library when it is
-// first called.
+// Stands in for libcurl, CFITSIO and the readers of pictures in short-lived programs, which mostly need none:
+// with all that they need in turn, loading them takes longer than solving an image. Each function loads its
+// library when it is first called.
 
 #include <cstdarg>
 #include <stdexcept>
@@ -9,6 +9,10 @@
 #include <curl/curl.h>
 #include <dlfcn.h>
 #include <fitsio.h>
+#include <jpeglib.h>
+#include <libraw/libraw.h>
+#include <png.h>
+#include <tiffio.h>
 
 #undef curl_easy_setopt
 #undef curl_easy_getinfo
@@ -44,6 +48,26 @@ const LateLibrary& curl() {
 
 const LateLibrary& cfitsio() {
     static const LateLibrary library(VANTREL_CFITSIO_NAME);
+    return library;
+}
+
+const LateLibrary& libjpeg() {
+    static const LateLibrary library(VANTREL_JPEG_NAME);
+    return library;
+}
+
+const LateLibrary& libpng() {
+    static const LateLibrary library(VANTREL_PNG_NAME);
+    return library;
+}
+
+const LateLibrary& libtiff() {
+    static const LateLibrary library(VANTREL_TIFF_NAME);
+    return library;
+}
+
+const LateLibrary& libraw() {
+    static const LateLibrary library(VANTREL_RAW_NAME);
     return library;
 }
 
@@ -133,3 +157,56 @@ VANTREL_FORWARD(cfitsio, int, fits_create_imgll,
 VANTREL_FORWARD(cfitsio, int, fits_write_img,
                 (fitsfile * file, int type, LONGLONG first, LONGLONG count, void* values, int* status),
                 (file, type, first, count, values, status))
+
+VANTREL_FORWARD(libjpeg, jpeg_error_mgr*, jpeg_std_error, (jpeg_error_mgr * errors), (errors))
+VANTREL_FORWARD(libjpeg, void, jpeg_CreateDecompress, (j_decompress_ptr jpeg, int version, size_t size),
+                (jpeg, version, size))
+VANTREL_FORWARD(libjpeg, void, jpeg_destroy_decompress, (j_decompress_ptr jpeg), (jpeg))
+VANTREL_FORWARD(libjpeg, void, jpeg_stdio_src, (j_decompress_ptr jpeg, FILE* file), (jpeg, file))
+VANTREL_FORWARD(libjpeg, int, jpeg_read_header, (j_decompress_ptr jpeg, boolean image), (jpeg, image))
+VANTREL_FORWARD(libjpeg, boolean, jpeg_start_decompress, (j_decompress_ptr jpeg), (jpeg))
+VANTREL_FORWARD(libjpeg, JDIMENSION, jpeg_read_scanlines,
+                (j_decompress_ptr jpeg, JSAMPARRAY lines, JDIMENSION most), (jpeg, lines, most))
+
+VANTREL_FORWARD(libpng, int, png_image_begin_read_from_file, (png_imagep image, const char* name),
+                (image, name))
+VANTREL_FORWARD(libpng, int, png_image_finish_read,
+                (png_imagep image, png_const_colorp behind, void* values, png_int_32 stride, void* colours),
+                (image, behind, values, stride, colours))
+
+VANTREL_FORWARD(libtiff, TIFF*, TIFFOpen, (const char* name, const char* mode), (name, mode))
+VANTREL_FORWARD(libtiff, void, TIFFClose, (TIFF * tiff), (tiff))
+VANTREL_FORWARD(libtiff, TIFFErrorHandler, TIFFSetErrorHandler, (TIFFErrorHandler handler), (handler))
+VANTREL_FORWARD(libtiff, TIFFErrorHandler, TIFFSetWarningHandler, (TIFFErrorHandler handler), (handler))
+VANTREL_FORWARD(libtiff, int, TIFFIsTiled, (TIFF * tiff), (tiff))
+VANTREL_FORWARD(libtiff, tmsize_t, TIFFScanlineSize, (TIFF * tiff), (tiff))
+VANTREL_FORWARD(libtiff, int, TIFFReadScanline, (TIFF * tiff, void* line, uint32_t row, uint16_t sample),
+                (tiff, line, row, sample))
+VANTREL_FORWARD(libtiff, int, TIFFReadRGBAImageOriented,
+                (TIFF * tiff, uint32_t width, uint32_t height, uint32_t* raster, int orientation, int stop),
+                (tiff, width, height, raster, orientation, stop))
+
+int TIFFGetField(TIFF* file, uint32_t tag, ...) {
+    VANTREL_REAL(libtiff, TIFFVGetField);
+    va_list values;
+    va_start(values, tag);
+    const int found = real(file, tag, values);
+    va_end(values);
+    return found;
+}
+
+int TIFFGetFieldDefaulted(TIFF* file, uint32_t tag, ...) {
+    VANTREL_REAL(libtiff, TIFFVGetFieldDefaulted);
+    va_list values;
+    va_start(values, tag);
+    const int found = real(file, tag, values);
+    va_end(values);
+    return found;
+}
+
+VANTREL_FORWARD(libraw, libraw_data_t*, libraw_init, (unsigned int flags), (flags))
+VANTREL_FORWARD(libraw, void, libraw_close, (libraw_data_t * file), (file))
+VANTREL_FORWARD(libraw, const char*, libraw_strerror, (int status), (status))
+VANTREL_FORWARD(libraw, int, libraw_open_file, (libraw_data_t * file, const char* name), (file, name))
+VANTREL_FORWARD(libraw, int, libraw_unpack, (libraw_data_t * file), (file))
+VANTREL_FORWARD(libraw, int, libraw_COLOR, (libraw_data_t * file, int row, int column), (file, row, column))

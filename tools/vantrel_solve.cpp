@@ -24,6 +24,7 @@
 #include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
+#include "pictures/picture_file.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
@@ -60,7 +61,7 @@ constexpr const char* kUsage =
     "                place of a folder asks the VizieR service for 8 USNO-B or 9 NOMAD; answers are\n"
     "                kept in the user's cache folder\n"
     "  --json        print the solution as one JSON object\n"
-    "  --wcs         write a copy of the image with the solution in its header\n";
+    "  --wcs         write a copy of the image, a FITS file, with the solution in its header\n";
 
 struct BadInput : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -263,7 +264,9 @@ int run(const std::vector<std::string>& arguments) {
     const Options options = parsed(arguments);
     const auto begin = std::chrono::steady_clock::now();
     takeMemoryAtOnce();
-    const FitsImage image = FitsImage::open(options.file);
+    if (!options.wcs.empty() && pictures::kindOf(options.file) != pictures::PictureKind::kFits)
+        throw BadInput("--wcs needs a FITS file, whose header it adds to");
+    const FitsImage image = pictures::openPicture(options.file);
     const Outcome outcome = solve(options, image);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (outcome.solved.solution && !options.wcs.empty()) {

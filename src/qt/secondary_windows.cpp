@@ -421,7 +421,7 @@ SolvePictureWindow::SolvePictureWindow(platform::Form& form, const Front& front)
     auto* const layout = new QHBoxLayout(this);
     layout->setSpacing(12);
     layout->addWidget(named<PlateView>("picPlate", front, Text::tr("The picture, matched stars circled"),
-                                       Text::tr("Drop a FITS file here.")),
+                                       Text::tr("Drop a picture here.")),
                       1);
 
     auto* const page = new QWidget;
@@ -431,7 +431,7 @@ SolvePictureWindow::SolvePictureWindow(platform::Form& form, const Front& front)
     LineField* const file = field("txtFile", kFile);
     file->setAcceptDrops(false);  // the window takes them
     QPushButton* const choose = button("cmdChooseFile");
-    choose->setAccessibleName(Text::tr("Choose a FITS file"));
+    choose->setAccessibleName(Text::tr("Choose a picture file"));
     QPushButton* const solve = button("cmdSolve");
     auto* const what = new FieldGrid;
     what->addField(Text::tr("File"), file, choose);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "fits/fits_image.h"
+#include "pictures/picture_file.h"
 #include "sky/tycho_catalog.h"
 #include "solver/exposure_facts.h"
 #include "solver/image_solving.h"
@@ -90,7 +91,7 @@ struct FileSolver::Job {
 
     void read() {
         attempt([this] {
-            image.emplace(fits::FitsImage::open(path));
+            image.emplace(pictures::openPicture(path));
             if (image->height() > kMostPixels / image->width())
                 failure = file + " has more than 250 million pixels";
             else

@@ -50,6 +50,7 @@ const Place kPlaces[] = {
     {"src/observatory/panel/", "Polar Axis Simulator"},
     {"src/sky/", "What the built-in instruments refuse", true},
     {"src/fits/", "What the built-in instruments refuse", true},
+    {"src/pictures/", "What the built-in instruments refuse", true},
     {"src/catalogs/", "What the built-in instruments refuse", true},
     {"src/solver/unsolved_reason", "Plate solving"},
     {"src/solver/", "What the built-in instruments refuse", true},

@@ -678,16 +678,16 @@ erscheinen hier.</translation>
         <translation>Seiten</translation>
     </message>
     <message>
-        <source>Drop a FITS file here.</source>
-        <translation>Eine FITS-Datei hierher ziehen.</translation>
+        <source>Drop a picture here.</source>
+        <translation>Ein Bild hierher ziehen.</translation>
     </message>
     <message>
         <source>The picture, matched stars circled</source>
         <translation>Das Bild, erkannte Sterne eingekreist</translation>
     </message>
     <message>
-        <source>Choose a FITS file</source>
-        <translation>Eine FITS-Datei wählen</translation>
+        <source>Choose a picture file</source>
+        <translation>Eine Bilddatei wählen</translation>
     </message>
     <message>
         <source>File</source>
@@ -1281,12 +1281,12 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
         <translation>Stopp</translation>
     </message>
     <message>
-        <source>A FITS file of any camera; it may be packed (.gz, .fz)</source>
-        <translation>Eine FITS-Datei von irgendeiner Kamera, auch gepackt (.gz, .fz)</translation>
+        <source>A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file</source>
+        <translation>Ein Bild von irgendeiner Kamera: FITS, auch gepackt (.gz, .fz), JPEG, PNG, TIFF oder eine Rohdatei</translation>
     </message>
     <message>
-        <source>Choose a FITS file</source>
-        <translation>Eine FITS-Datei wählen</translation>
+        <source>Choose a picture file</source>
+        <translation>Eine Bilddatei wählen</translation>
     </message>
     <message>
         <source>Arc-seconds per pixel; empty: as the file tells, or any</source>
