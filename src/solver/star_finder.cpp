@@ -112,6 +112,12 @@ bool mayBePieces(std::span<const Source> sources) {
     return sources.size() < kFew || 3 * close > brightest.size();
 }
 
+/// What is left of an uneven sky shows as wide faint sources in coarse bins.
+bool isFaint(const Source& source) {
+    constexpr double kLeastPeak = 4;
+    return source.peak < kLeastPeak;
+}
+
 /// Whether no source of the fine image has two thirds of the light of the coarse image's sources that it lies
 /// in.
 bool arePieces(std::span<const Source> fine, std::span<const Source> coarse, double side) {
@@ -138,8 +144,10 @@ StarList findStars(const fits::FitsImage& image, const StarSettings& settings) {
     if (mayBePieces(sources)) {
         ReducedImage coarse = coarserThan(reduced);
         auto whole = sourcesOf(coarse, settings);
-        const bool drawnOut = lookOf(shapedOnes(whole)).trail > 0;
-        if (drawnOut || arePieces(sources, whole, static_cast<double>(coarse.binning / reduced.binning))) {
+        std::vector<Source> telling = whole;
+        std::erase_if(telling, isFaint);
+        const bool drawnOut = lookOf(shapedOnes(telling)).trail > 0;
+        if (drawnOut || arePieces(sources, telling, static_cast<double>(coarse.binning / reduced.binning))) {
             reduced = std::move(coarse);
             sources = std::move(whole);
         }

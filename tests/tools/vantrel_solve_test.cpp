@@ -1,6 +1,9 @@
 // The program vantrel-solve as its callers see it: texts in, JSON and exit status out.
 
+#include <cmath>
 #include <cstdio>
+#include <filesystem>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -10,6 +13,7 @@
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
 #include "sky/tycho_catalog.h"
+#include "sky/vector3.h"
 #include "support/star_field.h"
 #include "support/temp_folder.h"
 
@@ -114,6 +118,76 @@ TEST_F(VantrelSolve, SaysWhenItTakesTodaysDate) {
     EXPECT_FALSE(saysSo(drawn({{"DATE-OBS", std::string("2000-01-01")}}) + hints));
 }
 
+TEST_F(VantrelSolve, SaysWhatAPictureLacks) {
+    fits::writeFits(folder_ / "dark.fits", 640, 480, std::vector<std::uint16_t>(640 * 480, 500), {});
+    const Answer answer = run((folder_ / "dark.fits").string() + " --ra 5 --dec 33 --scale 6 --json");
+    EXPECT_EQ(answer.status, 1) << answer.err;
+    EXPECT_EQ(nlohmann::json::parse(answer.out).at("reason").get<std::string>().find("No stars were found"),
+              0U);
+}
+
+TEST_F(VantrelSolve, SolvesManyFilesInTheirOrder) {
+    const std::string file = drawn();
+    const Answer answer = run(file + " /nowhere.fits " + file + " --ra 5.03 --dec 33.4 --scale 6.2 --json");
+    EXPECT_EQ(answer.status, 2) << "the worst of all";
+    EXPECT_NE(answer.err.find("/nowhere.fits: No such file"), std::string::npos) << answer.err;
+    std::istringstream lines(answer.out);
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+        const auto json = nlohmann::json::parse(line);
+        EXPECT_EQ(json.at("file").get<std::string>(), file);
+        EXPECT_TRUE(json.at("solved").get<bool>());
+    }
+    EXPECT_EQ(count, 2);
+    EXPECT_NE(run(file + " " + file + " --ra 5.03 --dec 33.4 --scale 6.2").out.find(file + ":\nCentre"),
+              std::string::npos);
+}
+
+// Capture programs start the solver that they know by its name, and read the files that it leaves.
+TEST_F(VantrelSolve, AnswersToTheCommandLinesOfOtherSolvers) {
+    const std::string file = drawn();
+    for (const char* name : {"astap", "solve-field"})
+        std::filesystem::create_symlink(VANTREL_SOLVE, folder_ / name);
+    const auto called = [&](const std::string& command) {
+        const std::string line = (folder_ / command).string() + " > '" + (folder_ / "out").string() + "'";
+        return WEXITSTATUS(std::system(line.c_str()));
+    };
+    EXPECT_EQ(called("astap -f " + file + " -fov 0.82 -ra 5.03 -spd 123.4 -r 5 -z 0 -s 500 -wcs"), 0);
+    const std::string ini = test::contentsOf(folder_ / "field.ini");
+    EXPECT_EQ(ini.find("PLTSOLVD=T\n"), 0U) << ini;
+    const auto value = [&](const std::string& key) {
+        const auto at = ini.find("\n" + key + "=");
+        return at == std::string::npos ? NAN : std::stod(ini.substr(at + key.size() + 2));
+    };
+    EXPECT_NEAR(value("CRVAL1"), 75, 1e-3);
+    EXPECT_NEAR(value("CRVAL2"), 33, 1e-3);
+    EXPECT_NEAR(value("CRPIX1"), 320.5, 1e-6);
+    EXPECT_NEAR(value("CDELT2") * 3600, 6, 0.01);
+    EXPECT_NEAR(value("CD1_1"), value("CDELT1") * std::cos(value("CROTA2") * sky::kDegree), 1e-7);
+    EXPECT_NEAR(value("CD1_2"), -value("CDELT2") * std::sin(value("CROTA2") * sky::kDegree), 1e-7);
+    EXPECT_NE(test::contentsOf(folder_ / "field.wcs").find("CTYPE1  = 'RA---TAN'"), std::string::npos);
+
+    EXPECT_EQ(called("astap -f " + file + " -fov 0.82 -ra 15 -spd 60 -r 2 -o " + (folder_ / "far").string()),
+              1);
+    EXPECT_EQ(test::contentsOf(folder_ / "far.ini").find("PLTSOLVD=F\nERROR=The stars look sound"), 0U);
+    folder_.write("bad.fits", "hello");
+    EXPECT_EQ(called("astap -f " + (folder_ / "bad.fits").string() + " -ra 5 -spd 120"), 16);
+
+    const std::string options =
+        " --overwrite --no-plots --scale-units=arcsecperpix -L 5.5 -H 6.5 --downsample 2 ";
+    EXPECT_EQ(
+        called("solve-field" + options + "--ra 5:02:00 --dec +33:24:00 --radius 3 --new-fits none " + file),
+        0);
+    const std::string report = test::contentsOf(folder_ / "out");
+    EXPECT_NE(report.find("Field center: (RA,Dec) = (75.00"), std::string::npos) << report;
+    EXPECT_NE(report.find("Field size: 63.9"), std::string::npos) << report;
+    EXPECT_EQ(test::contentsOf(folder_ / "field.solved"), "\1");
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "field.new"));
+    EXPECT_EQ(called("solve-field --ra 225 --dec -33 --radius 2 -u app -L 5.5 -H 6.5 --out far " + file), 0);
+    EXPECT_NE(test::contentsOf(folder_ / "out").find("Did not solve"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "far.solved"));
+}
+
 TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
     const std::string file = drawn();
     const std::string place = " --ra 5 --dec 33";
@@ -140,7 +214,11 @@ TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
         {"value missing", file + " --ra", 2, "--ra needs a value"},
         {"no date", file + place + " --scale 6 --date today", 2, "--date must be a date"},
         {"unknown option", file + " --speed 3", 2, "unknown option --speed"},
-        {"two files", file + " " + file, 2, "more than one file"},
+        {"one header for two files", file + " " + file + place + " --scale 6 --wcs out.fits", 2,
+         "--wcs is for one file"},
+        {"a header for a picture",
+         folder_.write("a.jpg", "\xFF\xD8\xFF\xE0").string() + place + " --scale 6 --wcs o.fits", 2,
+         "--wcs needs a FITS file"},
         {"folder without a catalogue",
          file + place + " --scale 6 --catalog " + folder_.path().string() + " --catalog-number 5", 2,
          "no star catalogue USNO-A2.0"},
