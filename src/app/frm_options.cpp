@@ -15,6 +15,7 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
       chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size"),
       chkLeastSquares(*this, "chkLeastSquares", "Least squares count"),
       chkClosingPlate(*this, "chkClosingPlate", "Closing plate"),
+      chkExactMark(*this, "chkExactMark", "Exact marks"),
       cmdOK(*this, "cmdOK", "OK") {
     cmdOK.onClick = [this] { unload(); };
     chkImagingSWVersionCheck.setToolTip("Enable Imaging SW Version Check");
@@ -30,12 +31,13 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
         const char* key;
         const char* usual;
     };
-    const std::array<Switch, 5> switches{{
+    const std::array<Switch, 6> switches{{
         {&chkImagingSWVersionCheck, "ImagingSWVersionCheck", "1"},
         {&chkGreenColors, "GreenColors", "0"},
         {&chkEnableRestoreImagingSW, "EnableRestoreImagingSW", "0"},
         {&chkLeastSquares, "LeastSquares", "0"},
         {&chkClosingPlate, "ClosingPlate", "0"},
+        {&chkExactMark, "ExactMark", "0"},
     }};
     cmbNightBrightness.setItems({{"Bright by night", 3}, {"Medium by night", 2}, {"Dim by night", 1}});
     cmbNightBrightness.setToolTip("How bright the night vision colors are");

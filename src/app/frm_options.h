@@ -14,7 +14,7 @@ class frmOptions : public platform::Form {
 
     platform::CheckBox chkImagingSWVersionCheck, chkGreenColors;
     platform::ComboBox cmbNightBrightness;
-    platform::CheckBox chkEnableRestoreImagingSW, chkLeastSquares, chkClosingPlate;
+    platform::CheckBox chkEnableRestoreImagingSW, chkLeastSquares, chkClosingPlate, chkExactMark;
     platform::Button cmdOK;
 
     /// The night colours were switched elsewhere, or their step of brightness, from 3 to 1.

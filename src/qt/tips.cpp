@@ -110,6 +110,8 @@ const std::map<Field, const char*>& tips() {
         {{"frmPolarPlot", "cmdPlates"}, QT_TRANSLATE_NOOP("Tip", "The plates that this result came from")},
         {{"frmOptions", "chkGreenColors"},
          QT_TRANSLATE_NOOP("Tip", "Deep red on black for eyes adapted to the dark (Ctrl+N)")},
+        {{"frmOptions", "chkExactMark"},
+         QT_TRANSLATE_NOOP("Tip", "The correction's mark is right for any star, not only near the equator")},
         {{"frmHistory", "cmbMeasurement"}, QT_TRANSLATE_NOOP("Tip", "The measurement that is told of below")},
         {{"frmPlates", "cmbRedo"}, QT_TRANSLATE_NOOP("Tip", "The plate that is taken again")},
         {{"frmDevices", "txtCameraTemperature"},

@@ -97,6 +97,7 @@ const Row kRows[] = {
     {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", kAtEnd},
     {kRun, "LeastSquares", "frmOptions.chkLeastSquares", "0", "1", kAtEnd},
     {kRun, "ClosingPlate", "frmOptions.chkClosingPlate", "0", "1", kAtEnd},
+    {kRun, "ExactMark", "frmOptions.chkExactMark", "0", "1", kAtEnd},
     {kRun, "ShowHistory", "frmPolarPlot.chkHistory", "0", "1", kOnChange},
     {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", kAtEnd},
     {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", kAlways},

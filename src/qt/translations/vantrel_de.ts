@@ -1387,6 +1387,10 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
 <context>
     <name>Tip</name>
     <message>
+        <source>The correction&apos;s mark is right for any star, not only near the equator</source>
+        <translation>Die Marke der Korrektur stimmt für jeden Stern, nicht nur nahe am Äquator</translation>
+    </message>
+    <message>
         <source>Both adjusters at once, by pictures taken while you turn them</source>
         <translation>Beide Einstellschrauben zugleich, nach Aufnahmen, während Sie drehen</translation>
     </message>
