@@ -98,6 +98,7 @@ Parts::Parts(const platform::Machine& surroundings)
         return adjusting.adjust(measured);
     };
     correctionRelay.target = &correction;
+    optionsForm.onPicturesChanged = [this] { polarPlot.followTolerance(); };
     polarPlot.history = [this] { return history.past(); };
     polarPlot.onPlotted = [this] { pastNights.refresh(); };
     polarPlotForm.cmdHistory.onClick = [this] { historyForm.show(); };

@@ -234,8 +234,11 @@ void Adjusting::showMoves(const LiveReading& reading) {
     const bool green = engine::nightVision(services_.settings);
     // The end that the operator sees: in the south the written convention speaks of the other one.
     const double angle = reading.written.ErrorAngle + (site_.latitude < 0 ? 180 : 0);
-    form_.picAdjust.setDrawing(
-        polarChart(reading.distance, angle, green ? platform::color::kDarkGreen : platform::color::kRed));
+    platform::Drawing dial =
+        polarChart(reading.distance, angle, green ? platform::color::kDarkGreen : platform::color::kRed);
+    for (platform::Shape& shape : toleranceRing(chartRange(reading.distance), tolerance_()))
+        dial.shapes.push_back(std::move(shape));
+    form_.picAdjust.setDrawing(std::move(dial));
 }
 
 std::string Adjusting::situation(const LiveReading& reading) {

@@ -521,6 +521,39 @@ DevicesWindow::DevicesWindow(platform::Form& form, const Front& front) : FormWin
     bind();
 }
 
+// ---- Options ----
+
+OptionsWindow::OptionsWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const brightness = named<QComboBox>("cmbNightBrightness");
+    brightness->setAccessibleName(inWords(form.name(), form.find("cmbNightBrightness")->toolTip()));
+    auto* const pictures = new FieldGrid;
+    constexpr int kNumber = 6;
+    pictures->addField(Text::tr("Exposure"), field("txtPictureExposure", kNumber), "s");
+    pictures->addRow(named<QCheckBox>("chkPictureGuided"));
+    pictures->addField(Text::tr("Declination"), field("txtPictureDeclination", kNumber), "°");
+    pictures->addField(Text::tr("Guide star to corner"), field("txtFromGuideStar", kNumber), "°");
+    auto* const needed = named<QLabel>("lblNeededTolerance");
+    needed->setWordWrap(true);
+    needed->setMinimumWidth(needed->fontMetrics().averageCharWidth() * 44);
+    needed->setMinimumHeight(needed->fontMetrics().lineSpacing() * 2);
+    needed->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    pictures->addRow(needed);
+
+    auto* const column = new QVBoxLayout(&scrolledPage());
+    column->addWidget(named<QCheckBox>("chkImagingSWVersionCheck"));
+    column->addWidget(named<QCheckBox>("chkGreenColors"));
+    column->addWidget(brightness);
+    for (const char* name :
+         {"chkEnableRestoreImagingSW", "chkLeastSquares", "chkClosingPlate", "chkExactMark"})
+        column->addWidget(named<QCheckBox>(name));
+    column->addWidget(group(Text::tr("The pictures you align for"), pictures));
+    column->addStretch();
+    QPushButton* const ok = button("cmdOK");
+    column->addLayout(row({ok}));
+    answerWithEnter(*ok);
+    bind();
+}
+
 // ---- About ----
 
 AboutWindow::AboutWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
