@@ -76,10 +76,14 @@ Adjusting::Adjusting(frmAdjust& form, engine::RunPanel& panel, engine::RunState&
         if (live_) live_->acceptJump();
     };
     for (frmAdjust::Adjuster* adjuster : {&form_.azimuth, &form_.elevation}) {
-        adjuster->chkOtherWay.onClick = [this] {
+        adjuster->txtPerTurn.onLeave = [this] {
             if (reading_) showMoves(*reading_);
         };
-        adjuster->txtPerTurn.onLeave = adjuster->chkOtherWay.onClick;
+        adjuster->chkOtherWay.onClick = [this, show = adjuster->txtPerTurn.onLeave] {
+            azimuthSense_.forget();
+            elevationSense_.forget();
+            show();
+        };
     }
 }
 
@@ -103,7 +107,9 @@ void Adjusting::begin(const engine::AxisEstimate& measured) {
     beganAt_.reset();
     reading_.reset();
     number_ = 0;
-    toldDone_ = toldShift_ = false;
+    toldDone_ = toldShift_ = toldUndriven_ = false;
+    azimuthSense_.forget();
+    elevationSense_.forget();
     near_ = {.RA = services_.telescope.GetTelescopeRA(), .Dec = services_.telescope.GetTelescopeDec()};
 
     form_.show();
@@ -198,7 +204,11 @@ engine::Plate Adjusting::plateOf(const engine::TakenPlate& taken) {
 void Adjusting::tell(const LiveReading& reading) {
     reading_ = reading;
     finish_.add(reading, tolerance_());
+    learnBolts(reading);
     showMoves(reading);
+    if (!reading.driven && !toldUndriven_)
+        services_.log.AddToLog("The mount doesn't track: the numbers allow for it");
+    toldUndriven_ = !reading.driven;
     const std::string words = situation(reading);
     if (words != form_.lblLiveState.caption()) services_.log.AddToLog("Adjusting: " + words);
     form_.lblLiveState.setCaption(words);
@@ -261,7 +271,8 @@ std::string Adjusting::situation(const LiveReading& reading) {
     const std::string limit = shortAngle(tolerance_());
     soundOnce(finish_.done(), toldDone_);
     if (finish_.done()) return "Done: within " + limit + ". Press Lock, and tighten the bolts";
-    return reading.still ? "Not yet within " + limit : "Moving";
+    if (!reading.still) return "Moving";
+    return "Not yet within " + limit + (reading.driven ? "" : ", without tracking");
 }
 
 std::string Adjusting::lockedSituation(double shift) {
@@ -276,6 +287,35 @@ std::string Adjusting::boltText(const frmAdjust::Adjuster& adjuster, double arcM
     // West, or up.
     const bool wanted = &adjuster == &form_.azimuth ? arcMinutes > 0 : arcMinutes < 0;
     return turns + (wanted != adjuster.chkOtherWay.ticked() ? " clockwise" : " counter-clockwise");
+}
+
+/// By what was read before this plate; while the bolts are tightened, both move as they like.
+void Adjusting::learnBolts(const LiveReading& reading) {
+    if (!reading.trustworthy() || finish_.locked()) {
+        azimuthSense_.forget();
+        elevationSense_.forget();
+        return;
+    }
+    const double toSky = std::cos(engine::degreesToRadians(site_.latitude));
+    const double azimuth = reading.remaining.azimuth * toSky;
+    const double elevation = reading.remaining.elevation;
+    learnBolt(form_.azimuth, azimuthSense_,
+              {azimuth, elevation, reading.azimuthSigma * toSky / 60, reading.still}, "azimuth");
+    learnBolt(form_.elevation, elevationSense_,
+              {elevation, azimuth, reading.elevationSigma / 60, reading.still}, "elevation");
+}
+
+void Adjusting::learnBolt(frmAdjust::Adjuster& adjuster, BoltSense& sense, const BoltSense::Look& look,
+                          const char* name) {
+    BoltSense::Look now = look;
+    now.told = !boltText(adjuster, look.left).empty();
+    if (!sense.wrong(now)) return;
+    adjuster.chkOtherWay.setValue(adjuster.chkOtherWay.ticked() ? 0 : 1);
+    const std::string words =
+        "The " + std::string(name) + " bolt goes the other way: clockwise and counter-clockwise are swapped";
+    services_.log.AddToLog(words);
+    constexpr double kSeconds = 5;
+    services_.messages.ShowPopupMessage(words, kSeconds);
 }
 
 /// Old numbers are dimmed.

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "correction/bolt_sense.h"
 #include "correction/frm_adjust.h"
 #include "correction/result_panel.h"
 #include "engine/axis/live_axis.h"
@@ -45,6 +46,9 @@ class Adjusting {
     std::string situation(const engine::LiveReading& reading);
     std::string lockedSituation(double shift);
     std::string boltText(const frmAdjust::Adjuster& adjuster, double arcMinutes) const;
+    void learnBolts(const engine::LiveReading& reading);
+    void learnBolt(frmAdjust::Adjuster& adjuster, BoltSense& sense, const BoltSense::Look& look,
+                   const char* name);
     void showAge();
     void toggleLock();
     void soundOnce(bool now, bool& told);
@@ -71,6 +75,8 @@ class Adjusting {
     std::optional<platform::Milliseconds> shownAt_, beganAt_;  // when the exposures began
     platform::Milliseconds rhythm_{0};                         // from exposure to exposure
     std::optional<engine::LiveReading> reading_;
+    BoltSense azimuthSense_, elevationSense_;
+    bool toldUndriven_ = false;
     bool toldDone_ = false, toldShift_ = false;
 };
 

@@ -188,6 +188,52 @@ TEST(Adjusting, MeasuresAgainAndSaysHowFarTheLiveNumbersWereOff) {
     EXPECT_TRUE(shop.panel.cmdRun.enabled());
 }
 
+/// Somebody turns the azimuth's bolt by the words, each turn ends `toEast` arc-minutes from the
+/// last.
+std::string wayOfTheBolt(const std::vector<double>& toEast, const char* perTurn, bool& swapped) {
+    Workshop shop;
+    shop.settings.SaveSetting("PolarAlign", "AzimuthPerTurn", perTurn);
+    int picture = 2;
+    for (const double step : toEast) {
+        shop.at(picture, [&shop, step] { shop.sky.azimuth += step; });
+        picture += 3;
+    }
+    std::string words;
+    shop.at(picture, [&] {
+        words = shop.window.azimuth.lblBolt.caption();
+        swapped = shop.window.azimuth.chkOtherWay.ticked();
+        shop.window.cmdEndAdjust.click();
+    });
+    shop.adjust();
+    EXPECT_EQ(swapped,
+              std::ranges::count(shop.log.lines,
+                                 "The azimuth bolt goes the other way: clockwise and counter-clockwise are "
+                                 "swapped") == 1);
+    return words;
+}
+
+TEST(Adjusting, LearnsWhichWayABoltGoesFromTwoWrongTurns) {
+    const struct {
+        std::vector<double> toEast;
+        const char* perTurn;
+        bool swapped;
+    } rows[] = {
+        {{4, 4}, "24", true},               // told to go west, and went east, twice
+        {{4}, "24", false},                 // once may be a slip
+        {{4, -3, 4}, "24", false},          // not in a row
+        {{-4, -4}, "24", false},            // as told
+        {{-14, -4, -4}, "24", true},        // beyond the pole, and on
+        {{0.05, 0.05, 0.05}, "24", false},  // less than anybody can tell
+        {{4, 4}, "", false},                // nobody was told which way
+    };
+    for (const auto& row : rows) {
+        bool swapped = false;
+        const std::string words = wayOfTheBolt(row.toEast, row.perTurn, swapped);
+        EXPECT_EQ(swapped, row.swapped) << row.toEast.size() << " turns, the first by " << row.toEast[0];
+        EXPECT_EQ(words.empty(), row.perTurn[0] == '\0');
+    }
+}
+
 TEST(Adjusting, StopsAtOnceAndClosesQuietly) {
     for (const bool closing : {false, true}) {
         Workshop shop;
