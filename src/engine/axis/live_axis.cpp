@@ -125,7 +125,7 @@ LiveState LiveAxis::judgeWithoutDoubt(const Seen& now) {
 
 LiveState LiveAxis::believe(const Seen& now, double jump) {
     steady_ = stayed(*believed_, now);
-    known_ = known_ || (steady_ && tellsApart(move(*believed_, now), now));
+    known_ = known_ || tellsApart(move(*previous_, now), now);
     believed_ = now;
     doubted_.reset();
     turns_ = fitted(now);
@@ -179,7 +179,7 @@ Matrix3d LiveAxis::turned(const Vector3d& turns) const {
 
 Matrix3d LiveAxis::predicted(const Vector3d& turns, double lst) const {
     return turned(turns) * rotation(turns(2) * end_) *
-           carried(*reference_, wrapped(lst - reference_->lst), driven_);
+           carried(*reference_, end_, wrapped(lst - reference_->lst), driven_);
 }
 
 /// Gauss-Newton with the drive's angle held near none. A jump by degrees needs a few steps.
@@ -232,7 +232,7 @@ LiveAxis::Move LiveAxis::move(const Seen& from, const Seen& to) const {
     constexpr double kSigmas = 4.5;
     constexpr double kDriveAdrift = 0.3;  // arc-seconds a second: worms, gusts
     const double tracked = wrapped(to.lst - from.lst);
-    const Matrix3d expected = carried(from, tracked, driven_);
+    const Matrix3d expected = carried(from, axisNow(), tracked, driven_);
     const Vector3d outwards = to.sighting.frame(0).transpose() * expected.col(2);
     const double seconds = std::abs(radiansToHours(tracked)) * 3600;
     return {.shift = -outwards.head<2>(),
@@ -246,10 +246,10 @@ bool LiveAxis::stayed(const Seen& from, const Seen& to) const {
     return sameSide && m.shift.norm() < m.limit;
 }
 
-/// By its drive, about the axis as it stands; or not at all.
-Matrix3d LiveAxis::carried(const Seen& from, double tracked, bool driven) const {
+/// By its drive, about the axis as it stood then; or not at all.
+Matrix3d LiveAxis::carried(const Seen& from, const Vector3d& axis, double tracked, bool driven) const {
     if (!driven) return from.attitude;
-    return rotation(-hemisphere_ * tracked * axisNow()) * from.attitude;
+    return rotation(-hemisphere_ * tracked * axis) * from.attitude;
 }
 
 /// Whether a camera that tracks would by now be seen to be elsewhere than one that doesn't.
@@ -259,7 +259,7 @@ bool LiveAxis::tellsApart(const Move& move, const Seen& to) const {
 
 bool LiveAxis::movedAs(bool driven, const Seen& from, const Seen& to) const {
     const Move m = move(from, to);
-    const Vector3d expected = carried(from, m.tracked, driven).col(2);
+    const Vector3d expected = carried(from, axisNow(), m.tracked, driven).col(2);
     return (to.attitude.col(2) - expected).norm() < m.limit && tellsApart(m, to);
 }
 

@@ -118,7 +118,7 @@ class LiveAxis {
     Turns fitted(const Seen& now) const;
     Directions directionsAt(const Seen& now) const;
     Move move(const Seen& from, const Seen& to) const;
-    Eigen::Matrix3d carried(const Seen& from, double tracked, bool driven) const;
+    Eigen::Matrix3d carried(const Seen& from, const Eigen::Vector3d& axis, double tracked, bool driven) const;
     bool movedAs(bool driven, const Seen& from, const Seen& to) const;
     bool tellsApart(const Move& move, const Seen& to) const;
     bool stayed(const Seen& from, const Seen& to) const;
