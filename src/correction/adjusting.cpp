@@ -35,6 +35,16 @@ std::string azimuthArrow(double azimuth, double latitude) {
     return west == (latitude >= 0) ? "←" : "→";
 }
 
+/// Signs as a voice reads them.
+std::string spokenWords(std::string text) {
+    const std::pair<const char*, const char*> signs[] = {
+        {"'", " minutes"}, {"″", " seconds"}, {"°", " degrees"}};
+    for (const auto& [sign, word] : signs)
+        for (auto at = text.find(sign); at != std::string::npos; at = text.find(sign))
+            text.replace(at, std::string(sign).size(), word);
+    return text;
+}
+
 }  // namespace
 
 /// The window shows what is adjusted while one lives.
@@ -53,13 +63,15 @@ class Adjusting::Open {
 
 Adjusting::Adjusting(frmAdjust& form, engine::RunPanel& panel, engine::RunState& state,
                      const engine::Services& services, std::function<double()> tolerance,
-                     std::function<void()> sound)
+                     std::function<void()> sound, std::function<void(const std::string&)> say)
     : form_(form),
       panel_(panel),
       state_(state),
       services_(services),
       tolerance_(std::move(tolerance)),
       sound_(std::move(sound)),
+      say_(std::move(say)),
+      tones_(services.loop, sound_),
       indicators_(services.settings),
       taker_(panel, state, services),
       ageTick_(services.loop, kAgeTick) {
@@ -69,6 +81,7 @@ Adjusting::Adjusting(frmAdjust& form, engine::RunPanel& panel, engine::RunState&
         storeBolts();
         wish_ = Wish::kEnd;
     };
+    form_.chkTones.onClick = [this] { hear(); };
     form_.cmdEndAdjust.onClick = [this] { wish_ = Wish::kEnd; };
     form_.cmdMeasureAgain.onClick = [this] { wish_ = Wish::kMeasureAgain; };
     form_.cmdLock.onClick = [this] { toggleLock(); };
@@ -107,6 +120,7 @@ void Adjusting::begin(const engine::AxisEstimate& measured) {
     beganAt_.reset();
     reading_.reset();
     number_ = 0;
+    spoken_.clear();
     toldDone_ = toldShift_ = toldUndriven_ = false;
     azimuthSense_.forget();
     elevationSense_.forget();
@@ -136,6 +150,7 @@ void Adjusting::begin(const engine::AxisEstimate& measured) {
 
 void Adjusting::end() {
     ageTick_.setEnabled(false);
+    tones_.tell(std::nullopt);
     live_.reset();
     panel_.cmdNext.setEnabled(false);
     panel_.cmdSkip.setEnabled(false);
@@ -214,6 +229,9 @@ void Adjusting::tell(const LiveReading& reading) {
     form_.lblLiveState.setCaption(words);
     form_.cmdLock.setEnabled(finish_.last().has_value());
     form_.cmdBothTurned.setEnabled(reading.state == LiveState::kJumped);
+    const bool moves = reading.trustworthy() && reading.still && !finish_.done() && !finish_.locked();
+    speak(moves ? spokenWords(form_.azimuth.lblMove.caption() + ", " + form_.elevation.lblMove.caption())
+                : spokenWords(words));
     showAge();
 }
 
@@ -328,6 +346,25 @@ void Adjusting::showAge() {
     for (platform::Label* label : {&form_.azimuth.lblMove, &form_.elevation.lblMove, &form_.azimuth.lblArrow,
                                    &form_.elevation.lblArrow, &form_.lblLiveTotal})
         label->setEnabled(age <= most);
+    hear();
+}
+
+/// Numbers that are dimmed, or that nobody should follow, aren't heard.
+void Adjusting::hear() {
+    const bool heard = form_.chkTones.ticked() && live_ && reading_ && reading_->trustworthy() &&
+                       !finish_.locked() && form_.azimuth.lblMove.enabled();
+    tones_.tell(heard ? std::optional(reading_->distance / tolerance_()) : std::nullopt);
+}
+
+/// Not what was said last, nor into the middle of it.
+void Adjusting::speak(const std::string& words) {
+    constexpr std::chrono::seconds kSaying{5};
+    const auto now = services_.loop.clock().sinceStart();
+    if (!say_ || !form_.chkSpoken.ticked() || words == spoken_) return;
+    if (!spoken_.empty() && now - spokenAt_ < kSaying) return;
+    spoken_ = words;
+    spokenAt_ = now;
+    say_(words);
 }
 
 void Adjusting::toggleLock() {
@@ -357,6 +394,8 @@ void Adjusting::loadBolts() {
     form_.azimuth.chkOtherWay.setValue(stored("AzimuthOtherWay", "0") == "1" ? 1 : 0);
     form_.elevation.chkOtherWay.setValue(stored("ElevationOtherWay", "0") == "1" ? 1 : 0);
     form_.chkDoneSound.setValue(stored("DoneSound", "1") == "1" ? 1 : 0);
+    form_.chkTones.setValue(stored("Tones", "0") == "1" ? 1 : 0);
+    form_.chkSpoken.setValue(stored("Spoken", "0") == "1" ? 1 : 0);
 }
 
 void Adjusting::storeBolts() {
@@ -368,6 +407,8 @@ void Adjusting::storeBolts() {
     store("AzimuthOtherWay", std::to_string(form_.azimuth.chkOtherWay.value()));
     store("ElevationOtherWay", std::to_string(form_.elevation.chkOtherWay.value()));
     store("DoneSound", std::to_string(form_.chkDoneSound.value()));
+    store("Tones", std::to_string(form_.chkTones.value()));
+    store("Spoken", std::to_string(form_.chkSpoken.value()));
 }
 
 }  // namespace vantrel::correction

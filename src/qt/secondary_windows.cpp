@@ -12,11 +12,13 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <map>
 #include <stdexcept>
 
+#include "qt/big_digits.h"
 #include "qt/gauge_bar.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
@@ -277,12 +279,17 @@ AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindo
     auto* const page = new QVBoxLayout(&scrolledPage());
     page->addWidget(state);
     page->addLayout(columns, 1);
-    page->addWidget(named<QCheckBox>("chkDoneSound"));
+    page->addLayout(
+        row({named<QCheckBox>("chkDoneSound"), named<QCheckBox>("chkTones"), named<QCheckBox>("chkSpoken")},
+            true));
     auto* const buttons = new QHBoxLayout;
     for (const char* name : {"cmdLock", "cmdBothTurned", "cmdMeasureAgain", "cmdEndAdjust"})
         buttons->addWidget(bigButton(name));
     page->addLayout(buttons);
     bind();
+    auto* const digits = new BigDigits(dynamic_cast<correction::frmAdjust&>(form), *this);
+    connect(new QShortcut(QKeySequence("F11"), this), &QShortcut::activated, digits,
+            [digits] { digits->toggle(); });
 }
 
 HistoryWindow::HistoryWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {

@@ -64,7 +64,14 @@ struct Workshop : engine::CorrectionPort, test::EngineWorld {
     frmAdjust window{screen};
     double tolerance = 2;
     int sounds = 0;
-    Adjusting adjusting{window, panel, state, services, [this] { return tolerance; }, [this] { ++sounds; }};
+    std::vector<std::string> said;
+    Adjusting adjusting{window,
+                        panel,
+                        state,
+                        services,
+                        [this] { return tolerance; },
+                        [this] { ++sounds; },
+                        [this](const std::string& words) { said.push_back(words); }};
     test::SimulatedMount sky;
     std::map<int, std::function<void()>> plan;
     int measurements = 0;
@@ -186,6 +193,52 @@ TEST(Adjusting, MeasuresAgainAndSaysHowFarTheLiveNumbersWereOff) {
     EXPECT_THAT(shop.log.lines,
                 Contains(StartsWith("The fresh measurement differs from the live numbers by ")));
     EXPECT_TRUE(shop.panel.cmdRun.enabled());
+}
+
+TEST(Tones, ComeFasterTheNearerAndNotAtAllWhereNothingIsToBeHeard) {
+    platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{1}};
+    platform::QueuedEventLoop loop{time};
+    int heard = 0;
+    Tones tones(loop, [&] { ++heard; });
+    const struct {
+        std::optional<double> tolerances;
+        int inTenSeconds;
+    } rows[] = {{1.5, 40}, {4, 25}, {25, 10}, {400, 5}, {1, 0}, {std::nullopt, 0}};
+    for (const auto& row : rows) {
+        heard = 0;
+        tones.tell(row.tolerances);
+        loop.sleep(std::chrono::seconds{10});
+        EXPECT_NEAR(heard, row.inTenSeconds, 1) << row.tolerances.value_or(0);
+    }
+}
+
+TEST(Adjusting, IsHeardOnlyIfWantedAndWhileTheNumbersHold) {
+    for (const char* wanted : {"0", "1"}) {
+        Workshop shop;
+        shop.settings.SaveSetting("PolarAlign", "Tones", wanted);
+        shop.settings.SaveSetting("PolarAlign", "Spoken", wanted);
+        int before = 0, clouded = 0;
+        shop.at(6, [&] {
+            before = shop.sounds;
+            shop.solver.fails = true;
+        });
+        shop.at(12, [&] { clouded = shop.sounds; });
+        shop.at(16, [&] {
+            EXPECT_EQ(shop.sounds, clouded) << "old numbers";
+            shop.window.cmdEndAdjust.click();
+        });
+        shop.adjust();
+        const int after = shop.sounds;
+        shop.pass(10);
+        EXPECT_EQ(shop.sounds, after);
+        EXPECT_EQ(before > 5, wanted[0] == '1');
+        EXPECT_EQ(after > 0, wanted[0] == '1');
+        EXPECT_EQ(shop.said.empty(), wanted[0] == '0');
+        if (!shop.said.empty()) {
+            EXPECT_THAT(shop.said[0], testing::MatchesRegex("turn west 12.0 minutes, raise 8.0 minutes"));
+            EXPECT_LT(shop.said.size(), 4u) << "what doesn't change isn't said again";
+        }
+    }
 }
 
 /// Somebody turns the azimuth's bolt by the words, each turn ends `toEast` arc-minutes from the

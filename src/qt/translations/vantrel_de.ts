@@ -1395,6 +1395,14 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
 <context>
     <name>Tip</name>
     <message>
+        <source>Says what to turn, where speech-dispatcher is installed</source>
+        <translation>Sagt, was zu drehen ist, wo speech-dispatcher installiert ist</translation>
+    </message>
+    <message>
+        <source>Tones that come faster the nearer the axis is to the pole</source>
+        <translation>Töne, die schneller kommen, je näher die Achse am Pol ist</translation>
+    </message>
+    <message>
         <source>From the guide star to the picture&apos;s farthest corner</source>
         <translation>Vom Leitstern bis zur entferntesten Ecke der Aufnahme</translation>
     </message>
