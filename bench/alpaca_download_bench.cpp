@@ -8,7 +8,6 @@
 #include "headless/system_time.h"
 #include "hosts/alpaca/camera.h"
 #include "hosts/alpaca/server_process.h"
-#include "hosts/background.h"
 #include "hosts/network_client.h"
 #include "platform/queued_event_loop.h"
 
@@ -24,7 +23,7 @@ void download(benchmark::State& state, const char* settings) {
     platform::QueuedEventLoop loop{time};
     platform::OutsideCalls calls;
     NetworkClient network{loop};
-    BackgroundThreads background{loop};
+    platform::BackgroundThreads background{loop, calls};
     Client client{network, PumpedWait(loop, calls), 1};
     const Services services{.loop = loop,
                             .client = client,

@@ -51,11 +51,12 @@ def random_setup(seed, declination, reach, altitudes):
 
 
 def run_one(arguments):
-    program, seed, declination, reach, altitudes, passes, binning = arguments
+    program, seed, declination, reach, altitudes, passes, binning, exact = arguments
     setup = random_setup(seed, declination, reach, altitudes)
     errors, notes = [], []
     with tempfile.TemporaryDirectory() as home:
-        operator = start_program(program, home, setup, START.strftime("%Y-%m-%dT%H:%M:%SZ"), seed, binning)
+        operator = start_program(program, home, setup, START.strftime("%Y-%m-%dT%H:%M:%SZ"), seed, binning,
+                                 exact)
         try:
             operator.put(SIMULATOR, "Seeing", setup.seeing)
             robot = Robot(operator, home)
@@ -100,13 +101,14 @@ def main():
                         help="between which they stand, degrees")
     parser.add_argument("--passes", type=int, default=2)
     parser.add_argument("--binning", type=int, default=2, help="larger pixels, which saves time")
+    parser.add_argument("--exact", action="store_true", help="marks by full rotations")
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--demand", type=float, default=None, help="most that the last pass may leave, arc-minutes")
     parser.add_argument("--verbose", action="store_true", help="a line for every run")
     options = parser.parse_args()
 
     work = [(options.program, seed, options.declination, options.reach, options.altitude, options.passes,
-             options.binning)
+             options.binning, options.exact)
             for seed in range(options.first_seed, options.first_seed + options.runs)]
     with multiprocessing.Pool(options.jobs) as pool:
         results = []

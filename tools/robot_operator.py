@@ -441,17 +441,18 @@ def main():
     return 0 if left <= options.demand else 1
 
 
-def start_program(program, home, setup, start="2026-11-24T20:00:00Z", seed=1, binning=1):
+def start_program(program, home, setup, start="2026-11-24T20:00:00Z", seed=1, binning=1, exact=False):
     """A program in virtual time whose simulator stands as the set-up's attributes say.
 
-    Binning gives its camera fewer and larger pixels in the same field, which saves time.
+    Binning gives its camera fewer and larger pixels in the same field, which saves time. `exact`:
+    marks by full rotations instead of the written ones.
     """
     settings = os.path.join(home, "settings.json")
     with open(settings, "w", encoding="utf-8") as stream:
         stream.write('{"Main": {"MyTelescopeID": "%s", "SiteLatitude": "%s", "SiteLongitude": "%s"}, '
-                     '"PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": "20"}, '
+                     '"PolarAlign": {"PlateSolveMethod": "0", "DeltaRA": "20", "ExactMark": "%d"}, '
                      '"Solve": {"ScaleH": "%.2f", "ScaleV": "%.2f", "ExposeInterval": "1"}}'
-                     % (SIMULATOR, setup.latitude, setup.longitude, 3.6 * binning, 3.6 * binning))
+                     % (SIMULATOR, setup.latitude, setup.longitude, exact, 3.6 * binning, 3.6 * binning))
     operator = Operator(program, "--virtual-time", "--start", start, "--home", home, "--seed", str(seed), "--settings",
                         settings)
     operator.wait(idle=True)

@@ -18,6 +18,7 @@
 #include "correction/star_guide.h"
 #include "correction/stars/star_under_point.h"
 #include "fits/fits_writing.h"
+#include "qt/big_digits.h"
 #include "qt/night.h"
 #include "qt/offscreen.h"
 #include "qt/qt_dialogs.h"
@@ -274,6 +275,12 @@ void takeAdjusting(const QString& folder, bool byNight) {
                 {[&] { return !age.caption().empty(); },
                  [&] {
                      pictures.take("frmAdjust", "adjust");
+                     auto* const digits = dynamic_cast<BigDigits*>(
+                         night.program.window("frmAdjust").findChild<QWidget*>("bigDigits"));
+                     digits->toggle();
+                     QApplication::processEvents();
+                     pictures.take("frmAdjust", "adjust-digits");
+                     digits->toggle();
                      night.click("cmdSkip");
                  }}});
 }

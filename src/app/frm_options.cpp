@@ -3,6 +3,8 @@
 #include <array>
 #include <string>
 
+#include "correction/needed_tolerance.h"
+#include "platform/key_filters.h"
 #include "platform/text.h"
 
 namespace vantrel::app {
@@ -15,6 +17,12 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
       chkEnableRestoreImagingSW(*this, "chkEnableRestoreImagingSW", "Restore imaging software size"),
       chkLeastSquares(*this, "chkLeastSquares", "Least squares count"),
       chkClosingPlate(*this, "chkClosingPlate", "Closing plate"),
+      chkExactMark(*this, "chkExactMark", "Exact marks"),
+      txtPictureExposure(*this, "txtPictureExposure"),
+      chkPictureGuided(*this, "chkPictureGuided", "Guided"),
+      txtPictureDeclination(*this, "txtPictureDeclination"),
+      txtFromGuideStar(*this, "txtFromGuideStar"),
+      lblNeededTolerance(*this, "lblNeededTolerance", ""),
       cmdOK(*this, "cmdOK", "OK") {
     cmdOK.onClick = [this] { unload(); };
     chkImagingSWVersionCheck.setToolTip("Enable Imaging SW Version Check");
@@ -30,12 +38,13 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
         const char* key;
         const char* usual;
     };
-    const std::array<Switch, 5> switches{{
+    const std::array<Switch, 6> switches{{
         {&chkImagingSWVersionCheck, "ImagingSWVersionCheck", "1"},
         {&chkGreenColors, "GreenColors", "0"},
         {&chkEnableRestoreImagingSW, "EnableRestoreImagingSW", "0"},
         {&chkLeastSquares, "LeastSquares", "0"},
         {&chkClosingPlate, "ClosingPlate", "0"},
+        {&chkExactMark, "ExactMark", "0"},
     }};
     cmbNightBrightness.setItems({{"Bright by night", 3}, {"Medium by night", 2}, {"Dim by night", 1}});
     cmbNightBrightness.setToolTip("How bright the night vision colors are");
@@ -43,7 +52,9 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
         settings.SaveSetting("PolarAlign", "NightBrightness",
                              std::to_string(cmbNightBrightness.chosen()->data));
     };
+    setUpPictures(settings);
     onLoad = [this, switches, &settings] {
+        showPictures(settings);
         showNightBrightness(
             platform::leadingNumber(settings.GetSetting("PolarAlign", "NightBrightness", "3")));
         for (const Switch& s : switches) {
@@ -55,6 +66,37 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
         for (const Switch& s : switches)
             settings.SaveSetting("PolarAlign", s.key, std::to_string(s.box->value()));
     };
+}
+
+void frmOptions::setUpPictures(engine::SettingsPort& settings) {
+    const auto told = [this, &settings] {
+        lblNeededTolerance.setCaption(
+            correction::neededTolerance(correction::plannedPictures(settings)).words);
+        onPicturesChanged();
+    };
+    const auto box = [&](platform::TextBox& field, const char* key, int (*filter)(int)) {
+        field.keyFilter = filter;
+        field.onChange = [&field, &settings, key, told] {
+            settings.SaveSetting("PolarAlign", key, field.text());
+            told();
+        };
+    };
+    box(txtPictureExposure, "PictureExposure", platform::decimalNumberKey);
+    box(txtPictureDeclination, "PictureDeclination", nullptr);
+    box(txtFromGuideStar, "FromGuideStar", platform::decimalNumberKey);
+    chkPictureGuided.onClick = [this, &settings, told] {
+        settings.SaveSetting("PolarAlign", "PictureGuided", std::to_string(chkPictureGuided.value()));
+        told();
+    };
+}
+
+void frmOptions::showPictures(engine::SettingsPort& settings) {
+    const auto stored = [&](const char* key) { return settings.GetSetting("PolarAlign", key, ""); };
+    txtPictureExposure.setText(stored("PictureExposure"));
+    txtPictureDeclination.setText(stored("PictureDeclination"));
+    txtFromGuideStar.setText(stored("FromGuideStar"));
+    chkPictureGuided.setValue(stored("PictureGuided") == "1" ? 1 : 0);
+    lblNeededTolerance.setCaption(correction::neededTolerance(correction::plannedPictures(settings)).words);
 }
 
 void frmOptions::showNightBrightness(double step) {

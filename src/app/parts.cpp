@@ -93,11 +93,13 @@ Parts::Parts(const platform::Machine& surroundings)
                  guide),
       adjusting(
           adjustForm, main.run, state, services, [this] { return polarPlot.tolerance(); },
-          [this] { machine.desktop.beep(); }) {
+          [this] { machine.desktop.beep(); },
+          [this](const std::string& words) { machine.desktop.say(words); }) {
     measurement.adjustLive = [this](const engine::AxisEstimate& measured) {
         return adjusting.adjust(measured);
     };
     correctionRelay.target = &correction;
+    optionsForm.onPicturesChanged = [this] { polarPlot.followTolerance(); };
     polarPlot.history = [this] { return history.past(); };
     polarPlot.onPlotted = [this] { pastNights.refresh(); };
     polarPlotForm.cmdHistory.onClick = [this] { historyForm.show(); };

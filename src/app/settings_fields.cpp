@@ -31,7 +31,7 @@ std::vector<SettingsField> fieldsOf(frmMain& form) {
         {kRun, "SiteHeight", "", &setup.txtSiteHeight, kChange, true},
         {kRun, "AirPressure", "", &setup.txtAirPressure, kChange, true},
         {kRun, "AirTemperature", "", &setup.txtAirTemperature, kChange, true},
-        {kRun, "Tolerance", "2", &form.result.txtTolerance, kChange, true, "2"},
+        {kRun, "Tolerance", "2", &form.result.txtTolerance, kChange, true},
         {kRun, "TurnByHand", "0", &run.chkTurnByHand, kClick, true},
         {kRun, "CrossHairEnable", "0", &exp.chkCrossHairEnable, kNothing, true},
         {kRun, "CloseSound", "0", &form.guidance.chkCloseSound, kClick, true},

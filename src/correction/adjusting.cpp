@@ -35,6 +35,16 @@ std::string azimuthArrow(double azimuth, double latitude) {
     return west == (latitude >= 0) ? "←" : "→";
 }
 
+/// Signs as a voice reads them.
+std::string spokenWords(std::string text) {
+    const std::pair<const char*, const char*> signs[] = {
+        {"'", " minutes"}, {"″", " seconds"}, {"°", " degrees"}};
+    for (const auto& [sign, word] : signs)
+        for (auto at = text.find(sign); at != std::string::npos; at = text.find(sign))
+            text.replace(at, std::string(sign).size(), word);
+    return text;
+}
+
 }  // namespace
 
 /// The window shows what is adjusted while one lives.
@@ -53,13 +63,15 @@ class Adjusting::Open {
 
 Adjusting::Adjusting(frmAdjust& form, engine::RunPanel& panel, engine::RunState& state,
                      const engine::Services& services, std::function<double()> tolerance,
-                     std::function<void()> sound)
+                     std::function<void()> sound, std::function<void(const std::string&)> say)
     : form_(form),
       panel_(panel),
       state_(state),
       services_(services),
       tolerance_(std::move(tolerance)),
       sound_(std::move(sound)),
+      say_(std::move(say)),
+      tones_(services.loop, sound_),
       indicators_(services.settings),
       taker_(panel, state, services),
       ageTick_(services.loop, kAgeTick) {
@@ -69,6 +81,7 @@ Adjusting::Adjusting(frmAdjust& form, engine::RunPanel& panel, engine::RunState&
         storeBolts();
         wish_ = Wish::kEnd;
     };
+    form_.chkTones.onClick = [this] { hear(); };
     form_.cmdEndAdjust.onClick = [this] { wish_ = Wish::kEnd; };
     form_.cmdMeasureAgain.onClick = [this] { wish_ = Wish::kMeasureAgain; };
     form_.cmdLock.onClick = [this] { toggleLock(); };
@@ -76,10 +89,14 @@ Adjusting::Adjusting(frmAdjust& form, engine::RunPanel& panel, engine::RunState&
         if (live_) live_->acceptJump();
     };
     for (frmAdjust::Adjuster* adjuster : {&form_.azimuth, &form_.elevation}) {
-        adjuster->chkOtherWay.onClick = [this] {
+        adjuster->txtPerTurn.onLeave = [this] {
             if (reading_) showMoves(*reading_);
         };
-        adjuster->txtPerTurn.onLeave = adjuster->chkOtherWay.onClick;
+        adjuster->chkOtherWay.onClick = [this, show = adjuster->txtPerTurn.onLeave] {
+            azimuthSense_.forget();
+            elevationSense_.forget();
+            show();
+        };
     }
 }
 
@@ -103,7 +120,10 @@ void Adjusting::begin(const engine::AxisEstimate& measured) {
     beganAt_.reset();
     reading_.reset();
     number_ = 0;
-    toldDone_ = toldShift_ = false;
+    spoken_.clear();
+    toldDone_ = toldShift_ = toldUndriven_ = false;
+    azimuthSense_.forget();
+    elevationSense_.forget();
     near_ = {.RA = services_.telescope.GetTelescopeRA(), .Dec = services_.telescope.GetTelescopeDec()};
 
     form_.show();
@@ -130,6 +150,7 @@ void Adjusting::begin(const engine::AxisEstimate& measured) {
 
 void Adjusting::end() {
     ageTick_.setEnabled(false);
+    tones_.tell(std::nullopt);
     live_.reset();
     panel_.cmdNext.setEnabled(false);
     panel_.cmdSkip.setEnabled(false);
@@ -198,12 +219,19 @@ engine::Plate Adjusting::plateOf(const engine::TakenPlate& taken) {
 void Adjusting::tell(const LiveReading& reading) {
     reading_ = reading;
     finish_.add(reading, tolerance_());
+    learnBolts(reading);
     showMoves(reading);
+    if (!reading.driven && !toldUndriven_)
+        services_.log.AddToLog("The mount doesn't track: the numbers allow for it");
+    toldUndriven_ = !reading.driven;
     const std::string words = situation(reading);
     if (words != form_.lblLiveState.caption()) services_.log.AddToLog("Adjusting: " + words);
     form_.lblLiveState.setCaption(words);
     form_.cmdLock.setEnabled(finish_.last().has_value());
     form_.cmdBothTurned.setEnabled(reading.state == LiveState::kJumped);
+    const bool moves = reading.trustworthy() && reading.still && !finish_.done() && !finish_.locked();
+    speak(moves ? spokenWords(form_.azimuth.lblMove.caption() + ", " + form_.elevation.lblMove.caption())
+                : spokenWords(words));
     showAge();
 }
 
@@ -234,8 +262,11 @@ void Adjusting::showMoves(const LiveReading& reading) {
     const bool green = engine::nightVision(services_.settings);
     // The end that the operator sees: in the south the written convention speaks of the other one.
     const double angle = reading.written.ErrorAngle + (site_.latitude < 0 ? 180 : 0);
-    form_.picAdjust.setDrawing(
-        polarChart(reading.distance, angle, green ? platform::color::kDarkGreen : platform::color::kRed));
+    platform::Drawing dial =
+        polarChart(reading.distance, angle, green ? platform::color::kDarkGreen : platform::color::kRed);
+    for (platform::Shape& shape : toleranceRing(chartRange(reading.distance), tolerance_()))
+        dial.shapes.push_back(std::move(shape));
+    form_.picAdjust.setDrawing(std::move(dial));
 }
 
 std::string Adjusting::situation(const LiveReading& reading) {
@@ -258,7 +289,8 @@ std::string Adjusting::situation(const LiveReading& reading) {
     const std::string limit = shortAngle(tolerance_());
     soundOnce(finish_.done(), toldDone_);
     if (finish_.done()) return "Done: within " + limit + ". Press Lock, and tighten the bolts";
-    return reading.still ? "Not yet within " + limit : "Moving";
+    if (!reading.still) return "Moving";
+    return "Not yet within " + limit + (reading.driven ? "" : ", without tracking");
 }
 
 std::string Adjusting::lockedSituation(double shift) {
@@ -275,6 +307,35 @@ std::string Adjusting::boltText(const frmAdjust::Adjuster& adjuster, double arcM
     return turns + (wanted != adjuster.chkOtherWay.ticked() ? " clockwise" : " counter-clockwise");
 }
 
+/// By what was read before this plate; while the bolts are tightened, both move as they like.
+void Adjusting::learnBolts(const LiveReading& reading) {
+    if (!reading.trustworthy() || finish_.locked()) {
+        azimuthSense_.forget();
+        elevationSense_.forget();
+        return;
+    }
+    const double toSky = std::cos(engine::degreesToRadians(site_.latitude));
+    const double azimuth = reading.remaining.azimuth * toSky;
+    const double elevation = reading.remaining.elevation;
+    learnBolt(form_.azimuth, azimuthSense_,
+              {azimuth, elevation, reading.azimuthSigma * toSky / 60, reading.still}, "azimuth");
+    learnBolt(form_.elevation, elevationSense_,
+              {elevation, azimuth, reading.elevationSigma / 60, reading.still}, "elevation");
+}
+
+void Adjusting::learnBolt(frmAdjust::Adjuster& adjuster, BoltSense& sense, const BoltSense::Look& look,
+                          const char* name) {
+    BoltSense::Look now = look;
+    now.told = !boltText(adjuster, look.left).empty();
+    if (!sense.wrong(now)) return;
+    adjuster.chkOtherWay.setValue(adjuster.chkOtherWay.ticked() ? 0 : 1);
+    const std::string words =
+        "The " + std::string(name) + " bolt goes the other way: clockwise and counter-clockwise are swapped";
+    services_.log.AddToLog(words);
+    constexpr double kSeconds = 5;
+    services_.messages.ShowPopupMessage(words, kSeconds);
+}
+
 /// Old numbers are dimmed.
 void Adjusting::showAge() {
     constexpr int kExposures = 3;
@@ -285,6 +346,25 @@ void Adjusting::showAge() {
     for (platform::Label* label : {&form_.azimuth.lblMove, &form_.elevation.lblMove, &form_.azimuth.lblArrow,
                                    &form_.elevation.lblArrow, &form_.lblLiveTotal})
         label->setEnabled(age <= most);
+    hear();
+}
+
+/// Numbers that are dimmed, or that nobody should follow, aren't heard.
+void Adjusting::hear() {
+    const bool heard = form_.chkTones.ticked() && live_ && reading_ && reading_->trustworthy() &&
+                       !finish_.locked() && form_.azimuth.lblMove.enabled();
+    tones_.tell(heard ? std::optional(reading_->distance / tolerance_()) : std::nullopt);
+}
+
+/// Not what was said last, nor into the middle of it.
+void Adjusting::speak(const std::string& words) {
+    constexpr std::chrono::seconds kSaying{5};
+    const auto now = services_.loop.clock().sinceStart();
+    if (!say_ || !form_.chkSpoken.ticked() || words == spoken_) return;
+    if (!spoken_.empty() && now - spokenAt_ < kSaying) return;
+    spoken_ = words;
+    spokenAt_ = now;
+    say_(words);
 }
 
 void Adjusting::toggleLock() {
@@ -314,6 +394,8 @@ void Adjusting::loadBolts() {
     form_.azimuth.chkOtherWay.setValue(stored("AzimuthOtherWay", "0") == "1" ? 1 : 0);
     form_.elevation.chkOtherWay.setValue(stored("ElevationOtherWay", "0") == "1" ? 1 : 0);
     form_.chkDoneSound.setValue(stored("DoneSound", "1") == "1" ? 1 : 0);
+    form_.chkTones.setValue(stored("Tones", "0") == "1" ? 1 : 0);
+    form_.chkSpoken.setValue(stored("Spoken", "0") == "1" ? 1 : 0);
 }
 
 void Adjusting::storeBolts() {
@@ -325,6 +407,8 @@ void Adjusting::storeBolts() {
     store("AzimuthOtherWay", std::to_string(form_.azimuth.chkOtherWay.value()));
     store("ElevationOtherWay", std::to_string(form_.elevation.chkOtherWay.value()));
     store("DoneSound", std::to_string(form_.chkDoneSound.value()));
+    store("Tones", std::to_string(form_.chkTones.value()));
+    store("Spoken", std::to_string(form_.chkSpoken.value()));
 }
 
 }  // namespace vantrel::correction

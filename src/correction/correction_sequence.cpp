@@ -57,7 +57,9 @@ void CorrectionSequence::CorrectMisAlignment(double ErrorAmplitude, double Error
         panel_.lblAz.setVisible(true);
 
         indicators_.SetActiveColors(panel_.lblAz);
+        marks_.azimuthTurned = false;
         bool corrected = adjust(azimuth, ErrorAmplitude, ErrorAngle);
+        marks_.azimuthTurned = corrected;
         panel_.cmdSkip.setEnabled(true);
         Indicators::switchOff(panel_.lblAz);
         indicators_.SetActiveColors(panel_.lblAlt);

@@ -21,6 +21,8 @@ frmAdjust::frmAdjust(platform::Screen& screen)
       lblLiveState(*this, "lblLiveState", ""),
       lblAge(*this, "lblAge", ""),
       chkDoneSound(*this, "chkDoneSound", "Sound when done"),
+      chkTones(*this, "chkTones", "Tones"),
+      chkSpoken(*this, "chkSpoken", "Spoken"),
       cmdLock(*this, "cmdLock", "Lock"),
       cmdBothTurned(*this, "cmdBothTurned", "I turned both"),
       cmdMeasureAgain(*this, "cmdMeasureAgain", "Measure again"),

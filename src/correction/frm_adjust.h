@@ -26,7 +26,7 @@ class frmAdjust : public platform::Form {
     platform::Label lblLiveTotal;
     platform::Label lblLiveState;  // whether the numbers may be followed, and how the work stands
     platform::Label lblAge;
-    platform::CheckBox chkDoneSound;
+    platform::CheckBox chkDoneSound, chkTones, chkSpoken;
     platform::Button cmdLock, cmdBothTurned, cmdMeasureAgain, cmdEndAdjust;
 };
 

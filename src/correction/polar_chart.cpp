@@ -121,6 +121,12 @@ Shapes poleMarks(const ChartRange& range, const engine::Site& site) {
             Text{.x = 0.03 * n, .y = hemisphere > 0 ? 0 : kTextHeight * n, .text = "True pole"}};
 }
 
+Shapes toleranceRing(const ChartRange& range, double arcMinutes) {
+    const double radius = unitsPerArcMinute(range) * arcMinutes;
+    if (radius < kDot * range.rings || radius > kRim * range.rings) return {};
+    return {Ellipse{.major = radius, .minor = radius, .color = color::kDarkGreen}};
+}
+
 Shapes earlierDots(const ChartRange& range, std::span<const engine::PolarError> earlier, Color color) {
     constexpr std::size_t kMost = 20;
     constexpr double kNewest = 0.85;

@@ -41,6 +41,9 @@ Shapes estimateMarks(const ChartRange& range, const engine::AxisEstimate& estima
 /// latter lies below.
 Shapes poleMarks(const ChartRange& range, const engine::Site& site);
 
+/// A ring around the pole of what is good enough; none where it lies beyond the chart or within the dot.
+Shapes toleranceRing(const ChartRange& range, double arcMinutes);
+
 /// Axes of before, in the order of time: dots that fade with age.
 Shapes earlierDots(const ChartRange& range, std::span<const engine::PolarError> earlier,
                    platform::Color color);

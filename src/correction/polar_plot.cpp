@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "correction/error_plot.h"
+#include "correction/needed_tolerance.h"
 #include "correction/polar_chart.h"
 #include "engine/angles.h"
 #include "engine/indicators.h"
@@ -33,13 +34,24 @@ PolarPlot::PolarPlot(EventLoop& loop, engine::SettingsPort& settings, engine::Lo
       telescope_(telescope),
       window_(window),
       panel_(panel),
-      readout_(result, loop.clock()),
+      readout_(result, loop.clock(),
+               [&settings] { return neededTolerance(plannedPictures(settings)).arcMinutes; }),
       Timer1_(loop, kBlink) {
     Timer1_.onTick = [this] { Timer1_Tick(); };
     window_.onLoad = [this] { Form_Load(); };
     window_.onUnload = [this] { Form_Unload(); };
     window_.chkHistory.onClick = [this] { chkHistory_Click(); };
     panel_.cmdPolarPlot.onClick = [this] { window_.show(); };
+    toleranceTyped_ = result.txtTolerance.changed.subscribe([this] { drawAgain(); });
+}
+
+void PolarPlot::followTolerance() {
+    readout_.judge();
+    drawAgain();
+}
+
+void PolarPlot::drawAgain() {
+    if (plotted_) drawChart(plotted_->ErrorAmplitude * 60, plotted_->ErrorAngle);
 }
 
 void PolarPlot::clearPolarPlot() {
@@ -125,7 +137,8 @@ void PolarPlot::drawChart(double arcMinutes, double angle) {
     const Color dotColor = green ? color::kDarkGreen : color::kRed;
     const ChartRange range = chartRange(arcMinutes);
     Drawing drawing = polarChart(arcMinutes, angle, dotColor);
-    for (const Shapes& marks : {estimateMarks(range, check_.estimate), poleMarks(range, site_)})
+    for (const Shapes& marks :
+         {estimateMarks(range, check_.estimate), poleMarks(range, site_), toleranceRing(range, tolerance())})
         drawing.shapes.insert(drawing.shapes.end(), marks.begin(), marks.end());
     if (historyWanted()) drawEarlier(drawing, range, dotColor);
     if (!bad_) readout_.setDial(drawing);
@@ -175,7 +188,7 @@ bool PolarPlot::historyWanted() const {
 void PolarPlot::chkHistory_Click() {
     if (window_.chkHistory.ticked() == historyWanted()) return;
     settings_.SaveSetting("PolarAlign", "ShowHistory", std::to_string(window_.chkHistory.value()));
-    if (plotted_) drawChart(plotted_->ErrorAmplitude * 60, plotted_->ErrorAngle);
+    drawAgain();
 }
 
 /// The error's parts as the adjusters turn the axis: negative below and left of the pole.

@@ -48,6 +48,8 @@ class PolarPlot : public engine::ResultDisplayPort {
 
     /// Arc-minutes from the pole that are good enough for the operator.
     double tolerance() const { return readout_.tolerance(); }
+    /// It may be another.
+    void followTolerance();
 
     /// Blinks the units while it is enabled.
     platform::Timer& Timer1() { return Timer1_; }
@@ -56,6 +58,7 @@ class PolarPlot : public engine::ResultDisplayPort {
     void Form_Load();
     void Form_Unload();
     void Timer1_Tick();
+    void drawAgain();
     void drawChart(double arcMinutes, double angle);
     void drawEarlier(platform::Drawing& drawing, const ChartRange& range, platform::Color color);
     void showUncertainties();
@@ -72,6 +75,7 @@ class PolarPlot : public engine::ResultDisplayPort {
     ErrorPlotPanel& panel_;
     ResultReadout readout_;
     platform::Timer Timer1_;
+    platform::Subscription toleranceTyped_;
 
     // What the window shows
     std::optional<engine::PolarError> plotted_;

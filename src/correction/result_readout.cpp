@@ -69,8 +69,9 @@ std::string boltTurns(double arcMinutes, double perTurn) {
            (eighths == kEighths ? " turn" : " turns");
 }
 
-ResultReadout::ResultReadout(ResultPanel& panel, const platform::Clock& clock)
-    : panel_(panel), clock_(clock) {
+ResultReadout::ResultReadout(ResultPanel& panel, const platform::Clock& clock,
+                             std::function<std::optional<double>()> needed)
+    : panel_(panel), clock_(clock), needed_(std::move(needed)) {
     toleranceChanged_ = panel_.txtTolerance.changed.subscribe([this] { judge(); });
     judge();
 }
@@ -101,7 +102,8 @@ void ResultReadout::showFailure() {
 double ResultReadout::tolerance() const {
     constexpr double kUsual = 2;
     const double typed = platform::leadingNumber(panel_.txtTolerance.text());
-    return typed > 0 ? typed : kUsual;
+    if (typed > 0) return typed;
+    return (needed_ ? needed_() : std::nullopt).value_or(kUsual);
 }
 
 /// Good is only what two sigma leave no doubt about.

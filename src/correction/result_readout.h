@@ -2,6 +2,7 @@
 // whether the axis is within the operator's tolerance.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -26,7 +27,9 @@ std::string boltTurns(double arcMinutes, double perTurn);
 /// Shows the last measurement until the next one begins.
 class ResultReadout {
   public:
-    ResultReadout(ResultPanel& panel, const platform::Clock& clock);
+    /// `needed`: the tolerance (arc-minutes) that the operator's pictures need, where he said.
+    ResultReadout(ResultPanel& panel, const platform::Clock& clock,
+                  std::function<std::optional<double>()> needed = {});
 
     void clear();
     /// `distance` from the pole in arc-minutes, `sigma` in arc-seconds.
@@ -34,19 +37,21 @@ class ResultReadout {
     void showFailure();
     void setDial(const platform::Drawing& dial) { panel_.picDial.setDrawing(dial); }
 
-    /// Arc-minutes: the operator's, or 2 where he wrote no number above 0.
+    /// Arc-minutes: the operator's; where he wrote no number above 0, what his pictures need, else 2.
     double tolerance() const;
+    /// The tolerance may be another.
+    void judge();
 
   private:
     struct Result {
         double distance = 0;          // arc-minutes
         std::optional<double> sigma;  // arc-seconds
     };
-    void judge();
     void tellVerdict(const std::string& words, std::optional<platform::Color> lamp = std::nullopt);
 
     ResultPanel& panel_;
     const platform::Clock& clock_;
+    std::function<std::optional<double>()> needed_;
     std::optional<Result> result_;
     platform::Subscription toleranceChanged_;
 };

@@ -2,8 +2,10 @@
 
 #include <cmath>
 
+#include "correction/exact_mark.h"
 #include "engine/angles.h"
 #include "engine/simulator_exposure.h"
+#include "engine/site_air.h"
 #include "engine/waiting.h"
 #include "platform/errors.h"
 #include "platform/text.h"
@@ -19,6 +21,7 @@ struct StarPointing::Adjustment {
     const char* aborted;
     const char* solved;
     CorrectionTarget (*target)(const PointingSituation&);
+    AdjusterTurn (*turn)(const engine::PolarError&, double latitude, bool azimuthTurned);
 };
 
 std::optional<engine::PixelPosition> SkyOffsetToPixel(double ra, double dec,
@@ -30,6 +33,10 @@ std::optional<engine::PixelPosition> SkyOffsetToPixel(double ra, double dec,
     if (det == 0) return std::nullopt;
     return engine::PixelPosition{(deltaRA * plate.CD2_2 - plate.CD1_2 * deltaDec) / det + star.x,
                                  (plate.CD1_1 * deltaDec - deltaRA * plate.CD2_1) / det + star.y};
+}
+
+bool exactMarkWanted(engine::SettingsPort& settings) {
+    return platform::leadingNumber(settings.GetSetting("PolarAlign", "ExactMark", "0")) != 0;
 }
 
 double arcMinutesPerPixel(const engine::PlateSolution& plate) {
@@ -53,14 +60,16 @@ StarPointing::StarPointing(engine::RunPanel& panel, engine::RunState& state, con
       indicators_(services.settings) {}
 
 void StarPointing::PointAzCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle) {
-    pointOrAbort({"*** Az Correction ***", "Azimuth Correction Aborted !!", "Azimuth Correction Plate Solved",
-                  azimuthTarget},
-                 ErrorAmplitude, ErrorAngle);
+    pointOrAbort(
+        {"*** Az Correction ***", "Azimuth Correction Aborted !!", "Azimuth Correction Plate Solved",
+         azimuthTarget,
+         [](const engine::PolarError& error, double latitude, bool) { return azimuthTurn(error, latitude); }},
+        ErrorAmplitude, ErrorAngle);
 }
 
 void StarPointing::PointAltCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle) {
     pointOrAbort({"*** Elevation Correction ***", "Polar Align Aborted !!",
-                  "Elevation Correction Plate Solved", elevationTarget},
+                  "Elevation Correction Plate Solved", elevationTarget, elevationTurn},
                  ErrorAmplitude, ErrorAngle);
 }
 
@@ -80,15 +89,8 @@ void StarPointing::point(const Adjustment& adjustment, double ErrorAmplitude, do
     exposeAndSave();
     services_.log.AddToLog(adjustment.heading);
 
-    Indicators::switchOff(panel_.lblExpose);
-    indicators_.SetActiveColors(panel_.lblSolve);
-    check();
-    state_.ExposureRA = situation.telescopeRA;
-    state_.ExposureDec = situation.telescopeDec;
-    state_.SpiralSearchAllowed = false;
-    state_.WholeSkyAllowed = false;
-    const auto plate = services_.solver.SolvePlate(engine::kSavedImage, 0, 0);
-    if (!state_.PlateSolved || !plate) throw Ended{};
+    const auto plate = solve({.RA = situation.telescopeRA, .Dec = situation.telescopeDec});
+    if (!plate) throw Ended{};
     services_.log.AddToLog(adjustment.solved);
 
     situation.plateRA = plate->ra;
@@ -100,10 +102,19 @@ void StarPointing::point(const Adjustment& adjustment, double ErrorAmplitude, do
     check();
     findStar();
     check();
-    if (LocateTargetOnImage(target.moveTo, *plate))
+    const bool exact = exactMarkWanted(services_.settings);
+    const AdjusterTurn turn = adjustment.turn({.ErrorAmplitude = ErrorAmplitude, .ErrorAngle = ErrorAngle},
+                                              situation.latitude, marks_.azimuthTurned);
+    const auto star = exact ? starPlace(*plate) : std::nullopt;
+    const auto mark = exact ? exactPixel(*plate, star, turn)
+                            : SkyOffsetToPixel(NormalizeRAHours(target.moveTo.RA), target.moveTo.Dec, *plate,
+                                               {marks_.StarX, marks_.StarY});
+    if (LocateTargetOnImage(mark)) {
         drawPath();
-    else
+    } else {
         slewInstead(target);
+        if (star) markAfterSlew(target.moveTo, *star, turn);
+    }
     Indicators::switchOff(panel_.lblSlew);
     services_.loop.yield();
 }
@@ -135,6 +146,18 @@ void StarPointing::exposeAndSave() {
     services_.camera.SaveImageToFile(engine::kSavedImage);
 }
 
+std::optional<engine::PlateSolution> StarPointing::solve(const engine::EquatorialPosition& near) {
+    Indicators::switchOff(panel_.lblExpose);
+    indicators_.SetActiveColors(panel_.lblSolve);
+    check();
+    state_.ExposureRA = near.RA;
+    state_.ExposureDec = near.Dec;
+    state_.SpiralSearchAllowed = false;
+    state_.WholeSkyAllowed = false;
+    const auto plate = services_.solver.SolvePlate(engine::kSavedImage, 0, 0);
+    return state_.PlateSolved ? plate : std::nullopt;
+}
+
 void StarPointing::findStar() {
     exposures_.SimpleShortExpose();
     check();
@@ -145,12 +168,31 @@ void StarPointing::findStar() {
                            ", Brightest Star Y = " + formatNumber(marks_.StarY, "0"));
 }
 
-/// True, with the cross hair drawn, when the target lies in the central 80 % of the image.
-bool StarPointing::LocateTargetOnImage(const engine::EquatorialPosition& moveTo,
-                                       const engine::PlateSolution& plate) {
+/// As the plate shows the sky now, at the image's size.
+std::optional<PicturedSky> StarPointing::pictured(const engine::PlateSolution& plate) {
     const auto [width, height] = image_.access().size();
-    const auto pixel =
-        SkyOffsetToPixel(NormalizeRAHours(moveTo.RA), moveTo.Dec, plate, {marks_.StarX, marks_.StarY});
+    return PicturedSky::of(plate, {width / 2.0, height / 2.0}, services_.telescope.SiderealTime());
+}
+
+std::optional<engine::EquatorialPosition> StarPointing::starPlace(const engine::PlateSolution& plate) {
+    const auto picture = pictured(plate);
+    if (!picture) return std::nullopt;
+    return picture->place(picture->direction(engine::PixelPosition{marks_.StarX, marks_.StarY}));
+}
+
+std::optional<engine::PixelPosition> StarPointing::exactPixel(
+    const engine::PlateSolution& plate, const std::optional<engine::EquatorialPosition>& star,
+    const AdjusterTurn& turn) {
+    const auto picture = pictured(plate);
+    if (!picture || !star) return std::nullopt;
+    const engine::Site site{.latitude = services_.telescope.SiteLatitude(),
+                            .air = engine::siteAir(services_.settings, services_.telescope)};
+    return exactMark(*picture, picture->direction(*star), turn, site);
+}
+
+/// True, with the cross hair drawn, when the target lies in the central 80 % of the image.
+bool StarPointing::LocateTargetOnImage(const std::optional<engine::PixelPosition>& pixel) {
+    const auto [width, height] = image_.access().size();
     if (!pixel) return false;
     marks_.TargetX = pixel->x;
     marks_.TargetY = pixel->y;
@@ -180,10 +222,38 @@ void StarPointing::slewInstead(const CorrectionTarget& target) {
     services_.telescope.SlewToCoordinates(ra, dec);
 }
 
-void StarPointing::drawPath() {
-    services_.log.AddToLog("Star is on Plate");
+/// A slew goes as exactly as the mount does; a picture of the place where it ended says where the mark is
+/// there. Without a solution the mark stays.
+void StarPointing::markAfterSlew(const engine::EquatorialPosition& moveTo,
+                                 const engine::EquatorialPosition& star, const AdjusterTurn& turn) {
+    check();
+    Indicators::switchOff(panel_.lblSlew);
+    indicators_.SetActiveColors(panel_.lblExpose);
+    exposeAndSave();
+    const auto plate = solve({.RA = NormalizeRAHours(moveTo.RA), .Dec = moveTo.Dec});
+    Indicators::switchOff(panel_.lblSolve);
+    if (plate) {
+        const auto [width, height] = image_.access().size();
+        const auto pixel = exactPixel(*plate, star, turn);
+        if (pixel && pixel->x >= 0 && pixel->x <= width && pixel->y >= 0 && pixel->y <= height) {
+            marks_.TargetX = pixel->x;
+            marks_.TargetY = pixel->y;
+            marks_.arcMinutesPerPixel = arcMinutesPerPixel(*plate);
+            tellTarget();
+            return;
+        }
+    }
+    services_.log.AddToLog("No plate after the slew: the mark stays where the star was");
+}
+
+void StarPointing::tellTarget() {
     services_.log.AddToLog("Target X = " + formatNumber(marks_.TargetX, "0") +
                            ", Target Y = " + formatNumber(marks_.TargetY, "0"));
+}
+
+void StarPointing::drawPath() {
+    services_.log.AddToLog("Star is on Plate");
+    tellTarget();
     overlays_.DrawLineOnImage(platform::toInt32(marks_.StarX), platform::toInt32(marks_.StarY),
                               platform::toInt32(marks_.TargetX), platform::toInt32(marks_.TargetY));
     Indicators::switchOff(panel_.lblSolve);

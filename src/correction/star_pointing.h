@@ -3,6 +3,7 @@
 
 #include "correction/correction_marks.h"
 #include "correction/correction_target.h"
+#include "correction/exact_mark.h"
 #include "correction/open_image.h"
 #include "correction/star_finder.h"
 #include "engine/indicators.h"
@@ -23,6 +24,9 @@ std::optional<engine::PixelPosition> SkyOffsetToPixel(double ra, double dec,
 /// How much of the sky a pixel shows on the average of both directions; 0 when the matrix doesn't tell.
 double arcMinutesPerPixel(const engine::PlateSolution& plate);
 
+/// Whether the operator chose marks by full rotations instead.
+bool exactMarkWanted(engine::SettingsPort& settings);
+
 class StarPointing {
   public:
     StarPointing(engine::RunPanel& panel, engine::RunState& state, const engine::Services& services,
@@ -30,9 +34,10 @@ class StarPointing {
                  StarFinder& starFinder, CorrectionMarks& marks);
 
     /// Both expose, solve, compute the target and mark it; when it lies off the image they mark the star and
-    /// slew the telescope instead. Errors (degrees) are those of the last measurement. CorrectionPointed
-    /// tells whether they got to their end: a stop ends them wherever it falls, and nothing slews after it.
-    /// OperationError leaves them when an exposure's setting isn't a number.
+    /// slew the telescope instead; an exact mark is made anew after the slew. Errors (degrees) are those of
+    /// the last measurement. CorrectionPointed tells whether they got to their end: a stop ends them wherever
+    /// it falls, and nothing slews after it. OperationError leaves them when an exposure's setting isn't a
+    /// number.
     void PointAzCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle);
     void PointAltCorrectionAllignmentStar(double ErrorAmplitude, double ErrorAngle);
 
@@ -44,9 +49,18 @@ class StarPointing {
     PointingSituation readSituation(double ErrorAmplitude, double ErrorAngle);
     void exposeAndSave();
     void findStar();
-    bool LocateTargetOnImage(const engine::EquatorialPosition& moveTo, const engine::PlateSolution& plate);
+    std::optional<engine::PlateSolution> solve(const engine::EquatorialPosition& near);
+    std::optional<PicturedSky> pictured(const engine::PlateSolution& plate);
+    std::optional<engine::EquatorialPosition> starPlace(const engine::PlateSolution& plate);
+    std::optional<engine::PixelPosition> exactPixel(const engine::PlateSolution& plate,
+                                                    const std::optional<engine::EquatorialPosition>& star,
+                                                    const AdjusterTurn& turn);
+    bool LocateTargetOnImage(const std::optional<engine::PixelPosition>& pixel);
     void slewInstead(const CorrectionTarget& target);
+    void markAfterSlew(const engine::EquatorialPosition& moveTo, const engine::EquatorialPosition& star,
+                       const AdjusterTurn& turn);
     void drawPath();
+    void tellTarget();
     void check();
 
     engine::RunPanel& panel_;

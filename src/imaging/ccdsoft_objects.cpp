@@ -105,10 +105,10 @@ CCDSoftImage::CCDSoftImage(CCDSoftProgram& program, sky::CatalogSource stars)
     addFile();
 }
 
-ImageDocument& CCDSoftImage::document() const {
+const OpenDocuments::Ref& CCDSoftImage::opened() const {
     if (!document_) throw std::runtime_error("The object is not attached to an image");
     if (!bench_.documents.isOpen(document_)) throw std::runtime_error("The image was closed");
-    return *document_;
+    return document_;
 }
 
 void CCDSoftImage::attach() {
@@ -124,12 +124,12 @@ void CCDSoftImage::addAttaching() {
             return Value();
         });
     method("SetActive", [this](const Arguments&) {
-        document();
+        opened();
         bench_.documents.activate(document_);
         return Value();
     });
     method("Close", [this](const Arguments&) {
-        document();
+        opened();
         bench_.documents.close(document_);
         return Value();
     });
@@ -141,7 +141,7 @@ void CCDSoftImage::addPixels() {
     property(
         "DataArray", [this] { return Value(document().pixels); },
         [this](const Value& value) {
-            document();
+            opened();
             const platform::ImageRef pixels = value.toImage();
             if (!pixels || pixels->width() * pixels->height() == 0)
                 throw std::runtime_error("DataArray is empty");
@@ -169,11 +169,18 @@ void CCDSoftImage::addHeader() {
             scale_ = scale;
         });
     method("InsertWCS", [this](const Arguments&) {
-        ImageDocument& image = document();
-        for (fits::FitsCard& card : linkImage(image, scale_, *stars_(), bench_.loop.clock()))
-            setHeaderCard(image, std::move(card));
+        insertWcs();
         return Value();
     });
+}
+
+void CCDSoftImage::insertWcs() {
+    const OpenDocuments::Ref image = opened();
+    std::vector<fits::FitsCard> cards;
+    bench_.background.await([&, asked = *image, scale = scale_, stars = stars_()] {
+        cards = linkImage(asked, scale, *stars, bench_.loop.clock());
+    });
+    for (fits::FitsCard& card : cards) setHeaderCard(*image, std::move(card));
 }
 
 void CCDSoftImage::addFile() {
@@ -181,7 +188,7 @@ void CCDSoftImage::addFile() {
         "Path", [this] { return Value(path_); }, [this](const Value& value) { path_ = value.toText(); });
     method("Save", [this](const Arguments&) {
         if (path_.empty()) throw std::runtime_error("The image has no path to be saved under");
-        saveDocument(document(), bench_.folders, path_);
+        saveInBackground(opened(), bench_, path_);
         return Value();
     });
 }

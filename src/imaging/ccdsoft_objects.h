@@ -28,8 +28,11 @@ class CCDSoftImage : public ProgramObject {
     CCDSoftImage(CCDSoftProgram& program, sky::CatalogSource stars);
 
   private:
-    ImageDocument& document() const;
+    /// Throws std::runtime_error unless it is attached to an open one.
+    const OpenDocuments::Ref& opened() const;
+    ImageDocument& document() const { return *opened(); }
     void attach();
+    void insertWcs();
     void addAttaching();
     void addPixels();
     void addHeader();

@@ -38,15 +38,25 @@ FitsCard::Value cardValue(const std::string& keyword, const Value& value) {
         value.held());
 }
 
-}  // namespace
-
-void saveDocument(ImageDocument& document, const platform::FolderMap& folders, const std::string& path) {
+void write(const ImageDocument& document, const platform::FolderMap& folders, const std::string& path) {
     try {
         fits::writeFits(folders.real(withEnding(path)), *document.pixels, document.header);
     } catch (const fits::FitsError& error) {
         throw std::runtime_error("The image could not be saved as " + path + ": " + error.what());
     }
+}
+
+}  // namespace
+
+void saveDocument(ImageDocument& document, const platform::FolderMap& folders, const std::string& path) {
+    write(document, folders, path);
     document.modified = false;
+}
+
+void saveInBackground(OpenDocuments::Ref document, const ImagingBench& bench, const std::string& path) {
+    const ImageDocument asked = *document;
+    bench.background.await([&] { write(asked, bench.folders, path); });
+    if (document->pixels == asked.pixels) document->modified = false;
 }
 
 Value headerValue(const ImageDocument& document, const std::string& keyword) {

@@ -3,14 +3,15 @@
 
 #include <string>
 
-#include "imaging/open_documents.h"
-#include "platform/folder_map.h"
+#include "imaging/imaging_program.h"
 
 namespace vantrel::imaging {
 
 /// Saves the image, marks included, as FITS; a file that is there is replaced, folders are not made. A name
-/// without an ending gets ".fit". Throws std::runtime_error that names the path.
+/// without an ending gets ".fit". Throws std::runtime_error that names the path. saveInBackground lets the
+/// window live on meanwhile.
 void saveDocument(ImageDocument& document, const platform::FolderMap& folders, const std::string& path);
+void saveInBackground(OpenDocuments::Ref document, const ImagingBench& bench, const std::string& path);
 
 /// The header's value under the keyword; empty when there is none.
 platform::Value headerValue(const ImageDocument& document, const std::string& keyword);

@@ -38,8 +38,9 @@ void addMissing(std::vector<fits::FitsCard>& header, const std::vector<fits::Fit
 
 }  // namespace
 
-ImagingCamera::ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware, Beside beside)
-    : loop_(loop), hardware_(hardware), beside_(std::move(beside)) {}
+ImagingCamera::ImagingCamera(platform::EventLoop& loop, platform::Background& background,
+                             platform::CameraHardware& hardware, Beside beside)
+    : loop_(loop), background_(background), hardware_(hardware), beside_(std::move(beside)) {}
 
 ImagingCamera::~ImagingCamera() { hardware_.onProgress = nullptr; }
 
@@ -66,6 +67,7 @@ void ImagingCamera::start(const ExposureOrder& order, Delivery delivery) {
         requireBetween("The filter", *order.filter, 0, static_cast<double>(camera.filters.size()) - 1);
     requireInside(order, camera);
     watch_.reset();
+    reading_.reset();
     failure_.reset();
     cards_ = beside_ ? beside_() : std::vector<fits::FitsCard>();
     delivery_ = std::move(delivery);
@@ -79,6 +81,7 @@ void ImagingCamera::start(const ExposureOrder& order, Delivery delivery) {
 void ImagingCamera::abort() {
     if (!busy()) return;
     watch_.reset();
+    reading_.reset();
     failure_.emplace(kAborted, "", "The exposure was aborted");
     hardware_.abort();
 }
@@ -87,24 +90,50 @@ void ImagingCamera::requireSuccess() const {
     if (failure_) throw *failure_;
 }
 
-/// Also the failure of a picture that can't be read is the exposure's.
 void ImagingCamera::look() {
     using Progress = platform::CameraHardware::Progress;
     const Progress progress = hardware_.progress();
-    if (!busy() || progress == Progress::kExposing || progress == Progress::kDownloading) return;
+    if (!watch_ || progress == Progress::kExposing || progress == Progress::kDownloading) return;
     watch_.reset();
-    try {
-        deliver();
-    } catch (const std::exception& error) {
-        failure_.emplace(platform::error_number::kDriverException, "", error.what());
-    }
+    attempt([this] { read(); });
 }
 
-void ImagingCamera::deliver() {
-    Picture picture = pictureOf(hardware_.take());
+/// What came as a file takes its time.
+void ImagingCamera::read() {
+    auto taken = std::make_shared<platform::TakenPicture>(hardware_.take());
+    if (!std::holds_alternative<platform::FitsBytes>(*taken)) return deliver(pictureOf(std::move(*taken)));
+    const auto picture = std::make_shared<Picture>();
+    const auto failure = std::make_shared<std::string>();
+    reading_ = background_.run(
+        [=] {
+            try {
+                *picture = pictureOf(std::move(*taken));
+            } catch (const std::exception& error) {
+                *failure = error.what();
+            }
+        },
+        [=, this] {
+            const platform::BackgroundWork ended = std::move(reading_);
+            attempt([&] {
+                if (picture->pixels == nullptr) throw std::runtime_error(*failure);
+                deliver(std::move(*picture));
+            });
+        });
+}
+
+void ImagingCamera::deliver(Picture picture) {
     addMissing(picture.header, cards_);
     const Delivery delivery = std::move(delivery_);
     if (delivery) delivery(std::move(picture));
+}
+
+template <typename Step>
+void ImagingCamera::attempt(Step&& step) {
+    try {
+        step();
+    } catch (const std::exception& error) {
+        failure_.emplace(platform::error_number::kDriverException, "", error.what());
+    }
 }
 
 }  // namespace vantrel::imaging

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "imaging/picture.h"
+#include "platform/background.h"
 #include "platform/camera_hardware.h"
 #include "platform/errors.h"
 #include "platform/event_loop.h"
@@ -31,7 +32,8 @@ class ImagingCamera {
     using Beside = std::function<std::vector<fits::FitsCard>()>;
 
     /// The only one of that hardware, which must outlive it.
-    ImagingCamera(platform::EventLoop& loop, platform::CameraHardware& hardware, Beside beside = {});
+    ImagingCamera(platform::EventLoop& loop, platform::Background& background,
+                  platform::CameraHardware& hardware, Beside beside = {});
     ~ImagingCamera();
     ImagingCamera(const ImagingCamera&) = delete;
     ImagingCamera& operator=(const ImagingCamera&) = delete;
@@ -51,7 +53,7 @@ class ImagingCamera {
     /// Gives the exposure up. Nothing when there is none.
     void abort();
 
-    bool busy() const { return watch_ != nullptr; }
+    bool busy() const { return watch_ != nullptr || reading_ != nullptr; }
     /// Throws the OperationError that the last exposure ended with, if it was aborted or failed.
     void requireSuccess() const;
 
@@ -59,15 +61,21 @@ class ImagingCamera {
 
   private:
     void look();
-    void deliver();
+    void read();
+    void deliver(Picture picture);
+    /// What goes wrong from here on is the exposure's failure.
+    template <typename Step>
+    void attempt(Step&& step);
 
     platform::EventLoop& loop_;
+    platform::Background& background_;
     platform::CameraHardware& hardware_;
     Beside beside_;
     std::vector<fits::FitsCard> cards_;  // of the exposure under way, beside the camera's own
     std::string holder_;                 // empty: nobody
     Delivery delivery_;
-    platform::TimerHandle watch_;  // while an exposure is under way
+    platform::TimerHandle watch_;       // while an exposure is under way
+    platform::BackgroundWork reading_;  // while its picture is
     std::optional<platform::OperationError> failure_;
 };
 

@@ -7,6 +7,7 @@
 
 #include "imaging/imaging_camera.h"
 #include "imaging/open_documents.h"
+#include "platform/background.h"
 #include "platform/desktop_windows.h"
 #include "platform/dispatch_object.h"
 #include "platform/folder_map.h"
@@ -16,6 +17,7 @@ namespace vantrel::imaging {
 /// What both programs share. All of it must outlive them.
 struct ImagingBench {
     platform::EventLoop& loop;
+    platform::Background& background;
     const platform::FolderMap& folders;
     platform::DesktopWindows& desktop;
     std::reference_wrapper<ImagingCamera> camera;

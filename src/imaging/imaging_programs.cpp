@@ -6,13 +6,13 @@
 
 namespace vantrel::imaging {
 
-ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, const platform::FolderMap& folders,
-                                 platform::DesktopWindows& desktop, platform::CameraHardware& camera,
-                                 sky::CatalogSource stars)
+ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, platform::Background& background,
+                                 const platform::FolderMap& folders, platform::DesktopWindows& desktop,
+                                 platform::CameraHardware& camera, sky::CatalogSource stars)
     : stars_(std::move(stars)),
       shared_(camera),
-      camera_(loop, shared_),
-      bench_{loop, folders, desktop, camera_, documents_},
+      camera_(loop, background, shared_),
+      bench_{loop, background, folders, desktop, camera_, documents_},
       maxIm_(bench_),
       ccdSoft_(bench_),
       builtIn_(bench_) {}
@@ -20,8 +20,9 @@ ImagingPrograms::ImagingPrograms(platform::EventLoop& loop, const platform::Fold
 void ImagingPrograms::useCamera(std::shared_ptr<platform::CameraHardware> hardware,
                                 ImagingCamera::Beside beside) {
     if (hardware == real_) return;
-    auto next =
-        hardware ? std::make_unique<ImagingCamera>(bench_.loop, *hardware, std::move(beside)) : nullptr;
+    auto next = hardware ? std::make_unique<ImagingCamera>(bench_.loop, bench_.background, *hardware,
+                                                           std::move(beside))
+                         : nullptr;
     builtIn_.useCamera(next ? *next : camera_);
     realCamera_ = std::move(next);
     real_ = std::move(hardware);

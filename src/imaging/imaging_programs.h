@@ -15,9 +15,9 @@ class ImagingPrograms {
   public:
     /// All that is given must outlive this. The camera is everybody's, unless the built-in camera program is
     /// given another.
-    ImagingPrograms(platform::EventLoop& loop, const platform::FolderMap& folders,
-                    platform::DesktopWindows& desktop, platform::CameraHardware& camera,
-                    sky::CatalogSource stars);
+    ImagingPrograms(platform::EventLoop& loop, platform::Background& background,
+                    const platform::FolderMap& folders, platform::DesktopWindows& desktop,
+                    platform::CameraHardware& camera, sky::CatalogSource stars);
 
     /// Registers the classes, with servers in the folder (which ends with a backslash), and the programs
     /// behind these. Creating an object starts its program.

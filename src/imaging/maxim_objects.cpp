@@ -77,7 +77,7 @@ void MaxImCamera::addExposure() {
     method("SaveImage", [this](const Arguments& arguments) {
         const OpenDocuments::Ref shown = program_.bench().documents.current();
         if (!shown) throw std::runtime_error("There is no image to save");
-        saveDocument(*shown, program_.bench().folders, argument(arguments, 0).toText());
+        saveInBackground(shown, program_.bench(), argument(arguments, 0).toText());
         return Value(true);
     });
 }
@@ -117,9 +117,9 @@ ObjectRef MaxImDocument::current(MaxImProgram& program) {
     return std::make_shared<MaxImDocument>(program, std::move(shown));
 }
 
-ImageDocument& MaxImDocument::document() const {
+const OpenDocuments::Ref& MaxImDocument::opened() const {
     if (!bench_.documents.isOpen(document_)) throw std::runtime_error("The image was closed");
-    return *document_;
+    return document_;
 }
 
 void MaxImDocument::addPixels() {
@@ -128,7 +128,7 @@ void MaxImDocument::addPixels() {
     property(
         "ImageArray", [this] { return Value(document().pixels); },
         [this](const Value& value) {
-            document();
+            opened();
             const platform::ImageRef pixels = value.toImage();
             if (!pixels || pixels->width() * pixels->height() == 0)
                 throw std::runtime_error("ImageArray is empty");
@@ -153,7 +153,7 @@ void MaxImDocument::addStretch() {
 void MaxImDocument::addFile() {
     property("Modified", [this] { return Value(document().modified); });
     method("SaveFile", [this](const Arguments& arguments) {
-        saveDocument(document(), bench_.folders, argument(arguments, 0).toText());
+        saveInBackground(opened(), bench_, argument(arguments, 0).toText());
         return Value(true);
     });
     method("GetFITSKey", [this](const Arguments& arguments) {
@@ -164,7 +164,7 @@ void MaxImDocument::addFile() {
         return Value();
     });
     method("Close", [this](const Arguments&) {
-        document();
+        opened();
         bench_.documents.close(document_);
         return Value();
     });

@@ -38,7 +38,9 @@ class MaxImDocument : public ProgramObject {
     static platform::ObjectRef current(MaxImProgram& program);
 
   private:
-    ImageDocument& document() const;
+    /// Throws std::runtime_error once it was closed.
+    const OpenDocuments::Ref& opened() const;
+    ImageDocument& document() const { return *opened(); }
     void addPixels();
     void addStretch();
     void addFile();

@@ -31,15 +31,17 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
       folders_(folders),
       seams_(std::move(seams)),
       noise_(seed),
-      scopeSim_(std::make_shared<TelescopeDevice>(loop, noise_)) {
+      scopeSim_(std::make_shared<TelescopeDevice>(loop, noise_)),
+      ownBackground_(loop),
+      background_(seams_.background != nullptr ? *seams_.background : ownBackground_) {
     if (!seams_.profile) seams_.profile = std::make_shared<platform::MemorySettings>();
     if (!seams_.stars) seams_.stars = [] { return sky::TychoCatalog::openBuiltIn(); };
     axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, noise_, seams_.stars);
     scopeSimCamera_ = std::make_unique<Camera>(scopeSim_->mount, noise_, seams_.stars);
-    simulatedCamera_ = std::make_unique<SimulatedCamera>(loop_, pictures());
+    simulatedCamera_ = std::make_unique<SimulatedCamera>(loop_, background_, pictures());
     imaging_ = std::make_unique<imaging::ImagingPrograms>(
-        loop_, folders_, seams_.desktop != nullptr ? *seams_.desktop : ownDesktop_, *simulatedCamera_,
-        seams_.stars);
+        loop_, background_, folders_, seams_.desktop != nullptr ? *seams_.desktop : ownDesktop_,
+        *simulatedCamera_, seams_.stars);
     axisSimulator_->onPicture = [this](const imaging::Picture& picture) {
         imaging::showPicture(imaging_->documents(), picture);
     };
@@ -56,7 +58,7 @@ PictureSource Observatory::pictures() {
 }
 
 /// A sky that stands still under a real mount would be measured, and mean nothing.
-imaging::Picture Observatory::expose(const Shot& shot) {
+LatentPicture Observatory::expose(const Shot& shot) {
     if (seams_.mountIsReal && seams_.mountIsReal())
         throw std::runtime_error(
             "The simulated camera doesn't see a real mount's sky: choose the built-in camera program and a "
@@ -121,7 +123,7 @@ void Observatory::installSolver(platform::ClassRegistry& classes) {
                                             loop_.yield();
                                             return !seams_.stopping || !seams_.stopping();
                                         }};
-        return std::make_shared<solver::PinPointPlate>(loop_.clock(), folders_, seams_.stars,
+        return std::make_shared<solver::PinPointPlate>(loop_.clock(), background_, folders_, seams_.stars,
                                                        std::move(network), [this] { return patterns(); });
     };
     classes.install("PinPoint.Plate", {create, std::string(kFolder) + "PinPoint.dll", "", ""});
@@ -129,10 +131,12 @@ void Observatory::installSolver(platform::ClassRegistry& classes) {
 
 /// Read, or made, when the first plate is searched over the sky.
 std::shared_ptr<const solver::StarPatterns> Observatory::patterns() {
-    if (!patterns_)
-        patterns_ = solver::patternsOf(*sky::TychoCatalog::openBuiltIn(), seams_.downloadCache,
-                                       [](const std::string&) {});
-    return patterns_;
+    if (patterns_) return patterns_;
+    std::shared_ptr<const solver::StarPatterns> patterns;
+    background_.await([&, cache = seams_.downloadCache] {
+        patterns = solver::patternsOf(*sky::TychoCatalog::openBuiltIn(), cache, [](const std::string&) {});
+    });
+    return patterns_ = patterns;
 }
 
 }  // namespace vantrel::observatory

@@ -13,6 +13,7 @@
 #include "observatory/telescopes/noise.h"
 #include "observatory/telescopes/simulated_camera.h"
 #include "observatory/telescopes/telescope_driver.h"
+#include "platform/background.h"
 #include "platform/class_registry.h"
 #include "platform/desktop_windows.h"
 #include "platform/event_loop.h"
@@ -24,7 +25,8 @@ namespace vantrel::observatory {
 
 /// Where the observatory needs somebody's answer or a place to keep things. All may be left out: choosers are
 /// then cancelled, setup dialogs close at once, the profile forgets, the stars are the built-in catalogue's,
-/// and the programs' windows stand on a desktop of the observatory's own.
+/// the programs' windows stand on a desktop of the
+/// observatory's own, and long work is done in the loop.
 struct ObservatorySeams {
     helpers::ChooserDialog chooser;
     std::function<void()> beforeChoosing;  ///< finds drivers that aren't known yet
@@ -33,6 +35,7 @@ struct ObservatorySeams {
     std::shared_ptr<platform::SettingsRoot> profile;
     sky::CatalogSource stars;
     platform::DesktopWindows* desktop = nullptr;
+    platform::Background* background = nullptr;  ///< for what takes the processor long
     /// Without them catalogues of the network can't be asked.
     std::shared_ptr<catalogs::Downloads> downloads;
     std::filesystem::path downloadCache;  ///< folder for what was downloaded; empty keeps nothing
@@ -66,7 +69,7 @@ class Observatory {
     void installSolver(platform::ClassRegistry& classes);
     std::shared_ptr<const solver::StarPatterns> patterns();
     PictureSource pictures();
-    imaging::Picture expose(const Shot& shot);
+    LatentPicture expose(const Shot& shot);
 
     platform::EventLoop& loop_;
     const platform::FolderMap& folders_;
@@ -77,6 +80,8 @@ class Observatory {
     std::unique_ptr<Camera> scopeSimCamera_;
     std::unique_ptr<SimulatedCamera> simulatedCamera_;
     platform::DesktopWindows ownDesktop_;
+    platform::BackgroundOfLoop ownBackground_;
+    platform::Background& background_;
     std::unique_ptr<imaging::ImagingPrograms> imaging_;
     std::shared_ptr<const solver::StarPatterns> patterns_;
 };

@@ -51,6 +51,9 @@ class Desktop {
     /// Makes itself heard, where it can.
     virtual void beep() {}
 
+    /// Speaks, where something here can; returns at once.
+    virtual void say(const std::string& /*words*/) {}
+
     /// Puts a text on the clipboard; false where there is none.
     virtual bool copyText(const std::string& /*text*/) { return false; }
 

@@ -35,18 +35,21 @@ const DispatchObject::Member& DispatchObject::find(const std::string& member) co
 }
 
 Value DispatchObject::get(const std::string& member, const Arguments& arguments) {
+    const auto alive = weak_from_this().lock();
     const Member& found = find(member);
     if (!found.getter) throw noSuchMember(className_);
     return guarded(className_, [&] { return found.getter(arguments); });
 }
 
 void DispatchObject::put(const std::string& member, const Value& value, const Arguments& arguments) {
+    const auto alive = weak_from_this().lock();
     const Member& found = find(member);
     if (!found.setter) throw noSuchMember(className_);
     guarded(className_, [&] { found.setter(value, arguments); });
 }
 
 Value DispatchObject::call(const std::string& member, const Arguments& arguments) {
+    const auto alive = weak_from_this().lock();
     const Member& found = find(member);
     if (!found.method) throw noSuchMember(className_);
     return guarded(className_, [&] { return found.method(arguments); });

@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QPainter>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QUrl>
 #include <system_error>
 
@@ -58,6 +59,15 @@ std::filesystem::path QtDesktop::shownFor(const std::string& file) const {
 }
 
 void QtDesktop::beep() { QApplication::beep(); }
+
+/// By the desktop's speech service, whose client comes with it.
+void QtDesktop::say(const std::string& words) {
+    const QString client = QStandardPaths::findExecutable(QStringLiteral("spd-say"));
+    if (client.isEmpty()) return;
+    QProcess::startDetached(client, {QStringLiteral("--application-name"), QStringLiteral("vantrel"),
+                                     QStringLiteral("--language"), QStringLiteral("en"), QStringLiteral("--"),
+                                     QString::fromStdString(words)});
+}
 
 bool QtDesktop::copyText(const std::string& text) {
     QGuiApplication::clipboard()->setText(QString::fromStdString(text));

@@ -16,6 +16,7 @@ class QtDesktop : public platform::UserDesktop {
     /// any.
     std::filesystem::path shownFor(const std::string& file) const override;
     void beep() override;
+    void say(const std::string& words) override;
     bool copyText(const std::string& text) override;
     bool copyDial(const platform::Drawing& drawing) override;
     std::string pngOfDial(const platform::Drawing& drawing) const override;

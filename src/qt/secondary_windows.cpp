@@ -12,11 +12,13 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <map>
 #include <stdexcept>
 
+#include "qt/big_digits.h"
 #include "qt/gauge_bar.h"
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
@@ -277,12 +279,17 @@ AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindo
     auto* const page = new QVBoxLayout(&scrolledPage());
     page->addWidget(state);
     page->addLayout(columns, 1);
-    page->addWidget(named<QCheckBox>("chkDoneSound"));
+    page->addLayout(
+        row({named<QCheckBox>("chkDoneSound"), named<QCheckBox>("chkTones"), named<QCheckBox>("chkSpoken")},
+            true));
     auto* const buttons = new QHBoxLayout;
     for (const char* name : {"cmdLock", "cmdBothTurned", "cmdMeasureAgain", "cmdEndAdjust"})
         buttons->addWidget(bigButton(name));
     page->addLayout(buttons);
     bind();
+    auto* const digits = new BigDigits(dynamic_cast<correction::frmAdjust&>(form), *this);
+    connect(new QShortcut(QKeySequence("F11"), this), &QShortcut::activated, digits,
+            [digits] { digits->toggle(); });
 }
 
 HistoryWindow::HistoryWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
@@ -518,6 +525,39 @@ DevicesWindow::DevicesWindow(platform::Form& form, const Front& front) : FormWin
     column->addWidget(group("Alpaca", alpaca));
     column->addWidget(group(Text::tr("Camera"), camera));
     column->addWidget(named<QCheckBox>("chkAbortSlewOnStop"));
+    column->addStretch();
+    QPushButton* const ok = button("cmdOK");
+    column->addLayout(row({ok}));
+    answerWithEnter(*ok);
+    bind();
+}
+
+// ---- Options ----
+
+OptionsWindow::OptionsWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
+    auto* const brightness = named<QComboBox>("cmbNightBrightness");
+    brightness->setAccessibleName(inWords(form.name(), form.find("cmbNightBrightness")->toolTip()));
+    auto* const pictures = new FieldGrid;
+    constexpr int kNumber = 6;
+    pictures->addField(Text::tr("Exposure"), field("txtPictureExposure", kNumber), "s");
+    pictures->addRow(named<QCheckBox>("chkPictureGuided"));
+    pictures->addField(Text::tr("Declination"), field("txtPictureDeclination", kNumber), "°");
+    pictures->addField(Text::tr("Guide star to corner"), field("txtFromGuideStar", kNumber), "°");
+    auto* const needed = named<QLabel>("lblNeededTolerance");
+    needed->setWordWrap(true);
+    needed->setMinimumWidth(needed->fontMetrics().averageCharWidth() * 44);
+    needed->setMinimumHeight(needed->fontMetrics().lineSpacing() * 2);
+    needed->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    pictures->addRow(needed);
+
+    auto* const column = new QVBoxLayout(&scrolledPage());
+    column->addWidget(named<QCheckBox>("chkImagingSWVersionCheck"));
+    column->addWidget(named<QCheckBox>("chkGreenColors"));
+    column->addWidget(brightness);
+    for (const char* name :
+         {"chkEnableRestoreImagingSW", "chkLeastSquares", "chkClosingPlate", "chkExactMark"})
+        column->addWidget(named<QCheckBox>(name));
+    column->addWidget(group(Text::tr("The pictures you align for"), pictures));
     column->addStretch();
     QPushButton* const ok = button("cmdOK");
     column->addLayout(row({ok}));

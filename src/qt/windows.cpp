@@ -21,6 +21,7 @@ std::unique_ptr<FormWindow> windowFor(platform::Form& form, const Front& front) 
     if (form.name() == "frmSolvePicture") return std::make_unique<SolvePictureWindow>(form, front);
     if (form.name() == "frmWelcome") return std::make_unique<WelcomeWindow>(form, front);
     if (form.name() == "frmDevices") return std::make_unique<DevicesWindow>(form, front);
+    if (form.name() == "frmOptions") return std::make_unique<OptionsWindow>(form, front);
     if (form.name() == "frmAbout") return std::make_unique<AboutWindow>(form, front);
     if (form.name() == "frmPopupMsg") return std::make_unique<PopupWindow>(form, front);
     if (form.name() == "frmSimulator") return std::make_unique<SimulatorWindow>(form, front);

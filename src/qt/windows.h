@@ -89,6 +89,11 @@ class DevicesWindow : public FormWindow {
     DevicesWindow(platform::Form& form, const Front& front);
 };
 
+class OptionsWindow : public FormWindow {
+  public:
+    OptionsWindow(platform::Form& form, const Front& front);
+};
+
 class AboutWindow : public FormWindow {
   public:
     AboutWindow(platform::Form& form, const Front& front);

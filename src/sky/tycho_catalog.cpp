@@ -124,10 +124,10 @@ void TychoCatalog::readTables() {
         for (std::uint32_t c = 0; c < band.cells; ++c) stars += cellSizes_[band.firstCell + c];
         bands_.push_back(band);
     }
-    std::uint32_t steps = 0;
+    std::uint64_t steps = 0;
     std::uint32_t moving = 0;
     for (std::uint32_t first = 0; first < gapBytes_; first += kGapsInBlock) {
-        gapBlocks_.push_back({steps, moving});
+        gapBlocks_.push_back({static_cast<std::uint32_t>(steps), moving});
         for (const unsigned char gap : gapsOf(gapBlocks_.size() - 1)) {
             steps += gap;
             moving += gap != kLongGap ? 1 : 0;

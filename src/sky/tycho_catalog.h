@@ -79,8 +79,8 @@ class TychoCatalog : public StarCatalog {
     double magnitudeStep_ = 0;
     const unsigned char* cellSizes_ = nullptr;
     const unsigned char* records_ = nullptr;
-    const unsigned char* gaps_ =
-        nullptr;  ///< from each star of the motion table to the next, one before the first
+    /// From each star of the motion table to the next, the first from the place before all stars.
+    const unsigned char* gaps_ = nullptr;
     const unsigned char* motions_ = nullptr;
     std::vector<Band> bands_;
     std::vector<GapBlock> gapBlocks_;

@@ -57,11 +57,12 @@ platform::Instant fromAutomationDate(double days) {
 
 }  // namespace
 
-PinPointPlate::PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
-                             sky::CatalogSource builtIn, catalogs::NetworkAccess network,
-                             PatternSource patterns)
+PinPointPlate::PinPointPlate(const platform::Clock& clock, platform::Background& background,
+                             const platform::FolderMap& folders, sky::CatalogSource builtIn,
+                             catalogs::NetworkAccess network, PatternSource patterns)
     : DispatchObject(kClass),
       clock_(clock),
+      background_(background),
       folders_(folders),
       builtIn_(std::move(builtIn)),
       network_(std::move(network)),
@@ -136,10 +137,10 @@ void PinPointPlate::addImageMembers() {
     property(
         "ImageArray",
         [this] {
-            std::vector<float> pixels(image().width() * image().height());
-            image().readRows(0, pixels);
+            std::vector<float> pixels(image()->width() * image()->height());
+            image()->readRows(0, pixels);
             return Value(platform::ImageRef(std::make_shared<platform::ImageArray>(
-                image().width(), image().height(), std::move(pixels))));
+                image()->width(), image()->height(), std::move(pixels))));
         },
         [this](const Value& v) {
             const auto array = v.toImage();
@@ -148,15 +149,15 @@ void PinPointPlate::addImageMembers() {
             use(FitsImage::of(*array));
         });
     property("WCSValid", [this] { return Value(imageWcs_.has_value()); });
-    property("Columns", [this] { return Value(static_cast<int>(image().width())); });
-    property("Rows", [this] { return Value(static_cast<int>(image().height())); });
+    property("Columns", [this] { return Value(static_cast<int>(image()->width())); });
+    property("Rows", [this] { return Value(static_cast<int>(image()->height())); });
     property("TargetRightAscension", [this] {
-        const auto target = headerTarget(image().header());
+        const auto target = headerTarget(image()->header());
         if (!target) refuse("the image's header has no target position");
         return Value(target->ra / 15);
     });
     property("TargetDeclination", [this] {
-        const auto target = headerTarget(image().header());
+        const auto target = headerTarget(image()->header());
         if (!target) refuse("the image's header has no target position");
         return Value(target->dec);
     });
@@ -222,7 +223,7 @@ bool PinPointPlate::attach(const std::string& path) {
 
 /// The image's own header gives the starting values, as far as it has them.
 void PinPointPlate::use(FitsImage image) {
-    image_ = std::move(image);
+    image_ = std::make_shared<const FitsImage>(std::move(image));
     exposureStart_.reset();
     imageWcs_ = image_->wcs();
     if (imageWcs_) {
@@ -251,7 +252,9 @@ bool PinPointPlate::findImageStars() {
     StarSettings settings = detection_;
     const double scale = std::abs(scaleX_) > 0 ? std::abs(scaleX_) : 1;
     settings.filterFwhmPixels = filterFwhmArcsec_ / scale;
-    stars_ = findStars(image(), settings);
+    StarList found;
+    background_.await([&, image = image()] { found = findStars(*image, settings); });
+    stars_ = std::move(found);
     return !stars_.stars.empty();
 }
 
@@ -259,7 +262,7 @@ bool PinPointPlate::findCatalogStars() {
     double scaleX = std::abs(scaleX_);
     double scaleY = std::abs(scaleY_);
     if (!(scaleX > 0) || !(scaleY > 0)) {
-        const auto scales = headerScales(image().header());
+        const auto scales = headerScales(image()->header());
         if (scales.empty()) refuse("ArcsecPerPixelHoriz and ArcsecPerPixelVert must be greater than 0");
         scaleX = scaleY = scales.front();
     }
@@ -276,7 +279,7 @@ bool PinPointPlate::solveNearby() {
     const double scaleX = std::abs(scaleX_);
     const double scaleY = std::abs(scaleY_);
     if (scaleX > 0 && scaleY > 0 && solveWith(scaleX, scaleY)) return true;
-    for (const double scale : headerScales(image().header())) {
+    for (const double scale : headerScales(image()->header())) {
         const bool tried = scaleX > 0 && std::abs(scale / scaleX - 1) < 0.1;
         if (!tried && solveWith(scale, scale)) return true;
     }
@@ -289,7 +292,10 @@ bool PinPointPlate::solveWith(double scaleX, double scaleY) {
     settings.maximumResidualArcsec = std::max(0.0, maxMatchResidual_);
     settings.minimumMatches = static_cast<std::size_t>(std::max(0, minMatchStars_));
     const SearchArea around = area(plate);
-    const auto solution = solvePlate(plate, starsToMatch(), around, starsIn(around), settings);
+    const std::vector<sky::CatalogStar> catalogStars = starsIn(around);
+    const std::vector<ImageStar> stars = starsToMatch();
+    std::optional<PlateSolution> solution;
+    background_.await([&] { solution = solvePlate(plate, stars, around, catalogStars, settings); });
     if (solution) adopt(*solution);
     return solution.has_value();
 }
@@ -297,25 +303,32 @@ bool PinPointPlate::solveWith(double scaleX, double scaleY) {
 /// Within the search radius, by star patterns. The scale must be known to a seventh.
 bool PinPointPlate::solveFarAway() {
     if (!(searchRadius_ > 0) || !patterns_) return false;
-    std::vector<double> scales = headerScales(image().header());
+    std::vector<double> scales = headerScales(image()->header());
     if (std::abs(scaleX_) > 0) scales.insert(scales.begin(), std::abs(scaleX_));
     const WideSettings settings{
         .start = startInCatalogue(), .radiusDeg = searchRadius_, .epochYear = julianYear(exposureTime())};
-    const auto patterns = patterns_();
     const auto catalog = catalogue();
-    for (const double scale : scales) {
-        const auto found = searchWide(geometry(scale, scale), starsToMatch(), *patterns, *catalog, settings);
-        if (!found) continue;
-        adopt(found->plate);
-        return true;
-    }
-    return false;
+    const std::vector<ImageStar> stars = starsToMatch();
+    std::optional<WideSolution> found;
+    auto search = [&, plate = geometry(1, 1), patterns = patterns_()]() mutable {
+        for (std::size_t i = 0; i < scales.size() && !found; ++i) {
+            plate.scaleX = plate.scaleY = scales[i];
+            found = searchWide(plate, stars, *patterns, *catalog, settings);
+        }
+    };
+    if (catalogIsFar_)
+        search();  // its downloads belong to the loop
+    else
+        background_.await(search);
+    if (found) adopt(found->plate);
+    return found.has_value();
 }
 
-std::span<const ImageStar> PinPointPlate::starsToMatch() const {
-    const std::span<const ImageStar> stars = stars_.stars;
+std::vector<ImageStar> PinPointPlate::starsToMatch() const {
+    std::vector<ImageStar> stars = stars_.stars;
     const auto most = static_cast<std::size_t>(std::max(0, maxSolveStars_));
-    return most > 0 && stars.size() > most ? stars.first(most) : stars;
+    if (most > 0 && stars.size() > most) stars.resize(most);
+    return stars;
 }
 
 void PinPointPlate::adopt(const PlateSolution& solution) {
@@ -343,21 +356,21 @@ std::string PinPointPlate::failureReason() {
     return whyUnsolved(stars_, field);
 }
 
-FitsImage& PinPointPlate::image() {
+const std::shared_ptr<const FitsImage>& PinPointPlate::image() const {
     if (!image_) refuse("no image is attached");
-    return *image_;
+    return image_;
 }
 
 /// A folder without a usable catalogue is refused, and the former one stays in use.
 void PinPointPlate::setCatalogPath(const std::string& folder) {
-    if (isUntouched(folder)) {
-        catalog_ = builtIn_();
-        return;
-    }
-    std::shared_ptr<const sky::StarCatalog> catalog;
+    std::shared_ptr<const sky::StarCatalog> far;
     if (platform::equalIgnoringCase(folder, catalogs::kInternetPath))
-        catalog = openNetworkCatalog(catalogNumber_, network_);
-    catalog_ = catalog != nullptr ? catalog : openCatalog(folders_.real(folder), catalogNumber_);
+        far = openNetworkCatalog(catalogNumber_, network_);
+    if (far != nullptr)
+        catalog_ = far;
+    else
+        catalog_ = isUntouched(folder) ? builtIn_() : openCatalog(folders_.real(folder), catalogNumber_);
+    catalogIsFar_ = far != nullptr;
 }
 
 /// Searches over the network let events through, which may choose another catalogue: callers keep this one.

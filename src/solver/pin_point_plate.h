@@ -16,6 +16,7 @@
 
 #include "catalogs/vizier_catalog.h"
 #include "fits/fits_image.h"
+#include "platform/background.h"
 #include "platform/clock.h"
 #include "platform/dispatch_object.h"
 #include "platform/folder_map.h"
@@ -28,11 +29,11 @@ namespace vantrel::solver {
 
 class PinPointPlate : public platform::DispatchObject {
   public:
-    /// The network is used only by the catalogues that stay there. Without patterns plates are solved near
-    /// their start only.
-    PinPointPlate(const platform::Clock& clock, const platform::FolderMap& folders,
-                  sky::CatalogSource builtIn, catalogs::NetworkAccess network = {},
-                  PatternSource patterns = {});
+    /// Stars are found and matched in the background. The network is used only by the catalogues that stay
+    /// there. Without patterns plates are solved near their start only.
+    PinPointPlate(const platform::Clock& clock, platform::Background& background,
+                  const platform::FolderMap& folders, sky::CatalogSource builtIn,
+                  catalogs::NetworkAccess network = {}, PatternSource patterns = {});
 
   private:
     void addCatalogMembers();
@@ -50,12 +51,12 @@ class PinPointPlate : public platform::DispatchObject {
     bool solveNearby();
     bool solveWith(double scaleX, double scaleY);
     bool solveFarAway();
-    std::span<const ImageStar> starsToMatch() const;
+    std::vector<ImageStar> starsToMatch() const;
     void adopt(const PlateSolution& solution);
     void updateFits();
     std::string failureReason();
 
-    fits::FitsImage& image();
+    const std::shared_ptr<const fits::FitsImage>& image() const;
     std::shared_ptr<const sky::StarCatalog> catalogue();
     void setCatalogPath(const std::string& folder);
     SearchArea area(const PlateGeometry& geometry) const;
@@ -67,6 +68,7 @@ class PinPointPlate : public platform::DispatchObject {
     void setStart(sky::SkyPosition icrs);
 
     const platform::Clock& clock_;
+    platform::Background& background_;
     const platform::FolderMap& folders_;
     sky::CatalogSource builtIn_;
     catalogs::NetworkAccess network_;
@@ -77,6 +79,7 @@ class PinPointPlate : public platform::DispatchObject {
     double faintest_ = 20;
     double brightest_ = -2;
     std::shared_ptr<const sky::StarCatalog> catalog_;
+    bool catalogIsFar_ = false;  ///< in the network
 
     StarSettings detection_{.minimumBrightness = 200};
     double filterFwhmArcsec_ = 0;
@@ -86,7 +89,7 @@ class PinPointPlate : public platform::DispatchObject {
     double searchRadius_ = 0;  ///< degrees; 0: near the start position only
 
     std::filesystem::path path_;
-    std::optional<fits::FitsImage> image_;
+    std::shared_ptr<const fits::FitsImage> image_;
     std::optional<sky::TangentWcs> imageWcs_;
 
     double rightAscension_ = 0;  ///< hours

@@ -64,17 +64,16 @@ Devices::Devices(const DeviceSurroundings& surroundings)
                  if (setUp_) setUp_();
              }}),
       http_(surroundings.loop),
-      background_(surroundings.loop),
       alpacaClient_(http_, wait_, kClientId) {}
 
 void Devices::restore() {
     const auto port = [this] {
         return static_cast<int>(platform::leadingNumber(setting(kPortKey, kUsualPort)));
     };
-    alpaca_.emplace(
-        hosts::alpaca::Services{surroundings_.loop, alpacaClient_, background_, hosts::searchNetwork, port,
-                                equinoxConversion(), surroundings_.openPage, surroundings_.tell},
-        surroundings_.settings, surroundings_.classes);
+    alpaca_.emplace(hosts::alpaca::Services{surroundings_.loop, alpacaClient_, surroundings_.background,
+                                            hosts::searchNetwork, port, equinoxConversion(),
+                                            surroundings_.openPage, surroundings_.tell},
+                    surroundings_.settings, surroundings_.classes);
     indi_.install(surroundings_.classes, surroundings_.settings.read("Main", "MyTelescopeID").value_or(""));
     useCamera(setting(kCameraKey));
 }

@@ -17,6 +17,7 @@
 #include "hosts/pumped_wait.h"
 #include "hosts/tcp_stream.h"
 #include "observatory/observatory.h"
+#include "platform/background.h"
 #include "platform/class_registry.h"
 #include "platform/dialogs.h"
 #include "platform/event_loop.h"
@@ -30,6 +31,7 @@ namespace vantrel::station {
 struct DeviceSurroundings {
     platform::EventLoop& loop;
     platform::OutsideCalls& outsideCalls;
+    platform::Background& background;
     platform::SettingsRoot& settings;
     platform::Dialogs& dialogs;
     platform::ClassRegistry& classes;
@@ -92,7 +94,6 @@ class Devices {
     hosts::TcpStreams streams_;
     hosts::indi::IndiHost indi_;
     hosts::NetworkClient http_;
-    hosts::BackgroundThreads background_;
     hosts::alpaca::Client alpacaClient_;
     std::optional<hosts::alpaca::Host> alpaca_;  // once the settings could be read
     std::string cameraId_;

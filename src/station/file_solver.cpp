@@ -128,7 +128,7 @@ struct FileSolver::Job {
     }
 };
 
-FileSolver::FileSolver(hosts::Background& background, const platform::FolderMap& folders,
+FileSolver::FileSolver(platform::Background& background, const platform::FolderMap& folders,
                        std::filesystem::path cache)
     : background_(background), folders_(folders), cache_(std::move(cache)) {}
 

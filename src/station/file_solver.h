@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "hosts/background.h"
+#include "platform/background.h"
 #include "platform/folder_map.h"
 #include "platform/picture_solver.h"
 #include "sky/star_catalog.h"
@@ -18,7 +18,7 @@ namespace vantrel::station {
 class FileSolver : public platform::PictureSolver {
   public:
     /// What is given must outlive this; `cache` is the folder for star patterns.
-    FileSolver(hosts::Background& background, const platform::FolderMap& folders,
+    FileSolver(platform::Background& background, const platform::FolderMap& folders,
                std::filesystem::path cache);
     /// Work under way ends soon after.
     ~FileSolver() override;
@@ -31,12 +31,12 @@ class FileSolver : public platform::PictureSolver {
 
     void solveRead(const std::shared_ptr<Job>& job);
 
-    hosts::Background& background_;
+    platform::Background& background_;
     const platform::FolderMap& folders_;
     std::filesystem::path cache_;
     std::shared_ptr<const solver::StarPatterns> patterns_;  // once a picture needed them
     std::shared_ptr<Job> job_;                              // the last
-    hosts::BackgroundWork work_;
+    platform::BackgroundWork work_;
 };
 
 }  // namespace vantrel::station

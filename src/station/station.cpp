@@ -14,18 +14,19 @@ std::string programOf(const std::string& progId) {
     return platform::toLower(progId.substr(0, progId.find('.')));
 }
 
-std::unique_ptr<hosts::Background> backgroundOf(const Surroundings& surroundings) {
-    if (surroundings.realTime) return std::make_unique<hosts::BackgroundThreads>(surroundings.loop);
-    return std::make_unique<hosts::BackgroundOfLoop>(surroundings.loop);
+std::unique_ptr<platform::Background> backgroundOf(const Surroundings& surroundings,
+                                                   platform::OutsideCalls& calls) {
+    if (surroundings.realTime) return std::make_unique<platform::BackgroundThreads>(surroundings.loop, calls);
+    return std::make_unique<platform::BackgroundOfLoop>(surroundings.loop);
 }
 
 }  // namespace
 
 Station::Station(const Surroundings& surroundings, std::uint64_t seed)
     : surroundings_(surroundings),
+      background_(backgroundOf(surroundings, outsideCalls_)),
       observatory_(surroundings.loop, surroundings.folders, seed, seams()),
       devices_(deviceSurroundings()),
-      background_(backgroundOf(surroundings)),
       fileSolver_(*background_, surroundings.folders, surroundings.cache) {
     observatory_.install(classes_);
 }
@@ -43,6 +44,7 @@ observatory::ObservatorySeams Station::seams() {
         return dialogs.choose(title, choices, current);
     };
     seams.desktop = &otherPrograms_;
+    seams.background = background_.get();
     seams.setup = surroundings_.setUp;
     seams.downloads = std::make_shared<catalogs::HttpDownloads>();
     seams.downloadCache = surroundings_.cache;
@@ -60,9 +62,18 @@ DeviceSurroundings Station::deviceSurroundings() {
     const auto pictureFacts = [this] {
         return surroundings_.pictureFacts ? surroundings_.pictureFacts() : platform::PictureFacts();
     };
-    return {surroundings_.loop, outsideCalls_, surroundings_.settings, surroundings_.dialogs,
-            classes_,           observatory_,  surroundings_.stopping, tell,
-            openPage,           pictureFacts,  surroundings_.network};
+    return {surroundings_.loop,
+            outsideCalls_,
+            *background_,
+            surroundings_.settings,
+            surroundings_.dialogs,
+            classes_,
+            observatory_,
+            surroundings_.stopping,
+            tell,
+            openPage,
+            pictureFacts,
+            surroundings_.network};
 }
 
 /// The helper classes come with the drivers' platform, not with a program.

@@ -68,11 +68,11 @@ class Station {
 
     Surroundings surroundings_;
     platform::OutsideCalls outsideCalls_;
+    std::unique_ptr<platform::Background> background_;
     platform::DesktopWindows otherPrograms_;
     observatory::Observatory observatory_;
     platform::ClassRegistry classes_;
     Devices devices_;
-    std::unique_ptr<hosts::Background> background_;
     FileSolver fileSolver_;
 };
 

@@ -40,7 +40,7 @@ void operate(World& world, const std::string& path, const std::string& text) {
 
 /// The dialogs that hold settings of their own.
 void openEverything(World& world) {
-    for (const char* window : {"frmOptions", "frmDevices", "frmPixelScale", "frmPolarPlot"})
+    for (const char* window : {"frmOptions", "frmDevices", "frmPixelScale", "frmPolarPlot", "frmAdjust"})
         world.form(window).show();
     world.form("frmMain").find("framePP")->setVisible(true);
     world.form("frmMain").find("frameTheSky")->setVisible(true);
@@ -97,6 +97,13 @@ const Row kRows[] = {
     {kRun, "ImagingSWVersionCheck", "frmOptions.chkImagingSWVersionCheck", "1", "0", kAtEnd},
     {kRun, "LeastSquares", "frmOptions.chkLeastSquares", "0", "1", kAtEnd},
     {kRun, "ClosingPlate", "frmOptions.chkClosingPlate", "0", "1", kAtEnd},
+    {kRun, "ExactMark", "frmOptions.chkExactMark", "0", "1", kAtEnd},
+    {kRun, "Tones", "frmAdjust.chkTones", "0", "1", kAtEnd},
+    {kRun, "Spoken", "frmAdjust.chkSpoken", "0", "1", kAtEnd},
+    {kRun, "PictureExposure", "frmOptions.txtPictureExposure", "", "120", kOnChange},
+    {kRun, "PictureGuided", "frmOptions.chkPictureGuided", "0", "1", kOnChange},
+    {kRun, "PictureDeclination", "frmOptions.txtPictureDeclination", "", "-20", kOnChange},
+    {kRun, "FromGuideStar", "frmOptions.txtFromGuideStar", "", "1.5", kOnChange},
     {kRun, "ShowHistory", "frmPolarPlot.chkHistory", "0", "1", kOnChange},
     {kRun, "GreenColors", "frmOptions.chkGreenColors", "0", "1", kAtEnd},
     {kSolve, "MinSize", "frmMain.txtSolveMinSiz", "2", "4", kAlways},

@@ -64,7 +64,14 @@ struct Workshop : engine::CorrectionPort, test::EngineWorld {
     frmAdjust window{screen};
     double tolerance = 2;
     int sounds = 0;
-    Adjusting adjusting{window, panel, state, services, [this] { return tolerance; }, [this] { ++sounds; }};
+    std::vector<std::string> said;
+    Adjusting adjusting{window,
+                        panel,
+                        state,
+                        services,
+                        [this] { return tolerance; },
+                        [this] { ++sounds; },
+                        [this](const std::string& words) { said.push_back(words); }};
     test::SimulatedMount sky;
     std::map<int, std::function<void()>> plan;
     int measurements = 0;
@@ -186,6 +193,98 @@ TEST(Adjusting, MeasuresAgainAndSaysHowFarTheLiveNumbersWereOff) {
     EXPECT_THAT(shop.log.lines,
                 Contains(StartsWith("The fresh measurement differs from the live numbers by ")));
     EXPECT_TRUE(shop.panel.cmdRun.enabled());
+}
+
+TEST(Tones, ComeFasterTheNearerAndNotAtAllWhereNothingIsToBeHeard) {
+    platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{1}};
+    platform::QueuedEventLoop loop{time};
+    int heard = 0;
+    Tones tones(loop, [&] { ++heard; });
+    const struct {
+        std::optional<double> tolerances;
+        int inTenSeconds;
+    } rows[] = {{1.5, 40}, {4, 25}, {25, 10}, {400, 5}, {1, 0}, {std::nullopt, 0}};
+    for (const auto& row : rows) {
+        heard = 0;
+        tones.tell(row.tolerances);
+        loop.sleep(std::chrono::seconds{10});
+        EXPECT_NEAR(heard, row.inTenSeconds, 1) << row.tolerances.value_or(0);
+    }
+}
+
+TEST(Adjusting, IsHeardOnlyIfWantedAndWhileTheNumbersHold) {
+    for (const char* wanted : {"0", "1"}) {
+        Workshop shop;
+        shop.settings.SaveSetting("PolarAlign", "Tones", wanted);
+        shop.settings.SaveSetting("PolarAlign", "Spoken", wanted);
+        int before = 0, clouded = 0;
+        shop.at(6, [&] {
+            before = shop.sounds;
+            shop.solver.fails = true;
+        });
+        shop.at(12, [&] { clouded = shop.sounds; });
+        shop.at(16, [&] {
+            EXPECT_EQ(shop.sounds, clouded) << "old numbers";
+            shop.window.cmdEndAdjust.click();
+        });
+        shop.adjust();
+        const int after = shop.sounds;
+        shop.pass(10);
+        EXPECT_EQ(shop.sounds, after);
+        EXPECT_EQ(before > 5, wanted[0] == '1');
+        EXPECT_EQ(after > 0, wanted[0] == '1');
+        EXPECT_EQ(shop.said.empty(), wanted[0] == '0');
+        if (!shop.said.empty()) {
+            EXPECT_THAT(shop.said[0], testing::MatchesRegex("turn west 12.0 minutes, raise 8.0 minutes"));
+            EXPECT_LT(shop.said.size(), 4u) << "what doesn't change isn't said again";
+        }
+    }
+}
+
+/// Somebody turns the azimuth's bolt by the words, each turn ends `toEast` arc-minutes from the
+/// last.
+std::string wayOfTheBolt(const std::vector<double>& toEast, const char* perTurn, bool& swapped) {
+    Workshop shop;
+    shop.settings.SaveSetting("PolarAlign", "AzimuthPerTurn", perTurn);
+    int picture = 2;
+    for (const double step : toEast) {
+        shop.at(picture, [&shop, step] { shop.sky.azimuth += step; });
+        picture += 3;
+    }
+    std::string words;
+    shop.at(picture, [&] {
+        words = shop.window.azimuth.lblBolt.caption();
+        swapped = shop.window.azimuth.chkOtherWay.ticked();
+        shop.window.cmdEndAdjust.click();
+    });
+    shop.adjust();
+    EXPECT_EQ(swapped,
+              std::ranges::count(shop.log.lines,
+                                 "The azimuth bolt goes the other way: clockwise and counter-clockwise are "
+                                 "swapped") == 1);
+    return words;
+}
+
+TEST(Adjusting, LearnsWhichWayABoltGoesFromTwoWrongTurns) {
+    const struct {
+        std::vector<double> toEast;
+        const char* perTurn;
+        bool swapped;
+    } rows[] = {
+        {{4, 4}, "24", true},               // told to go west, and went east, twice
+        {{4}, "24", false},                 // once may be a slip
+        {{4, -3, 4}, "24", false},          // not in a row
+        {{-4, -4}, "24", false},            // as told
+        {{-14, -4, -4}, "24", true},        // beyond the pole, and on
+        {{0.05, 0.05, 0.05}, "24", false},  // less than anybody can tell
+        {{4, 4}, "", false},                // nobody was told which way
+    };
+    for (const auto& row : rows) {
+        bool swapped = false;
+        const std::string words = wayOfTheBolt(row.toEast, row.perTurn, swapped);
+        EXPECT_EQ(swapped, row.swapped) << row.toEast.size() << " turns, the first by " << row.toEast[0];
+        EXPECT_EQ(words.empty(), row.perTurn[0] == '\0');
+    }
 }
 
 TEST(Adjusting, StopsAtOnceAndClosesQuietly) {

@@ -219,6 +219,18 @@ TEST(PolarChartTest, EarlierMeasurementsFadeWithAge) {
     EXPECT_TRUE(earlierDots(chartRange(1), {}, color::kRed).empty());
 }
 
+TEST(PolarChartTest, TheToleranceIsARingWhereItCanBeSeen) {
+    const struct {
+        double arcMinutes, tolerance, radius;  // 0: no ring
+    } rows[] = {{12.8, 2, 0.16}, {5, 2, 1.6}, {500, 2, 0}, {0.5, 2, 0}};
+    for (const auto& row : rows) {
+        const Shapes ring = toleranceRing(chartRange(row.arcMinutes), row.tolerance);
+        ASSERT_EQ(ring.empty(), row.radius == 0) << row.arcMinutes;
+        if (ring.empty()) continue;
+        EXPECT_NEAR(std::get<Ellipse>(ring[0]).major, row.radius, 1e-9) << row.arcMinutes;
+    }
+}
+
 // The axis 30' from the pole, seen from a site at 45° north:
 //
 //           Up (0)

@@ -4,14 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include "correction/needed_tolerance.h"
 #include "engine/angles.h"
 #include "platform/color.h"
 #include "platform/queued_event_loop.h"
+#include "support/memory_settings_port.h"
 
 namespace vantrel::correction {
 namespace {
 
 namespace color = platform::color;
+namespace test = vantrel::test;
 
 TEST(ShortAngle, IsAsFineAsItMatters) {
     const struct {
@@ -57,7 +60,8 @@ struct Readout : testing::Test {
     platform::Screen screen{{0, 0, 800, 600}};
     platform::Form form{screen, "frmMain", "", {}};
     ResultPanel panel{form};
-    ResultReadout readout{panel, time};
+    std::optional<double> needed;  // by the operator's pictures
+    ResultReadout readout{panel, time, [this] { return needed; }};
 };
 
 TEST_F(Readout, CallsGoodOnlyWhatIsBeyondDoubt) {
@@ -85,6 +89,59 @@ TEST_F(Readout, CallsGoodOnlyWhatIsBeyondDoubt) {
         EXPECT_EQ(panel.lblVerdict.backColor() == color::kDarkGreen, c.lit)
             << c.tolerance << " " << c.distance;
     }
+}
+
+TEST_F(Readout, GoesByThePicturesWhereNoToleranceIsTyped) {
+    needed = 3.4;
+    readout.show({}, 3, std::nullopt);
+    EXPECT_EQ(panel.lblVerdict.caption(), "Not yet within 2.0'");
+    panel.txtTolerance.setText("");
+    EXPECT_EQ(panel.lblVerdict.caption(), "Good: within 3.4'");
+    needed = 1;
+    readout.judge();
+    EXPECT_EQ(panel.lblVerdict.caption(), "Not yet within 1.0'");
+}
+
+TEST(NeededTolerance, FollowsFromOpticsAndExposures) {
+    const struct {
+        PlannedPictures pictures;
+        const char* words;
+    } rows[] = {
+        {{.exposure = 30}, "7.6': 30 s unguided, 1.0″ of drift"},
+        {{.exposure = 120}, "1.9': 120 s unguided, 1.0″ of drift"},
+        {{.exposure = 300}, "46″: 300 s unguided, 1.0″ of drift"},
+        {{.exposure = 120, .focalLength = 500, .pixel = 3.76},
+         "3.0': 120 s unguided, a pixel (1.6″) of drift"},
+        {{.exposure = 600, .guided = true, .fromGuideStar = 1, .focalLength = 1000, .pixel = 5},
+         "22.5': 600 s guided, a pixel of trail 1° from the guide star"},
+        {{.exposure = 600,
+          .guided = true,
+          .declination = -60,
+          .fromGuideStar = 1,
+          .focalLength = 1000,
+          .pixel = 5},
+         "11.3': 600 s guided, a pixel of trail 1° from the guide star"},
+        {{.exposure = 600, .guided = true, .fromGuideStar = 1},
+         "Guided: the pixel scale calculator wants focal length and pixel size"},
+        {{.exposure = 600, .guided = true, .focalLength = 1000, .pixel = 5},
+         "Guided: how far is the guide star from the farthest corner?"},
+        {{}, "2.0' as long as no exposure is given"},
+    };
+    for (const auto& row : rows) {
+        const NeededTolerance needed = neededTolerance(row.pictures);
+        EXPECT_EQ(needed.words, row.words);
+        EXPECT_EQ(needed.arcMinutes.has_value(), std::isdigit(row.words[0]) && row.pictures.exposure > 0);
+    }
+}
+
+TEST(NeededTolerance, KnowsWhatTheCalculatorHolds) {
+    test::MemorySettingsPort settings;
+    settings.SaveSetting("Solve", "TelescopeFL", "20");
+    settings.SaveSetting("Solve", "FocalLengthUnits", "in");
+    settings.SaveSetting("Solve", "CameraPixelXSize", "3.76");
+    settings.SaveSetting("PolarAlign", "PictureExposure", "120");
+    EXPECT_NEAR(*plannedPictures(settings).focalLength, 508, 1e-9);
+    EXPECT_NEAR(*neededTolerance(plannedPictures(settings)).arcMinutes, 2.91, 0.01);
 }
 
 }  // namespace

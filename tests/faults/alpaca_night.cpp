@@ -232,7 +232,7 @@ class AlpacaDevices : public NetworkDevices {
     Instruments instruments_;
     test::FakeHttp http_;
     hosts::alpaca::Client client_;
-    test::ImmediateBackground background_;
+    platform::BackgroundOfLoop background_;
     hosts::alpaca::Services services_;
     std::shared_ptr<hosts::alpaca::Telescope> mount_;
     std::string twice_;

@@ -8,6 +8,7 @@
 #include <QMenu>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTest>
 #include <algorithm>
 #include <cmath>
 
@@ -163,6 +164,39 @@ TEST(NightLook, HoldsNothingButRed) {
         for (QMenu* menu : window->findChildren<QMenu*>())
             EXPECT_LE(foreignLight(menu->grab().toImage()), 0) << menu->title().toStdString();
     }
+}
+
+TEST(NightLook, TheBigDigitsAreRedFillTheirWindowAndGoByEsc) {
+    Forms forms;
+    forms.theme.setNight(true);
+    const auto windows = windowsFor(forms.screen, forms.front);
+    forms.adjust.azimuth.lblArrow.setCaption("←");
+    forms.adjust.azimuth.lblMove.setCaption("turn west 118.8'");
+    forms.adjust.elevation.lblArrow.setCaption("↓");
+    forms.adjust.elevation.lblMove.setCaption("Elevation is right");
+    forms.adjust.lblAge.setCaption("2 s old");
+    forms.adjust.show();
+    forms.settle();
+    FormWindow& window =
+        **std::ranges::find_if(windows, [](const auto& one) { return one->form().name() == "frmAdjust"; });
+    auto& digits = *window.findChild<QWidget*>("bigDigits");
+    EXPECT_FALSE(digits.isVisible());
+    QTest::keyClick(&window, Qt::Key_F11);
+    forms.settle();
+    ASSERT_TRUE(digits.isVisible());
+    EXPECT_TRUE(window.isFullScreen());
+    EXPECT_EQ(digits.geometry(), window.rect());
+    const QImage picture = window.grab().toImage();
+    EXPECT_LE(foreignLight(picture), 0);
+    EXPECT_GT(brightest(picture), 60);
+    forms.adjust.cmdLock.setEnabled(true);
+    forms.settle();
+    EXPECT_EQ(window.childAt(window.rect().center()), &digits) << "nothing comes back in front";
+    QTest::keyClick(&digits, Qt::Key_Escape);
+    forms.settle();
+    EXPECT_FALSE(digits.isVisible());
+    EXPECT_FALSE(window.isFullScreen());
+    EXPECT_TRUE(forms.adjust.shown()) << "Esc ended no more than that";
 }
 
 TEST(NightLook, ComesAndGoesWhileTheWindowsAreOpen) {

@@ -5,6 +5,7 @@
 
 #include "fits/fits_writing.h"
 #include "platform/image_array.h"
+#include "platform/queued_event_loop.h"
 #include "sky/tycho_catalog.h"
 #include "solver/pattern_store.h"
 #include "support/catalog_trees.h"
@@ -20,12 +21,6 @@ using sky::separationDeg;
 using sky::SkyPosition;
 using sky::TychoCatalog;
 using testing::HasSubstr;
-
-class FixedClock : public platform::Clock {
-  public:
-    platform::Instant utc() const override { return *platform::parseInstant("2026-11-24T20:00:00"); }
-    platform::Milliseconds sinceStart() const override { return {}; }
-};
 
 constexpr SkyPosition kCentre{83, 40};
 constexpr double kScale = 3.6;
@@ -88,13 +83,16 @@ class PinPointPlateTest : public testing::Test {
     }
 
     test::TempFolder folder_;
-    FixedClock clock_;
+    platform::VirtualTime clock_{*platform::parseInstant("2026-11-24T20:00:00")};
+    platform::QueuedEventLoop loop_{clock_};
+    platform::BackgroundOfLoop background_{loop_};
     platform::FolderMap folders_{folder_.path()};
     static std::shared_ptr<const StarPatterns> patterns() {
         static const auto made = patternsOf(*TychoCatalog::openBuiltIn(), {}, [](const auto&) {});
         return made;
     }
-    PinPointPlate plate_{clock_, folders_, [] { return TychoCatalog::openBuiltIn(); }, {}, patterns};
+    PinPointPlate plate_{clock_, background_, folders_, [] { return TychoCatalog::openBuiltIn(); },
+                         {},     patterns};
 };
 
 TEST_F(PinPointPlateTest, SolvesInTheEquinoxAskedForAndRollsWithIt) {
@@ -153,7 +151,7 @@ TEST_F(PinPointPlateTest, WritesItsSolutionAndStartsFromItNextTime) {
     plate_.call("DetachFITS");
     EXPECT_NE(failureOf([&] { plate_.get("Columns"); }), "");
 
-    PinPointPlate other{clock_, folders_, [] { return TychoCatalog::openBuiltIn(); }};
+    PinPointPlate other{clock_, background_, folders_, [] { return TychoCatalog::openBuiltIn(); }};
     other.put("Equinox", 2000);
     other.call("AttachFITS", {R"(C:\field.fits)"});
     EXPECT_TRUE(other.get("WCSValid").toBool());

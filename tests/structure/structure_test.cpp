@@ -174,7 +174,7 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
         {"the environment", std::regex(R"(\bgetenv|qgetenv)"), {"src/platform/user_machine.cpp", "src/qt/"}},
         {"threads",
          std::regex(R"(std::j?thread\b|std::async)"),
-         {"src/hosts/name_lookup.cpp", "src/hosts/background.cpp"}},
+         {"src/hosts/name_lookup.cpp", "src/platform/background.cpp"}},
     };
     for (const auto& rule : rules)
         for (const Line& line : sources()) {

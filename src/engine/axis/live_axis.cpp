@@ -104,19 +104,20 @@ LiveState LiveAxis::judge(const Seen& now) {
         if (moved > kFarthestTurn) return lose(LiveState::kSlewed, now);
         return believe(now, byOneAdjuster(*believed_, now) ? 0 : moved / kArcsecond);
     }
-    if (stoodOnGround(*doubted_, now)) {
-        // Where in between it stopped nobody knows, nor what was turned before.
-        const bool neverMoved = stoodOnGround(*believed_, now);
+    if (movedAs(!driven_, *doubted_, now)) {
+        // Where in between it stopped, or started, nobody knows, nor what was turned before.
+        const bool untouched = steady_ && movedAs(!driven_, *believed_, now);
+        if (!driven_ || !known_) return goOnWith(!driven_, untouched, now);
         const LiveState state = lose(LiveState::kTrackingOff, now);
-        touched_ = !neverMoved || !steady_;
+        touched_ = !untouched;
         return state;
     }
     return judgeWithoutDoubt(now);
 }
 
 LiveState LiveAxis::judgeWithoutDoubt(const Seen& now) {
-    const bool plain = stayed(*believed_, now) ||
-                       (byOneAdjuster(*believed_, now) && !trackingMayHaveStopped(*believed_, now));
+    const bool plain =
+        stayed(*believed_, now) || (byOneAdjuster(*believed_, now) && !driveMayHaveChanged(*believed_, now));
     if (plain) return believe(now, 0);
     doubted_ = now;
     return LiveState::kDoubtful;
@@ -124,6 +125,7 @@ LiveState LiveAxis::judgeWithoutDoubt(const Seen& now) {
 
 LiveState LiveAxis::believe(const Seen& now, double jump) {
     steady_ = stayed(*believed_, now);
+    known_ = known_ || tellsApart(move(*previous_, now), now);
     believed_ = now;
     doubted_.reset();
     turns_ = fitted(now);
@@ -139,6 +141,16 @@ LiveState LiveAxis::lose(LiveState reason, const Seen& now) {
     return reason;
 }
 
+/// What was turned until it was clear whether it tracks may be a bump as well.
+LiveState LiveAxis::goOnWith(bool driven, bool untouched, const Seen& now) {
+    driven_ = driven;
+    known_ = true;
+    const double jump = move(*believed_, now).shift.norm() / kArcsecond;
+    beginAt(now);
+    if (!untouched && !locked_) jump_ = jump;
+    return jump_ > 0 ? LiveState::kJumped : LiveState::kFollowing;
+}
+
 /// Once it tracks again, the axis is taken to be where it was, unless it may have moved unseen.
 LiveState LiveAxis::judgeLost(const Seen& now) {
     if (sentElsewhere(*previous_, now)) return lose(LiveState::kSlewed, now);
@@ -148,9 +160,10 @@ LiveState LiveAxis::judgeLost(const Seen& now) {
         if (touched_ && !locked_) jump_ = jump;
         return jump_ > 0 ? LiveState::kJumped : LiveState::kFollowing;
     }
-    if (stoodOnGround(*previous_, now))
+    if (movedAs(!driven_, *previous_, now)) {
+        if (!driven_ || !known_) return goOnWith(!driven_, !touched_, now);
         lost_ = LiveState::kTrackingOff;
-    else if (*lost_ == LiveState::kTrackingOff && !trackingMayHaveStopped(*previous_, now))
+    } else if (*lost_ == LiveState::kTrackingOff && !driveMayHaveChanged(*previous_, now))
         touched_ = true;
     return *lost_;
 }
@@ -165,8 +178,8 @@ Matrix3d LiveAxis::turned(const Vector3d& turns) const {
 }
 
 Matrix3d LiveAxis::predicted(const Vector3d& turns, double lst) const {
-    const double turn = turns(2) - hemisphere_ * wrapped(lst - reference_->lst);
-    return turned(turns) * rotation(turn * end_) * reference_->attitude;
+    return turned(turns) * rotation(turns(2) * end_) *
+           carried(*reference_, end_, wrapped(lst - reference_->lst), driven_);
 }
 
 /// Gauss-Newton with the drive's angle held near none. A jump by degrees needs a few steps.
@@ -174,7 +187,8 @@ LiveAxis::Turns LiveAxis::fitted(const Seen& now) const {
     constexpr int kSteps = 8;
     Plate both = now.plate;
     both.covariance = sum(now.plate.covariance, reference_->plate.covariance);
-    const double stated = measured_.sigma() * std::abs(wrapped(now.lst - reference_->lst));
+    const double carriedOn = driven_ ? std::abs(wrapped(now.lst - reference_->lst)) : 0;
+    const double stated = measured_.sigma() * carriedOn;
     both.covariance = sum(both.covariance, PlateCovariance::ofSigmas(stated, 0));
     FitSettings settings = settings_.fit;
     settings.centreFloor *= std::sqrt(2.0);
@@ -218,7 +232,7 @@ LiveAxis::Move LiveAxis::move(const Seen& from, const Seen& to) const {
     constexpr double kSigmas = 4.5;
     constexpr double kDriveAdrift = 0.3;  // arc-seconds a second: worms, gusts
     const double tracked = wrapped(to.lst - from.lst);
-    const Matrix3d expected = rotation(-hemisphere_ * tracked * axisNow()) * from.attitude;
+    const Matrix3d expected = carried(from, axisNow(), tracked, driven_);
     const Vector3d outwards = to.sighting.frame(0).transpose() * expected.col(2);
     const double seconds = std::abs(radiansToHours(tracked)) * 3600;
     return {.shift = -outwards.head<2>(),
@@ -232,16 +246,28 @@ bool LiveAxis::stayed(const Seen& from, const Seen& to) const {
     return sameSide && m.shift.norm() < m.limit;
 }
 
-bool LiveAxis::stoodOnGround(const Seen& from, const Seen& to) const {
-    const Move m = move(from, to);
-    const double onGround = (to.attitude.col(2) - from.attitude.col(2)).norm();
-    return onGround < m.limit && std::abs(m.tracked) * directionsAt(to).hourAngle.norm() > 2 * m.limit;
+/// By its drive, about the axis as it stood then; or not at all.
+Matrix3d LiveAxis::carried(const Seen& from, const Vector3d& axis, double tracked, bool driven) const {
+    if (!driven) return from.attitude;
+    return rotation(-hemisphere_ * tracked * axis) * from.attitude;
 }
 
-/// A drive that stops leaves the camera behind by no more than the sky has turned.
-bool LiveAxis::trackingMayHaveStopped(const Seen& from, const Seen& to) const {
+/// Whether a camera that tracks would by now be seen to be elsewhere than one that doesn't.
+bool LiveAxis::tellsApart(const Move& move, const Seen& to) const {
+    return std::abs(move.tracked) * directionsAt(to).hourAngle.norm() > 2 * move.limit;
+}
+
+bool LiveAxis::movedAs(bool driven, const Seen& from, const Seen& to) const {
     const Move m = move(from, to);
-    const Vector2d behind = directionsAt(to).hourAngle;
+    const Vector3d expected = carried(from, axisNow(), m.tracked, driven).col(2);
+    return (to.attitude.col(2) - expected).norm() < m.limit && tellsApart(m, to);
+}
+
+/// A drive that stops leaves the camera behind by no more than the sky has turned; one that starts carries it
+/// ahead by as much.
+bool LiveAxis::driveMayHaveChanged(const Seen& from, const Seen& to) const {
+    const Move m = move(from, to);
+    const Vector2d behind = (driven_ ? 1 : -1) * directionsAt(to).hourAngle;
     const double back = m.shift.dot(behind.normalized());
     return back > 0 && back < m.tracked * behind.norm() + m.limit &&
            aside(m.shift, behind) < m.limit + kStray * back;
@@ -273,7 +299,7 @@ LiveReading LiveAxis::readingAt(const Seen& now, LiveState state) const {
     const Turns turns = current ? fitted(now) : turns_;
     const Vector3d end = axisAt(turns);
     const Vector3d north = hemisphere_ * end;
-    LiveReading reading{.state = state};
+    LiveReading reading{.state = state, .driven = driven_};
     const DirectionCosines northern{north.x(), north.y(), north.z()};
     reading.remaining = offsetFromPole(northern, site_.latitude, truePoleAltitude(site_));
     reading.written = writtenError(northern);

@@ -8,6 +8,9 @@
 //
 // Not everything that moves the camera is an adjuster. Each plate is compared with the last one that was
 // believed; what no single adjuster does isn't believed until the next plate says what it was.
+//
+// A camera that stands still on the ground from the first plate on has no drive: then it is the adjusters
+// alone that move it over the ground, until it is seen to track.
 #pragma once
 
 #include <cstdint>
@@ -56,6 +59,7 @@ struct LiveReading {
     double separability = 0;  // of the adjusters, at this place
     double jump = 0;          // arc-seconds, where it jumped
     bool still = true;        // nobody turned anything since the plate before
+    bool driven = true;       // it tracks, as far as anybody knows
 
     /// Whether anybody should turn an adjuster by these numbers.
     bool trustworthy() const { return state == LiveState::kFollowing; }
@@ -105,6 +109,7 @@ class LiveAxis {
     LiveState believe(const Seen& now, double jump);
     LiveState lose(LiveState reason, const Seen& now);
     LiveState judgeLost(const Seen& now);
+    LiveState goOnWith(bool driven, bool untouched, const Seen& now);
 
     Eigen::Vector3d axisNow() const;
     Eigen::Vector3d axisAt(const Turns& turns) const;
@@ -113,9 +118,11 @@ class LiveAxis {
     Turns fitted(const Seen& now) const;
     Directions directionsAt(const Seen& now) const;
     Move move(const Seen& from, const Seen& to) const;
+    Eigen::Matrix3d carried(const Seen& from, const Eigen::Vector3d& axis, double tracked, bool driven) const;
+    bool movedAs(bool driven, const Seen& from, const Seen& to) const;
+    bool tellsApart(const Move& move, const Seen& to) const;
     bool stayed(const Seen& from, const Seen& to) const;
-    bool stoodOnGround(const Seen& from, const Seen& to) const;
-    bool trackingMayHaveStopped(const Seen& from, const Seen& to) const;
+    bool driveMayHaveChanged(const Seen& from, const Seen& to) const;
     bool byOneAdjuster(const Seen& from, const Seen& to) const;
     bool sentElsewhere(const Seen& from, const Seen& to) const;
     LiveReading readingAt(const Seen& now, LiveState state) const;
@@ -133,6 +140,8 @@ class LiveAxis {
     Eigen::Matrix2d before_ = Eigen::Matrix2d::Zero();  // covariance of the turns that led to it
 
     std::optional<Seen> believed_, doubted_, previous_;
+    bool driven_ = true;
+    bool known_ = false;  // and that was seen
     bool steady_ = true;  // the believed plate showed no turn
     Turns turns_;         // as the plate says that was believed last
     std::optional<LiveState> lost_;

@@ -78,7 +78,7 @@ class Exposure {
     bool hasState_ = true;  // devicestate
     int downloads_ = 0;     // that were begun
     HttpExchange exchange_;
-    BackgroundWork decoding_;
+    platform::BackgroundWork decoding_;
     platform::TimerHandle timer_;
 };
 

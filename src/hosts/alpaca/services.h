@@ -5,9 +5,9 @@
 #include <string>
 
 #include "hosts/alpaca/client.h"
-#include "hosts/background.h"
 #include "hosts/equinox_conversion.h"
 #include "hosts/udp_search.h"
+#include "platform/background.h"
 #include "platform/event_loop.h"
 
 namespace vantrel::hosts::alpaca {
@@ -16,7 +16,7 @@ namespace vantrel::hosts::alpaca {
 struct Services {
     platform::EventLoop& loop;
     Client& client;
-    Background& background;
+    platform::Background& background;
     UdpSearches search;
     std::function<int()> discoveryPort;  // the setting
     EquinoxConversion equinox;

@@ -45,7 +45,7 @@ Value toValue(const Json& json) {
 
 Telescope::Telescope(const Services& services, const DeviceRecord& device,
                      std::function<void(const DeviceRecord&)> moved)
-    : HostObject(device.id()), services_(services), link_(services, device, std::move(moved)) {
+    : DispatchObject(device.id()), services_(services), link_(services, device, std::move(moved)) {
     addIdentity();
     addPosition();
     addMotion();

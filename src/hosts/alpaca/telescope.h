@@ -8,14 +8,14 @@
 
 #include "hosts/alpaca/device_link.h"
 #include "hosts/alpaca/slew_latch.h"
-#include "hosts/host_object.h"
+#include "platform/dispatch_object.h"
 
 namespace vantrel::hosts::alpaca {
 
 /// Beside what a telescope driver usually has, "AbortSlew" and "Tracking". Positions are of date, whatever
 /// the mount counts in: one with another equinox than that and J2000 is refused. "Connected" never waits; it
 /// is what the watch saw last.
-class Telescope : public HostObject {
+class Telescope : public platform::DispatchObject {
   public:
     Telescope(const Services& services, const DeviceRecord& device,
               std::function<void(const DeviceRecord&)> moved);

@@ -15,7 +15,7 @@ constexpr int kOfDate = 1;  // the equinox as programs number it: local topocent
 
 Telescope::Telescope(const std::string& progId, std::shared_ptr<Mount> mount,
                      std::function<void()> setupDialog)
-    : HostObject(progId), mount_(std::move(mount)) {
+    : DispatchObject(progId), mount_(std::move(mount)) {
     property(
         "Connected", [this] { return Value(mount_->connected()); },
         [this](const Value& value) { value.toBool() ? mount_->connect() : mount_->disconnect(); });

@@ -5,12 +5,12 @@
 #include <memory>
 #include <string>
 
-#include "hosts/host_object.h"
 #include "hosts/indi/mount.h"
+#include "platform/dispatch_object.h"
 
 namespace vantrel::hosts::indi {
 
-class Telescope : public HostObject {
+class Telescope : public platform::DispatchObject {
   public:
     Telescope(const std::string& progId, std::shared_ptr<Mount> mount, std::function<void()> setupDialog);
 

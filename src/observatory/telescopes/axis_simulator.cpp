@@ -122,7 +122,7 @@ void AxisSimulator::expose() {
         explicit Busy(bool& busy) : flag(busy) { flag = true; }
         ~Busy() { flag = false; }
     } const busy(device->exposing);
-    imaging::Picture picture = device->camera.expose(device->loop.clock().utc(), identity_.name);
+    imaging::Picture picture = device->camera.expose(device->loop.clock().utc(), identity_.name)();
     device->loop.sleep(platform::Milliseconds{std::lround(device->camera.settings().exposureTime * 1000)});
     device->picture = std::move(picture);
     if (device->onPicture) device->onPicture(device->picture);

@@ -129,13 +129,17 @@ Exposure Camera::exposure(const Shot& shot) const {
     return exposure;
 }
 
-imaging::Picture Camera::expose(platform::Instant start, const std::string& telescope, const Shot& shot) {
+LatentPicture Camera::expose(platform::Instant start, const std::string& telescope, const Shot& shot) {
     const Exposure exposed = exposure(shot);
-    auto pixels = drawFrame(exposed, starsOf(shot, start), noise_);
-    const std::size_t width = shot.window ? shot.window->width : exposed.width;
-    const std::size_t height = shot.window ? shot.window->height : exposed.height;
-    return {std::make_shared<const platform::ImageArray>(width, height, std::move(pixels)),
-            header(start, telescope, shot)};
+    NoiseSource noise = noise_;
+    noise_.skip(noiseOf(exposed));
+    return [exposed, noise, stars = starsOf(shot, start), cards = header(start, telescope, shot)]() mutable {
+        auto pixels = drawFrame(exposed, stars, noise);
+        const std::size_t width = exposed.window ? exposed.window->width : exposed.width;
+        const std::size_t height = exposed.window ? exposed.window->height : exposed.height;
+        return imaging::Picture{
+            std::make_shared<const platform::ImageArray>(width, height, std::move(pixels)), cards};
+    };
 }
 
 std::vector<fits::FitsCard> Camera::header(platform::Instant start, const std::string& telescope,

@@ -50,6 +50,9 @@ struct Shot {
     std::optional<ReadWindow> window = {};  // inside the sensor; nothing: all of it, unbinned
 };
 
+/// An exposed picture that is still to be drawn, which takes its time.
+using LatentPicture = std::function<imaging::Picture()>;
+
 class Camera {
   public:
     Camera(const Mount& mount, NoiseSource& noise, sky::CatalogSource catalog);
@@ -58,10 +61,10 @@ class Camera {
     const CameraSettings& settings() const { return settings_; }
 
     /// What an exposure that begins at the instant, which should be now, records. The mount tracks well
-    /// enough for round stars.
-    imaging::Picture expose(platform::Instant start, const std::string& telescope, const Shot& shot);
+    /// enough for round stars. What is given holds all that it needs, and may be developed in any thread.
+    LatentPicture expose(platform::Instant start, const std::string& telescope, const Shot& shot);
     /// The same of the whole sensor, with the settings' exposure time.
-    imaging::Picture expose(platform::Instant start, const std::string& telescope) {
+    LatentPicture expose(platform::Instant start, const std::string& telescope) {
         return expose(start, telescope, {.seconds = settings_.exposureTime});
     }
 

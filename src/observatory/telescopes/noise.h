@@ -29,6 +29,11 @@ class NoiseSource {
         return result;
     }
 
+    /// Goes on as if bits() had been asked so many times.
+    void skip(std::size_t times) {
+        for (; times > 0; --times) bits();
+    }
+
     /// Evenly in [0, 1).
     double uniform() { return static_cast<double>(bits() >> 11U) * 0x1p-53; }
 

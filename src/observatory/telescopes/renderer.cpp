@@ -94,14 +94,16 @@ class Readout {
     float offset_;  // the bias and a half, so that cutting off the fraction rounds
 };
 
+constexpr std::size_t kPixelsPerBits = 4;
+
 std::vector<std::uint16_t> readOut(const Exposure& exposure, const std::vector<float>& electrons,
                                    NoiseSource& noise) {
     const Readout readout(exposure);
     const float* steps = NoiseSource::normalSteps().data();
     std::vector<std::uint16_t> counts(electrons.size());
-    for (std::size_t i = 0; i < counts.size(); i += 4) {
+    for (std::size_t i = 0; i < counts.size(); i += kPixelsPerBits) {
         std::uint64_t bits = noise.bits();
-        const std::size_t end = std::min(i + 4, counts.size());
+        const std::size_t end = std::min(i + kPixelsPerBits, counts.size());
         for (std::size_t k = i; k < end; ++k, bits >>= 16U)
             counts[k] = readout.counts(electrons[k], steps[bits & 0xFFFFU]);
     }
@@ -117,6 +119,12 @@ std::vector<std::uint16_t> drawFrame(const Exposure& exposure, const std::vector
     if (!electrons.empty()) addHotPixels(exposure, noise.seed(), electrons);
     if (exposure.window) electrons = gathered(*exposure.window, exposure.width, electrons);
     return readOut(exposure, electrons, noise);
+}
+
+std::size_t noiseOf(const Exposure& exposure) {
+    const auto& window = exposure.window;
+    const std::size_t pixels = window ? window->width * window->height : exposure.width * exposure.height;
+    return (pixels + kPixelsPerBits - 1) / kPixelsPerBits;
 }
 
 }  // namespace vantrel::observatory

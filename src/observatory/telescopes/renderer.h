@@ -44,5 +44,7 @@ struct Exposure {
 /// electrons more and stand where the noise's seed puts them: the same ones in every frame.
 std::vector<std::uint16_t> drawFrame(const Exposure& exposure, const std::vector<StarSpot>& stars,
                                      NoiseSource& noise);
+/// How many bits() of the noise that takes.
+std::size_t noiseOf(const Exposure& exposure);
 
 }  // namespace vantrel::observatory

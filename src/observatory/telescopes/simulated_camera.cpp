@@ -25,8 +25,9 @@ constexpr std::array<Filter, 5> kWheel = {
 
 }  // namespace
 
-SimulatedCamera::SimulatedCamera(platform::EventLoop& loop, PictureSource source)
-    : loop_(loop), source_(std::move(source)) {
+SimulatedCamera::SimulatedCamera(platform::EventLoop& loop, platform::Background& background,
+                                 PictureSource source)
+    : loop_(loop), background_(background), source_(std::move(source)) {
     facts_.maxBinX = facts_.maxBinY = kMaxBin;
     facts_.binsAlike = false;
     for (const Filter& filter : kWheel) facts_.filters.emplace_back(filter.name);
@@ -46,6 +47,7 @@ const platform::CameraFacts& SimulatedCamera::facts() const {
 
 void SimulatedCamera::start(const platform::CameraOrder& order) {
     timer_.reset();
+    drawing_.reset();
     order_ = order;
     progress_ = Progress::kExposing;
     const int wanted = order.filter.value_or(filter_);
@@ -59,6 +61,7 @@ void SimulatedCamera::start(const platform::CameraOrder& order) {
 
 void SimulatedCamera::abort() {
     timer_.reset();
+    drawing_.reset();
     picture_ = {};
     progress_ = Progress::kIdle;
 }
@@ -100,32 +103,73 @@ void SimulatedCamera::after(double seconds, void (SimulatedCamera::*next)()) {
         try {
             (this->*next)();
         } catch (const std::exception& error) {
-            timer_.reset();
-            failure_ = error.what();
-            become(Progress::kFailed);
+            fail(error.what());
         }
     });
 }
 
 void SimulatedCamera::beginExposure() {
-    const Shot light = shot();
-    picture_ = source_.expose(light);
-    if (order_.subtractDark && light.light) {
-        Shot dark = light;
-        dark.light = false;
-        picture_.pixels = withoutDark(*picture_.pixels, *source_.expose(dark).pixels);
-    }
-    picture_.header.push_back({"FILTER", std::string(kWheel.at(static_cast<std::size_t>(filter_)).name), ""});
+    draw(latent());
     after(order_.seconds, &SimulatedCamera::beginDownload);
+}
+
+LatentPicture SimulatedCamera::latent() const {
+    const Shot asked = shot();
+    const fits::FitsCard filter{"FILTER", std::string(kWheel.at(static_cast<std::size_t>(filter_)).name), ""};
+    Shot dark = asked;
+    dark.light = false;
+    const bool subtract = order_.subtractDark && asked.light;
+    return [filter, exposed = source_.expose(asked),
+            darkness = subtract ? source_.expose(dark) : LatentPicture()] {
+        imaging::Picture picture = exposed();
+        if (darkness) picture.pixels = withoutDark(*picture.pixels, *darkness().pixels);
+        picture.header.push_back(filter);
+        return picture;
+    };
+}
+
+void SimulatedCamera::draw(LatentPicture latent) {
+    struct Drawing {
+        LatentPicture latent;
+        imaging::Picture picture;
+        std::string failure;
+    };
+    picture_ = {};
+    const auto drawing = std::make_shared<Drawing>(Drawing{std::move(latent), {}, {}});
+    drawing_ = background_.run(
+        [drawing] {
+            try {
+                drawing->picture = drawing->latent();
+            } catch (const std::exception& error) {
+                drawing->failure = error.what();
+            }
+        },
+        [this, drawing] {
+            const platform::BackgroundWork ended = std::move(drawing_);
+            if (drawing->picture.pixels == nullptr) return fail(drawing->failure);
+            picture_ = std::move(drawing->picture);
+        });
 }
 
 void SimulatedCamera::beginDownload() {
     progress_ = Progress::kDownloading;
-    const auto pixels = static_cast<double>(picture_.pixels->width() * picture_.pixels->height());
+    const Shot asked = shot();
+    const auto pixels = static_cast<double>(asked.window->width * asked.window->height);
     after(pixels / kPixelsPerSecond, &SimulatedCamera::finish);
 }
 
-void SimulatedCamera::finish() { become(Progress::kReady); }
+/// A slow machine may still be drawing.
+void SimulatedCamera::finish() {
+    constexpr double kLook = 0.01;  // seconds
+    if (picture_.pixels == nullptr) return after(kLook, &SimulatedCamera::finish);
+    become(Progress::kReady);
+}
+
+void SimulatedCamera::fail(const std::string& failure) {
+    timer_.reset();
+    failure_ = failure;
+    become(Progress::kFailed);
+}
 
 void SimulatedCamera::become(Progress progress) {
     progress_ = progress;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "observatory/telescopes/camera.h"
+#include "platform/background.h"
 #include "platform/camera_hardware.h"
 #include "platform/event_loop.h"
 
@@ -20,12 +21,13 @@ struct PictureSource {
     };
     std::function<Size()> sensor;
     /// What an exposure that begins now records. Throws std::runtime_error when there is nothing to see.
-    std::function<imaging::Picture(const Shot&)> expose;
+    std::function<LatentPicture(const Shot&)> expose;
 };
 
 class SimulatedCamera : public platform::CameraHardware {
   public:
-    SimulatedCamera(platform::EventLoop& loop, PictureSource source);
+    /// Pictures are drawn in the background while they are exposed.
+    SimulatedCamera(platform::EventLoop& loop, platform::Background& background, PictureSource source);
 
     std::string name() const override { return "Simulated camera"; }
     void connect() override { connected_ = true; }
@@ -39,21 +41,26 @@ class SimulatedCamera : public platform::CameraHardware {
 
   private:
     Shot shot() const;
+    LatentPicture latent() const;
     void after(double seconds, void (SimulatedCamera::*next)());
     void beginExposure();
+    void draw(LatentPicture latent);
     void beginDownload();
     void finish();
+    void fail(const std::string& failure);
     void become(Progress progress);
 
     platform::EventLoop& loop_;
+    platform::Background& background_;
     PictureSource source_;
     mutable platform::CameraFacts facts_;  // the sensor is set up elsewhere
     bool connected_ = false;
     int filter_ = 0;
 
     platform::CameraOrder order_;
-    imaging::Picture picture_;
-    platform::TimerHandle timer_;  // of the step under way
+    imaging::Picture picture_;          // without pixels until it is drawn
+    platform::BackgroundWork drawing_;  // while it is drawn
+    platform::TimerHandle timer_;       // of the step under way
     Progress progress_ = Progress::kIdle;
     std::string failure_;
 };

@@ -4,6 +4,14 @@
 <context>
     <name>Text</name>
     <message>
+        <source>Guide star to corner</source>
+        <translation>Leitstern bis Ecke</translation>
+    </message>
+    <message>
+        <source>The pictures you align for</source>
+        <translation>Ihre Aufnahmen, für die Sie ausrichten</translation>
+    </message>
+    <message>
         <source>A turn of the bolt</source>
         <translation>Eine Umdrehung der Schraube</translation>
     </message>
@@ -1431,6 +1439,34 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
 <context>
     <name>Tip</name>
     <message>
+        <source>Says what to turn, where speech-dispatcher is installed</source>
+        <translation>Sagt, was zu drehen ist, wo speech-dispatcher installiert ist</translation>
+    </message>
+    <message>
+        <source>Tones that come faster the nearer the axis is to the pole</source>
+        <translation>Töne, die schneller kommen, je näher die Achse am Pol ist</translation>
+    </message>
+    <message>
+        <source>From the guide star to the picture&apos;s farthest corner</source>
+        <translation>Vom Leitstern bis zur entferntesten Ecke der Aufnahme</translation>
+    </message>
+    <message>
+        <source>Where your pictures are taken: near the pole the field turns more</source>
+        <translation>Wo Ihre Aufnahmen liegen: nahe am Pol dreht sich das Feld mehr</translation>
+    </message>
+    <message>
+        <source>A guider holds one star: the field turns about it</source>
+        <translation>Eine Nachführkamera hält einen Stern: das Feld dreht sich um ihn</translation>
+    </message>
+    <message>
+        <source>How long one of your pictures is exposed; empty: the tolerance stays 2&apos;</source>
+        <translation>Belichtungszeit einer Ihrer Aufnahmen; leer: die Toleranz bleibt 2&apos;</translation>
+    </message>
+    <message>
+        <source>The correction&apos;s mark is right for any star, not only near the equator</source>
+        <translation>Die Marke der Korrektur stimmt für jeden Stern, nicht nur nahe am Äquator</translation>
+    </message>
+    <message>
         <source>Both adjusters at once, by pictures taken while you turn them</source>
         <translation>Beide Einstellschrauben zugleich, nach Aufnahmen, während Sie drehen</translation>
     </message>
@@ -1933,6 +1969,33 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>How wrong the mount&apos;s clock is, in seconds</source>
         <translation>Wie falsch die Uhr der Montierung geht, in Sekunden</translation>
+    </message>
+</context>
+<context>
+    <name>frmOptions</name>
+    <message>
+        <source>%1: %2 s unguided, a pixel (%3) of drift</source>
+        <translation>%1: %2 s ohne Nachführkamera, ein Pixel (%3) Drift</translation>
+    </message>
+    <message>
+        <source>%1: %2 s unguided, %3 of drift</source>
+        <translation>%1: %2 s ohne Nachführkamera, %3 Drift</translation>
+    </message>
+    <message>
+        <source>%1: %2 s guided, a pixel of trail %3° from the guide star</source>
+        <translation>%1: %2 s mit Nachführkamera, ein Pixel Spur %3° vom Leitstern</translation>
+    </message>
+    <message>
+        <source>Guided: the pixel scale calculator wants focal length and pixel size</source>
+        <translation>Mit Nachführkamera: der Rechner des Bildmaßstabs braucht Brennweite und Pixelgröße</translation>
+    </message>
+    <message>
+        <source>Guided: how far is the guide star from the farthest corner?</source>
+        <translation>Mit Nachführkamera: wie weit ist der Leitstern von der entferntesten Ecke?</translation>
+    </message>
+    <message>
+        <source>%1 as long as no exposure is given</source>
+        <translation>%1, solange keine Belichtungszeit angegeben ist</translation>
     </message>
 </context>
 </TS>

@@ -75,7 +75,7 @@ TEST(LiveAxis, TellsWhatRemainsOfBothAtOnce) {
         night.mount.azimuth = 12;
         night.look();
         night.mount.elevation = 6;
-        night.look();
+        for (int plate = 0; plate < 30; ++plate) night.look();
         const LiveReading reading = night.look();
         EXPECT_EQ(reading.state, LiveState::kFollowing);
         EXPECT_TRUE(reading.still);
@@ -150,6 +150,50 @@ TEST(LiveAxis, NoticesThatTrackingStopped) {
             EXPECT_NEAR(again.remaining.elevation, -25, 0.02);
         }
     }
+}
+
+TEST(LiveAxis, AMountWithoutADriveIsFollowedOverTheGround) {
+    for (const Place& place : kPlaces) {
+        SCOPED_TRACE(place.name);
+        Night night(place.latitude, place.declination, place.hourAngle, place.air);
+        night.tracking = false;
+        night.measure();
+        night.look();
+        night.look();
+        EXPECT_EQ(night.look().state, LiveState::kFollowing);
+        night.mount.azimuth = 12;
+        night.look();
+        night.mount.elevation = 6;
+        for (int plate = 0; plate < 30; ++plate) night.look();
+        const LiveReading still = night.look();
+        EXPECT_FALSE(still.driven);
+        EXPECT_EQ(still.state, LiveState::kFollowing);
+        EXPECT_NEAR(still.remaining.azimuth, 12, 0.05);
+        EXPECT_NEAR(still.remaining.elevation, 6, 0.05);
+        // Somebody switches the drive on.
+        night.tracking = true;
+        night.look();
+        night.look();
+        night.mount.elevation = 1;
+        night.look();
+        const LiveReading tracking = night.look();
+        EXPECT_TRUE(tracking.driven);
+        EXPECT_EQ(tracking.state, LiveState::kFollowing);
+        EXPECT_NEAR(tracking.remaining.azimuth, 12, 0.1);
+        EXPECT_NEAR(tracking.remaining.elevation, 1, 0.1);
+    }
+}
+
+TEST(LiveAxis, AsksWhetherItWasTurnedBeforeItIsClearThatNothingTracks) {
+    Night night(50, 20, 1.5);
+    night.tracking = false;
+    night.measure();
+    night.look();
+    night.mount.elevation += 4;
+    night.look();
+    const LiveReading reading = night.look();
+    EXPECT_EQ(reading.state, LiveState::kJumped);
+    EXPECT_FALSE(reading.driven);
 }
 
 TEST(LiveAxis, FollowsToAnotherPlace) {

@@ -15,24 +15,6 @@
 
 namespace vantrel::test {
 
-/// Works at once, in the loop's next turn.
-class ImmediateBackground : public hosts::Background {
-  public:
-    explicit ImmediateBackground(platform::EventLoop& loop) : loop_(loop) {}
-
-    hosts::BackgroundWork run(std::function<void()> work, std::function<void()> done) override {
-        const auto heard = std::make_shared<int>();
-        loop_.post([work = std::move(work), done = std::move(done), weak = std::weak_ptr<int>(heard)] {
-            work();
-            if (!weak.expired()) done();
-        });
-        return heard;
-    }
-
-  private:
-    platform::EventLoop& loop_;
-};
-
 /// Datagrams that arrive after their time, once somebody asked.
 struct FakeDatagram {
     platform::Milliseconds after;
@@ -67,7 +49,7 @@ class AlpacaWorld {
     FakeHttp http{loop};
     std::map<std::string, FakeServer> servers;  // by "host:port"
     hosts::alpaca::Client client{http, hosts::PumpedWait(loop, calls, [this] { return stopped; }), 17};
-    ImmediateBackground background{loop};
+    platform::BackgroundOfLoop background{loop};
     std::vector<FakeDatagram> datagrams;
     std::vector<hosts::UdpQuestion> searches;
     std::vector<std::string> pages;

@@ -6,7 +6,6 @@
 #include "headless/system_time.h"
 #include "hosts/alpaca/host.h"
 #include "hosts/alpaca/server_process.h"
-#include "hosts/background.h"
 #include "hosts/network_client.h"
 #include "platform/queued_event_loop.h"
 #include "support/refusal.h"
@@ -80,7 +79,7 @@ struct LoopbackTest : testing::Test {
     platform::QueuedEventLoop loop{time};
     platform::OutsideCalls calls;
     NetworkClient network{loop};
-    BackgroundThreads background{loop};
+    platform::BackgroundThreads background{loop, calls};
     Client client{network, PumpedWait(loop, calls), 4711};
     platform::MemorySettings settings;
     platform::ClassRegistry classes;

@@ -65,7 +65,7 @@ TEST_F(CameraTest, StarsLandWhereTheSkyPutsThem) {
         for (const bool mirrored : {false, true}) {
             camera_.settings().rotation = rotation;
             camera_.settings().mirrored = mirrored;
-            const imaging::Picture picture = camera_.expose(time_.utc(), "");
+            const imaging::Picture picture = camera_.expose(time_.utc(), "")();
             const double scale = 6.45 / 1000 / 370;  // radians
             for (const auto& [up, east] : {std::pair{0.0, 0.0}, {0.3, 0.0}, {0.0, -0.4}, {-0.2, 0.5}}) {
                 const double u = std::tan(up * kDegree) / scale;
@@ -116,7 +116,7 @@ TEST_F(CameraTest, MagnitudesAndExposuresGiveTheirElectrons) {
 
 TEST_F(CameraTest, HotPixelsAsACountOrAShare) {
     const auto hot = [this] {
-        const imaging::Picture picture = camera_.expose(time_.utc(), "");
+        const imaging::Picture picture = camera_.expose(time_.utc(), "")();
         const auto& counts = std::get<std::vector<std::uint16_t>>(picture.pixels->pixels());
         return std::count_if(counts.begin(), counts.end(), [](std::uint16_t c) { return c > 1500; });
     };

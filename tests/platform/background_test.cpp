@@ -1,4 +1,4 @@
-#include "hosts/background.h"
+#include "platform/background.h"
 
 #include <atomic>
 #include <thread>
@@ -8,7 +8,7 @@
 #include "headless/system_time.h"
 #include "platform/queued_event_loop.h"
 
-namespace vantrel::hosts {
+namespace vantrel::platform {
 namespace {
 
 using namespace std::chrono_literals;
@@ -20,8 +20,9 @@ struct BackgroundTest : testing::Test {
     }
 
     headless::SystemTime time{headless::SystemTime::now(), [] { return -1; }};
-    platform::QueuedEventLoop loop{time};
-    std::unique_ptr<BackgroundThreads> background = std::make_unique<BackgroundThreads>(loop);
+    QueuedEventLoop loop{time};
+    OutsideCalls calls;
+    std::unique_ptr<BackgroundThreads> background = std::make_unique<BackgroundThreads>(loop, calls);
 };
 
 TEST_F(BackgroundTest, WorksElsewhereAndTellsHere) {
@@ -78,18 +79,54 @@ TEST_F(BackgroundTest, EndsWithItsWork) {
     EXPECT_TRUE(worked);
 }
 
+TEST_F(BackgroundTest, LetsHandlersInWhileItAwaitsLongWork) {
+    std::atomic<bool> may = false;
+    std::thread::id worker;
+    bool underWay = false;
+    loop.post([&] {
+        underWay = calls.underWay();
+        may = true;
+    });
+    background->await([&] {
+        worker = std::this_thread::get_id();
+        while (!may) std::this_thread::yield();
+    });
+    EXPECT_NE(worker, std::this_thread::get_id());
+    EXPECT_TRUE(underWay);
+    EXPECT_FALSE(calls.underWay());
+}
+
+TEST_F(BackgroundTest, ThrowsWhatAwaitedWorkThrew) {
+    EXPECT_THROW(background->await([] { throw std::invalid_argument("no"); }), std::invalid_argument);
+}
+
+TEST_F(BackgroundTest, FinishesAwaitedWorkWhenTheProgramEnds) {
+    std::atomic<bool> may = false;
+    bool worked = false;
+    loop.post([&] {
+        loop.setEnding(true);
+        may = true;
+    });
+    background->await([&] {
+        while (!may) std::this_thread::yield();
+        worked = true;
+    });
+    EXPECT_TRUE(worked);
+}
+
 // Where every run is to be the same, work comes in its turn.
 TEST_F(BackgroundTest, OfTheLoopWorksInItsTurnUnlessLetGo) {
     BackgroundOfLoop inTurn(loop);
     std::string story;
     const BackgroundWork kept = inTurn.run([&] { story += "work "; }, [&] { story += "done "; });
+    inTurn.await([&] { story += "at once "; });
     BackgroundWork dropped = inTurn.run([&] { story += "never "; }, [] {});
     BackgroundWork inside = inTurn.run([&] { inside.reset(); }, [&] { story += "never "; });
     dropped.reset();
-    EXPECT_EQ(story, "");
+    EXPECT_EQ(story, "at once ");
     loop.yield();
-    EXPECT_EQ(story, "work done ");
+    EXPECT_EQ(story, "at once work done ");
 }
 
 }  // namespace
-}  // namespace vantrel::hosts
+}  // namespace vantrel::platform

@@ -1,13 +1,16 @@
-#include "hosts/background.h"
+#include "platform/background.h"
 
 #include <atomic>
+#include <exception>
+#include <semaphore>
 #include <thread>
 
-namespace vantrel::hosts {
+namespace vantrel::platform {
 
 namespace {
 
-constexpr platform::Milliseconds kBetweenLooks{10};
+constexpr Milliseconds kBetweenLooks{10};
+constexpr Milliseconds kAlone{20};  // work that is over by then lets no other handler in
 
 }  // namespace
 
@@ -18,8 +21,6 @@ struct BackgroundThreads::Task {
     std::weak_ptr<void> heard;
     std::jthread thread;  // last: it ends before the rest goes
 };
-
-BackgroundThreads::BackgroundThreads(platform::EventLoop& loop) : loop_(loop) {}
 
 BackgroundThreads::~BackgroundThreads() = default;
 
@@ -37,6 +38,26 @@ BackgroundWork BackgroundThreads::run(std::function<void()> work, std::function<
     });
     if (timer_ == nullptr) timer_ = loop_.every(kBetweenLooks, [this] { deliver(); });
     return heard;
+}
+
+void BackgroundThreads::await(const std::function<void()>& work) {
+    std::exception_ptr failure;
+    std::binary_semaphore over(0);
+    {
+        const std::jthread thread([&] {
+            try {
+                work();
+            } catch (...) {
+                failure = std::current_exception();
+            }
+            over.release();
+        });
+        if (!over.try_acquire_for(kAlone)) {
+            const OutsideCall call(calls_);
+            while (!loop_.ending() && !over.try_acquire()) loop_.sleep(kBetweenLooks);
+        }
+    }
+    if (failure) std::rethrow_exception(failure);
 }
 
 BackgroundWork BackgroundOfLoop::run(std::function<void()> work, std::function<void()> done) {
@@ -60,4 +81,4 @@ void BackgroundThreads::deliver() {
         if (!task->heard.expired()) task->done();
 }
 
-}  // namespace vantrel::hosts
+}  // namespace vantrel::platform

@@ -1,0 +1,74 @@
+#include "correction/needed_tolerance.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/angles.h"
+#include "platform/text.h"
+
+namespace vantrel::correction {
+
+using engine::shortAngle;
+using platform::formatNumber;
+
+namespace {
+
+/// Arc-minutes from the pole that let a star drift by an arc-second in a second, where it drifts most.
+constexpr double kDrift = 229;
+/// Micrometres of trail for each arc-minute, minute of time, degree and millimetre: one over this.
+constexpr double kRotation = 45'000;
+
+std::string seconds(double exposure) { return platform::toText(exposure) + " s"; }
+
+NeededTolerance unguided(const PlannedPictures& pictures) {
+    double drift = 1;
+    std::string words = formatNumber(drift, "0.0") + "″";
+    if (pictures.pixel && pictures.focalLength) {
+        drift = 206.265 * *pictures.pixel / *pictures.focalLength;
+        words = "a pixel (" + formatNumber(drift, "0.0") + "″)";
+    }
+    const double needed = kDrift * drift / pictures.exposure;
+    return {needed,
+            shortAngle(needed) + ": " + seconds(pictures.exposure) + " unguided, " + words + " of drift"};
+}
+
+NeededTolerance guided(const PlannedPictures& pictures) {
+    if (!pictures.pixel || !pictures.focalLength)
+        return {{}, "Guided: the pixel scale calculator wants focal length and pixel size"};
+    if (!(pictures.fromGuideStar > 0))
+        return {{}, "Guided: how far is the guide star from the farthest corner?"};
+    const double cosine = std::cos(engine::degreesToRadians(pictures.declination));
+    const double needed = *pictures.pixel * kRotation * std::max(cosine, 0.0) /
+                          (pictures.exposure / 60 * pictures.fromGuideStar * *pictures.focalLength);
+    return {needed, shortAngle(needed) + ": " + seconds(pictures.exposure) + " guided, a pixel of trail " +
+                        platform::toText(pictures.fromGuideStar) + "° from the guide star"};
+}
+
+}  // namespace
+
+NeededTolerance neededTolerance(const PlannedPictures& pictures) {
+    if (!(pictures.exposure > 0)) return {{}, "2.0' as long as no exposure is given"};
+    return pictures.guided ? guided(pictures) : unguided(pictures);
+}
+
+PlannedPictures plannedPictures(engine::SettingsPort& settings) {
+    const auto option = [&](const char* key) {
+        return platform::leadingNumber(settings.GetSetting("PolarAlign", key, ""));
+    };
+    const auto length = [&](const char* key) -> std::optional<double> {
+        const auto number = platform::parseNumber(settings.GetSetting("Solve", key, ""));
+        return number && *number > 0 ? number : std::nullopt;
+    };
+    constexpr double kMillimetresPerInch = 25.4;
+    PlannedPictures pictures{.exposure = option("PictureExposure"),
+                             .guided = option("PictureGuided") != 0,
+                             .declination = option("PictureDeclination"),
+                             .fromGuideStar = option("FromGuideStar"),
+                             .focalLength = length("TelescopeFL"),
+                             .pixel = length("CameraPixelXSize")};
+    if (pictures.focalLength && settings.GetSetting("Solve", "FocalLengthUnits", "mm") == "in")
+        *pictures.focalLength *= kMillimetresPerInch;
+    return pictures;
+}
+
+}  // namespace vantrel::correction

@@ -1,0 +1,1 @@
+// Headers are compiled for a target, and a target has a source.
