@@ -174,7 +174,9 @@ const std::vector<std::pair<const char*, const char*>>& ownTexts() {
         {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture", "Solve")},
         {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture", "Stop")},
         {"frmSolvePicture",
-         QT_TRANSLATE_NOOP("frmSolvePicture", "A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file")},
+         QT_TRANSLATE_NOOP(
+             "frmSolvePicture",
+             "A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file")},
         {"frmSolvePicture", QT_TRANSLATE_NOOP("frmSolvePicture", "Choose a picture file")},
         {"frmSolvePicture",
          QT_TRANSLATE_NOOP("frmSolvePicture", "Arc-seconds per pixel; empty: as the file tells, or any")},
