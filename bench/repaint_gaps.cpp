@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
     qt::Theme theme;
     std::ostringstream boxes;
     qt::UnattendedDialogs dialogs(boxes);
-    qt::Program program({loop, theme, barrier}, user, dialogs, 1);
+    qt::Program program({loop, theme, barrier, true}, user, dialogs, 1);
     user.settings.write("PolarAlign", "ExposeInterval", "1");
     user.settings.write("PolarAlign", "DelayAfterSlew", "0");
     const auto simulator = program.automation().create("AxisSimulator.Telescope");

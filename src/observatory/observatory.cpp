@@ -36,7 +36,7 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
       background_(seams_.background != nullptr ? *seams_.background : ownBackground_) {
     if (!seams_.profile) seams_.profile = std::make_shared<platform::MemorySettings>();
     if (!seams_.stars) seams_.stars = [] { return sky::TychoCatalog::openBuiltIn(); };
-    axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, noise_, seams_.stars);
+    axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, background_, noise_, seams_.stars);
     scopeSimCamera_ = std::make_unique<Camera>(scopeSim_->mount, noise_, seams_.stars);
     simulatedCamera_ = std::make_unique<SimulatedCamera>(loop_, background_, pictures());
     imaging_ = std::make_unique<imaging::ImagingPrograms>(

@@ -1,5 +1,6 @@
 #include "observatory/telescopes/axis_simulator.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
@@ -122,17 +123,23 @@ void AxisSimulator::expose() {
         explicit Busy(bool& busy) : flag(busy) { flag = true; }
         ~Busy() { flag = false; }
     } const busy(device->exposing);
-    imaging::Picture picture = device->camera.expose(device->loop.clock().utc(), identity_.name)();
-    device->loop.sleep(platform::Milliseconds{std::lround(device->camera.settings().exposureTime * 1000)});
+    const platform::Clock& clock = device->loop.clock();
+    const auto ends = clock.sinceStart() +
+                      platform::Milliseconds{std::lround(device->camera.settings().exposureTime * 1000)};
+    const LatentPicture latent = device->camera.expose(clock.utc(), identity_.name);
+    imaging::Picture picture;
+    device->background.await([&] { picture = latent(); });
+    device->loop.sleep(std::max(ends - clock.sinceStart(), platform::Milliseconds{0}));
     device->picture = std::move(picture);
     if (device->onPicture) device->onPicture(device->picture);
 }
 
 void AxisSimulator::save(const std::string& path) const {
-    const auto& pixels = device_->picture.pixels;
-    if (!pixels) throw std::runtime_error("There is no image to save yet");
+    const imaging::Picture picture = device_->picture;
+    if (!picture.pixels) throw std::runtime_error("There is no image to save yet");
     try {
-        fits::writeFits(folders_.real(path), *pixels, device_->picture.header);
+        device_->background.await(
+            [&] { fits::writeFits(folders_.real(path), *picture.pixels, picture.header); });
     } catch (const fits::FitsError& error) {
         throw std::runtime_error("The image could not be saved as " + path + ": " + error.what());
     }

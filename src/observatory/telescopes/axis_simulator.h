@@ -3,14 +3,17 @@
 
 #include "observatory/telescopes/camera.h"
 #include "observatory/telescopes/telescope_driver.h"
+#include "platform/background.h"
 #include "platform/folder_map.h"
 
 namespace vantrel::observatory {
 
 struct AxisSimulatorDevice : TelescopeDevice {
-    AxisSimulatorDevice(platform::EventLoop& eventLoop, NoiseSource& noise, sky::CatalogSource catalog)
-        : TelescopeDevice(eventLoop, noise), camera(mount, noise, std::move(catalog)) {}
+    AxisSimulatorDevice(platform::EventLoop& eventLoop, platform::Background& beside, NoiseSource& noise,
+                        sky::CatalogSource catalog)
+        : TelescopeDevice(eventLoop, noise), background(beside), camera(mount, noise, std::move(catalog)) {}
 
+    platform::Background& background;
     Camera camera;
     imaging::Picture picture;  // the last one; no pixels before the first
     std::function<void(const imaging::Picture&)> onPicture;

@@ -40,15 +40,16 @@ class DriverTest : public testing::Test {
 
     platform::VirtualTime time_{platform::parseInstant("2026-11-24T20:00:00Z").value()};
     platform::QueuedEventLoop loop_{time_};
+    platform::BackgroundOfLoop background_{loop_};
     test::TempFolder drives_;
     platform::FolderMap folders_{drives_.path()};
     NoiseSource noise_{1};
     std::vector<std::string> setups_;
-    AxisSimulator driver_{
-        {"AxisSimulator.Telescope", "Axis", "A mount with an axis"},
-        std::make_shared<AxisSimulatorDevice>(loop_, noise_, [] { return sky::TychoCatalog::openBuiltIn(); }),
-        [this](const std::string& progId) { setups_.push_back(progId); },
-        folders_};
+    AxisSimulator driver_{{"AxisSimulator.Telescope", "Axis", "A mount with an axis"},
+                          std::make_shared<AxisSimulatorDevice>(
+                              loop_, background_, noise_, [] { return sky::TychoCatalog::openBuiltIn(); }),
+                          [this](const std::string& progId) { setups_.push_back(progId); },
+                          folders_};
 };
 
 TEST_F(DriverTest, TellsWhatItIsAndCan) {
