@@ -155,7 +155,7 @@ std::string ManualExposures::exposeAndSolve() {
     if (state_.PlateSolved) return found ? whereItLooks(*found, {.RA = ra, .Dec = dec}) : "";
     services_.log.AddToLog("Plate Solve failed");
     services_.log.AddToLog("Check Plate Solve Settings");
-    return "No position found: check the solve settings";
+    return state_.WhyUnsolved.empty() ? "No position found: check the solve settings" : state_.WhyUnsolved;
 }
 
 std::optional<PlateSolution> ManualExposures::solve() {

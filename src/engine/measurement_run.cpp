@@ -45,7 +45,7 @@ void MeasurementRun::cmdRun_Click() {
         return;
     } catch (const StopExit&) {
         if (state_.AppUnloading) return;
-        services_.progress.end(state_.StopRequested ? "Stopped" : "");
+        services_.progress.end(state_.StopRequested ? "Stopped" : state_.WhyUnsolved);
         log("Align Aborted");
     } catch (...) {
         state_.LastMessage = platform::errorReport(platform::currentError(), "mod cmdRun");

@@ -19,6 +19,7 @@ struct RunState {
     bool SpiralSearchAllowed = false;  // the caller of a solve: it may search around the start position
     bool WholeSkyAllowed = false;      // and anywhere, where nobody knows the start position
     bool PlateSolved = false;          // the last solve succeeded
+    std::string WhyUnsolved;           // what the plate lacks that wasn't, where the solver tells
     double PlateRAError = 0;           // hours in [0, 24): solved less exposure position, of the last success
     double PlateDecError = 0;          // degrees
     bool CameraFailed = false;         // camera link: the last exposure failed or was aborted
@@ -27,9 +28,10 @@ struct RunState {
     std::string LastMessage;           // text of the last report
     std::string LastSavedImage;        // file name of the image saved last, without its folder
 
-    /// Something new begins. The stop that the end of the program asks for stays.
+    /// Something new begins. Only the stop that the end of the program asks for stays.
     void forgetStop() {
         if (!AppUnloading) StopRequested = false;
+        WhyUnsolved.clear();
     }
 };
 

@@ -12,6 +12,8 @@ class FitsError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+inline constexpr const char* kTooMuchMemory = "damaged: it asks for more memory than an image takes";
+
 [[noreturn]] inline void failFits(const std::filesystem::path& path, const std::string& why) {
     throw FitsError(path.string() + ": " + why);
 }

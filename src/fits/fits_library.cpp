@@ -8,7 +8,6 @@ namespace vantrel::fits {
 
 namespace {
 
-constexpr const char* kTooMuchMemory = "damaged: it asks for more memory than an image takes";
 
 /// CFITSIO's own explanation of a status code.
 std::string libraryError(int status) {
@@ -58,27 +57,6 @@ void LibraryFile::moveTo(const FitsImageUnit& image) {
     const bool same = axes <= 3 && sizes[0] == static_cast<LONGLONG>(width) &&
                       sizes[1] == static_cast<LONGLONG>(height) && sizes[2] == static_cast<LONGLONG>(planes);
     if (!same || (fits_is_compressed_image(file_, &status_) != 0) != image.tiled) failFits(name_, "damaged");
-}
-
-void guardedLibraryCall(const std::filesystem::path& path, const GuardLimits& limits,
-                        const std::function<void()>& call) {
-    const auto inOwnProcess = [&] {
-        try {
-            call();
-        } catch (const std::bad_alloc&) {
-            failFits(path, kTooMuchMemory);
-        }
-        return std::string();
-    };
-    try {
-        callGuarded(limits, inOwnProcess);
-    } catch (const GuardedCallFailed& e) {
-        throw FitsError(e.what());
-    } catch (const GuardedCallTookTooLong&) {
-        failFits(path, "takes longer to read than an image of its size does");
-    } catch (const GuardedCallCrashed&) {
-        failFits(path, "the library that reads it crashed");
-    }
 }
 
 }  // namespace vantrel::fits

@@ -46,9 +46,4 @@ class LibraryFile {
     int status_ = 0;
 };
 
-/// Runs what uses the library in a process of its own, as the library crashes on some damaged files. Throws
-/// FitsError that names the file for a crash, for a call that goes beyond its limits, and for what it throws.
-void guardedLibraryCall(const std::filesystem::path& path, const GuardLimits& limits,
-                        const std::function<void()>& call);
-
 }  // namespace vantrel::fits

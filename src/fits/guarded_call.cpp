@@ -10,6 +10,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "fits/fits_error.h"
+
 namespace vantrel::fits {
 
 namespace {
@@ -98,6 +100,27 @@ std::string callGuarded(const GuardLimits& limits, const std::function<std::stri
     if (answer.empty()) throw GuardedCallCrashed("The call ended without an answer");
     if (answer.front() != '+') throw GuardedCallFailed(answer.substr(1));
     return answer.substr(1);
+}
+
+void guardedLibraryCall(const std::filesystem::path& path, const GuardLimits& limits,
+                        const std::function<void()>& call) {
+    const auto inOwnProcess = [&] {
+        try {
+            call();
+        } catch (const std::bad_alloc&) {
+            failFits(path, kTooMuchMemory);
+        }
+        return std::string();
+    };
+    try {
+        callGuarded(limits, inOwnProcess);
+    } catch (const GuardedCallFailed& e) {
+        throw FitsError(e.what());
+    } catch (const GuardedCallTookTooLong&) {
+        failFits(path, "takes longer to read than an image of its size does");
+    } catch (const GuardedCallCrashed&) {
+        failFits(path, "the library that reads it crashed");
+    }
 }
 
 }  // namespace vantrel::fits

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -32,5 +33,11 @@ class GuardedCallTookTooLong : public std::runtime_error {
 /// with the same text. The call is refused memory beyond its limit, and ended when its time is over. Its
 /// changes to memory are lost unless that is shared. Throws std::system_error when there can be no child.
 std::string callGuarded(const GuardLimits& limits, const std::function<std::string()>& call);
+
+/// Runs what uses a library that reads images in a process of its own, as it may crash on damaged files.
+/// Throws FitsError that names the file for a crash, for a call that goes beyond its limits, and for what it
+/// throws.
+void guardedLibraryCall(const std::filesystem::path& path, const GuardLimits& limits,
+                        const std::function<void()>& call);
 
 }  // namespace vantrel::fits

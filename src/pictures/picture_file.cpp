@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "fits/fits_library.h"
+#include "fits/guarded_call.h"
 #include "pictures/picture_sink.h"
 
 namespace vantrel::pictures {

@@ -64,7 +64,7 @@ class Solve {
     PlateSolution reportSolution();
     std::optional<engine::SolutionQuality> quality(double scaleH, double scaleV);
     void reportFailedAttempt(int attempt, const Search& search);
-    void reportReason();
+    void keepReason();
     void pauseOneSecond();
     void updateFile(PlateSolution& solution);
 
@@ -155,11 +155,12 @@ std::optional<PlateSolution> Solve::solveAttached() {
         }
     }
 
-    if (solution)
+    if (solution) {
         updateFile(*solution);
-    else
-        reportReason();
-    if (!solution) state_.PlateSolved = false;
+    } else {
+        keepReason();
+        state_.PlateSolved = false;
+    }
     succeeds("DetachFITS");
     return solution;
 }
@@ -215,7 +216,7 @@ bool Solve::findImageStars() {
     bool found = false;
     tolerating([&] {
         found = required(plate_).call("FindImageStars").toBool();
-        if (!found) reportReason();
+        if (!found) keepReason();
     });
     if (!found) return false;
     tolerating([&] { log("Step 1: Found " + count("ImageStars") + " objects in image."); });
@@ -309,8 +310,8 @@ void Solve::reportFailedAttempt(int attempt, const Search& search) {
 }
 
 /// Engines that don't tell are none the worse.
-void Solve::reportReason() {
-    tolerating([&] { log("  " + plate_->get("FailureReason").toText()); });
+void Solve::keepReason() {
+    tolerating([&] { state_.WhyUnsolved = plate_->get("FailureReason").toText(); });
 }
 
 /// Leaves the solution in view, with the buttons alive.

@@ -234,6 +234,35 @@ const std::vector<std::pair<const char*, const char*>>& ownTexts() {
          QT_TRANSLATE_NOOP("frmSolvePicture",
                            "The stars look sound, but no place within %1 degrees of the start fits them: is "
                            "the picture elsewhere, or its scale of %2\" wrong by more than a seventh?")},
+        {"frmMain",
+         QT_TRANSLATE_NOOP("frmMain", "No stars were found: clouds, a cover, or far out of focus?")},
+        {"frmMain",
+         QT_TRANSLATE_NOOP("frmMain", "The stars are trailed by %1 pixels at %2 degrees to the rows")},
+        {"frmMain", QT_TRANSLATE_NOOP("frmMain", "The stars are %1 pixels wide: out of focus?")},
+        {"frmMain",
+         QT_TRANSLATE_NOOP(
+             "frmMain",
+             "Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?")},
+        {"frmMain", QT_TRANSLATE_NOOP("frmMain",
+                                      "%1 stars were found where about %2 are expected at this "
+                                      "scale: clouds, too short an exposure, or a wrong scale?")},
+        {"frmMain", QT_TRANSLATE_NOOP("frmMain",
+                                      "%1 stars were found where %2 or more are expected at this "
+                                      "scale: clouds, too short an exposure, or a wrong scale?")},
+        {"frmMain",
+         QT_TRANSLATE_NOOP(
+             "frmMain",
+             "%1 stars were found where about %2 are expected at this scale: hot pixels, or a wrong scale?")},
+        {"frmMain", QT_TRANSLATE_NOOP("frmMain",
+                                      "The stars look sound, but no place that was looked at fits "
+                                      "them in fields 0.3 to 30 degrees wide")},
+        {"frmMain", QT_TRANSLATE_NOOP("frmMain",
+                                      "The stars look sound, but no place in the whole sky fits "
+                                      "them: is its scale of %1\" wrong by more than a seventh?")},
+        {"frmMain",
+         QT_TRANSLATE_NOOP("frmMain",
+                           "The stars look sound, but no place within %1 degrees of the start fits them: is "
+                           "the picture elsewhere, or its scale of %2\" wrong by more than a seventh?")},
         {"frmSolvePicture",
          QT_TRANSLATE_NOOP("frmSolvePicture",
                            "The file tells no date: the stars are taken where they stand today")},

@@ -57,8 +57,9 @@ std::string whyUnsolved(const StarList& stars, const SoughtField& field) {
     if (field.starsExpected) {
         const double expected = std::round(*field.starsExpected);
         const std::string where =
-            whole(found) + " stars were found where " +
-            (expected < kMostExpected ? "about " + whole(expected) : whole(expected) + " or more") +
+            whole(found) +
+            (expected < kMostExpected ? " stars were found where about " + whole(expected)
+                                      : " stars were found where " + whole(expected) + " or more") +
             " are expected at this scale: ";
         if (found < kTooFew * expected) return where + "clouds, too short an exposure, or a wrong scale?";
         if (found > kTooMany * std::max(10.0, expected)) return where + "hot pixels, or a wrong scale?";
