@@ -341,7 +341,8 @@ void PinPointPlate::adopt(const PlateSolution& solution) {
 void PinPointPlate::updateFits() {
     if (path_.empty() || !image_) refuse("no FITS file is attached");
     if (!solution_) refuse("the plate is not solved");
-    fits::writeWcs(path_, path_, wcsOf(*solution_, geometry(1, 1)));
+    const auto wcs = wcsOf(*solution_, geometry(1, 1));
+    background_.await([path = path_, wcs] { fits::writeWcs(path, path, wcs); });
 }
 
 const std::shared_ptr<const FitsImage>& PinPointPlate::image() const {
