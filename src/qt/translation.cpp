@@ -4,6 +4,9 @@
 #include <QLibraryInfo>
 #include <QRegularExpression>
 #include <QTranslator>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 #include "platform/user_machine.h"
 
@@ -20,26 +23,40 @@ void speak(QCoreApplication& application, const QLocale& language) {
 
 namespace {
 
-/// The names and figures of a text that is made like the pattern; empty when it isn't.
-QStringList partsOf(const QString& text, const char* pattern) {
-    QString expression = QRegularExpression::escape(QString::fromUtf8(pattern));
-    for (const char* place : {"\\%1", "\\%2", "\\%3", "\\%4"}) expression.replace(place, "(.+)");
-    const auto match = QRegularExpression(QRegularExpression::anchoredPattern(expression)).match(text);
-    return match.hasMatch() ? match.capturedTexts().mid(1) : QStringList();
+/// A text of the program's own, ready to be recognised: windows ask for hundreds at a time.
+struct KnownText {
+    const char* form;
+    const char* text;
+    std::optional<QRegularExpression> pattern;  // where names and figures stand in it
+};
+
+std::vector<KnownText> knownTexts() {
+    std::vector<KnownText> known;
+    for (const auto& [form, text] : ownTexts()) {
+        known.push_back({form, text, std::nullopt});
+        if (std::string_view(text).find("%1") == std::string_view::npos) continue;
+        QString expression = QRegularExpression::escape(QString::fromUtf8(text));
+        for (const char* place : {"\\%1", "\\%2", "\\%3", "\\%4"}) expression.replace(place, "(.+)");
+        known.back().pattern.emplace(QRegularExpression::anchoredPattern(expression));
+        known.back().pattern->optimize();
+    }
+    return known;
 }
 
 }  // namespace
 
 QString inWords(const std::string& form, const std::string& text) {
-    QString plain = QString::fromStdString(text);
-    for (const auto& [owner, own] : ownTexts()) {
-        if (form != owner) continue;
-        if (text == own) return QCoreApplication::translate(owner, own);
-        const QStringList parts =
-            std::string(own).find("%1") == std::string::npos ? QStringList() : partsOf(plain, own);
-        if (parts.isEmpty()) continue;
-        QString words = QCoreApplication::translate(owner, own);
-        for (const QString& part : parts) words = words.arg(inWords(form, part.toStdString()));
+    static const std::vector<KnownText> known = knownTexts();
+    const QString plain = QString::fromStdString(text);
+    for (const KnownText& own : known) {
+        if (form != own.form) continue;
+        if (text == own.text) return QCoreApplication::translate(own.form, own.text);
+        if (!own.pattern) continue;
+        const auto match = own.pattern->match(plain);
+        if (!match.hasMatch()) continue;
+        QString words = QCoreApplication::translate(own.form, own.text);
+        for (const QString& part : match.capturedTexts().mid(1))
+            words = words.arg(inWords(form, part.toStdString()));
         return words;
     }
     return plain;

@@ -343,7 +343,8 @@ void PinPointPlate::adopt(const PlateSolution& solution) {
 void PinPointPlate::updateFits() {
     if (path_.empty() || !image_) refuse("no FITS file is attached");
     if (!solution_) refuse("the plate is not solved");
-    fits::writeWcs(path_, path_, wcsOf(*solution_, geometry(1, 1)));
+    const auto wcs = wcsOf(*solution_, geometry(1, 1));
+    background_.await([path = path_, wcs] { fits::writeWcs(path, path, wcs); });
 }
 
 /// Of the last search. What the sky shows there is looked up in the built-in catalogue, whichever is in use:
