@@ -8,7 +8,6 @@ namespace vantrel::fits {
 
 namespace {
 
-
 /// CFITSIO's own explanation of a status code.
 std::string libraryError(int status) {
     if (status == MEMORY_ALLOCATION) return kTooMuchMemory;
