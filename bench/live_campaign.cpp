@@ -19,6 +19,7 @@
 #include "engine/axis/live_finish.h"
 #include "engine/axis/preflight.h"
 #include "engine/axis/simulated_mount.h"
+#include "support/least_at.h"
 
 namespace {
 
@@ -92,6 +93,20 @@ class Night {
         one.front().covariance = engine::PlateCovariance::ofSigmas(0.2, 12);
         return one.front();
     }
+    /// Three plates, and back to where it began. Ends the program if they tell no axis.
+    engine::AxisEstimate measure() {
+        const double start = hourAngle;
+        std::vector<engine::Plate> plates;
+        for (int i = 0; i < 3; ++i) {
+            slewTo(start + i * 20. / 15, mount.declination);
+            pass(kPlate);
+            plates.push_back(plate());
+        }
+        slewTo(start, mount.declination);
+        auto estimate = engine::LeastSquares().estimate(plates, mount.site);
+        if (!estimate.valid()) std::exit(1);
+        return estimate;
+    }
     /// On the sky, arc-seconds.
     double distance() const {
         return 60 *
@@ -155,16 +170,7 @@ class Robot {
 
   private:
     void measure() {
-        const double start = night_.hourAngle;
-        std::vector<engine::Plate> plates;
-        for (int i = 0; i < 3; ++i) {
-            night_.slewTo(start + i * 20. / 15, night_.mount.declination);
-            night_.pass(kPlate);
-            plates.push_back(night_.plate());
-        }
-        night_.slewTo(start, night_.mount.declination);
-        const auto estimate = engine::LeastSquares().estimate(plates, night_.mount.site);
-        if (!estimate.valid()) std::exit(1);
+        const auto estimate = night_.measure();
         fresh_ = estimate;
         live_.emplace(
             engine::MeasuredAxisPosition{engine::northernEnd(estimate.written), *estimate.covariance},
@@ -279,16 +285,7 @@ class Guided {
 
     /// From the end of the measurement on.
     Run correct() {
-        const double start = night_.hourAngle;
-        std::vector<engine::Plate> plates;
-        for (int i = 0; i < 3; ++i) {
-            night_.slewTo(start + i * 20. / 15, night_.mount.declination);
-            night_.pass(kPlate);
-            plates.push_back(night_.plate());
-        }
-        night_.slewTo(start, night_.mount.declination);
-        const auto estimate = engine::LeastSquares().estimate(plates, night_.mount.site);
-        if (!estimate.valid()) std::exit(1);
+        const auto estimate = night_.measure();
         const double began = night_.elapsed;
         adjust(night_.mount.azimuth, correction::azimuthTarget, estimate, estimate.fromTruePole.azimuth);
         adjust(night_.mount.elevation, correction::elevationTarget, estimate,
@@ -339,22 +336,11 @@ class Guided {
             return start - whole;
         }
         const test::Vector star = shown({0, 0}, kPixel);
-        double best = start, step = 100;
-        const auto apart = [&](double position) {
+        const double best = test::leastAt(start, [&](double position) {
             adjuster = position;
             const test::Vector off = shown(*mark, kPixel) + -1 * star;
             return test::dot(off, off);
-        };
-        for (; step > 1e-3; step /= 2)
-            while (true) {
-                const double here = apart(best);
-                if (apart(best + step) < here)
-                    best += step;
-                else if (apart(best - step) < here)
-                    best -= step;
-                else
-                    break;
-            }
+        });
         adjuster = start;
         return best;
     }

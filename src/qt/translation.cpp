@@ -23,17 +23,19 @@ void speak(QCoreApplication& application, const QLocale& language) {
 
 namespace {
 
+constexpr std::string_view kAnyForm = "AnyForm";
+
 /// A text of the program's own, ready to be recognised: windows ask for hundreds at a time.
 struct KnownText {
-    const char* form;
+    const char* owner;  // a form, or kAnyForm
     const char* text;
     std::optional<QRegularExpression> pattern;  // where names and figures stand in it
 };
 
 std::vector<KnownText> knownTexts() {
     std::vector<KnownText> known;
-    for (const auto& [form, text] : ownTexts()) {
-        known.push_back({form, text, std::nullopt});
+    for (const auto& [owner, text] : ownTexts()) {
+        known.push_back({owner, text, std::nullopt});
         if (std::string_view(text).find("%1") == std::string_view::npos) continue;
         QString expression = QRegularExpression::escape(QString::fromUtf8(text));
         for (const char* place : {"\\%1", "\\%2", "\\%3", "\\%4"}) expression.replace(place, "(.+)");
@@ -49,12 +51,12 @@ QString inWords(const std::string& form, const std::string& text) {
     static const std::vector<KnownText> known = knownTexts();
     const QString plain = QString::fromStdString(text);
     for (const KnownText& own : known) {
-        if (form != own.form) continue;
-        if (text == own.text) return QCoreApplication::translate(own.form, own.text);
+        if (form != own.owner && kAnyForm != own.owner) continue;
+        if (text == own.text) return QCoreApplication::translate(own.owner, own.text);
         if (!own.pattern) continue;
         const auto match = own.pattern->match(plain);
         if (!match.hasMatch()) continue;
-        QString words = QCoreApplication::translate(own.form, own.text);
+        QString words = QCoreApplication::translate(own.owner, own.text);
         for (const QString& part : match.capturedTexts().mid(1))
             words = words.arg(inWords(form, part.toStdString()));
         return words;

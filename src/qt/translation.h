@@ -19,7 +19,8 @@ void speak(QCoreApplication& application, const QLocale& language);
 /// messages and log lines that notes, scripts and manuals refer to are the same in every language.
 QString inWords(const std::string& form, const std::string& text);
 
-/// The translated texts of forms: form and text, in which %1 and %2 stand for names and figures.
+/// The translated texts of forms: form, or "AnyForm", and text, in which %1 and %2 stand for names and
+/// figures.
 const std::vector<std::pair<const char*, const char*>>& ownTexts();
 
 }  // namespace vantrel::qt

@@ -9,6 +9,7 @@
 
 #include "correction_world.h"
 #include "engine/axis/simulated_mount.h"
+#include "support/least_at.h"
 
 namespace vantrel::correction {
 namespace {
@@ -17,6 +18,7 @@ using engine::PixelPosition;
 using vantrel::test::cross;
 using vantrel::test::dot;
 using vantrel::test::kDegree;
+using vantrel::test::leastAt;
 using vantrel::test::turned;
 using vantrel::test::Vector;
 
@@ -79,23 +81,11 @@ engine::PolarError errorOf(const vantrel::test::SimulatedMount& mount) {
 
 /// Turns the adjuster until the mark shows what is nearest to the star.
 void bringTogether(double& adjuster, const Camera& camera, const PixelPosition& mark, const Vector& star) {
-    const auto apart = [&](double position) {
+    adjuster = leastAt(adjuster, [&](double position) {
         adjuster = position;
         const Vector off = camera.shown(mark) + -1 * star;
         return dot(off, off);
-    };
-    double at = adjuster;
-    for (double step = 100; step > 1e-3; step /= 2)
-        while (true) {
-            const double here = apart(at);
-            if (apart(at + step) < here)
-                at += step;
-            else if (apart(at - step) < here)
-                at -= step;
-            else
-                break;
-        }
-    adjuster = at;
+    });
 }
 
 PixelPosition markFor(const Camera& camera, const Vector& star, const AdjusterTurn& turn,

@@ -1039,46 +1039,6 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
 <context>
     <name>frmMain</name>
     <message>
-        <source>No stars were found: clouds, a cover, or far out of focus?</source>
-        <translation>Keine Sterne gefunden: Wolken, ein Deckel oder völlig unscharf?</translation>
-    </message>
-    <message>
-        <source>The stars are trailed by %1 pixels at %2 degrees to the rows</source>
-        <translation>Die Sterne sind %1 Pixel lang verzogen, %2 Grad gegen die Zeilen</translation>
-    </message>
-    <message>
-        <source>The stars are %1 pixels wide: out of focus?</source>
-        <translation>Die Sterne sind %1 Pixel breit: unscharf?</translation>
-    </message>
-    <message>
-        <source>Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?</source>
-        <translation>Nur %1 der %2 Sterne gefunden, die eine Lösung braucht: Wolken oder zu kurz belichtet?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where about %2 are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where %2 or more are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab %2 oder mehr zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where about %2 are expected at this scale: hot pixels, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: heiße Pixel oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place that was looked at fits them in fields 0.3 to 30 degrees wide</source>
-        <translation>Die Sterne sehen gut aus, aber in Feldern von 0.3 bis 30 Grad Breite passt keine der abgesuchten Stellen</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place in the whole sky fits them: is its scale of %1&quot; wrong by more than a seventh?</source>
-        <translation>Die Sterne sehen gut aus, aber keine Stelle am ganzen Himmel passt dazu: Ist der Maßstab von %1&quot; um mehr als ein Siebtel falsch?</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place within %1 degrees of the start fits them: is the picture elsewhere, or its scale of %2&quot; wrong by more than a seventh?</source>
-        <translation>Die Sterne sehen gut aus, aber im Umkreis von %1 Grad um den Anfang passt keine Stelle: Liegt das Bild woanders, oder ist sein Maßstab von %2&quot; um mehr als ein Siebtel falsch?</translation>
-    </message>
-    <message>
         <source>Azimuth %1 too far east: turn west</source>
         <translation>Azimut %1 zu weit Ost: nach West drehen</translation>
     </message>
@@ -1389,46 +1349,6 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
         <translation>%1 hat mehr als 250 Millionen Pixel</translation>
     </message>
     <message>
-        <source>No stars were found: clouds, a cover, or far out of focus?</source>
-        <translation>Keine Sterne gefunden: Wolken, ein Deckel oder völlig unscharf?</translation>
-    </message>
-    <message>
-        <source>The stars are trailed by %1 pixels at %2 degrees to the rows</source>
-        <translation>Die Sterne sind %1 Pixel lang verzogen, %2 Grad gegen die Zeilen</translation>
-    </message>
-    <message>
-        <source>The stars are %1 pixels wide: out of focus?</source>
-        <translation>Die Sterne sind %1 Pixel breit: unscharf?</translation>
-    </message>
-    <message>
-        <source>Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?</source>
-        <translation>Nur %1 der %2 Sterne gefunden, die eine Lösung braucht: Wolken oder zu kurz belichtet?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where about %2 are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where %2 or more are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab %2 oder mehr zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where about %2 are expected at this scale: hot pixels, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: heiße Pixel oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place that was looked at fits them in fields 0.3 to 30 degrees wide</source>
-        <translation>Die Sterne sehen gut aus, aber in Feldern von 0.3 bis 30 Grad Breite passt keine der abgesuchten Stellen</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place in the whole sky fits them: is its scale of %1&quot; wrong by more than a seventh?</source>
-        <translation>Die Sterne sehen gut aus, aber keine Stelle am ganzen Himmel passt dazu: Ist der Maßstab von %1&quot; um mehr als ein Siebtel falsch?</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place within %1 degrees of the start fits them: is the picture elsewhere, or its scale of %2&quot; wrong by more than a seventh?</source>
-        <translation>Die Sterne sehen gut aus, aber im Umkreis von %1 Grad um den Anfang passt keine Stelle: Liegt das Bild woanders, oder ist sein Maßstab von %2&quot; um mehr als ein Siebtel falsch?</translation>
-    </message>
-    <message>
         <source>The file tells no date: the stars are taken where they stand today</source>
         <translation>Die Datei nennt kein Datum: Die Sterne gelten, wie sie heute stehen</translation>
     </message>
@@ -1474,6 +1394,49 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>Where does it point? Drop a FITS file here, or choose it in the next window.</source>
         <translation>Wohin zeigt es? Eine FITS-Datei hierher ziehen oder im nächsten Fenster wählen.</translation>
+    </message>
+</context>
+<context>
+    <name>AnyForm</name>
+    <message>
+        <source>No stars were found: clouds, a cover, or far out of focus?</source>
+        <translation>Keine Sterne gefunden: Wolken, ein Deckel oder völlig unscharf?</translation>
+    </message>
+    <message>
+        <source>The stars are trailed by %1 pixels at %2 degrees to the rows</source>
+        <translation>Die Sterne sind %1 Pixel lang verzogen, %2 Grad gegen die Zeilen</translation>
+    </message>
+    <message>
+        <source>The stars are %1 pixels wide: out of focus?</source>
+        <translation>Die Sterne sind %1 Pixel breit: unscharf?</translation>
+    </message>
+    <message>
+        <source>Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?</source>
+        <translation>Nur %1 der %2 Sterne gefunden, die eine Lösung braucht: Wolken oder zu kurz belichtet?</translation>
+    </message>
+    <message>
+        <source>%1 stars were found where about %2 are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
+        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
+    </message>
+    <message>
+        <source>%1 stars were found where %2 or more are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
+        <translation>%1 Sterne gefunden, wo bei diesem Maßstab %2 oder mehr zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
+    </message>
+    <message>
+        <source>%1 stars were found where about %2 are expected at this scale: hot pixels, or a wrong scale?</source>
+        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: heiße Pixel oder ein falscher Maßstab?</translation>
+    </message>
+    <message>
+        <source>The stars look sound, but no place that was looked at fits them in fields 0.3 to 30 degrees wide</source>
+        <translation>Die Sterne sehen gut aus, aber in Feldern von 0.3 bis 30 Grad Breite passt keine der abgesuchten Stellen</translation>
+    </message>
+    <message>
+        <source>The stars look sound, but no place in the whole sky fits them: is its scale of %1&quot; wrong by more than a seventh?</source>
+        <translation>Die Sterne sehen gut aus, aber keine Stelle am ganzen Himmel passt dazu: Ist der Maßstab von %1&quot; um mehr als ein Siebtel falsch?</translation>
+    </message>
+    <message>
+        <source>The stars look sound, but no place within %1 degrees of the start fits them: is the picture elsewhere, or its scale of %2&quot; wrong by more than a seventh?</source>
+        <translation>Die Sterne sehen gut aus, aber im Umkreis von %1 Grad um den Anfang passt keine Stelle: Liegt das Bild woanders, oder ist sein Maßstab von %2&quot; um mehr als ein Siebtel falsch?</translation>
     </message>
 </context>
 <context>
