@@ -17,6 +17,8 @@ namespace {
 constexpr double kDrift = 229;
 /// Micrometres of trail for each arc-minute, minute of time, degree and millimetre: one over this.
 constexpr double kRotation = 45'000;
+/// Degrees. At the pole itself no axis would be near enough; pictures of it reach farther out than that.
+constexpr double kNearestThePole = 89;
 
 std::string seconds(double exposure) { return platform::toText(exposure) + " s"; }
 
@@ -37,8 +39,9 @@ NeededTolerance guided(const PlannedPictures& pictures) {
         return {{}, "Guided: the pixel scale calculator wants focal length and pixel size"};
     if (!(pictures.fromGuideStar > 0))
         return {{}, "Guided: how far is the guide star from the farthest corner?"};
-    const double cosine = std::cos(engine::degreesToRadians(pictures.declination));
-    const double needed = *pictures.pixel * kRotation * std::max(cosine, 0.0) /
+    const double declination = std::min(std::abs(pictures.declination), kNearestThePole);
+    const double cosine = std::cos(engine::degreesToRadians(declination));
+    const double needed = *pictures.pixel * kRotation * cosine /
                           (pictures.exposure / 60 * pictures.fromGuideStar * *pictures.focalLength);
     return {needed, shortAngle(needed) + ": " + seconds(pictures.exposure) + " guided, a pixel of trail " +
                         platform::toText(pictures.fromGuideStar) + "° from the guide star"};
