@@ -111,6 +111,7 @@ double Progress::secondsSince(platform::Milliseconds instant) const {
 
 void Progress::say(const std::string& words, double fraction) {
     panel_.lblProgress.setCaption(words);
+    panel_.lblProgress.setToolTip(words);  // whole, where the line is too short
     panel_.gaugeProgress.setFraction(fraction);
 }
 
