@@ -1,5 +1,7 @@
 #include "app/folder_buttons.h"
 
+#include "app/settings_store.h"
+
 namespace vantrel::app {
 
 FolderButtons::FolderButtons(SetupPanel& panel, platform::Dialogs& dialogs, engine::SettingsPort& settings,
@@ -15,7 +17,7 @@ std::string FolderButtons::choose(const char* title, platform::TextBox& box, con
     std::string folder = dialogs_.chooseFolder(title);
     if (folder.empty()) return folder;
     box.setText(folder);
-    settings_.SaveSetting("PolarAlign", key, folder);
+    settings_.SaveSetting(kProgramSection, key, folder);
     return folder;
 }
 

@@ -3,12 +3,11 @@
 #include <filesystem>
 #include <fstream>
 
+#include "app/settings_store.h"
 #include "platform/text.h"
 
 namespace vantrel::app {
 namespace {
-
-constexpr const char* kSection = "PolarAlign";
 
 std::string withBackslash(const std::string& folder) { return platform::joinFolder(folder, ""); }
 
@@ -45,13 +44,13 @@ bool isVista(const std::string& osName) {
 DataFolders chooseDataFolders(const platform::FolderMap& map, engine::SettingsPort& settings,
                               engine::MessagePort& messages, const std::string& userProfile, bool vista) {
     const auto stored = [&](const std::string& key) {
-        const std::string folder = settings.GetSetting(kSection, key, "");
+        const std::string folder = settings.GetSetting(kProgramSection, key, "");
         return !folder.empty() && FolderIsWritable(map, folder) ? folder : "";
     };
     const auto use = [&](const DataFolders& folders) {
         const auto prepare = [&](const std::string& key, const std::string& folder) {
             if (!FolderIsWritable(map, folder)) MakeFolderPath(map, folder, messages);
-            settings.SaveSetting(kSection, key, folder);
+            settings.SaveSetting(kProgramSection, key, folder);
         };
         prepare("LogPath", folders.log);
         prepare("ImagePath", folders.images);

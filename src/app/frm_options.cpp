@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 
+#include "app/settings_store.h"
 #include "correction/needed_tolerance.h"
 #include "platform/key_filters.h"
 #include "platform/text.h"
@@ -49,22 +50,22 @@ frmOptions::frmOptions(platform::Screen& screen, engine::SettingsPort& settings)
     cmbNightBrightness.setItems({{"Bright by night", 3}, {"Medium by night", 2}, {"Dim by night", 1}});
     cmbNightBrightness.setToolTip("How bright the night vision colors are");
     cmbNightBrightness.onClick = [this, &settings] {
-        settings.SaveSetting("PolarAlign", "NightBrightness",
+        settings.SaveSetting(kProgramSection, "NightBrightness",
                              std::to_string(cmbNightBrightness.chosen()->data));
     };
     setUpPictures(settings);
     onLoad = [this, switches, &settings] {
         showPictures(settings);
         showNightBrightness(
-            platform::leadingNumber(settings.GetSetting("PolarAlign", "NightBrightness", "3")));
+            platform::leadingNumber(settings.GetSetting(kProgramSection, "NightBrightness", "3")));
         for (const Switch& s : switches) {
-            const std::string stored = settings.GetSetting("PolarAlign", s.key, s.usual);
+            const std::string stored = settings.GetSetting(kProgramSection, s.key, s.usual);
             s.box->setValue(platform::leadingNumber(stored) != 0 ? 1 : 0);
         }
     };
     onUnload = [switches, &settings] {
         for (const Switch& s : switches)
-            settings.SaveSetting("PolarAlign", s.key, std::to_string(s.box->value()));
+            settings.SaveSetting(kProgramSection, s.key, std::to_string(s.box->value()));
     };
 }
 
@@ -77,7 +78,7 @@ void frmOptions::setUpPictures(engine::SettingsPort& settings) {
     const auto box = [&](platform::TextBox& field, const char* key, int (*filter)(int)) {
         field.keyFilter = filter;
         field.onChange = [&field, &settings, key, told] {
-            settings.SaveSetting("PolarAlign", key, field.text());
+            settings.SaveSetting(kProgramSection, key, field.text());
             told();
         };
     };
@@ -85,13 +86,13 @@ void frmOptions::setUpPictures(engine::SettingsPort& settings) {
     box(txtPictureDeclination, "PictureDeclination", nullptr);
     box(txtFromGuideStar, "FromGuideStar", platform::decimalNumberKey);
     chkPictureGuided.onClick = [this, &settings, told] {
-        settings.SaveSetting("PolarAlign", "PictureGuided", std::to_string(chkPictureGuided.value()));
+        settings.SaveSetting(kProgramSection, "PictureGuided", std::to_string(chkPictureGuided.value()));
         told();
     };
 }
 
 void frmOptions::showPictures(engine::SettingsPort& settings) {
-    const auto stored = [&](const char* key) { return settings.GetSetting("PolarAlign", key, ""); };
+    const auto stored = [&](const char* key) { return settings.GetSetting(kProgramSection, key, ""); };
     txtPictureExposure.setText(stored("PictureExposure"));
     txtPictureDeclination.setText(stored("PictureDeclination"));
     txtFromGuideStar.setText(stored("FromGuideStar"));

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "app/on_top.h"
+#include "app/settings_store.h"
 #include "app/version.h"
 #include "engine/indicators.h"
 #include "platform/text.h"
@@ -61,7 +62,7 @@ void MainMenu::mnuSetOnTop_Click() {
 
 void MainMenu::mnuNight_Click() {
     const bool night = !engine::nightVision(parts_.settings);
-    parts_.settings.SaveSetting("PolarAlign", "GreenColors", night ? "1" : "0");
+    parts_.settings.SaveSetting(kProgramSection, "GreenColors", night ? "1" : "0");
     parts_.optionsForm.showNight(night);
 }
 
@@ -69,9 +70,9 @@ void MainMenu::mnuNight_Click() {
 void MainMenu::mnuDimmer_Click() {
     constexpr double kBrightest = 3;
     const double step =
-        platform::leadingNumber(parts_.settings.GetSetting("PolarAlign", "NightBrightness", "3"));
+        platform::leadingNumber(parts_.settings.GetSetting(kProgramSection, "NightBrightness", "3"));
     const double next = step > 1 ? step - 1 : kBrightest;
-    parts_.settings.SaveSetting("PolarAlign", "NightBrightness", platform::toText(next));
+    parts_.settings.SaveSetting(kProgramSection, "NightBrightness", platform::toText(next));
     parts_.optionsForm.showNightBrightness(next);
 }
 

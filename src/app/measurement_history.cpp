@@ -7,12 +7,13 @@
 #include <utility>
 
 #include "app/measurement_table.h"
+#include "app/settings_store.h"
 #include "platform/text.h"
 
 namespace vantrel::app {
 namespace {
 
-using Fields = std::vector<std::pair<const char*, std::string>>;  // by the names of their columns
+using NamedFields = std::vector<std::pair<const char*, std::string>>;  // by the names of their columns
 
 /// Commas and quotes within a field.
 std::string quoted(const std::string& text) {
@@ -54,25 +55,25 @@ std::string list(const Items& items, const Number& numberOf) {
     return text;
 }
 
-std::string headerOf(const Fields& fields) {
+std::string headerOf(const NamedFields& fields) {
     std::string header;
     for (const auto& [name, value] : fields) header += (header.empty() ? "" : ",") + std::string(name);
     return header;
 }
 
 /// In the order of the columns, which may be those of another version, or of a spreadsheet.
-std::string lineOf(const Fields& fields, const TableColumns& columns) {
+std::string lineOf(const NamedFields& fields, const TableColumns& columns) {
     std::string line;
     for (std::size_t i = 0; i < columns.names().size(); ++i) {
         if (i > 0) line += columns.separator();
-        const auto field = std::ranges::find(fields, columns.names()[i], &Fields::value_type::first);
+        const auto field = std::ranges::find(fields, columns.names()[i], &NamedFields::value_type::first);
         if (field != fields.end()) line += field->second;
     }
     return line;
 }
 
-Fields fieldsOf(const engine::MeasurementRecord& record, platform::Instant when,
-                const std::string& telescope) {
+NamedFields fieldsOf(const engine::MeasurementRecord& record, platform::Instant when,
+                     const std::string& telescope) {
     const engine::AxisEstimate& estimate = record.check.estimate;
     const engine::AxisEstimate& written = record.check.written;
     const engine::Verdict& verdict = record.check.verdict;
@@ -117,13 +118,13 @@ Fields fieldsOf(const engine::MeasurementRecord& record, platform::Instant when,
 
 /// With drive letter and backslashes.
 std::string MeasurementHistory::file() const {
-    return platform::joinFolder(settings_.GetSetting("PolarAlign", "LogPath", "C:\\"), "Measurements.csv");
+    return platform::joinFolder(settings_.GetSetting(kProgramSection, "LogPath", "C:\\"), "Measurements.csv");
 }
 
 void MeasurementHistory::keep(const engine::MeasurementRecord& record) {
     std::string shown;
     try {
-        const Fields fields = fieldsOf(record, clock_.utc(), telescope_());
+        const NamedFields fields = fieldsOf(record, clock_.utc(), telescope_());
         const TableColumns own(headerOf(fields));
         unkept_.push_back(lineOf(fields, own));
         shown = file();

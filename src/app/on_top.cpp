@@ -2,21 +2,21 @@
 
 #include <string>
 
+#include "app/settings_store.h"
+
 namespace vantrel::app {
 namespace {
-
-constexpr const char* kSection = "PolarAlign";
 
 std::string keyOf(const platform::Form& form) { return form.name() + "OnTop"; }
 
 }  // namespace
 
 bool wantsOnTop(const platform::Form& form, engine::SettingsPort& settings) {
-    return settings.GetSetting(kSection, keyOf(form), "False") == "True";
+    return settings.GetSetting(kProgramSection, keyOf(form), "False") == "True";
 }
 
 void toggleOnTop(const platform::Form& form, engine::SettingsPort& settings) {
-    settings.SaveSetting(kSection, keyOf(form), wantsOnTop(form, settings) ? "False" : "True");
+    settings.SaveSetting(kProgramSection, keyOf(form), wantsOnTop(form, settings) ? "False" : "True");
 }
 
 void applyOnTop(platform::Form& form, platform::MenuItem& item, engine::SettingsPort& settings) {

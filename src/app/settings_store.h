@@ -11,6 +11,9 @@
 
 namespace vantrel::app {
 
+/// Where most of the program's own settings stand.
+inline constexpr const char* kProgramSection = "PolarAlign";
+
 /// The store can't be used any more; the operator has been told. Nothing can be made good: the program ends.
 class SettingsFailure : public std::runtime_error {
   public:

@@ -8,6 +8,9 @@
 
 namespace vantrel::catalogs {
 
+/// Long stretches are read in pieces of so many.
+inline constexpr std::size_t kBytesAtATime = 65'536;
+
 class CatalogFile {
   public:
     /// Throws CatalogError when there is no such file that can be read.

@@ -23,7 +23,6 @@ using sky::ConeCollector;
 using sky::ConeQuery;
 
 constexpr std::size_t kHeaderBytes = 110;
-constexpr std::size_t kBytesAtATime = 65'536;
 
 /// How the sky is cut.
 class Rings {

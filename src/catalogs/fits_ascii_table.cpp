@@ -17,7 +17,6 @@ constexpr int kMostUnits = 8;
 constexpr std::uint64_t kLongestRow = 10'000;
 constexpr std::uint64_t kMostRows = 100'000'000;
 constexpr std::uint64_t kMostColumns = 999;
-constexpr std::size_t kBytesAtATime = 65'536;
 
 std::uint64_t wholeBlocks(std::uint64_t bytes) { return (bytes + kBlock - 1) / kBlock * kBlock; }
 

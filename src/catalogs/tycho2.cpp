@@ -67,24 +67,24 @@ class LineFile {
     std::uint64_t lines_ = 0;
 };
 
-struct Region {
+struct IndexEntry {
     std::uint64_t firstMain = 0;  ///< from 0, over all files
     std::uint64_t firstSupplement = 0;
     SkyBox box;
 };
 
 /// The index: one more entry than there are regions, which tells where the last one ends.
-std::vector<Region> readIndex(const std::filesystem::path& path) {
+std::vector<IndexEntry> readIndex(const std::filesystem::path& path) {
     const LineFile index(path, kIndexLength);
     if (index.lines() < 2 || index.lines() > kMostRegions) index.file().damaged("it is no index of Tycho-2");
-    std::vector<Region> regions;
+    std::vector<IndexEntry> regions;
     index.each(0, index.lines(), [&](const TychoLine& line) {
         const auto record = [&](std::size_t first, std::size_t last) {
             const double number = line.requiredNumber(first, last);
             if (!(number >= 1 && number <= 9'999'999)) index.file().damaged("a record number can't be right");
             return static_cast<std::uint64_t>(number) - 1;
         };
-        Region region{record(1, 7), record(9, 14), {}};
+        IndexEntry region{record(1, 7), record(9, 14), {}};
         region.box = {line.optionalNumber(16, 21).value_or(0), line.optionalNumber(23, 28).value_or(0),
                       line.optionalNumber(30, 35).value_or(0), line.optionalNumber(37, 42).value_or(0)};
         const bool rises = regions.empty() || (region.firstMain >= regions.back().firstMain &&
@@ -121,7 +121,8 @@ class Tycho2 : public sky::StarCatalog {
     std::filesystem::path folder() const override { return folder_; }
 
   private:
-    void search(const Region& region, const Region& next, double epoch, sky::ConeCollector& stars) const {
+    void search(const IndexEntry& region, const IndexEntry& next, double epoch,
+                sky::ConeCollector& stars) const {
         std::vector<sky::TychoEntry> entries;
         const auto take = [&](const std::optional<sky::TychoEntry>& entry) {
             if (entry) entries.push_back(*entry);
@@ -158,7 +159,7 @@ class Tycho2 : public sky::StarCatalog {
     }
 
     std::filesystem::path folder_;
-    std::vector<Region> regions_;
+    std::vector<IndexEntry> regions_;
     std::vector<std::unique_ptr<LineFile>> mainFiles_;
     std::unique_ptr<LineFile> supplement_;
 };

@@ -16,7 +16,7 @@ namespace {
 
 using sky::MovingStar;
 
-constexpr std::int32_t kUnitsPerDeg = 3'600'000;  // milliarcseconds
+constexpr std::int32_t kMilliarcsecondsPerDeg = 3'600'000;
 constexpr int kUcac2Zones = 288;
 constexpr int kUcac4Zones = 900;
 
@@ -109,7 +109,7 @@ FoundCatalog openUcac2(const CatalogFolder& folder) {
     auto zones = zonesIn(place, kUcac2Zones);
     if (zones.empty()) return nullptr;
     return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{44, ByteOrder::little, kUnitsPerDeg, false, 0.5, true, kWhole, completeUcac2},
+        ZoneLayout{44, ByteOrder::little, kMilliarcsecondsPerDeg, false, 0.5, true, kWhole, completeUcac2},
         folder.path(), std::move(zones));
 }
 
@@ -126,7 +126,7 @@ FoundCatalog openUcac4(const CatalogFolder& folder) {
         return completeUcac4(record, star, fast);
     };
     return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{78, ByteOrder::little, kUnitsPerDeg, true, 0.2, true, kUcac4Zones, complete},
+        ZoneLayout{78, ByteOrder::little, kMilliarcsecondsPerDeg, true, 0.2, true, kUcac4Zones, complete},
         folder.path(), std::move(zones));
 }
 

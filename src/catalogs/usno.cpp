@@ -12,7 +12,7 @@ namespace {
 
 using sky::MovingStar;
 
-constexpr std::int32_t kUnitsPerDeg = 360'000;  // hundredths of an arcsecond
+constexpr std::int32_t kCentiarcsecondsPerDeg = 360'000;
 
 std::string digits(int number, std::size_t width) {
     const std::string text = std::to_string(number);
@@ -79,9 +79,9 @@ FoundCatalog openUsnoA(const CatalogFolder& folder) {
         zones.push_back(std::move(file));
     }
     if (!found) return nullptr;
-    return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{12, ByteOrder::big, kUnitsPerDeg, true, kTenthsPerZone / 10.0, false, kZones, completeA},
-        folder.path(), std::move(zones));
+    return std::make_shared<const ZoneCatalog>(ZoneLayout{12, ByteOrder::big, kCentiarcsecondsPerDeg, true,
+                                                          kTenthsPerZone / 10.0, false, kZones, completeA},
+                                               folder.path(), std::move(zones));
 }
 
 FoundCatalog openUsnoB(const CatalogFolder& folder) {
@@ -103,7 +103,7 @@ FoundCatalog openUsnoB(const CatalogFolder& folder) {
     }
     if (!found) return nullptr;
     return std::make_shared<const ZoneCatalog>(
-        ZoneLayout{80, ByteOrder::little, kUnitsPerDeg, true, 0.1, true, 10 * kDegrees, completeB},
+        ZoneLayout{80, ByteOrder::little, kCentiarcsecondsPerDeg, true, 0.1, true, 10 * kDegrees, completeB},
         folder.path(), std::move(zones));
 }
 

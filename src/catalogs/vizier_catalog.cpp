@@ -23,7 +23,7 @@ using sky::MovingStar;
 constexpr std::array kServers = {"https://vizier.cds.unistra.fr", "https://vizier.cfa.harvard.edu"};
 
 constexpr double kFaintestAsked = 25;
-constexpr std::size_t kMostRows = 200'000;
+constexpr std::size_t kMostRowsAsked = 200'000;
 /// Rows asked for each star wanted: the rounded circle holds up to three times the circle's, and survey and V
 /// magnitudes order stars differently.
 constexpr std::size_t kRowsPerStar = 6;
@@ -145,10 +145,10 @@ std::string VizierCatalog::question(const VizierSource& source, const sky::ConeQ
     const double drift = sky::kFastestDegPerYear * std::abs(query.epochYear - 2000);
     const RoundedCircle circle = roundedCircle(query.raDeg, query.decDeg, query.radiusDeg + drift);
     const double faintest = std::min(kFaintestAsked, std::ceil(query.faintestMagnitude) + 1);
-    const std::size_t rows =
-        query.maxStars == 0
-            ? kMostRows
-            : std::clamp(std::min(query.maxStars, kMostRows) * kRowsPerStar, kFewestRows, kMostRows);
+    const std::size_t rows = query.maxStars == 0
+                                 ? kMostRowsAsked
+                                 : std::clamp(std::min(query.maxStars, kMostRowsAsked) * kRowsPerStar,
+                                              kFewestRows, kMostRowsAsked);
     std::string text = "/viz-bin/asu-tsv?-source=" + source.table +
                        "&-c=" + escaped(fixed(circle.raDeg, 6) + " " + fixed(circle.decDeg, 6, true)) +
                        "&-c.eq=J2000&-c.rd=" + fixed(circle.radiusDeg, 4) + "&-oc.form=dec";

@@ -16,7 +16,7 @@ using sky::trimmed;
 constexpr std::size_t kMostWords = 300;  // of the service's own that a message passes on
 // What is beyond these is no answer to a question of ours, which names some ten columns and limits the rows.
 constexpr std::size_t kMostFields = 100;
-constexpr std::size_t kMostRows = 250'000;
+constexpr std::size_t kMostRowsTaken = 250'000;
 
 /// Takes the first line off the text.
 std::string_view nextLine(std::string_view& text) {
@@ -83,7 +83,7 @@ void VizierTable::eachRow(const std::function<void(const Row&)>& visit) const {
     for (std::string_view rest = rows_; !rest.empty();) {
         const std::string_view line = nextLine(rest);
         if (isBeside(line)) return;
-        if (++rows > kMostRows)
+        if (++rows > kMostRowsTaken)
             throw CatalogError("the answer of the catalogue service has more rows than it may");
         const auto fields = fieldsOf(line);
         visit(Row(fields));

@@ -59,14 +59,14 @@ Drawing historyChart(std::span<const engine::PastMeasurement> measurements, std:
     for (int decade = lowest; decade <= highest; ++decade) {
         const double y = decade;
         drawing.shapes.push_back(Line{.x1 = -1, .y1 = y, .x2 = width - 1, .y2 = y});
-        drawing.shapes.push_back(Text{
+        drawing.shapes.push_back(DrawnText{
             .x = drawing.scale.left, .y = y + 0.05 * height, .text = toText(std::pow(10, decade)) + "'"});
     }
     const double room = 0.16 * width;  // that a date takes
     double free = drawing.scale.left;
     for (const auto& [start, night] : nights) {
         if (start < free) continue;
-        drawing.shapes.push_back(Text{.x = start, .y = lowest - 0.01 * height, .text = night});
+        drawing.shapes.push_back(DrawnText{.x = start, .y = lowest - 0.01 * height, .text = night});
         free = start + room;
     }
     for (std::size_t i = 0; i < measurements.size(); ++i) {

@@ -56,7 +56,7 @@ Drawing polarChart(double arcMinutes, double angle, Color dotColor) {
     drawing.shapes.push_back(Line{.y1 = -0.85 * n, .y2 = 0.85 * n});
 
     const auto print = [&](double x, double y, const std::string& text) {
-        drawing.shapes.push_back(Text{.x = x * n, .y = y * n, .text = text});
+        drawing.shapes.push_back(DrawnText{.x = x * n, .y = y * n, .text = text});
     };
     print(0.78, -0.7, formatNumber(range.radius(), "0"));
     print(0.65, -0.8, "arc-min");
@@ -77,7 +77,7 @@ Shapes ringFigures(const ChartRange& range) {
     Shapes figures;
     for (int ring = range.rings - every; ring > 0; ring -= every) {
         const double diagonal = kRingSpacing * ring * std::numbers::sqrt2 / 2;
-        figures.push_back(Text{.x = diagonal, .y = diagonal, .text = std::to_string(ring * range.step)});
+        figures.push_back(DrawnText{.x = diagonal, .y = diagonal, .text = std::to_string(ring * range.step)});
     }
     return figures;
 }
@@ -93,7 +93,7 @@ Shapes estimateMarks(const ChartRange& range, const engine::AxisEstimate& estima
             return Place{place.x * inwards * share, place.y * inwards * share};
         };
         return {Line{at(0.82).x, at(0.82).y, at(kRim).x, at(kRim).y, color::kWindowText},
-                Text{-0.98 * n, -0.89 * n, "Least squares: " + formatNumber(arcMinutes, "0.0") + "'"}};
+                DrawnText{-0.98 * n, -0.89 * n, "Least squares: " + formatNumber(arcMinutes, "0.0") + "'"}};
     }
     Shapes marks{Cross{.x = place.x, .y = place.y, .reach = kCross * n}};
     if (!estimate.covariance) return marks;
@@ -117,8 +117,8 @@ Shapes poleMarks(const ChartRange& range, const engine::Site& site) {
     constexpr double kTextHeight = 0.1;
     if (std::abs(y) < 2 * kDot * n || !onChart(range, {0, y})) return {};
     return {Line{.x1 = -kDot * n, .y1 = y, .x2 = kDot * n, .y2 = y},
-            Text{.x = 0.07 * n, .y = y + kTextHeight / 2 * n, .text = "Refracted pole"},
-            Text{.x = 0.03 * n, .y = hemisphere > 0 ? 0 : kTextHeight * n, .text = "True pole"}};
+            DrawnText{.x = 0.07 * n, .y = y + kTextHeight / 2 * n, .text = "Refracted pole"},
+            DrawnText{.x = 0.03 * n, .y = hemisphere > 0 ? 0 : kTextHeight * n, .text = "True pole"}};
 }
 
 Shapes toleranceRing(const ChartRange& range, double arcMinutes) {

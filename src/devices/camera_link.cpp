@@ -13,9 +13,6 @@ constexpr const char* kLinkLet = "Module modComponents Property Let camLinkEnabl
 constexpr const char* kAcquire = "Module modComponents Sub AcquireImage";
 constexpr const char* kSave = "modUtilities Sub SaveImageToFile";
 
-/// A report without a failure: no known program is in use.
-OperationError noFailure() { return {0, "", ""}; }
-
 }  // namespace
 
 CameraLink::CameraLink(const Services& services, ImagingPrograms& programs, ImagingWindows& windows,

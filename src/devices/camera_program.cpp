@@ -7,9 +7,8 @@ namespace vantrel::devices {
 using namespace platform;
 
 void CameraTools::report(const OperationError& error, const char* label) const {
-    constexpr double kMessage = 5;  // seconds
     const std::string text = sourcedErrorReport(error, label);
-    services.messages.ShowPopupMessage(text, kMessage);
+    services.messages.ShowPopupMessage(text, kMessageSeconds);
     services.log.AddToLog(text);
 }
 

@@ -10,6 +10,14 @@
 
 namespace vantrel::devices {
 
+inline constexpr double kExposurePoll = 0.1;    // seconds between two looks at an exposure
+inline constexpr double kExposureTimeOut = 60;  // seconds beyond the exposure time
+inline constexpr double kDefaultGrace = 2;      // seconds
+inline constexpr int kExposureAborted = 65535;  // the imaging program's own abort
+
+/// A report without a failure: the image never came, or no known program is in use.
+inline platform::OperationError noFailure() { return {0, "", ""}; }
+
 /// The fields of the main window that exposures depend on.
 struct CameraFields {
     const platform::TextBox& txtPostExpDelay;         // seconds

@@ -10,18 +10,11 @@ using engine::WaitSeconds;
 
 namespace {
 
-constexpr double kPoll = 0.1;        // seconds between two looks at an exposure
-constexpr double kTimeOut = 60;      // seconds beyond the exposure time
-constexpr double kDefaultGrace = 2;  // seconds
-constexpr int kAborted = 65535;      // the imaging program's own abort
-constexpr const char* kDisconnect = "Module modComponents Sub DisconnectCCDSoftCamera";
+constexpr const char* kDisconnectCCDSoft = "Module modComponents Sub DisconnectCCDSoftCamera";
 constexpr const char* kAttach = "Module modComponents Sub AttachCCDSoftImageToActiveImager";
 constexpr const char* kAsynchronousGet = "modComponents Property Get CCDSoftIsAsynchronous";
 constexpr const char* kAsynchronousLet = "modComponents Property Let CCDSoftIsAsynchronous";
 constexpr const char* kTakeImage = "Module modComponents sub TakeCCDSoftImage";
-
-/// A report without a failure: the image never came.
-OperationError noFailure() { return {0, "", ""}; }
 
 }  // namespace
 
@@ -31,7 +24,7 @@ void CCDSoftCamera::link(bool value) { camera()->call(value ? "Connect" : "Disco
 
 void CCDSoftCamera::letGo() {
     tools_.programs.ccdSoftCamera = tools_.services.automation.create("CCDSoft.Camera");
-    tools_.attempt(kDisconnect, [&] {
+    tools_.attempt(kDisconnectCCDSoft, [&] {
         camera()->call("Disconnect");
         tools_.programs.ccdSoftCamera.reset();
     });
@@ -113,7 +106,7 @@ bool CCDSoftCamera::imageIsTaken(double delay, double seconds, bool light) {
         return true;
     }
     tools_.services.log.AddToLog("** CCD Soft Image not available (after waiting " +
-                                 toText(kTimeOut - *timeLeft) + " sec) **");
+                                 toText(kExposureTimeOut - *timeLeft) + " sec) **");
     tools_.services.log.AddToLog("mod TakeCCDImage");
     camera()->call("abort");
     return false;
@@ -121,7 +114,7 @@ bool CCDSoftCamera::imageIsTaken(double delay, double seconds, bool light) {
 
 /// Takes the exposure. What is left of the time-out (seconds); nothing when the operator stopped it.
 std::optional<double> CCDSoftCamera::awaitExposure(double seconds) {
-    double timeLeft = seconds + kTimeOut;
+    double timeLeft = seconds + kExposureTimeOut;
     setCCDSoftIsAsynchronous(true);
     const bool asynchronous = CCDSoftIsAsynchronous();
     camera()->call("TakeImage");
@@ -132,8 +125,8 @@ std::optional<double> CCDSoftCamera::awaitExposure(double seconds) {
             camera()->call("abort");
             return std::nullopt;
         }
-        WaitSeconds(tools_.services.loop, kPoll);
-        timeLeft = seconds + kTimeOut - polls * kPoll;
+        WaitSeconds(tools_.services.loop, kExposurePoll);
+        timeLeft = seconds + kExposureTimeOut - polls * kExposurePoll;
     }
     return timeLeft;
 }
@@ -146,7 +139,7 @@ void CCDSoftCamera::reportTakeCCDSoftImage(const OperationError& error) {
     };
     if (error.number() == 0 && tools_.services.state.StopRequested)
         tell("Exposure aborted");
-    else if (error.number() == kAborted)
+    else if (error.number() == kExposureAborted)
         tell("Exposure Aborted");
     else
         tools_.report(error, kTakeImage);

@@ -24,7 +24,6 @@ constexpr const char* kMaxImServer = "MaxIm.CCDCamera";
 constexpr const char* kCCDSoftServer = "CCDSoft.Camera";
 constexpr const char* kOldestCCDSoft = "5.00.73";
 constexpr double kLongMessage = 10;  // seconds
-constexpr double kMessage = 5;
 
 std::string lines(std::initializer_list<const char*> texts) {
     std::string joined;
@@ -266,7 +265,7 @@ void ImagingSoftwareChoice::LaunchCCDSoft() {
     } catch (...) {
         const std::string report = errorReport(currentError(), "modUtility Sub LaunchCCDSoft");
         services_.log.AddToLog(report);
-        popUp(report, kMessage);
+        popUp(report, kMessageSeconds);
     }
 }
 

@@ -10,7 +10,6 @@ using namespace platform;
 
 namespace {
 
-constexpr double kMessage = 5;  // seconds
 constexpr const char* kDialogClass = "#32770";
 constexpr const char* kCameraDialog = "MaxIm CCD";
 constexpr const char* kNoCameraDialog = "Could not find MaxIm CCD Window";
@@ -86,7 +85,7 @@ bool ImagingWindows::MaxImCameraIsConnected() {
     } catch (...) {
         const std::string report =
             " " + errorReport(currentError(), "modUtility Function MaxImCameraIsConnected");
-        services_.messages.ShowPopupMessage(report, kMessage);
+        services_.messages.ShowPopupMessage(report, kMessageSeconds);
         services_.log.AddToLog(report);
         return false;
     }
@@ -150,7 +149,7 @@ WindowId ImagingWindows::findChild(WindowId window, const std::string& className
 
 void ImagingWindows::reportMissing(const std::string& text) {
     services_.log.AddToLog(text);
-    services_.messages.ShowPopupMessage(text, kMessage);
+    services_.messages.ShowPopupMessage(text, kMessageSeconds);
 }
 
 }  // namespace vantrel::devices

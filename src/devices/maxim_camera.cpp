@@ -13,13 +13,8 @@ using engine::WaitSeconds;
 
 namespace {
 
-constexpr double kMessage = 5;       // seconds
-constexpr double kPoll = 0.1;        // seconds between two looks at an exposure
-constexpr double kTimeOut = 60;      // seconds beyond the exposure time
-constexpr double kDefaultGrace = 2;  // seconds
-constexpr int kAborted = 65535;      // the imaging program's own abort
 constexpr int kExposureFailed = 32768;
-constexpr const char* kDisconnect = "Module modComponents Sub DisconnectMaxImCamera";
+constexpr const char* kDisconnectMaxIm = "Module modComponents Sub DisconnectMaxImCamera";
 constexpr const char* kShutdownLet = "Module modComponents Property Let camDisableAutoShutdown";
 constexpr const char* kTakePicture = "Module modComponents sub TakePicture";
 
@@ -40,7 +35,7 @@ bool MaxImCamera::mayHoldCamera() const {
 
 void MaxImCamera::letGo() {
     tools_.programs.*program_.camera = tools_.services.automation.create(program_.cameraClass);
-    tools_.attempt(kDisconnect, [&] {
+    tools_.attempt(kDisconnectMaxIm, [&] {
         if (!holdsCamera()) return;
         // Only who holds the link can end it.
         if (program_.hasWindows) camera()->put("LinkEnabled", true);
@@ -111,9 +106,9 @@ void MaxImCamera::startExposure(double seconds, bool light, int filter) {
 void MaxImCamera::awaitImage(double seconds) {
     const double grace = tools_.graceDelay();
     const auto ready = [&] { return camera()->get("ImageReady").toBool(); };
-    for (int polls = 0; seconds + kTimeOut - polls * kPoll > 0; ++polls) {
+    for (int polls = 0; seconds + kExposureTimeOut - polls * kExposurePoll > 0; ++polls) {
         if (ready()) return;
-        WaitSeconds(tools_.services.loop, kPoll);
+        WaitSeconds(tools_.services.loop, kExposurePoll);
         if (tools_.services.state.StopRequested) return;
     }
     WaitSeconds(tools_.services.loop, grace > 0 ? grace : kDefaultGrace);
@@ -125,8 +120,8 @@ void MaxImCamera::awaitImage(double seconds) {
 
 void MaxImCamera::reportTakePicture(const OperationError& error) {
     const std::string text =
-        error.number() == kAborted ? "Exposure Aborted" : errorReport(error, kTakePicture);
-    tools_.services.messages.ShowPopupMessage(text, kMessage);
+        error.number() == kExposureAborted ? "Exposure Aborted" : errorReport(error, kTakePicture);
+    tools_.services.messages.ShowPopupMessage(text, kMessageSeconds);
     tools_.services.log.AddToLog(text);
     tools_.services.state.CameraFailed = true;
 }

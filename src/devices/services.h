@@ -8,6 +8,9 @@
 
 namespace vantrel::devices {
 
+/// How long most messages stay.
+inline constexpr double kMessageSeconds = 5;
+
 struct Services {
     platform::EventLoop& loop;
     platform::AutomationHost& automation;

@@ -48,8 +48,7 @@ constexpr const char* kScopeSim = "ScopeSim.Telescope";
 constexpr const char* kGemini = "GeminiTnF.Telescope";
 
 constexpr const char* kLoading = "Loading ASCOM Telescope\r\nPlease Wait";
-constexpr double kLongMessage = 1000;  // seconds
-constexpr double kMessage = 5;
+constexpr double kLoadingMessage = 1000;  // seconds
 constexpr double kNoDec = -1000;
 
 bool isDeclination(double degrees) { return -90 <= degrees && degrees <= 90; }
@@ -128,7 +127,7 @@ void TelescopeLink::link() {
     driver_ = services_.automation.create(TelescopeProgID_);
     TelescopeName_ = GetTelescopeFriendlyName(TelescopeProgID_);
     popUp(std::string(" Connecting ") + kCrLf + kCrLf + TelescopeName_ + kCrLf + kCrLf + " Please Wait ",
-          kLongMessage);
+          kLoadingMessage);
     const ObjectRef driver = driver_;
     required(driver).put("Connected", true);
     services_.loop.yield();
@@ -138,10 +137,10 @@ void TelescopeLink::link() {
     if (driverIsConnected()) {
         const std::string name = get("Name").toText();
         services_.log.AddToLog("Telescope " + name + " is connected");
-        popUp(name + kCrLf + " is connected", kMessage);
+        popUp(name + kCrLf + " is connected", kMessageSeconds);
     } else {
         services_.log.AddToLog(TelescopeName_ + " is not connected");
-        popUp(TelescopeName_ + kCrLf + " is not connected", kMessage);
+        popUp(TelescopeName_ + kCrLf + " is not connected", kMessageSeconds);
     }
 }
 
@@ -444,7 +443,7 @@ void TelescopeLink::YieldPause() {
     for (int i = 0; i < kYields; ++i) services_.loop.yield();
 }
 
-void TelescopeLink::showLoadingMessage() { popUp(kLoading, kLongMessage); }
+void TelescopeLink::showLoadingMessage() { popUp(kLoading, kLoadingMessage); }
 
 void TelescopeLink::closeLoadingMessage() { services_.messages.ClosePopupMessage(kLoading); }
 
@@ -480,8 +479,9 @@ void TelescopeLink::report(const LinkOperation& operation, const OperationError&
     services_.state.LastMessage = message;
     services_.log.AddToLog(logged);
     if (operation.popUp != PopUp::kNever)
-        services_.messages.ShowPopupMessage(
-            shown, operation.popUp == PopUp::kFiveSeconds ? kMessage : services_.messages.displaySeconds());
+        services_.messages.ShowPopupMessage(shown, operation.popUp == PopUp::kFiveSeconds
+                                                       ? kMessageSeconds
+                                                       : services_.messages.displaySeconds());
 }
 
 }  // namespace vantrel::devices

@@ -1,6 +1,7 @@
 // Angle helpers. Hours and degrees as the operator reads them; radians where it says so.
 #pragma once
 
+#include <cmath>
 #include <string>
 
 namespace vantrel::engine {
@@ -19,6 +20,9 @@ double NormalizeRAHours(double hours);
 
 /// NormalizeRAHours, less a day above 12: hours in (-12, 12].
 double signedHours(double hours);
+
+/// Radians brought into [-π, π] by whole turns.
+inline double signedRadians(double angle) { return std::remainder(angle, 2 * kPi); }
 
 /// An angle to be read: "24″" below one arc-minute, "18.1'", "2.4°" from 120 arc-minutes on; without a sign.
 std::string shortAngle(double arcMinutes);

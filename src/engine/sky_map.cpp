@@ -53,7 +53,7 @@ platform::Drawing skyMap(const std::vector<StartingPlace>& places, const Horizon
     map.scale = {.left = -kEdge, .top = kEdge, .right = kEdge, .bottom = -kEdge};
     map.shapes.push_back(platform::Circle{.radius = 1});
     const auto print = [&](double x, double y, const char* text) {
-        map.shapes.push_back(platform::Text{.x = x, .y = y, .text = text});
+        map.shapes.push_back(platform::DrawnText{.x = x, .y = y, .text = text});
     };
     print(-0.03, 1.12, "N");
     print(-0.03, -1.01, "S");

@@ -41,7 +41,7 @@ ImageRef toImage(const Json& json) {
     return std::make_shared<const ImageArray>(width, height, std::move(pixels));
 }
 
-Json toJson(const Shape& shape) {
+Json shapeToJson(const Shape& shape) {
     return std::visit(
         Overloaded{
             [](const Circle& c) {
@@ -54,7 +54,7 @@ Json toJson(const Shape& shape) {
                 return Json{{"kind", "line"}, {"x1", l.x1}, {"y1", l.y1},
                             {"x2", l.x2},     {"y2", l.y2}, {"color", l.color}};
             },
-            [](const Text& t) {
+            [](const DrawnText& t) {
                 return Json{{"kind", "text"}, {"x", t.x}, {"y", t.y}, {"text", t.text}, {"color", t.color}};
             },
             [](const Ellipse& e) {
@@ -118,7 +118,7 @@ std::string toSettingText(const Json& json) {
 
 Json toJson(const Drawing& drawing) {
     Json shapes = Json::array();
-    for (const Shape& shape : drawing.shapes) shapes.push_back(toJson(shape));
+    for (const Shape& shape : drawing.shapes) shapes.push_back(shapeToJson(shape));
     const DrawingScale& scale = drawing.scale;
     return {{"drawing", std::move(shapes)},
             {"scale",

@@ -11,6 +11,8 @@
 namespace vantrel::helpers {
 namespace {
 
+using platform::isDigit;
+
 std::int64_t powerOfTen(int exponent) {
     std::int64_t power = 1;
     while (exponent-- > 0) power *= 10;
@@ -40,8 +42,6 @@ std::string withDecimals(std::int64_t places, int decimals) {
 }
 
 std::string signOf(double value, std::int64_t places) { return value < 0 && places != 0 ? "-" : ""; }
-
-bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
 
 /// The number that starts at the place, which is left behind it. A decimal sign counts only before a digit.
 double takeNumber(std::string_view text, std::size_t& place) {

@@ -10,20 +10,20 @@ namespace vantrel::imaging {
 namespace {
 
 /// The pixels of the image that a pixel of the screen covers along one axis.
-struct Span {
+struct CoveredPixels {
     std::size_t first = 0, last = 0;  // touched
     float firstWeight = 1, lastWeight = 1;
     std::size_t innerFirst = 0, innerEnd = 0;  // whose centres it covers; at least one
 
     /// Counted from there.
-    Span from(std::size_t origin) const {
+    CoveredPixels from(std::size_t origin) const {
         return {first - origin, last - origin,       firstWeight,
                 lastWeight,     innerFirst - origin, innerEnd - origin};
     }
 };
 
-std::vector<Span> spansOf(double corner, double scale, int count, std::size_t limit) {
-    std::vector<Span> spans;
+std::vector<CoveredPixels> spansOf(double corner, double scale, int count, std::size_t limit) {
+    std::vector<CoveredPixels> spans;
     spans.reserve(static_cast<std::size_t>(count));
     const auto pixel = [limit](double place) {
         return std::min(static_cast<std::size_t>(std::max(0.0, place)), limit - 1);
@@ -31,7 +31,7 @@ std::vector<Span> spansOf(double corner, double scale, int count, std::size_t li
     for (int i = 0; i < count; ++i) {
         const double from = corner + i / scale;
         const double to = corner + (i + 1) / scale;
-        Span span;
+        CoveredPixels span;
         span.first = pixel(from);
         span.last = std::max(span.first, pixel(std::ceil(to) - 1));
         if (span.last > span.first) {
@@ -54,7 +54,7 @@ class Columns {
         : pixels_(pixels), stride_(stride), sums_(count), peaks_(count), stead_(stead) {}
 
     /// Sums and peaks of the rows. A piece of them at a time stays in the processor's nearest memory.
-    void gather(const Span& rows) {
+    void gather(const CoveredPixels& rows) {
         weight_ = 0;
         for (std::size_t row = rows.first; row <= rows.last; ++row) weight_ += weightOf(rows, row);
         for (std::size_t from = 0; from < sums_.size(); from += kPiece)
@@ -64,7 +64,7 @@ class Columns {
                 gatherPiece(rows, from, sums_.size() - from);
     }
 
-    float meanOf(const Span& columns) const {
+    float meanOf(const CoveredPixels& columns) const {
         float sum = sums_[columns.first] * columns.firstWeight;
         float weight = columns.firstWeight;
         for (std::size_t x = columns.first + 1; x < columns.last; ++x) sum += sums_[x];
@@ -75,7 +75,7 @@ class Columns {
         return sum / (weight * weight_);
     }
 
-    float peakOf(const Span& columns) const {
+    float peakOf(const CoveredPixels& columns) const {
         Pixel peak = peaks_[columns.innerFirst];
         for (std::size_t x = columns.innerFirst + 1; x < columns.innerEnd; ++x)
             peak = peaks_[x] > peak ? peaks_[x] : peak;
@@ -86,7 +86,7 @@ class Columns {
     static constexpr std::size_t kPiece = 512;
 
     /// Some four rows tell the mean well enough; all are searched for the peak.
-    static float weightOf(const Span& rows, std::size_t row) {
+    static float weightOf(const CoveredPixels& rows, std::size_t row) {
         constexpr std::size_t kEnough = 4;
         const std::size_t step = (rows.innerEnd - rows.innerFirst) / kEnough;
         if (step > 1) return (row - rows.first) % step == step / 2 ? 1 : 0;
@@ -103,7 +103,7 @@ class Columns {
 
     /// A count that is known beforehand lets compilers work on several columns at once.
     template <typename Count>
-    void gatherPiece(const Span& rows, std::size_t from, Count count) {
+    void gatherPiece(const CoveredPixels& rows, std::size_t from, Count count) {
         float* const sums = sums_.data() + from;
         Pixel* const peaks = peaks_.data() + from;
         std::fill_n(sums, count, 0.0F);
@@ -139,12 +139,12 @@ void reduce(const Pixel* pixels, const platform::ImageArray& image, const ViewWi
     const auto rows = spansOf(window.top, window.scale, window.height, image.height());
     auto columns = spansOf(window.left, window.scale, window.width, image.width());
     const std::size_t first = columns.front().first;
-    for (Span& column : columns) column = column.from(first);
+    for (CoveredPixels& column : columns) column = column.from(first);
     Columns<Pixel> piece(pixels + first, image.width(), columns.back().last + 1,
                          static_cast<float>(statistics.median));
-    for (const Span& row : rows) {
+    for (const CoveredPixels& row : rows) {
         piece.gather(row);
-        for (const Span& column : columns) {
+        for (const CoveredPixels& column : columns) {
             const float mean = piece.meanOf(column);
             const float peak = piece.peakOf(column);
             const bool blank =

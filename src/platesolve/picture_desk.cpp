@@ -123,7 +123,7 @@ void PictureDesk::circle(const std::vector<platform::RecognisedStar>& stars) {
         drawing.shapes.push_back(platform::Circle{star.x, star.y, radius});
         if (drawing.shapes.size() < 2 * kNamed)
             drawing.shapes.push_back(
-                platform::Text{star.x + radius, star.y, formatNumber(star.magnitude, "0.0")});
+                platform::DrawnText{star.x + radius, star.y, formatNumber(star.magnitude, "0.0")});
     }
     window_.picPlate.setDrawing(std::move(drawing));
 }

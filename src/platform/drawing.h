@@ -44,13 +44,13 @@ struct Line {
 };
 
 /// Text whose upper left corner is at (x, y).
-struct Text {
+struct DrawnText {
     double x = 0, y = 0;
     std::string text;
     Color color = color::kBlack;
 };
 
-using Shape = std::variant<Circle, Line, Text, Ellipse, Cross>;
+using Shape = std::variant<Circle, Line, DrawnText, Ellipse, Cross>;
 
 struct Drawing {
     DrawingScale scale;

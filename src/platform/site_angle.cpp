@@ -14,8 +14,6 @@ using Marks = std::vector<std::string_view>;
 
 constexpr std::string_view kMinus = "\u2212";
 
-bool isDigit(char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; }
-
 /// The text, taken from its beginning piece by piece.
 class Rest {
   public:

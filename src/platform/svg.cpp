@@ -54,7 +54,7 @@ class SvgWriter {
 
     void operator()(const Line& line) { addLine(x(line.x1), y(line.y1), x(line.x2), y(line.y2), line.color); }
 
-    void operator()(const Text& text) {
+    void operator()(const DrawnText& text) {
         body_ += "<text" + attribute("x", x(text.x)) + attribute("y", y(text.y) + kTextHeight) +
                  filled(text.color) + ">" + escaped(text.text) + "</text>\n";
     }

@@ -60,7 +60,6 @@ std::size_t countZeros(std::string_view part) {
 }
 
 bool isSpace(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// How many characters at the start of the text form a number.
 std::size_t numberLength(std::string_view text) {

@@ -42,6 +42,9 @@ std::string toUpper(std::string_view text);
 bool equalIgnoringCase(std::string_view a, std::string_view b);
 bool containsIgnoringCase(std::string_view text, std::string_view part);
 
+/// 0 to 9.
+inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
 std::string trimmed(std::string_view text);
 
 /// The lines with CR LF between them.

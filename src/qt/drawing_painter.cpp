@@ -16,9 +16,9 @@ namespace {
 using platform::Circle;
 using platform::Cross;
 using platform::Drawing;
+using platform::DrawnText;
 using platform::Ellipse;
 using platform::Line;
-using platform::Text;
 
 QRectF centredSquare(const QRectF& place) {
     const qreal side = std::floor(std::min(place.width(), place.height()));
@@ -128,7 +128,7 @@ class DrawingPainter {
         painter_.drawLine(centre - QPointF(0, reach), centre + QPointF(0, reach));
     }
 
-    void paint(const Text& text) {
+    void paint(const DrawnText& text) {
         QFont font = QGuiApplication::font();
         font.setPixelSize(std::clamp(static_cast<int>(area_.height() / 25), 11, 20));
         painter_.setFont(font);

@@ -12,7 +12,7 @@ namespace vantrel::qt {
 namespace {
 
 constexpr int kHandleHeight = 9;
-constexpr int kMargin = 7;  // room for half a handle
+constexpr int kHandleRoom = 7;  // for half a handle
 constexpr std::array kMoves = {QT_TRANSLATE_NOOP("Text", "Moves the black point"),
                                QT_TRANSLATE_NOOP("Text", "Moves the midtone"),
                                QT_TRANSLATE_NOOP("Text", "Moves the white point")};
@@ -34,7 +34,9 @@ HistogramBar::HistogramBar(imaging::ShownImage& image, const Barrier& barrier)
 
 QSize HistogramBar::sizeHint() const { return {240, fontMetrics().height() * 4 + kHandleHeight}; }
 
-QRect HistogramBar::chart() const { return rect().adjusted(kMargin, 2, -kMargin, -kHandleHeight - 2); }
+QRect HistogramBar::chart() const {
+    return rect().adjusted(kHandleRoom, 2, -kHandleRoom, -kHandleHeight - 2);
+}
 
 /// Once for every exposure, when somebody looks.
 void HistogramBar::measure() {

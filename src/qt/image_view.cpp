@@ -181,7 +181,7 @@ void ImageView::paintMarks(QPainter& painter) const {
         if (const auto* circle = std::get_if<platform::Circle>(&mark)) {
             const double radius = std::max(circle->radius * scale, kSmallest);
             painter.drawEllipse(inWindow(circle->x, circle->y), radius, radius);
-        } else if (const auto* text = std::get_if<platform::Text>(&mark)) {
+        } else if (const auto* text = std::get_if<platform::DrawnText>(&mark)) {
             painter.drawText(
                 inWindow(text->x, text->y) + QPointF(kBeside, painter.fontMetrics().ascent() / 2.0),
                 QString::fromStdString(text->text));

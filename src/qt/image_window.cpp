@@ -24,7 +24,7 @@
 namespace vantrel::qt {
 namespace {
 
-constexpr const char* kSection = "ImageWindow";
+constexpr const char* kImageSection = "ImageWindow";
 constexpr const char* kNothing = "–";
 
 QString valueText(double value) {
@@ -348,18 +348,18 @@ void ImageWindow::applyLook() {
 // ---- Memory ----
 
 bool ImageWindow::chosen(const char* key) const {
-    return platform::leadingNumber(settings_.read(kSection, key).value_or("0")) != 0;
+    return platform::leadingNumber(settings_.read(kImageSection, key).value_or("0")) != 0;
 }
 
 void ImageWindow::remember(const char* key, const std::string& value) const {
-    if (settings_.read(kSection, key) != value) settings_.write(kSection, key, value);
+    if (settings_.read(kImageSection, key) != value) settings_.write(kImageSection, key, value);
 }
 
 QRect ImageWindow::storedPlace() const {
     const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
     const QSize usual = sizeHint().boundedTo(room.size() * 0.8);
     const auto stored = [this](const char* key, int otherwise) {
-        const auto text = settings_.read(kSection, key);
+        const auto text = settings_.read(kImageSection, key);
         return text ? static_cast<int>(std::clamp(platform::leadingNumber(*text), -1e6, 1e6)) : otherwise;
     };
     const QSize size =

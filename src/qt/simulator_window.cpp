@@ -177,7 +177,7 @@ QGroupBox* skyGroup() {
     return group(Text::tr("Sky and mount"), grid);
 }
 
-QGroupBox* siteGroup() {
+QGroupBox* simulatedSiteGroup() {
     auto* const grid = new FieldGrid;
     grid->addField(Text::tr("Latitude"), field("txtLatitude", 8), Text::tr("° north"));
     grid->addField(Text::tr("Longitude"), field("txtLongitude", 8), Text::tr("° east"));
@@ -189,7 +189,7 @@ QWidget* cameraPage() {
     auto* const columns = new QHBoxLayout(page);
     columns->setSpacing(10);
     columns->addLayout(columnOf({cameraGroup()}), 1);
-    columns->addLayout(columnOf({skyGroup(), siteGroup()}), 1);
+    columns->addLayout(columnOf({skyGroup(), simulatedSiteGroup()}), 1);
     return page;
 }
 

@@ -9,10 +9,10 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr std::size_t kReach = 4;  // columns to either side that count as neighbours: every other one,
-                                   // since a colour sensor's have two colours
-constexpr std::size_t kBands = 4;  // in succession in which a hot column stands out
-constexpr float kStandingOut = 3;  // in units of what columns differ by
+constexpr std::size_t kColumnReach = 4;  // columns to either side that count as neighbours: every other one,
+                                         // since a colour sensor's have two colours
+constexpr std::size_t kBands = 4;        // in succession in which a hot column stands out
+constexpr float kStandingOut = 3;        // in units of what columns differ by
 
 /// The mean of the middle two of four neighbours: neither a star beside the column nor another hot one moves
 /// it.
@@ -26,11 +26,11 @@ float neighbours(const float* at) {
 
 void HotColumns::look(std::span<const float> rows) {
     standsOut_.emplace_back(width_, false);
-    if (width_ < 2 * kReach + 1) return;
-    std::vector<float> excess(width_ - 2 * kReach);
+    if (width_ < 2 * kColumnReach + 1) return;
+    std::vector<float> excess(width_ - 2 * kColumnReach);
     for (std::size_t row = 0; row + width_ <= rows.size(); row += width_)
         for (std::size_t i = 0; i < excess.size(); ++i) {
-            const float* const at = rows.data() + row + i + kReach;
+            const float* const at = rows.data() + row + i + kColumnReach;
             excess[i] += *at - neighbours(at);
         }
     std::vector<float> valid;
@@ -38,7 +38,7 @@ void HotColumns::look(std::span<const float> rows) {
     if (valid.empty()) return;
     const float limit = kStandingOut * levelOf(valid).noise;
     if (!(limit > 0)) return;
-    for (std::size_t i = 0; i < excess.size(); ++i) standsOut_.back()[i + kReach] = excess[i] > limit;
+    for (std::size_t i = 0; i < excess.size(); ++i) standsOut_.back()[i + kColumnReach] = excess[i] > limit;
 }
 
 std::vector<HotColumns::Fault> HotColumns::faults() const {

@@ -24,7 +24,6 @@ constexpr std::size_t kLargestTile = 256;
 constexpr std::size_t kLargeImage = 6'000'000;
 constexpr std::size_t kLooks = 64;  // pixels of a row that a cell's level is made of, in neighbouring pairs
 constexpr std::size_t kStripFloats = 64 * 1024;
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /// What a look at one row pair in each band of tiles tells.
 struct Survey {

@@ -10,7 +10,6 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 /// Mean of |z| over the central 80 % of a unit normal distribution.
 constexpr float kMeanOfFourFifths = 0.5586F;
 

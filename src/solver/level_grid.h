@@ -3,11 +3,14 @@
 
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <optional>
 #include <span>
 #include <vector>
 
 namespace vantrel::solver {
+
+inline constexpr float kNoValue = std::numeric_limits<float>::quiet_NaN();
 
 /// False for pixels without a value, and for numbers that no camera counts up to.
 inline bool isValue(float pixel) { return std::abs(pixel) < 1e30F; }

@@ -20,30 +20,31 @@ using sky::operator*;
 
 /// One look at the field: so many of the brightest stars, triangles of so large a share of the diagonal. By
 /// its end so much of what a search may spend is spent.
-struct Round {
+struct TriangleRound {
     std::size_t stars;
     double largestShare;
     double spentShare;
 };
-constexpr Round kRounds[] = {{12, 1.0, 0.4}, {24, 0.5, 0.7}, {45, 0.3, 1.0}};
+constexpr TriangleRound kTriangleRounds[] = {{12, 1.0, 0.4}, {24, 0.5, 0.7}, {45, 0.3, 1.0}};
 
 constexpr double kCatalogueSurplus = 1.5;  // catalogue stars taken per image star and field area
 constexpr std::size_t kCatalogueAtMost = 1400;
 constexpr std::size_t kTestedStars = 40;
-constexpr std::size_t kHopeless = 14;  // a hypothesis without a hit among so many stars is dropped
+constexpr std::size_t kHopelessStars = 14;  // a hypothesis without a hit among so many stars is dropped
 // What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is a
 // hypothesis, two microseconds or so.
 constexpr double kTriangle = 0.04;
 constexpr double kRefinement = 300;
-constexpr double kSpentAtMost = 100'000;  // plates that can be solved need a fiftieth
-constexpr double kUnlucky = 1e-3;         // hypotheses that chance alone would let pass to refinement
+constexpr double kTrianglesSpent = 100'000;  // plates that can be solved need a fiftieth
+constexpr double kUnluckyHypothesis = 1e-3;  // hypotheses that chance alone would let pass to refinement
 
-/// Extra hits that chance reaches with a probability below kUnlucky when it makes `expected` on average.
+/// Extra hits that chance reaches with a probability below kUnluckyHypothesis when it makes `expected` on
+/// average.
 std::size_t hitsNeeded(double expected) {
     double term = std::exp(-expected);
     double tail = 1 - term;
     std::size_t hits = 1;
-    while (tail > kUnlucky && hits < 100) {
+    while (tail > kUnluckyHypothesis && hits < 100) {
         term *= expected / static_cast<double>(hits);
         tail -= term;
         ++hits;
@@ -71,11 +72,11 @@ class Matcher {
 
     std::optional<RefinedPlate> run() {
         std::size_t former = 0;
-        for (const Round& round : kRounds) {
+        for (const TriangleRound& round : kTriangleRounds) {
             const std::size_t stars = std::min(round.stars, field_.imageCount());
-            if (stars < 4 || (stars == former && former < kRounds[0].stars)) break;
+            if (stars < 4 || (stars == former && former < kTriangleRounds[0].stars)) break;
             former = stars;
-            spentAtMost_ = round.spentShare * kSpentAtMost;
+            spentAtMost_ = round.spentShare * kTrianglesSpent;
             if (auto plate = search(stars, round.largestShare)) return plate;
         }
         return std::nullopt;
@@ -200,7 +201,7 @@ class Matcher {
         double expected = 0;
         for (std::size_t i = 0; i < tested; ++i) {
             if (i == image.corners[0] || i == image.corners[1] || i == image.corners[2]) continue;
-            if (i == kHopeless && hits == 0) return std::nullopt;
+            if (i == kHopelessStars && hits == 0) return std::nullopt;
             const PlanePoint p = inCamera(i, stretch);
             const Vector3 there = hypothesis.attitude.skyOf({p.x, p.y, 1});
             if (there[2] <= 0.1) continue;

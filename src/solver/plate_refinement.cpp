@@ -12,7 +12,7 @@ namespace vantrel::solver {
 namespace {
 
 constexpr std::size_t kFewestPairs = 4;
-constexpr int kRounds = 7;
+constexpr int kRefinements = 7;
 constexpr double kLeastTolerance = 0.8;  // pixels
 constexpr double kWidening = 1.4;        // how much wider than told an image may prove to be
 
@@ -44,7 +44,7 @@ class Refiner {
         double reach = settings_.anchorRadius;
         double excess = geometry_.catalogueError();
         Matching found;
-        for (int round = 0; round < kRounds; ++round) {
+        for (int round = 0; round < kRefinements; ++round) {
             found = match(model, tolerance, reach);
             used = tolerance;
             weigh(found.matches, excess);

@@ -15,7 +15,7 @@ namespace {
 
 constexpr double kLeastSigma = 0.7;  // grains
 constexpr double kMostSigma = 12;
-constexpr double kReach = 4;  // sigmas from a star's middle to the border of its stamp
+constexpr double kStampReach = 4;  // sigmas from a star's middle to the border of its stamp
 constexpr std::size_t kBorder = 2;
 constexpr std::size_t kWidthStars = 12;
 constexpr int kSteps = 10;
@@ -107,7 +107,7 @@ class Measurement {
 
   private:
     static std::size_t halfFor(double sigma) {
-        return static_cast<std::size_t>(std::ceil(kReach * sigma)) + kBorder;
+        return static_cast<std::size_t>(std::ceil(kStampReach * sigma)) + kBorder;
     }
 
     std::optional<Stamp> stampOf(const ImageStar& star) const {

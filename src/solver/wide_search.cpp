@@ -21,32 +21,32 @@ using sky::operator*;
 /// One look at the image: the stars of these ranks, brightest 0, each with so many neighbours that reach this
 /// share of its flux. The catalogue's magnitudes aren't those of the camera, so some neighbours may be
 /// fainter.
-struct Round {
+struct PatternRound {
     std::size_t first, last;
     std::size_t neighbours;
     double fluxShare;
 };
-constexpr Round kRounds[] = {{2, 10, 5, 0.8}, {10, 30, 5, 0.8}, {2, 70, 8, 0.45}};
+constexpr PatternRound kPatternRounds[] = {{2, 10, 5, 0.8}, {10, 30, 5, 0.8}, {2, 70, 8, 0.45}};
 constexpr std::size_t kMostStars = 70;
 
 // What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is the
 // look at one pattern, half a microsecond or so.
-constexpr double kHearing = 12;       // what else a proposal costs that is held against the stars around it
-constexpr double kSolving = 900;      // one that is solved as a plate
-constexpr double kSolvingStar = 1;    // for each catalogue star of that plate
-constexpr double kSpentAtMost = 2e6;  // at one scale; images with a place in the sky need a twentieth
+constexpr double kHearing = 12;     // what else a proposal costs that is held against the stars around it
+constexpr double kSolving = 900;    // one that is solved as a plate
+constexpr double kSolvingStar = 1;  // for each catalogue star of that plate
+constexpr double kSpentAtOneScale = 2e6;  // at one scale; images with a place in the sky need a twentieth
 constexpr double kSpentAtAnyScale = 5e6;
 constexpr double kSpentInTheEnd = 0.1;  // share of it kept for the likeliest of what was put off
 
-constexpr std::size_t kFewestCandidates = 4;  // for neighbours, and two for each star that is brighter
-constexpr double kBluntest = 0.02;            // error of a shape that tells too little
-constexpr double kMelting = 6;                // distance of separate stars in units of the position error
-constexpr std::size_t kWitnesses = 18;        // stars around a pattern that speak for it or against it
-constexpr std::size_t kHopeless = 10;         // a proposal without a hit among so many is dropped
-constexpr int kFainterTenths = 12;            // tested stars may be so much fainter than the pattern's
-constexpr double kFainterDensity = 8;         // by which factor such stars are at most more numerous
-constexpr double kUnlucky = 1e-5;             // proposals that chance alone would let pass to the verdict
-constexpr double kPromising = 0.02;           // proposals so rare among those considered are solved at once
+constexpr std::size_t kFewestCandidates = 4;    // for neighbours, and two for each star that is brighter
+constexpr double kBluntest = 0.02;              // error of a shape that tells too little
+constexpr double kMelting = 6;                  // distance of separate stars in units of the position error
+constexpr std::size_t kWitnesses = 18;          // stars around a pattern that speak for it or against it
+constexpr std::size_t kHopelessWitnesses = 10;  // a proposal without a hit among so many is dropped
+constexpr int kFainterTenths = 12;              // tested stars may be so much fainter than the pattern's
+constexpr double kFainterDensity = 8;           // by which factor such stars are at most more numerous
+constexpr double kUnluckyProposal = 1e-5;       // proposals that chance alone would let pass to the verdict
+constexpr double kPromising = 0.02;             // proposals so rare among those considered are solved at once
 constexpr double kHeardOut = 4000;          // so many proposals are worth the time that a full hearing takes
 constexpr std::size_t kSolvedAtMost = 300;  // a few hundredths of a second for each hundred
 constexpr double kFoundTolerance = 0.03;    // by which a proposal's scale may be off (natural logarithm)
@@ -92,7 +92,7 @@ class WideSearch {
     }
 
     /// Until so much is spent.
-    std::optional<WideSolution> run(const Round& round, double spentAtMost) {
+    std::optional<WideSolution> run(const PatternRound& round, double spentAtMost) {
         spentAtMost_ = effort_.spent + (1 - kSpentInTheEnd) * (spentAtMost - effort_.spent);
         for (std::size_t star = round.first; star < std::min(round.last, camera_.size()); ++star) {
             if (givenUp()) return std::nullopt;
@@ -139,7 +139,7 @@ class WideSearch {
         return result;
     }
 
-    std::optional<WideSolution> tryStar(std::size_t star, const Round& round) {
+    std::optional<WideSolution> tryStar(std::size_t star, const PatternRound& round) {
         if (exhausted()) return std::nullopt;
         const auto near = starsNear(star, kFewestCandidates + 2 * star, round.fluxShare * stars_[star].flux,
                                     round.neighbours);
@@ -191,7 +191,7 @@ class WideSearch {
         if (effort_.considered > kHeardOut && isContradicted(proposal, sky)) return std::nullopt;
         effort_.spent += kHearing;
         proposal.chance = chanceOf(proposal, image, sky);
-        if (proposal.chance > kUnlucky) return std::nullopt;
+        if (proposal.chance > kUnluckyProposal) return std::nullopt;
         if (proposal.chance * effort_.considered < kPromising) return solved(proposal);
         likely_.push_back(proposal);
         return std::nullopt;
@@ -259,7 +259,7 @@ class WideSearch {
             const auto hit = patterns_.starAt(proposal.attitude.skyOf(inCamera(i, proposal.attitude.stretch)),
                                               radius, limit);
             if (hit == PatternStar::kNone) {
-                if (++missed >= kHopeless && hits.empty()) return 1;
+                if (++missed >= kHopelessWitnesses && hits.empty()) return 1;
             } else if (hit != sky.star && hit != sky.near && hit != sky.far &&
                        std::find(hits.begin(), hits.end(), hit) == hits.end()) {
                 hits.push_back(hit);
@@ -333,8 +333,8 @@ std::optional<WideSolution> searchWide(const PlateGeometry& geometry, std::span<
                                        const WideSettings& settings) {
     Effort effort;
     WideSearch search(geometry, imageStars, patterns, catalog, settings, effort);
-    for (const Round& round : kRounds) {
-        if (auto found = search.run(round, kSpentAtMost)) return found;
+    for (const PatternRound& round : kPatternRounds) {
+        if (auto found = search.run(round, kSpentAtOneScale)) return found;
     }
     return std::nullopt;
 }
@@ -356,7 +356,7 @@ std::optional<WideSolution> searchWideAnyScale(const PlateGeometry& geometry,
         guesses.push_back(guess);
     }
     Effort effort;
-    for (const Round& round : kRounds) {
+    for (const PatternRound& round : kPatternRounds) {
         // Every width gets its share; what narrow fields leave of theirs goes to the wider ones.
         auto left = static_cast<double>(guesses.size());
         for (const PlateGeometry& guess : guesses) {

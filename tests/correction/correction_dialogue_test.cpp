@@ -58,7 +58,7 @@ const std::map<std::string, std::string>& stages() {
 /// the one of interest, does something half a second into that, looks again when the stage has changed (or a
 /// minute later), and then stops whatever still goes on with a single
 /// click.
-struct Evening : test::CorrectionWorld {
+struct Evening : CorrectionWorld {
     explicit Evening(bool simulator = false) : CorrectionWorld(simulator) {
         loop.setAttendant([this] { attend(); });
     }

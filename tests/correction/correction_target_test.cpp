@@ -19,10 +19,10 @@ namespace {
 
 using test::cross;
 using test::dot;
+using test::kDegree;
 using test::turned;
 using test::Vector;
 
-constexpr double kDegree = std::numbers::pi / 180;
 constexpr double kArcsec = kDegree / 3600;
 
 double angleBetween(const Vector& a, const Vector& b) {

@@ -11,7 +11,7 @@
 #include "platform/class_registry.h"
 #include "support/engine_world.h"
 
-namespace vantrel::correction::test {
+namespace vantrel::correction {
 
 using namespace platform;
 
@@ -45,13 +45,12 @@ struct Guide : engine::CorrectionPort {
     std::optional<double> instead;  // of the measured amplitude
 };
 
-struct CorrectionWorld : vantrel::test::EngineWorld {
+struct CorrectionWorld : test::EngineWorld {
     engine::ExposurePanel exposurePanel{form};
     Guide guide;
     Marks overlays;
     OneStar star;
-    vantrel::test::Picture frame{
-        std::make_shared<ImageArray>(1000, 800, std::vector<std::uint16_t>(1000UL * 800))};
+    test::Picture frame{std::make_shared<ImageArray>(1000, 800, std::vector<std::uint16_t>(1000UL * 800))};
     ClassRegistry classes;
     CorrectionMarks marks;
 
@@ -64,12 +63,11 @@ struct CorrectionWorld : vantrel::test::EngineWorld {
                                   exposures, overlays,      pointing, marks,    starGuide};
 
     explicit CorrectionWorld(bool simulator = false) : EngineWorld(guide) {
-        classes.install(
-            "MaxIm.Application",
-            {[this] { return std::make_shared<vantrel::test::FakeApplication>(frame); }, "", "", ""});
+        classes.install("MaxIm.Application",
+                        {[this] { return std::make_shared<test::FakeApplication>(frame); }, "", "", ""});
         guide.target = &correction;
         state.UsingAxisSimulator = simulator;
     }
 };
 
-}  // namespace vantrel::correction::test
+}  // namespace vantrel::correction

@@ -15,12 +15,12 @@ namespace vantrel::correction {
 namespace {
 
 using engine::PixelPosition;
-using vantrel::test::cross;
-using vantrel::test::dot;
-using vantrel::test::kDegree;
-using vantrel::test::leastAt;
-using vantrel::test::turned;
-using vantrel::test::Vector;
+using test::cross;
+using test::dot;
+using test::kDegree;
+using test::leastAt;
+using test::turned;
+using test::Vector;
 
 constexpr double kLst = 7;
 constexpr double kPixel = 3.6 / 3600;  // degrees
@@ -30,10 +30,10 @@ constexpr PixelPosition kCentre{kWidth / 2., kHeight / 2.};
 /// The mount with its camera at a place.
 class Camera {
   public:
-    Camera(const vantrel::test::SimulatedMount& mount, double hourAngle, double declination)
+    Camera(const test::SimulatedMount& mount, double hourAngle, double declination)
         : mount_(mount), air_(mount.site.air) {
-        outwards_ = vantrel::test::unitVector(hourAngle, declination);
-        const Vector east = vantrel::test::unitVector(hourAngle - 6, 0);
+        outwards_ = test::unitVector(hourAngle, declination);
+        const Vector east = test::unitVector(hourAngle - 6, 0);
         rows_ = turned(cross(outwards_, east), outwards_, -30 * kDegree);
         columns_ = cross(rows_, outwards_);
     }
@@ -42,7 +42,7 @@ class Camera {
     Vector shown(const PixelPosition& pixel) const {
         const double x = (pixel.x - kCentre.x) * kPixel * kDegree;
         const double y = (pixel.y - kCentre.y) * kPixel * kDegree;
-        const Vector seen = mount_.carried(vantrel::test::unit(outwards_ + x * rows_ + y * columns_));
+        const Vector seen = mount_.carried(test::unit(outwards_ + x * rows_ + y * columns_));
         return air_.lowered(seen, mount_.zenith());
     }
 
@@ -50,7 +50,7 @@ class Camera {
     engine::PlateSolution plate() const {
         const Vector centre = shown(kCentre);
         const double hourAngle = std::atan2(-centre.y, centre.x) / kDegree / 15;
-        const Vector east = vantrel::test::unitVector(hourAngle - 6, 0);
+        const Vector east = test::unitVector(hourAngle - 6, 0);
         const Vector north = cross(centre, east);
         engine::PlateSolution plate{.ra = kLst - hourAngle, .dec = std::asin(centre.z) / kDegree};
         constexpr double kFar = 300;
@@ -69,12 +69,12 @@ class Camera {
     }
 
   private:
-    const vantrel::test::SimulatedMount& mount_;
-    vantrel::test::SimulatedAir air_;
+    const test::SimulatedMount& mount_;
+    test::SimulatedAir air_;
     Vector outwards_{}, rows_{}, columns_{};
 };
 
-engine::PolarError errorOf(const vantrel::test::SimulatedMount& mount) {
+engine::PolarError errorOf(const test::SimulatedMount& mount) {
     const Vector axis = mount.carried({0, 0, 1});
     return engine::writtenError({axis.x, axis.y, axis.z});
 }
@@ -101,7 +101,7 @@ TEST(ExactMark, OnePassLeavesNothingWhereverTheStarStands) {
                 for (const PixelPosition& corner :
                      {PixelPosition{100, 100}, PixelPosition{kWidth - 100, 100},
                       PixelPosition{100, kHeight - 100}, PixelPosition{kWidth - 100, kHeight - 100}}) {
-                    vantrel::test::SimulatedMount mount;
+                    test::SimulatedMount mount;
                     mount.site = {hemisphere * 48, engine::standardAir(300)};
                     mount.azimuth = offset * 0.8 / std::cos(48 * kDegree);
                     mount.elevation = -offset * 0.6;
@@ -126,7 +126,7 @@ TEST(ExactMark, OnePassLeavesNothingWhereverTheStarStands) {
 
 TEST(ExactMark, TheElevationAloneTurnsAboutTheHingeAsItStands) {
     for (const double latitude : {35., -60.}) {
-        vantrel::test::SimulatedMount mount;
+        test::SimulatedMount mount;
         mount.site = {latitude, engine::kNoAir};
         mount.azimuth = 150;
         mount.elevation = 70;
@@ -139,7 +139,7 @@ TEST(ExactMark, TheElevationAloneTurnsAboutTheHingeAsItStands) {
     }
 }
 
-struct ExactPointing : testing::Test, test::CorrectionWorld {
+struct ExactPointing : testing::Test, CorrectionWorld {
     ExactPointing() {
         settings.SaveSetting("PolarAlign", "ExactMark", "1");
         star.place = {620, 300};

@@ -66,7 +66,7 @@ TEST(HistoryChart, PointsByNightOverDecades) {
     EXPECT_NEAR(bars[1].y1, std::log10(0.1), 1e-9);
 
     std::vector<std::string> texts;
-    for (const Text& text : all<Text>(drawing)) texts.push_back(text.text);
+    for (const DrawnText& text : all<DrawnText>(drawing)) texts.push_back(text.text);
     EXPECT_THAT(texts, ElementsAre("0.1'", "1'", "10'", "100'", "1000'", "2026-11-24", "2026-11-25"));
 }
 
@@ -79,7 +79,7 @@ TEST(HistoryChart, LeavesOutDatesThatWouldStandOnOthers) {
     const Drawing drawing = historyChart(nights, 0);
     const double width = drawing.scale.right - drawing.scale.left;
     std::vector<double> dates;
-    for (const Text& text : all<Text>(drawing))
+    for (const DrawnText& text : all<DrawnText>(drawing))
         if (text.text.starts_with("20")) dates.push_back(text.x);
     ASSERT_GT(dates.size(), 3u);
     for (std::size_t i = 1; i < dates.size(); ++i) EXPECT_GT(dates[i] - dates[i - 1], 0.14 * width);
@@ -109,7 +109,7 @@ TEST(HistoryChart, HasAPlaceForEverything) {
             within(line.x1, line.y1);
             within(line.x2, line.y2);
         }
-        for (const Text& text : all<Text>(drawing)) within(text.x, text.y);
+        for (const DrawnText& text : all<DrawnText>(drawing)) within(text.x, text.y);
     }
     EXPECT_TRUE(historyChart({}, 0).shapes.empty());
 }

@@ -48,7 +48,7 @@ class Export : public testing::Test {
     void draw() {
         window.picPolarPlot.setDrawing({.scale = {-2, 2, 2, -2},
                                         .shapes = {Circle{0, 0, 0.8}, Circle{1, -1, 0.1, true, color::kRed},
-                                                   Text{-0.1, 1.9, "Up & <away>"}, Line{-1, 0, 1, 0},
+                                                   DrawnText{-0.1, 1.9, "Up & <away>"}, Line{-1, 0, 1, 0},
                                                    Ellipse{1, 1, 0.4, 0.2, 30}, Cross{1, 1, 0.1}}});
     }
 

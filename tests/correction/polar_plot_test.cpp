@@ -29,7 +29,7 @@ std::vector<std::string> shapesOf(const Drawing& drawing) {
         } else if (const auto* line = std::get_if<Line>(&shape)) {
             text << "line";
             add({line->x1, line->y1, line->x2, line->y2});
-        } else if (const auto* print = std::get_if<Text>(&shape)) {
+        } else if (const auto* print = std::get_if<DrawnText>(&shape)) {
             text << "text";
             add({print->x, print->y});
             text << ' ' << print->text;
@@ -75,9 +75,9 @@ class Plot : public testing::Test {
 
     VirtualTime time{*parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{2}};
     QueuedEventLoop loop{time};
-    vantrel::test::MemorySettingsPort settings;
-    vantrel::test::RecordingLog log;
-    vantrel::test::Mount telescope{loop};  // at latitude 45
+    test::MemorySettingsPort settings;
+    test::RecordingLog log;
+    test::Mount telescope{loop};  // at latitude 45
     Screen screen{{0, 0, 1920, 1040}};
     Form form{screen, "frmMain", "", {0, 0, 600, 500}};
     ErrorPlotPanel panel{form};
@@ -194,9 +194,9 @@ TEST(PolarChartTest, BothPolesWhereTheyCanBeToldApart) {
         EXPECT_NEAR(mark.y1, c.y, 0.01);
         EXPECT_EQ(mark.y1, mark.y2);
         EXPECT_EQ(mark.x1, -mark.x2);
-        EXPECT_EQ(std::get<Text>(marks[1]).text, "Refracted pole");
-        EXPECT_EQ(std::get<Text>(marks[2]).text, "True pole");
-        EXPECT_NEAR(std::get<Text>(marks[2]).y, c.truePoleText * range.rings, 1e-12);
+        EXPECT_EQ(std::get<DrawnText>(marks[1]).text, "Refracted pole");
+        EXPECT_EQ(std::get<DrawnText>(marks[2]).text, "True pole");
+        EXPECT_NEAR(std::get<DrawnText>(marks[2]).y, c.truePoleText * range.rings, 1e-12);
     }
 }
 
@@ -267,7 +267,7 @@ TEST(RingFigures, NameAtMostThreeInnerRings) {
                  {{11, 1}, {"8", "5", "2"}}};
     for (const auto& c : cases) {
         std::vector<std::string> figures;
-        for (const Shape& shape : ringFigures(c.range)) figures.push_back(std::get<Text>(shape).text);
+        for (const Shape& shape : ringFigures(c.range)) figures.push_back(std::get<DrawnText>(shape).text);
         EXPECT_EQ(figures, c.figures) << c.range.rings;
     }
 }

@@ -14,7 +14,6 @@ namespace vantrel::correction {
 namespace {
 
 namespace color = platform::color;
-namespace test = vantrel::test;
 
 TEST(ShortAngle, IsAsFineAsItMatters) {
     const struct {

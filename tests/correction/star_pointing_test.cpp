@@ -13,7 +13,7 @@ using namespace platform;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct Pointing : testing::Test, test::CorrectionWorld {
+struct Pointing : testing::Test, CorrectionWorld {
     PointingSituation situation(double amplitude, double angle) {
         PointingSituation s;
         s.ErrorAmplitude = amplitude;
@@ -58,7 +58,7 @@ const struct {
     void (StarPointing::*point)(double, double);
     CorrectionTarget (*target)(const PointingSituation&);
     std::vector<std::string> begins;  // its log
-} kAdjusters[] = {{&StarPointing::PointAzCorrectionAllignmentStar,
+} kPointings[] = {{&StarPointing::PointAzCorrectionAllignmentStar,
                    azimuthTarget,
                    {"*** Az Correction ***", "Azimuth Correction Plate Solved"}},
                   {&StarPointing::PointAltCorrectionAllignmentStar,
@@ -68,7 +68,7 @@ const struct {
 TEST_F(Pointing, LogsEveryValueAndMarksThePath) {
     solver.raError = 0.01;
     solver.decError = -0.2;
-    for (const auto& adjuster : kAdjusters) {
+    for (const auto& adjuster : kPointings) {
         log.lines.clear();
         overlays.drawn.clear();
         (pointing.*adjuster.point)(0.05, 60);
@@ -91,7 +91,7 @@ TEST_F(Pointing, SlewsInsteadWhenTheTargetIsOffTheImage) {
     solver.decError = -0.2;
     star.place = {30.5, 400};
     // Without an axis error the star stays where it is, so that the mount's readings are the aim's.
-    for (const auto& adjuster : kAdjusters) {
+    for (const auto& adjuster : kPointings) {
         log.lines.clear();
         mount.slews.clear();
         overlays.drawn.clear();

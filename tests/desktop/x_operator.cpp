@@ -12,7 +12,7 @@
 namespace vantrel::desktop {
 namespace {
 
-constexpr std::uint8_t kLeft = 1, kWheelAway = 4, kWheelTowards = 5;
+constexpr std::uint8_t kLeftButton = 1, kWheelAway = 4, kWheelTowards = 5;
 
 struct Free {
     void operator()(void* reply) const { std::free(reply); }
@@ -72,9 +72,9 @@ void XOperator::moveTo(QPoint place) {
     xcb_flush(connection_);
 }
 
-void XOperator::press() { button(kLeft, true); }
+void XOperator::press() { button(kLeftButton, true); }
 
-void XOperator::release() { button(kLeft, false); }
+void XOperator::release() { button(kLeftButton, false); }
 
 void XOperator::turnWheel(bool away) {
     const std::uint8_t notch = away ? kWheelAway : kWheelTowards;

@@ -12,7 +12,7 @@ namespace {
 using test::actionsOn;
 using testing::ElementsAre;
 
-constexpr const char* kScope = "ScopeSim.Telescope";
+constexpr const char* kScopeSim = "ScopeSim.Telescope";
 constexpr const char* kAxis = "AxisSimulator.Telescope";
 
 struct WindowWorld : test::TelescopeWorld {
@@ -39,7 +39,7 @@ TEST(TelescopeWindow, LoadsTheStoredTelescope) {
         long choosers;
     };
     for (const Case& c : {
-             Case{"nothing stored yet", std::nullopt, kScope, 0},
+             Case{"nothing stored yet", std::nullopt, kScopeSim, 0},
              Case{"stored", kAxis, kAxis, 0},
              Case{"stored as none: the operator has to choose", "", kAxis, 1},
          }) {
@@ -116,7 +116,7 @@ TEST(TelescopeWindow, WatchesTheConnection) {
         const char* look;
         bool driverHeld;
     };
-    const auto drop = [](WindowWorld& world) { world.host.newest(kScope)->put("Connected", false); };
+    const auto drop = [](WindowWorld& world) { world.host.newest(kScopeSim)->put("Connected", false); };
     for (const Case& c : {
              Case{"all is well", [](auto&) {}, " Connected -SD", true},
              Case{"the link goes down", drop, " Not Connected CS-", false},
@@ -133,7 +133,8 @@ TEST(TelescopeWindow, WatchesTheConnection) {
                   },
                   " Connected -SD", true},
              Case{"the driver doesn't answer",
-                  [](WindowWorld& world) { world.fail(kScope, "Connected", 438); }, " Connected -SD", true},
+                  [](WindowWorld& world) { world.fail(kScopeSim, "Connected", 438); }, " Connected -SD",
+                  true},
              Case{"closed: nobody looks",
                   [&](WindowWorld& world) {
                       world.window.closeByOperator();
@@ -146,7 +147,7 @@ TEST(TelescopeWindow, WatchesTheConnection) {
         c.happens(world);
         world.pass(1);
         EXPECT_EQ(world.look(), c.look) << c.why;
-        EXPECT_EQ(world.host.newest(kScope) != nullptr, c.driverHeld) << c.why;
+        EXPECT_EQ(world.host.newest(kScopeSim) != nullptr, c.driverHeld) << c.why;
     }
 }
 
@@ -170,7 +171,7 @@ TEST(TelescopeWindow, ButtonsConnectAndDisconnect) {
     EXPECT_FALSE(world.state.StopRequested);
     EXPECT_EQ(world.look(), " Not Connected CS-");
 
-    world.fail(kScope, "create", 429, 1);
+    world.fail(kScopeSim, "create", 429, 1);
     world.window.cmdConnectTelescope.click();
     EXPECT_TRUE(world.log.has("Error 429: it broke\r\nmodComponents Sub ConnectTelescope"));
     EXPECT_EQ(world.look(), " Not Connected CS-");
@@ -197,7 +198,7 @@ TEST(TelescopeWindow, MainButtonConnectsOnceAfterADisconnect) {
     world.forget();
     world.behaviour.cmdTelescope_Click();
     world.pass(3);
-    EXPECT_THAT(actionsOn(world.host, kScope), ElementsAre("create", "put Connected True"));
+    EXPECT_THAT(actionsOn(world.host, kScopeSim), ElementsAre("create", "put Connected True"));
     EXPECT_EQ(world.look(), " Connected -SD");
 }
 
@@ -247,18 +248,18 @@ TEST(TelescopeWindow, EventsRunWhileADriverComesUpOrGoesDown) {
         operation();
         return turns;
     };
-    world.link.setTelescopeProgID(kScope);
+    world.link.setTelescopeProgID(kScopeSim);
     EXPECT_GE(turnsOf([&] { world.link.EnsureTelescopeConnected(); }), 3 * kPause);
     EXPECT_EQ(turnsOf([&] { world.behaviour.cmdTelescope_Click(); }), kPause) << "connected already";
     EXPECT_EQ(turnsOf([&] { world.window.cmdPickTelescope.click(); }), 3 * kPause + 4);
 }
 
 TEST(TelescopeWindow, LinksAtStartUp) {
-    for (const char* stored : {kScope, ""}) {
+    for (const char* stored : {kScopeSim, ""}) {
         WindowWorld world;
         world.settings.SaveMainSetting("MyTelescopeID", stored);
         world.behaviour.linkAtStartUp();
-        EXPECT_THAT(actionsOn(world.host, *stored == 0 ? kAxis : kScope),
+        EXPECT_THAT(actionsOn(world.host, *stored == 0 ? kAxis : kScopeSim),
                     ElementsAre("create", "put Connected True"));
         EXPECT_EQ(world.window.shown(), *stored != 0);
         EXPECT_EQ(world.messages.open, std::nullopt);

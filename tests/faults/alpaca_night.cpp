@@ -15,7 +15,7 @@ using test::FakeServer;
 using test::Fault;
 using test::Request;
 
-constexpr const char* kMountId = "Alpaca:M1/telescope";
+constexpr const char* kAlpacaMount = "Alpaca:M1/telescope";
 const std::string kMount = "telescope/0/";
 const std::string kCamera = "camera/0/";
 constexpr int kWidth = 24, kHeight = 16;
@@ -140,7 +140,7 @@ class AlpacaDevices : public NetworkDevices {
         // Also for the solver that knows where the mount points.
         mount_ = std::make_shared<hosts::alpaca::Telescope>(
             services_, DeviceRecord{"telescope", "M1", "Mount", server, 0}, [](const auto&) {});
-        workshop.classes.install(kMountId, {[this] { return mount_; }, "", "Telescope", "Mount"});
+        workshop.classes.install(kAlpacaMount, {[this] { return mount_; }, "", "Telescope", "Mount"});
         workshop.observatory.imaging().useCamera(std::make_shared<hosts::alpaca::Camera>(
             services_, DeviceRecord{"camera", "C1", "Camera", server, 0}, [](const auto&) {}));
     }
@@ -242,7 +242,7 @@ class AlpacaDevices : public NetworkDevices {
 }  // namespace
 
 NetworkEquipment alpacaEquipment() {
-    return {{"Alpaca", kMountId, "BuiltIn", "0"},
+    return {{"Alpaca", kAlpacaMount, "BuiltIn", "0"},
             [](const Workshop& workshop) { return std::make_shared<AlpacaDevices>(workshop); }};
 }
 

@@ -10,7 +10,7 @@ using platform::Milliseconds;
 using test::FakeIndi;
 using test::Treatment;
 
-constexpr const char* kMountId = "Indi:localhost:7624/Mount";
+constexpr const char* kIndiMount = "Indi:localhost:7624/Mount";
 constexpr const char* kCameraId = "Indi:localhost:7624/Camera";
 
 std::string smallPicture() {
@@ -32,7 +32,7 @@ class IndiDevices : public NetworkDevices {
           host_({workshop.loop, server_.network, wait_, workshop.tell, {}}, {}) {
         server_.picture = smallPicture();
         server_.tracking = true;
-        host_.install(workshop.classes, kMountId);
+        host_.install(workshop.classes, kIndiMount);
         workshop.observatory.imaging().useCamera(host_.camera(kCameraId));
     }
 
@@ -115,7 +115,7 @@ class IndiDevices : public NetworkDevices {
 }  // namespace
 
 NetworkEquipment indiEquipment() {
-    return {{"INDI", kMountId, "BuiltIn", "0"},
+    return {{"INDI", kIndiMount, "BuiltIn", "0"},
             [](const Workshop& workshop) { return std::make_shared<IndiDevices>(workshop); }};
 }
 

@@ -16,12 +16,12 @@ using testing::ElementsAreArray;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-constexpr const char* kMount = "ScopeSim.Telescope";
+constexpr const char* kScopeSim = "ScopeSim.Telescope";
 constexpr const char* kImage = "CCDSoft.Image";
 
 /// The driver without a camera of its own, and the imaging program with the image link. Binned 2 x 2.
 void setUp(Script& s) {
-    s.setting("Main", "MyTelescopeID", kMount).setting("PolarAlign", "ImagingSoftware", "CCDSoft");
+    s.setting("Main", "MyTelescopeID", kScopeSim).setting("PolarAlign", "ImagingSoftware", "CCDSoft");
     s.setting("PolarAlign", "PlateSolveMethod", "1").setting("Solve", "CamBin", "2");
     s.setting("Solve", "TheSkyImageScale", "7.2").setting("Solve", "ScaleH", "7.2");
     s.setting("Solve", "ScaleV", "7.2");
@@ -63,7 +63,7 @@ TEST(ImageLink, SaysEveryStepAndEveryFailure) {
         script.waitIdle();
         c.prepare(script);
         script.giveBack(kImage, "InsertWCS", nullptr);
-        script.giveBack(kMount, "RightAscension", 23.9).giveBack(kMount, "Declination", -0.5);
+        script.giveBack(kScopeSim, "RightAscension", 23.9).giveBack(kScopeSim, "Declination", -0.5);
         script.startLog().click("frmMain.cmdExposeSolve").waitIdle().read("frmMain.cmdExposeSolve");
         const auto result = script.run();
         const Lines begin = {"", "** Expose & Plate Solve **"};
@@ -111,7 +111,8 @@ TEST(ImageLink, StartsWhereTheMountPoints) {
         Script script;
         setUp(script);
         script.waitIdle().giveBack(kImage, "InsertWCS", nullptr);
-        script.giveBack(kMount, "RightAscension", c.mountRA).giveBack(kMount, "Declination", c.mountDec);
+        script.giveBack(kScopeSim, "RightAscension", c.mountRA)
+            .giveBack(kScopeSim, "Declination", c.mountDec);
         script.click("frmMain.cmdExposeSolve").waitIdle();
         const auto uses = script.journal(kImage, "uses").run().uses("uses");
         EXPECT_THAT(uses, Contains(StartsWith(std::string("put FITSKeyword \"OBJCTRA\" \"") + c.ra)));
@@ -133,7 +134,7 @@ TEST(ImageLink, MeasuresWhatPinPointMeasures) {
         Script script;
         setUp(script);
         script.setting("PolarAlign", "PlateSolveMethod", std::to_string(method)).waitIdle();
-        script.put(kMount, "HourAngleOffset", 0.01).put(kMount, "DeclinationOffset", 0.15);
+        script.put(kScopeSim, "HourAngleOffset", 0.01).put(kScopeSim, "DeclinationOffset", 0.15);
         script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle();
         const auto result = script.run();
         EXPECT_EQ(result.log.back(), "Alignment Run Complete");

@@ -24,7 +24,7 @@ constexpr const char* kMaxIm = "MaxIm.CCDCamera";
 constexpr const char* kApplication = "MaxIm.Application";
 constexpr const char* kDocument = "MaxIm.Document";
 constexpr const char* kCCDSoft = "CCDSoft.Camera";
-constexpr const char* kImage = "CCDSoft.Image";
+constexpr const char* kCCDSoftImage = "CCDSoft.Image";
 constexpr const char* kSeconds = "frmMain.txtContinuousExposeInterval";
 
 /// A member that fails once, or as often as said.
@@ -170,10 +170,10 @@ TEST(CCDSoftExposures, ReportWhatFails) {
         {"it isn't", answering(kCCDSoft, "Asynchronous", false), kNothing, Series::kGoesOn},
         {"aborted in the program", broken(kCCDSoft, "IsExposureComplete", 3, 1, 65535), aborted},
         {"aborted before it began", broken(kCCDSoft, "TakeImage", 0, 1, 65535), aborted},
-        {"no image object", broken(kImage, "create"), attach, Series::kGoesOn},
-        {"no image to attach to", broken(kImage, "AttachToActiveImager"), attach, Series::kGoesOn},
-        {"no open image", broken(kImage, "create", 1), kCrossHair, Series::kGoesOn},
-        {"the marked image isn't taken", broken(kImage, "DataArray", 1), kCrossHair, Series::kGoesOn},
+        {"no image object", broken(kCCDSoftImage, "create"), attach, Series::kGoesOn},
+        {"no image to attach to", broken(kCCDSoftImage, "AttachToActiveImager"), attach, Series::kGoesOn},
+        {"no open image", broken(kCCDSoftImage, "create", 1), kCrossHair, Series::kGoesOn},
+        {"the marked image isn't taken", broken(kCCDSoftImage, "DataArray", 1), kCrossHair, Series::kGoesOn},
         {"the sub-frame can't be switched", broken(kCCDSoft, "Subframe", 1), take},
     };
     for (const char* member : {"AutoSaveOn", "ScreenShutter", "ToNewWindow", "AutoSaveFileFormat", "Series",
@@ -183,7 +183,7 @@ TEST(CCDSoftExposures, ReportWhatFails) {
     for (const char* member : {"Frame", "ExposureTime", "TakeImage", "IsExposureComplete"})
         cases.push_back({member, broken(kCCDSoft, member), take});
     for (const char* member : {"AttachToActive", "SetActive", "Width", "Height", "DataArray", "ModifiedFlag"})
-        cases.push_back({member, broken(kImage, member), kCrossHair, Series::kGoesOn});
+        cases.push_back({member, broken(kCCDSoftImage, member), kCrossHair, Series::kGoesOn});
     checkExposures("CCDSoft", cases);
 }
 
@@ -334,8 +334,8 @@ TEST(ManualExposures, ReportWhatFails) {
         {"no number to expose and solve", "MaxIm", exposeAndSolve, typing("frmMain.txtExposeInterval", "abc"),
          logged("", "** Expose & Plate Solve **") + reported(mismatch + "mod cmdExposeSolve")},
         {"the image can't be saved", "MaxIm", exposeAndSolve, broken(kMaxIm, "SaveImage"), unsaved},
-        {"the path isn't taken", "CCDSoft", exposeAndSolve, broken(kImage, "path"), unsaved},
-        {"the second program can't save", "CCDSoft", exposeAndSolve, broken(kImage, "Save"), unsaved},
+        {"the path isn't taken", "CCDSoft", exposeAndSolve, broken(kCCDSoftImage, "path"), unsaved},
+        {"the second program can't save", "CCDSoft", exposeAndSolve, broken(kCCDSoftImage, "Save"), unsaved},
         {"the plate isn't solved", "MaxIm", exposeAndSolve, answering("PinPoint.Plate", "Solve", false),
          unsolved},
     };

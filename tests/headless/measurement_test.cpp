@@ -17,8 +17,8 @@ using namespace test;
 using testing::Contains;
 using testing::HasSubstr;
 
-constexpr const char* kMount = "AxisSimulator.Telescope";
-constexpr const char* kPlate = "PinPoint.Plate";
+constexpr const char* kAxisSimulator = "AxisSimulator.Telescope";
+constexpr const char* kPinPoint = "PinPoint.Plate";
 
 /// Three plates see only a large one, and say how far one that they can't see would lead astray; four see it.
 TEST(Measurement, NamesAJumpOfTheTelescopeOrSaysThatItCouldHide) {
@@ -43,7 +43,8 @@ TEST(Measurement, NamesAJumpOfTheTelescopeOrSaysThatItCouldHide) {
         SCOPED_TRACE(testing::Message() << c.jump << " at " << c.degrees << ", " << c.plates << " plates");
         Script script;
         script.waitIdle().type("frmMain.txtDeltaRA", c.degrees).type("frmMain.txtPlates", c.plates);
-        script.put(kMount, "DeclinationJumpSlew", c.slew).put(kMount, "DeclinationJump", c.jump);
+        script.put(kAxisSimulator, "DeclinationJumpSlew", c.slew)
+            .put(kAxisSimulator, "DeclinationJump", c.jump);
         const auto result =
             script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
         EXPECT_EQ(std::ranges::any_of(result.log, says(moved)), c.named);
@@ -60,28 +61,28 @@ TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
         Lines logged;
         Lines shown = {};  // pop-ups
     } cases[] = {
-        {"no link for the right ascension", failing(kMount, "RightAscension", 91),
+        {"no link for the right ascension", failing(kAxisSimulator, "RightAscension", 91),
          texts("Telescope link failed: Function GetTelescopeRA")},
-        {"the driver's own error", failing(kMount, "RightAscension", kDriver),
+        {"the driver's own error", failing(kAxisSimulator, "RightAscension", kDriver),
          texts("ASCOM Telescope: Broken")},
-        {"another error", failing(kMount, "RightAscension"),
+        {"another error", failing(kAxisSimulator, "RightAscension"),
          texts("Error 7: Broken\r\nmodComponents Function GetTelescopeRA")},
-        {"an error of the declination", failing(kMount, "Declination"), texts(declination),
+        {"an error of the declination", failing(kAxisSimulator, "Declination"), texts(declination),
          texts(declination)},
-        {"the driver's error of the declination", failing(kMount, "Declination", kDriver),
+        {"the driver's error of the declination", failing(kAxisSimulator, "Declination", kDriver),
          texts("ASCOM Telescope: Broken"), texts("ASCOM Telescope\r\nBroken")},
-        {"a declination beyond the pole", answering(kMount, "Declination", 95),
+        {"a declination beyond the pole", answering(kAxisSimulator, "Declination", 95),
          texts("Telescope Polar Axis Simulator returned illegal Dec value of: 95")},
-        {"a slew refused once", failing(kMount, "SlewToCoordinatesAsync", kDriver, 0, 1),
+        {"a slew refused once", failing(kAxisSimulator, "SlewToCoordinatesAsync", kDriver, 0, 1),
          texts("Telescope Slew failed on Trial 1", "Alignment Run Complete")},
-        {"a slew refused for ever", failing(kMount, "SlewToCoordinatesAsync", kDriver),
+        {"a slew refused for ever", failing(kAxisSimulator, "SlewToCoordinatesAsync", kDriver),
          texts("Telescope Slew failed on Trial 5", "ASCOM Telescope: Broken"),
          texts("ASCOM Telescope\r\nBroken")},
-        {"sidereal time from the clock", failing(kMount, "SiderealTime", 438),
+        {"sidereal time from the clock", failing(kAxisSimulator, "SiderealTime", 438),
          texts("Alignment Run Complete")},
-        {"no image", failing(kMount, "Expose"), texts("Error 7: Broken\r\nmod cmdRun"),
+        {"no image", failing(kAxisSimulator, "Expose"), texts("Error 7: Broken\r\nmod cmdRun"),
          texts("Error 7: Broken\r\nmod cmdRun")},
-        {"an image that isn't there", answering(kMount, "SaveImageToFile", true),
+        {"an image that isn't there", answering(kAxisSimulator, "SaveImageToFile", true),
          texts("Failed to Solve Plate!!", "Polar Align Aborted !!")},
         {"a folder without a catalogue", storing("Solve", "ppCatPath3", "D:\\Stars"),
          texts("** PinPoint Error - Please Verify Settngs **", "Polar Align Aborted !!")},
@@ -121,18 +122,22 @@ TEST(Measurement, ASlewThatEndsEarlyIsSeenOnThePlates) {
         });
     };
     Script stopped;
-    stopped.waitIdle().put(kMount, "SlewRate", 1).click("frmMain.cmdRun").waitForLog("Plate 1 Solved");
-    EXPECT_EQ(warnings(stopped.advance(14).call(kMount, "AbortSlew", 0)), 2) << "one too short, one too long";
+    stopped.waitIdle()
+        .put(kAxisSimulator, "SlewRate", 1)
+        .click("frmMain.cmdRun")
+        .waitForLog("Plate 1 Solved");
+    EXPECT_EQ(warnings(stopped.advance(14).call(kAxisSimulator, "AbortSlew", 0)), 2)
+        << "one too short, one too long";
     Script undisturbed;
     EXPECT_EQ(warnings(undisturbed.waitIdle().click("frmMain.cmdRun")), 0);
 }
 
 /// Slews the simulator to this hour angle and declination.
 void pointTo(Script& script, double hourAngle, double declination) {
-    script.send({{"id", "lst"}, {"do", "automation"}, {"object", kMount}, {"get", "SiderealTime"}});
+    script.send({{"id", "lst"}, {"do", "automation"}, {"object", kAxisSimulator}, {"get", "SiderealTime"}});
     const double lst = Script(script).run().reply("lst")["value"];
     script.send({{"do", "automation"},
-                 {"object", kMount},
+                 {"object", kAxisSimulator},
                  {"call", "SlewToCoordinates"},
                  {"args", {std::fmod(lst - hourAngle + 24, 24), declination}}});
 }
@@ -142,7 +147,9 @@ TEST(Measurement, KnowsWhenItIsWrongAndWhatIsRight) {
     for (const bool leastSquares : {false, true}) {
         SCOPED_TRACE(leastSquares);
         Script script;
-        script.waitIdle().put(kMount, "PolarAzimuthError", 40).put(kMount, "PolarElevationError", -25);
+        script.waitIdle()
+            .put(kAxisSimulator, "PolarAzimuthError", 40)
+            .put(kAxisSimulator, "PolarElevationError", -25);
         script.type("frmMain.txtDeltaRA", "20");
         if (leastSquares) storing("PolarAlign", "LeastSquares", "1")(script);
         pointTo(script, 6.5, 40);
@@ -172,8 +179,10 @@ TEST(Measurement, DrawsHowGoodItIs) {
     for (const double latitude : {50.0, -50.0}) {
         SCOPED_TRACE(latitude);
         Script script;
-        script.waitIdle().put(kMount, "SiteLatitude", latitude).put(kMount, "Refraction", true);
-        script.put(kMount, "PolarAzimuthError", 0.5).put(kMount, "PolarElevationError", 0.6);
+        script.waitIdle()
+            .put(kAxisSimulator, "SiteLatitude", latitude)
+            .put(kAxisSimulator, "Refraction", true);
+        script.put(kAxisSimulator, "PolarAzimuthError", 0.5).put(kAxisSimulator, "PolarElevationError", 0.6);
         pointTo(script, -0.5, latitude < 0 ? -30 : 30);
         script.type("frmMain.txtDeltaRA", "9").click("frmMain.cmdPolarPlot");
         for (int run = 0; run < 2; ++run)
@@ -282,7 +291,7 @@ TEST(Measurement, WhatItReliesOnIsOutOfReachWhileItIsUnderWay) {
 /// program from closing.
 TEST(Measurement, AFailurePromptLetsTheOperatorMendAndClose) {
     Script script;
-    script.giveBack(kPlate, "Solve", false).waitIdle().click("frmMain.cmdRun").waitForNext();
+    script.giveBack(kPinPoint, "Solve", false).waitIdle().click("frmMain.cmdRun").waitForNext();
     for (const char* control : {"frmMain.txtDeltaRA", "frmMain.cmdExposeSolve", "frmMain.txtSolveScaleH"})
         script.read(control);
     script.startLog().click("frmMain.cmdExposeSolve").send({{"do", "close"}, {"window", "frmMain"}});
@@ -310,7 +319,7 @@ TEST(Measurement, AnExposureWithASolveComesBeforeWhatIsStartedMeanwhile) {
 }
 
 TEST(Measurement, AnEarlierStopDoesNotKeepAnExposureFromBeingSolved) {
-    for (const char* mount : {kMount, "ScopeSim.Telescope"}) {
+    for (const char* mount : {kAxisSimulator, "ScopeSim.Telescope"}) {
         Script script;
         script.setting("Main", "MyTelescopeID", mount).waitIdle().click("frmMain.cmdRun").advance(3);
         script.click("frmMain.cmdStop").waitIdle();
@@ -320,7 +329,7 @@ TEST(Measurement, AnEarlierStopDoesNotKeepAnExposureFromBeingSolved) {
 }
 
 TEST(Measurement, ImagesOfTheirOwnNamesAreSavedAndSolved) {
-    for (const char* mount : {kMount, "ScopeSim.Telescope"}) {
+    for (const char* mount : {kAxisSimulator, "ScopeSim.Telescope"}) {
         Script script;
         script.setting("PolarAlign", "SaveImages", "1").setting("Main", "MyTelescopeID", mount);
         const auto result =

@@ -171,7 +171,8 @@ TEST(Session, ReachesOutsidePrograms) {
 TEST(Session, ShowsDrawingsPopupsAndBoxes) {
     SmallWorld world;
     world.program.window.picPlot.setDrawing(
-        {{-10, 10, 10, -10}, {Circle{1, 2, 3, true, 255}, Line{0, 1, 2, 3, 0}, Text{4, 5, "N", 16711680}}});
+        {{-10, 10, 10, -10},
+         {Circle{1, 2, 3, true, 255}, Line{0, 1, 2, 3, 0}, DrawnText{4, 5, "N", 16711680}}});
     world.dialogs.messageBox("Small", "Hello", Dialogs::Icon::kInformation, Dialogs::Buttons::kOk);
     world.expect(R"~(
 > {"do":"drawing","control":"frmMain.picPlot"}

@@ -16,7 +16,7 @@ class SystemTimeTest : public testing::Test {
   protected:
     SystemTime time_{SystemTime::now(), [] { return -1; }};
     platform::QueuedEventLoop loop_{time_};
-    test::Pipe first_, second_;
+    vantrel::test::Pipe first_, second_;
     std::string heard_;
 };
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numeric>
 #include <random>
 
@@ -10,14 +9,14 @@
 
 #include "imaging/display_stretch.h"
 #include "imaging/histogram.h"
+#include "support/no_numbers.h"
 
 namespace vantrel::imaging {
 namespace {
 
 using platform::ImageArray;
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+using test::kInfinity;
+using test::kNaN;
 
 TEST(ToneCurve, RunsFromBlackToWhiteThroughItsMidtone) {
     const ToneCurve curve(1000, 3000, 0.1);

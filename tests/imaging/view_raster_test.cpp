@@ -3,18 +3,18 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
+
+#include "support/no_numbers.h"
 
 namespace vantrel::imaging {
 namespace {
 
 using platform::ImageArray;
-
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
+using test::kInfinity;
+using test::kNaN;
 
 /// A dark sky of alternating 99 and 101, and then what the caller adds.
 template <typename Pixel>

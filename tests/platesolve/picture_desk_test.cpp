@@ -117,7 +117,7 @@ TEST_F(PictureDeskTest, CirclesTheMatchedStarsOnThePicture) {
     std::vector<std::string> texts;
     for (const platform::Shape& shape : drawing.shapes) {
         if (const auto* circle = std::get_if<platform::Circle>(&shape)) circles.push_back(*circle);
-        if (const auto* text = std::get_if<platform::Text>(&shape)) texts.push_back(text->text);
+        if (const auto* text = std::get_if<platform::DrawnText>(&shape)) texts.push_back(text->text);
     }
     ASSERT_EQ(circles.size(), 2U);
     EXPECT_EQ(circles[0].x, 10);

@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr const char* kPlate = "PinPoint.Plate";
+constexpr const char* kPlateProgram = "PinPoint.Plate";
 
 class PathTest : public testing::Test, protected test::SolvingWorld {
   protected:
@@ -29,7 +29,7 @@ class PathTest : public testing::Test, protected test::SolvingWorld {
         EXPECT_EQ(engine.objects, 0) << "the test keeps no object";
         EXPECT_EQ(panel.lblCatTest.caption(), "Test passed\r\n(see log)");
         std::vector<std::string> texts;
-        for (const auto& entry : host.takeJournal(kPlate)) {
+        for (const auto& entry : host.takeJournal(kPlateProgram)) {
             if (entry.kind != "put" && entry.kind != "call") continue;
             const bool image = entry.kind == "put" && entry.member == "ImageArray";
             texts.push_back(image ? "put ImageArray" : test::asText(entry));
@@ -44,7 +44,7 @@ TEST_F(PathTest, Probes) {
     engine.acceptsArrays = false;
     EXPECT_TRUE(PinPointIsInstalled(host));
     EXPECT_FALSE(PinPointFullIsInstalled(host));
-    registry.uninstall(kPlate);
+    registry.uninstall(kPlateProgram);
     EXPECT_FALSE(PinPointIsInstalled(host));
     EXPECT_FALSE(PinPointFullIsInstalled(host));
     EXPECT_EQ(engine.objects, 0);
@@ -98,7 +98,7 @@ TEST_F(PathTest, MagnitudesOfTheTestImageByCatalog) {
         host.takeJournal("*");
         EXPECT_TRUE(tests.TestCatPath_PPLE());
         std::string sent;
-        for (const auto& entry : host.takeJournal(kPlate))
+        for (const auto& entry : host.takeJournal(kPlateProgram))
             if (entry.member == "CatalogMaximumMagnitude") sent = entry.arguments.back().toText();
         EXPECT_EQ(sent, magnitude) << name;
     }

@@ -93,7 +93,7 @@ inline void fill(Forms& forms) {
     platform::Drawing dial;
     dial.scale = {-1, 1, 1, -1};
     dial.shapes = {platform::Circle{0, 0, 0.8}, platform::Line{-0.8, 0, 0.8, 0},
-                   platform::Text{-0.05, 0.98, "Up"},
+                   platform::DrawnText{-0.05, 0.98, "Up"},
                    platform::Circle{0.2, 0.3, 0.05, true, platform::color::kDarkGreen}};
     plot.picPolarPlot.setDrawing(dial);
 }

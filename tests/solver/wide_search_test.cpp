@@ -34,7 +34,7 @@ const StarPatterns& patterns() {
     return *made;
 }
 
-test::StarField fieldOf(SkyPosition centre, double widthDeg, double turn, bool mirrored) {
+test::StarField wideField(SkyPosition centre, double widthDeg, double turn, bool mirrored) {
     test::StarField field;
     field.width = 700;
     field.height = 500;
@@ -75,7 +75,7 @@ TEST(SearchWide, FindsFieldsWithoutKnowingWhere) {
         {"wide", {300, 50}, 25, -60, false, 0.01},
     };
     for (const auto& c : cases) {
-        const auto field = fieldOf(c.centre, c.widthDeg, c.turn, c.mirrored);
+        const auto field = wideField(c.centre, c.widthDeg, c.turn, c.mirrored);
         const double scale = c.widthDeg * 3600 / 700;
         const Seen image = seen(field, scale * (1 + c.scaleError));
         const auto found = searchWide(image.geometry, image.list.stars, patterns(), sky(), {});
@@ -88,7 +88,7 @@ TEST(SearchWide, FindsFieldsWithoutKnowingWhere) {
 
 TEST(SearchWide, TriesAllScalesWhenNoneIsKnown) {
     for (const double width : {9.0, 20.0}) {
-        const auto field = fieldOf({140, 35}, width, 33, false);
+        const auto field = wideField({140, 35}, width, 33, false);
         const Seen image = seen(field, 1);
         const auto found = searchWideAnyScale(image.geometry, image.list.stars, patterns(), sky(), {});
         ASSERT_TRUE(found) << width;
@@ -97,7 +97,7 @@ TEST(SearchWide, TriesAllScalesWhenNoneIsKnown) {
 }
 
 TEST(SearchWide, KeepsToTheRadius) {
-    const auto field = fieldOf({140, 35}, 12, 33, false);
+    const auto field = wideField({140, 35}, 12, 33, false);
     const Seen image = seen(field, 12 * 3600 / 700.0);
     WideSettings settings;
     settings.start = {140, 55};
@@ -110,7 +110,7 @@ TEST(SearchWide, KeepsToTheRadius) {
 }
 
 TEST(SearchWide, EndsSoonAfterItIsGivenUp) {
-    const auto field = fieldOf({140, 35}, 12, 33, false);
+    const auto field = wideField({140, 35}, 12, 33, false);
     const Seen image = seen(field, 12 * 3600 / 700.0);
     int asked = 0;
     WideSettings settings;
@@ -132,7 +132,7 @@ TEST(SearchWide, FindsNothingWhereNothingIs) {
         EXPECT_FALSE(searchWide(geometry, points, patterns(), sky(), {})) << count;
         EXPECT_FALSE(searchWideAnyScale(geometry, points, patterns(), sky(), {})) << count;
     }
-    auto field = fieldOf({83, 21}, 12, 10, false);
+    auto field = wideField({83, 21}, 12, 10, false);
     const Seen image = seen(field, 12 * 3600 / 700.0);
     const auto nothing = StarPatterns::build(test::ListCatalog({}), 1);
     EXPECT_FALSE(searchWide(image.geometry, image.list.stars, *nothing, sky(), {})) << "no patterns";

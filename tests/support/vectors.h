@@ -2,8 +2,11 @@
 #pragma once
 
 #include <cmath>
+#include <numbers>
 
 namespace vantrel::test {
+
+inline constexpr double kDegree = std::numbers::pi / 180;
 
 struct Vector {
     double x, y, z;

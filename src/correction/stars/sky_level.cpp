@@ -13,7 +13,6 @@ namespace vantrel::correction {
 namespace {
 
 constexpr int kSamplesPerSide = 8;
-constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 /// Some pixels of a cell, row after row, evenly spread.
 struct Sample {

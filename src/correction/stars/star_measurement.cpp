@@ -14,7 +14,6 @@ namespace vantrel::correction {
 namespace {
 
 constexpr double kPixelVariance = 1.0 / 12;  // of a pixel's own breadth
-constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 /// The pixels around the seed, "not a number" where they have no value; (x, y) of everything below count from
 /// the corner of this piece.

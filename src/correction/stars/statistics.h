@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace vantrel::correction {
+
+inline constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 inline double square(double value) { return value * value; }
 

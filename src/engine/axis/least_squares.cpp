@@ -45,11 +45,11 @@ PlateResidual residualOf(const Sighting& sighting, const Carriage& carriage, std
     if (sighting.positionAngle()) {
         const double modelled =
             std::atan2(attitude.col(0).dot(frame.col(0)), attitude.col(0).dot(frame.col(1)));
-        residual.roll = std::remainder(*sighting.positionAngle() - modelled, 2 * kPi) / kArcsecond;
+        residual.roll = signedRadians(*sighting.positionAngle() - modelled) / kArcsecond;
     }
     if (sighting.reading())
         residual.reading =
-            std::remainder(*sighting.reading() - carriage.zero + carriage.turns[plate], 2 * kPi) / kArcsecond;
+            signedRadians(*sighting.reading() - carriage.zero + carriage.turns[plate]) / kArcsecond;
     return residual;
 }
 

@@ -36,8 +36,6 @@ double aside(const Vector2d& shift, const Vector2d& direction) {
     return std::abs(shift.x() * direction.y() - shift.y() * direction.x()) / length;
 }
 
-double wrapped(double angle) { return std::remainder(angle, 2 * kPi); }
-
 PlateCovariance sum(const PlateCovariance& a, const PlateCovariance& b) {
     return {a.eastEast + b.eastEast, a.eastNorth + b.eastNorth, a.northNorth + b.northNorth,
             a.rollRoll + b.rollRoll, a.eastRoll + b.eastRoll,   a.northRoll + b.northRoll};
@@ -179,7 +177,7 @@ Matrix3d LiveAxis::turned(const Vector3d& turns) const {
 
 Matrix3d LiveAxis::predicted(const Vector3d& turns, double lst) const {
     return turned(turns) * rotation(turns(2) * end_) *
-           carried(*reference_, end_, wrapped(lst - reference_->lst), driven_);
+           carried(*reference_, end_, signedRadians(lst - reference_->lst), driven_);
 }
 
 /// Gauss-Newton with the drive's angle held near none. A jump by degrees needs a few steps.
@@ -187,7 +185,7 @@ LiveAxis::Turns LiveAxis::fitted(const Seen& now) const {
     constexpr int kSteps = 8;
     Plate both = now.plate;
     both.covariance = sum(now.plate.covariance, reference_->plate.covariance);
-    const double carriedOn = driven_ ? std::abs(wrapped(now.lst - reference_->lst)) : 0;
+    const double carriedOn = driven_ ? std::abs(signedRadians(now.lst - reference_->lst)) : 0;
     const double stated = measured_.sigma() * carriedOn;
     both.covariance = sum(both.covariance, PlateCovariance::ofSigmas(stated, 0));
     FitSettings settings = settings_.fit;
@@ -202,7 +200,8 @@ LiveAxis::Turns LiveAxis::fitted(const Seen& now) const {
         const Matrix3d attitude = predicted(result.values, now.lst);
         const Vector3d line = frame.transpose() * attitude.col(0);
         const Vector3d outwards = frame.transpose() * attitude.col(2);
-        const double roll = wrapped(sighting.positionAngle().value_or(0) - std::atan2(line.x(), line.y()));
+        const double roll =
+            signedRadians(sighting.positionAngle().value_or(0) - std::atan2(line.x(), line.y()));
         const Eigen::VectorXd residuals = sighting.weighted({-outwards.x(), -outwards.y(), roll});
         const Matrix3d byAzimuth = rotation(result.values(0) * vertical_);
         Eigen::MatrixXd jacobian(sighting.size(), 3);
@@ -231,7 +230,7 @@ LiveAxis::Directions LiveAxis::directionsAt(const Seen& now) const {
 LiveAxis::Move LiveAxis::move(const Seen& from, const Seen& to) const {
     constexpr double kSigmas = 4.5;
     constexpr double kDriveAdrift = 0.3;  // arc-seconds a second: worms, gusts
-    const double tracked = wrapped(to.lst - from.lst);
+    const double tracked = signedRadians(to.lst - from.lst);
     const Matrix3d expected = carried(from, axisNow(), tracked, driven_);
     const Vector3d outwards = to.sighting.frame(0).transpose() * expected.col(2);
     const double seconds = std::abs(radiansToHours(tracked)) * 3600;
@@ -285,7 +284,7 @@ bool LiveAxis::byOneAdjuster(const Seen& from, const Seen& to) const {
 bool LiveAxis::sentElsewhere(const Seen& from, const Seen& to) const {
     constexpr double kSent = 0.25;  // degrees
     if (!from.plate.reading || !to.plate.reading) return false;
-    const double tracked = radiansToHours(wrapped(to.lst - from.lst));
+    const double tracked = radiansToHours(signedRadians(to.lst - from.lst));
     const MountReading& before = *from.plate.reading;
     const MountReading& after = *to.plate.reading;
     const auto away = [&](double hourAngle) {

@@ -59,7 +59,7 @@ std::optional<Preflight::Better> betterThan(double sigma, const Plan& plan, cons
     return better;
 }
 
-std::string arcSeconds(double sigma) { return "+- " + formatNumber(sigma, sigma < 10 ? "0.0" : "0"); }
+std::string plusMinus(double sigma) { return "+- " + formatNumber(sigma, sigma < 10 ? "0.0" : "0"); }
 
 }  // namespace
 
@@ -95,8 +95,8 @@ Preflight lookAhead(const Plan& plan, const Site& site, const Horizon& horizon, 
 
 std::string Preflight::summary() const {
     if (prospect.validity != Validity::kValid) return "These plates tell no axis";
-    std::string text = arcSeconds(prospect.covariance.sigma()) + "″ expected";
-    if (better) text += "; " + formatNumber(better->slew, "0") + "°: " + arcSeconds(better->sigma) + "″";
+    std::string text = plusMinus(prospect.covariance.sigma()) + "″ expected";
+    if (better) text += "; " + formatNumber(better->slew, "0") + "°: " + plusMinus(better->sigma) + "″";
     return text;
 }
 

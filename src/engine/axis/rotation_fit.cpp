@@ -20,14 +20,12 @@ using Eigen::MatrixXd;
 using Eigen::Vector3d;
 using Eigen::VectorXd;
 
-double wrapped(double angle) { return std::remainder(angle, 2 * kPi); }
-
 /// The angle about the axis from one sighting to another: by the whole attitude where both tell it, which
 /// holds on the axis too.
 double turnBetween(const Sighting& from, const Sighting& to, const Vector3d& axis) {
     if (from.positionAngle() && to.positionAngle()) {
         const Eigen::Quaterniond turn(Matrix3d(to.attitude() * from.attitude().transpose()));
-        return wrapped(2 * std::atan2(turn.vec().dot(axis), turn.w()));
+        return signedRadians(2 * std::atan2(turn.vec().dot(axis), turn.w()));
     }
     const Vector3d u = from.frame(0).col(2);
     const Vector3d v = to.frame(0).col(2);
@@ -104,7 +102,7 @@ Carriage carriageAbout(const Vector3d& axis, const std::vector<Sighting>& sighti
         if (!s.reading()) continue;
         const double here = *s.reading() + carriage.turns.back();
         if (!zero) zero = here;
-        sum += wrapped(here - *zero);
+        sum += signedRadians(here - *zero);
         ++readings;
     }
     if (zero) carriage.zero = *zero + sum / readings;
@@ -152,7 +150,8 @@ Linearised RotationFit::linearise(const Carriage& carriage) const {
 
         const Vector3d line = frame.transpose() * attitude.col(0);
         const Vector3d outwards = frame.transpose() * attitude.col(2);
-        const double roll = wrapped(sighting.positionAngle().value_or(0) - std::atan2(line.x(), line.y()));
+        const double roll =
+            signedRadians(sighting.positionAngle().value_or(0) - std::atan2(line.x(), line.y()));
         const Index row = layout_.row(i);
         result.residuals.segment(row, sighting.size()) =
             sighting.weighted({-outwards.x(), -outwards.y(), roll});
@@ -170,8 +169,8 @@ Linearised RotationFit::linearise(const Carriage& carriage) const {
         if (layout_.air()) put(*layout_.air(), -sighting.lift());
 
         if (const auto readingRow = layout_.readingRow(i)) {
-            result.residuals(*readingRow) =
-                sighting.weightedReading(wrapped(*sighting.reading() - carriage.zero + carriage.turns[i]));
+            result.residuals(*readingRow) = sighting.weightedReading(
+                signedRadians(*sighting.reading() - carriage.zero + carriage.turns[i]));
             result.jacobian(*readingRow, *layout_.zero()) = sighting.weightedReading(1);
             if (i > 0) result.jacobian(*readingRow, layout_.turn(i)) = sighting.weightedReading(-1);
         }

@@ -13,7 +13,7 @@ using platform::HttpRequest;
 using platform::Milliseconds;
 
 constexpr const char* kJson = "application/json";
-constexpr Milliseconds kGrace{500};  // beyond which a request that should have ended isn't waited for
+constexpr Milliseconds kOverdue{500};  // beyond which a request that should have ended isn't waited for
 
 /// %-escapes everything but letters, digits and "-._~" (RFC 3986).
 std::string escaped(const std::string& text) {
@@ -148,7 +148,7 @@ Json Client::get(const Question& question) {
     std::optional<Result<Json>> result;
     const HttpExchange exchange =
         ask(question, [&result](Result<Json> answer) { result = std::move(answer); });
-    wait([&result] { return result.has_value(); }, 2 * question.patience + kGrace,
+    wait([&result] { return result.has_value(); }, 2 * question.patience + kOverdue,
          serverError({HttpError::Kind::kTimedOut, ""}, question.server.text()).what());
     return valueOf(std::move(*result));
 }

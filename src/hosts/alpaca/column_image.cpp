@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <stdexcept>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -99,6 +100,10 @@ platform::ImageArray narrowestRows(const ColumnImage& image) {
 }
 
 }  // namespace
+
+void refusePicture(const std::string& why) {
+    throw std::runtime_error("The camera's picture can't be read: " + why + ".");
+}
 
 std::size_t sizeOf(Element element) {
     switch (element) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 #include "platform/image_array.h"
@@ -31,6 +32,9 @@ struct ColumnImage {
     std::size_t planes = 1;      // numbers a pixel; a colour camera has three
     std::string_view data = {};  // width · height · planes elements, little endian, at any address
 };
+
+/// Throws std::runtime_error: the camera's picture can't be read, and why.
+[[noreturn]] void refusePicture(const std::string& why);
 
 /// The largest picture that a camera can have sent.
 struct ImageLimits {

@@ -11,7 +11,7 @@ namespace {
 using platform::Milliseconds;
 
 constexpr Milliseconds kTimeToConnect{30'000};
-constexpr Milliseconds kBetweenLooks{200};
+constexpr Milliseconds kBetweenConnecting{200};
 
 /// Whether the result is a failure of this kind that meets the condition.
 template <typename Error, typename Condition>
@@ -109,7 +109,7 @@ void ConnectionAttempt::connect() {
         if (isRefusedAsUnknown(result)) return connectAsOfOld();
         if (auto* failure = std::get_if<std::exception_ptr>(&result)) return fail(*failure);
         connectStarted_ = services_.loop.clock().sinceStart();
-        timer_ = services_.loop.every(kBetweenLooks, [this] { waitForConnect(); });
+        timer_ = services_.loop.every(kBetweenConnecting, [this] { waitForConnect(); });
     });
 }
 

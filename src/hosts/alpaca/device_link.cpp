@@ -8,9 +8,9 @@ namespace {
 
 using platform::Milliseconds;
 
-constexpr Milliseconds kBetweenLooks{2000};
+constexpr Milliseconds kBetweenWatches{2000};
 constexpr Milliseconds kBetweenTrials{5000};
-constexpr Milliseconds kTimeToConnect{90'000};  // all steps together
+constexpr Milliseconds kTimeToGetConnected{90'000};  // all steps together
 constexpr Milliseconds kTimeToDisconnect{5000};
 constexpr int kMostTroubles = 2;
 
@@ -28,7 +28,7 @@ void DeviceLink::connect() {
     if (connected()) return;
     if (attempt_ == nullptr) begin();
     try {
-        services_.client.wait([this] { return attempt_ == nullptr; }, kTimeToConnect,
+        services_.client.wait([this] { return attempt_ == nullptr; }, kTimeToGetConnected,
                               name() + " didn't get connected in time.");
     } catch (...) {
         turnOff();
@@ -59,7 +59,7 @@ void DeviceLink::noteEnd(Result<Connected> result) {
     if (state_ == State::kLost) services_.tell(name() + " is back.");
     state_ = State::kOn;
     troubles_ = 0;
-    timer_ = services_.loop.every(kBetweenLooks, [this] { watch(); });
+    timer_ = services_.loop.every(kBetweenWatches, [this] { watch(); });
     moved_(device_);
 }
 

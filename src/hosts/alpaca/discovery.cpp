@@ -12,7 +12,7 @@ constexpr const char* kQuestion = "alpacadiscovery1";
 constexpr const char* kGroup = "ff12::a1:9aca";
 constexpr Milliseconds kTimeToAnswer{1500};
 constexpr Milliseconds kTimeToList{2000};
-constexpr Milliseconds kBetweenLooks{50};
+constexpr Milliseconds kBetweenAnswers{50};
 constexpr std::size_t kMostServers = 50;
 
 /// The way to a device that is worth remembering: this machine's own address, then IPv4.
@@ -39,7 +39,7 @@ Discovery::Discovery(const Services& services, Found found, std::string wantedId
       wantedId_(std::move(wantedId)),
       start_(services.loop.clock().sinceStart()),
       search_(services.search({services.discoveryPort(), kGroup, kQuestion})),
-      timer_(services.loop.every(kBetweenLooks, [this] { tick(); })) {}
+      timer_(services.loop.every(kBetweenAnswers, [this] { tick(); })) {}
 
 void Discovery::tick() {
     if (search_ != nullptr) listen();

@@ -18,10 +18,10 @@ using platform::HttpLimits;
 using platform::Milliseconds;
 
 constexpr Milliseconds kTick{50};
-constexpr Milliseconds kBetweenLooks{500};
-constexpr Milliseconds kBetweenQuickLooks{100};  // during the first second after an exposure's end
-constexpr Milliseconds kTimeOfQuickLooks{1000};
-constexpr Milliseconds kBetweenTrials{1000};
+constexpr Milliseconds kBetweenStates{500};
+constexpr Milliseconds kBetweenQuickStates{100};  // during the first second after an exposure's end
+constexpr Milliseconds kTimeOfQuickStates{1000};
+constexpr Milliseconds kBetweenDownloads{1000};
 constexpr Milliseconds kLongestSilence{60'000};
 constexpr Milliseconds kIdleGrace{5000};       // beyond which an idle camera has no picture
 constexpr Milliseconds kReadOutTime{120'000};  // the longest that reading the sensor may take
@@ -35,7 +35,7 @@ constexpr int kError = 5;
 constexpr int kUnknownState = -1;
 
 constexpr std::size_t kMostBytes = std::size_t{1} << 30U;
-constexpr std::size_t kHeadBytes = 64U << 10U;
+constexpr std::size_t kReplyBytes = 64U << 10U;
 constexpr std::size_t kJsonBytes = 12;  // of a number: its sign, ten digits and a comma
 
 Milliseconds fromSeconds(double seconds) {
@@ -44,7 +44,7 @@ Milliseconds fromSeconds(double seconds) {
 
 HttpLimits downloadLimits(const ImageLimits& sensor) {
     const std::size_t pixels = sensor.width * sensor.height;
-    return {.body = std::min(kMostBytes, kHeadBytes + pixels * ImageLimits::kPlanes * kJsonBytes),
+    return {.body = std::min(kMostBytes, kReplyBytes + pixels * ImageLimits::kPlanes * kJsonBytes),
             .connecting = Milliseconds{3000},
             .whole = kDownloadTime,
             .drip = HttpLimits::Drip{.bytesPerSecond = 1000, .patience = std::chrono::seconds{30}}};
@@ -87,7 +87,7 @@ Exposure::Exposure(const Services& services, DeviceLink& link, double seconds, c
       start_(services.loop.clock().utc()),
       began_(now()),
       answered_(now()),
-      due_(now() + std::min(fromSeconds(seconds), kBetweenLooks)),
+      due_(now() + std::min(fromSeconds(seconds), kBetweenStates)),
       timer_(services.loop.every(kTick, [this] { tick(); })) {}
 
 void Exposure::tick() {
@@ -147,9 +147,9 @@ void Exposure::judge(bool ready, int cameraState) {
     if (elapsed > ordered + kReadOutTime) return fail(link_.name() + " didn't deliver its picture in time.");
     if (cameraState == kReading || cameraState == kFetching) progress_ = Progress::kDownloading;
     const Milliseconds untilEnd = ordered - elapsed;
-    next(&Exposure::look, untilEnd > Milliseconds{0}      ? std::min(untilEnd, kBetweenLooks)
-                          : -untilEnd < kTimeOfQuickLooks ? kBetweenQuickLooks
-                                                          : kBetweenLooks);
+    next(&Exposure::look, untilEnd > Milliseconds{0}       ? std::min(untilEnd, kBetweenStates)
+                          : -untilEnd < kTimeOfQuickStates ? kBetweenQuickStates
+                                                           : kBetweenStates);
 }
 
 // ---- fetching it
@@ -182,7 +182,7 @@ void Exposure::download() {
                                        decode(std::move(answer));
                                    } catch (const std::runtime_error& error) {
                                        if (downloads_ == kMostDownloads) return fail(error.what());
-                                       next(&Exposure::download, kBetweenTrials);
+                                       next(&Exposure::download, kBetweenDownloads);
                                    }
                                });
 }
@@ -221,7 +221,7 @@ void Exposure::ask(const std::string& member, Refusal refusal, Heard heard) {
 
 /// The server will come back, or it won't.
 void Exposure::bear(const std::exception_ptr& failure) {
-    if (now() - answered_ <= kLongestSilence) return next(step_, kBetweenTrials);
+    if (now() - answered_ <= kLongestSilence) return next(step_, kBetweenDownloads);
     try {
         std::rethrow_exception(failure);
     } catch (const std::exception& error) {

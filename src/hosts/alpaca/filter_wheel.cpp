@@ -13,7 +13,7 @@ using platform::Milliseconds;
 constexpr std::size_t kMostFilters = 100;
 constexpr int kTurning = -1;
 constexpr Milliseconds kTimeToTurn{60'000};
-constexpr Milliseconds kBetweenLooks{250};
+constexpr Milliseconds kBetweenPositions{250};
 
 }  // namespace
 
@@ -43,7 +43,7 @@ void FilterWheel::turnTo(int filter) {
         if (services_.loop.clock().sinceStart() - start > kTimeToTurn)
             throw std::runtime_error(link_.name() + " didn't turn to the filter " +
                                      filters_[static_cast<std::size_t>(filter)] + ".");
-        services_.client.pause(kBetweenLooks);
+        services_.client.pause(kBetweenPositions);
     }
 }
 

@@ -17,10 +17,6 @@ namespace vantrel::hosts::alpaca {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& why) {
-    throw std::runtime_error("The camera's picture can't be read: " + why + ".");
-}
-
 /// Without its fraction, at the limits of its type where it is beyond them.
 std::int32_t wholeNumber(double value) {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -33,20 +29,20 @@ class PixelColumns {
     explicit PixelColumns(const ImageLimits& limits) : limits_(limits) {}
 
     void open() {
-        if (++depth_ > 3) refuse("it isn't flat");
+        if (++depth_ > 3) refusePicture("it isn't flat");
         counts_[depth_ - 1] = 0;
         if (depth_ > deepest_) {
-            if (!whole_.empty() || !real_.empty()) refuse("its columns differ");
+            if (!whole_.empty() || !real_.empty()) refusePicture("its columns differ");
             deepest_ = depth_;
         }
     }
 
     /// True when the outermost array ended.
     bool close() {
-        if (depth_ == 0) refuse("its brackets don't match");
+        if (depth_ == 0) refusePicture("its brackets don't match");
         std::optional<std::size_t>& length = lengths_[depth_ - 1];
         if (!length) length = counts_[depth_ - 1];
-        if (*length != counts_[depth_ - 1]) refuse("its columns differ");
+        if (*length != counts_[depth_ - 1]) refusePicture("its columns differ");
         --depth_;
         if (depth_ > 0) count();
         return depth_ == 0;
@@ -55,7 +51,7 @@ class PixelColumns {
     bool isOpen() const { return depth_ > 0; }
 
     void take(double value) {
-        if (depth_ < 2 || depth_ != deepest_) refuse("its columns differ");
+        if (depth_ < 2 || depth_ != deepest_) refusePicture("its columns differ");
         count();
         const std::int32_t number = wholeNumber(value);
         if (real_.empty() && number == value) {
@@ -70,7 +66,7 @@ class PixelColumns {
     }
 
     platform::ImageArray image() const {
-        if (whole_.empty() && real_.empty()) refuse("it has no pixels");
+        if (whole_.empty() && real_.empty()) refusePicture("it has no pixels");
         ColumnImage columns;
         columns.width = lengths_[0].value();
         columns.height = lengths_[1].value();
@@ -87,7 +83,7 @@ class PixelColumns {
   private:
     void count() {
         const std::size_t most[] = {limits_.width, limits_.height, ImageLimits::kPlanes};
-        if (++counts_[depth_ - 1] > most[depth_ - 1]) refuse("it is larger than the sensor");
+        if (++counts_[depth_ - 1] > most[depth_ - 1]) refusePicture("it is larger than the sensor");
     }
 
     ImageLimits limits_;
@@ -105,7 +101,7 @@ class ImageAnswer : public nlohmann::json_sax<nlohmann::json> {
     explicit ImageAnswer(const ImageLimits& limits) : columns_(limits) {}
 
     bool null() override {
-        if (columns_.isOpen()) refuse("a pixel is missing");
+        if (columns_.isOpen()) refusePicture("a pixel is missing");
         return true;
     }
     bool boolean(bool /*value*/) override { return null(); }
@@ -113,13 +109,13 @@ class ImageAnswer : public nlohmann::json_sax<nlohmann::json> {
     bool number_unsigned(number_unsigned_t value) override { return number(static_cast<double>(value)); }
     bool number_float(number_float_t value, const string_t& /*text*/) override { return number(value); }
     bool string(string_t& value) override {
-        if (columns_.isOpen()) refuse("a pixel is no number");
+        if (columns_.isOpen()) refusePicture("a pixel is no number");
         if (key_ == "ErrorMessage") errorMessage_ = value;
         return true;
     }
     bool binary(binary_t& /*value*/) override { return false; }
     bool start_object(std::size_t /*elements*/) override {
-        if (inside_) refuse("it isn't flat");
+        if (inside_) refusePicture("it isn't flat");
         inside_ = true;
         return true;
     }
@@ -129,7 +125,7 @@ class ImageAnswer : public nlohmann::json_sax<nlohmann::json> {
     }
     bool end_object() override { return true; }
     bool start_array(std::size_t /*elements*/) override {
-        if (!inside_ || key_ != "Value" || complete_) refuse("it isn't flat");
+        if (!inside_ || key_ != "Value" || complete_) refusePicture("it isn't flat");
         columns_.open();
         return true;
     }
@@ -139,7 +135,7 @@ class ImageAnswer : public nlohmann::json_sax<nlohmann::json> {
     }
     bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                      const nlohmann::detail::exception& /*error*/) override {
-        refuse("it is cut short or no JSON");
+        refusePicture("it is cut short or no JSON");
     }
 
     platform::ImageArray image() const {

@@ -29,7 +29,7 @@ constexpr const char* kFilter = "FILTER_SLOT";
 constexpr const char* kFilterNumber = "FILTER_SLOT_VALUE";
 constexpr double kLargestSensor = 100'000;  // pixels along a side
 
-constexpr Milliseconds kAnswer{5000};
+constexpr Milliseconds kCameraAnswer{5000};
 constexpr Milliseconds kBegin{10'000};  // some draw or prepare before they say that they expose
 constexpr Milliseconds kFilterTurn{60'000};
 constexpr Milliseconds kEnabling{1000};
@@ -266,7 +266,7 @@ void Camera::preparePictures() {
     // Servers that don't answer pings get a second to do as they are told.
     const auto prepared = [&] { return pictures_.open() && (taken_ || now() - asked_ > kEnabling); };
     const auto outcome = surroundings_.wait.until(
-        prepared, kAnswer, [this](Milliseconds atMost) { return pictures_.serve(atMost); });
+        prepared, kCameraAnswer, [this](Milliseconds atMost) { return pictures_.serve(atMost); });
     if (outcome != PumpedWait::Outcome::kDone)
         throw std::runtime_error("The INDI server at " + device_.client().server() +
                                  " has no connection for the pictures of " + name());
@@ -307,7 +307,7 @@ void Camera::setFrameType(CameraOrder::Frame frame) {
     if (type == nullptr && frame == CameraOrder::Frame::kLight) return;
     if (type == nullptr) throw std::runtime_error(name() + " takes light frames only");
     if (!type->on(element))
-        device_.await(device_.setSwitch("CCD_FRAME_TYPE", element, "the kind of frame"), kAnswer);
+        device_.await(device_.setSwitch("CCD_FRAME_TYPE", element, "the kind of frame"), kCameraAnswer);
 }
 
 void Camera::setFilter(int number) {
@@ -337,7 +337,7 @@ void Camera::ensure(const std::string& property, const NumberValues& values, con
     };
     if (same(*known)) return;
     const Request request = device_.setNumbers(property, values, what);
-    device_.await(request, kAnswer, [&](const Property& answer) {
+    device_.await(request, kCameraAnswer, [&](const Property& answer) {
         if (answer.updated <= request.serial || answer.state == PropertyState::kBusy) return false;
         if (answer.state != PropertyState::kAlert) return true;
         return same(answer) && device_.reason(request).empty();
@@ -352,7 +352,7 @@ void Camera::abort() {
     if (!running || !connected()) return;
     lateOnePossible_ = true;
     if (!device_.has(kAbort)) throw std::runtime_error(name() + " can't give an exposure up");
-    device_.await(device_.setSwitch(kAbort, "ABORT", "giving the exposure up"), kAnswer);
+    device_.await(device_.setSwitch(kAbort, "ABORT", "giving the exposure up"), kCameraAnswer);
 }
 
 /// All elements are sent, as some drivers want it; but for the one, as they are.
@@ -375,7 +375,7 @@ void Camera::cool(std::optional<double> celsius) {
     const char* wanted = celsius ? kCoolerOn : "COOLER_OFF";
     if (const Property* cooler = device_.find(kCooler); cooler != nullptr && !cooler->on(wanted)) {
         const Request request = device_.setSwitch(kCooler, wanted, "switching its cooler");
-        device_.await(request, kAnswer, [&](const Property& answer) {
+        device_.await(request, kCameraAnswer, [&](const Property& answer) {
             return answer.updated > request.serial && answer.on(wanted);
         });
     }
@@ -383,7 +383,7 @@ void Camera::cool(std::optional<double> celsius) {
         const Request request = device_.setNumbers(kTemperature, {{kCelsius, *celsius}},
                                                    "a temperature of " + platform::toText(*celsius) + " C");
         // It is Busy until the sensor is as cold as that.
-        device_.await(request, kAnswer, [&](const Property& answer) {
+        device_.await(request, kCameraAnswer, [&](const Property& answer) {
             return answer.updated > request.serial && answer.state != PropertyState::kAlert;
         });
     }

@@ -20,7 +20,7 @@ constexpr const char* kTime = "TIME_UTC";
 constexpr const char* kPark = "TELESCOPE_PARK";
 constexpr const char* kTracking = "TELESCOPE_TRACK_STATE";
 
-constexpr Milliseconds kAnswer{3000};
+constexpr Milliseconds kMountAnswer{3000};
 constexpr Milliseconds kSlewGrace{2000};  // for a driver that has accepted a slew to say so
 constexpr double kNear = 0.1;             // degrees: where a slew may be over before it was seen
 
@@ -53,7 +53,7 @@ Mount::Mount(Surroundings surroundings, std::shared_ptr<Client> client, const st
 
 void Mount::connect() {
     device_.connect();
-    device_.waitUntil([this] { return !connected() || unanswered_.empty(); }, kAnswer);
+    device_.waitUntil([this] { return !connected() || unanswered_.empty(); }, kMountAnswer);
 }
 
 bool Mount::preparable() const {
@@ -167,11 +167,11 @@ void Mount::slewTo(const EquatorialPosition& ofDate) {
     target.rightAscension = wrapped(target.rightAscension, 24);
 
     if (const Property* then = device_.find("ON_COORD_SET"); then != nullptr && !then->on("TRACK"))
-        device_.await(device_.setSwitch("ON_COORD_SET", "TRACK", "tracking after a slew"), kAnswer);
+        device_.await(device_.setSwitch("ON_COORD_SET", "TRACK", "tracking after a slew"), kMountAnswer);
     Slew slew{.request = device_.setNumbers(
                   property, {{"RA", target.rightAscension}, {"DEC", target.declination}}, "the slew")};
     slew_.reset();
-    device_.await(slew.request, kAnswer, [&](const Property& answer) {
+    device_.await(slew.request, kMountAnswer, [&](const Property& answer) {
         const bool there = answer.updated > slew.request.serial && answer.state == PropertyState::kOk &&
                            separation(reading(), target) < kNear;
         return there || answer.wasBusy > slew.request.serial;
@@ -209,7 +209,7 @@ bool Mount::slewing() const {
 void Mount::abort() {
     coordinates();
     if (!device_.has("TELESCOPE_ABORT_MOTION")) throw std::runtime_error(name() + " can't be stopped");
-    device_.await(device_.setSwitch("TELESCOPE_ABORT_MOTION", "ABORT", "stopping"), kAnswer);
+    device_.await(device_.setSwitch("TELESCOPE_ABORT_MOTION", "ABORT", "stopping"), kMountAnswer);
 }
 
 // ---- what else it is asked
@@ -226,7 +226,7 @@ void Mount::setTracking(bool on) {
     const char* wanted = on ? "TRACK_ON" : "TRACK_OFF";
     const Request request = device_.setSwitch(kTracking, wanted, on ? "tracking" : "standing still");
     // While it tracks, the property is Busy.
-    device_.await(request, kAnswer, [&](const Property& answer) {
+    device_.await(request, kMountAnswer, [&](const Property& answer) {
         return answer.updated > request.serial && answer.on(wanted);
     });
 }
@@ -240,7 +240,7 @@ bool Mount::parked() const {
 void Mount::unpark() {
     if (!parked()) return;
     const Request request = device_.setSwitch(kPark, "UNPARK", "unparking");
-    device_.await(request, kAnswer, [&](const Property& answer) {
+    device_.await(request, kMountAnswer, [&](const Property& answer) {
         return answer.updated > request.serial && !answer.on("PARK");
     });
 }

@@ -13,10 +13,10 @@ using platform::Milliseconds;
 namespace {
 
 constexpr Milliseconds kTick{250};
-constexpr Milliseconds kFirstPause{1000};
-constexpr Milliseconds kLongestPause{15'000};
-constexpr Milliseconds kSilence{5000};        // after which it is asked
-constexpr Milliseconds kLongSilence{15'000};  // after which it is gone
+constexpr Milliseconds kFirstRetry{1000};
+constexpr Milliseconds kLongestRetry{15'000};
+constexpr Milliseconds kServerSilence{5000};        // after which it is asked
+constexpr Milliseconds kLongServerSilence{15'000};  // after which it is gone
 
 }  // namespace
 
@@ -31,7 +31,7 @@ ServerLink::ServerLink(EventLoop& loop, ByteStreams& streams, ServerAddress serv
 
 void ServerLink::start() {
     if (!ticker_) ticker_ = loop_.every(kTick, [this] { tick(); });
-    pause_ = kFirstPause;
+    pause_ = kFirstRetry;
     if (state_ == State::kStopped || state_ == State::kPausing) connect();
 }
 
@@ -56,7 +56,7 @@ void ServerLink::connect() {
 
 void ServerLink::opened() {
     state_ = State::kOpen;
-    pause_ = kFirstPause;
+    pause_ = kFirstRetry;
     answersPings_ = awaitsAnswer_ = false;
     lastHeard_ = lastWhole_ = lastAsked_ = now();
     listener_.onOpen();
@@ -80,7 +80,7 @@ void ServerLink::ended(const std::string& why) {
     problem_ = why;
     if (!wasOpen) ++failures_;
     nextAttempt_ = now() + pause_;
-    pause_ = std::min(2 * pause_, kLongestPause);
+    pause_ = std::min(2 * pause_, kLongestRetry);
     if (wasOpen) listener_.onLost(why);
 }
 
@@ -102,8 +102,8 @@ void ServerLink::watchSilence() {
     const Milliseconds silence = now() - lastHeard_;
     if (xml_->insideElement() && now() - lastWhole_ > longestElement_)
         return ended("it doesn't end what it sends");
-    if (awaitsAnswer_ && silence > kLongSilence) return ended("it has stopped answering");
-    if (silence > kSilence && now() - lastAsked_ > kSilence) {
+    if (awaitsAnswer_ && silence > kLongServerSilence) return ended("it has stopped answering");
+    if (silence > kServerSilence && now() - lastAsked_ > kServerSilence) {
         lastAsked_ = now();
         send(pingRequest("alive"));
         awaitsAnswer_ = answersPings_ || (listener_.askOtherwise && listener_.askOtherwise());

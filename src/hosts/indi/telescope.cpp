@@ -9,7 +9,7 @@ using platform::Value;
 
 namespace {
 
-constexpr int kOfDate = 1;  // the equinox as programs number it: local topocentric
+constexpr int kLocalTopocentric = 1;  // the equinox as programs number it
 
 }  // namespace
 
@@ -32,7 +32,7 @@ void Telescope::addState() {
     property("Description", [this] { return Value(mount_->name() + ", an INDI device"); });
     property("RightAscension", [this] { return Value(mount_->position().rightAscension); });
     property("Declination", [this] { return Value(mount_->position().declination); });
-    property("EquatorialSystem", [] { return Value(kOfDate); });
+    property("EquatorialSystem", [] { return Value(kLocalTopocentric); });
     property("SiderealTime", [this] { return Value(mount_->siderealTime()); });
     property("SiteLatitude", [this] { return Value(mount_->site().latitude); });
     property("SiteLongitude", [this] { return Value(mount_->site().longitude); });

@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include "support/vectors.h"
+
 namespace vantrel::engine {
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180;
+using test::kDegree;
 
 TEST(Adjusters, LookDifferentWhereTheyCanBeTold) {
     for (const double altitude : {20.0, 50.0, 80.0})

@@ -54,20 +54,20 @@ struct Night {
     bool tracking = true, tellsReading = true;
 };
 
-struct Place {
+struct SkyPlace {
     const char* name;
     double latitude, declination, hourAngle;
     Air air;
 };
 
-const Place kPlaces[] = {
+const SkyPlace kSkyPlaces[] = {
     {"equator, meridian", 50, 0, 0, standardAir(300)}, {"low in the south-west", 50, -10, 3, kNoAir},
     {"near the pole", 40, 80, 4, standardAir(300)},    {"below the pole", 55, 60, 11.5, standardAir(0)},
     {"southern hemisphere", -35, 5, -1.5, kNoAir},     {"southern, in the north", -35, 10, 1, standardAir(0)},
     {"southern pole", -40, -75, -3, standardAir(300)}};
 
 TEST(LiveAxis, TellsWhatRemainsOfBothAtOnce) {
-    for (const Place& place : kPlaces) {
+    for (const SkyPlace& place : kSkyPlaces) {
         SCOPED_TRACE(place.name);
         Night night(place.latitude, place.declination, place.hourAngle, place.air);
         night.measure();
@@ -89,8 +89,8 @@ TEST(LiveAxis, TellsWhatRemainsOfBothAtOnce) {
 }
 
 TEST(LiveAxis, SaysWhereTheAdjustersLookAlike) {
-    const Place places[] = {{"due east", 45, 20, -4.6, kNoAir}, {"zenith", 45, 44, 0, kNoAir}};
-    for (const Place& place : places) {
+    const SkyPlace places[] = {{"due east", 45, 20, -4.6, kNoAir}, {"zenith", 45, 44, 0, kNoAir}};
+    for (const SkyPlace& place : places) {
         SCOPED_TRACE(place.name);
         Night night(place.latitude, place.declination, place.hourAngle, place.air);
         night.measure();
@@ -153,7 +153,7 @@ TEST(LiveAxis, NoticesThatTrackingStopped) {
 }
 
 TEST(LiveAxis, AMountWithoutADriveIsFollowedOverTheGround) {
-    for (const Place& place : kPlaces) {
+    for (const SkyPlace& place : kSkyPlaces) {
         SCOPED_TRACE(place.name);
         Night night(place.latitude, place.declination, place.hourAngle, place.air);
         night.tracking = false;

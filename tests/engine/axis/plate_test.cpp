@@ -7,10 +7,12 @@
 #include <Eigen/Dense>
 #include <gtest/gtest.h>
 
+#include "support/vectors.h"
+
 namespace vantrel::engine {
 namespace {
 
-constexpr double kDegree = std::numbers::pi / 180;
+using test::kDegree;
 
 TEST(PositionAngle, IsThatOfTheRowsWhateverTheHand) {
     // Rows that lie at this angle from north through east; columns square to them on either side.

@@ -16,8 +16,6 @@
 
 namespace vantrel::test {
 
-inline constexpr double kDegree = std::numbers::pi / 180;
-
 inline Vector unitVector(double hourAngle, double declination) {
     const double h = hourAngle * 15 * kDegree;
     const double d = declination * kDegree;

@@ -16,7 +16,7 @@ using Words = std::vector<std::uint16_t>;
 using Ints = std::vector<std::int32_t>;
 using Reals = std::vector<float>;
 
-constexpr ImageLimits kSensor{3, 4};
+constexpr ImageLimits kSmallSensor{3, 4};
 
 TEST(ImageJson, ReadsNestedColumns) {
     const struct {
@@ -38,14 +38,15 @@ TEST(ImageJson, ReadsNestedColumns) {
         {"three planes", R"({"Rank":3,"Value":[[[1,2,3]],[[7,8,12]]]})", Words{2, 9}},
         {"an unknown member", R"({"Other":"x","Value":[[1]],"More":true})", Words{1}},
     };
-    for (const auto& c : cases) EXPECT_EQ(parseImageJson(c.message, kSensor).pixels(), c.pixels) << c.why;
+    for (const auto& c : cases)
+        EXPECT_EQ(parseImageJson(c.message, kSmallSensor).pixels(), c.pixels) << c.why;
 }
 
 TEST(ImageJson, HoldsTheDevicesErrors) {
     for (const char* message : {R"({"ErrorNumber":1280,"ErrorMessage":"No image","Value":null})",
                                 R"({"Value":[],"ErrorNumber":1280,"ErrorMessage":"No image"})",
                                 R"({"ErrorMessage":"No image","ErrorNumber":1280})"})
-        EXPECT_EQ(test::refusalOf<DeviceError>([&] { parseImageJson(message, kSensor); }), "No image")
+        EXPECT_EQ(test::refusalOf<DeviceError>([&] { parseImageJson(message, kSmallSensor); }), "No image")
             << message;
 }
 
@@ -81,7 +82,7 @@ TEST(ImageJson, RefusesWhatIsNoPicture) {
         {std::string(1'000'000, '{'), "no JSON"},
     };
     for (const auto& c : cases)
-        EXPECT_THAT(test::refusalOf<std::runtime_error>([&] { parseImageJson(c.message, kSensor); }),
+        EXPECT_THAT(test::refusalOf<std::runtime_error>([&] { parseImageJson(c.message, kSmallSensor); }),
                     HasSubstr(c.says))
             << c.message.substr(0, 60);
 }
