@@ -56,7 +56,7 @@ TEST_F(SystemTimeTest, AHandlerThatNeverReadsLeavesTimersTheirTurn) {
     first_.write("x");
     int ticks = 0;
     const TimerHandle timer = loop_.every(1ms, [&] { ++ticks; });
-    loop_.runUntil([&] { return ticks == 3; });
+    loop_.runUntil([&] { return ticks >= 3; });  // a busy machine may let several pass in one turn
     loop_.sleep(1ms);
 }
 
