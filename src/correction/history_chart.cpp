@@ -62,7 +62,7 @@ Drawing historyChart(std::span<const engine::PastMeasurement> measurements, std:
         drawing.shapes.push_back(DrawnText{
             .x = drawing.scale.left, .y = y + 0.05 * height, .text = toText(std::pow(10, decade)) + "'"});
     }
-    const double room = 0.16 * width;  // that a date takes
+    const double room = 0.2 * width;  // that a date takes, with a gap
     double free = drawing.scale.left;
     for (const auto& [start, night] : nights) {
         if (start < free) continue;

@@ -13,6 +13,7 @@
 #include <QTextDocument>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <string_view>
 #include <utility>
 
 #include "app/frm_main.h"
@@ -43,15 +44,27 @@ class FolderLink : public QLabel {
 
 // ---- Run ----
 
-QPlainTextEdit* instructions() {
+/// How close the page's parts stand. On a low screen the dial is to be seen without scrolling.
+struct Density {
+    double instructionsScale = 1.4;
+    int instructionsLines = 7;
+    int instructionsMargin = 10;
+    int spacing = 8;
+    int buttonPadding = 18;
+    int dialLines = 9;
+};
+constexpr int kLowScreen = 640;
+constexpr Density kTight{1.2, 6, 4, 4, 6, 8};
+
+QPlainTextEdit* instructions(const Density& density) {
     auto* const box = named<QPlainTextEdit>("txtInstructions");
-    scaleFont(*box, 1.4);
-    constexpr int kLines = 7;
+    scaleFont(*box, density.instructionsScale);
     constexpr const char* kWidest = "     any Bright Star in rectangle";
     const QFontMetrics metrics = box->fontMetrics();
-    box->setMinimumSize(metrics.horizontalAdvance(kWidest) + 50, metrics.lineSpacing() * kLines + 24);
-    constexpr int kMargin = 10;
-    box->document()->setDocumentMargin(kMargin);
+    box->setMinimumSize(
+        metrics.horizontalAdvance(kWidest) + 50,
+        metrics.lineSpacing() * density.instructionsLines + 2 * density.instructionsMargin + 4);
+    box->document()->setDocumentMargin(density.instructionsMargin);
     box->setFocusPolicy(Qt::ClickFocus);
     box->setAccessibleName(Text::tr("Instructions"));
     box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
@@ -100,13 +113,16 @@ QLayout* guidance() {
     return line;
 }
 
-QLayout* runButtons() {
+QLayout* runButtons(const Density& density) {
     auto* const row = new QHBoxLayout;
     row->setSpacing(4);
-    for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip"}) row->addWidget(bigButton(name));
-    QPushButton* const adjust = bigButton("cmdAdjust");
-    adjust->setProperty(kChoosesLetterFirst, false);  // the ones pressed in the dark do
-    row->addWidget(adjust);
+    for (const char* name : {"cmdRun", "cmdStop", "cmdNext", "cmdSkip", "cmdAdjust"}) {
+        QPushButton* const button = bigButton(name);
+        button->setMinimumHeight(button->fontMetrics().height() * 2 + density.buttonPadding);
+        button->setProperty(kChoosesLetterFirst,
+                            name != std::string_view("cmdAdjust"));  // pressed in the dark
+        row->addWidget(button);
+    }
     return row;
 }
 
@@ -183,12 +199,12 @@ QLabel* advice(const char* name) {
     return label;
 }
 
-QWidget* resultPage(const Theme& theme) {
+QWidget* resultPage(const Theme& theme, const Density& density) {
     auto* const page = new QWidget;
     auto* const columns = new QHBoxLayout(page);
     columns->setContentsMargins(0, 6, 0, 0);
     auto* const dial = named<PictureWidget>("picDial", theme, PictureKind::kDial);
-    const int side = dial->fontMetrics().height() * 9;
+    const int side = dial->fontMetrics().height() * density.dialLines;
     dial->setMinimumSize(side, side);
     dial->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     dial->setAccessibleName(Text::tr("Pole and mount's axis"));
@@ -210,11 +226,11 @@ QWidget* resultPage(const Theme& theme) {
 }
 
 /// What came of it: in words, and how well the plates agree.
-QWidget* outcome(const Theme& theme) {
+QWidget* outcome(const Theme& theme, const Density& density) {
     auto* const pages = new QTabWidget;
     pages->setDocumentMode(true);
     pages->setAccessibleName(Text::tr("Result"));
-    pages->addTab(resultPage(theme), Text::tr("Result"));
+    pages->addTab(resultPage(theme, density), Text::tr("Result"));
     pages->addTab(errorPlotPage(theme), Text::tr("Declination errors"));
     return pages;
 }
@@ -232,17 +248,17 @@ QLayout* windowButtons() {
     return row;
 }
 
-QWidget* runTab(const Theme& theme) {
+QWidget* runTab(const Theme& theme, const Density& density) {
     auto* const steps = new QWidget;
     auto* const left = new QVBoxLayout(steps);
     left->setContentsMargins({});
-    left->setSpacing(8);
-    left->addWidget(instructions(), 2);
+    left->setSpacing(density.spacing);
+    left->addWidget(instructions(density), 2);
     left->addLayout(indicators());
     left->addLayout(progress());
     left->addLayout(guidance());
-    left->addLayout(runButtons());
-    left->addWidget(outcome(theme), 3);
+    left->addLayout(runButtons(density));
+    left->addWidget(outcome(theme, density), 3);
     auto* const values = new QWidget;
     auto* const right = new QVBoxLayout(values);
     right->setContentsMargins({});
@@ -506,7 +522,8 @@ MainWindow::MainWindow(app::frmMain& form, const Front& front) : FormWindow(form
     auto* const tabs = new QTabWidget;
     tabs->setDocumentMode(true);
     tabs->setAccessibleName(Text::tr("Pages"));
-    tabs->addTab(new ScrollPage(runTab(front.theme)), "Run");
+    const Density density = form.screen().workArea().height < kLowScreen ? kTight : Density{};
+    tabs->addTab(new ScrollPage(runTab(front.theme, density)), "Run");
     tabs->addTab(new ScrollPage(setupTab()), Text::tr("Set-up"));
     tabs->addTab(new ScrollPage(plateSolveTab()), "Plate Solve");
     tabs->setCornerWidget(lastMessage());

@@ -110,6 +110,7 @@ void Program::arrangeWindows() {
     log.standIn(places.log);
     simulator.standIn(places.simulator);
     imageWindow_->standIn(places.image);
+    if (log.isVisible()) log.raise();  // where it shares its place with others
 }
 
 /// The main window's form knows neither the imaging program nor the simulator: the ways to their windows are

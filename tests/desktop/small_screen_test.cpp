@@ -167,6 +167,26 @@ TEST(SmallScreen, ScrollsALongMessageByKeys) {
         .messageBox("Vantrel", lines, platform::Dialogs::Icon::kCritical, platform::Dialogs::Buttons::kOk);
 }
 
+// What is watched while the adjusters are turned.
+TEST_P(SmallScreenTest, ShowsTheResultWithoutScrolling) {
+    if (QGuiApplication::primaryScreen()->size().height() < 600 || GetParam().points > 9)
+        GTEST_SKIP() << "too low for letters of this size";
+    const qt::WithLayout layout(GetParam());
+    qt::Forms forms(qt::workArea());
+    const auto windows = qt::windowsFor(forms.screen, forms.front);
+    qt::FormWindow& window = *windows.front();
+    window.form().show();
+    ASSERT_TRUE(comesTrue([&] {
+        forms.settle();
+        return window.isActiveWindow();
+    }));
+    forms.rest();
+    for (const char* name :
+         {"txtInstructions", "lblProgress", "lblStarToTarget", "cmdRun", "cmdAdjust", "picDial",
+          "lblAzimuthAdvice", "lblElevationAdvice", "lblVerdict", "txtTolerance"})
+        EXPECT_TRUE(isInView(qt::widgetOf<QWidget>(window, name))) << name;
+}
+
 // A click gives the keys to a control of which only a part is in view.
 TEST(SmallScreen, LeavesWhatIsClickedUnderTheMouse) {
     qt::Forms forms(qt::workArea());
