@@ -9,6 +9,7 @@
 #include <string>
 
 #include "observatory/observatory.h"
+#include "page/network_pages.h"
 #include "platform/class_registry.h"
 #include "platform/desktop_windows.h"
 #include "platform/dialogs.h"
@@ -74,6 +75,7 @@ class Station {
     platform::ClassRegistry classes_;
     Devices devices_;
     FileSolver fileSolver_;
+    page::NetworkPages pages_;
 };
 
 }  // namespace vantrel::station
