@@ -28,7 +28,8 @@ Station::Station(const Surroundings& surroundings, std::uint64_t seed)
       observatory_(surroundings.loop, surroundings.folders, seed, seams()),
       devices_(deviceSurroundings()),
       fileSolver_(*background_, surroundings.folders, surroundings.cache),
-      pages_(surroundings.loop) {
+      pagePicture_(observatory_.imaging().documents()),
+      pages_(surroundings.loop, {.picture = pagePicture_.source()}) {
     observatory_.install(classes_);
 }
 

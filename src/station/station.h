@@ -20,6 +20,7 @@
 #include "platform/settings_root.h"
 #include "station/devices.h"
 #include "station/file_solver.h"
+#include "station/page_picture.h"
 
 namespace vantrel::station {
 
@@ -75,6 +76,7 @@ class Station {
     platform::ClassRegistry classes_;
     Devices devices_;
     FileSolver fileSolver_;
+    PagePicture pagePicture_;
     page::NetworkPages pages_;
 };
 

@@ -128,7 +128,7 @@ TEST(Structure, LibrariesStayInTheirRooms) {
              R"((zlib|netdb|ifaddrs|arpa/inet|net/if|sys/socket|netinet/in|netinet/tcp)\.h|nlohmann/.*)")},
         {"page",
          std::regex(
-             R"((microhttpd|qrencode|ifaddrs|arpa/inet|net/if|sys/socket|sys/random|netinet/in)\.h|nlohmann/.*)")},
+             R"((microhttpd|qrencode|png|ifaddrs|arpa/inet|net/if|sys/socket|sys/random|netinet/in)\.h|nlohmann/.*)")},
         {"headless", std::regex(R"(nlohmann/.*)")},
         {"qt", std::regex(R"(Q[A-Za-z]+)")},
     };
