@@ -24,6 +24,7 @@ platform::LiveView::Adjuster seen(const char* name, const frmAdjust::Adjuster& a
 PhonePage::PhonePage(frmAdjust& form, platform::Button& stop, platform::EventLoop& loop,
                      engine::SettingsPort& settings, engine::LogPort& log, platform::LivePages* pages)
     : form_(form), stop_(stop), settings_(settings), log_(log), pages_(pages), look_(loop, kLook) {
+    say("");
     look_.onTick = [this] { refresh(); };
     form_.chkPhone.onClick = [this] {
         settings_.SaveSetting(kSection, kSwitch, std::to_string(form_.chkPhone.value()));
@@ -39,7 +40,7 @@ PhonePage::PhonePage(frmAdjust& form, platform::Button& stop, platform::EventLoo
         if (before) before();
         look_.setEnabled(false);
         page_.reset();
-        form_.lblPhone.setCaption("");
+        say("");
     };
 }
 
@@ -47,14 +48,14 @@ void PhonePage::follow() {
     if (!form_.chkPhone.ticked()) {
         look_.setEnabled(false);
         page_.reset();
-        form_.lblPhone.setCaption("");
+        say("");
         return;
     }
     if (page_) return;
     try {
         open();
     } catch (const std::runtime_error& error) {
-        form_.lblPhone.setCaption(std::string("No page: ") + error.what());
+        say(std::string("No page: ") + error.what());
         log_.AddToLog(form_.lblPhone.caption());
     }
 }
@@ -74,10 +75,16 @@ void PhonePage::open() {
     const auto begin = address.find("//") + 2;
     log_.AddToLog("A page for the phone is open at " +
                   address.substr(begin, address.find('/', begin) - begin));
-    form_.lblPhone.setCaption(address);
+    say(address);
     shown_ = {};
     refresh();
     look_.setEnabled(true);
+}
+
+/// Without words it takes no room.
+void PhonePage::say(const std::string& words) {
+    form_.lblPhone.setCaption(words);
+    form_.lblPhone.setVisible(!words.empty());
 }
 
 void PhonePage::refresh() {

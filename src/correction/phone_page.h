@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "correction/frm_adjust.h"
 #include "engine/ports.h"
@@ -21,6 +22,7 @@ class PhonePage {
   private:
     void follow();
     void open();
+    void say(const std::string& words);
     void refresh();
     platform::LiveView view() const;
 

@@ -40,7 +40,7 @@ section{border-top:1px solid var(--line);padding:1vw 0;display:grid;grid-templat
 .stale .figures,.stale .words,.stale .arrow,.stale #total{color:var(--dim)}
 #foot{border-top:1px solid var(--line);padding:1vw 0;display:flex;flex-wrap:wrap;justify-content:space-between}
 #lost{width:100%;font-weight:bold}
-#sights{display:flex;gap:2vw}
+#sights{display:flex;gap:2vw;align-items:start;margin-top:2vw}
 #sights>*{flex:1;min-width:0}
 #dial svg{width:100%;height:auto}
 #frame{background:var(--ground)}
@@ -71,6 +71,11 @@ function fill(id,a){
   put('.arrow',a.arrow);put('.words',a.name+(a.words?': '+a.words:''));put('.figures',a.figures);
   put('.more',[a.sigma,a.bolt].filter(t=>t).join(' · '));
 }
+function draw(dial){
+  shownDial=dial;at('dial').innerHTML=dial;
+  const svg=at('dial').firstElementChild;
+  if(svg)svg.setAttribute('viewBox','0 0 '+svg.getAttribute('width')+' '+svg.getAttribute('height'));
+}
 function tick(){
   const since=(performance.now()-heard)/1000, lost=!view||since>8;
   at('lost').hidden=!view&&performance.now()<3000||!lost;
@@ -85,7 +90,7 @@ function show(e){
   at('verdict').textContent=view.verdict;
   fill('azimuth',view.azimuth);fill('elevation',view.elevation);
   at('total').textContent=view.total;
-  if(view.dial!==shownDial){shownDial=view.dial;at('dial').innerHTML=view.dial;}
+  if(view.dial!==shownDial)draw(view.dial);
   at('frame').hidden=!view.picture;
   if(view.picture&&view.picture!==shownPicture){shownPicture=view.picture;at('picture').src=base+'/picture/'+view.picture;}
   tick();
