@@ -21,19 +21,27 @@ constexpr int kSendBuffer = 65'536;  // bytes that a reader may leave lying
 constexpr std::size_t kStreamBlock = 16'384;
 constexpr int kBacklog = 16;
 
+sockaddr_in placeOf(const std::string& host, int port) {
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(static_cast<std::uint16_t>(port));
+    if (::inet_pton(AF_INET, host.c_str(), &place.sin_addr) != 1)
+        throw std::runtime_error(host + " is no numeric address");
+    if (place.sin_addr.s_addr == htonl(INADDR_ANY))
+        throw std::runtime_error(host + " stands for every address: one has to be named");
+    return place;
+}
+
 /// A listening socket, until somebody takes it over.
 class Listener {
   public:
-    Listener(const std::string& host, int port)
-        : descriptor_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
-        sockaddr_in place{};
-        place.sin_family = AF_INET;
-        place.sin_port = htons(static_cast<std::uint16_t>(port));
-        if (::inet_pton(AF_INET, host.c_str(), &place.sin_addr) != 1)
-            throw std::runtime_error(host + " is no numeric address");
+    Listener(const std::string& host, int port) {
+        const sockaddr_in place = placeOf(host, port);
+        descriptor_ = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         const int on = 1;
         ::setsockopt(descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-        if (descriptor_ < 0 || ::bind(descriptor_, reinterpret_cast<sockaddr*>(&place), sizeof place) != 0 ||
+        if (descriptor_ < 0 ||
+            ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 ||
             ::listen(descriptor_, kBacklog) != 0) {
             const std::string why = std::strerror(errno);
             release();
@@ -57,7 +65,7 @@ class Listener {
     void release() {
         if (descriptor_ >= 0) ::close(handOver());
     }
-    int descriptor_;
+    int descriptor_ = -1;
 };
 
 std::string headerOf(MHD_Connection* connection, const char* name) {

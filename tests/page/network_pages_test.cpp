@@ -191,7 +191,8 @@ TEST_F(NetworkPagesTest, SaysWhyItCannotOpen) {
     };
     EXPECT_EQ(whyNot("127.0.0.1", port_), "Can't listen at " + host() + ": Address already in use");
     EXPECT_EQ(whyNot("observatory", 0), "observatory is no numeric address");
-    EXPECT_THAT(whyNot("192.0.2.1", 0), HasSubstr("Cannot assign requested address"));
+    EXPECT_EQ(whyNot("0.0.0.0", 0), "0.0.0.0 stands for every address: one has to be named");
+    EXPECT_THAT(whyNot("198.51.100.1", 0), HasSubstr("Cannot assign requested address"));
     EXPECT_EQ(whyNot("", 0), "This computer is in no local network");
 }
 
