@@ -18,7 +18,7 @@ struct ImagingSoftwareControls {
     ImagingPanel& imaging;
     platform::Button& cmdExpose;
     platform::OptionButton& optPinPoint;        // optPlateSolveMethod(0)
-    platform::OptionButton& optAutoAstrometry;  // optPlateSolveMethod(1), needs the second program
+    platform::OptionButton& optAutoAstrometry;  // optPlateSolveMethod(1), needs CCDSoft
 };
 
 class ImagingSoftwareChoice {

@@ -17,7 +17,7 @@ class ImagingWindows {
                    const ImagingPrograms& programs);
 
     platform::WindowId FindMaxImMainWindow() const;
-    /// The second program's main window, without a report when it is missing.
+    /// CCDSoft's main window, without a report when it is missing.
     platform::WindowId searchCCDSoftWindow() const;
     /// The same; a missing window is logged and shown.
     platform::WindowId FindCCDSoftWindow();
