@@ -27,7 +27,7 @@ struct CameraFields {
 /// What the programs work with.
 struct CameraTools {
     Services services;
-    ImagingPrograms& programs;
+    ImagingObjects& programs;
     ImagingWindows& windows;
     CameraFields fields;
     /// Seconds that CCDSoft's last exposure was to wait for its image; MaxIm DL then waits as

@@ -62,7 +62,7 @@ std::array<long, 3> versionParts(const std::string& version) {
 }  // namespace
 
 ImagingSoftwareChoice::ImagingSoftwareChoice(const Services& services, WindowSystem& desktop,
-                                             ImagingPrograms& programs, ImagingWindows& windows,
+                                             ImagingObjects& programs, ImagingWindows& windows,
                                              CameraLink& camera, const ImagingSoftwareControls& controls,
                                              frmSelectCCSoftware& dialog)
     : services_(services),

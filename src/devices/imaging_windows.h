@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "devices/imaging_programs.h"
+#include "devices/imaging_objects.h"
 #include "devices/services.h"
 #include "platform/window_system.h"
 
@@ -13,8 +13,7 @@ namespace vantrel::devices {
 /// Window results are zero when there is no such window. Nothing here throws.
 class ImagingWindows {
   public:
-    ImagingWindows(const Services& services, platform::WindowSystem& desktop,
-                   const ImagingPrograms& programs);
+    ImagingWindows(const Services& services, platform::WindowSystem& desktop, const ImagingObjects& programs);
 
     platform::WindowId FindMaxImMainWindow() const;
     /// CCDSoft's main window, without a report when it is missing.
@@ -50,7 +49,7 @@ class ImagingWindows {
 
     Services services_;
     platform::WindowSystem& desktop_;
-    const ImagingPrograms& programs_;
+    const ImagingObjects& programs_;
 };
 
 }  // namespace vantrel::devices

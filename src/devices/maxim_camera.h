@@ -10,7 +10,7 @@ namespace vantrel::devices {
 struct MaxImLike {
     const char* cameraClass;  // "MaxIm.CCDCamera"
     const char* name;         // as the texts of failures call it
-    platform::ObjectRef ImagingPrograms::*camera;
+    platform::ObjectRef ImagingObjects::*camera;
     bool hasWindows;  // on the desktop, where they are looked for
 };
 extern const MaxImLike kMaxImProgram, kBuiltInProgram;
