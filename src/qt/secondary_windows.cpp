@@ -285,7 +285,7 @@ AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindo
         buttons->addWidget(bigButton(name));
     auto* const phone = named<QLabel>("lblPhone");
     phone->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    phone->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    phone->setMinimumHeight(phone->fontMetrics().height());
     auto& adjust = dynamic_cast<correction::frmAdjust&>(form);
     auto* const below = new QVBoxLayout;
     below->addLayout(row({named<QCheckBox>("chkDoneSound"), named<QCheckBox>("chkTones"),
