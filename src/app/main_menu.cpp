@@ -79,7 +79,9 @@ void MainMenu::mnuDimmer_Click() {
 void MainMenu::cmdTrySimulator_Click() {
     parts_.welcomeForm.unload();
     parts_.telescopeWindow.useTelescope("AxisSimulator.Telescope");
-    if (!parts_.state.AppUnloading) parts_.main.activate();
+    if (parts_.state.AppUnloading) return;
+    parts_.logForm.raise();  // on a small screen the telescope's window has opened over it
+    parts_.main.activate();
 }
 
 /// The windows stay open: where a server is elsewhere, the operator tells it there and selects once more.

@@ -41,6 +41,10 @@ void Form::show() {
 
 void Form::activate() { screen_.bringToFront(*this); }
 
+void Form::raise() {
+    if (shown_) raised.emit();
+}
+
 void Form::unload() {
     if (!loaded_) return;
     fire(onUnload);

@@ -40,6 +40,8 @@ class Form {
     bool shown() const { return shown_; }
     /// Makes a shown form the active one, in front of the others.
     void activate();
+    /// Puts a shown form's window over the others. The active form stays the active one.
+    void raise();
     /// Runs onUnload and takes the window away. Does nothing when the form isn't loaded.
     void unload();
 
@@ -67,6 +69,7 @@ class Form {
 
     /// Told when the title, the place, the on-top state, or being shown or active changed.
     Signal<> changed;
+    Signal<> raised;
 
     std::function<void()> onLoad;
     std::function<void()> onActivate;

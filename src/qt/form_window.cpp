@@ -69,6 +69,12 @@ void FormWindow::bind() {
     }
     form_.setPlace(place);
     formChanged_ = form_.changed.subscribe([this] { followForm(); });
+    // After windows that are about to open.
+    formRaised_ = form_.raised.subscribe([this] {
+        front_.loop.post([window = QPointer<FormWindow>(this)] {
+            if (window && window->isVisible()) window->raise();
+        });
+    });
     followForm();
 }
 

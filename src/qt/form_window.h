@@ -54,7 +54,7 @@ class FormWindow : public QWidget {
     Front front_;
     bool alwaysOnTop_;
     std::unique_ptr<Binding> binding_;
-    platform::Subscription formChanged_;
+    platform::Subscription formChanged_, formRaised_;
     WindowPlace windowPlace_;
     platform::Rectangle followed_;  // the place last taken over in either direction
     bool opening_ = false;

@@ -261,15 +261,23 @@ TEST(FirstNight, IsSpentWithTheMouseAlone) {
     const auto inWelcome = [&](const char* name) -> QPushButton& {
         return qt::widgetOf<QPushButton>(walk.program.window("frmWelcome"), name);
     };
-    std::vector<Step> steps{
-        {[&] { return walk.program.window("frmWelcome").isVisible(); },
-         [&] {
-             ASSERT_TRUE(walk.becomesActive("frmWelcome"));
-             walk.click(inWelcome("cmdTrySimulator"));
-         }},
-        {[&] { return walk.standsStill() && walk.enabled("cmdRun"); }, [&] { walk.click("cmdRun"); }},
-        {[&] { return walk.told("Completed Successfully") && walk.enabled("cmdNext"); },
-         [&] { walk.click("cmdNext"); }}};
+    std::vector<Step> steps{{[&] { return walk.program.window("frmWelcome").isVisible(); },
+                             [&] {
+                                 ASSERT_TRUE(walk.becomesActive("frmWelcome"));
+                                 walk.click(inWelcome("cmdTrySimulator"));
+                             }},
+                            {[&] { return walk.standsStill() && walk.enabled("cmdRun"); },
+                             [&] {
+                                 // Both may have one place only.
+                                 const QWidget& log = walk.program.window("frmLog");
+                                 const QWidget& telescope = walk.program.window("frmTelescope");
+                                 EXPECT_TRUE(walk.comes([&] {
+                                     return telescope.isVisible() && walk.hands.isAbove(log, telescope);
+                                 }));
+                                 walk.click("cmdRun");
+                             }},
+                            {[&] { return walk.told("Completed Successfully") && walk.enabled("cmdNext"); },
+                             [&] { walk.click("cmdNext"); }}};
     const auto add = [&](const std::vector<Step>& more) {
         steps.insert(steps.end(), more.begin(), more.end());
     };

@@ -1,9 +1,11 @@
 #include "desktop/x_operator.h"
 
 #include <QWidget>
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <stdexcept>
 
 #include <xcb/xcb.h>
@@ -48,22 +50,35 @@ QImage XOperator::look(const QRect& part) const {
 }
 
 QRect XOperator::frameOf(const QWidget& widget) const {
-    auto window = static_cast<xcb_window_t>(widget.winId());
     const auto state = owned(xcb_get_window_attributes_reply(
-        connection_, xcb_get_window_attributes(connection_, window), nullptr));
+        connection_, xcb_get_window_attributes(connection_, static_cast<xcb_window_t>(widget.winId())),
+        nullptr));
     if (!state || state->map_state != XCB_MAP_STATE_VIEWABLE) return {};
-    for (;;) {
-        const auto tree =
-            owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
-        if (!tree) return {};
-        if (tree->parent == root_) break;
-        window = tree->parent;
-    }
     const auto frame =
-        owned(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
+        owned(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, outermost(widget)), nullptr));
     if (!frame) return {};
     return {frame->x, frame->y, frame->width + 2 * frame->border_width,
             frame->height + 2 * frame->border_width};
+}
+
+bool XOperator::isAbove(const QWidget& one, const QWidget& other) const {
+    const auto tree = owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, root_), nullptr));
+    if (!tree) return false;
+    const xcb_window_t* const windows = xcb_query_tree_children(tree.get());  // from the lowest on
+    const std::span stack(windows, static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
+    return std::ranges::find(stack, outermost(one)) > std::ranges::find(stack, outermost(other));
+}
+
+/// With what the window manager has put around it; 0 when the window is gone.
+unsigned XOperator::outermost(const QWidget& widget) const {
+    auto window = static_cast<xcb_window_t>(widget.winId());
+    for (;;) {
+        const auto tree =
+            owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+        if (!tree) return 0;
+        if (tree->parent == root_) return window;
+        window = tree->parent;
+    }
 }
 
 void XOperator::moveTo(QPoint place) {

@@ -25,6 +25,8 @@ class XOperator {
     /// Where the window stands with all that the window manager has put around it; empty while it isn't
     /// shown.
     QRect frameOf(const QWidget& window) const;
+    /// Whether `one` would hide `other` where both are; both are shown.
+    bool isAbove(const QWidget& one, const QWidget& other) const;
 
     void moveTo(QPoint place);
     void press();
@@ -37,6 +39,7 @@ class XOperator {
     void strike(unsigned symbol, std::initializer_list<unsigned> held = {});
 
   private:
+    unsigned outermost(const QWidget& window) const;
     void button(std::uint8_t number, bool down);
     void key(unsigned symbol, bool down);
 
