@@ -14,6 +14,7 @@
 
 #include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "fits/header_wcs.h"
 #include "pictures/picture_file.h"
 #include "platform/text.h"
@@ -128,9 +129,16 @@ std::vector<FitsCard> headerOf(const Outcome& outcome) {
                                    {"WCSAXES", std::int64_t{2}},
                                    {"IMAGEW", static_cast<std::int64_t>(plate.width), "pixels"},
                                    {"IMAGEH", static_cast<std::int64_t>(plate.height), "pixels"}};
-    const auto wcs = wcsCards(wcsOf(*outcome.solved.solution, plate), plate.height, outcome.bottomUp);
+    const PlateSolution& solution = *outcome.solved.solution;
+    const auto wcs = wcsCards(wcsOf(solution, plate), plate.height, outcome.bottomUp, solution.distortion);
     cards.insert(cards.end(), wcs.begin(), wcs.end());
     return cards;
+}
+
+void writeSolved(const std::filesystem::path& source, const std::filesystem::path& target,
+                 const Outcome& outcome) {
+    const PlateSolution& solution = *outcome.solved.solution;
+    writeWcs(source, target, wcsOf(solution, outcome.solved.geometry), solution.distortion);
 }
 
 void writeHeader(const std::filesystem::path& path, const std::vector<FitsCard>& cards) {

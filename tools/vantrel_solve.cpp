@@ -12,7 +12,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "fits/fits_writing.h"
 #include "many_files.h"
 #include "pictures/picture_file.h"
 #include "platform/text.h"
@@ -45,7 +44,8 @@ constexpr const char* kUsage =
     "                place of a folder asks the VizieR service for 8 USNO-B or 9 NOMAD; answers are\n"
     "                kept in the user's cache folder\n"
     "  --json        print the solution as one JSON object; of many files, one a line\n"
-    "  --wcs         write a copy of the image, a FITS file, with the solution in its header\n";
+    "  --wcs         write a copy of the image, a FITS file, with the solution in its header; where the\n"
+    "                stars prove a distortion, with its SIP polynomials\n";
 
 struct Options : SolveOptions {
     std::vector<std::string> files;
@@ -116,6 +116,7 @@ nlohmann::ordered_json asJson(const std::string& file, const Outcome& outcome, d
         json["matched"] = s.matched;
         json["residual_arcsec"] = s.residualArcsec;
         json["order"] = s.order;
+        json["distortion_order"] = s.distortion ? s.distortion->a.order() : 0;
         json["centre_error_arcsec"] = s.centreErrorArcsec;
         json["roll_error_deg"] = s.rollErrorDeg;
     }
@@ -164,9 +165,7 @@ int run(const std::vector<std::string>& arguments) {
         throw BadInput("--wcs needs a FITS file, whose header it adds to");
     const Outcome outcome = solve(options);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (outcome.solved.solution && !options.wcs.empty()) {
-        fits::writeWcs(options.file, options.wcs, wcsOf(*outcome.solved.solution, outcome.solved.geometry));
-    }
+    if (outcome.solved.solution && !options.wcs.empty()) writeSolved(options.file, options.wcs, outcome);
     if (options.json) {
         std::puts(asJson(options.file, outcome, seconds).dump().c_str());
     } else {
