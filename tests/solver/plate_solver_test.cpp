@@ -107,7 +107,7 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
 // What a header says of a distorted field must hold for the stars, from pixel to sky and back.
 TEST(SolvePlate, TellsADistortionThatTheStarsProve) {
     int falseOnes = 0;
-    for (int i = 0; i < 8; ++i)
+    for (int i = 0; i < 7; ++i)
         for (const double radial : {0.0, 0.004, -0.02}) {
             SCOPED_TRACE(std::to_string(radial) + " in field " + std::to_string(i));
             auto field = fieldOf({45.0 * i, 60.0 - 15 * i}, 12, 30.0 * i, i % 2 == 0);
