@@ -16,7 +16,9 @@
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
 #include "fits/header_wcs.h"
+#include "imaging/annotated_picture.h"
 #include "pictures/picture_file.h"
+#include "pictures/png_writing.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
@@ -139,6 +141,12 @@ void writeSolved(const std::filesystem::path& source, const std::filesystem::pat
                  const Outcome& outcome) {
     const PlateSolution& solution = *outcome.solved.solution;
     writeWcs(source, target, wcsOf(solution, outcome.solved.geometry), solution.distortion);
+}
+
+void writeAnnotated(const std::string& picture, const std::filesystem::path& target, const Outcome& outcome) {
+    const auto drawn = imaging::annotatedPicture(pictures::openPicture(picture), outcome.solved);
+    pictures::writePng(target, static_cast<std::size_t>(drawn.width()),
+                       static_cast<std::size_t>(drawn.height()), drawn.rgb());
 }
 
 void writeHeader(const std::filesystem::path& path, const std::vector<FitsCard>& cards) {

@@ -51,6 +51,9 @@ std::vector<fits::FitsCard> headerOf(const Outcome& outcome);
 void writeSolved(const std::filesystem::path& source, const std::filesystem::path& target,
                  const Outcome& outcome);
 
+/// Writes the picture as a PNG file, with what the solution tells drawn into it (see annotated_picture.h).
+void writeAnnotated(const std::string& picture, const std::filesystem::path& target, const Outcome& outcome);
+
 /// Writes a file that is a FITS header and no more. Throws BadInput.
 void writeHeader(const std::filesystem::path& path, const std::vector<fits::FitsCard>& cards);
 

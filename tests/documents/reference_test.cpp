@@ -66,7 +66,8 @@ const char* const kSilent[] = {
     "os_name.cpp",             // the names behind "OS:"
     "svg.cpp",                 // what a picture's file holds
     "picture_cards.cpp",       // what a picture's header tells
-    "tycho_distribution.cpp",  // the next four belong to make-catalog and vantrel-solve
+    "png_writing.cpp",         // the next five belong to make-catalog and vantrel-solve
+    "tycho_distribution.cpp",
     "tycho_lines.cpp",
     "star_patterns.cpp",
     "pattern_store.cpp",
