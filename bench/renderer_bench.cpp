@@ -27,7 +27,7 @@ BENCHMARK(apparentPlace);
 
 /// By megapixels: one star for every 3000 pixels.
 void drawing(benchmark::State& state) {
-    Exposure exposure;
+    SensorExposure exposure;
     exposure.width = 1392;
     exposure.height = static_cast<std::size_t>(state.range(0)) * 1'000'000 / exposure.width;
     exposure.sky = 30;

@@ -9,17 +9,11 @@ function(vantrel_library name)
     target_link_libraries(${name} PUBLIC vantrel_flags ${ARGN})
 endfunction()
 
-# vantrel_test_code(NAME [headers...]): compiles NAME as tests are compiled. What nearly every test includes is read
-# once, with the headers given, and nothing is optimised: most of a test's time goes into the compiler, and what it
-# calls is optimised in its own library.
+# vantrel_test_code(NAME): compiles NAME as tests are compiled. Nothing is optimised: most of a test's time goes into
+# the compiler, and what it calls is optimised in its own library.
 function(vantrel_test_code name)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_compile_options(${name} PRIVATE -O0)
-    if(ARGN)
-        target_precompile_headers(${name} PRIVATE <gmock/gmock.h> <gtest/gtest.h> <functional> <map> <string> ${ARGN})
-    else()
-        target_precompile_headers(${name} REUSE_FROM vantrel_test_headers)
-    endif()
 endfunction()
 
 # vantrel_test(NAME [libraries...]): the test program of the *_test.cpp files in this folder; every case is a
@@ -32,5 +26,6 @@ function(vantrel_test name)
     add_executable(${name} ${sources})
     target_link_libraries(${name} PRIVATE vantrel_flags ${ARGN} GTest::gmock GTest::gtest GTest::gtest_main)
     vantrel_test_code(${name})
+    target_precompile_headers(${name} REUSE_FROM vantrel_test_headers)
     gtest_discover_tests(${name} PROPERTIES TIMEOUT 300 DISCOVERY_TIMEOUT 60)
 endfunction()

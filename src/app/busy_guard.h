@@ -1,4 +1,4 @@
-// Whether a procedure that somebody started is still on the stack.
+// Whether a procedure that the operator started is still on the stack.
 #pragma once
 
 #include <functional>

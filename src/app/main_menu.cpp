@@ -79,10 +79,7 @@ void MainMenu::mnuDimmer_Click() {
 void MainMenu::cmdTrySimulator_Click() {
     parts_.welcomeForm.unload();
     parts_.telescopeWindow.useTelescope("AxisSimulator.Telescope");
-    if (parts_.state.AppUnloading) return;
-    // The telescope's window has come up, on a small screen over the log.
-    if (parts_.logForm.shown()) parts_.logForm.activate();
-    parts_.main.activate();
+    if (!parts_.state.AppUnloading) parts_.main.activate();
 }
 
 /// The windows stay open: where a server is elsewhere, the operator tells it there and selects once more.

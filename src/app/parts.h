@@ -11,7 +11,7 @@
 #include "app/frm_options.h"
 #include "app/frm_popup_msg.h"
 #include "app/frm_welcome.h"
-#include "app/log_window.h"
+#include "app/log_desk.h"
 #include "app/measurement_history.h"
 #include "app/message_log.h"
 #include "app/observing_site.h"
@@ -28,7 +28,7 @@
 #include "correction/plot_export.h"
 #include "correction/polar_plot.h"
 #include "devices/imaging_software.h"
-#include "devices/telescope_window.h"
+#include "devices/telescope_desk.h"
 #include "devices/utility_link.h"
 #include "engine/manual_exposures.h"
 #include "engine/measurement_run.h"
@@ -87,7 +87,7 @@ struct Parts {
     // What tells the operator, and what he sets
     MessageLog log;
     PopupMessages popups;
-    LogWindow logWindow;
+    LogDesk logWindow;
     SettingsFields fields;
     FolderButtons folderButtons;
     RealFolders realFolders;
@@ -96,9 +96,9 @@ struct Parts {
     devices::UtilityLink utility;
     devices::Services deviceServices;
     devices::TelescopeLink telescope;
-    devices::TelescopeWindow telescopeWindow;
+    devices::TelescopeDesk telescopeWindow;
     platform::ObjectRef profile;
-    devices::ImagingPrograms imagingPrograms;
+    devices::ImagingObjects imagingPrograms;
     devices::ImagingWindows imagingWindows;
     devices::CameraLink camera;
     devices::ImagingSoftwareChoice imagingSoftware;

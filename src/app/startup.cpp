@@ -64,7 +64,7 @@ bool StartUp::load() {
     return true;
 }
 
-/// Whoever has chosen a telescope once has the platform.
+/// An operator who has chosen a telescope once has the platform.
 bool StartUp::ASCOMPlatformIsInstalled() {
     if (!parts_.settings.GetSetting("Main", "MyTelescopeID", "").empty()) return true;
     try {

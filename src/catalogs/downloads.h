@@ -7,15 +7,15 @@
 
 namespace vantrel::catalogs {
 
-/// Asked several times a second while a download runs, so that whoever waits stays responsive; false gives
-/// the download up.
+/// Asked several times a second while a download runs, so that the window of the search stays responsive;
+/// false gives the download up.
 using KeepGoing = std::function<bool()>;
 
 class DownloadError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Somebody answered false to "keep going?".
+/// The caller answered false to "keep going?".
 class DownloadGivenUp : public DownloadError {
     using DownloadError::DownloadError;
 };

@@ -18,7 +18,7 @@ std::string line(const std::string& first, double a, const std::string& second, 
 }
 
 /// What the mount is off beside its axis error, given where the model of that error says it must point to see
-/// the plate. The two differences are taken in opposite order; whoever applies them knows.
+/// the plate. The two differences are taken in opposite order; the code that applies them knows.
 void noteOffsets(CorrectionTarget& target, const engine::EquatorialPosition& model,
                  const PointingSituation& s) {
     target.raOffset = NormalizeRAHours(model.RA - s.telescopeRA);

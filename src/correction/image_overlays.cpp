@@ -102,7 +102,7 @@ void ImageOverlays::DrawLineOnImage(int x1, int y1, int x2, int y2) {
 
         const auto access = image_.access();
         const auto [columns, rows] = access.size();
-        // The second program's image is not checked here: its array complains when the line leaves it.
+        // CCDSoft's image is not checked here: its array complains when the line leaves it.
         const bool beyond = shallow ? std::max(x1, x2) > columns - 1 : std::max(y1, y2) > rows - 1;
         if (image_.program() == OpenImage::Program::kMaxIm && beyond) return;
 

@@ -9,7 +9,7 @@
 
 namespace vantrel::correction {
 
-/// The image that is open in the imaging program in use. Objects of the first program are kept and created
+/// The image that is open in the imaging program in use. Objects of MaxIm DL are kept and created
 /// anew when they no longer answer; of the second a new one is made for every access. All operations throw
 /// OperationError when the program fails.
 class OpenImage {
@@ -43,7 +43,7 @@ class OpenImage {
         platform::ObjectRef object_;
     };
 
-    /// `bringForward` also makes the second program's image the active one. Failure 91 when no program is in
+    /// `bringForward` also makes CCDSoft's image the active one. Failure 91 when no program is in
     /// use.
     Access access(bool bringForward = true);
 

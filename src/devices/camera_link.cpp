@@ -15,7 +15,7 @@ constexpr const char* kSave = "modUtilities Sub SaveImageToFile";
 
 }  // namespace
 
-CameraLink::CameraLink(const Services& services, ImagingPrograms& programs, ImagingWindows& windows,
+CameraLink::CameraLink(const Services& services, ImagingObjects& programs, ImagingWindows& windows,
                        const CameraFields& fields)
     : tools_{services, programs, windows, fields, PostExposureDelay_},
       maxIm_(tools_, kMaxImProgram),
@@ -81,7 +81,7 @@ void CameraLink::abortExposure() {
 }
 
 CameraProgram* CameraLink::inUse() {
-    const ImagingPrograms& programs = tools_.programs;
+    const ImagingObjects& programs = tools_.programs;
     if (programs.usesMaxIm()) return &maxIm_;
     if (programs.usesCCDSoft()) return &ccdSoft_;
     return programs.usesBuiltIn() ? &builtIn_ : nullptr;

@@ -13,14 +13,14 @@ namespace vantrel::devices {
 
 class CameraLink : public engine::CameraPort {
   public:
-    CameraLink(const Services& services, ImagingPrograms& programs, ImagingWindows& windows,
+    CameraLink(const Services& services, ImagingObjects& programs, ImagingWindows& windows,
                const CameraFields& fields);
     CameraLink(const CameraLink&) = delete;
     CameraLink& operator=(const CameraLink&) = delete;
 
     /// Links the camera, sets binning and full frame, exposes for so many seconds (negative: a dark frame
-    /// with the first program) and waits for the image. A stop that was asked for before leaves the exposure
-    /// out: whoever begins something new forgets an old one. Does nothing while the program ends.
+    /// with MaxIm DL) and waits for the image. A stop that was asked for before leaves the exposure
+    /// out: a new beginning forgets an old one. Does nothing while the program ends.
     void AcquireImage(double seconds) override;
 
     /// Saves the open image in the image folder, under the name as it is given.

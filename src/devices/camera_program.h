@@ -21,16 +21,16 @@ inline platform::OperationError noFailure() { return {0, "", ""}; }
 /// The fields of the main window that exposures depend on.
 struct CameraFields {
     const platform::TextBox& txtPostExpDelay;         // seconds
-    const platform::CheckBox& chkUseCCDSoftSubFrame;  // sub-frame of the second program
+    const platform::CheckBox& chkUseCCDSoftSubFrame;  // sub-frame of CCDSoft
 };
 
 /// What the programs work with.
 struct CameraTools {
     Services services;
-    ImagingPrograms& programs;
+    ImagingObjects& programs;
     ImagingWindows& windows;
     CameraFields fields;
-    /// Seconds that the second program's last exposure was to wait for its image; the first one then waits as
+    /// Seconds that CCDSoft's last exposure was to wait for its image; MaxIm DL then waits as
     /// long before it begins.
     double& PostExposureDelay;
 

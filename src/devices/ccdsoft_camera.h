@@ -1,4 +1,4 @@
-// The second imaging program's way of exposing: a camera object, and an image object for what it took.
+// CCDSoft's way of exposing: a camera object, and an image object for what it took.
 #pragma once
 
 #include <optional>

@@ -62,7 +62,7 @@ std::array<long, 3> versionParts(const std::string& version) {
 }  // namespace
 
 ImagingSoftwareChoice::ImagingSoftwareChoice(const Services& services, WindowSystem& desktop,
-                                             ImagingPrograms& programs, ImagingWindows& windows,
+                                             ImagingObjects& programs, ImagingWindows& windows,
                                              CameraLink& camera, const ImagingSoftwareControls& controls,
                                              frmSelectCCSoftware& dialog)
     : services_(services),
@@ -194,7 +194,7 @@ std::string ImagingSoftwareChoice::GetProgIDServerPath(const std::string& progId
     return services_.automation.serverPath(progId);
 }
 
-// ---- the first program
+// ---- MaxIm DL
 
 void ImagingSoftwareChoice::LaunchMaxIm() {
     try {
@@ -244,7 +244,7 @@ void ImagingSoftwareChoice::reportNoScripting() {
     WaitSeconds(services_.loop, 10);
 }
 
-// ---- the second program
+// ---- CCDSoft
 
 void ImagingSoftwareChoice::LaunchCCDSoft() {
     try {

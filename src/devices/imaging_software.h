@@ -18,14 +18,14 @@ struct ImagingSoftwareControls {
     ImagingPanel& imaging;
     platform::Button& cmdExpose;
     platform::OptionButton& optPinPoint;        // optPlateSolveMethod(0)
-    platform::OptionButton& optAutoAstrometry;  // optPlateSolveMethod(1), needs the second program
+    platform::OptionButton& optAutoAstrometry;  // optPlateSolveMethod(1), needs CCDSoft
 };
 
 class ImagingSoftwareChoice {
   public:
     /// Takes over the events of the options and of the dialog.
-    ImagingSoftwareChoice(const Services& services, platform::WindowSystem& desktop,
-                          ImagingPrograms& programs, ImagingWindows& windows, CameraLink& camera,
+    ImagingSoftwareChoice(const Services& services, platform::WindowSystem& desktop, ImagingObjects& programs,
+                          ImagingWindows& windows, CameraLink& camera,
                           const ImagingSoftwareControls& controls, frmSelectCCSoftware& dialog);
 
     /// The program whose window is open, else the stored one, else the one that is installed, else the
@@ -77,7 +77,7 @@ class ImagingSoftwareChoice {
 
     Services services_;
     platform::WindowSystem& desktop_;
-    ImagingPrograms& programs_;
+    ImagingObjects& programs_;
     ImagingWindows& windows_;
     CameraLink& camera_;
     ImagingSoftwareControls controls_;

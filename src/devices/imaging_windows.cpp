@@ -19,7 +19,7 @@ bool contains(const std::string& text, const char* part) { return text.find(part
 }  // namespace
 
 ImagingWindows::ImagingWindows(const Services& services, WindowSystem& desktop,
-                               const ImagingPrograms& programs)
+                               const ImagingObjects& programs)
     : services_(services), desktop_(desktop), programs_(programs) {}
 
 WindowId ImagingWindows::FindMaxImMainWindow() const {

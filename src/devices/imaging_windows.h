@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "devices/imaging_programs.h"
+#include "devices/imaging_objects.h"
 #include "devices/services.h"
 #include "platform/window_system.h"
 
@@ -13,11 +13,10 @@ namespace vantrel::devices {
 /// Window results are zero when there is no such window. Nothing here throws.
 class ImagingWindows {
   public:
-    ImagingWindows(const Services& services, platform::WindowSystem& desktop,
-                   const ImagingPrograms& programs);
+    ImagingWindows(const Services& services, platform::WindowSystem& desktop, const ImagingObjects& programs);
 
     platform::WindowId FindMaxImMainWindow() const;
-    /// The second program's main window, without a report when it is missing.
+    /// CCDSoft's main window, without a report when it is missing.
     platform::WindowId searchCCDSoftWindow() const;
     /// The same; a missing window is logged and shown.
     platform::WindowId FindCCDSoftWindow();
@@ -50,7 +49,7 @@ class ImagingWindows {
 
     Services services_;
     platform::WindowSystem& desktop_;
-    const ImagingPrograms& programs_;
+    const ImagingObjects& programs_;
 };
 
 }  // namespace vantrel::devices

@@ -20,9 +20,9 @@ constexpr const char* kTakePicture = "Module modComponents sub TakePicture";
 
 }  // namespace
 
-const MaxImLike kMaxImProgram{"MaxIm.CCDCamera", "MaxIm DL", &ImagingPrograms::maxImCamera, true};
+const MaxImLike kMaxImProgram{"MaxIm.CCDCamera", "MaxIm DL", &ImagingObjects::maxImCamera, true};
 const MaxImLike kBuiltInProgram{"Vantrel.CCDCamera", "the built-in camera program",
-                                &ImagingPrograms::builtInCamera, false};
+                                &ImagingObjects::builtInCamera, false};
 
 bool MaxImCamera::isLinked() { return camera()->get("LinkEnabled").toBool(); }
 

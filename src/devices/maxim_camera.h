@@ -1,16 +1,16 @@
-// The first imaging program's way of exposing: one camera object does it all.
+// MaxIm DL's way of exposing: one camera object does it all.
 #pragma once
 
 #include "devices/camera_program.h"
 
 namespace vantrel::devices {
 
-/// What the program is called, and its object in use. All but the objects is the same for the first program
+/// What the program is called, and its object in use. All but the objects is the same for MaxIm DL
 /// and for the built-in one.
 struct MaxImLike {
     const char* cameraClass;  // "MaxIm.CCDCamera"
     const char* name;         // as the texts of failures call it
-    platform::ObjectRef ImagingPrograms::*camera;
+    platform::ObjectRef ImagingObjects::*camera;
     bool hasWindows;  // on the desktop, where they are looked for
 };
 extern const MaxImLike kMaxImProgram, kBuiltInProgram;

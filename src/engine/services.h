@@ -1,4 +1,4 @@
-// Everything the engine's procedures call, in one hand.
+// Everything the engine's procedures call, as one value.
 #pragma once
 
 #include "engine/interlock.h"

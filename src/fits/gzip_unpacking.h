@@ -11,7 +11,7 @@ struct gzFile_s;
 
 namespace vantrel::fits {
 
-/// Unpacks from the beginning on and no further than somebody asks: what a small file unpacks to behind the
+/// Unpacks from the beginning on and no further than is asked for: what a small file unpacks to behind the
 /// last byte that is of interest costs nothing.
 class GzipUnpacking {
   public:

@@ -16,7 +16,7 @@ namespace vantrel::headless {
 
 using Json = nlohmann::ordered_json;
 
-/// A command that can't be carried out, in words for whoever wrote the script.
+/// A command that can't be carried out, in words for the script's author.
 class CommandError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

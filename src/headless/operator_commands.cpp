@@ -254,7 +254,7 @@ Outcome OperatorCommands::automation(const CommandFields& fields) {
 Outcome OperatorCommands::fault(const CommandFields& fields) {
     if (fields.has("number") == fields.has("returns"))
         throw CommandError("Either \"number\" or \"returns\" is needed");
-    Fault fault;
+    MemberFault fault;
     fault.object = fields.text("object");
     fault.member = fields.text("member");
     fault.after = fields.integer("after", 0);

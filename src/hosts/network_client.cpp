@@ -61,7 +61,7 @@ bool NetworkClient::move() {
     return moved;
 }
 
-/// Whoever hears may send the next request or give others up.
+/// The listener may send the next request or give others up.
 void NetworkClient::deliver() {
     const auto exchanges = exchanges_;
     for (const auto& held : exchanges) {

@@ -26,7 +26,7 @@ class TcpStreams : public ByteStreams {
 
     platform::EventLoop& loop_;
     Resolver resolver_;
-    /// Whoever asks again while a lookup is under way shares it, so that their threads don't pile up.
+    /// Another asking while a lookup is under way shares it, so that their threads don't pile up.
     std::map<ServerAddress, std::weak_ptr<NameLookup>> lookups_;
 };
 

@@ -8,7 +8,7 @@
 
 namespace vantrel::hosts {
 
-/// Whoever answered, and what: untrusted.
+/// Who answered, and what: untrusted.
 struct UdpAnswer {
     std::string host;  // numeric address, an IPv6 one with its zone: "fe80::1%eth0"
     std::string words;

@@ -1,4 +1,4 @@
-// The automation objects of the second imaging program.
+// The automation objects of CCDSoft.
 #pragma once
 
 #include "imaging/ccdsoft_program.h"

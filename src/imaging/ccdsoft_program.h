@@ -1,4 +1,4 @@
-// The second imaging program, "CCDSoft": its window and the settings of its camera.
+// "CCDSoft": its window and the settings of its camera.
 #pragma once
 
 #include "imaging/imaging_program.h"

@@ -1,4 +1,4 @@
-// Tells what somebody drew into an image from what stands in the sky.
+// Tells what a program drew into an image from what stands in the sky.
 #pragma once
 
 #include "platform/image_array.h"

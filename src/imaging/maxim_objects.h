@@ -1,4 +1,4 @@
-// The automation objects of the first imaging program.
+// The automation objects of MaxIm DL.
 #pragma once
 
 #include "imaging/maxim_program.h"

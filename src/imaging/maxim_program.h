@@ -1,4 +1,4 @@
-// The first imaging program, "MaxIm DL": its windows and the settings of its camera dialog. And a program
+// "MaxIm DL": its windows and the settings of its camera dialog. And a program
 // that is driven in the same way, but makes no secret of being built in.
 #pragma once
 

@@ -22,12 +22,12 @@ struct ImageDocument {
     bool modified = false;                // since it was saved
 
     /// The chosen stretch, or the automatic one. That is measured once for each exposure: what is drawn into
-    /// the pixels later is shown as it was meant by whoever asked for the white point before.
+    /// the pixels later is shown as the program meant it that asked for the white point before.
     const Stretch& shownStretch() const;
-    mutable std::optional<Stretch> measured = {};  // the automatic one, once somebody asked
+    mutable std::optional<Stretch> measured = {};  // the automatic one, once it was asked for
 };
 
-/// Documents are handed out shared: one that was closed stays valid for whoever still holds it.
+/// Documents are handed out shared: one that was closed stays valid for those that still hold it.
 class OpenDocuments {
   public:
     using Ref = std::shared_ptr<ImageDocument>;

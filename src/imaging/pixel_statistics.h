@@ -8,7 +8,7 @@
 
 namespace vantrel::imaging {
 
-/// Pixels of at least this value are marks that somebody drew: no camera counts so far.
+/// Pixels of at least this value are marks that were drawn: no camera counts so far.
 inline constexpr double kMarkValue = 2147483000.0;
 
 /// In the image's units. The sample leaves out marks, what is saturated as marks are in 16 bits, and what

@@ -18,8 +18,8 @@ struct ShownStretch {
     ToneCurve curve() const { return {black, white, midtone}; }
 };
 
-/// Follows the open documents. Pixels are looked at when somebody asks, never while whoever changes them is
-/// at it: a mark that is drawn into a large frame costs nothing here until the frame is shown.
+/// Follows the open documents. Pixels are looked at when a window asks, never while the program that changes
+/// them is at it: a mark that is drawn into a large frame costs nothing here until the frame is shown.
 class ShownImage {
   public:
     /// The documents must outlive this.
@@ -33,7 +33,7 @@ class ShownImage {
     const PixelStatistics& statistics();
 
     ShownStretch stretch();
-    /// True unless somebody chose how this document is shown.
+    /// True unless the operator chose how this document is shown.
     bool automatic() const;
     /// Shows it so from now on, also after the next exposure. Black and white are kept apart, the midtone
     /// between them. Nothing happens without a document.

@@ -14,7 +14,7 @@ namespace {
 
 using platform::ImageArray;
 
-/// What describes the array in the file, and whoever writes the picture says anew.
+/// What describes the array in the file, and what the writing of the picture says anew.
 bool describesTheArray(std::string_view keyword) {
     constexpr std::array kOwn = {"SIMPLE", "BITPIX", "BZERO",    "BSCALE",   "BLANK",   "EXTEND",  "END",
                                  "PCOUNT", "GCOUNT", "XTENSION", "CHECKSUM", "DATASUM", "ROWORDER"};

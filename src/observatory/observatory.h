@@ -23,10 +23,10 @@
 
 namespace vantrel::observatory {
 
-/// Where the observatory needs somebody's answer or a place to keep things. All may be left out: choosers are
-/// then cancelled, setup dialogs close at once, the profile forgets, the stars are the built-in catalogue's,
-/// the programs' windows stand on a desktop of the
-/// observatory's own, and long work is done in the loop.
+/// Where the observatory needs the operator's answer or a place to keep things. All may be left out: choosers
+/// are then cancelled, setup dialogs close at once, the profile forgets, the stars are the built-in
+/// catalogue's, the programs' windows stand on a desktop of the observatory's own, and long work is done in
+/// the loop.
 struct ObservatorySeams {
     helpers::ChooserDialog chooser;
     std::function<void()> beforeChoosing;  ///< finds drivers that aren't known yet
@@ -59,7 +59,7 @@ class Observatory {
     /// The imaging programs; their documents also show the pictures of the simulator's own camera.
     imaging::ImagingPrograms& imaging() { return *imaging_; }
 
-    /// Opens the first imaging program, unless the operator's stored choice is the second: so that a first
+    /// Opens MaxIm DL, unless the operator's stored choice is CCDSoft: so that a first
     /// start finds a program open and asks nothing.
     void openImagingProgram(const platform::SettingsRoot& settings);
 

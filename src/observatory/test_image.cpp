@@ -19,8 +19,8 @@ constexpr double kEpoch = 2026;              // of the stars' places, the year o
 constexpr double kTenthMagnitude = 100'000;  // electrons
 constexpr sky::SkyPosition kTarget{166.4, -58.75};
 
-Exposure exposure() {
-    Exposure exposure;
+SensorExposure exposure() {
+    SensorExposure exposure;
     exposure.width = 640;
     exposure.height = 480;
     exposure.sigma = 1.1;
@@ -29,7 +29,7 @@ Exposure exposure() {
 }
 
 /// North is down the rows, apart from the roll.
-sky::TangentWcs worldCoordinates(const Exposure& frame) {
+sky::TangentWcs worldCoordinates(const SensorExposure& frame) {
     const double scale = kArcsecPerPixel / 3600;
     const double c = scale * std::cos(kRollDegrees * std::numbers::pi / 180);
     const double s = scale * std::sin(kRollDegrees * std::numbers::pi / 180);
@@ -37,7 +37,7 @@ sky::TangentWcs worldCoordinates(const Exposure& frame) {
     return {kTarget, {middle(frame.width), middle(frame.height)}, {c, -s, s, c}};
 }
 
-std::vector<StarSpot> starsOn(const Exposure& frame, const sky::StarCatalog& catalog) {
+std::vector<StarSpot> starsOn(const SensorExposure& frame, const sky::StarCatalog& catalog) {
     const sky::TangentWcs sky = worldCoordinates(frame);
     sky::ConeQuery query;
     query.raDeg = kTarget.ra;
@@ -59,7 +59,7 @@ void provideTestImage(const std::filesystem::path& folder, const sky::CatalogSou
     const std::filesystem::path file = folder / kTestImageName;
     std::error_code ignored;
     if (std::filesystem::exists(file, ignored)) return;
-    const Exposure frame = exposure();
+    const SensorExposure frame = exposure();
     NoiseSource noise(1);
     fits::writeFits(file, frame.width, frame.height, drawFrame(frame, starsOn(frame, *openCatalog()), noise),
                     {{"OBJECT", std::string("NGC 3532"), "test image of Vantrel, a drawn star field"},

@@ -152,7 +152,7 @@ class CheckBox : public Captioned {
     /// 1 ticked, 0 not.
     int value() const { return value_; }
     bool ticked() const { return value_ == 1; }
-    /// A change of the value runs the click handler, whoever makes it.
+    /// A change of the value runs the click handler, whether the operator or the program makes it.
     void setValue(int value);
     /// The operator ticks or clears the box; false when it can't be reached.
     bool check(int value);
@@ -182,7 +182,8 @@ class OptionButton : public Captioned {
     OptionButton(Form& form, OptionGroup& group, std::string name, std::string caption);
 
     bool selected() const { return selected_; }
-    /// Selects this one and clears its neighbours. Becoming selected runs the click handler, whoever does it.
+    /// Selects this one and clears its neighbours. Becoming selected runs the click handler, by the operator
+    /// as by the program.
     void select();
     void clear() { assign(selected_, false); }
     bool click();
@@ -202,7 +203,7 @@ class TextBox : public Control {
     TextBox(Form& form, std::string name, std::string text = {});
 
     const std::string& text() const { return text_; }
-    /// A change of the text runs the change handler, whoever makes it.
+    /// A change of the text runs the change handler, whether the operator or the program makes it.
     void setText(std::string text);
     Alignment alignment() const { return alignment_; }
     void setAlignment(Alignment alignment) { assign(alignment_, alignment); }

@@ -12,7 +12,7 @@ namespace vantrel::platform {
 
 /// Derived classes name their members in the constructor. A member that isn't in the table raises failure
 /// 438, exceptions of other kinds arrive at the caller as a driver's exception with the class as source. An
-/// object lives until its member has returned, whoever lets go of it meanwhile.
+/// object lives until its member has returned, even if its last holder lets go of it meanwhile.
 class DispatchObject : public AutomationObject, public std::enable_shared_from_this<DispatchObject> {
   public:
     explicit DispatchObject(std::string className) : className_(std::move(className)) {}

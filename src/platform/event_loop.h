@@ -38,7 +38,7 @@ class EventLoop {
     virtual void sleep(Milliseconds duration) = 0;
 
     /// The program is ending: no wait is worth its time any more. Loops that let real time pass cut
-    /// sleeps short, and whoever waits in several steps leaves after the one at hand.
+    /// sleeps short, and a procedure that waits in several steps leaves after the one at hand.
     bool ending() const { return ending_; }
     void setEnding(bool ending) { ending_ = ending; }
 

@@ -34,8 +34,8 @@ class FolderMap {
     std::vector<Mapping> mappings_;
 };
 
-/// The real file of an image: of this name or, for a name without an ending, with the ".fit" that whoever
-/// saved it added. Nothing when there is neither.
+/// The real file of an image: of this name or, for a name without an ending, with the ".fit" that the
+/// program that saved it added. Nothing when there is neither.
 std::optional<std::filesystem::path> existingImage(const FolderMap& folders, const std::string& name);
 
 /// folder + "\" + name, without doubling a backslash that is already there.

@@ -12,9 +12,9 @@ namespace vantrel::platform {
 /// A two-dimensional array of pixels: first index the column (x), second the row (y), both from 0. Contiguous
 /// in memory, row after row.
 ///
-/// A value: copies share their pixels, and whoever changes pixels changes them for himself alone. Handing an
-/// array over and setting a few of its pixels (a mark in a full frame) cost nothing like a copy of it; see
-/// withPixels. Different threads may read the same array.
+/// A value: copies share their pixels, and a holder that changes pixels changes them for itself alone.
+/// Handing an array over and setting a few of its pixels (a mark in a full frame) cost nothing like a copy of
+/// it; see withPixels. Different threads may read the same array.
 class ImageArray {
   public:
     using Pixels = std::variant<std::vector<std::uint16_t>, std::vector<std::int32_t>, std::vector<float>>;
@@ -34,7 +34,7 @@ class ImageArray {
 
     /// This image with the pixels at these places (y · width + x, inside the image) set to the value that is
     /// nearest to the given one. Takes time for the places only: the new array shares this one's pixels until
-    /// somebody reads it. If nobody else holds them by then they are changed where they are, else in a copy.
+    /// it is read. If no other copy holds them by then they are changed where they are, else in a copy.
     ImageArray withPixels(std::vector<std::size_t> places, double value) const;
 
     /// A pixel that withPixels has set, and its value before the first time.
@@ -42,7 +42,7 @@ class ImageArray {
         std::size_t place;
         double before;
     };
-    /// In the order of their places, each once. Whoever writes to pixels() makes the array forget them.
+    /// In the order of their places, each once. Writing to pixels() makes the array forget them.
     const std::vector<SetPixel>& setPixels() const;
     /// A part of the image, which must lie inside, as it was before withPixels set anything.
     ImageArray untouched(std::size_t left, std::size_t top, std::size_t width, std::size_t height) const;

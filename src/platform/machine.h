@@ -1,4 +1,4 @@
-// Everything around the program in one hand: what a front prepares and the program runs on.
+// Everything around the program: what a front prepares and the program runs on.
 #pragma once
 
 #include <functional>

@@ -2,7 +2,7 @@
 //
 // It owns a queue of handlers and timers; what time is and how it passes is the TimeKeeper's business: the
 // virtual one jumps to the next thing due, so that a wait of a minute costs nothing, the real one waits.
-// Somebody outside the program (a script, a test) can take part through attend(), which is called between
+// An attendant outside the program (a script, a test) can take part through attend(), which is called between
 // handlers and before time passes, however deep the program's procedures are nested at that moment.
 #pragma once
 
@@ -25,7 +25,7 @@ class TimeKeeper : public Clock {
     virtual std::vector<int> readable() { return {}; }
 };
 
-/// Time that stands still until somebody waits. A limit on the steps and on the time that may pass turns an
+/// Time that stands still until a handler waits. A limit on the steps and on the time that may pass turns an
 /// endless wait into an exception.
 class VirtualTime : public TimeKeeper {
   public:

@@ -39,7 +39,7 @@ class RecordingHost::Recorder {
         return fault->returns;
     }
 
-    void inject(Fault fault) { faults_.push_back(std::move(fault)); }
+    void inject(MemberFault fault) { faults_.push_back(std::move(fault)); }
 
     std::vector<JournalEntry> take(const std::string& className) {
         std::vector<JournalEntry> taken;
@@ -66,8 +66,8 @@ class RecordingHost::Recorder {
     }
 
   private:
-    std::optional<Fault> strike(const JournalEntry& entry) {
-        for (Fault& fault : faults_) {
+    std::optional<MemberFault> strike(const JournalEntry& entry) {
+        for (MemberFault& fault : faults_) {
             if (!matches(fault.object, entry.object) || !equalIgnoringCase(fault.member, entry.member))
                 continue;
             if (fault.after > 0) {
@@ -82,7 +82,7 @@ class RecordingHost::Recorder {
     }
 
     std::vector<JournalEntry> journal_;
-    std::vector<Fault> faults_;
+    std::vector<MemberFault> faults_;
     std::map<std::string, std::vector<std::weak_ptr<AutomationObject>>> objects_;  // by lower-case class name
 };
 
@@ -133,7 +133,7 @@ ObjectRef RecordingHost::create(const std::string& progId) {
     return std::make_shared<RecordedObject>(inner_.create(progId), recorder_);
 }
 
-void RecordingHost::inject(Fault fault) { recorder_->inject(std::move(fault)); }
+void RecordingHost::inject(MemberFault fault) { recorder_->inject(std::move(fault)); }
 
 std::vector<JournalEntry> RecordingHost::takeJournal(const std::string& className) {
     return recorder_->take(className);

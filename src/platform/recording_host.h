@@ -27,7 +27,7 @@ struct JournalEntry {
 /// What shall go wrong: the member of the class (or of every class, "*") fails from the use after `after`
 /// more uses on, `times` times (-1: for ever). A fault with a value returns that instead of failing. The
 /// member "create" stands for the creation of an object.
-struct Fault {
+struct MemberFault {
     std::string object;
     std::string member;
     AutomationError error{0, "", ""};
@@ -47,7 +47,7 @@ class RecordingHost : public AutomationHost {
         return inner_.profileDescription(deviceType, progId);
     }
 
-    void inject(Fault fault);
+    void inject(MemberFault fault);
 
     /// The uses of the class ("*": of every class) since this was last asked for it.
     std::vector<JournalEntry> takeJournal(const std::string& className);

@@ -3,9 +3,9 @@
 
 namespace vantrel::platform {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a wish that somebody has to ask for. Systems that shut down send
+/// Turns SIGTERM, SIGINT and SIGHUP into a wish that the program has to ask for. Systems that shut down send
 /// more than one; the closing goes on. Only SIGINT ends the program at once when the wish is there already:
-/// somebody at a terminal has lost patience. One object at a time.
+/// the operator at a terminal has lost patience. One object at a time.
 class TerminationWatch {
   public:
     TerminationWatch();

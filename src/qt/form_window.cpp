@@ -87,7 +87,7 @@ void FormWindow::followForm() {
         open();
 }
 
-/// A form that was just shown is about to be placed, by whoever showed it.
+/// A form that was just shown is about to be placed, by the code that showed it.
 void FormWindow::open() {
     if (std::exchange(opening_, true)) return;
     front_.loop.post([window = QPointer<FormWindow>(this)] {

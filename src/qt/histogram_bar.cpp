@@ -38,7 +38,7 @@ QRect HistogramBar::chart() const {
     return rect().adjusted(kHandleRoom, 2, -kHandleRoom, -kHandleHeight - 2);
 }
 
-/// Once for every exposure, when somebody looks.
+/// Once for every exposure, when the window is looked at.
 void HistogramBar::measure() {
     const auto pixels = image_.pixels();
     const int bins = std::max(1, chart().width() / 2);

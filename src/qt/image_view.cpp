@@ -42,7 +42,7 @@ QSize ImageView::sizeHint() const {
     return {kUsual, kUsual * 3 / 4};
 }
 
-/// Looks at no pixel: whoever changes them may still be at it.
+/// Looks at no pixel: the program that changes them may still be at it.
 void ImageView::follow() {
     if (const auto pixels = image_.pixels())
         viewport_.setImageSize(static_cast<int>(pixels->width()), static_cast<int>(pixels->height()));

@@ -316,7 +316,7 @@ void ImageWindow::follow() {
                                              : Text::tr("No image yet"));
     automatic_->setChecked(image_.automatic());
     tellView();
-    // The pixels are read when whoever changed them has finished.
+    // The pixels are read when the program that changed them has finished.
     front_.loop.post([window = QPointer<ImageWindow>(this)] {
         if (window) window->tellPixel();
     });

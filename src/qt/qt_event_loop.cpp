@@ -11,7 +11,7 @@ namespace vantrel::qt {
 namespace {
 
 /// The toolkit sends what was posted in batches. A wait that begins in the middle of one, in a handler, would
-/// leave the rest lying until somebody posts anew: a window that was to be painted again stays as it is, for
+/// leave the rest lying until a handler posts anew: a window that was to be painted again stays as it is, for
 /// seconds when the operator's hands are off the mouse.
 void finishBatch() { QCoreApplication::sendPostedEvents(); }
 
@@ -73,8 +73,8 @@ void QtEventLoop::sleep(platform::Milliseconds duration) {
 }
 
 void QtEventLoop::runUntil(const std::function<bool()>& done) {
-    // exec() would return at once after the toolkit's quit, and whoever waits in a loop would spin. One turn
-    // at a time blocks as it should.
+    // exec() would return at once after the toolkit's quit, and a procedure that waits in a loop would spin.
+    // One turn at a time blocks as it should.
     QEventLoop loop;
     for (;;) {
         // Not left to the turn, which may wait after it has sent what makes it done.

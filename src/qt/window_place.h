@@ -53,7 +53,7 @@ class WindowPlace : public QObject {
     QWidget& window_;
     std::function<void(const QRect&)> moved_;
     platform::Timer settling_;
-    QRect wanted_;         // by the program or the operator, whoever was last
+    QRect wanted_;         // by the program or the operator, the later of both
     QRect applied_;        // what the window was asked for last; empty when that has to wait
     QRect settled_;        // where it stood then
     bool steady_ = false;  // since it was asked; later moves are the operator's

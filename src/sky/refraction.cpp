@@ -9,7 +9,7 @@
 
 namespace vantrel::sky {
 
-Refraction::Refraction(const Air& air) {
+Refraction::Refraction(const AirState& air) {
     eraRefco(air.pressure, air.temperature, air.humidity, air.wavelength, &a_, &b_);
 }
 

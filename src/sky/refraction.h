@@ -3,7 +3,7 @@
 
 namespace vantrel::sky {
 
-struct Air {
+struct AirState {
     double pressure = 1010;    // hPa at the observer
     double temperature = 10;   // degrees Celsius
     double humidity = 0.5;     // relative, 0..1
@@ -14,7 +14,7 @@ struct Air {
 /// degrees and to 5" above 7. Below 3 degrees of altitude the value there is kept: no mount points there.
 class Refraction {
   public:
-    explicit Refraction(const Air& air = {});
+    explicit Refraction(const AirState& air = {});
 
     /// Where the star is seen; altitudes in degrees.
     double observedAltitude(double trueAltitude) const;

@@ -71,7 +71,7 @@ struct OpenPicture {
 
     /// From now on.
     void fail(const std::string& object, const std::string& member, long after = 0) {
-        platform::Fault fault;
+        platform::MemberFault fault;
         fault.object = object;
         fault.member = member;
         fault.error = {7, object, "out of order"};

@@ -165,7 +165,7 @@ struct ImagingWorld : DeviceWorld {
     platform::Form main{screen, "frmMain", "Vantrel", {}};
     devices::ImagingPanel panel{main};
     platform::TextBox txtPostExpDelay{main, "txtPostExpDelay", "0"};
-    devices::ImagingPrograms programs;
+    devices::ImagingObjects programs;
     devices::ImagingWindows windows{services, desktop, programs};
     devices::CameraLink link{services, programs, windows, {txtPostExpDelay, panel.chkUseCCDSoftSubFrame}};
 };

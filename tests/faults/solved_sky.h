@@ -59,7 +59,7 @@ class KnowingPlate : public test::WillingObject {
     platform::ObjectRef mount_;
 };
 
-/// The image of the second program, with a link that knows.
+/// The image of CCDSoft, with a link that knows.
 class KnowingImage : public platform::AutomationObject {
   public:
     KnowingImage(platform::ObjectRef inner, platform::ObjectRef mount)

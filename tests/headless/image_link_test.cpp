@@ -1,4 +1,4 @@
-// Solving plates by the image link, with the second imaging program, through the operator protocol.
+// Solving plates by the image link, with CCDSoft, through the operator protocol.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -335,7 +335,7 @@ TEST(ManualExposures, ReportWhatFails) {
          logged("", "** Expose & Plate Solve **") + reported(mismatch + "mod cmdExposeSolve")},
         {"the image can't be saved", "MaxIm", exposeAndSolve, broken(kMaxIm, "SaveImage"), unsaved},
         {"the path isn't taken", "CCDSoft", exposeAndSolve, broken(kCCDSoftImage, "path"), unsaved},
-        {"the second program can't save", "CCDSoft", exposeAndSolve, broken(kCCDSoftImage, "Save"), unsaved},
+        {"CCDSoft can't save", "CCDSoft", exposeAndSolve, broken(kCCDSoftImage, "Save"), unsaved},
         {"the plate isn't solved", "MaxIm", exposeAndSolve, answering("PinPoint.Plate", "Solve", false),
          unsolved},
     };

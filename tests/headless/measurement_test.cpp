@@ -91,7 +91,7 @@ TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
          texts("Error 13: Type mismatch\r\nmod cmdRun")},
         {"a utility object that fails", failing("DriverHelper.Util", "HoursToHMS", 440, 0, 1),
          texts("Error 440: Broken\r\nmod cmdRun")},
-        {"no method to solve with",  // which the first imaging program would choose
+        {"no method to solve with",  // which MaxIm DL would choose
          both(storing("PolarAlign", "PlateSolveMethod", ""),
               storing("PolarAlign", "ImagingSoftware", "CCDSoft")),
          texts("No Plate solve method selected", "Align Aborted")},

@@ -52,7 +52,7 @@ class ImagingTest : public testing::Test {
     OpenDocuments& documents() { return observatory_.imaging().documents(); }
     void pass(double seconds) { loop_.sleep(Milliseconds{std::lround(seconds * 1000)}); }
 
-    /// Takes a picture with the first program and waits for it.
+    /// Takes a picture with MaxIm DL and waits for it.
     void takePicture(const ObjectRef& camera) {
         camera->call("Expose", {1.0, 1, 0});
         pass(2);

@@ -65,7 +65,7 @@ TEST_F(RecordingHostTest, WritesDownEveryUseAlsoOfInnerObjects) {
 TEST_F(RecordingHostTest, FaultsStrikeWhenAndAsOftenAsTheyShould) {
     const struct {
         const char* why;
-        Fault fault;
+        MemberFault fault;
         std::vector<int> numbers;  // of five reads of Level
     } cases[] = {
         {"for ever", {"Test.Shelf", "Level", {7, "", ""}, {}, 0, -1}, {7, 7, 7, 7, 7}},

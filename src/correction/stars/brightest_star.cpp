@@ -44,13 +44,13 @@ StarMeasurement inFinePixels(StarMeasurement star) {
 }
 
 /// What shows from afar only, or of which the sharp look has seen no more than a piece of the rim.
-Sighting lookFromAfar(const StarSearch& sharp) {
+StarSighting lookFromAfar(const StarSearch& sharp) {
     constexpr std::size_t kSmallest = 48;  // coarse pixels
     const platform::ImageArray coarse = coarseImage(sharp.image());
     if (std::min(coarse.width(), coarse.height()) < kSmallest) return {};
     try {
         std::vector<std::string> unheard;
-        Sighting sighting = StarSearch(coarse, kDisc, sharp.typicalNoise() / kCoarse).run(unheard);
+        StarSighting sighting = StarSearch(coarse, kDisc, sharp.typicalNoise() / kCoarse).run(unheard);
         if (sighting.star) sighting.star = inFinePixels(*sighting.star);
         return sighting;
     } catch (const platform::OperationError&) {
@@ -65,11 +65,11 @@ StarMeasurement search(const platform::ImageArray& image, std::vector<std::strin
         throw platform::runTimeError(platform::error_number::kSubscriptOutOfRange);
     StarSearch sharp(image, kSharpStar);
     if (!sharp.hasStripes()) throw Ended{Failure::kNoStripes, "Error in modHFR Sub BrightestStar3"};
-    const Sighting near = sharp.run(log);
-    const Sighting far = lookFromAfar(sharp);
+    const StarSighting near = sharp.run(log);
+    const StarSighting far = lookFromAfar(sharp);
     const bool isOutOfFocus =
         far.star && (!near.star || (far.star->isDisc() && far.star->flux > kMuchMore * near.star->flux));
-    const Sighting& best = isOutOfFocus ? far : near;
+    const StarSighting& best = isOutOfFocus ? far : near;
     if (best.star && !best.atEdge) return *best.star;
     if (best.star || near.tooWeak)
         throw Ended{Failure::kEdgeOrWeak, "Star is too close to frame edge or is too weak"};

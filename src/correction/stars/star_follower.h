@@ -1,4 +1,4 @@
-// Keeps to one star from exposure to exposure while somebody moves it across the image.
+// Keeps to one star from exposure to exposure while the operator moves it across the image.
 #pragma once
 
 #include <optional>

@@ -41,10 +41,10 @@ StarSearch::StarSearch(const platform::ImageArray& image, const StarKind& kind, 
     rows_ = centredGrid(working_.height, size);
 }
 
-Sighting StarSearch::run(std::vector<std::string>& log) {
+StarSighting StarSearch::run(std::vector<std::string>& log) {
     constexpr int kMostPassedOver = 50;  // spots, pieces of faint tracks among them
     constexpr int kMostGlows = 4;        // that are passed over before the star
-    Sighting nothing;
+    StarSighting nothing;
     int glows = 0;
     for (int passedOver = 0; passedOver < kMostPassedOver && glows < kMostGlows; ++passedOver) {
         const auto spot = brightestSpotStandingOut(log);

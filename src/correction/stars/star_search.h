@@ -25,7 +25,7 @@ struct StarKind {
 };
 
 /// What a look has found.
-struct Sighting {
+struct StarSighting {
     std::optional<StarMeasurement> star;
     bool atEdge = false;   // in an outermost stripe, or seen as far as the frame goes
     bool tooWeak = false;  // there is no star, but something that can't be measured
@@ -42,7 +42,7 @@ class StarSearch {
 
     /// Passes over tracks and what isn't of this kind. Looks at a decimated copy of the image stripe by
     /// stripe, and measures in full resolution. `log` gets a line for each stripe that has no peak.
-    Sighting run(std::vector<std::string>& log);
+    StarSighting run(std::vector<std::string>& log);
 
     /// Without defective lines, and the tracks that the search has come upon.
     const platform::ImageArray& image() const { return image_; }

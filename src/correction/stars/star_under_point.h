@@ -1,4 +1,4 @@
-// The star that somebody points at.
+// The star that the operator points at.
 #pragma once
 
 #include <optional>

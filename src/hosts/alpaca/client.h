@@ -90,7 +90,7 @@ class Client {
     std::uint32_t transaction_ = 0;  // of the last request
 };
 
-/// Somebody pressed Stop, or the program ends.
+/// The operator pressed Stop, or the program ends.
 class GivenUp : public std::runtime_error {
   public:
     GivenUp() : std::runtime_error("The wait for the device was given up.") {}

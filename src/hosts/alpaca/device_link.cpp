@@ -143,7 +143,7 @@ void DeviceLink::watch() {
         } catch (const DeviceError& error) {
             if (error.number() == device_error::kNotConnected) lose(error.what());
         } catch (const std::runtime_error&) {
-            // The server is there, if not well: whoever uses the device will hear.
+            // The server is there, if not well: the next use of the device will tell.
         }
     });
 }

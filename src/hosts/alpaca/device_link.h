@@ -1,8 +1,8 @@
 // The connection to one device: made once by the operator, kept from then on.
 //
 // A watch asks the device every other second whether it is still connected. When it isn't, or its server is
-// gone, the link is lost, and says so; from then on it tries to get it back, and says when it did. Whoever
-// uses a link that is lost hears at once why, without waiting for a server that doesn't answer.
+// gone, the link is lost, and says so; from then on it tries to get it back, and says when it did. A
+// member of a lost link fails at once and says why, without waiting for a server that doesn't answer.
 #pragma once
 
 #include <functional>

@@ -28,7 +28,7 @@ std::optional<int> portIn(const std::string& answer) {
         const int port = intMember(parseJson(answer), "AlpacaPort", 0);
         if (port >= 1 && port <= 65535) return port;
     } catch (const std::runtime_error&) {
-        // Somebody else's datagram.
+        // Another protocol's datagram.
     }
     return std::nullopt;
 }

@@ -427,7 +427,7 @@ void Camera::followExposure(const Property& answer) {
         return;
     }
     if (std::exchange(exposure_->over, true)) return;
-    // Idle is what one looks like that somebody gave up.
+    // Idle is what one looks like that another client gave up.
     exposure_->deadline = now() + (answer.state == PropertyState::kIdle ? kAfterAbort : kDownload);
 }
 
@@ -445,7 +445,7 @@ void Camera::fail(const std::string& why) {
     tellEnd();
 }
 
-/// Not out of the connection's own calls: whoever hears it may do as he likes.
+/// Not out of the connection's own calls: its listener may do anything.
 void Camera::tellEnd() {
     surroundings_.loop.post([this, alive = std::weak_ptr<void>(alive_)] {
         if (!alive.expired() && onProgress) onProgress();

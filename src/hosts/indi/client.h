@@ -1,6 +1,6 @@
 // What an INDI server tells: its devices and their properties, kept up to date, and what happens to them.
 //
-// The connection exists as long as somebody keeps it. Whoever reads a property reads the memory of what came
+// The connection exists as long as a holder keeps it. Reading a property reads the memory of what came
 // last, so reading never waits; a property found is valid until the event loop runs again.
 #pragma once
 
@@ -19,7 +19,7 @@
 
 namespace vantrel::hosts::indi {
 
-/// A line for the operator. Whoever takes it doesn't wait.
+/// A line for the operator. Its taker doesn't wait.
 using Tell = std::function<void(const std::string& line)>;
 
 struct Event {

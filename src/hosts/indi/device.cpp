@@ -166,7 +166,7 @@ void Device::giveUp(const std::string& why) {
     letGo();
 }
 
-/// Whoever waits for it hears why. When nobody does, it is tried again: a server and a device that aren't
+/// A caller that waits for it hears why. When none does, it is tried again: a server and a device that aren't
 /// there are waited for, a refusal is told once.
 void Device::giveUpOrRetry(const std::string& why) {
     if (waitedFor_) return giveUp(why);

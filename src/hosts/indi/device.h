@@ -3,7 +3,7 @@
 // Connecting has stages: the server answers, it has the device, the device's driver reaches the hardware
 // (CONNECTION), the properties that the device is of no use without are there. After that whatever belongs to
 // the connecting is set. A driver that died comes back disconnected: all of it is done again then, without
-// anybody waiting. Whoever else disconnects the device is respected.
+// anybody waiting. Another client that disconnects the device is respected.
 #pragma once
 
 #include <functional>

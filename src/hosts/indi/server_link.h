@@ -1,8 +1,8 @@
 // A connection to an INDI server that is made again whenever it is lost.
 //
 // A server that is gone is tried again after 1, 2, 4 ... 15 s. One that has fallen silent is asked for a sign
-// of life; whoever answered such questions before and doesn't any more is gone, and so is whoever never ends
-// what he began to send.
+// of life; a server that answered such questions before and doesn't any more is gone, and so is one that
+// never ends what he began to send.
 #pragma once
 
 #include <functional>

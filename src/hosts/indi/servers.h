@@ -15,7 +15,7 @@ class Servers {
 
     const Surroundings& surroundings() const { return surroundings_; }
 
-    /// The one client of the server; it exists as long as somebody holds it.
+    /// The one client of the server; it exists as long as a device holds it.
     std::shared_ptr<Client> client(const ServerAddress& server) {
         auto client = clients_[server].lock();
         if (!client) {

@@ -58,7 +58,7 @@ double wholeSeconds(double hours) { return std::fmod(std::round(hours * 3600), 8
 Camera::Camera(const Mount& mount, NoiseSource& noise, sky::CatalogSource catalog)
     : mount_(mount), noise_(noise), openCatalog_(std::move(catalog)) {}
 
-sky::FocalPlane Camera::focalPlane(const Pointing& pointing) const {
+sky::FocalPlane Camera::focalPlane(const TubeAttitude& pointing) const {
     sky::CameraMounting mounting;
     mounting.scale = settings_.pixelSize / 1000 / settings_.focalLength / kDegree;
     mounting.width = settings_.width;
@@ -73,13 +73,13 @@ std::vector<StarSpot> Camera::starsInView(platform::Instant instant) {
     const sky::SkyOfDate sky(instant);
     const double siderealTime = sky.siderealTime(mount_.settings().longitude);
     const double latitude = mount_.settings().latitude;
-    const Pointing pointing = mount_.pointing();
+    const TubeAttitude pointing = mount_.pointing();
     const sky::FocalPlane plane = focalPlane(pointing);
     const sky::Refraction refraction(settings_.air);
 
     Vector3 seen = pointing.ahead;
     if (settings_.refraction)
-        seen = atAltitude(seen, latitude, refraction.trueAltitude(horizonPosition(seen, latitude).altitude));
+        seen = atAltitude(seen, latitude, refraction.trueAltitude(altAzOf(seen, latitude).altitude));
     const sky::SkyPosition centre = sky::positionOf(sky.catalogue(toRightAscension(seen, siderealTime)));
 
     sky::ConeQuery query;
@@ -94,7 +94,7 @@ std::vector<StarSpot> Camera::starsInView(platform::Instant instant) {
         Vector3 direction =
             toHourAngle(sky.apparent(sky::directionOf({star.raDeg, star.decDeg})), siderealTime);
         if (settings_.refraction) {
-            const double altitude = horizonPosition(direction, latitude).altitude;
+            const double altitude = altAzOf(direction, latitude).altitude;
             direction = atAltitude(direction, latitude, refraction.observedAltitude(altitude));
         }
         if (const auto pixel = plane.pixel(direction))
@@ -112,8 +112,8 @@ std::vector<StarSpot> Camera::starsOf(const Shot& shot, platform::Instant start)
     return stars;
 }
 
-Exposure Camera::exposure(const Shot& shot) const {
-    Exposure exposure;
+SensorExposure Camera::exposure(const Shot& shot) const {
+    SensorExposure exposure;
     exposure.width = static_cast<std::size_t>(settings_.width);
     exposure.height = static_cast<std::size_t>(settings_.height);
     const double arcsecPerPixel = settings_.pixelSize / 1000 / settings_.focalLength / sky::kArcsecond;
@@ -130,7 +130,7 @@ Exposure Camera::exposure(const Shot& shot) const {
 }
 
 LatentPicture Camera::expose(platform::Instant start, const std::string& telescope, const Shot& shot) {
-    const Exposure exposed = exposure(shot);
+    const SensorExposure exposed = exposure(shot);
     NoiseSource noise = noise_;
     noise_.skip(noiseOf(exposed));
     return [exposed, noise, stars = starsOf(shot, start), cards = header(start, telescope, shot)]() mutable {
@@ -147,7 +147,7 @@ std::vector<fits::FitsCard> Camera::header(platform::Instant start, const std::s
     const ReadWindow window = shot.window.value_or(ReadWindow{});
     const auto whole = [](std::size_t number) { return static_cast<std::int64_t>(number); };
     const char* const type = shot.light ? "Light Frame" : shot.seconds > 0 ? "Dark Frame" : "Bias Frame";
-    const MountReading reading = mount_.reading();
+    const MountCounts reading = mount_.reading();
     const double rightAscension = wholeSeconds(reading.rightAscension);
     return {
         {"DATE-OBS", isoTime(start), "UTC at the start of the exposure"},

@@ -35,7 +35,7 @@ struct CameraSettings {
     double limitingMagnitude = 25;  // fainter stars are not drawn
     double hotPixels = 0;           // a count, or below 1 the share of all pixels
     bool refraction = false;        // by the air
-    sky::Air air;
+    sky::AirState air;
     double exposureTime = 1;  // seconds
     double readNoise = 8;     // electrons
     double gain = 1;          // electrons per count
@@ -74,11 +74,11 @@ class Camera {
 
     /// Where the optical axis truly points: hour angle and declination, apparent of date. With refraction on,
     /// where it points through the air, which is higher than what it sees.
-    HourAnglePosition axis() const { return hourAnglePosition(mount_.pointing().ahead); }
+    HaDec axis() const { return haDecOf(mount_.pointing().ahead); }
 
   private:
-    sky::FocalPlane focalPlane(const Pointing& pointing) const;
-    Exposure exposure(const Shot& shot) const;
+    sky::FocalPlane focalPlane(const TubeAttitude& pointing) const;
+    SensorExposure exposure(const Shot& shot) const;
     std::vector<StarSpot> starsOf(const Shot& shot, platform::Instant start);
     std::vector<fits::FitsCard> header(platform::Instant start, const std::string& telescope,
                                        const Shot& shot) const;

@@ -26,7 +26,7 @@ double hoursOfDay(double hours) {
 
 double shortened(double toGo, double by) { return std::copysign(std::max(0.0, std::abs(toGo) - by), toGo); }
 
-void requirePosition(const MountReading& position) {
+void requirePosition(const MountCounts& position) {
     if (!(position.rightAscension >= 0 && position.rightAscension <= 24))
         throw std::runtime_error("The right ascension must be between 0 and 24 hours");
     if (!(std::abs(position.declination) <= 90))
@@ -60,7 +60,7 @@ Mount::Axes Mount::axes() const {
             motion_.target.declination - left.declination};
 }
 
-MountReading Mount::reading() const {
+MountCounts Mount::reading() const {
     const Axes now = axes();
     double hourAngle = now.hourAngle / 15 + settings_.hourAngleOffset;
     double declination = now.declination + settings_.declinationOffset;
@@ -71,7 +71,7 @@ MountReading Mount::reading() const {
     return {hoursOfDay(siderealTime() - hourAngle), declination};
 }
 
-Pointing Mount::pointing() const {
+TubeAttitude Mount::pointing() const {
     const Axes now = axes();
     const MountFaults& faults = settings_.faults;
     const bool jumped = slewsSinceJumpWasSet_ >= jump_.slew;
@@ -80,9 +80,9 @@ Pointing Mount::pointing() const {
     const double declination =
         now.declination + pointingError_.declination + (jumped ? jump_.amount / 3600 : 0);
     const sky::Matrix3 turn = mountToSky(settings_.axisError, settings_.latitude);
-    const Pointing rigid{turn * hourAngleDirection(hourAngle, declination),
-                         turn * hourAngleDirection(hourAngle, declination + 90),
-                         turn * hourAngleDirection(hourAngle - 90, 0)};
+    const TubeAttitude rigid{turn * hourAngleDirection(hourAngle, declination),
+                             turn * hourAngleDirection(hourAngle, declination + 90),
+                             turn * hourAngleDirection(hourAngle - 90, 0)};
     return sagging(rolled(rigid, roll_), faults.flexure, settings_.latitude);
 }
 
@@ -95,7 +95,7 @@ void Mount::requireUnparked() const {
     if (parked_) throw std::runtime_error("The mount is parked");
 }
 
-void Mount::startSlew(const MountReading& target) {
+void Mount::startSlew(const MountCounts& target) {
     requirePosition(target);
     requireUnparked();
     if (!tracking_) throw std::runtime_error("The mount can't slew to coordinates while it isn't tracking");
@@ -122,7 +122,7 @@ bool Mount::isSlewing() const {
 
 void Mount::abortSlew() { motion_ = {clock_.sinceStart(), axes(), {}, settings_.slewRate}; }
 
-void Mount::sync(const MountReading& there) {
+void Mount::sync(const MountCounts& there) {
     requirePosition(there);
     requireUnparked();
     if (isSlewing()) throw std::runtime_error("The mount can't be synced while it slews");

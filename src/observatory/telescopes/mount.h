@@ -29,7 +29,7 @@ struct MountSettings {
 };
 
 /// What the mount says: equator and equinox of date.
-struct MountReading {
+struct MountCounts {
     double rightAscension = 0;  // hours, [0, 24)
     double declination = 0;     // degrees, [-90, 90]
 };
@@ -43,8 +43,8 @@ class Mount {
     MountSettings& settings() { return settings_; }
     const MountSettings& settings() const { return settings_; }
 
-    MountReading reading() const;
-    Pointing pointing() const;
+    MountCounts reading() const;
+    TubeAttitude pointing() const;
     /// Local apparent sidereal time by the mount's own clock, hours.
     double siderealTime() const;
 
@@ -53,13 +53,13 @@ class Mount {
     const DeclinationJump& declinationJump() const { return jump_; }
 
     /// Starts a slew to a reading; both axes run at the slew rate, the polar axis the shorter way round.
-    void startSlew(const MountReading& target);
+    void startSlew(const MountCounts& target);
     bool isSlewing() const;
     /// Stops where it is.
     void abortSlew();
 
     /// From now on the present direction reads as this one: moves the index offsets.
-    void sync(const MountReading& there);
+    void sync(const MountCounts& there);
 
     bool isTracking() const { return tracking_; }
     void setTracking(bool tracking);

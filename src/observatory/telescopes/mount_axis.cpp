@@ -20,7 +20,7 @@ sky::Matrix3 rotation(const Vector3& axis, double angle) {
              {z * x * (1 - c) - y * s, z * y * (1 - c) + x * s, c + z * z * (1 - c)}}};
 }
 
-Pointing turned(const Pointing& pointing, const Vector3& axis, double angle) {
+TubeAttitude turned(const TubeAttitude& pointing, const Vector3& axis, double angle) {
     const sky::Matrix3 turn = rotation(axis, angle);
     return {turn * pointing.ahead, turn * pointing.up, turn * pointing.east};
 }
@@ -37,12 +37,12 @@ Vector3 hourAngleDirection(double hourAngle, double declination) {
     return sky::direction(-hourAngle * kDegree, declination * kDegree);
 }
 
-HourAnglePosition hourAnglePosition(const Vector3& direction) {
+HaDec haDecOf(const Vector3& direction) {
     return {std::atan2(-direction[1], direction[0]) / kDegree,
             std::atan2(direction[2], std::hypot(direction[0], direction[1])) / kDegree};
 }
 
-HorizonPosition horizonPosition(const Vector3& direction, double latitude) {
+AltAz altAzOf(const Vector3& direction, double latitude) {
     const double up = sky::dot(direction, zenith(latitude));
     const double north = sky::dot(direction, northPoint(latitude));
     const double east = direction[1];

@@ -25,20 +25,20 @@ sky::Matrix3 mountToSky(const AxisError& error, double latitude);
 /// Direction at an hour angle and a declination, both in degrees; declinations beyond 90 lead over the pole.
 sky::Vector3 hourAngleDirection(double hourAngle, double declination);
 
-struct HourAnglePosition {
+struct HaDec {
     double hourAngle = 0;    // degrees, (-180, 180]
     double declination = 0;  // degrees
 };
-HourAnglePosition hourAnglePosition(const sky::Vector3& direction);
+HaDec haDecOf(const sky::Vector3& direction);
 
-struct HorizonPosition {
+struct AltAz {
     double altitude = 0;  // degrees
     double azimuth = 0;   // degrees from north through east, [0, 360)
 };
-HorizonPosition horizonPosition(const sky::Vector3& direction, double latitude);
+AltAz altAzOf(const sky::Vector3& direction, double latitude);
 
 /// Where the tube truly points, in the local equatorial frame: unit vectors at right angles.
-struct Pointing {
+struct TubeAttitude {
     sky::Vector3 ahead;
     sky::Vector3 up;    // towards greater mount declination
     sky::Vector3 east;  // towards greater right ascension of the mount
@@ -48,7 +48,7 @@ struct Pointing {
 sky::Matrix3 rotation(const sky::Vector3& axis, double angle);
 
 /// The whole tube turned so.
-Pointing turned(const Pointing& pointing, const sky::Vector3& axis, double angle);
+TubeAttitude turned(const TubeAttitude& pointing, const sky::Vector3& axis, double angle);
 
 /// Directions of the zenith and of the horizon's north point in the local equatorial frame.
 sky::Vector3 zenith(double latitude);

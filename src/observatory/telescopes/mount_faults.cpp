@@ -13,15 +13,15 @@ double periodicError(const MountFaults& faults, double hourAngle) {
     return faults.periodicError * std::sin(2 * std::numbers::pi * turns);
 }
 
-Pointing rolled(const Pointing& pointing, double roll) {
+TubeAttitude rolled(const TubeAttitude& pointing, double roll) {
     return roll == 0 ? pointing : turned(pointing, pointing.ahead, roll * kArcsecond);
 }
 
-Pointing sagging(const Pointing& pointing, double flexure, double latitude) {
+TubeAttitude sagging(const TubeAttitude& pointing, double flexure, double latitude) {
     if (flexure == 0) return pointing;
     const Vector3 up = zenith(latitude);
     const double twist = kTwistOfSag * flexure * sky::dot(up, pointing.east) * kArcsecond;
-    const Pointing twisted = turned(pointing, pointing.ahead, twist);
+    const TubeAttitude twisted = turned(pointing, pointing.ahead, twist);
     // From ahead towards the nadir; as long as the cosine of the altitude.
     const Vector3 droop = sky::cross(up, pointing.ahead);
     const double level = std::sqrt(sky::dot(droop, droop));

@@ -31,7 +31,7 @@ struct DeclinationJump {
 double periodicError(const MountFaults& faults, double hourAngle);
 
 /// The camera turned about its line of sight (arcsec), right-handed, so that its position angle falls.
-Pointing rolled(const Pointing& pointing, double roll);
+TubeAttitude rolled(const TubeAttitude& pointing, double roll);
 
 /// How far the camera twists in its focuser, for each arcsec that the tube sags by. The weight that bends the
 /// focuser sideways hangs beside it, on the side of greater declination: what moves the image by f times the
@@ -42,6 +42,6 @@ inline constexpr double kTwistOfSag = 7;
 /// the camera twists by the part of gravity that pulls towards the mount's west: kTwistOfSag times flexure
 /// times the cosine of latitude times the sine of the hour angle, where the mount is aligned. Latitude in
 /// degrees, flexure in arcsec.
-Pointing sagging(const Pointing& pointing, double flexure, double latitude);
+TubeAttitude sagging(const TubeAttitude& pointing, double flexure, double latitude);
 
 }  // namespace vantrel::observatory

@@ -40,7 +40,7 @@ double reachOf(const StarSpot& star, double sigma) {
     return 1 + sigma * std::sqrt(2 * std::log(std::max(peak / 0.1, 1.0) + 1));
 }
 
-void addStar(const StarSpot& star, const Exposure& exposure, std::vector<float>& electrons) {
+void addStar(const StarSpot& star, const SensorExposure& exposure, std::vector<float>& electrons) {
     const double reach = reachOf(star, exposure.sigma);
     const Profile columns(star.x, exposure.sigma, reach, exposure.width);
     const Profile rows(star.y, exposure.sigma, reach, exposure.height);
@@ -51,7 +51,7 @@ void addStar(const StarSpot& star, const Exposure& exposure, std::vector<float>&
     }
 }
 
-void addHotPixels(const Exposure& exposure, std::uint64_t seed, std::vector<float>& electrons) {
+void addHotPixels(const SensorExposure& exposure, std::uint64_t seed, std::vector<float>& electrons) {
     constexpr std::uint64_t kOfTheSensor = 0x5E4504;  // apart from the frames' noise
     NoiseSource pattern(seed ^ kOfTheSensor);
     for (std::size_t i = 0; i < exposure.hotPixels; ++i) {
@@ -78,7 +78,7 @@ std::vector<float> gathered(const ReadWindow& window, std::size_t sensorWidth,
 /// Reads the sensor out, noise and all.
 class Readout {
   public:
-    explicit Readout(const Exposure& exposure)
+    explicit Readout(const SensorExposure& exposure)
         : variance_(static_cast<float>(exposure.readNoise * exposure.readNoise)),
           countsPerElectron_(static_cast<float>(1 / exposure.gain)),
           offset_(static_cast<float>(exposure.bias) + 0.5F) {}
@@ -96,7 +96,7 @@ class Readout {
 
 constexpr std::size_t kPixelsPerBits = 4;
 
-std::vector<std::uint16_t> readOut(const Exposure& exposure, const std::vector<float>& electrons,
+std::vector<std::uint16_t> readOut(const SensorExposure& exposure, const std::vector<float>& electrons,
                                    NoiseSource& noise) {
     const Readout readout(exposure);
     const float* steps = NoiseSource::normalSteps().data();
@@ -112,7 +112,7 @@ std::vector<std::uint16_t> readOut(const Exposure& exposure, const std::vector<f
 
 }  // namespace
 
-std::vector<std::uint16_t> drawFrame(const Exposure& exposure, const std::vector<StarSpot>& stars,
+std::vector<std::uint16_t> drawFrame(const SensorExposure& exposure, const std::vector<StarSpot>& stars,
                                      NoiseSource& noise) {
     std::vector<float> electrons(exposure.width * exposure.height, static_cast<float>(exposure.sky));
     for (const StarSpot& star : stars) addStar(star, exposure, electrons);
@@ -121,7 +121,7 @@ std::vector<std::uint16_t> drawFrame(const Exposure& exposure, const std::vector
     return readOut(exposure, electrons, noise);
 }
 
-std::size_t noiseOf(const Exposure& exposure) {
+std::size_t noiseOf(const SensorExposure& exposure) {
     const auto& window = exposure.window;
     const std::size_t pixels = window ? window->width * window->height : exposure.width * exposure.height;
     return (pixels + kPixelsPerBits - 1) / kPixelsPerBits;

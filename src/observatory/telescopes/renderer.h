@@ -27,7 +27,7 @@ struct ReadWindow {
     std::size_t height = 0;
 };
 
-struct Exposure {
+struct SensorExposure {
     std::size_t width = 0;  // of the sensor
     std::size_t height = 0;
     double sigma = 1;      // of the seeing's gaussian, pixels
@@ -42,9 +42,9 @@ struct Exposure {
 /// The counts of what is read out, row after row, 0 to 65535. Stars are integrated over each pixel's square;
 /// shot noise is the normal distribution with the electrons' variance. Hot pixels hold 2000 to 40000
 /// electrons more and stand where the noise's seed puts them: the same ones in every frame.
-std::vector<std::uint16_t> drawFrame(const Exposure& exposure, const std::vector<StarSpot>& stars,
+std::vector<std::uint16_t> drawFrame(const SensorExposure& exposure, const std::vector<StarSpot>& stars,
                                      NoiseSource& noise);
 /// How many bits() of the noise that takes.
-std::size_t noiseOf(const Exposure& exposure);
+std::size_t noiseOf(const SensorExposure& exposure);
 
 }  // namespace vantrel::observatory

@@ -86,9 +86,9 @@ void TelescopeDriver::addPosition() {
         });
     };
     const auto horizon = [](const Mount& mount) {
-        const MountReading now = mount.reading();
+        const MountCounts now = mount.reading();
         const double hourAngle = 15 * (mount.siderealTime() - now.rightAscension);
-        return horizonPosition(hourAngleDirection(hourAngle, now.declination), mount.settings().latitude);
+        return altAzOf(hourAngleDirection(hourAngle, now.declination), mount.settings().latitude);
     };
     reading("RightAscension", [](const Mount& mount) { return mount.reading().rightAscension; });
     reading("Declination", [](const Mount& mount) { return mount.reading().declination; });
@@ -97,7 +97,7 @@ void TelescopeDriver::addPosition() {
     reading("Azimuth", [horizon](const Mount& mount) { return horizon(mount).azimuth; });
 }
 
-MountReading TelescopeDriver::positionFrom(const Arguments& arguments) {
+MountCounts TelescopeDriver::positionFrom(const Arguments& arguments) {
     return {argument(arguments, 0).toDouble(), argument(arguments, 1).toDouble()};
 }
 

@@ -66,7 +66,7 @@ class TelescopeDriver : public platform::DispatchObject {
     void addMotion();
     void addParking();
     void slew(const platform::Arguments& arguments);
-    static MountReading positionFrom(const platform::Arguments& arguments);
+    static MountCounts positionFrom(const platform::Arguments& arguments);
 
     std::string name_;
     std::shared_ptr<TelescopeDevice> device_;

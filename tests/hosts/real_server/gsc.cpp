@@ -67,8 +67,7 @@ class MisalignedSky {
     SkyPosition turned(const SkyPosition& from, const Matrix3& turn) const {
         const double meridian = 15 * sky_.siderealTime(longitude_);
         const SkyPosition ofDate = sky_.apparent(from);
-        const HourAnglePosition to =
-            hourAnglePosition(turn * hourAngleDirection(meridian - ofDate.ra, ofDate.dec));
+        const HaDec to = haDecOf(turn * hourAngleDirection(meridian - ofDate.ra, ofDate.dec));
         return sky_.catalogue(SkyPosition{meridian - to.hourAngle, to.declination});
     }
 

@@ -123,7 +123,7 @@ std::vector<std::uint16_t> draw(const Options& options, const View& view, double
             stars.push_back(
                 {pixel->x, pixel->y, 20'000 * std::pow(10, -0.4 * (star.magnitude - 10)) * seconds});
 
-    Exposure exposure;
+    SensorExposure exposure;
     exposure.width = options.count("--width", 1392);
     exposure.height = options.count("--height", 1040);
     exposure.sigma = 3 / 2.3548 / arcsecPerPixel;  // seeing of 3" between half maxima

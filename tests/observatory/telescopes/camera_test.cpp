@@ -23,13 +23,13 @@ class CameraTest : public testing::Test {
     /// Hangs a star where the camera sees it: steps in degrees from the optical axis towards the mount's up
     /// and east, in the tangent plane.
     void hang(double up, double east, double magnitude) {
-        const Pointing at = mount_.pointing();
+        const TubeAttitude at = mount_.pointing();
         const double u = std::tan(up * kDegree);
         const double e = std::tan(east * kDegree);
         sky::Vector3 seen;
         for (std::size_t i = 0; i < 3; ++i) seen[i] = at.ahead[i] + u * at.up[i] + e * at.east[i];
         const sky::SkyOfDate sky(time_.utc());
-        const HourAnglePosition there = hourAnglePosition(sky::normalized(seen));
+        const HaDec there = haDecOf(sky::normalized(seen));
         const double ra = 15 * sky.siderealTime(mount_.settings().longitude) - there.hourAngle;
         const sky::SkyPosition place = sky.catalogue(sky::SkyPosition{ra, there.declination});
         stars_.push_back({place.ra, place.dec, magnitude});

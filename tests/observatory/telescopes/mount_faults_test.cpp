@@ -34,21 +34,21 @@ class MountFaultsTest : public testing::Test {
         pass(0.2);
     }
     /// From the pointing without faults to the one with them, seen by an observer who knows only the pole.
-    static Shift shift(const Pointing& sound, const Pointing& faulty) {
-        const auto rollOf = [](const Pointing& p) {
+    static Shift shift(const TubeAttitude& sound, const TubeAttitude& faulty) {
+        const auto rollOf = [](const TubeAttitude& p) {
             const sky::Vector3 east = sky::normalized(sky::cross({0, 0, 1}, p.ahead));
             return std::atan2(sky::dot(p.up, east), sky::dot(p.up, sky::cross(p.ahead, east)));
         };
-        const HourAnglePosition from = hourAnglePosition(sound.ahead);
-        const HourAnglePosition to = hourAnglePosition(faulty.ahead);
+        const HaDec from = haDecOf(sound.ahead);
+        const HaDec to = haDecOf(faulty.ahead);
         return {-(to.hourAngle - from.hourAngle) * 3600 * std::cos(from.declination * kDegree),
                 (to.declination - from.declination) * 3600, (rollOf(faulty) - rollOf(sound)) / kArcsecond};
     }
-    Pointing sound() {
+    TubeAttitude sound() {
         const MountFaults faults = std::exchange(mount_.settings().faults, {});
         const DeclinationJump jump = mount_.declinationJump();
         mount_.setDeclinationJump({});
-        const Pointing pointing = mount_.pointing();
+        const TubeAttitude pointing = mount_.pointing();
         mount_.settings().faults = faults;
         mount_.setDeclinationJump(jump);
         return pointing;
@@ -102,9 +102,9 @@ TEST_F(MountFaultsTest, MoveThePointingByTheirFormulas) {
                 mount_.setDeclinationJump({});
                 c.set(mount_);
                 slew(hourAngle, declination);
-                const Pointing faulty = mount_.pointing();
-                const Pointing before = sound();
-                const HourAnglePosition there = hourAnglePosition(before.ahead);
+                const TubeAttitude faulty = mount_.pointing();
+                const TubeAttitude before = sound();
+                const HaDec there = haDecOf(before.ahead);
                 const Shift expected = c.expected(there.hourAngle * kDegree, there.declination * kDegree);
                 const Shift got = shift(before, faulty);
                 EXPECT_NEAR(got.east, expected.east, 0.02);
@@ -119,8 +119,8 @@ TEST_F(MountFaultsTest, FlexureLowersTheAltitudeByItsCosineInEitherHemisphere) {
         mount_.settings().axisError = {20, -30};
         mount_.settings().faults.flexure = 30;
         slew(-50, latitude / 3);
-        const HorizonPosition level = horizonPosition(sound().ahead, latitude);
-        const HorizonPosition bent = horizonPosition(mount_.pointing().ahead, latitude);
+        const AltAz level = altAzOf(sound().ahead, latitude);
+        const AltAz bent = altAzOf(mount_.pointing().ahead, latitude);
         EXPECT_NEAR((bent.altitude - level.altitude) * 3600, -30 * std::cos(level.altitude * kDegree), 0.01);
         EXPECT_NEAR((bent.azimuth - level.azimuth) * 3600, 0, 0.01);
     }
@@ -130,14 +130,14 @@ TEST_F(MountFaultsTest, TheJumpComesAtItsSlewAndStaysUntilItIsSetAgain) {
     mount_.setDeclinationJump({-5, 2});
     const auto after = [this](double hourAngle) {
         slew(hourAngle, 30);
-        return hourAnglePosition(mount_.pointing().ahead).declination;
+        return haDecOf(mount_.pointing().ahead).declination;
     };
     EXPECT_NEAR(after(10), 30, 1e-9);
     EXPECT_NEAR((after(20) - 30) * 3600, -5, 1e-6);
     EXPECT_NEAR((after(30) - 30) * 3600, -5, 1e-6);
     EXPECT_NEAR(mount_.reading().declination, 30, 1e-9) << "the mount doesn't know";
     mount_.setDeclinationJump({-5, 2});
-    EXPECT_NEAR(hourAnglePosition(mount_.pointing().ahead).declination, 30, 1e-9);
+    EXPECT_NEAR(haDecOf(mount_.pointing().ahead).declination, 30, 1e-9);
     EXPECT_NEAR(after(10), 30, 1e-9) << "counted anew";
 }
 
@@ -147,14 +147,14 @@ TEST_F(MountFaultsTest, TheRollScattersFromSlewToSlewAndNotBetween) {
     double squares = 0;
     for (int i = 0; i < kSlews; ++i) {
         slew(i % 2 == 0 ? 10 : 11, 30);
-        const Pointing now = mount_.pointing();
+        const TubeAttitude now = mount_.pointing();
         const sky::Vector3 east = sky::normalized(sky::cross({0, 0, 1}, now.ahead));
         const double roll = std::atan2(sky::dot(now.up, east), sky::dot(now.up, sky::cross(now.ahead, east)));
         squares += std::pow(roll / kArcsecond, 2);
         pass(5);
-        const Pointing later = mount_.pointing();
+        const TubeAttitude later = mount_.pointing();
         ASSERT_NEAR(shift(now, later).roll, 0, 1e-6);
-        ASSERT_NEAR(hourAnglePosition(later.ahead).declination, 30, 1e-9);
+        ASSERT_NEAR(haDecOf(later.ahead).declination, 30, 1e-9);
     }
     EXPECT_NEAR(std::sqrt(squares / kSlews), 20, 2);  // 400 slews: 3.5 % standard error, seed fixed
 }
@@ -163,7 +163,7 @@ TEST_F(MountFaultsTest, TheRollScattersFromSlewToSlewAndNotBetween) {
 /// error.
 TEST_F(MountFaultsTest, AWrongClockTurnsReadingsAboutThePole) {
     slew(20, 30);
-    const double from = hourAnglePosition(mount_.pointing().ahead).hourAngle;
+    const double from = haDecOf(mount_.pointing().ahead).hourAngle;
     const double trueTime = mount_.siderealTime();
     const double trueReading = mount_.reading().rightAscension;
     mount_.settings().faults.clockError = 10;
@@ -171,7 +171,7 @@ TEST_F(MountFaultsTest, AWrongClockTurnsReadingsAboutThePole) {
     EXPECT_NEAR((mount_.reading().rightAscension - trueReading) * 15 * 3600, 150.4, 0.1);
     mount_.startSlew({trueReading, 30});
     pass(0.2);
-    const double to = hourAnglePosition(mount_.pointing().ahead).hourAngle;
+    const double to = haDecOf(mount_.pointing().ahead).hourAngle;
     EXPECT_NEAR((to - from) * 3600, 150.4 + 0.2 * 15.04, 0.1) << "an early clock sends it too far west";
 }
 

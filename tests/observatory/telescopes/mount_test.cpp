@@ -42,7 +42,7 @@ TEST_F(MountTest, AxisStandsWhereTheAdjustersPutIt) {
             for (const double elevation : {-60.0, 0.0, 180.0}) {
                 const double end = latitude < 0 ? -1 : 1;
                 const Vector3 axis = mountToSky({azimuth, elevation}, latitude) * Vector3{0, 0, end};
-                const HorizonPosition got = horizonPosition(axis, latitude);
+                const AltAz got = altAzOf(axis, latitude);
                 EXPECT_NEAR(got.altitude, std::abs(latitude) + elevation / 60, 1e-9);
                 // East is azimuth 90: a positive error turns the north end from 0 up, the south end from 180
                 // down.
@@ -60,7 +60,7 @@ TEST_F(MountTest, ReadingsExceedTheAxesByTheOffsets) {
             slew(-2, 25);
             EXPECT_NEAR(readHourAngle(), -2, 1e-6);
             EXPECT_NEAR(mount_.reading().declination, 25, 1e-9);
-            const HourAnglePosition truth = hourAnglePosition(mount_.pointing().ahead);
+            const HaDec truth = haDecOf(mount_.pointing().ahead);
             EXPECT_NEAR(truth.hourAngle / 15, -2 - offset / 2, 1e-6);
             EXPECT_NEAR(truth.declination, 25 - offset, 1e-9);
         }
@@ -69,7 +69,7 @@ TEST_F(MountTest, ReadingsExceedTheAxesByTheOffsets) {
 TEST_F(MountTest, SyncMovesTheOffsetsAndNotTheMount) {
     slew(1, 40);
     const Vector3 before = mount_.pointing().ahead;
-    const MountReading told{std::fmod(mount_.siderealTime() - 1.2 + 24, 24), 39.5};
+    const MountCounts told{std::fmod(mount_.siderealTime() - 1.2 + 24, 24), 39.5};
     mount_.sync(told);
     EXPECT_NEAR(mount_.reading().rightAscension, told.rightAscension, 1e-9);
     EXPECT_NEAR(mount_.reading().declination, told.declination, 1e-9);
@@ -80,7 +80,7 @@ TEST_F(MountTest, SyncMovesTheOffsetsAndNotTheMount) {
 
 TEST_F(MountTest, TracksItsStarAndStandsStillOtherwise) {
     slew(0, 10);
-    const MountReading star = mount_.reading();
+    const MountCounts star = mount_.reading();
     pass(7200);
     EXPECT_NEAR(mount_.reading().rightAscension, star.rightAscension, 1e-6);
     EXPECT_NEAR(readHourAngle(), 2 * 1.0027379, 1e-5);
@@ -142,10 +142,10 @@ TEST_F(MountTest, ReadingsStayOnTheSphereBeyondThePole) {
 
 TEST_F(MountTest, ImpossibleWishesChangeNothing) {
     slew(0, 10);
-    const MountReading before = mount_.reading();
+    const MountCounts before = mount_.reading();
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    for (const MountReading wish :
-         {MountReading{nan, 0}, {0, nan}, {-0.1, 0}, {24.1, 0}, {1, 90.1}, {1, -90.1}}) {
+    for (const MountCounts wish :
+         {MountCounts{nan, 0}, {0, nan}, {-0.1, 0}, {24.1, 0}, {1, 90.1}, {1, -90.1}}) {
         EXPECT_THROW(mount_.startSlew(wish), std::runtime_error);
         EXPECT_THROW(mount_.sync(wish), std::runtime_error);
     }

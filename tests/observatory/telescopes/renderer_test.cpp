@@ -9,8 +9,8 @@
 namespace vantrel::observatory {
 namespace {
 
-Exposure darkFrame(std::size_t width, std::size_t height) {
-    Exposure exposure;
+SensorExposure darkFrame(std::size_t width, std::size_t height) {
+    SensorExposure exposure;
     exposure.width = width;
     exposure.height = height;
     exposure.readNoise = 0;
@@ -39,7 +39,7 @@ TEST(Renderer, StarsKeepTheirPlaceAndTheirLight) {
     NoiseSource noise(1);
     for (const double sigma : {0.6, 1.5, 4.0})  // a narrower star's centroid leans to its pixel's middle
         for (const double offset : {0.0, 0.25, 0.5, 0.8}) {
-            Exposure exposure = darkFrame(64, 48);
+            SensorExposure exposure = darkFrame(64, 48);
             exposure.sigma = sigma;
             const StarSpot star{30 + offset, 20 - offset, 50'000};
             const Moments got = moments(drawFrame(exposure, {star}, noise), 64);
@@ -52,7 +52,7 @@ TEST(Renderer, StarsKeepTheirPlaceAndTheirLight) {
 
 TEST(Renderer, SeeingSpreadsTheLightAsAGaussian) {
     NoiseSource noise(1);
-    Exposure exposure = darkFrame(65, 65);
+    SensorExposure exposure = darkFrame(65, 65);
     exposure.sigma = 2;
     const auto counts = drawFrame(exposure, {{32, 32, 1e6}}, noise);
     // Integrated over a pixel: (erf(0.5 / (2 sqrt 2)))^2 of the light in the middle.
@@ -64,7 +64,7 @@ TEST(Renderer, SeeingSpreadsTheLightAsAGaussian) {
 TEST(Renderer, NoiseIsShotAndReadNoise) {
     NoiseSource noise(3);
     NoiseSource same(3);
-    Exposure exposure = darkFrame(500, 400);
+    SensorExposure exposure = darkFrame(500, 400);
     exposure.sky = 900;
     exposure.readNoise = 40;
     exposure.gain = 2;
@@ -90,7 +90,7 @@ TEST(Renderer, NoiseIsShotAndReadNoise) {
 
 TEST(Renderer, BrightStarsSaturateAndTheEdgeCuts) {
     NoiseSource noise(1);
-    const Exposure exposure = darkFrame(32, 32);
+    const SensorExposure exposure = darkFrame(32, 32);
     const auto counts =
         drawFrame(exposure, {{16, 16, 1e9}, {-0.5, 31.5, 40'000}, {-500, 16, 1e6}, {16, 1e9, 1e6}}, noise);
     EXPECT_EQ(counts[16 * 32 + 16], 65535);
@@ -99,7 +99,7 @@ TEST(Renderer, BrightStarsSaturateAndTheEdgeCuts) {
 }
 
 TEST(Renderer, HotPixelsStayWhereTheyAre) {
-    Exposure exposure = darkFrame(100, 100);
+    SensorExposure exposure = darkFrame(100, 100);
     exposure.hotPixels = 50;
     NoiseSource noise(5);
     NoiseSource other(6);
@@ -117,7 +117,7 @@ TEST(Renderer, HotPixelsStayWhereTheyAre) {
 }
 
 TEST(Renderer, BinsAndWindowsReadThePixelsTheyCover) {
-    Exposure exposure;
+    SensorExposure exposure;
     exposure.width = 31;
     exposure.height = 20;
     exposure.sky = 50;

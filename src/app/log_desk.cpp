@@ -1,4 +1,4 @@
-#include "app/log_window.h"
+#include "app/log_desk.h"
 
 #include <string>
 
@@ -20,7 +20,7 @@ int storedSize(engine::SettingsPort& settings, const std::string& key, int curre
 
 }  // namespace
 
-LogWindow::LogWindow(frmLog& window, frmMain& main, engine::SettingsPort& settings, engine::LogPort& log)
+LogDesk::LogDesk(frmLog& window, frmMain& main, engine::SettingsPort& settings, engine::LogPort& log)
     : window_(window), main_(main), settings_(settings) {
     window_.onLoad = [this] { Form_Load(); };
     // The front resizes the controls with the window, in proportion.
@@ -36,7 +36,7 @@ LogWindow::LogWindow(frmLog& window, frmMain& main, engine::SettingsPort& settin
     window_.mnuOnTop.onClick = [this] { mnuOnTop_Click(); };
 }
 
-void LogWindow::Form_Load() {
+void LogDesk::Form_Load() {
     platform::Rectangle place = window_.place();
     place.height = storedSize(settings_, "LogHeight", place.height);
     place.width = storedSize(settings_, "LogWidth", place.width);
@@ -45,24 +45,24 @@ void LogWindow::Form_Load() {
     applyOnTop(window_, window_.mnuOnTop, settings_);
 }
 
-void LogWindow::mnuOnTop_Click() {
+void LogDesk::mnuOnTop_Click() {
     toggleOnTop(window_, settings_);
     applyOnTop(window_, window_.mnuOnTop, settings_);
     applyOnTop(main_, main_.setup.mnuSetOnTop, settings_);
 }
 
 /// Desktops without a minimised state move such windows far away.
-bool LogWindow::outOfSight() const {
+bool LogDesk::outOfSight() const {
     constexpr int kFarAway = 30000;  // pixels
     return window_.minimised() || window_.place().top >= kFarAway;
 }
 
-void LogWindow::savePlace() {
+void LogDesk::savePlace() {
     savePosition(window_, settings_, kPlaceKey);
     saveSize();
 }
 
-void LogWindow::saveSize() {
+void LogDesk::saveSize() {
     settings_.SaveMainSetting("LogHeight", std::to_string(window_.place().height));
     settings_.SaveMainSetting("LogWidth", std::to_string(window_.place().width));
 }

@@ -1,4 +1,4 @@
-#include "devices/telescope_window.h"
+#include "devices/telescope_desk.h"
 
 #include <functional>
 
@@ -28,10 +28,10 @@ struct WindowWorld : test::TelescopeWorld {
         pass(1);
     }
 
-    TelescopeWindow behaviour{services, link, window};
+    TelescopeDesk behaviour{services, link, window};
 };
 
-TEST(TelescopeWindow, LoadsTheStoredTelescope) {
+TEST(TelescopeDesk, LoadsTheStoredTelescope) {
     struct Case {
         const char* why;
         std::optional<std::string> stored;
@@ -58,7 +58,7 @@ TEST(TelescopeWindow, LoadsTheStoredTelescope) {
     }
 }
 
-TEST(TelescopeWindow, TheEndOfTheProgramStaysRequested) {
+TEST(TelescopeDesk, TheEndOfTheProgramStaysRequested) {
     using Operation = std::function<void(WindowWorld&)>;
     const struct {
         const char* what;
@@ -78,7 +78,7 @@ TEST(TelescopeWindow, TheEndOfTheProgramStaysRequested) {
     }
 }
 
-TEST(TelescopeWindow, TheEndOfTheProgramCutsTheAttemptsToConnectShort) {
+TEST(TelescopeDesk, TheEndOfTheProgramCutsTheAttemptsToConnectShort) {
     WindowWorld world;
     world.mount.connects = false;
     const auto end = world.loop.after(platform::Milliseconds{1000}, [&world] {
@@ -90,7 +90,7 @@ TEST(TelescopeWindow, TheEndOfTheProgramCutsTheAttemptsToConnectShort) {
     EXPECT_LT(world.elapsed() - before, 1.5) << "seconds; four attempts would take twelve";
 }
 
-TEST(TelescopeWindow, RemembersItsPlace) {
+TEST(TelescopeDesk, RemembersItsPlace) {
     WindowWorld world;
     world.open();
     const auto size = world.window.place();
@@ -109,7 +109,7 @@ TEST(TelescopeWindow, RemembersItsPlace) {
     EXPECT_EQ(world.settings.GetSetting("Main", "TelescopeTop", ""), "45") << "minimised: not stored";
 }
 
-TEST(TelescopeWindow, WatchesTheConnection) {
+TEST(TelescopeDesk, WatchesTheConnection) {
     struct Case {
         const char* why;
         std::function<void(WindowWorld&)> happens;
@@ -151,7 +151,7 @@ TEST(TelescopeWindow, WatchesTheConnection) {
     }
 }
 
-TEST(TelescopeWindow, UndoesAConnectionThatIsNotWanted) {
+TEST(TelescopeDesk, UndoesAConnectionThatIsNotWanted) {
     WindowWorld world;
     world.open();
     world.link.DisconnectTelescope();
@@ -161,7 +161,7 @@ TEST(TelescopeWindow, UndoesAConnectionThatIsNotWanted) {
     EXPECT_FALSE(world.link.DisconnectRequested());
 }
 
-TEST(TelescopeWindow, ButtonsConnectAndDisconnect) {
+TEST(TelescopeDesk, ButtonsConnectAndDisconnect) {
     WindowWorld world;
     world.open();
     world.state.StopRequested = true;
@@ -181,7 +181,7 @@ TEST(TelescopeWindow, ButtonsConnectAndDisconnect) {
     EXPECT_EQ(world.look(), " Connected -SD") << "a Disconnect before doesn't undo it";
 }
 
-TEST(TelescopeWindow, SaysThatItConnectsWhileItDoes) {
+TEST(TelescopeDesk, SaysThatItConnectsWhileItDoes) {
     WindowWorld world;
     world.open();
     world.window.cmdDisconnectTelescope.click();
@@ -191,7 +191,7 @@ TEST(TelescopeWindow, SaysThatItConnectsWhileItDoes) {
     EXPECT_EQ(meanwhile, " Connecting -SD");
 }
 
-TEST(TelescopeWindow, MainButtonConnectsOnceAfterADisconnect) {
+TEST(TelescopeDesk, MainButtonConnectsOnceAfterADisconnect) {
     WindowWorld world;
     world.open();
     world.window.cmdDisconnectTelescope.click();
@@ -202,7 +202,7 @@ TEST(TelescopeWindow, MainButtonConnectsOnceAfterADisconnect) {
     EXPECT_EQ(world.look(), " Connected -SD");
 }
 
-TEST(TelescopeWindow, SelectingNeverHoldsTwoConnections) {
+TEST(TelescopeDesk, SelectingNeverHoldsTwoConnections) {
     for (const bool connectedBefore : {true, false}) {
         WindowWorld world;
         world.open();
@@ -216,7 +216,7 @@ TEST(TelescopeWindow, SelectingNeverHoldsTwoConnections) {
     }
 }
 
-TEST(TelescopeWindow, TheWatchLeavesADriverAloneThatIsBeingLinked) {
+TEST(TelescopeDesk, TheWatchLeavesADriverAloneThatIsBeingLinked) {
     // A tick that falls into the messages of linking sees a driver that is not connected yet.
     WindowWorld world;
     world.messages.whileShowing = [&] { world.pass(1.5); };
@@ -226,7 +226,7 @@ TEST(TelescopeWindow, TheWatchLeavesADriverAloneThatIsBeingLinked) {
     EXPECT_EQ(world.log.lines.size(), 1U);
 }
 
-TEST(TelescopeWindow, MainButtonShowsItOnTopAndConnects) {
+TEST(TelescopeDesk, MainButtonShowsItOnTopAndConnects) {
     WindowWorld world;
     world.open();
     world.window.closeByOperator();
@@ -238,7 +238,7 @@ TEST(TelescopeWindow, MainButtonShowsItOnTopAndConnects) {
     EXPECT_EQ(world.look(), " Connected -SD");
 }
 
-TEST(TelescopeWindow, EventsRunWhileADriverComesUpOrGoesDown) {
+TEST(TelescopeDesk, EventsRunWhileADriverComesUpOrGoesDown) {
     constexpr int kPause = 150;  // turns of the event loop
     WindowWorld world;
     int turns = 0;
@@ -254,7 +254,7 @@ TEST(TelescopeWindow, EventsRunWhileADriverComesUpOrGoesDown) {
     EXPECT_EQ(turnsOf([&] { world.window.cmdPickTelescope.click(); }), 3 * kPause + 4);
 }
 
-TEST(TelescopeWindow, LinksAtStartUp) {
+TEST(TelescopeDesk, LinksAtStartUp) {
     for (const char* stored : {kScopeSim, ""}) {
         WindowWorld world;
         world.settings.SaveMainSetting("MyTelescopeID", stored);
@@ -267,7 +267,7 @@ TEST(TelescopeWindow, LinksAtStartUp) {
 }
 
 /// A look that outlasts the watch's interval, and a disconnecting that does, are each there once.
-TEST(TelescopeWindow, ADriverThatTakesItsTimeIsNotAskedAgainMeanwhile) {
+TEST(TelescopeDesk, ADriverThatTakesItsTimeIsNotAskedAgainMeanwhile) {
     WindowWorld world;
     world.open();
     const auto takes = [&](double seconds) { return [&world, seconds] { world.pass(seconds); }; };

@@ -1,4 +1,4 @@
-#include "devices/telescope_window.h"
+#include "devices/telescope_desk.h"
 
 #include "platform/place_form.h"
 #include "platform/text.h"
@@ -7,7 +7,7 @@ namespace vantrel::devices {
 
 using namespace platform;
 
-TelescopeWindow::TelescopeWindow(const Services& services, TelescopeLink& link, frmTelescope& window)
+TelescopeDesk::TelescopeDesk(const Services& services, TelescopeLink& link, frmTelescope& window)
     : services_(services), link_(link), window_(window), Timer1_(services.loop, Milliseconds{1000}) {
     window_.onLoad = [this] { Form_Load(); };
     window_.onUnload = [this] { Form_Unload(); };
@@ -19,14 +19,14 @@ TelescopeWindow::TelescopeWindow(const Services& services, TelescopeLink& link, 
 }
 
 /// An empty choice that is stored is kept: it means that the operator has to choose.
-std::string TelescopeWindow::storedTelescope() {
+std::string TelescopeDesk::storedTelescope() {
     constexpr const char* kKey = "MyTelescopeID";
     constexpr const char* kDefault = "ScopeSim.Telescope";
     if (services_.settings.GetSetting("Main", kKey, kDefault).empty()) return {};
     return services_.settings.GetMainSetting(kKey, kDefault);
 }
 
-void TelescopeWindow::linkAtStartUp() {
+void TelescopeDesk::linkAtStartUp() {
     link_.setTelescopeProgID(storedTelescope());
     if (!link_.TelescopeProgID().empty()) {
         link_.showLoadingMessage();
@@ -42,7 +42,7 @@ void TelescopeWindow::linkAtStartUp() {
     link_.EnsureTelescopeConnected();
 }
 
-void TelescopeWindow::cmdTelescope_Click() {
+void TelescopeDesk::cmdTelescope_Click() {
     window_.show();
     window_.setOnTop(true);
     link_.clearDisconnectRequest();
@@ -50,7 +50,7 @@ void TelescopeWindow::cmdTelescope_Click() {
     link_.EnsureTelescopeConnected();
 }
 
-void TelescopeWindow::Form_Load() {
+void TelescopeDesk::Form_Load() {
     services_.state.forgetStop();
     window_.show();
     const Rectangle& area = window_.screen().workArea();
@@ -77,24 +77,24 @@ void TelescopeWindow::Form_Load() {
     link_.updateUsingAxisSimulator();
 }
 
-void TelescopeWindow::Form_Unload() {
+void TelescopeDesk::Form_Unload() {
     Timer1_.setEnabled(false);
     if (window_.minimised()) return;
     services_.settings.SaveMainSetting("TelescopeTop", std::to_string(window_.place().top));
     services_.settings.SaveMainSetting("TelescopeLeft", std::to_string(window_.place().left));
 }
 
-void TelescopeWindow::cmdPickTelescope_Click() {
+void TelescopeDesk::cmdPickTelescope_Click() {
     change([this] { link_.ChooseTelescope(); });
 }
 
-void TelescopeWindow::useTelescope(const std::string& progId) {
+void TelescopeDesk::useTelescope(const std::string& progId) {
     if (link_.TelescopeProgID() != progId) return change([&] { link_.UseTelescope(progId); });
     link_.clearDisconnectRequest();
     link_.EnsureTelescopeConnected();
 }
 
-void TelescopeWindow::change(const std::function<void()>& choose) {
+void TelescopeDesk::change(const std::function<void()>& choose) {
     services_.state.forgetStop();
     if (link_.TelescopeIsConnected()) {
         link_.DisconnectTelescope();
@@ -109,12 +109,12 @@ void TelescopeWindow::change(const std::function<void()>& choose) {
     }
 }
 
-void TelescopeWindow::cmdTelescopeSetup_Click() {
+void TelescopeDesk::cmdTelescopeSetup_Click() {
     services_.state.forgetStop();
     link_.SetupTelescope();
 }
 
-void TelescopeWindow::cmdConnectTelescope_Click() {
+void TelescopeDesk::cmdConnectTelescope_Click() {
     services_.state.forgetStop();
     window_.cmdConnectTelescope.setEnabled(false);
     window_.cmdDisconnectTelescope.setEnabled(true);
@@ -126,7 +126,7 @@ void TelescopeWindow::cmdConnectTelescope_Click() {
     if (!link_.TelescopeIsConnected()) showNotConnected();
 }
 
-void TelescopeWindow::cmdDisconnectTelescope_Click() {
+void TelescopeDesk::cmdDisconnectTelescope_Click() {
     services_.state.forgetStop();
     window_.cmdConnectTelescope.setEnabled(true);
     window_.cmdDisconnectTelescope.setEnabled(false);
@@ -135,14 +135,14 @@ void TelescopeWindow::cmdDisconnectTelescope_Click() {
 }
 
 /// A look that takes its time, or a driver that is coming up or going down, isn't looked at again meanwhile.
-void TelescopeWindow::Timer1_Timer() {
+void TelescopeDesk::Timer1_Timer() {
     if (services_.state.StopRequested || looking_ || link_.linking()) return;
     looking_ = true;
     look();
     looking_ = false;
 }
 
-void TelescopeWindow::look() {
+void TelescopeDesk::look() {
     try {
         if (!link_.driverIsConnected()) {
             showLinkDown();
@@ -161,13 +161,13 @@ void TelescopeWindow::look() {
     }
 }
 
-void TelescopeWindow::showLinkDown() {
+void TelescopeDesk::showLinkDown() {
     showNotConnected();
     link_.clearDisconnectRequest();
     link_.releaseDriver();
 }
 
-void TelescopeWindow::showNotConnected() {
+void TelescopeDesk::showNotConnected() {
     const bool hasTelescope = !window_.txtTelescopeName.text().empty();
     window_.txtTelescopeSelectionStatus.setText(" Not Connected");
     window_.cmdConnectTelescope.setEnabled(hasTelescope);

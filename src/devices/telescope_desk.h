@@ -9,10 +9,10 @@
 
 namespace vantrel::devices {
 
-class TelescopeWindow {
+class TelescopeDesk {
   public:
     /// Takes over the window's events.
-    TelescopeWindow(const Services& services, TelescopeLink& link, frmTelescope& window);
+    TelescopeDesk(const Services& services, TelescopeLink& link, frmTelescope& window);
 
     /// Links the telescope when the program starts: the stored driver, or one that the operator chooses.
     void linkAtStartUp();

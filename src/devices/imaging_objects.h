@@ -7,7 +7,7 @@
 
 namespace vantrel::devices {
 
-struct ImagingPrograms {
+struct ImagingObjects {
     std::string
         ImagingSoftware;  // "MaxIm", "CCDSoft", "BuiltIn", or "NeedToSelect" (or empty) while undecided
 

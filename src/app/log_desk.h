@@ -7,9 +7,9 @@
 
 namespace vantrel::app {
 
-class LogWindow {
+class LogDesk {
   public:
-    LogWindow(frmLog& window, frmMain& main, engine::SettingsPort& settings, engine::LogPort& log);
+    LogDesk(frmLog& window, frmMain& main, engine::SettingsPort& settings, engine::LogPort& log);
 
   private:
     void Form_Load();
