@@ -94,7 +94,8 @@ Parts::Parts(const platform::Machine& surroundings)
       adjusting(
           adjustForm, main.run, state, services, [this] { return polarPlot.tolerance(); },
           [this] { machine.desktop.beep(); },
-          [this](const std::string& words) { machine.desktop.say(words); }) {
+          [this](const std::string& words) { machine.desktop.say(words); }),
+      phonePage(adjustForm, main.run.cmdStop, machine.loop, settings, log, machine.pages) {
     measurement.adjustLive = [this](const engine::AxisEstimate& measured) {
         return adjusting.adjust(measured);
     };

@@ -25,6 +25,7 @@
 #include "correction/image_overlays.h"
 #include "correction/open_star_finder.h"
 #include "correction/past_nights.h"
+#include "correction/phone_page.h"
 #include "correction/plot_export.h"
 #include "correction/polar_plot.h"
 #include "devices/imaging_software.h"
@@ -139,6 +140,7 @@ struct Parts {
     correction::StarGuide guide;
     correction::CorrectionSequence correction;
     correction::Adjusting adjusting;
+    correction::PhonePage phonePage;
 
     /// Of the camera in use; nothing while it isn't known.
     std::optional<int> greatestBinning() const;

@@ -23,6 +23,8 @@ frmAdjust::frmAdjust(platform::Screen& screen)
       chkDoneSound(*this, "chkDoneSound", "Sound when done"),
       chkTones(*this, "chkTones", "Tones"),
       chkSpoken(*this, "chkSpoken", "Spoken"),
+      chkPhone(*this, "chkPhone", "On the phone"),
+      lblPhone(*this, "lblPhone", ""),
       cmdLock(*this, "cmdLock", "Lock"),
       cmdBothTurned(*this, "cmdBothTurned", "I turned both"),
       cmdMeasureAgain(*this, "cmdMeasureAgain", "Measure again"),

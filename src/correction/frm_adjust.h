@@ -26,7 +26,8 @@ class frmAdjust : public platform::Form {
     platform::Label lblLiveTotal;
     platform::Label lblLiveState;  // whether the numbers may be followed, and how the work stands
     platform::Label lblAge;
-    platform::CheckBox chkDoneSound, chkTones, chkSpoken;
+    platform::CheckBox chkDoneSound, chkTones, chkSpoken, chkPhone;
+    platform::Label lblPhone;  // where the page for the phone is, or why there is none
     platform::Button cmdLock, cmdBothTurned, cmdMeasureAgain, cmdEndAdjust;
 };
 

@@ -17,6 +17,7 @@
 namespace vantrel::platform {
 
 class CameraHardware;
+class LivePages;
 class PictureSolver;
 
 struct Machine {
@@ -43,6 +44,8 @@ struct Machine {
     std::function<void()> adjustCamera = {};
     /// Solves pictures that came from anywhere. May be left out.
     PictureSolver* pictureSolver = nullptr;
+    /// Pages for the browsers of the local network. Nothing where there is no network.
+    LivePages* pages = nullptr;
 };
 
 }  // namespace vantrel::platform

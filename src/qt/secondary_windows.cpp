@@ -23,6 +23,7 @@
 #include "qt/parts.h"
 #include "qt/picture_widget.h"
 #include "qt/plate_view.h"
+#include "qt/qr_view.h"
 #include "qt/translation.h"
 #include "qt/window_keys.h"
 #include "qt/windows.h"
@@ -279,15 +280,25 @@ AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindo
     auto* const page = new QVBoxLayout(&scrolledPage());
     page->addWidget(state);
     page->addLayout(columns, 1);
-    page->addLayout(
-        row({named<QCheckBox>("chkDoneSound"), named<QCheckBox>("chkTones"), named<QCheckBox>("chkSpoken")},
-            true));
     auto* const buttons = new QHBoxLayout;
     for (const char* name : {"cmdLock", "cmdBothTurned", "cmdMeasureAgain", "cmdEndAdjust"})
         buttons->addWidget(bigButton(name));
-    page->addLayout(buttons);
+    auto* const phone = named<QLabel>("lblPhone");
+    phone->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    phone->setMinimumHeight(phone->fontMetrics().height());
+    auto& adjust = dynamic_cast<correction::frmAdjust&>(form);
+    auto* const below = new QVBoxLayout;
+    below->addLayout(row({named<QCheckBox>("chkDoneSound"), named<QCheckBox>("chkTones"),
+                          named<QCheckBox>("chkSpoken"), named<QCheckBox>("chkPhone")},
+                         true));
+    below->addWidget(phone);
+    below->addLayout(buttons);
+    auto* const foot = new QHBoxLayout;
+    foot->addLayout(below, 1);
+    foot->addWidget(new QrView(adjust.lblPhone, front.theme));
+    page->addLayout(foot);
     bind();
-    auto* const digits = new BigDigits(dynamic_cast<correction::frmAdjust&>(form), *this);
+    auto* const digits = new BigDigits(adjust, *this);
     connect(new QShortcut(QKeySequence("F11"), this), &QShortcut::activated, digits,
             [digits] { digits->toggle(); });
 }

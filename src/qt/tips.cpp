@@ -213,6 +213,8 @@ const std::map<Field, const char*>& tips() {
          QT_TRANSLATE_NOOP("Tip", "Tones that come faster the nearer the axis is to the pole")},
         {{"frmAdjust", "chkSpoken"},
          QT_TRANSLATE_NOOP("Tip", "Says what to turn, where speech-dispatcher is installed")},
+        {{"frmAdjust", "chkPhone"},
+         QT_TRANSLATE_NOOP("Tip", "These numbers on a page that a phone in the same network can read")},
         {{"frmAdjust", "cmdLock"},
          QT_TRANSLATE_NOOP("Tip", "Before you tighten the bolts: watches what that moves")},
         {{"frmAdjust", "cmdBothTurned"},

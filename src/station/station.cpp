@@ -27,7 +27,9 @@ Station::Station(const Surroundings& surroundings, std::uint64_t seed)
       background_(backgroundOf(surroundings, outsideCalls_)),
       observatory_(surroundings.loop, surroundings.folders, seed, seams()),
       devices_(deviceSurroundings()),
-      fileSolver_(*background_, surroundings.folders, surroundings.cache) {
+      fileSolver_(*background_, surroundings.folders, surroundings.cache),
+      pagePicture_(observatory_.imaging().documents()),
+      pages_(surroundings.loop, {.picture = pagePicture_.source()}) {
     observatory_.install(classes_);
 }
 
@@ -109,7 +111,8 @@ platform::Machine Station::machine(platform::AutomationHost& automation, platfor
             [this] { devices_.offerMounts(); },
             [this]() -> const platform::CameraHardware& { return observatory_.imaging().chosenCamera(); },
             [this] { devices_.adjustCamera(); },
-            &fileSolver_};
+            &fileSolver_,
+            surroundings_.network ? &pages_ : nullptr};
 }
 
 }  // namespace vantrel::station

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "observatory/observatory.h"
+#include "page/network_pages.h"
 #include "platform/class_registry.h"
 #include "platform/desktop_windows.h"
 #include "platform/dialogs.h"
@@ -19,6 +20,7 @@
 #include "platform/settings_root.h"
 #include "station/devices.h"
 #include "station/file_solver.h"
+#include "station/page_picture.h"
 
 namespace vantrel::station {
 
@@ -74,6 +76,8 @@ class Station {
     platform::ClassRegistry classes_;
     Devices devices_;
     FileSolver fileSolver_;
+    PagePicture pagePicture_;
+    page::NetworkPages pages_;
 };
 
 }  // namespace vantrel::station

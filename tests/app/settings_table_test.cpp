@@ -100,6 +100,7 @@ const Row kRows[] = {
     {kRun, "ExactMark", "frmOptions.chkExactMark", "0", "1", kAtEnd},
     {kRun, "Tones", "frmAdjust.chkTones", "0", "1", kAtEnd},
     {kRun, "Spoken", "frmAdjust.chkSpoken", "0", "1", kAtEnd},
+    {kRun, "OnThePhone", "frmAdjust.chkPhone", "0", "1", kOnChange},
     {kRun, "PictureExposure", "frmOptions.txtPictureExposure", "", "120", kOnChange},
     {kRun, "PictureGuided", "frmOptions.chkPictureGuided", "0", "1", kOnChange},
     {kRun, "PictureDeclination", "frmOptions.txtPictureDeclination", "", "-20", kOnChange},

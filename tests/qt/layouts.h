@@ -81,6 +81,7 @@ inline void fill(Forms& forms) {
     mount.lblField.setCaption("10.00\" a pixel, 10.39° by 10.04°");
     mount.lblStatus.setCaption("The mount can't slew to coordinates while it isn't tracking");
     plot.lblRightOfPole.setCaption(" Right of pole");
+    forms.adjust.lblPhone.setCaption("http://192.168.188.188:41233/0123456789abcdef0123456789abcdef/");
     auto& plate = forms.solvePicture;
     plate.lblOutcome.setCaption(
         "Solved in 12.3 s by 1234 stars, off by 0.41\" on average; the picture is mirrored");

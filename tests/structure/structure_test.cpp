@@ -91,11 +91,13 @@ TEST(Structure, RoomsIncludeOnlyWhatTheirRowAllows) {
         {"observatory",
          {"observatory", "helpers", "imaging", "solver", "catalogs", "fits", "sky", "platform"}},
         {"hosts", {"hosts", "platform"}},
+        {"page", {"page", "platform"}},
         {"station",
-         {"station", "observatory", "solver", "pictures", "catalogs", "fits", "sky", "hosts", "platform"}},
+         {"station", "page", "imaging", "observatory", "solver", "pictures", "catalogs", "fits", "sky",
+          "hosts", "platform"}},
         {"qt",
          {"qt", "app", "devices", "platesolve", "correction", "engine", "platform", "imaging", "observatory",
-          "station"}},
+          "page", "station"}},
         {"headless",
          {"headless", "app", "devices", "platesolve", "correction", "engine", "platform", "fits", "imaging",
           "station"}},
@@ -124,6 +126,9 @@ TEST(Structure, LibrariesStayInTheirRooms) {
         {"hosts",
          std::regex(
              R"((zlib|netdb|ifaddrs|arpa/inet|net/if|sys/socket|netinet/in|netinet/tcp)\.h|nlohmann/.*)")},
+        {"page",
+         std::regex(
+             R"((microhttpd|qrencode|png|ifaddrs|arpa/inet|net/if|sys/socket|sys/random|netinet/in)\.h|nlohmann/.*)")},
         {"headless", std::regex(R"(nlohmann/.*)")},
         {"qt", std::regex(R"(Q[A-Za-z]+)")},
     };
@@ -143,7 +148,9 @@ TEST(Structure, EachLibraryHasOneWrapper) {
                                                          {fits, "src/fits/"},
                                                          {"erfa.h", "src/sky/"},
                                                          {"sep.h", "src/solver/"},
-                                                         {"curl/curl.h", "src/platform/http/"}};
+                                                         {"curl/curl.h", "src/platform/http/"},
+                                                         {"microhttpd.h", "src/page/http_server."},
+                                                         {"qrencode.h", "src/page/qr_code."}};
     for (const auto& [line, own, header] : includes()) {
         const auto wrapper = wrappers.find(header);
         if (wrapper == wrappers.end()) continue;
@@ -170,8 +177,9 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
          {"src/headless/system_time.cpp", "src/qt/qt_event_loop.", "src/qt/qt_clock."}},
         {"the machine's time zone", std::regex(R"(localtime)"), {"src/platform/clock.cpp"}},
         {"chance",
-         std::regex(R"(random_device|\brand\(|srand\(|std::mt19937|QRandomGenerator)"),
-         {"src/observatory/telescopes/noise.", "src/qt/main.cpp", "src/headless/main.cpp"}},
+         std::regex(R"(random_device|\brand\(|srand\(|std::mt19937|QRandomGenerator|getrandom)"),
+         {"src/observatory/telescopes/noise.", "src/page/network_pages.", "src/qt/main.cpp",
+          "src/headless/main.cpp"}},
         {"the environment", std::regex(R"(\bgetenv|qgetenv)"), {"src/platform/user_machine.cpp", "src/qt/"}},
         {"threads",
          std::regex(R"(std::j?thread\b|std::async)"),

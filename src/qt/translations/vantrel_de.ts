@@ -1446,6 +1446,10 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
         <translation>Sagt, was zu drehen ist, wo speech-dispatcher installiert ist</translation>
     </message>
     <message>
+        <source>These numbers on a page that a phone in the same network can read</source>
+        <translation>Diese Zahlen auf einer Seite, die ein Telefon im selben Netz lesen kann</translation>
+    </message>
+    <message>
         <source>Tones that come faster the nearer the axis is to the pole</source>
         <translation>Töne, die schneller kommen, je näher die Achse am Pol ist</translation>
     </message>

@@ -1,0 +1,265 @@
+#include "page/http_server.h"
+
+#include <cstdint>
+#include <cstring>
+#include <list>
+#include <stdexcept>
+
+#include <arpa/inet.h>
+#include <microhttpd.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace vantrel::page {
+
+namespace {
+
+constexpr platform::Milliseconds kLookAround{1000};
+constexpr int kTurnsAtOnce = 20;
+constexpr int kSendBuffer = 65'536;  // bytes that a reader may leave lying
+constexpr std::size_t kStreamBlock = 16'384;
+constexpr int kBacklog = 16;
+
+sockaddr_in placeOf(const std::string& host, int port) {
+    sockaddr_in place{};
+    place.sin_family = AF_INET;
+    place.sin_port = htons(static_cast<std::uint16_t>(port));
+    if (::inet_pton(AF_INET, host.c_str(), &place.sin_addr) != 1)
+        throw std::runtime_error(host + " is no numeric address");
+    if (place.sin_addr.s_addr == htonl(INADDR_ANY))
+        throw std::runtime_error(host + " stands for every address: one has to be named");
+    return place;
+}
+
+/// A listening socket, until somebody takes it over.
+class Listener {
+  public:
+    Listener(const std::string& host, int port) {
+        const sockaddr_in place = placeOf(host, port);
+        descriptor_ = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+        const int on = 1;
+        ::setsockopt(descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+        if (descriptor_ < 0 ||
+            ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 ||
+            ::listen(descriptor_, kBacklog) != 0) {
+            const std::string why = std::strerror(errno);
+            release();
+            throw std::runtime_error("Can't listen at " + host + ":" + std::to_string(port) + ": " + why);
+        }
+    }
+    ~Listener() { release(); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    int descriptor() const { return descriptor_; }
+    int handOver() { return std::exchange(descriptor_, -1); }
+    int port() const {
+        sockaddr_in place{};
+        socklen_t size = sizeof place;
+        ::getsockname(descriptor_, reinterpret_cast<sockaddr*>(&place), &size);
+        return ntohs(place.sin_port);
+    }
+
+  private:
+    void release() {
+        if (descriptor_ >= 0) ::close(handOver());
+    }
+    int descriptor_ = -1;
+};
+
+std::string headerOf(MHD_Connection* connection, const char* name) {
+    const char* value = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
+    return value == nullptr ? "" : value;
+}
+
+bool bringsBody(MHD_Connection* connection) {
+    const std::string length = headerOf(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
+    return !(length.empty() || length == "0") ||
+           !headerOf(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING).empty();
+}
+
+}  // namespace
+
+class HttpServer::Daemon {
+  public:
+    Daemon(platform::EventLoop& loop, const std::string& host, int port, Handler handler,
+           const HttpLimits& limits)
+        : loop_(loop), handler_(std::move(handler)), limits_(limits) {
+        Listener listener(host, port);
+        port_ = listener.port();
+        host_ = host;
+        daemon_ = MHD_start_daemon(
+            MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Daemon::onRequest, this,
+            MHD_OPTION_LISTEN_SOCKET, listener.descriptor(), MHD_OPTION_CONNECTION_LIMIT, limits.connections,
+            MHD_OPTION_PER_IP_CONNECTION_LIMIT, limits.connectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT,
+            limits.idleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits.requestBytes,
+            MHD_OPTION_NOTIFY_CONNECTION, &Daemon::onConnection, nullptr, MHD_OPTION_END);
+        if (daemon_ == nullptr) throw std::runtime_error("The web server doesn't start");
+        listener.handOver();
+        const auto* const info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
+        readable_ = loop_.whenReadable(info->epoll_fd, [this] { run(); });
+        lookAround_ = loop_.every(kLookAround, [this] { run(); });
+    }
+
+    /// A connection that rests has to be woken to be closed.
+    ~Daemon() {
+        readable_.reset();
+        lookAround_.reset();
+        wakeStreams();
+        MHD_stop_daemon(daemon_);
+    }
+    Daemon(const Daemon&) = delete;
+    Daemon& operator=(const Daemon&) = delete;
+
+    int port() const { return port_; }
+    std::string place() const { return host_ + ":" + std::to_string(port_); }
+    std::size_t streams() const { return streams_.size(); }
+
+    void publish(const std::string& event) {
+        event_ = event;
+        ++number_;
+        wakeStreams();
+        run();
+    }
+
+  private:
+    struct Stream {
+        Daemon* daemon = nullptr;
+        MHD_Connection* connection = nullptr;
+        std::uint64_t seen = 0;  // the number of the event in hand
+        std::string event = {};
+        std::size_t sent = 0;
+        bool rests = false;
+    };
+
+    static void onConnection(void* /*closure*/, MHD_Connection* connection, void** /*context*/,
+                             MHD_ConnectionNotificationCode what) {
+        if (what != MHD_CONNECTION_NOTIFY_STARTED) return;
+        const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+        if (info != nullptr)
+            ::setsockopt(info->connect_fd, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
+    }
+
+    /// Called once with the headers, when only a refusal may be said, and again when the request is whole.
+    static MHD_Result onRequest(void* closure, MHD_Connection* connection, const char* path,
+                                const char* method, const char* /*version*/, const char* /*upload*/,
+                                std::size_t* uploaded, void** context) {
+        static char headersSeen;
+        auto& self = *static_cast<Daemon*>(closure);
+        try {
+            if (*context == nullptr) {
+                *context = &headersSeen;
+                return bringsBody(connection) ? self.answer(connection, {.status = MHD_HTTP_NOT_FOUND})
+                                              : MHD_YES;
+            }
+            if (*uploaded != 0) return MHD_NO;
+            return self.answer(connection, self.answerTo(connection, method, path));
+        } catch (...) {
+            return MHD_NO;  // ends the connection: nothing may leave a function that C calls
+        }
+    }
+
+    HttpAnswer answerTo(MHD_Connection* connection, const std::string& method, const std::string& path) {
+        const std::string host = headerOf(connection, MHD_HTTP_HEADER_HOST);
+        constexpr int kUsualPort = 80;
+        const bool mine = host == place() || (port_ == kUsualPort && host == host_);
+        const bool post = method == MHD_HTTP_METHOD_POST;
+        if (!mine || (!post && method != MHD_HTTP_METHOD_GET)) return {};
+        return handler_({.post = post, .path = path});
+    }
+
+    MHD_Result answer(MHD_Connection* connection, const HttpAnswer& answer) {
+        MHD_Response* response = nullptr;
+        int status = answer.status;
+        if (answer.stream && streams_.size() >= limits_.streams) {
+            status = MHD_HTTP_SERVICE_UNAVAILABLE;
+            response = MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT);
+        } else if (answer.stream) {
+            streams_.push_back({.daemon = this, .connection = connection});
+            response = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, kStreamBlock, &Daemon::onRoom,
+                                                         &streams_.back(), &Daemon::onStreamEnd);
+            if (response == nullptr) streams_.pop_back();
+        } else {
+            response = MHD_create_response_from_buffer(
+                answer.body.size(), const_cast<char*>(answer.body.data()), MHD_RESPMEM_MUST_COPY);
+        }
+        if (response == nullptr) return MHD_NO;
+        const auto say = [&](const char* name, const std::string& value) {
+            MHD_add_response_header(response, name, value.c_str());
+        };
+        if (!answer.type.empty()) say(MHD_HTTP_HEADER_CONTENT_TYPE, answer.type);
+        say(MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
+        say("Referrer-Policy", "no-referrer");
+        say("X-Content-Type-Options", "nosniff");
+        for (const auto& [name, value] : answer.headers) say(name.c_str(), value);
+        const MHD_Result queued = MHD_queue_response(connection, static_cast<unsigned>(status), response);
+        MHD_destroy_response(response);
+        return queued;
+    }
+
+    static ssize_t onRoom(void* closure, std::uint64_t /*position*/, char* room, std::size_t size) {
+        auto& stream = *static_cast<Stream*>(closure);
+        const Daemon& daemon = *stream.daemon;
+        if (stream.sent == stream.event.size() && stream.seen != daemon.number_) {
+            stream.seen = daemon.number_;
+            stream.event = daemon.event_;
+            stream.sent = 0;
+        }
+        const std::size_t part = std::min(size, stream.event.size() - stream.sent);
+        if (part == 0) {
+            stream.rests = true;
+            MHD_suspend_connection(stream.connection);
+            return 0;
+        }
+        std::memcpy(room, stream.event.data() + stream.sent, part);
+        stream.sent += part;
+        return static_cast<ssize_t>(part);
+    }
+
+    static void onStreamEnd(void* closure) {
+        auto* const stream = static_cast<Stream*>(closure);
+        stream->daemon->streams_.remove_if([&](const Stream& one) { return &one == stream; });
+    }
+
+    void wakeStreams() {
+        for (Stream& stream : streams_)
+            if (std::exchange(stream.rests, false)) MHD_resume_connection(stream.connection);
+    }
+
+    /// The library tells by its time-out when it has more to do at once.
+    void run() {
+        for (int turn = 0; turn < kTurnsAtOnce; ++turn) {
+            MHD_run(daemon_);
+            MHD_UNSIGNED_LONG_LONG rest = 1;
+            if (MHD_get_timeout(daemon_, &rest) != MHD_YES || rest > 0) return;
+        }
+        loop_.post([this, alive = std::weak_ptr<int>(life_)] {
+            if (!alive.expired()) run();
+        });
+    }
+
+    platform::EventLoop& loop_;
+    Handler handler_;
+    HttpLimits limits_;
+    std::string host_;
+    int port_ = 0;
+    MHD_Daemon* daemon_ = nullptr;
+    std::list<Stream> streams_;
+    std::string event_;
+    std::uint64_t number_ = 0;
+    platform::TimerHandle readable_, lookAround_;
+    std::shared_ptr<int> life_ = std::make_shared<int>(0);
+};
+
+HttpServer::HttpServer(platform::EventLoop& loop, const std::string& host, int port, Handler handler,
+                       const HttpLimits& limits)
+    : daemon_(std::make_unique<Daemon>(loop, host, port, std::move(handler), limits)) {}
+HttpServer::~HttpServer() = default;
+
+std::string HttpServer::place() const { return daemon_->place(); }
+int HttpServer::port() const { return daemon_->port(); }
+void HttpServer::publish(const std::string& event) { daemon_->publish(event); }
+std::size_t HttpServer::streams() const { return daemon_->streams(); }
+
+}  // namespace vantrel::page
