@@ -12,7 +12,7 @@ run: build
 
 build: dependencies
 	cmake --preset release
-	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve manual
+	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve vantrel-solver manual
 
 test: dependencies
 	cmake --preset release
@@ -31,7 +31,7 @@ bench: dependencies
 package:
 	scripts/install_dependencies.sh package
 	cmake --preset release
-	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve manual
+	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve vantrel-solver manual
 	cd build/release && cpack
 
 dependencies:

@@ -174,6 +174,11 @@ VANTREL_FORWARD(libpng, int, png_image_finish_read,
                 (png_imagep image, png_const_colorp behind, void* values, png_int_32 stride, void* colours),
                 (image, behind, values, stride, colours))
 
+VANTREL_FORWARD(libpng, int, png_image_write_to_file,
+                (png_imagep image, const char* name, int eight, const void* values, png_int_32 stride,
+                 const void* colours),
+                (image, name, eight, values, stride, colours))
+
 VANTREL_FORWARD(libtiff, TIFF*, TIFFOpen, (const char* name, const char* mode), (name, mode))
 VANTREL_FORWARD(libtiff, void, TIFFClose, (TIFF * tiff), (tiff))
 VANTREL_FORWARD(libtiff, TIFFErrorHandler, TIFFSetErrorHandler, (TIFFErrorHandler handler), (handler))

@@ -14,8 +14,11 @@
 
 #include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
+#include "fits/fits_writing.h"
 #include "fits/header_wcs.h"
+#include "imaging/annotated_picture.h"
 #include "pictures/picture_file.h"
+#include "pictures/png_writing.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
@@ -128,9 +131,22 @@ std::vector<FitsCard> headerOf(const Outcome& outcome) {
                                    {"WCSAXES", std::int64_t{2}},
                                    {"IMAGEW", static_cast<std::int64_t>(plate.width), "pixels"},
                                    {"IMAGEH", static_cast<std::int64_t>(plate.height), "pixels"}};
-    const auto wcs = wcsCards(wcsOf(*outcome.solved.solution, plate), plate.height, outcome.bottomUp);
+    const PlateSolution& solution = *outcome.solved.solution;
+    const auto wcs = wcsCards(wcsOf(solution, plate), plate.height, outcome.bottomUp, solution.distortion);
     cards.insert(cards.end(), wcs.begin(), wcs.end());
     return cards;
+}
+
+void writeSolved(const std::filesystem::path& source, const std::filesystem::path& target,
+                 const Outcome& outcome) {
+    const PlateSolution& solution = *outcome.solved.solution;
+    writeWcs(source, target, wcsOf(solution, outcome.solved.geometry), solution.distortion);
+}
+
+void writeAnnotated(const std::string& picture, const std::filesystem::path& target, const Outcome& outcome) {
+    const auto drawn = imaging::annotatedPicture(pictures::openPicture(picture), outcome.solved);
+    pictures::writePng(target, static_cast<std::size_t>(drawn.width()),
+                       static_cast<std::size_t>(drawn.height()), drawn.rgb());
 }
 
 void writeHeader(const std::filesystem::path& path, const std::vector<FitsCard>& cards) {

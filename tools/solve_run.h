@@ -47,6 +47,13 @@ Outcome solve(const SolveOptions& options);
 /// The solution as a FITS header, for the file as it is on the disk: the image's size, and world coordinates.
 std::vector<fits::FitsCard> headerOf(const Outcome& outcome);
 
+/// Writes a copy of the FITS file, which may be the file itself, with the solution in its header.
+void writeSolved(const std::filesystem::path& source, const std::filesystem::path& target,
+                 const Outcome& outcome);
+
+/// Writes the picture as a PNG file, with what the solution tells drawn into it (see annotated_picture.h).
+void writeAnnotated(const std::string& picture, const std::filesystem::path& target, const Outcome& outcome);
+
 /// Writes a file that is a FITS header and no more. Throws BadInput.
 void writeHeader(const std::filesystem::path& path, const std::vector<fits::FitsCard>& cards);
 

@@ -12,7 +12,6 @@
 #include <set>
 
 #include "fits/fits_error.h"
-#include "fits/fits_writing.h"
 #include "pictures/picture_file.h"
 #include "platform/sexagesimal.h"
 #include "platform/text.h"
@@ -141,8 +140,7 @@ int runIniFront(const std::vector<std::string>& arguments) {
     writeText(beside(".ini"), iniOf(*outcome));
     if (front.wcs) writeHeader(beside(".wcs"), headerOf(*outcome));
     if (front.update && pictures::kindOf(front.options.file) == pictures::PictureKind::kFits)
-        fits::writeWcs(front.options.file, front.options.file,
-                       solver::wcsOf(*outcome->solved.solution, outcome->solved.geometry));
+        writeSolved(front.options.file, front.options.file, *outcome);
     return kSolved;
 }
 
@@ -329,8 +327,7 @@ void solveField(const FieldFront& front, const std::string& file) {
     }
     writeHeader(output(front.wcs, ".wcs"), headerOf(outcome));
     if (pictures::kindOf(file) == pictures::PictureKind::kFits && front.newFits != "none")
-        fits::writeWcs(file, output(front.newFits, ".new"),
-                       solver::wcsOf(*outcome.solved.solution, outcome.solved.geometry));
+        writeSolved(file, output(front.newFits, ".new"), outcome);
     writeText(output(front.solved, ".solved"), std::string(1, '\1'));
     reportField(outcome);
 }

@@ -12,7 +12,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "fits/fits_writing.h"
 #include "many_files.h"
 #include "pictures/picture_file.h"
 #include "platform/text.h"
@@ -29,6 +28,7 @@ constexpr const char* kUsage =
     "usage: vantrel-solve FILE... [--ra HOURS --dec DEG] [--scale ARCSEC_PER_PX] [--radius DEG]\n"
     "                     [--date YYYY-MM-DD]\n"
     "                     [--catalog FOLDER|Internet --catalog-number N] [--json] [--wcs OUT.fits]\n"
+    "                     [--annotate OUT.png]\n"
     "\n"
     "  --ra, --dec   about where the image points, J2000; left out, the header must tell\n"
     "                unless the radius is 180\n"
@@ -45,13 +45,17 @@ constexpr const char* kUsage =
     "                place of a folder asks the VizieR service for 8 USNO-B or 9 NOMAD; answers are\n"
     "                kept in the user's cache folder\n"
     "  --json        print the solution as one JSON object; of many files, one a line\n"
-    "  --wcs         write a copy of the image, a FITS file, with the solution in its header\n";
+    "  --wcs         write a copy of the image, a FITS file, with the solution in its header; where the\n"
+    "                stars prove a distortion, with its SIP polynomials\n"
+    "  --annotate    write the image as a PNG file with the matched stars circled, bright stars and\n"
+    "                deep-sky objects named, and lines of right ascension and declination\n";
 
 struct Options : SolveOptions {
     std::vector<std::string> files;
     std::vector<std::string> others;  ///< the arguments that are no files
     bool json = false;
     std::string wcs;
+    std::string annotated;
 };
 
 platform::Instant dateIn(const std::string& option, const std::string& text) {
@@ -87,6 +91,8 @@ Options parsed(const std::vector<std::string>& arguments) {
             options.json = true;
         else if (name == "--wcs")
             options.wcs = value();
+        else if (name == "--annotate")
+            options.annotated = value();
         else if (name.starts_with("--"))
             throw BadInput("unknown option " + name);
         else
@@ -116,6 +122,7 @@ nlohmann::ordered_json asJson(const std::string& file, const Outcome& outcome, d
         json["matched"] = s.matched;
         json["residual_arcsec"] = s.residualArcsec;
         json["order"] = s.order;
+        json["distortion_order"] = s.distortion ? s.distortion->a.order() : 0;
         json["centre_error_arcsec"] = s.centreErrorArcsec;
         json["roll_error_deg"] = s.rollErrorDeg;
     }
@@ -147,6 +154,11 @@ void print(const Outcome& outcome, double seconds) {
     std::printf("Time            %.3f s\n", seconds);
 }
 
+bool isSameFile(const std::string& a, const std::string& b) {
+    std::error_code neither;
+    return std::filesystem::equivalent(a, b, neither);
+}
+
 int run(const std::vector<std::string>& arguments) {
     for (const std::string& argument : arguments) {
         if (argument == "--help" || argument == "-h") {
@@ -157,16 +169,19 @@ int run(const std::vector<std::string>& arguments) {
     const Options options = parsed(arguments);
     if (options.files.size() > 1) {
         if (!options.wcs.empty()) throw BadInput("--wcs is for one file");
+        if (!options.annotated.empty()) throw BadInput("--annotate is for one file");
         return solveMany(options.others, options.files, options.json);
     }
     const auto begin = std::chrono::steady_clock::now();
     if (!options.wcs.empty() && pictures::kindOf(options.file) != pictures::PictureKind::kFits)
         throw BadInput("--wcs needs a FITS file, whose header it adds to");
+    if (!options.annotated.empty() && isSameFile(options.annotated, options.file))
+        throw BadInput("--annotate would write over the picture itself");
     const Outcome outcome = solve(options);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (outcome.solved.solution && !options.wcs.empty()) {
-        fits::writeWcs(options.file, options.wcs, wcsOf(*outcome.solved.solution, outcome.solved.geometry));
-    }
+    if (outcome.solved.solution && !options.wcs.empty()) writeSolved(options.file, options.wcs, outcome);
+    if (outcome.solved.solution && !options.annotated.empty())
+        writeAnnotated(options.file, options.annotated, outcome);
     if (options.json) {
         std::puts(asJson(options.file, outcome, seconds).dump().c_str());
     } else {

@@ -57,11 +57,19 @@ void writeCard(LibraryFile& file, const FitsCard& card) {
 }
 
 void removeOldWcs(LibraryFile& file) {
-    for (const char* keyword :
-         {"CDELT1", "CDELT2", "CROTA1", "CROTA2", "PC1_1", "PC1_2", "PC2_1", "PC2_2", "LONPOLE", "LATPOLE",
-          "A_ORDER", "B_ORDER", "AP_ORDER", "BP_ORDER", "EPOCH"}) {
+    constexpr int kHighestOrder = 9;  // of SIP polynomials
+    std::vector<std::string> keywords = {"CDELT1", "CDELT2", "CROTA1", "CROTA2",  "PC1_1",  "PC1_2",
+                                         "PC2_1",  "PC2_2",  "EPOCH",  "LONPOLE", "LATPOLE"};
+    for (const std::string name : {"A", "B", "AP", "BP"}) {
+        keywords.push_back(name + "_ORDER");
+        keywords.push_back(name + "_DMAX");
+        for (int p = 0; p <= kHighestOrder; ++p)
+            for (int q = 0; p + q <= kHighestOrder; ++q)
+                keywords.push_back(name + "_" + std::to_string(p) + "_" + std::to_string(q));
+    }
+    for (const std::string& keyword : keywords) {
         int status = 0;
-        fits_delete_key(file.get(), keyword, &status);
+        fits_delete_key(file.get(), keyword.c_str(), &status);
     }
     fits_clear_errmsg();
 }
@@ -94,11 +102,13 @@ void copyFile(const std::filesystem::path& source, const std::filesystem::path& 
                                  std::filesystem::perm_options::add, error);
 }
 
-void changeWcs(LibraryFile& file, const FitsImageUnit& image, const sky::TangentWcs& wcs) {
+void changeWcs(LibraryFile& file, const FitsImageUnit& image, const sky::TangentWcs& wcs,
+               const std::optional<sky::SipDistortion>& distortion) {
     file.moveTo(image);
     removeOldWcs(file);
     const auto height = static_cast<double>(image.layout.height);
-    for (const FitsCard& card : wcsCards(wcs, height, image.unit.header.isBottomUp())) writeCard(file, card);
+    for (const FitsCard& card : wcsCards(wcs, height, image.unit.header.isBottomUp(), distortion))
+        writeCard(file, card);
     file.close();
 }
 
@@ -152,7 +162,7 @@ void writeFits(const std::filesystem::path& path, const platform::ImageArray& im
 }
 
 void writeWcs(const std::filesystem::path& source, const std::filesystem::path& target,
-              const sky::TangentWcs& wcs) {
+              const sky::TangentWcs& wcs, const std::optional<sky::SipDistortion>& distortion) {
     std::error_code ignored;
     FitsFile bytes(source);
     if (bytes.isUnpacked() && std::filesystem::equivalent(source, target, ignored)) {
@@ -166,7 +176,7 @@ void writeWcs(const std::filesystem::path& source, const std::filesystem::path& 
             copyFile(source, partial, target);
         guardedLibraryCall(source, limitsFor(partial), [&] {
             auto file = LibraryFile::change(partial, target);
-            changeWcs(file, image, wcs);
+            changeWcs(file, image, wcs, distortion);
         });
     });
 }

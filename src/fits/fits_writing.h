@@ -9,6 +9,7 @@
 
 #include "fits/fits_header.h"
 #include "platform/image_array.h"
+#include "sky/sip_distortion.h"
 #include "sky/tangent_wcs.h"
 
 namespace vantrel::fits {
@@ -23,9 +24,9 @@ void writeFits(const std::filesystem::path& path, const platform::ImageArray& im
                const std::vector<FitsCard>& cards);
 
 /// Writes a copy of the file with these world coordinates (ICRS, EQUINOX 2000) in the header of its first
-/// image, in place of what stood there. The target may be the file itself: readers see the old or the new
-/// file. Throws FitsError; a file compressed by gzip can't be its own target.
+/// image, TAN-SIP with a distortion, in place of what stood there. The target may be the file itself: readers
+/// see the old or the new file. Throws FitsError; a file compressed by gzip can't be its own target.
 void writeWcs(const std::filesystem::path& source, const std::filesystem::path& target,
-              const sky::TangentWcs& wcs);
+              const sky::TangentWcs& wcs, const std::optional<sky::SipDistortion>& distortion = {});
 
 }  // namespace vantrel::fits

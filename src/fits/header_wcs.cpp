@@ -8,6 +8,20 @@ namespace vantrel::fits {
 
 using sky::TangentWcs;
 
+namespace {
+
+/// The order, and the coefficients from that sum of powers on.
+void addPolynomial(std::vector<FitsCard>& cards, const std::string& name,
+                   const sky::SipPolynomial& polynomial, int leastDegree, const char* what) {
+    cards.push_back({name + "_ORDER", std::int64_t{polynomial.order()}, what});
+    for (int degree = leastDegree; degree <= polynomial.order(); ++degree)
+        for (int q = 0; q <= degree; ++q)
+            cards.push_back({name + "_" + std::to_string(degree - q) + "_" + std::to_string(q),
+                             polynomial.at(degree - q, q)});
+}
+
+}  // namespace
+
 std::optional<TangentWcs> wcsFromHeader(const FitsHeader& header, double height, bool bottomUp) {
     const auto type1 = header.text("CTYPE1");
     const auto type2 = header.text("CTYPE2");
@@ -44,23 +58,35 @@ std::optional<TangentWcs> wcsFromHeader(const FitsHeader& header, double height,
     return wcs;
 }
 
-std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp) {
+std::vector<FitsCard> wcsCards(const TangentWcs& wcs, double height, bool bottomUp,
+                               const std::optional<sky::SipDistortion>& distortion) {
     const double down = bottomUp ? -1 : 1;
-    return {{"CTYPE1", "RA---TAN", "gnomonic projection"},
-            {"CTYPE2", "DEC--TAN", "gnomonic projection"},
-            {"CUNIT1", "deg"},
-            {"CUNIT2", "deg"},
-            {"CRVAL1", wcs.reference.ra, "right ascension of the reference pixel"},
-            {"CRVAL2", wcs.reference.dec, "declination of the reference pixel"},
-            {"CRPIX1", wcs.referencePixel.x + 1, "reference pixel, column"},
-            {"CRPIX2", bottomUp ? height - wcs.referencePixel.y : wcs.referencePixel.y + 1,
-             "reference pixel, row"},
-            {"CD1_1", wcs.cd[0], "degrees per pixel"},
-            {"CD1_2", wcs.cd[1] * down, "degrees per pixel"},
-            {"CD2_1", wcs.cd[2], "degrees per pixel"},
-            {"CD2_2", wcs.cd[3] * down, "degrees per pixel"},
-            {"EQUINOX", 2000.0, "equinox of the world coordinates"},
-            {"RADESYS", "ICRS", "frame of the world coordinates"}};
+    const std::string kind = distortion ? "TAN-SIP" : "TAN";
+    const char* const comment = distortion ? "gnomonic projection, distorted" : "gnomonic projection";
+    std::vector<FitsCard> cards = {
+        {"CTYPE1", "RA---" + kind, comment},
+        {"CTYPE2", "DEC--" + kind, comment},
+        {"CUNIT1", "deg"},
+        {"CUNIT2", "deg"},
+        {"CRVAL1", wcs.reference.ra, "right ascension of the reference pixel"},
+        {"CRVAL2", wcs.reference.dec, "declination of the reference pixel"},
+        {"CRPIX1", wcs.referencePixel.x + 1, "reference pixel, column"},
+        {"CRPIX2", bottomUp ? height - wcs.referencePixel.y : wcs.referencePixel.y + 1,
+         "reference pixel, row"},
+        {"CD1_1", wcs.cd[0], "degrees per pixel"},
+        {"CD1_2", wcs.cd[1] * down, "degrees per pixel"},
+        {"CD2_1", wcs.cd[2], "degrees per pixel"},
+        {"CD2_2", wcs.cd[3] * down, "degrees per pixel"},
+        {"EQUINOX", 2000.0, "equinox of the world coordinates"},
+        {"RADESYS", "ICRS", "frame of the world coordinates"}};
+    if (distortion) {
+        const sky::SipDistortion sip = bottomUp ? distortion->upsideDown() : *distortion;
+        addPolynomial(cards, "A", sip.a, 2, "distortion along columns, pixels");
+        addPolynomial(cards, "B", sip.b, 2, "distortion along rows, pixels");
+        addPolynomial(cards, "AP", sip.ap, 0, "the same for the way back");
+        addPolynomial(cards, "BP", sip.bp, 0, "the same for the way back");
+    }
+    return cards;
 }
 
 }  // namespace vantrel::fits

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "fits/fits_header.h"
+#include "sky/sip_distortion.h"
 #include "sky/tangent_wcs.h"
 
 namespace vantrel::fits {
@@ -15,7 +16,8 @@ namespace vantrel::fits {
 std::optional<sky::TangentWcs> wcsFromHeader(const FitsHeader& header, double height, bool bottomUp);
 
 /// The cards of world coordinates (ICRS, EQUINOX 2000) for an image of this height, whose file runs from the
-/// top or from the bottom.
-std::vector<FitsCard> wcsCards(const sky::TangentWcs& wcs, double height, bool bottomUp);
+/// top or from the bottom; with a distortion, TAN-SIP.
+std::vector<FitsCard> wcsCards(const sky::TangentWcs& wcs, double height, bool bottomUp,
+                               const std::optional<sky::SipDistortion>& distortion = {});
 
 }  // namespace vantrel::fits

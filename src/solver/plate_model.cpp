@@ -148,4 +148,19 @@ std::array<double, 4> PlateModel::matrix() const {
     return {xi_[1] / unitPixels_, xi_[2] / unitPixels_, eta_[1] / unitPixels_, eta_[2] / unitPixels_};
 }
 
+std::pair<sky::SipPolynomial, sky::SipPolynomial> PlateModel::distortion() const {
+    const auto cd = matrix();
+    const double det = cd[0] * cd[3] - cd[1] * cd[2];
+    std::pair<sky::SipPolynomial, sky::SipPolynomial> added{sky::SipPolynomial(order_),
+                                                            sky::SipPolynomial(order_)};
+    std::size_t i = coefficientCount(1);
+    for (int degree = 2; degree <= order_; ++degree)
+        for (int q = 0; q <= degree; ++q, ++i) {
+            const double perPixels = 1 / (det * std::pow(unitPixels_, degree));
+            added.first.at(degree - q, q) = (cd[3] * xi_[i] - cd[1] * eta_[i]) * perPixels;
+            added.second.at(degree - q, q) = (cd[0] * eta_[i] - cd[2] * xi_[i]) * perPixels;
+        }
+    return added;
+}
+
 }  // namespace vantrel::solver

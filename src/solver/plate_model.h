@@ -9,8 +9,10 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
+#include "sky/sip_distortion.h"
 #include "sky/tangent_wcs.h"
 #include "sky/vector3.h"
 
@@ -72,6 +74,9 @@ class PlateModel {
 
     /// Derivatives of (xi, eta) by (column, row) at the image's centre, degrees per pixel: CD1_1 ... CD2_2.
     std::array<double, 4> matrix() const;
+
+    /// What has to be added to (dx, dy), in pixels, for the matrix alone to lead to where the model does.
+    std::pair<sky::SipPolynomial, sky::SipPolynomial> distortion() const;
 
   private:
     PlateModel(sky::PixelPosition imageCentre, sky::SkyPosition tangentPoint, double unitPixels, int order)

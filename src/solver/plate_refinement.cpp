@@ -184,7 +184,7 @@ class Refiner {
         double squares = 0;
         double arcsec = 0;
         for (const Match& m : found.matches) {
-            plate.pairs.push_back({m.imageIndex, m.catalogueIndex});
+            plate.pairs.push_back({m.imageIndex, m.catalogueIndex, m.pair.weight});
             const sky::SkyPosition shown = model.toSky(m.pair.pixel);
             const double distance =
                 sky::separation(sky::direction(shown.ra * sky::kDegree, shown.dec * sky::kDegree),

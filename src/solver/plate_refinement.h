@@ -29,6 +29,7 @@ struct RefinedPlate {
 
     struct Pair {
         std::size_t image = 0, catalogue = 0;  ///< indices of the field's stars
+        double weight = 1;                     ///< in the fit
     };
     std::vector<Pair> pairs = {};
 };

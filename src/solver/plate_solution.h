@@ -13,8 +13,10 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <vector>
 
+#include "sky/sip_distortion.h"
 #include "sky/tangent_wcs.h"
 
 namespace vantrel::solver {
@@ -48,6 +50,7 @@ struct PlateSolution {
     double centreErrorArcsec = 0;    ///< standard deviation of the centre, along each axis; 0 if unknown
     double rollErrorDeg = 0;         ///< of the roll
     std::vector<MatchedStar> stars;  ///< the matched ones
+    std::optional<sky::SipDistortion> distortion;  ///< about the centre and cd, where the stars prove one
 
     bool mirrored() const { return orientation.scaleY < 0; }
 };

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+#include "solver/distortion_fit.h"
+
 namespace vantrel::solver {
 
 namespace {
@@ -75,10 +77,14 @@ PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found,
     solution.centreErrorArcsec = plate.errors.centreArcsec;
     solution.rollErrorDeg = plate.errors.rollDeg;
     solution.stars.reserve(plate.pairs.size());
+    std::vector<StarPair> pairs;
+    pairs.reserve(plate.pairs.size());
     for (const RefinedPlate::Pair& pair : plate.pairs) {
         const sky::PixelPosition at = field.pixel(pair.image);
         solution.stars.push_back({at.x, at.y, field.magnitude(pair.catalogue)});
+        pairs.push_back({at, field.catalogue()[pair.catalogue], pair.weight});
     }
+    solution.distortion = provenDistortion(plate.model, pairs, field.geometry());
     return solution;
 }
 

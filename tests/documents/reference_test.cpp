@@ -62,11 +62,12 @@ const Place kPlaces[] = {
 // Sources whose texts aren't messages.
 const char* const kSilent[] = {
     "_panel.h",
-    "_panel.cpp",              // captions, which the tables of controls tell of
-    "os_name.cpp",             // the names behind "OS:"
-    "svg.cpp",                 // what a picture's file holds
-    "picture_cards.cpp",       // what a picture's header tells
-    "tycho_distribution.cpp",  // the next four belong to make-catalog and vantrel-solve
+    "_panel.cpp",         // captions, which the tables of controls tell of
+    "os_name.cpp",        // the names behind "OS:"
+    "svg.cpp",            // what a picture's file holds
+    "picture_cards.cpp",  // what a picture's header tells
+    "png_writing.cpp",    // the next five belong to make-catalog and vantrel-solve
+    "tycho_distribution.cpp",
     "tycho_lines.cpp",
     "star_patterns.cpp",
     "pattern_store.cpp",

@@ -465,6 +465,45 @@ TEST(WriteWcs, IsReadBackInArrayPixelsForBothRowOrders) {
     }
 }
 
+// The file's own pixels, counted as its rows run, must be corrected as the array's are.
+TEST(WriteWcs, TellsADistortionForBothRowOrders) {
+    const test::TempFolder folder;
+    const TangentWcs wcs{{210.5, -42.25}, {24.5, 10.5}, {-0.001, 0.0002, 0.0002, 0.0011}};
+    sky::SipDistortion sip{sky::SipPolynomial(3), sky::SipPolynomial(3), sky::SipPolynomial(1),
+                           sky::SipPolynomial(1)};
+    for (auto* polynomial : {&sip.a, &sip.b})
+        for (int degree = 2; degree <= 3; ++degree)
+            for (int q = 0; q <= degree; ++q)
+                polynomial->at(degree - q, q) = (1 + q + (polynomial == &sip.b ? 7 : 0)) * 1e-3 / degree;
+    for (const bool topDown : {true, false}) {
+        const auto path = folder / "wcs.fits";
+        writeFits(path, 50, 30, std::vector<std::uint16_t>(50 * 30, 100),
+                  {{"ROWORDER", std::string(topDown ? "TOP-DOWN" : "BOTTOM-UP")}, {"B_0_5", 1.0}});
+        writeWcs(path, path, wcs, sip);
+        const FitsHeader header = FitsImage::open(path).header();
+        EXPECT_EQ(header.text("CTYPE1"), "RA---TAN-SIP");
+        EXPECT_EQ(header.integer("AP_ORDER"), 1);
+        EXPECT_FALSE(header.number("B_0_5"));
+        const auto told = [&](const std::string& name, double u, double v) {
+            double sum = 0;
+            for (int p = 0; p <= 3; ++p)
+                for (int q = 0; p + q <= 3; ++q)
+                    sum +=
+                        header.number(name + "_" + std::to_string(p) + "_" + std::to_string(q)).value_or(0) *
+                        std::pow(u, p) * std::pow(v, q);
+            return sum;
+        };
+        const double down = topDown ? 1 : -1;
+        EXPECT_NEAR(told("A", -12, 7 * down), sip.a.value(-12, 7), 1e-12) << topDown;
+        EXPECT_NEAR(told("B", -12, 7 * down), sip.b.value(-12, 7) * down, 1e-12) << topDown;
+
+        writeWcs(path, path, wcs);
+        const FitsHeader plain = FitsImage::open(path).header();
+        EXPECT_EQ(plain.text("CTYPE2"), "DEC--TAN");
+        EXPECT_FALSE(plain.number("A_ORDER") || plain.number("B_1_2"));
+    }
+}
+
 TEST(WcsFromHeader, UnderstandsTheThreeWaysAndRefusesTheRest) {
     FitsHeader base;
     for (const char* card : {"CTYPE1  = 'RA---TAN'", "CTYPE2  = 'DEC--TAN'", "CRVAL1  = 10.", "CRVAL2  = 20.",

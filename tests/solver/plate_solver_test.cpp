@@ -104,6 +104,61 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
     }
 }
 
+// What a header says of a distorted field must hold for the stars, from pixel to sky and back.
+TEST(SolvePlate, TellsADistortionThatTheStarsProve) {
+    int falseOnes = 0;
+    for (int i = 0; i < 7; ++i)
+        for (const double radial : {0.0, 0.004, -0.02}) {
+            SCOPED_TRACE(std::to_string(radial) + " in field " + std::to_string(i));
+            auto field = fieldOf({45.0 * i, 60.0 - 15 * i}, 12, 30.0 * i, i % 2 == 0);
+            field.radial = radial;
+            field.seed = static_cast<unsigned>(i);
+            const auto solution = solve(field, {field.wcs.reference, 12});
+            ASSERT_TRUE(solution);
+            if (radial == 0) {
+                falseOnes += solution->distortion.has_value();
+                continue;
+            }
+            ASSERT_TRUE(solution->distortion);
+            const auto linear = wcsOf(*solution, {900, 680, 12, 12});
+            double squares = 0, linearSquares = 0;
+            std::size_t known = 0;
+            for (const auto& star : stars().cone(
+                     {.raDeg = field.wcs.reference.ra, .decDeg = field.wcs.reference.dec, .radiusDeg = 2})) {
+                const SkyPosition place{star.raDeg, star.decDeg};
+                const auto seen = test::distorted(field, *field.wcs.toPixel(place));
+                if (seen.x < 0 || seen.y < 0 || seen.x > 899 || seen.y > 679) continue;
+                ++known;
+                squares += std::pow(sky::separationDeg(solution->distortion->toSky(linear, seen), place), 2);
+                linearSquares += std::pow(sky::separationDeg(linear.toSky(seen), place), 2);
+                const auto back = solution->distortion->toPixel(linear, place);
+                EXPECT_LT(std::hypot(back->x - seen.x, back->y - seen.y), 0.8);
+            }
+            const double off = std::sqrt(squares / static_cast<double>(known)) * 300;  // pixels
+            const double offLinear = std::sqrt(linearSquares / static_cast<double>(known)) * 300;
+            EXPECT_LT(off, 0.1);
+            EXPECT_GT(offLinear, 100 * std::abs(radial));
+        }
+    EXPECT_EQ(falseOnes, 0);
+}
+
+// The polynomial would run free where no star holds it.
+TEST(SolvePlate, TellsNoDistortionOfAnImageThatIsHalfCovered) {
+    auto field = fieldOf({290, 10}, 12, 20, false);
+    field.radial = -0.02;
+    const auto counts = test::drawField(&stars(), field);
+    std::vector<float> pixels(counts.begin(), counts.end());
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+        if (i % field.width > 480) pixels[i] = 300;
+    const StarList found = findStars({field.width, field.height, pixels}, {});
+    const PlateGeometry geometry{900, 680, 12, 12, found.binning};
+    const SearchArea area = searchArea(geometry, {290, 10}, 1.5, found.stars.size());
+    const auto solution = solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
+    ASSERT_TRUE(solution);
+    EXPECT_GT(solution->matched, 60U);
+    EXPECT_FALSE(solution->distortion);
+}
+
 TEST(SolvePlate, CopesWithTheEveryday) {
     const SkyPosition anywhere{58, -28};
     const struct {

@@ -23,9 +23,19 @@ struct StarField {
     double sky = 300;              ///< electrons per pixel
     double readNoise = 8;          ///< electrons
     double hotShare = 0;           ///< of all pixels
+    double radial = 0;             ///< share by which offsets from the centre grow at half the width
     bool mosaic = false;           ///< a colour sensor: levels of red, green and blue differ
     unsigned seed = 1;
 };
+
+/// Where the field's optics put what its world coordinates put there.
+inline sky::PixelPosition distorted(const StarField& field, sky::PixelPosition at) {
+    const double dx = at.x - (static_cast<double>(field.width) - 1) / 2;
+    const double dy = at.y - (static_cast<double>(field.height) - 1) / 2;
+    const double reach = static_cast<double>(field.width) / 2;
+    const double growth = field.radial * (dx * dx + dy * dy) / (reach * reach);
+    return {at.x + dx * growth, at.y + dy * growth};
+}
 
 /// World coordinates of an image of this size: centre, arcseconds per pixel, turn of the sky against the
 /// rows, and whether it is mirrored.
@@ -62,7 +72,8 @@ inline std::vector<std::uint16_t> drawField(const sky::StarCatalog* catalog, con
              catalog->cone({.raDeg = centre.ra, .decDeg = centre.dec, .radiusDeg = radius})) {
             const auto at = field.wcs.toPixel({star.raDeg, star.decDeg});
             if (!at || std::abs(at->x) > 1e5 || std::abs(at->y) > 1e5) continue;
-            FrameStar drawn{at->x, at->y, field.fwhm, 1};
+            const sky::PixelPosition seen = distorted(field, *at);
+            FrameStar drawn{seen.x, seen.y, field.fwhm, 1};
             drawn.peak = field.tenthMagnitude * std::pow(10, 0.4 * (10 - star.magnitude)) / drawn.flux();
             recipe.stars.push_back(drawn);
         }

@@ -12,6 +12,7 @@
 
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
+#include "pictures/picture_file.h"
 #include "sky/tycho_catalog.h"
 #include "sky/vector3.h"
 #include "support/star_field.h"
@@ -69,6 +70,27 @@ TEST_F(VantrelSolve, PrintsTheSolutionAsJson) {
     const auto wcs = fits::FitsImage::open(folder_ / "wcs.fits").wcs();
     ASSERT_TRUE(wcs);
     EXPECT_LT(sky::separationDeg(wcs->toSky({319.5, 239.5}), {75, 33}), 1e-3);
+}
+
+// A distorted field's drawing and header, of a file whose rows run upwards.
+TEST_F(VantrelSolve, WritesWhatItFinds) {
+    test::StarField field;
+    field.width = 900;
+    field.height = 680;
+    field.radial = -0.01;
+    field.wcs = test::wcsFor(900, 680, {290, 10}, 12, 20, true);
+    const std::string file = (folder_ / "field.fits").string();
+    fits::writeFits(file, 900, 680, test::drawField(sky::TychoCatalog::openBuiltIn().get(), field),
+                    {{"ROWORDER", std::string("BOTTOM-UP")}});
+    const auto json = nlohmann::json::parse(run(file + " --ra 19.33 --dec 10 --scale 12 --json --wcs " +
+                                                (folder_ / "wcs.fits").string() + " --annotate " +
+                                                (folder_ / "drawn.png").string())
+                                                .out);
+    EXPECT_EQ(json.at("distortion_order").get<int>(), 3);
+    EXPECT_EQ(fits::FitsImage::open(folder_ / "wcs.fits").header().text("CTYPE2"), "DEC--TAN-SIP");
+    const auto drawn = pictures::openPicture(folder_ / "drawn.png");
+    EXPECT_EQ(drawn.width(), 900U);
+    EXPECT_EQ(drawn.height(), 680U);
 }
 
 TEST_F(VantrelSolve, TakesFromTheHeaderWhatIsNotGiven) {
@@ -216,6 +238,12 @@ TEST_F(VantrelSolve, TellsUnsolvedFromUnusable) {
         {"unknown option", file + " --speed 3", 2, "unknown option --speed"},
         {"one header for two files", file + " " + file + place + " --scale 6 --wcs out.fits", 2,
          "--wcs is for one file"},
+        {"one drawing for two files", file + " " + file + place + " --scale 6 --annotate out.png", 2,
+         "--annotate is for one file"},
+        {"a drawing over the picture", file + place + " --scale 6 --annotate " + file, 2,
+         "would write over the picture itself"},
+        {"a drawing to nowhere", file + place + " --scale 6 --annotate /nowhere/a.png", 2,
+         "/nowhere/a.png can't be written"},
         {"a header for a picture",
          folder_.write("a.jpg", "\xFF\xD8\xFF\xE0").string() + place + " --scale 6 --wcs o.fits", 2,
          "--wcs needs a FITS file"},

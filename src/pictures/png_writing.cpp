@@ -1,0 +1,35 @@
+#include "pictures/png_writing.h"
+
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+#include <png.h>
+#include <unistd.h>
+
+namespace vantrel::pictures {
+
+void writePng(const std::filesystem::path& path, std::size_t width, std::size_t height,
+              std::span<const std::uint8_t> rgb) {
+    if (rgb.size() != 3 * width * height || rgb.empty())
+        throw std::invalid_argument("pixels and size disagree");
+    const std::filesystem::path partial = path.string() + "." + std::to_string(::getpid()) + ".part";
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    png.width = static_cast<png_uint_32>(width);
+    png.height = static_cast<png_uint_32>(height);
+    png.format = PNG_FORMAT_RGB;
+    std::error_code error;
+    std::string reason;
+    if (png_image_write_to_file(&png, partial.c_str(), 0, rgb.data(), 0, nullptr) == 0) {
+        reason = png.message;
+    } else {
+        std::filesystem::rename(partial, path, error);
+        if (error) reason = error.message();
+    }
+    if (reason.empty()) return;
+    std::filesystem::remove(partial, error);
+    throw std::runtime_error(path.string() + " can't be written: " + reason);
+}
+
+}  // namespace vantrel::pictures
