@@ -53,7 +53,15 @@ section{border-top:1px solid var(--line);padding:1vw 0;display:grid;grid-templat
 button{width:100%;font:bold 8vw sans-serif;padding:3vw;margin-top:2vw;color:var(--ink);background:var(--ground);border:2px solid var(--ink);border-radius:2vw}
 button:disabled{color:var(--dim);border-color:var(--line)}
 [hidden]{display:none!important}
-@media(min-width:36rem){body{font-size:1.8rem}.arrow,.figures{font-size:7.5rem}.words{font-size:2.5rem}section{grid-template-columns:8rem 1fr}button{font-size:2.8rem}}
+@media(orientation:landscape) and (max-height:32rem){
+body{display:grid;grid-template-columns:1fr 1fr;column-gap:3vw;max-width:none;font-size:5.5vh;padding:1vh 3vw}
+#verdict,#foot,button,#sights{grid-column:1/3}
+#verdict{min-height:1.2em}
+section{grid-template-columns:20vh 1fr;align-content:start;padding:1vh 0}
+.arrow{font-size:20vh}.figures{font-size:23vh}.words{font-size:7.5vh}
+button{font-size:9vh;padding:2vh;margin-top:1vh}
+}
+@media(min-width:36rem) and (min-height:32rem){body{font-size:1.8rem}.arrow,.figures{font-size:7.5rem}.words{font-size:2.5rem}section{grid-template-columns:8rem 1fr}button{font-size:2.8rem}}
 </style></head><body class="night stale">
 <p id="verdict"></p>
 <section id="azimuth"><div class="arrow"></div><div class="words"></div><div class="figures"></div><div class="more"></div></section>
