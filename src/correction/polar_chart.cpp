@@ -118,7 +118,7 @@ Shapes poleMarks(const ChartRange& range, const engine::Site& site) {
     if (std::abs(y) < 2 * kDot * n || !onChart(range, {0, y})) return {};
     return {Line{.x1 = -kDot * n, .y1 = y, .x2 = kDot * n, .y2 = y},
             DrawnText{.x = 0.07 * n, .y = y + kTextHeight / 2 * n, .text = "Refracted pole"},
-            DrawnText{.x = 0.03 * n, .y = hemisphere > 0 ? 0 : kTextHeight * n, .text = "True pole"}};
+            DrawnText{.x = 0.07 * n, .y = hemisphere > 0 ? 0 : kTextHeight * n, .text = "True pole"}};
 }
 
 Shapes toleranceRing(const ChartRange& range, double arcMinutes) {

@@ -19,11 +19,11 @@ namespace {
 
 using fits::FitsImage;
 
-constexpr std::size_t kTile = 64;  // pixels a side of a cell of the coarse survey
-constexpr std::size_t kLargestTile = 256;
-constexpr std::size_t kLargeImage = 6'000'000;
+constexpr std::size_t kTile = 64;               // pixels a side of a cell of the coarse survey
+constexpr std::size_t kLargestTile = 256;       // the background must be even within one
+constexpr std::size_t kLargeImage = 6'000'000;  // pixels, from which on cells grow
 constexpr std::size_t kLooks = 64;  // pixels of a row that a cell's level is made of, in neighbouring pairs
-constexpr std::size_t kStripFloats = 64 * 1024;
+constexpr std::size_t kStripFloats = 64 * 1024;  // a strip of rows stays in the processor's cache
 
 /// What a look at one row pair in each band of tiles tells.
 struct Survey {

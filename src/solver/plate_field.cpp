@@ -9,7 +9,8 @@ namespace {
 
 using sky::kDegree;
 
-constexpr double kCatalogueErrorArcsec = 0.25;
+// Generous, since they decide what is looked for, not what is fitted.
+constexpr double kCatalogueErrorArcsec = 0.25;  // Tycho-2's faint stars after some thirty years of motion
 constexpr double kCentroidErrorPixels = 0.5;
 constexpr double kCentroidErrorBins = 0.15;
 

@@ -11,8 +11,8 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr std::size_t kFewestPairs = 4;
-constexpr int kRefinements = 7;
+constexpr std::size_t kFewestPairs = 4;  // one more than makes a model
+constexpr int kRefinements = 7;          // the tolerance shrinks to 0.6 of itself a round at most
 constexpr double kLeastTolerance = 0.8;  // pixels
 constexpr double kWidening = 1.4;        // how much wider than told an image may prove to be
 

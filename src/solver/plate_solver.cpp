@@ -10,10 +10,11 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr double kScaleMargin = 1.15;
-constexpr std::size_t kStarsPerField = 250;
-constexpr std::size_t kStarsAtMost = 8000;
-constexpr std::size_t kFinalImageStars = 2000;
+constexpr double kScaleMargin = 1.15;        // by which a told scale may be wrong
+constexpr std::size_t kStarsPerField = 250;  // of the catalogue: more than a picture needs to be placed
+constexpr std::size_t kStarsAtMost = 8000;   // in the whole area, which bounds what matching costs
+constexpr std::size_t kFinalImageStars =
+    2000;  // more add nothing to the fit that the catalogue's errors leave
 
 double capArea(double radiusDeg) { return 2 * std::numbers::pi * (1 - std::cos(radiusDeg * sky::kDegree)); }
 

@@ -24,10 +24,10 @@ namespace {
 
 constexpr std::size_t kPixelStack = 60'000;  // SEP touches all of it, so it starts small
 constexpr std::size_t kLargestPixelStack = 960'000;
-constexpr int kDeblendLevels = 16;
-constexpr double kDeblendContrast = 0.005;
-constexpr int kSubObjectLimit = 4000;
-constexpr int kMaxRaises = 6;
+constexpr int kDeblendLevels = 16;          // half of the library's own number: stars are simple shapes
+constexpr double kDeblendContrast = 0.005;  // the library's own
+constexpr int kSubObjectLimit = 4000;       // in a globular cluster or a nebula
+constexpr int kMaxRaises = 6;               // of the threshold, doubled each time
 
 struct Kernel {
     std::vector<float> weights;

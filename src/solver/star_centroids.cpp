@@ -13,12 +13,12 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr double kLeastSigma = 0.7;  // grains
+constexpr double kLeastSigma = 0.7;  // grains; a narrower window would see one grain
 constexpr double kMostSigma = 12;
-constexpr double kStampReach = 4;  // sigmas from a star's middle to the border of its stamp
-constexpr std::size_t kBorder = 2;
-constexpr std::size_t kWidthStars = 12;
-constexpr int kSteps = 10;
+constexpr double kStampReach = 4;        // sigmas from a star's middle to the border of its stamp
+constexpr std::size_t kBorder = 2;       // grains around the stamp that tell the background
+constexpr std::size_t kWidthStars = 12;  // the brightest tell the width of all
+constexpr int kSteps = 10;               // of the window towards the star's middle
 
 /// A star's surroundings, in grains: background 0.
 struct Stamp {

@@ -9,8 +9,8 @@ namespace {
 
 constexpr double kExpectationCounts = 4;  // as so many residuals
 constexpr double kLeast = 0.01;           // pixels
-constexpr double kMost = 10;
-constexpr int kHalvings = 20;
+constexpr double kMost = 10;              // a fit that scatters so much is none
+constexpr int kHalvings = 20;             // to a millionth of the way between them
 
 }  // namespace
 
