@@ -1,6 +1,23 @@
+# vantrel_sources(VARIABLE): the sources in this folder, those for another system left out.
+function(vantrel_sources variable)
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    if(WIN32)
+        list(FILTER sources EXCLUDE REGEX "_posix\\.cpp$")
+    else()
+        list(FILTER sources EXCLUDE REGEX "_win32\\.cpp$")
+    endif()
+    # The system's headers have too many names to share a unit with other files.
+    foreach(source ${sources})
+        if(source MATCHES "_win32\\.cpp$")
+            set_source_files_properties(${source} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        endif()
+    endforeach()
+    set(${variable} ${sources} PARENT_SCOPE)
+endfunction()
+
 # vantrel_library(NAME [libraries...]): the static library of the sources in this folder.
 function(vantrel_library name)
-    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    vantrel_sources(sources)
     if(NOT sources)
         add_library(${name} INTERFACE)
         return()

@@ -2,20 +2,17 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <variant>
 
-#include <malloc.h>
-#include <sys/mman.h>
-
 #include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
 #include "fits/header_wcs.h"
 #include "pictures/picture_file.h"
+#include "platform/own_program.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
@@ -31,24 +28,6 @@ using namespace vantrel::catalogs;
 using namespace vantrel::solver;
 
 namespace {
-
-/// Asks for the memory that an image takes at once, in large pages where the system has them, and keeps it:
-/// page by page it would take longer to get than to fill.
-void takeMemoryAtOnce() {
-#ifdef __GLIBC__
-    constexpr int kNeverGivenBack = 1 << 30;
-    constexpr std::size_t kLargePage = 2 << 20;
-    constexpr std::size_t kSize = 4 * kLargePage;
-    mallopt(M_MMAP_THRESHOLD, kNeverGivenBack);
-    mallopt(M_TRIM_THRESHOLD, kNeverGivenBack);
-    void* const memory = std::malloc(kSize);
-    if (memory == nullptr) return;
-    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t aligned = (begin + kLargePage - 1) / kLargePage * kLargePage;
-    madvise(reinterpret_cast<void*>(aligned), kSize - (aligned - begin), MADV_HUGEPAGE);
-    std::free(memory);
-#endif
-}
 
 bool isDated(const SolveOptions& options, const FitsHeader& header) {
     return options.date || exposureStart(header);
@@ -100,7 +79,7 @@ double numberIn(const std::string& option, const std::string& text, double least
 }
 
 Outcome solve(const SolveOptions& options) {
-    takeMemoryAtOnce();
+    platform::takeMemoryAtOnce();
     const FitsImage image = pictures::openPicture(options.file);
     const ImageClues clues = cluesFor(options, image);
     if (!clues.start && options.radius.value_or(0) < 180)

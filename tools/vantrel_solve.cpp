@@ -15,6 +15,7 @@
 #include "fits/fits_writing.h"
 #include "many_files.h"
 #include "pictures/picture_file.h"
+#include "platform/own_program.h"
 #include "platform/text.h"
 #include "solve_run.h"
 #include "solver_fronts.h"
@@ -179,9 +180,10 @@ int run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
     try {
-        const std::string name = argc > 0 ? std::filesystem::path(argv[0]).filename() : "";
-        if (const auto front = frontNamed(name)) return front({argv + 1, argv + argc});
-        return run({argv + 1, argv + argc});
+        const std::string name = argc > 0 ? std::filesystem::path(argv[0]).stem().string() : "";
+        const auto arguments = platform::programArguments(argc, argv);
+        if (const auto front = frontNamed(name)) return front(arguments);
+        return run(arguments);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "vantrel-solve: %s\n", e.what());
         return 2;

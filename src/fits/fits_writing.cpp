@@ -5,12 +5,11 @@
 #include <stdexcept>
 #include <system_error>
 
-#include <unistd.h>
-
 #include "fits/fits_error.h"
 #include "fits/fits_library.h"
 #include "fits/fits_units.h"
 #include "fits/header_wcs.h"
+#include "platform/own_program.h"
 
 namespace vantrel::fits {
 
@@ -21,7 +20,7 @@ namespace {
 template <typename Write>
 void replaceFile(const std::filesystem::path& target, Write&& write) {
     std::filesystem::path partial = target;
-    partial += std::string(".").append(std::to_string(::getpid())).append(".part");
+    partial += std::string(".").append(std::to_string(platform::processNumber())).append(".part");
     std::error_code error;
     std::filesystem::remove(partial, error);
     try {

@@ -1,5 +1,3 @@
-#include "fits/guarded_call.h"
-
 #include <cerrno>
 #include <csignal>
 #include <fstream>
@@ -10,9 +8,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "fits/fits_error.h"
+#include "platform/guarded_call.h"
 
-namespace vantrel::fits {
+namespace vantrel::platform {
 
 namespace {
 
@@ -102,25 +100,4 @@ std::string callGuarded(const GuardLimits& limits, const std::function<std::stri
     return answer.substr(1);
 }
 
-void guardedLibraryCall(const std::filesystem::path& path, const GuardLimits& limits,
-                        const std::function<void()>& call) {
-    const auto inOwnProcess = [&] {
-        try {
-            call();
-        } catch (const std::bad_alloc&) {
-            failFits(path, kTooMuchMemory);
-        }
-        return std::string();
-    };
-    try {
-        callGuarded(limits, inOwnProcess);
-    } catch (const GuardedCallFailed& e) {
-        throw FitsError(e.what());
-    } catch (const GuardedCallTookTooLong&) {
-        failFits(path, "takes longer to read than an image of its size does");
-    } catch (const GuardedCallCrashed&) {
-        failFits(path, "the library that reads it crashed");
-    }
-}
-
-}  // namespace vantrel::fits
+}  // namespace vantrel::platform
