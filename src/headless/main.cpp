@@ -1,5 +1,6 @@
 // vantrel-headless: Vantrel without windows, operated by a script.
 
+#include <cstdint>
 #include <exception>
 #include <iostream>
 
@@ -21,7 +22,7 @@ constexpr int kUsage = 2;
 
 /// A script may let the program wait for as long as it likes; nothing here is an endless wait.
 constexpr platform::Milliseconds kLongestRun = std::chrono::hours{24 * 366 * 100};
-constexpr long kMostSteps = 1'000'000'000'000;
+constexpr std::int64_t kMostSteps = 1'000'000'000'000;
 
 int runVirtual(const headless::Options& options, headless::CommandSource& commands,
                headless::ReplySink& replies, const platform::TerminationWatch& termination) {
