@@ -9,6 +9,7 @@
 #include "fits/fits_library.h"
 #include "fits/fits_units.h"
 #include "fits/header_wcs.h"
+#include "platform/durable_file.h"
 #include "platform/own_program.h"
 
 namespace vantrel::fits {
@@ -29,7 +30,7 @@ void replaceFile(const std::filesystem::path& target, Write&& write) {
         std::filesystem::remove(partial, error);
         throw;
     }
-    std::filesystem::rename(partial, target, error);
+    platform::takePlace(partial, target, error);
     if (error) {
         std::error_code ignored;
         std::filesystem::remove(partial, ignored);

@@ -22,4 +22,23 @@ void writeDurably(const std::filesystem::path& file, std::string_view text) {
     failCall(failure, "Can't write " + file.string());
 }
 
+void takePlace(const std::filesystem::path& file, const std::filesystem::path& target, std::error_code& error) {
+    error.clear();
+    const auto move = [](const std::filesystem::path& from, const std::filesystem::path& to) {
+        return ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+    };
+    if (move(file, target)) return;
+    error = failureOf(::GetLastError());
+    // One that is open can't be replaced, but it can have another name until it is closed.
+    std::filesystem::path aside = target;
+    aside += L"." + std::to_wstring(::GetCurrentProcessId()) + L"." + std::to_wstring(::GetTickCount64()) + L".old";
+    if (error != std::errc::permission_denied || !move(target, aside)) return;
+    if (move(file, target)) {
+        error.clear();
+        ::DeleteFileW(aside.c_str());
+        return;
+    }
+    move(aside, target);
+}
+
 }  // namespace vantrel::platform

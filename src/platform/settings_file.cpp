@@ -123,7 +123,9 @@ void SettingsFile::replaceBy(MemorySettings settings) {
         text += escaped(entry.section) + '\t' + escaped(entry.key) + '\t' + escaped(entry.value) + '\n';
 
     writeDurably(freshFile(), text);
-    std::filesystem::rename(freshFile(), file_);
+    std::error_code error;
+    takePlace(freshFile(), file_, error);
+    if (error) throw std::filesystem::filesystem_error("cannot rename", freshFile(), file_, error);
     settings_ = std::move(settings);
 }
 

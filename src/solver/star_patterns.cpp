@@ -10,6 +10,7 @@
 #include <string>
 #include <system_error>
 
+#include "platform/durable_file.h"
 #include "platform/own_program.h"
 
 namespace vantrel::solver {
@@ -331,7 +332,7 @@ void StarPatterns::save(const std::filesystem::path& file) const {
         stream.close();
         if (!stream) failed = std::make_error_code(std::errc::io_error);
     }
-    if (!failed) std::filesystem::rename(passing, file, failed);
+    if (!failed) platform::takePlace(passing, file, failed);
     if (failed) {
         std::error_code ignored;
         std::filesystem::remove(passing, ignored);

@@ -58,10 +58,10 @@ TEST(Isophotes, AreThoseOfTheLibrary) {
             ++all;
             const auto near = [&](double a, double b, double by) { return std::abs(a - b) < by; };
             same += std::any_of(ours.begin(), ours.end(), [&](const Source& own) {
-                return near(own.x, source.x, 1e-6) && near(own.y, source.y, 1e-6) &&
-                       near(own.flux, source.flux, 1e-3 * std::abs(source.flux)) &&
-                       near(own.sigma, source.sigma, 1e-5) && near(own.longSigma, source.longSigma, 1e-5) &&
-                       near(own.angleDeg, source.angleDeg, 0.1) && own.pixels == source.pixels &&
+                return near(own.x, source.x, 1e-11) && near(own.y, source.y, 1e-11) &&
+                       near(own.flux, source.flux, 1e-6 * std::abs(source.flux)) &&
+                       near(own.sigma, source.sigma, 1e-6) && near(own.longSigma, source.longSigma, 1e-6) &&
+                       near(own.angleDeg, source.angleDeg, 1e-3) && own.pixels == source.pixels &&
                        own.cut == source.cut;
             });
         }
