@@ -13,6 +13,7 @@
 
 #include "fits/fits_writing.h"
 #include "fits/header_wcs.h"
+#include "platform/paths.h"
 #include "support/fits_bytes.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
@@ -94,8 +95,8 @@ std::filesystem::path tiled(const std::filesystem::path& plain, int algorithm) {
     int status = 0;
     fitsfile* from = nullptr;
     fitsfile* to = nullptr;
-    fits_open_diskfile(&from, plain.c_str(), READONLY, &status);
-    fits_create_diskfile(&to, packed.c_str(), &status);
+    fits_open_diskfile(&from, platform::libraryName(plain).c_str(), READONLY, &status);
+    fits_create_diskfile(&to, platform::libraryName(packed).c_str(), &status);
     fits_set_compression_type(to, algorithm, &status);
     fits_set_quantize_level(to, algorithm == RICE_1 ? -0.01F : 0,
                             &status);  // steps of floats; 0: as they are
