@@ -13,6 +13,7 @@
 #include "fits/header_wcs.h"
 #include "pictures/picture_file.h"
 #include "platform/own_program.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
@@ -60,7 +61,7 @@ ImageClues cluesFor(const SolveOptions& options, const FitsImage& image) {
 std::shared_ptr<const StarCatalog> catalogFor(const SolveOptions& options,
                                               const std::filesystem::path& cacheFolder) {
     if (!platform::equalIgnoringCase(options.catalog, kInternetPath))
-        return openCatalog(options.catalog, options.catalogNumber);
+        return openCatalog(platform::pathOf(options.catalog), options.catalogNumber);
     auto catalog =
         openNetworkCatalog(options.catalogNumber, {std::make_shared<HttpDownloads>(), cacheFolder, {}});
     if (catalog == nullptr) throw BadInput("--catalog Internet needs --catalog-number 8 or 9");
@@ -80,7 +81,7 @@ double numberIn(const std::string& option, const std::string& text, double least
 
 Outcome solve(const SolveOptions& options) {
     platform::takeMemoryAtOnce();
-    const FitsImage image = pictures::openPicture(options.file);
+    const FitsImage image = pictures::openPicture(platform::pathOf(options.file));
     const ImageClues clues = cluesFor(options, image);
     if (!clues.start && options.radius.value_or(0) < 180)
         throw BadInput(options.file +

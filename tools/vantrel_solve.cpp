@@ -16,6 +16,7 @@
 #include "many_files.h"
 #include "pictures/picture_file.h"
 #include "platform/own_program.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 #include "solve_run.h"
 #include "solver_fronts.h"
@@ -161,12 +162,13 @@ int run(const std::vector<std::string>& arguments) {
         return solveMany(options.others, options.files, options.json);
     }
     const auto begin = std::chrono::steady_clock::now();
-    if (!options.wcs.empty() && pictures::kindOf(options.file) != pictures::PictureKind::kFits)
+    if (!options.wcs.empty() && pictures::kindOf(platform::pathOf(options.file)) != pictures::PictureKind::kFits)
         throw BadInput("--wcs needs a FITS file, whose header it adds to");
     const Outcome outcome = solve(options);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     if (outcome.solved.solution && !options.wcs.empty()) {
-        fits::writeWcs(options.file, options.wcs, wcsOf(*outcome.solved.solution, outcome.solved.geometry));
+        fits::writeWcs(platform::pathOf(options.file), platform::pathOf(options.wcs),
+                       wcsOf(*outcome.solved.solution, outcome.solved.geometry));
     }
     if (options.json) {
         std::puts(asJson(options.file, outcome, seconds).dump().c_str());
