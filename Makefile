@@ -1,11 +1,12 @@
 # make run      installs what is missing, builds, and opens the program
 # make test     the same, and runs all tests
 # make build    the programs in build/release/bin/
+# make test-windows  builds for Windows and runs the tests under Wine
 # make check    format, clang-tidy and the tests under sanitizers
 # make package  the Debian package, in build/package/
 # make bench    the benchmarks
 
-.PHONY: run test build check bench package dependencies
+.PHONY: run test test-windows build check bench package dependencies
 
 run: build
 	scripts/run.sh
@@ -18,6 +19,9 @@ test: dependencies
 	cmake --preset release
 	cmake --build --preset release
 	ctest --preset release
+
+test-windows:
+	scripts/test_windows.sh
 
 check:
 	scripts/install_dependencies.sh check

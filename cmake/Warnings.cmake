@@ -15,6 +15,14 @@ if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(vantrel_flags INTERFACE -Wno-subobject-linkage)
 endif()
 target_include_directories(vantrel_flags INTERFACE ${PROJECT_SOURCE_DIR}/src)
+if(WIN32)
+    target_compile_definitions(vantrel_flags INTERFACE
+        _WIN32_WINNT=0x0A00 UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _POSIX_C_SOURCE=200809L)
+    # Files have the same line ends on all systems.
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=binmode.o OUTPUT_VARIABLE binmode
+                    OUTPUT_STRIP_TRAILING_WHITESPACE)
+    target_link_options(vantrel_flags INTERFACE ${binmode})
+endif()
 if(VANTREL_SANITIZE)
     target_compile_options(vantrel_flags INTERFACE
         -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -2,15 +2,11 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <variant>
-
-#include <malloc.h>
-#include <sys/mman.h>
 
 #include "catalogs/http_downloads.h"
 #include "fits/fits_image.h"
@@ -19,6 +15,8 @@
 #include "imaging/annotated_picture.h"
 #include "pictures/picture_file.h"
 #include "pictures/png_writing.h"
+#include "platform/own_program.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
@@ -34,24 +32,6 @@ using namespace vantrel::catalogs;
 using namespace vantrel::solver;
 
 namespace {
-
-/// Asks for the memory that an image takes at once, in large pages where the system has them, and keeps it:
-/// page by page it would take longer to get than to fill.
-void takeMemoryAtOnce() {
-#ifdef __GLIBC__
-    constexpr int kNeverGivenBack = 1 << 30;
-    constexpr std::size_t kLargePage = 2 << 20;
-    constexpr std::size_t kSize = 4 * kLargePage;
-    mallopt(M_MMAP_THRESHOLD, kNeverGivenBack);
-    mallopt(M_TRIM_THRESHOLD, kNeverGivenBack);
-    void* const memory = std::malloc(kSize);
-    if (memory == nullptr) return;
-    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t aligned = (begin + kLargePage - 1) / kLargePage * kLargePage;
-    madvise(reinterpret_cast<void*>(aligned), kSize - (aligned - begin), MADV_HUGEPAGE);
-    std::free(memory);
-#endif
-}
 
 bool isDated(const SolveOptions& options, const FitsHeader& header) {
     return options.date || exposureStart(header);
@@ -84,7 +64,7 @@ ImageClues cluesFor(const SolveOptions& options, const FitsImage& image) {
 std::shared_ptr<const StarCatalog> catalogFor(const SolveOptions& options,
                                               const std::filesystem::path& cacheFolder) {
     if (!platform::equalIgnoringCase(options.catalog, kInternetPath))
-        return openCatalog(options.catalog, options.catalogNumber);
+        return openCatalog(platform::pathOf(options.catalog), options.catalogNumber);
     auto catalog =
         openNetworkCatalog(options.catalogNumber, {std::make_shared<HttpDownloads>(), cacheFolder, {}});
     if (catalog == nullptr) throw BadInput("--catalog Internet needs --catalog-number 8 or 9");
@@ -103,8 +83,8 @@ double numberIn(const std::string& option, const std::string& text, double least
 }
 
 Outcome solve(const SolveOptions& options) {
-    takeMemoryAtOnce();
-    const FitsImage image = pictures::openPicture(options.file);
+    platform::takeMemoryAtOnce();
+    const FitsImage image = pictures::openPicture(platform::pathOf(options.file));
     const ImageClues clues = cluesFor(options, image);
     if (!clues.start && options.radius.value_or(0) < 180)
         throw BadInput(options.file +
@@ -144,7 +124,8 @@ void writeSolved(const std::filesystem::path& source, const std::filesystem::pat
 }
 
 void writeAnnotated(const std::string& picture, const std::filesystem::path& target, const Outcome& outcome) {
-    const auto drawn = imaging::annotatedPicture(pictures::openPicture(picture), outcome.solved);
+    const auto drawn =
+        imaging::annotatedPicture(pictures::openPicture(platform::pathOf(picture)), outcome.solved);
     pictures::writePng(target, static_cast<std::size_t>(drawn.width()),
                        static_cast<std::size_t>(drawn.height()), drawn.rgb());
 }

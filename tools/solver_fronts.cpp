@@ -13,6 +13,7 @@
 
 #include "fits/fits_error.h"
 #include "pictures/picture_file.h"
+#include "platform/paths.h"
 #include "platform/sexagesimal.h"
 #include "platform/text.h"
 #include "solve_run.h"
@@ -72,7 +73,7 @@ IniFront iniFrontOf(const std::vector<std::string>& arguments) {
             const double height = numberIn(name, value(), 0, 120);
             if (height > 0) front.options.heightDeg = height;
         } else if (name == "-o") {
-            front.base = value();
+            front.base = platform::pathOf(value());
         } else if (name == "-wcs") {
             front.wcs = true;
         } else if (name == "-update") {
@@ -86,7 +87,7 @@ IniFront iniFrontOf(const std::vector<std::string>& arguments) {
         front.options.raHours.reset();
         front.options.dec.reset();
     }
-    if (front.base.empty()) front.base = fs::path(front.options.file).replace_extension();
+    if (front.base.empty()) front.base = platform::pathOf(front.options.file).replace_extension();
     return front;
 }
 
@@ -125,7 +126,7 @@ int runIniFront(const std::vector<std::string>& arguments) {
     constexpr int kSolved = 0, kNotSolved = 1, kTooFewStars = 2, kNoPicture = 16;
     constexpr std::size_t kFewest = 6;
     const IniFront front = iniFrontOf(arguments);
-    const auto beside = [&](const char* ending) { return fs::path(front.base.string() + ending); };
+    const auto beside = [&](const char* ending) { return platform::withEnding(front.base, ending); };
     std::optional<Outcome> outcome;
     try {
         outcome = solveAnywhere(front.options);
@@ -139,8 +140,9 @@ int runIniFront(const std::vector<std::string>& arguments) {
     }
     writeText(beside(".ini"), iniOf(*outcome));
     if (front.wcs) writeHeader(beside(".wcs"), headerOf(*outcome));
-    if (front.update && pictures::kindOf(front.options.file) == pictures::PictureKind::kFits)
-        writeSolved(front.options.file, front.options.file, *outcome);
+    const auto picture = platform::pathOf(front.options.file);
+    if (front.update && pictures::kindOf(picture) == pictures::PictureKind::kFits)
+        writeSolved(picture, picture, *outcome);
     return kSolved;
 }
 
@@ -248,15 +250,15 @@ FieldFront fieldFrontOf(const std::vector<std::string>& arguments) {
             return arguments[++i];
         };
         if (name == "--dir") {
-            front.folder = value();
+            front.folder = platform::pathOf(value());
         } else if (name == "--out") {
-            front.base = value();
+            front.base = platform::pathOf(value());
         } else if (name == "--wcs") {
-            front.wcs = value();
+            front.wcs = platform::pathOf(value());
         } else if (name == "--solved") {
-            front.solved = value();
+            front.solved = platform::pathOf(value());
         } else if (name == "--new-fits") {
-            front.newFits = value();
+            front.newFits = platform::pathOf(value());
         } else if (name == "--ra") {
             constexpr double kDegreesAnHour = 15;
             front.options.raHours =
@@ -313,10 +315,10 @@ void solveField(const FieldFront& front, const std::string& file) {
     SolveOptions options = front.options;
     options.file = file;
     options.scale = scaleOf(front);
-    const fs::path stem = front.base.empty() ? fs::path(file).stem() : front.base;
-    const fs::path base = (front.folder.empty() ? fs::path(file).parent_path() : front.folder) / stem;
+    const fs::path stem = front.base.empty() ? platform::pathOf(file).stem() : front.base;
+    const fs::path base = (front.folder.empty() ? platform::pathOf(file).parent_path() : front.folder) / stem;
     const auto output = [&](const fs::path& told, const char* ending) {
-        return told.empty() ? fs::path(base.string() + ending) : told;
+        return told.empty() ? platform::withEnding(base, ending) : told;
     };
     std::printf("Reading input file \"%s\"...\n", file.c_str());
     const Outcome outcome = solveAnywhere(options);
@@ -326,8 +328,9 @@ void solveField(const FieldFront& front, const std::string& file) {
         return;
     }
     writeHeader(output(front.wcs, ".wcs"), headerOf(outcome));
-    if (pictures::kindOf(file) == pictures::PictureKind::kFits && front.newFits != "none")
-        writeSolved(file, output(front.newFits, ".new"), outcome);
+    const auto picture = platform::pathOf(file);
+    if (pictures::kindOf(picture) == pictures::PictureKind::kFits && front.newFits != "none")
+        writeSolved(picture, output(front.newFits, ".new"), outcome);
     writeText(output(front.solved, ".solved"), std::string(1, '\1'));
     reportField(outcome);
 }

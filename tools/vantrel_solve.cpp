@@ -14,6 +14,8 @@
 
 #include "many_files.h"
 #include "pictures/picture_file.h"
+#include "platform/own_program.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 #include "solve_run.h"
 #include "solver_fronts.h"
@@ -156,7 +158,7 @@ void print(const Outcome& outcome, double seconds) {
 
 bool isSameFile(const std::string& a, const std::string& b) {
     std::error_code neither;
-    return std::filesystem::equivalent(a, b, neither);
+    return std::filesystem::equivalent(platform::pathOf(a), platform::pathOf(b), neither);
 }
 
 int run(const std::vector<std::string>& arguments) {
@@ -173,15 +175,17 @@ int run(const std::vector<std::string>& arguments) {
         return solveMany(options.others, options.files, options.json);
     }
     const auto begin = std::chrono::steady_clock::now();
-    if (!options.wcs.empty() && pictures::kindOf(options.file) != pictures::PictureKind::kFits)
+    if (!options.wcs.empty() &&
+        pictures::kindOf(platform::pathOf(options.file)) != pictures::PictureKind::kFits)
         throw BadInput("--wcs needs a FITS file, whose header it adds to");
     if (!options.annotated.empty() && isSameFile(options.annotated, options.file))
         throw BadInput("--annotate would write over the picture itself");
     const Outcome outcome = solve(options);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    if (outcome.solved.solution && !options.wcs.empty()) writeSolved(options.file, options.wcs, outcome);
+    if (outcome.solved.solution && !options.wcs.empty())
+        writeSolved(platform::pathOf(options.file), platform::pathOf(options.wcs), outcome);
     if (outcome.solved.solution && !options.annotated.empty())
-        writeAnnotated(options.file, options.annotated, outcome);
+        writeAnnotated(options.file, platform::pathOf(options.annotated), outcome);
     if (options.json) {
         std::puts(asJson(options.file, outcome, seconds).dump().c_str());
     } else {
@@ -194,9 +198,10 @@ int run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
     try {
-        const std::string name = argc > 0 ? std::filesystem::path(argv[0]).filename() : "";
-        if (const auto front = frontNamed(name)) return front({argv + 1, argv + argc});
-        return run({argv + 1, argv + argc});
+        const std::string name = argc > 0 ? std::filesystem::path(argv[0]).stem().string() : "";
+        const auto arguments = platform::programArguments(argc, argv);
+        if (const auto front = frontNamed(name)) return front(arguments);
+        return run(arguments);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "vantrel-solve: %s\n", e.what());
         return 2;

@@ -6,6 +6,8 @@
 #include <span>
 #include <string>
 
+#include "platform/input_file.h"
+
 namespace vantrel::catalogs {
 
 /// Long stretches are read in pieces of so many.
@@ -15,12 +17,9 @@ class CatalogFile {
   public:
     /// Throws CatalogError when there is no such file that can be read.
     explicit CatalogFile(std::filesystem::path path);
-    ~CatalogFile();
-    CatalogFile(const CatalogFile&) = delete;
-    CatalogFile& operator=(const CatalogFile&) = delete;
 
     const std::filesystem::path& path() const { return path_; }
-    std::uint64_t size() const { return size_; }
+    std::uint64_t size() const { return file_.size(); }
 
     /// Fills the bytes from this place on. Throws CatalogError when the file ends before that.
     void read(std::uint64_t offset, std::span<unsigned char> into) const;
@@ -31,8 +30,7 @@ class CatalogFile {
 
   private:
     std::filesystem::path path_;
-    int descriptor_ = -1;
-    std::uint64_t size_ = 0;
+    platform::InputFile file_;
 };
 
 }  // namespace vantrel::catalogs

@@ -7,6 +7,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/durable_file.h"
 #include "platform/whole_file.h"
 
 namespace vantrel::catalogs {
@@ -59,7 +60,7 @@ void PageCache::keep(const std::string& question, const std::string& document) c
     stream << question << "\n" << document;
     stream.close();
     if (stream) {
-        fs::rename(fresh, file, error);
+        platform::takePlace(fresh, file, error);
     } else {
         fs::remove(fresh, error);
     }

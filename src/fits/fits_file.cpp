@@ -19,7 +19,7 @@ bool FitsFile::reach(std::size_t bytes) {
 }
 
 std::filesystem::path FitsFile::nameToOpen() const {
-    return "/proc/self/fd/" + std::to_string(bytes().descriptor());
+    return bytes().bytes().nameToOpen();
 }
 
 }  // namespace vantrel::fits

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "fits/fits_error.h"
+#include "platform/paths.h"
 
 namespace vantrel::fits {
 
@@ -23,11 +24,11 @@ LibraryFile::LibraryFile(const FitsFile& bytes) : LibraryFile(bytes.nameToOpen()
 
 LibraryFile::LibraryFile(const std::filesystem::path& path, int mode, const std::filesystem::path& name)
     : name_(name) {
-    check(fits_open_diskfile(&file_, path.c_str(), mode, &status_));
+    check(fits_open_diskfile(&file_, platform::libraryName(path).c_str(), mode, &status_));
 }
 
 LibraryFile::LibraryFile(const std::filesystem::path& path, const std::filesystem::path& name) : name_(name) {
-    check(fits_create_diskfile(&file_, path.c_str(), &status_));
+    check(fits_create_diskfile(&file_, platform::libraryName(path).c_str(), &status_));
 }
 
 LibraryFile::~LibraryFile() {

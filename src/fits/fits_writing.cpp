@@ -5,12 +5,12 @@
 #include <stdexcept>
 #include <system_error>
 
-#include <unistd.h>
-
 #include "fits/fits_error.h"
 #include "fits/fits_library.h"
 #include "fits/fits_units.h"
 #include "fits/header_wcs.h"
+#include "platform/durable_file.h"
+#include "platform/own_program.h"
 
 namespace vantrel::fits {
 
@@ -21,7 +21,7 @@ namespace {
 template <typename Write>
 void replaceFile(const std::filesystem::path& target, Write&& write) {
     std::filesystem::path partial = target;
-    partial += std::string(".").append(std::to_string(::getpid())).append(".part");
+    partial += std::string(".").append(std::to_string(platform::processNumber())).append(".part");
     std::error_code error;
     std::filesystem::remove(partial, error);
     try {
@@ -30,7 +30,7 @@ void replaceFile(const std::filesystem::path& target, Write&& write) {
         std::filesystem::remove(partial, error);
         throw;
     }
-    std::filesystem::rename(partial, target, error);
+    platform::takePlace(partial, target, error);
     if (error) {
         std::error_code ignored;
         std::filesystem::remove(partial, ignored);

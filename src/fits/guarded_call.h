@@ -1,38 +1,18 @@
-// Calls into a library that may crash on hostile data, without taking the program along.
+// Calls into a library that reads images: it may crash on hostile data, and doesn't take the program along.
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <functional>
-#include <stdexcept>
-#include <string>
+
+#include "platform/guarded_call.h"
 
 namespace vantrel::fits {
 
-/// What a call may take.
-struct GuardLimits {
-    std::size_t bytes = 0;  ///< of memory, beyond what the process has
-    unsigned seconds = 1;   ///< of the processor's time, and a few times as much by the clock
-};
-
-/// The call failed by itself; what() is what it said.
-class GuardedCallFailed : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// A signal ended the call.
-class GuardedCallCrashed : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-class GuardedCallTookTooLong : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// Runs the call in a child process and returns its text. What the call throws arrives as GuardedCallFailed
-/// with the same text. The call is refused memory beyond its limit, and ended when its time is over. Its
-/// changes to memory are lost unless that is shared. Throws std::system_error when there can be no child.
-std::string callGuarded(const GuardLimits& limits, const std::function<std::string()>& call);
+using platform::callGuarded;
+using platform::GuardedCallCrashed;
+using platform::GuardedCallFailed;
+using platform::GuardedCallTookTooLong;
+using platform::GuardLimits;
 
 /// Runs what uses a library that reads images in a process of its own, as it may crash on damaged files.
 /// Throws FitsError that names the file for a crash, for a call that goes beyond its limits, and for what it

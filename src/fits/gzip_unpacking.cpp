@@ -5,7 +5,6 @@
 #include <system_error>
 #include <vector>
 
-#include <unistd.h>
 #include <zlib.h>
 
 #include "fits/fits_error.h"
@@ -22,14 +21,18 @@ constexpr unsigned kPiece = 256 * 1024;
     failFits(path, std::generic_category().message(error));
 }
 
-gzFile opened(const std::filesystem::path& path, int descriptor) {
-    const int own = ::dup(descriptor);
-    if (own < 0) fail(path, errno);
-    const gzFile stream = ::gzdopen(own, "rb");
-    if (stream == nullptr) {
-        ::close(own);
-        fail(path, ENOMEM);
+int descriptorOf(const std::filesystem::path& path, const RawFile& packed) {
+    try {
+        return packed.bytes().libraryDescriptor();
+    } catch (const std::system_error& error) {
+        failFits(path, error.code().message());
     }
+}
+
+gzFile opened(const std::filesystem::path& path, const RawFile& packed) {
+    // Without memory for its own part the library leaves the descriptor open; nothing else goes on then either.
+    const gzFile stream = ::gzdopen(descriptorOf(path, packed), "rb");
+    if (stream == nullptr) fail(path, ENOMEM);
     ::gzbuffer(stream, kPiece);
     return stream;
 }
@@ -41,7 +44,7 @@ void GzipUnpacking::Close::operator()(gzFile_s* stream) const { ::gzclose(stream
 GzipUnpacking::GzipUnpacking(const std::filesystem::path& path, const RawFile& packed)
     : path_(path),
       packedBytes_(packed.size()),
-      stream_(opened(path, packed.descriptor())),
+      stream_(opened(path, packed)),
       memory_(RawFile::inMemory(path)) {}
 
 bool GzipUnpacking::reach(std::size_t bytes) {

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <span>
 
+#include "platform/input_file.h"
+
 namespace vantrel::fits {
 
 class RawFile {
@@ -16,12 +18,11 @@ class RawFile {
 
     /// An empty file in memory; the path is for messages. Throws FitsError when the system has none.
     static RawFile inMemory(const std::filesystem::path& path);
-    ~RawFile();
     RawFile(const RawFile&) = delete;
     RawFile& operator=(const RawFile&) = delete;
 
-    std::size_t size() const { return size_; }
-    int descriptor() const { return descriptor_; }
+    std::size_t size() const { return static_cast<std::size_t>(file_.size()); }
+    const platform::InputFile& bytes() const { return file_; }
 
     /// Fills `out` from the offset on. Throws FitsError when the file can't be read or ends before.
     void read(std::size_t offset, std::span<std::byte> out) const;
@@ -32,11 +33,11 @@ class RawFile {
     bool isGzip() const;
 
   private:
-    RawFile(const std::filesystem::path& path, int descriptor) : path_(path), descriptor_(descriptor) {}
+    struct InMemory {};
+    RawFile(const std::filesystem::path& path, InMemory);
 
     std::filesystem::path path_;
-    int descriptor_;
-    std::size_t size_ = 0;
+    platform::InputFile file_;
 };
 
 }  // namespace vantrel::fits

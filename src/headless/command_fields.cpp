@@ -36,17 +36,17 @@ std::string CommandFields::text(const char* name, const std::string& ifMissing) 
     return has(name) ? text(name) : ifMissing;
 }
 
-long CommandFields::integer(const char* name) const {
+std::int64_t CommandFields::integer(const char* name) const {
     const Json& value = any(name);
     constexpr double kLargest = std::numeric_limits<std::uint32_t>::max();
     if (value.is_number()) {
         const double number = value.get<double>();
-        if (std::abs(number) <= kLargest && number == std::trunc(number)) return static_cast<long>(number);
+        if (std::abs(number) <= kLargest && number == std::trunc(number)) return static_cast<std::int64_t>(number);
     }
     throw CommandError(quoted(name) + " must be a whole number");
 }
 
-long CommandFields::integer(const char* name, long ifMissing) const {
+std::int64_t CommandFields::integer(const char* name, std::int64_t ifMissing) const {
     return has(name) ? integer(name) : ifMissing;
 }
 

@@ -1,6 +1,7 @@
 // The fields of one command, with what is wrong with them said in words.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -21,8 +22,8 @@ class CommandFields {
     const Json& any(const char* name) const;
     std::string text(const char* name) const;
     std::string text(const char* name, const std::string& ifMissing) const;
-    long integer(const char* name) const;
-    long integer(const char* name, long ifMissing) const;
+    std::int64_t integer(const char* name) const;
+    std::int64_t integer(const char* name, std::int64_t ifMissing) const;
     bool flag(const char* name, bool ifMissing) const;
     /// A span of the program's time, not negative and no more than a year.
     platform::Milliseconds seconds(const char* name,

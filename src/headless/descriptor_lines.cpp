@@ -1,22 +1,13 @@
 #include "headless/descriptor_lines.h"
 
 #include <array>
-#include <cerrno>
-#include <string_view>
 #include <utility>
 
-#include <poll.h>
-#include <unistd.h>
+#include "platform/descriptors.h"
 
 namespace vantrel::headless {
-namespace {
 
-bool readable(int descriptor) {
-    pollfd watched{descriptor, POLLIN, 0};
-    return ::poll(&watched, 1, 0) > 0;
-}
-
-}  // namespace
+using namespace platform;
 
 Incoming DescriptorCommands::next(bool mayWait) {
     for (;;) {
@@ -47,28 +38,15 @@ Incoming DescriptorCommands::takeLine(std::size_t length) {
 
 /// False when nothing has come yet, or a signal asks for attention.
 bool DescriptorCommands::readMore(bool mayWait) {
-    if (!mayWait && !readable(descriptor_)) return false;
+    if (!mayWait && waitForInput({descriptor_}, Milliseconds{0}).empty()) return false;
     std::array<char, 65536> chunk;
-    const ssize_t got = ::read(descriptor_, chunk.data(), chunk.size());
-    if (got > 0)
-        buffer_.append(chunk.data(), static_cast<std::size_t>(got));
-    else if (got < 0 && errno == EINTR)
-        return false;
-    else
-        ended_ = true;
+    const auto [kind, bytes] = readFrom(descriptor_, chunk);
+    if (kind == Received::Kind::kInterrupted) return false;
+    if (kind == Received::Kind::kBytes) buffer_.append(chunk.data(), bytes);
+    ended_ = kind == Received::Kind::kEnd;
     return true;
 }
 
-bool DescriptorReplies::send(const std::string& line) {
-    const std::string whole = line + "\n";
-    std::string_view rest = whole;
-    while (!rest.empty()) {
-        const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        rest.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
+bool DescriptorReplies::send(const std::string& line) { return writeWhole(descriptor_, line + "\n"); }
 
 }  // namespace vantrel::headless

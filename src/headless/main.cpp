@@ -1,17 +1,15 @@
 // vantrel-headless: Vantrel without windows, operated by a script.
 
-#include <csignal>
+#include <cstdint>
 #include <exception>
 #include <iostream>
-#include <string>
-#include <vector>
-
-#include <unistd.h>
 
 #include "headless/descriptor_lines.h"
 #include "headless/options.h"
 #include "headless/program.h"
 #include "headless/system_time.h"
+#include "platform/descriptors.h"
+#include "platform/own_program.h"
 #include "platform/termination.h"
 
 namespace {
@@ -24,7 +22,7 @@ constexpr int kUsage = 2;
 
 /// A script may let the program wait for as long as it likes; nothing here is an endless wait.
 constexpr platform::Milliseconds kLongestRun = std::chrono::hours{24 * 366 * 100};
-constexpr long kMostSteps = 1'000'000'000'000;
+constexpr std::int64_t kMostSteps = 1'000'000'000'000;
 
 int runVirtual(const headless::Options& options, headless::CommandSource& commands,
                headless::ReplySink& replies, const platform::TerminationWatch& termination) {
@@ -49,16 +47,16 @@ int runReal(const headless::Options& options, headless::DescriptorCommands& comm
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::signal(SIGPIPE, SIG_IGN);  // a reader that went away is the end of the input
+    platform::outliveReaders();  // one that went away is the end of the input
     try {
-        const auto options = headless::parseOptions(std::vector<std::string>(argv + 1, argv + argc));
+        const auto options = headless::parseOptions(platform::programArguments(argc, argv));
         if (options.help) {
             std::cout << headless::usage();
             return kSuccess;
         }
         const platform::TerminationWatch termination;
-        headless::DescriptorCommands commands(STDIN_FILENO);
-        headless::DescriptorReplies replies(STDOUT_FILENO);
+        headless::DescriptorCommands commands(platform::kStandardInput);
+        headless::DescriptorReplies replies(platform::kStandardOutput);
         return options.virtualTime ? runVirtual(options, commands, replies, termination)
                                    : runReal(options, commands, replies, termination);
     } catch (const headless::UsageError& error) {

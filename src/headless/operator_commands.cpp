@@ -20,7 +20,7 @@ Outcome doing(OperatorAction action) {
 }
 
 /// Failure numbers may be written as the unsigned number of the same 32 bits.
-int failureNumber(long number) {
+int failureNumber(std::int64_t number) {
     return number < std::numeric_limits<std::int32_t>::min() ? throw CommandError("\"number\" is too small")
                                                              : static_cast<std::int32_t>(number);
 }
@@ -91,9 +91,9 @@ Outcome OperatorCommands::type(const CommandFields& fields) {
 }
 
 Outcome OperatorCommands::key(const CommandFields& fields) {
-    constexpr long kLargestCharacter = 0xFFFF;
+    constexpr std::int64_t kLargestCharacter = 0xFFFF;
     auto& box = requiredKind<TextBox>(control(fields), "text box");
-    const long code = fields.integer("code");
+    const std::int64_t code = fields.integer("code");
     if (code < 0 || code > kLargestCharacter) throw CommandError("\"code\" is no character code");
     Outcome outcome = doing(headless::key(box, static_cast<int>(code)));
     outcome.later = [&box, reply = outcome.reply]() mutable {
@@ -112,7 +112,7 @@ Outcome OperatorCommands::choose(const CommandFields& fields) {
 }
 
 Outcome OperatorCommands::check(const CommandFields& fields) {
-    const long value = fields.integer("value");
+    const std::int64_t value = fields.integer("value");
     if (value != 0 && value != 1) throw CommandError("\"value\" must be 0 or 1");
     return doing(headless::check(control(fields), static_cast<int>(value)));
 }
@@ -168,7 +168,7 @@ Outcome OperatorCommands::time(const CommandFields&) {
 
 Outcome OperatorCommands::log(const CommandFields& fields) {
     const auto& all = targets_.program.logLines();
-    const long from = fields.integer("from", 0);
+    const std::int64_t from = fields.integer("from", 0);
     if (from < 0) throw CommandError("\"from\" must not be negative");
     Json lines = Json::array();
     for (auto i = static_cast<std::size_t>(from); i < all.size(); ++i) lines.push_back(all[i]);

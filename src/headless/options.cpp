@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace vantrel::headless {
@@ -40,13 +41,13 @@ void take(Options& options, const std::string& name, const std::string& value) {
     if (name == "--start")
         options.start = parseStart(value);
     else if (name == "--home")
-        options.home = value;
+        options.home = pathOf(value);
     else if (name == "--seed")
         options.seed = parseSeed(value);
     else if (name == "--installed")
         options.installed = parseList(value);
     else if (name == "--settings")
-        options.settings = value;
+        options.settings = pathOf(value);
     else
         throw UsageError("Unknown option: " + name);
 }

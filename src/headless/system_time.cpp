@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <poll.h>
+#include "platform/descriptors.h"
 
 namespace vantrel::headless {
 
@@ -27,14 +27,10 @@ void SystemTime::passUntil(Instant instant) {
 std::vector<int> SystemTime::readable() { return wait(Milliseconds{0}, -1); }
 
 std::vector<int> SystemTime::wait(Milliseconds longest, int another) {
-    std::vector<pollfd> watched;
-    for (const int descriptor : descriptors_) watched.push_back({descriptor, POLLIN, 0});
-    watched.push_back({another, POLLIN, 0});  // a negative descriptor is ignored
-    const int ready = ::poll(watched.data(), watched.size(), static_cast<int>(longest.count()));
-    watched.pop_back();
-    std::vector<int> found;
-    for (const pollfd& one : watched)
-        if (ready > 0 && one.revents != 0) found.push_back(one.fd);
+    std::vector<int> watched = descriptors_;
+    watched.push_back(another);
+    std::vector<int> found = waitForInput(watched, longest);
+    std::erase(found, another);
     return found;
 }
 

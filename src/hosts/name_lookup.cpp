@@ -1,46 +1,27 @@
 #include "hosts/name_lookup.h"
 
-#include <algorithm>
-#include <cstring>
 #include <system_error>
 #include <thread>
 #include <utility>
 
-#include <netdb.h>
-
 namespace vantrel::hosts {
-namespace {
 
-FoundAddresses addressesOf(const std::string& host, int port, int flags) {
-    addrinfo wanted{};
-    wanted.ai_socktype = SOCK_STREAM;
-    wanted.ai_flags = flags | AI_NUMERICSERV;
-    addrinfo* list = nullptr;
-    const int failure = ::getaddrinfo(host.c_str(), std::to_string(port).c_str(), &wanted, &list);
-    if (failure != 0) return {{}, ::gai_strerror(failure)};
-    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(list, &::freeaddrinfo);
-    FoundAddresses found;
-    for (const addrinfo* one = list; one != nullptr; one = one->ai_next) {
-        SocketAddress address;
-        address.length = std::min<socklen_t>(one->ai_addrlen, sizeof address.address);
-        std::memcpy(&address.address, one->ai_addr, address.length);
-        found.addresses.push_back(address);
-    }
-    return found;
-}
-
-}  // namespace
+using platform::AddressKind;
+using platform::SocketAddress;
 
 FoundAddresses askResolver(const ServerAddress& server) {
-    return addressesOf(server.host, server.port, AI_ADDRCONFIG);
+    return platform::addressesOf(server.host, server.port, AddressKind::kAnyName);
 }
 
 std::optional<FoundAddresses> knownAddresses(const ServerAddress& server) {
     const bool here = server.host == "localhost";
-    FoundAddresses found = addressesOf(here ? "127.0.0.1" : server.host, server.port, AI_NUMERICHOST);
+    const auto known = [&](const std::string& host) {
+        return platform::addressesOf(host, server.port, AddressKind::kNumeric);
+    };
+    FoundAddresses found = known(here ? "127.0.0.1" : server.host);
     if (found.addresses.empty()) return std::nullopt;
     if (here)
-        for (const SocketAddress& address : addressesOf("::1", server.port, AI_NUMERICHOST).addresses)
+        for (const SocketAddress& address : known("::1").addresses)
             found.addresses.push_back(address);
     return found;
 }

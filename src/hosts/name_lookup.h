@@ -8,23 +8,13 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <vector>
-
-#include <sys/socket.h>
 
 #include "hosts/byte_stream.h"
+#include "platform/sockets.h"
 
 namespace vantrel::hosts {
 
-struct SocketAddress {
-    sockaddr_storage address{};
-    socklen_t length = 0;
-};
-
-struct FoundAddresses {
-    std::vector<SocketAddress> addresses;
-    std::string problem;  // when there are none
-};
+using platform::FoundAddresses;
 
 /// Takes as long as it takes, and runs in a thread of its own.
 using Resolver = std::function<FoundAddresses(const ServerAddress& server)>;

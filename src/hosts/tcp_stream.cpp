@@ -8,16 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <unistd.h>
-
 namespace vantrel::hosts {
 
 using platform::EventLoop;
 using platform::Milliseconds;
+using platform::SocketAddress;
+using platform::SocketWait;
 using platform::TimerHandle;
 
 namespace {
@@ -46,25 +42,6 @@ std::string errorText(int number) {
         default:
             return std::generic_category().message(number);
     }
-}
-
-bool wouldBlock(int number) { return number == EAGAIN || number == EWOULDBLOCK || number == EINTR; }
-
-void setOption(int descriptor, int level, int option, int value) {
-    ::setsockopt(descriptor, level, option, &value, sizeof value);  // all of them are improvements only
-}
-
-void tune(int descriptor) {
-    setOption(descriptor, IPPROTO_TCP, TCP_NODELAY, 1);
-    setOption(descriptor, SOL_SOCKET, SO_KEEPALIVE, 1);
-#ifdef TCP_KEEPIDLE
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPIDLE, 10);
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, 5);
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPCNT, 3);
-#endif
-#ifdef TCP_USER_TIMEOUT
-    setOption(descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, 20'000);
-#endif
 }
 
 class TcpStream : public ByteStream {
@@ -116,8 +93,7 @@ class TcpStream : public ByteStream {
 
     void waitForSocket(Milliseconds atMost) const {
         const bool writing = phase_ == Phase::kConnecting || !outgoing_.empty();
-        pollfd watched{socket_, static_cast<short>(POLLIN | (writing ? POLLOUT : 0)), 0};
-        ::poll(&watched, 1, static_cast<int>(atMost.count()));
+        platform::waitForSocket(socket_, writing ? SocketWait::kBoth : SocketWait::kReading, atMost);
     }
 
     /// Nothing tells when a name is found, a connection made or room to send: they are asked for.
@@ -153,22 +129,18 @@ class TcpStream : public ByteStream {
         closeSocket();
         for (; nextAddress_ < addresses_.size(); closeSocket()) {
             const SocketAddress& address = addresses_[nextAddress_++];
-            socket_ = ::socket(address.address.ss_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-            if (socket_ >= 0) tune(socket_);
-            const auto* generic = reinterpret_cast<const sockaddr*>(&address.address);
-            if (socket_ >= 0 && (::connect(socket_, generic, address.length) == 0 || errno == EINPROGRESS))
-                return setDeadline(kAddressTimeOut);
-            lastFailure_ = errorText(errno);
+            auto [number, failure] = platform::openStreamSocket(address);
+            socket_ = number;
+            if (socket_ >= 0) failure = platform::connectSocket(socket_, address);
+            if (failure == 0) return setDeadline(kAddressTimeOut);
+            lastFailure_ = errorText(failure);
         }
         fail(lastFailure_);
     }
 
     void takeConnection() {
-        pollfd watched{socket_, POLLOUT, 0};
-        if (::poll(&watched, 1, 0) > 0) {
-            int failure = 0;
-            socklen_t size = sizeof failure;
-            ::getsockopt(socket_, SOL_SOCKET, SO_ERROR, &failure, &size);
+        if (platform::waitForSocket(socket_, SocketWait::kWriting, Milliseconds{0})) {
+            const int failure = platform::connectFailure(socket_);
             if (failure == 0) return opened();
             lastFailure_ = errorText(failure);
         } else if (late()) {
@@ -187,20 +159,23 @@ class TcpStream : public ByteStream {
 
     void flush() {
         while (!outgoing_.empty() && problem_.empty()) {
-            const ssize_t sent = ::send(socket_, outgoing_.data(), outgoing_.size(), MSG_NOSIGNAL);
-            if (sent < 0 && wouldBlock(errno)) return;
-            if (sent < 0) return fail(errorText(errno));
-            outgoing_.erase(0, static_cast<std::size_t>(sent));
+            const platform::Transfer sent = platform::sendTo(socket_, outgoing_);
+            if (sent.notYet) return;
+            if (sent.failure != 0) return fail(errorText(sent.failure));
+            outgoing_.erase(0, sent.bytes);
         }
     }
 
     void receive() {
         for (int chunk = 0; chunk < kChunksPerTurn && phase_ == Phase::kOpen && problem_.empty(); ++chunk) {
-            const ssize_t got = ::recv(socket_, buffer_.data(), buffer_.size(), 0);
-            if (got < 0 && wouldBlock(errno)) break;
-            if (got < 0) fail(errorText(errno));
-            if (got == 0) fail("the server closed the connection");
-            if (got > 0) listener_.onBytes({buffer_.data(), static_cast<std::size_t>(got)});
+            const platform::Transfer got = platform::receiveFrom(socket_, buffer_);
+            if (got.notYet) break;
+            if (got.failure != 0)
+                fail(errorText(got.failure));
+            else if (got.bytes == 0)
+                fail("the server closed the connection");
+            else
+                listener_.onBytes({buffer_.data(), got.bytes});
         }
         if (!problem_.empty()) end();
     }
@@ -229,7 +204,7 @@ class TcpStream : public ByteStream {
 
     void closeSocket() {
         readable_.reset();
-        if (socket_ >= 0) ::close(std::exchange(socket_, -1));
+        if (socket_ >= 0) platform::closeSocket(std::exchange(socket_, -1));
     }
 
     EventLoop& loop_;

@@ -7,6 +7,7 @@
 #include <jpeglib.h>
 
 #include "pictures/picture_sink.h"
+#include "platform/paths.h"
 
 namespace vantrel::pictures {
 
@@ -36,7 +37,7 @@ using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 }  // namespace
 
 void readJpeg(const std::filesystem::path& path, PictureSink& sink) {
-    const OpenFile file(std::fopen(path.c_str(), "rb"), &std::fclose);
+    const OpenFile file(std::fopen(platform::libraryName(path).c_str(), "rb"), &std::fclose);
     if (!file) throw PictureError("can't be read");
     Failure failure;
     jpeg_decompress_struct jpeg{};

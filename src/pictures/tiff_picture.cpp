@@ -7,6 +7,7 @@
 #include <tiffio.h>
 
 #include "pictures/picture_sink.h"
+#include "platform/paths.h"
 
 namespace vantrel::pictures {
 
@@ -116,7 +117,7 @@ void readColours(TIFF* tiff, const TiffLayout& layout, PictureSink& sink) {
 void readTiff(const std::filesystem::path& path, PictureSink& sink) {
     TIFFSetErrorHandler(nullptr);
     TIFFSetWarningHandler(nullptr);
-    const OpenTiff tiff(TIFFOpen(path.c_str(), "r"), &TIFFClose);
+    const OpenTiff tiff(TIFFOpen(platform::libraryName(path).c_str(), "r"), &TIFFClose);
     if (!tiff) throw PictureError("is no sound TIFF file");
     const TiffLayout layout(tiff.get());
     sink.begin({layout.width, layout.height});

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace vantrel::platform {
@@ -26,7 +27,7 @@ std::string withBackslashes(std::string text) {
 std::filesystem::path appended(std::filesystem::path base, std::string_view rest) {
     std::string part;
     const auto add = [&] {
-        if (!part.empty() && part != "." && part != "..") base /= part;
+        if (!part.empty() && part != "." && part != "..") base /= pathOf(part);
         part.clear();
     };
     for (char c : rest) {
@@ -48,7 +49,7 @@ void FolderMap::map(const std::string& folder, std::filesystem::path real) {
 }
 
 std::filesystem::path FolderMap::real(const std::string& folder) const {
-    if (!folder.empty() && folder.front() == '/') return folder;
+    if (!folder.empty() && folder.front() == '/') return pathOf(folder);
     const std::string plain = withBackslashes(folder);
     for (const Mapping& mapping : mappings_) {
         const std::size_t length = mapping.folder.size();
@@ -56,14 +57,19 @@ std::filesystem::path FolderMap::real(const std::string& folder) const {
                             (plain.size() == length || plain[length] == '\\');
         if (inside) return appended(mapping.real, std::string_view(plain).substr(length));
     }
+    if (drives_.empty()) {
+        if (plain.starts_with("\\\\")) return pathOf(plain);  // of a computer in the network
+        const std::string drive = hasDrive(plain) ? plain.substr(0, 2) : "C:";
+        return appended(pathOf(drive + "\\"), hasDrive(plain) ? plain.substr(2) : plain);
+    }
     if (!hasDrive(plain)) return appended(drives_ / "c", plain);
     return appended(drives_ / toLower(plain.substr(0, 1)), std::string_view(plain).substr(2));
 }
 
 std::string FolderMap::text(const std::filesystem::path& real) const {
     const auto below = [&](const std::filesystem::path& base) -> std::optional<std::string> {
-        const std::string path = real.lexically_normal().string();
-        std::string root = base.lexically_normal().string();
+        const std::string path = real.lexically_normal().generic_string();
+        std::string root = base.lexically_normal().generic_string();
         while (root.size() > 1 && root.back() == '/') root.pop_back();
         if (path == root) return "";
         if (path.starts_with(root + "/")) return withBackslashes(path.substr(root.size()));
@@ -72,7 +78,7 @@ std::string FolderMap::text(const std::filesystem::path& real) const {
     for (const Mapping& mapping : mappings_)
         if (const auto rest = below(mapping.real)) return mapping.folder + *rest;
     if (const auto rest = below(drives_);
-        rest && rest->size() >= 2 && (rest->size() == 2 || (*rest)[2] == '\\'))
+        !drives_.empty() && rest && rest->size() >= 2 && (rest->size() == 2 || (*rest)[2] == '\\'))
         return toUpper(rest->substr(1, 1)) + ":" + (rest->size() == 2 ? "\\" : rest->substr(2));
     return real.string();
 }

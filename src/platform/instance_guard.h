@@ -1,7 +1,10 @@
 // One running instance of the program a user.
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+
+#include "platform/paths.h"
 
 namespace vantrel::platform {
 
@@ -33,10 +36,10 @@ class LockFileGuard : public InstanceGuard {
     bool activationRequested() override;
 
   private:
-    std::filesystem::path requestFile() const { return file_.string() + ".activate"; }
+    std::filesystem::path requestFile() const { return withEnding(file_, ".activate"); }
 
     std::filesystem::path file_;
-    int descriptor_ = -1;
+    std::intptr_t lock_ = -1;
 };
 
 }  // namespace vantrel::platform

@@ -6,7 +6,7 @@
 
 namespace vantrel::platform {
 
-VirtualTime::VirtualTime(Instant start, Milliseconds limit, long stepLimit)
+VirtualTime::VirtualTime(Instant start, Milliseconds limit, std::int64_t stepLimit)
     : start_(start), now_(start), limit_(limit), stepsLeft_(stepLimit) {}
 
 void VirtualTime::passUntil(Instant instant) {

@@ -6,6 +6,7 @@
 // handlers and before time passes, however deep the program's procedures are nested at that moment.
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <vector>
@@ -30,7 +31,7 @@ class TimeKeeper : public Clock {
 class VirtualTime : public TimeKeeper {
   public:
     explicit VirtualTime(Instant start, Milliseconds limit = std::chrono::hours{24 * 400},
-                         long stepLimit = 200'000'000);
+                         std::int64_t stepLimit = 200'000'000);
 
     Instant utc() const override { return now_; }
     Milliseconds sinceStart() const override { return now_ - start_; }
@@ -40,7 +41,7 @@ class VirtualTime : public TimeKeeper {
     Instant start_;
     Instant now_;
     Milliseconds limit_;
-    long stepsLeft_;
+    std::int64_t stepsLeft_;
 };
 
 class QueuedEventLoop : public EventLoop {
@@ -73,7 +74,7 @@ class QueuedEventLoop : public EventLoop {
     struct Timer {
         Instant due;
         Milliseconds interval;  // zero: once
-        long order;
+        std::int64_t order;
         std::weak_ptr<std::function<void()>> handler;
     };
 
@@ -98,7 +99,7 @@ class QueuedEventLoop : public EventLoop {
     std::vector<Watch> watches_;
     std::function<void()> attend_;
     std::function<void()> onFailure_;
-    long nextOrder_ = 0;
+    std::int64_t nextOrder_ = 0;
     int depth_ = 0;
 };
 

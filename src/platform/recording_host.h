@@ -32,8 +32,8 @@ struct MemberFault {
     std::string member;
     AutomationError error{0, "", ""};
     std::optional<Value> returns;
-    long after = 0;
-    long times = -1;
+    std::int64_t after = 0;
+    std::int64_t times = -1;
 };
 
 class RecordingHost : public AutomationHost {

@@ -1,15 +1,13 @@
 #include "platform/settings_file.h"
 
 #include <array>
-#include <cerrno>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
-#include <fcntl.h>
-#include <unistd.h>
-
+#include "platform/durable_file.h"
+#include "platform/paths.h"
 #include "platform/whole_file.h"
 
 namespace vantrel::platform {
@@ -65,37 +63,6 @@ std::optional<MemorySettings::Entry> parseLine(std::string_view line) {
     return MemorySettings::Entry{*section, *key, *value};
 }
 
-[[noreturn]] void fail(const std::string& what, const std::filesystem::path& file) {
-    throw std::system_error(errno, std::generic_category(), what + " " + file.string());
-}
-
-/// What an interrupted call left undone is done.
-template <typename Call>
-auto untilDone(Call&& call) {
-    auto result = call();
-    while (result < 0 && errno == EINTR) result = call();
-    return result;
-}
-
-/// Writes a whole new file that has reached the disk when this returns; nothing stays of one that hasn't.
-void writeFlushed(const std::filesystem::path& file, std::string_view text) {
-    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0600);
-    if (descriptor < 0) fail("Can't create", file);
-    bool good = true;
-    while (good && !text.empty()) {
-        const ssize_t written = untilDone([&] { return ::write(descriptor, text.data(), text.size()); });
-        good = written > 0;
-        if (good) text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    good = good && untilDone([&] { return ::fsync(descriptor); }) == 0;
-    const int error = errno;
-    ::close(descriptor);
-    if (good) return;
-    ::unlink(file.c_str());
-    errno = error;
-    fail("Can't write", file);
-}
-
 }  // namespace
 
 const MemorySettings& SettingsFile::settings() const {
@@ -105,10 +72,11 @@ const MemorySettings& SettingsFile::settings() const {
 
 void SettingsFile::open() {
     settings();
-    ::unlink(freshFile().c_str());
+    std::error_code ignored;
+    std::filesystem::remove(freshFile(), ignored);
 }
 
-std::filesystem::path SettingsFile::freshFile() const { return file_.string() + ".new"; }
+std::filesystem::path SettingsFile::freshFile() const { return withEnding(file_, ".new"); }
 
 void SettingsFile::write(const std::string& section, const std::string& key, const std::string& value) {
     if (settings().read(section, key) == value) return;
@@ -142,7 +110,7 @@ MemorySettings SettingsFile::loaded() const {
     }
     if (damaged) {
         std::error_code ignored;
-        std::filesystem::copy_file(file_, file_.string() + ".damaged",
+        std::filesystem::copy_file(file_, withEnding(file_, ".damaged"),
                                    std::filesystem::copy_options::overwrite_existing, ignored);
     }
     return settings;
@@ -154,8 +122,10 @@ void SettingsFile::replaceBy(MemorySettings settings) {
     for (const auto& [name, entry] : settings.entries())
         text += escaped(entry.section) + '\t' + escaped(entry.key) + '\t' + escaped(entry.value) + '\n';
 
-    writeFlushed(freshFile(), text);
-    std::filesystem::rename(freshFile(), file_);
+    writeDurably(freshFile(), text);
+    std::error_code error;
+    takePlace(freshFile(), file_, error);
+    if (error) throw std::filesystem::filesystem_error("cannot rename", freshFile(), file_, error);
     settings_ = std::move(settings);
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "platform/own_program.h"
 #include "sky/cone.h"
 
 namespace vantrel::sky {
@@ -26,9 +27,9 @@ T littleEndian(const unsigned char* at) {
     return value;
 }
 
-MappedFile openFile(const std::filesystem::path& path) {
+platform::MappedFile openFile(const std::filesystem::path& path) {
     try {
-        return MappedFile(path);
+        return platform::MappedFile(path);
     } catch (const std::system_error& e) {
         throw CatalogError("star catalogue " + path.string() + " can't be read: " + e.code().message());
     }
@@ -36,8 +37,7 @@ MappedFile openFile(const std::filesystem::path& path) {
 
 std::vector<std::filesystem::path> builtInPlaces() {
     std::vector<std::filesystem::path> places;
-    std::error_code ignored;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", ignored);
+    const auto program = platform::ownProgram();
     if (!program.empty()) places.push_back(program.parent_path().parent_path() / "share" / "vantrel");
     places.emplace_back("/usr/share/vantrel");
 #ifdef VANTREL_SOURCE_DATA

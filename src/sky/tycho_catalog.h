@@ -13,7 +13,7 @@
 #include <span>
 #include <vector>
 
-#include "sky/mapped_file.h"
+#include "platform/mapped_file.h"
 #include "sky/star_catalog.h"
 
 namespace vantrel::sky {
@@ -66,7 +66,7 @@ class TychoCatalog : public StarCatalog {
     CatalogStar star(std::uint32_t index, std::uint32_t band, std::uint32_t cell, double epoch) const;
 
     std::filesystem::path path_;
-    MappedFile file_;
+    platform::MappedFile file_;
     std::uint32_t starCount_ = 0;
     std::uint32_t cellCount_ = 0;
     std::uint32_t bandCount_ = 0;

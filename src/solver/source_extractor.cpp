@@ -2,32 +2,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
-#include <numbers>
 #include <numeric>
+#include <optional>
+#include <utility>
 
-extern "C" {
-#include <sep.h>
-}
-
-#ifdef __SANITIZE_ADDRESS__
-// SEP 1.2.1 allocates two of its result arrays twice and loses the first ones (8 bytes a source).
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() { return "leak:libsep.so"; }
-extern "C" const char* __lsan_default_options();
-extern "C" const char* __lsan_default_options() { return "print_suppressions=0"; }
-#endif
+#include "solver/source_detection.h"
 
 namespace vantrel::solver {
 
 namespace {
 
-constexpr std::size_t kPixelStack = 60'000;  // SEP touches all of it, so it starts small
-constexpr std::size_t kLargestPixelStack = 960'000;
-constexpr int kDeblendLevels = 16;          // half of the library's own number: stars are simple shapes
-constexpr double kDeblendContrast = 0.005;  // the library's own
-constexpr int kSubObjectLimit = 4000;       // in a globular cluster or a nebula
-constexpr int kMaxRaises = 6;               // of the threshold, doubled each time
+constexpr int kMaxRaises = 6;  // of the threshold, doubled each time
 
 struct Kernel {
     std::vector<float> weights;
@@ -101,59 +86,26 @@ std::vector<float> withoutGaps(std::span<const float> pixels) {
     return filled;
 }
 
-using CatalogPointer = std::unique_ptr<sep_catalog, decltype(&sep_catalog_free)>;
-
-CatalogPointer extract(const sep_image& image, const Kernel& kernel, double threshold, int minimumPixels) {
-    sep_catalog* found = nullptr;
-    const int status = sep_extract(&image, static_cast<float>(threshold), SEP_THRESH_ABS, minimumPixels,
-                                   kernel.weights.data(), kernel.side, kernel.side, SEP_FILTER_CONV,
-                                   kDeblendLevels, kDeblendContrast, 0, 1.0, &found);
-    if (status != 0) {
-        sep_catalog_free(found);
-        found = nullptr;
-    }
-    return {found, &sep_catalog_free};
-}
-
 }  // namespace
 
 std::vector<Source> extractSources(std::span<const float> pixels, std::size_t width, std::size_t height,
                                    const ExtractionSettings& settings) {
     std::vector<float> filled;
     if (hasGaps(pixels)) filled = withoutGaps(pixels);
-    sep_image image{};
-    image.data = filled.empty() ? pixels.data() : filled.data();
-    image.dtype = SEP_TFLOAT;
-    image.w = static_cast<int>(width);
-    image.h = static_cast<int>(height);
-    image.noise_type = SEP_NOISE_NONE;
-    sep_set_sub_object_limit(kSubObjectLimit);
-
     const Kernel kernel = smoothingKernel(settings.filterFwhm);
-    double threshold = settings.sigma * smoothedNoise(pixels, width, height, kernel);
-    CatalogPointer found{nullptr, &sep_catalog_free};
-    std::size_t stack = kPixelStack;
-    for (int raise = 0; raise < kMaxRaises && found == nullptr;) {
-        sep_set_extract_pixstack(stack);
-        found = extract(image, kernel, threshold, settings.minimumPixels);
-        if (stack < kLargestPixelStack) {
-            stack *= 4;
-        } else {
-            threshold *= 2;
-            ++raise;
-        }
+    DetectionTask task{filled.empty() ? pixels : std::span<const float>(filled),
+                       width,
+                       height,
+                       kernel.weights,
+                       kernel.side,
+                       settings.sigma * smoothedNoise(pixels, width, height, kernel),
+                       settings.minimumPixels};
+    std::optional<std::vector<Source>> found;
+    for (int raise = 0; raise < kMaxRaises && !found; ++raise) {
+        found = detectSources(task);
+        task.threshold *= 2;
     }
-    std::vector<Source> sources;
-    if (found == nullptr) return sources;
-    sources.reserve(static_cast<std::size_t>(found->nobj));
-    for (int i = 0; i < found->nobj; ++i) {
-        sources.push_back({found->x[i], found->y[i], static_cast<double>(found->flux[i]),
-                           static_cast<double>(found->peak[i]),
-                           std::sqrt(static_cast<double>(found->a[i]) * static_cast<double>(found->b[i])),
-                           static_cast<double>(found->a[i]),
-                           static_cast<double>(found->theta[i]) * 180 / std::numbers::pi, found->npix[i],
-                           (found->flag[i] & SEP_OBJ_TRUNC) != 0});
-    }
+    std::vector<Source> sources = std::move(found).value_or(std::vector<Source>());
     const auto brighter = [](const Source& a, const Source& b) { return a.flux > b.flux; };
     std::sort(sources.begin(), sources.end(), brighter);
     if (sources.size() > settings.atMost) sources.resize(settings.atMost);

@@ -10,7 +10,8 @@
 #include <string>
 #include <system_error>
 
-#include <unistd.h>
+#include "platform/durable_file.h"
+#include "platform/own_program.h"
 
 namespace vantrel::solver {
 
@@ -272,7 +273,7 @@ std::shared_ptr<const StarPatterns> StarPatterns::open(const std::filesystem::pa
                                                        std::uint32_t catalogId) {
     try {
         return std::shared_ptr<const StarPatterns>(
-            new StarPatterns(std::make_unique<sky::MappedFile>(file, true), catalogId));
+            new StarPatterns(std::make_unique<platform::MappedFile>(file, true), catalogId));
     } catch (const std::system_error& e) {
         throw PatternError(file.string() + " can't be read: " + e.code().message());
     } catch (const PatternError& e) {
@@ -288,7 +289,7 @@ StarPatterns::StarPatterns(Tables tables, std::uint32_t catalogId)
       starts_(tables_.starts),
       entries_(tables_.entries) {}
 
-StarPatterns::StarPatterns(std::unique_ptr<sky::MappedFile> file, std::uint32_t catalogId)
+StarPatterns::StarPatterns(std::unique_ptr<platform::MappedFile> file, std::uint32_t catalogId)
     : file_(std::move(file)), catalogId_(catalogId) {
     const auto bytes = file_->bytes();
     Header header;
@@ -322,7 +323,8 @@ void StarPatterns::save(const std::filesystem::path& file) const {
     header.sum = quickSum(body);
 
     std::error_code failed;
-    const auto passing = file.string() + "." + std::to_string(::getpid());
+    auto passing = file;
+    passing += "." + std::to_string(platform::processNumber());
     {
         std::ofstream stream(passing, std::ios::binary);
         stream.write(reinterpret_cast<const char*>(&header), sizeof header);
@@ -330,7 +332,7 @@ void StarPatterns::save(const std::filesystem::path& file) const {
         stream.close();
         if (!stream) failed = std::make_error_code(std::errc::io_error);
     }
-    if (!failed) std::filesystem::rename(passing, file, failed);
+    if (!failed) platform::takePlace(passing, file, failed);
     if (failed) {
         std::error_code ignored;
         std::filesystem::remove(passing, ignored);

@@ -21,7 +21,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "sky/mapped_file.h"
+#include "platform/mapped_file.h"
 #include "sky/star_catalog.h"
 #include "sky/vector3.h"
 
@@ -161,7 +161,7 @@ class StarPatterns {
     }
 
     explicit StarPatterns(Tables tables, std::uint32_t catalogId);
-    StarPatterns(std::unique_ptr<sky::MappedFile> file, std::uint32_t catalogId);
+    StarPatterns(std::unique_ptr<platform::MappedFile> file, std::uint32_t catalogId);
 
     Match matchOf(std::uint32_t entry) const {
         const auto& pair = kPairs[entry % 8];
@@ -179,7 +179,7 @@ class StarPatterns {
     }
 
     Tables tables_;                          // of patterns made here
-    std::unique_ptr<sky::MappedFile> file_;  // of patterns read from a file
+    std::unique_ptr<platform::MappedFile> file_;  // of patterns read from a file
     std::uint32_t catalogId_ = 0;
     std::uint32_t starsPerCell_ = 0;
     std::span<const PatternStar> stars_;

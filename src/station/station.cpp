@@ -28,8 +28,7 @@ Station::Station(const Surroundings& surroundings, std::uint64_t seed)
       observatory_(surroundings.loop, surroundings.folders, seed, seams()),
       devices_(deviceSurroundings()),
       fileSolver_(*background_, surroundings.folders, surroundings.cache),
-      pagePicture_(observatory_.imaging().documents()),
-      pages_(surroundings.loop, {.picture = pagePicture_.source()}) {
+      pages_(livePages(surroundings.loop, observatory_.imaging().documents())) {
     observatory_.install(classes_);
 }
 
@@ -112,7 +111,7 @@ platform::Machine Station::machine(platform::AutomationHost& automation, platfor
             [this]() -> const platform::CameraHardware& { return observatory_.imaging().chosenCamera(); },
             [this] { devices_.adjustCamera(); },
             &fileSolver_,
-            surroundings_.network ? &pages_ : nullptr};
+            surroundings_.network ? pages_.get() : nullptr};
 }
 
 }  // namespace vantrel::station

@@ -9,7 +9,6 @@
 #include <string>
 
 #include "observatory/observatory.h"
-#include "page/network_pages.h"
 #include "platform/class_registry.h"
 #include "platform/desktop_windows.h"
 #include "platform/dialogs.h"
@@ -20,7 +19,7 @@
 #include "platform/settings_root.h"
 #include "station/devices.h"
 #include "station/file_solver.h"
-#include "station/page_picture.h"
+#include "station/live_pages.h"
 
 namespace vantrel::station {
 
@@ -76,8 +75,7 @@ class Station {
     platform::ClassRegistry classes_;
     Devices devices_;
     FileSolver fileSolver_;
-    PagePicture pagePicture_;
-    page::NetworkPages pages_;
+    std::unique_ptr<platform::LivePages> pages_;  // nothing where the system has no server for them
 };
 
 }  // namespace vantrel::station

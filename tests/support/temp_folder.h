@@ -4,10 +4,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <string_view>
-
-#include <stdlib.h>
 
 namespace vantrel::test {
 
@@ -22,8 +21,10 @@ inline std::filesystem::path writeFile(const std::filesystem::path& file, std::s
 class TempFolder {
   public:
     explicit TempFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
-        std::string pattern = parent / "vantrel-XXXXXX";
-        path_ = ::mkdtemp(pattern.data());
+        std::random_device number;
+        do {
+            path_ = parent / ("vantrel-" + std::to_string(number()));
+        } while (!std::filesystem::create_directory(path_));
     }
     /// Where thousands of small files cost least: in memory, if the system has a place for that.
     static std::filesystem::path quickPlace() {

@@ -9,17 +9,17 @@
 namespace vantrel::platform {
 
 LockFileGuard::~LockFileGuard() {
-    if (descriptor_ >= 0) ::close(descriptor_);
+    if (lock_ >= 0) ::close(static_cast<int>(lock_));
 }
 
 bool LockFileGuard::acquire() {
-    if (descriptor_ >= 0) return true;
+    if (lock_ >= 0) return true;
     std::error_code ignored;
     if (file_.has_parent_path()) std::filesystem::create_directories(file_.parent_path(), ignored);
     const int descriptor = ::open(file_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (descriptor < 0) return true;
     if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
-        descriptor_ = descriptor;
+        lock_ = descriptor;
         activationRequested();  // a request to an instance that is gone
         return true;
     }

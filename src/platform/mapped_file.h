@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <span>
 
-namespace vantrel::sky {
+namespace vantrel::platform {
 
 class MappedFile {
   public:
@@ -23,4 +23,4 @@ class MappedFile {
     std::size_t size_ = 0;
 };
 
-}  // namespace vantrel::sky
+}  // namespace vantrel::platform

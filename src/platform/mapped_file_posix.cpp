@@ -1,4 +1,4 @@
-#include "sky/mapped_file.h"
+#include "platform/mapped_file.h"
 
 #include <cerrno>
 #include <system_error>
@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace vantrel::sky {
+namespace vantrel::platform {
 
 namespace {
 
@@ -44,4 +44,4 @@ MappedFile::~MappedFile() {
     if (data_ != nullptr) ::munmap(const_cast<std::byte*>(data_), size_);
 }
 
-}  // namespace vantrel::sky
+}  // namespace vantrel::platform

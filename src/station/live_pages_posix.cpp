@@ -1,14 +1,38 @@
-#include "station/page_picture.h"
-
 #include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include "imaging/image_viewport.h"
 #include "imaging/pixel_statistics.h"
 #include "imaging/tone_curve.h"
 #include "imaging/view_raster.h"
+#include "page/network_pages.h"
 #include "page/png.h"
+#include "station/live_pages.h"
 
 namespace vantrel::station {
+
+namespace {
+
+/// The picture in front in the imaging program, small, as pages show it.
+class PagePicture {
+  public:
+    explicit PagePicture(const imaging::OpenDocuments& documents) : documents_(documents) {}
+
+    /// Both refer to this.
+    page::PictureSource source();
+
+  private:
+    std::uint64_t number();
+    std::string png();
+
+    const imaging::OpenDocuments& documents_;
+    platform::ImageRef seen_;
+    std::uint64_t number_ = 0;
+    std::uint64_t madeOf_ = 0;
+    std::string made_;
+};
 
 page::PictureSource PagePicture::source() {
     return {[this] { return number(); }, [this] { return png(); }};
@@ -46,6 +70,28 @@ std::string PagePicture::png() {
     made_ = page::pngOf(raster.width, raster.height, pixels);
     madeOf_ = number_;
     return made_;
+}
+
+class StationPages : public platform::LivePages {
+  public:
+    StationPages(platform::EventLoop& loop, const imaging::OpenDocuments& documents)
+        : picture_(documents), pages_(loop, {.picture = picture_.source()}) {}
+
+    std::unique_ptr<platform::LivePage> open(const std::string& host, int port,
+                                             platform::LivePageListener listener) override {
+        return pages_.open(host, port, std::move(listener));
+    }
+
+  private:
+    PagePicture picture_;
+    page::NetworkPages pages_;
+};
+
+}  // namespace
+
+std::unique_ptr<platform::LivePages> livePages(platform::EventLoop& loop,
+                                               const imaging::OpenDocuments& documents) {
+    return std::make_unique<StationPages>(loop, documents);
 }
 
 }  // namespace vantrel::station

@@ -1,0 +1,15 @@
+# Static libraries, from scripts/windows_dependencies.sh, and the system's own that they stand on.
+vantrel_find_c_library(cfitsio cfitsio fitsio.h)
+target_link_libraries(cfitsio INTERFACE ZLIB::ZLIB)
+vantrel_find_c_library(curl curl curl/curl.h)
+target_compile_definitions(curl INTERFACE CURL_STATICLIB)
+target_link_libraries(curl INTERFACE ZLIB::ZLIB ws2_32 crypt32 bcrypt)
+add_library(CURL::libcurl ALIAS curl)
+target_link_libraries(TIFF::TIFF INTERFACE ZLIB::ZLIB)
+
+# Headers alone, and so Debian's own; the folder that they are in has those of another system as well.
+find_path(VANTREL_JSON_INCLUDE nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/include)
+file(CREATE_LINK ${VANTREL_JSON_INCLUDE}/nlohmann ${PROJECT_BINARY_DIR}/include/nlohmann SYMBOLIC)
+add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED GLOBAL)
+target_include_directories(nlohmann_json::nlohmann_json SYSTEM INTERFACE ${PROJECT_BINARY_DIR}/include)

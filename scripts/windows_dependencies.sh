@@ -1,0 +1,157 @@
+#!/bin/sh
+# Installs what building for Windows needs, and makes the libraries that Debian has for Linux only: static ones for
+# x86_64-w64-mingw32, from Debian's own sources. They are made once and kept in a folder whose name tells versions and
+# options; the folder's name is the only thing written to standard output.
+#
+#   VANTREL_WINDOWS_CACHE   where those folders are; build/windows-dependencies otherwise
+set -eu
+cd "$(dirname "$0")/.."
+cache=${VANTREL_WINDOWS_CACHE:-$PWD/build/windows-dependencies}
+target=x86_64-w64-mingw32
+
+# Source packages, and the binary package that tells the version of each.
+sources="cfitsio:libcfitsio-dev erfa:liberfa-dev curl:libcurl4-openssl-dev libpng1.6:libpng-dev
+libjpeg-turbo:libjpeg62-turbo-dev tiff:libtiff-dev"
+packages="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 cmake ninja-build dpkg-dev python3 libeigen3-dev
+nlohmann-json3-dev googletest"
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+missing=""
+for package in $packages; do
+    state=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$state" = installed ] || missing="$missing $package"
+done
+if [ -n "$missing" ]; then
+    echo "Installing:$missing" >&2
+    as_root apt-get update -qq >&2
+    # shellcheck disable=SC2086  # a list, meant to be split
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
+fi
+
+version_of() {
+    apt-cache policy "$1" | sed -n 's/^ *Candidate: *//p' | grep -v '(none)'
+}
+version_of libpng-dev >/dev/null || as_root apt-get update -qq >&2
+
+versions() {
+    $target-g++-posix -dumpfullversion
+    for source in $sources; do
+        echo "${source%%:*} $(version_of "${source##*:}")"
+    done
+    dpkg-query -W -f '${Package} ${Version}\n' libz-mingw-w64-dev googletest
+    cat scripts/windows_dependencies.sh # the options
+}
+result=$cache/$(versions | sha256sum | cut -c 1-16)
+if [ -f "$result/complete" ]; then
+    echo "$result"
+    exit 0
+fi
+
+work=$cache/work
+rm -rf "$work" "$result"
+mkdir -p "$work/lists/partial" "$work/archives/partial" "$result/include" "$result/lib"
+begin=$(date +%s)
+
+# The machine's own places for Debian's packages are places for its sources too; the machine's lists stay as they are.
+awk -v suite="$(. /etc/os-release && echo "$VERSION_CODENAME")" '
+    function is_debians(name) { return name == suite || index(name, suite "-") == 1 }
+    FILENAME ~ /\.list$/ && $1 == "deb" {
+        for (i = 2; i <= NF; i++) if (is_debians($i)) { $1 = "deb-src"; print; next }
+    }' /etc/apt/sources.list /etc/apt/sources.list.d/*.list /dev/null 2>/dev/null >"$work/sources.list" || true
+mkdir "$work/sources.list.d"
+for file in /etc/apt/sources.list.d/*.sources; do
+    [ -f "$file" ] && grep -q "^Suites:.*$(. /etc/os-release && echo "$VERSION_CODENAME")" "$file" &&
+        sed 's/^Types:.*/Types: deb-src/' "$file" >"$work/sources.list.d/${file##*/}"
+done
+sources_apt() {
+    apt-get -q -o Dir::Etc::sourcelist="$work/sources.list" -o Dir::Etc::sourceparts="$work/sources.list.d" \
+        -o Dir::State::lists="$work/lists" -o Dir::Cache::archives="$work/archives" -o APT::Sandbox::User= "$@" >&2
+}
+sources_apt update
+cd "$work"
+# Mirrors may lack files of Debian's own changes; what upstream published does without them.
+fetch() (
+    mkdir "$1"
+    cd "$1"
+    sources_apt source --only-source "$1" && mv "$(find . -maxdepth 1 -mindepth 1 -type d)" source && exit 0
+    echo "$1: without Debian's changes, which can't be had" >&2
+    sources_apt source --only-source --download-only --tar-only "$1"
+    mkdir source
+    tar -xf ./*.orig.tar.?z* -C source --strip-components 1
+)
+for source in $sources; do
+    fetch "${source%%:*}"
+done
+cp -r /usr/src/googletest googletest
+echo "Fetched in $(($(date +%s) - begin)) s" >&2
+
+flags="-O2 -ffunction-sections -fdata-sections"
+cat >"$work/toolchain.cmake" <<END
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_C_COMPILER $target-gcc-posix)
+set(CMAKE_CXX_COMPILER $target-g++-posix)
+set(CMAKE_RC_COMPILER $target-windres)
+set(CMAKE_FIND_ROOT_PATH $result /usr/$target)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(CMAKE_FIND_LIBRARY_SUFFIXES .a)
+END
+
+# by_cmake NAME [OPTION...]
+by_cmake() {
+    name=$1
+    shift
+    cmake -S "$work/$name/${folder-source}" -B "$work/$name/build" -G Ninja -Wno-dev -DCMAKE_TOOLCHAIN_FILE="$work/toolchain.cmake" \
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_FLAGS_RELEASE="$flags" -DCMAKE_CXX_FLAGS_RELEASE="$flags" \
+        -DCMAKE_INSTALL_PREFIX="$result" -DBUILD_SHARED_LIBS=OFF -DZLIB_LIBRARY="/usr/$target/lib/libz.a" \
+        -DZLIB_INCLUDE_DIR="/usr/$target/include" -DPKG_CONFIG_EXECUTABLE=/bin/false "$@" >"$work/$name.log" 2>&1 &&
+        cmake --build "$work/$name/build" --target install >>"$work/$name.log" 2>&1 || {
+        tail -40 "$work/$name.log" >&2
+        return 1
+    }
+    echo "Built $name" >&2
+}
+
+# by_compiler NAME LIBRARY HEADERS FILE...: libraries that are a handful of files.
+by_compiler() {
+    name=$1 library=$2 headers=$3
+    shift 3
+    mkdir -p "$work/$name/objects"
+    (cd "$work/$name/source" && printf '%s\n' "$@" | xargs -P "$(nproc)" -I FILE sh -c \
+        "$target-gcc-posix $flags -std=gnu11 -w -D_USE_MATH_DEFINES -Isrc -Iinclude \
+            -c FILE -o ../objects/\$(basename FILE .c).o")
+    $target-ar crs "$result/lib/lib$library.a" "$work/$name"/objects/*.o
+    # shellcheck disable=SC2086  # a list, meant to be split
+    (cd "$work/$name/source" && cp $headers "$result/include/")
+    echo "Built $name" >&2
+}
+
+by_cmake cfitsio -DUSE_CURL=OFF -DUSE_PTHREADS=OFF -DTESTS=OFF -DUTILS=OFF
+by_cmake libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF
+# Without the assembler's versions, which give the same pixels.
+by_cmake libjpeg-turbo -DENABLE_SHARED=OFF -DENABLE_STATIC=ON -DWITH_SIMD=OFF -DWITH_TURBOJPEG=OFF
+by_cmake tiff -Djpeg=OFF -Dold-jpeg=OFF -Dlzma=OFF -Dzstd=OFF -Dwebp=OFF -Djbig=OFF -Dlerc=OFF -Dlibdeflate=OFF \
+    -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
+by_cmake curl -DBUILD_CURL_EXE=OFF -DHTTP_ONLY=ON -DCURL_USE_SCHANNEL=ON -DCURL_USE_OPENSSL=OFF -DCURL_USE_LIBSSH2=OFF \
+    -DCURL_USE_LIBPSL=OFF -DUSE_LIBIDN2=OFF -DUSE_WIN32_IDN=OFF -DENABLE_MANUAL=OFF -DENABLE_UNICODE=ON -DBUILD_TESTING=OFF
+folder=. by_cmake googletest -DINSTALL_GTEST=ON -DBUILD_GMOCK=ON
+cd "$work/erfa/source"
+# shellcheck disable=SC2046  # a list, meant to be split
+by_compiler erfa erfa "src/erfa.h src/erfam.h src/erfaextra.h" \
+    $(cd src && ls ./*.c | grep -v -e '/t_' -e erfaversion.c | sed 's,^\./,src/,')
+
+cd "$cache"
+rm -rf "$work"
+touch "$result/complete"
+echo "Made in $(($(date +%s) - begin)) s" >&2
+echo "$result"
