@@ -141,7 +141,8 @@ int runIniFront(const std::vector<std::string>& arguments) {
     }
     writeText(beside(".ini"), iniOf(*outcome));
     if (front.wcs) writeHeader(beside(".wcs"), headerOf(*outcome));
-    if (front.update && pictures::kindOf(platform::pathOf(front.options.file)) == pictures::PictureKind::kFits)
+    if (front.update &&
+        pictures::kindOf(platform::pathOf(front.options.file)) == pictures::PictureKind::kFits)
         fits::writeWcs(platform::pathOf(front.options.file), platform::pathOf(front.options.file),
                        solver::wcsOf(*outcome->solved.solution, outcome->solved.geometry));
     return kSolved;

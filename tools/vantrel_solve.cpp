@@ -162,7 +162,8 @@ int run(const std::vector<std::string>& arguments) {
         return solveMany(options.others, options.files, options.json);
     }
     const auto begin = std::chrono::steady_clock::now();
-    if (!options.wcs.empty() && pictures::kindOf(platform::pathOf(options.file)) != pictures::PictureKind::kFits)
+    if (!options.wcs.empty() &&
+        pictures::kindOf(platform::pathOf(options.file)) != pictures::PictureKind::kFits)
         throw BadInput("--wcs needs a FITS file, whose header it adds to");
     const Outcome outcome = solve(options);
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

@@ -2,11 +2,10 @@
 
 #include <fcntl.h>
 #include <io.h>
+#include <shellapi.h>
 
 #include "platform/own_program.h"
 #include "platform/win32_calls.h"
-
-#include <shellapi.h>
 
 namespace vantrel::platform {
 

@@ -1,13 +1,13 @@
 #include <cwchar>
 #include <stdexcept>
 
-#include "platform/paths.h"
-#include "platform/user_machine.h"
-#include "platform/win32_calls.h"
-
 #include <initguid.h>
 #include <knownfolders.h>
 #include <shlobj.h>
+
+#include "platform/paths.h"
+#include "platform/user_machine.h"
+#include "platform/win32_calls.h"
 
 namespace vantrel::platform {
 namespace {

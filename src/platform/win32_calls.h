@@ -5,9 +5,8 @@
 #include <string_view>
 #include <system_error>
 
-#include <winsock2.h>
-
 #include <windows.h>
+#include <winsock2.h>
 
 namespace vantrel::platform {
 

@@ -72,16 +72,19 @@ class Groups {
     std::vector<std::size_t> above_;
 };
 
-/// Parts of pixels that touch each other, corners included. Pixels come in the order of rows, and leave in it.
+/// Parts of pixels that touch each other, corners included. Pixels come in the order of rows, and leave in
+/// it.
 std::vector<Pixels> connected(const Pixels& pixels) {
     Groups groups(pixels.size());
     std::size_t above = 0;  // the first pixel of the row before that may touch
     for (std::size_t i = 0; i < pixels.size(); ++i) {
         const Pixel& at = pixels[i];
         if (i > 0 && pixels[i - 1].y == at.y && pixels[i - 1].x == at.x - 1) groups.join(i, i - 1);
-        while (above < i && (pixels[above].y < at.y - 1 || (pixels[above].y == at.y - 1 && pixels[above].x < at.x - 1)))
+        while (above < i &&
+               (pixels[above].y < at.y - 1 || (pixels[above].y == at.y - 1 && pixels[above].x < at.x - 1)))
             ++above;
-        for (std::size_t j = above; j < i && pixels[j].y == at.y - 1 && pixels[j].x <= at.x + 1; ++j) groups.join(i, j);
+        for (std::size_t j = above; j < i && pixels[j].y == at.y - 1 && pixels[j].x <= at.x + 1; ++j)
+            groups.join(i, j);
     }
     constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
     std::vector<std::size_t> places(pixels.size(), kNone);
@@ -181,7 +184,8 @@ class Parting {
 
     bool standsOut(const Pixels& pixels, float level) const {
         double light = 0;
-        for (const Pixel& pixel : pixels) light += static_cast<double>(pixel.smoothed) - static_cast<double>(level);
+        for (const Pixel& pixel : pixels)
+            light += static_cast<double>(pixel.smoothed) - static_cast<double>(level);
         return light > least_;
     }
 
@@ -194,8 +198,8 @@ class Parting {
         std::vector<bool> parted;
         for (const Pixels& one : parts) parted.push_back(part(one, step + 1));
         const bool any = std::find(parted.begin(), parted.end(), true) != parted.end();
-        const auto strong = std::count_if(parts.begin(), parts.end(),
-                                          [&](const Pixels& one) { return standsOut(one, at); });
+        const auto strong =
+            std::count_if(parts.begin(), parts.end(), [&](const Pixels& one) { return standsOut(one, at); });
         if (strong < 2) return any;
         for (std::size_t i = 0; i < parts.size(); ++i)
             if (!parted[i] && standsOut(parts[i], at)) peaks_.push_back({std::move(parts[i]), at});
@@ -217,9 +221,10 @@ class Skirt {
         for (const Pixel& pixel : peak.pixels) top = std::max(top, pixel.smoothed);
         const double spread = std::sqrt(std::max(1e-6, shape_.xx * shape_.yy - shape_.xy * shape_.xy));
         // The height of the gaussian that has so many pixels above the level.
-        height_ = std::min(4.0 * static_cast<double>(top),
-                           static_cast<double>(peak.level) *
-                               std::exp(static_cast<double>(peak.pixels.size()) / (2 * std::numbers::pi * spread)));
+        height_ =
+            std::min(4.0 * static_cast<double>(top),
+                     static_cast<double>(peak.level) *
+                         std::exp(static_cast<double>(peak.pixels.size()) / (2 * std::numbers::pi * spread)));
     }
 
     double at(int x, int y) const {
@@ -251,7 +256,8 @@ std::vector<Pixels> gathered(const Pixels& object, const std::vector<Peak>& peak
         for (std::size_t i = 1; i < peaks.size() && !own; ++i) {
             const double light = skirts[i].at(pixel.x, pixel.y);
             const double most = skirts[best].at(pixel.x, pixel.y);
-            const bool nearer = skirts[i].distance(pixel.x, pixel.y) < skirts[best].distance(pixel.x, pixel.y);
+            const bool nearer =
+                skirts[i].distance(pixel.x, pixel.y) < skirts[best].distance(pixel.x, pixel.y);
             if (light > most || (light + most < 1e-30 && nearer)) best = i;
         }
         parts[best].push_back(pixel);

@@ -27,9 +27,9 @@ using CatalogPointer = std::unique_ptr<sep_catalog, decltype(&sep_catalog_free)>
 
 CatalogPointer extract(const sep_image& image, const DetectionTask& task) {
     sep_catalog* found = nullptr;
-    const int status =
-        sep_extract(&image, static_cast<float>(task.threshold), SEP_THRESH_ABS, task.minimumPixels, task.kernel.data(),
-                    task.kernelSide, task.kernelSide, SEP_FILTER_CONV, kDeblendLevels, kDeblendContrast, 0, 1.0, &found);
+    const int status = sep_extract(&image, static_cast<float>(task.threshold), SEP_THRESH_ABS,
+                                   task.minimumPixels, task.kernel.data(), task.kernelSide, task.kernelSide,
+                                   SEP_FILTER_CONV, kDeblendLevels, kDeblendContrast, 0, 1.0, &found);
     if (status != 0) {
         sep_catalog_free(found);
         found = nullptr;

@@ -20,8 +20,9 @@ struct Field {
                 const double dx = static_cast<double>(column) - x;
                 const double dy = static_cast<double>(row) - y;
                 if (std::abs(dx) > 9 * sigma || std::abs(dy) > 9 * sigma) continue;
-                pixels[row * width + column] += static_cast<float>(
-                    light / (2 * 3.14159 * sigma * sigma) * std::exp(-(dx * dx + dy * dy) / (2 * sigma * sigma)));
+                pixels[row * width + column] +=
+                    static_cast<float>(light / (2 * 3.14159 * sigma * sigma) *
+                                       std::exp(-(dx * dx + dy * dy) / (2 * sigma * sigma)));
             }
     }
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <thread>
 
+#include <objbase.h>
+
 #include "platform/errors.h"
 #include "platform/win32_calls.h"
-
-#include <objbase.h>
 
 namespace vantrel::hosts::com {
 
@@ -110,10 +110,12 @@ void Apartment::run(const std::string& what, Milliseconds timeOut, std::function
         task->over = true;
         ::SetEvent(task->ended.get());
     });
-    const auto outcome = wait_.until([&] { return task->over.load(); }, timeOut, [&](Milliseconds atMost) {
-        ::WaitForSingleObject(task->ended.get(), static_cast<DWORD>(atMost.count()));
-        return true;
-    });
+    const auto outcome =
+        wait_.until([&] { return task->over.load(); }, timeOut,
+                    [&](Milliseconds atMost) {
+                        ::WaitForSingleObject(task->ended.get(), static_cast<DWORD>(atMost.count()));
+                        return true;
+                    });
     if (outcome != PumpedWait::Outcome::kDone) {
         lost_ = true;
         throw gone(" doesn't answer");

@@ -1,8 +1,8 @@
 // The thread that objects of COM live in.
 //
-// Drivers take seconds, show windows and send messages meanwhile. So all objects belong to one thread with a message loop
-// of its own (a single-threaded apartment); the program's thread gives it work and waits for that as it waits for
-// servers in the network.
+// Drivers take seconds, show windows and send messages meanwhile. So all objects belong to one thread with a
+// message loop of its own (a single-threaded apartment); the program's thread gives it work and waits for
+// that as it waits for servers in the network.
 #pragma once
 
 #include <functional>
@@ -20,8 +20,8 @@ class Apartment {
     Apartment(const Apartment&) = delete;
     Apartment& operator=(const Apartment&) = delete;
 
-    /// Does the work there and throws what it throws. Failure 462 with "`what` doesn't answer" when it takes longer;
-    /// the apartment is lost then, since nothing ends what hangs in it.
+    /// Does the work there and throws what it throws. Failure 462 with "`what` doesn't answer" when it takes
+    /// longer; the apartment is lost then, since nothing ends what hangs in it.
     void run(const std::string& what, platform::Milliseconds timeOut, std::function<void()> work);
 
     /// Does it some time, and never waits.

@@ -4,12 +4,12 @@
 #include <map>
 #include <optional>
 
+#include <objbase.h>
+
 #include "hosts/com/apartment.h"
 #include "hosts/com/variant.h"
 #include "platform/errors.h"
 #include "platform/text.h"
-
-#include <objbase.h>
 
 namespace vantrel::hosts::com {
 
@@ -72,7 +72,8 @@ std::string systemText(HRESULT failure) {
 }
 
 std::string taken(BSTR& text) {
-    const std::string words = text == nullptr ? std::string() : platform::narrow({text, ::SysStringLen(text)});
+    const std::string words =
+        text == nullptr ? std::string() : platform::narrow({text, ::SysStringLen(text)});
     ::SysFreeString(text);
     text = nullptr;
     return words;
@@ -157,13 +158,14 @@ class Object : public platform::AutomationObject, public std::enable_shared_from
         std::vector<Variant> held;
         for (std::size_t i = 0; i < arguments.size(); ++i) {
             const bool value = putting && i + 1 == arguments.size();
-            held.push_back(toVariant(arguments[i], value ? Place::kPropertyValue : Place::kArgument, asObjects));
+            held.push_back(
+                toVariant(arguments[i], value ? Place::kPropertyValue : Place::kArgument, asObjects));
         }
         std::vector<VARIANTARG> backwards;  // they belong to `held`
         for (auto one = held.rbegin(); one != held.rend(); ++one) backwards.push_back(one->raw());
         DISPID putId = DISPID_PROPERTYPUT;
-        DISPPARAMS parameters{backwards.data(), putting ? &putId : nullptr, static_cast<UINT>(backwards.size()),
-                              putting ? 1U : 0U};
+        DISPPARAMS parameters{backwards.data(), putting ? &putId : nullptr,
+                              static_cast<UINT>(backwards.size()), putting ? 1U : 0U};
         Variant result;
         EXCEPINFO told{};
         UINT which = 0;
@@ -202,8 +204,8 @@ class Key {
     std::string text() const {
         std::wstring value(4096, L'\0');
         auto size = static_cast<DWORD>(value.size() * sizeof(wchar_t));
-        if (key_ == nullptr || ::RegGetValueW(key_, nullptr, nullptr, RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ, nullptr,
-                                              value.data(), &size) != ERROR_SUCCESS)
+        if (key_ == nullptr || ::RegGetValueW(key_, nullptr, nullptr, RRF_RT_REG_SZ, nullptr, value.data(),
+                                              &size) != ERROR_SUCCESS)
             return {};
         return platform::narrow(value.c_str());
     }
@@ -212,7 +214,8 @@ class Key {
         wchar_t name[300];
         for (DWORD i = 0;; ++i) {
             DWORD size = 300;
-            if (key_ == nullptr || ::RegEnumKeyExW(key_, i, name, &size, nullptr, nullptr, nullptr, nullptr) != 0)
+            if (key_ == nullptr ||
+                ::RegEnumKeyExW(key_, i, name, &size, nullptr, nullptr, nullptr, nullptr) != 0)
                 return all;
             all.push_back(platform::narrow(name));
         }
@@ -229,7 +232,9 @@ std::string fileOf(const std::string& command) {
     return ending == std::string::npos ? command : command.substr(0, ending + 4);
 }
 
-std::string profileKey(const std::string& deviceType) { return "SOFTWARE\\ASCOM\\" + deviceType + " Drivers"; }
+std::string profileKey(const std::string& deviceType) {
+    return "SOFTWARE\\ASCOM\\" + deviceType + " Drivers";
+}
 
 }  // namespace
 
@@ -266,7 +271,8 @@ std::string Host::serverPath(const std::string& progId) const {
         if (id.empty()) continue;
         for (const char* kind : {"LocalServer32", "InprocServer32"})
             for (const REGSAM classes : kViews) {
-                const std::string command = Key(HKEY_CLASSES_ROOT, "CLSID\\" + id + "\\" + kind, classes).text();
+                const std::string command =
+                    Key(HKEY_CLASSES_ROOT, "CLSID\\" + id + "\\" + kind, classes).text();
                 if (!command.empty()) return fileOf(command);
             }
     }
@@ -275,7 +281,8 @@ std::string Host::serverPath(const std::string& progId) const {
 
 std::string Host::profileDescription(const std::string& deviceType, const std::string& progId) const {
     for (const REGSAM view : {KEY_WOW64_32KEY, KEY_WOW64_64KEY}) {
-        const std::string words = Key(HKEY_LOCAL_MACHINE, profileKey(deviceType) + "\\" + progId, view).text();
+        const std::string words =
+            Key(HKEY_LOCAL_MACHINE, profileKey(deviceType) + "\\" + progId, view).text();
         if (!words.empty()) return words;
     }
     return {};

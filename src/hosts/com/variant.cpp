@@ -67,7 +67,8 @@ void putImage(VARIANT& variant, const ImageArray& image) {
 double numberOf(const VARIANT& element) {
     VARIANT number;
     ::VariantInit(&number);
-    if (FAILED(::VariantChangeTypeEx(&number, const_cast<VARIANT*>(&element), LOCALE_INVARIANT, 0, VT_R8))) mismatch();
+    if (FAILED(::VariantChangeTypeEx(&number, const_cast<VARIANT*>(&element), LOCALE_INVARIANT, 0, VT_R8)))
+        mismatch();
     return number.dblVal;
 }
 
@@ -76,7 +77,8 @@ ImageArray::Pixels fittingPixels(const std::vector<double>& values) {
     const auto whole = [](double value) {
         return value == std::trunc(value) && std::abs(value) <= std::numeric_limits<std::int32_t>::max();
     };
-    if (std::all_of(values.begin(), values.end(), whole)) return std::vector<std::int32_t>(values.begin(), values.end());
+    if (std::all_of(values.begin(), values.end(), whole))
+        return std::vector<std::int32_t>(values.begin(), values.end());
     std::vector<float> floats;
     floats.reserve(values.size());
     for (const double value : values) floats.push_back(static_cast<float>(value));

@@ -3,10 +3,10 @@
 
 #include <functional>
 
+#include <oleauto.h>
+
 #include "platform/automation.h"
 #include "platform/win32_calls.h"
-
-#include <oleauto.h>
 
 namespace vantrel::hosts::com {
 
@@ -33,8 +33,8 @@ struct ObjectWays {
 };
 
 enum class Place { kArgument, kPropertyValue };
-/// An empty value is, as an argument, one that is left out. Images become arrays of whole numbers of 32 bits, or of
-/// floats: never of VARIANTs, which would be eight times as large.
+/// An empty value is, as an argument, one that is left out. Images become arrays of whole numbers of 32 bits,
+/// or of floats: never of VARIANTs, which would be eight times as large.
 Variant toVariant(const platform::Value& value, Place place, const ObjectWays& ways);
 
 /// Failure 13 for what the program has no value for.

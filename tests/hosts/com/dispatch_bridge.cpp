@@ -48,13 +48,14 @@ class Bridge : public IDispatch {
         }
         return S_OK;
     }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD how, DISPPARAMS* given, VARIANT* out, EXCEPINFO* failure,
-                        UINT*) override {
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD how, DISPPARAMS* given, VARIANT* out,
+                        EXCEPINFO* failure, UINT*) override {
         const ObjectWays ways{[](const platform::ObjectRef& object) { return bridged(object); },
                               [](IDispatch*) -> platform::ObjectRef { return nullptr; }};
         try {
             platform::Arguments arguments;
-            for (UINT i = given->cArgs; i > 0; --i) arguments.push_back(fromVariant(given->rgvarg[i - 1], ways));
+            for (UINT i = given->cArgs; i > 0; --i)
+                arguments.push_back(fromVariant(given->rgvarg[i - 1], ways));
             const std::string& member = members_.at(static_cast<std::size_t>(id) - 1);
             platform::Value result;
             if ((how & DISPATCH_PROPERTYPUT) != 0) {
@@ -77,8 +78,9 @@ class Bridge : public IDispatch {
             if (error.number() == platform::error_number::kNoSuchMember) return DISP_E_MEMBERNOTFOUND;
             constexpr unsigned kRunTime = 0x800A0000U;
             *failure = {};
-            failure->scode = error.number() < 0 ? error.number()
-                                                : static_cast<SCODE>(kRunTime + static_cast<unsigned>(error.number()));
+            failure->scode = error.number() < 0
+                                 ? error.number()
+                                 : static_cast<SCODE>(kRunTime + static_cast<unsigned>(error.number()));
             failure->bstrSource = ::SysAllocString(platform::wide(error.source()).c_str());
             failure->bstrDescription = ::SysAllocString(platform::wide(error.description()).c_str());
             return DISP_E_EXCEPTION;

@@ -4,14 +4,13 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#include <objbase.h>
 
 #include "headless/system_time.h"
 #include "hosts/com/test_telescope.h"
 #include "platform/errors.h"
 #include "platform/image_array.h"
 #include "platform/own_program.h"
-
-#include <objbase.h>
 
 namespace vantrel::hosts::com {
 namespace {
@@ -23,8 +22,8 @@ using platform::Value;
 void keep(const std::string& path, const std::string& value, const wchar_t* name = nullptr,
           REGSAM view = KEY_WOW64_64KEY) {
     HKEY key = nullptr;
-    ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, platform::wide("SOFTWARE\\" + path).c_str(), 0, nullptr, 0, KEY_WRITE | view,
-                      nullptr, &key, nullptr);
+    ::RegCreateKeyExW(HKEY_LOCAL_MACHINE, platform::wide("SOFTWARE\\" + path).c_str(), 0, nullptr, 0,
+                      KEY_WRITE | view, nullptr, &key, nullptr);
     const std::wstring text = platform::wide(value);
     ::RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
                      static_cast<DWORD>(2 * text.size() + 2));
@@ -43,9 +42,11 @@ void registerServers() {
         keep(std::string("Classes\\") + progId + "\\CLSID", textOf(id));
         keep("Classes\\CLSID\\" + textOf(id) + "\\" + kind, file);
     };
-    add(test::kProgramId, test::kProgramClass, "LocalServer32", "\"" + (folder / COM_SERVER).string() + "\" /automation");
+    add(test::kProgramId, test::kProgramClass, "LocalServer32",
+        "\"" + (folder / COM_SERVER).string() + "\" /automation");
     add(test::kLibraryId, test::kLibraryClass, "InprocServer32", (folder / COM_LIBRARY).string());
-    keep("Classes\\CLSID\\" + textOf(test::kLibraryClass) + "\\InprocServer32", "Apartment", L"ThreadingModel");
+    keep("Classes\\CLSID\\" + textOf(test::kLibraryClass) + "\\InprocServer32", "Apartment",
+         L"ThreadingModel");
     keep(std::string("ASCOM\\Telescope Drivers\\") + test::kProgramId, "A telescope for tests", nullptr,
          KEY_WOW64_32KEY);
 }
@@ -74,8 +75,8 @@ struct ComRegistryTest : ComHost, testing::Test {};
 
 TEST_P(ComHostTest, ValuesPassBothWays) {
     const ObjectRef telescope = host.create(GetParam());
-    for (const Value& value : {Value(true), Value(false), Value(-7), Value(2.25), Value(""), Value("T\xC3\xA9l \xE2\x84\x96"),
-                               Value()}) {
+    for (const Value& value : {Value(true), Value(false), Value(-7), Value(2.25), Value(""),
+                               Value("T\xC3\xA9l \xE2\x84\x96"), Value()}) {
         telescope->put("Kept", value);
         EXPECT_EQ(telescope->get("Kept"), value);
     }
@@ -153,7 +154,8 @@ TEST_F(ComRegistryTest, TheRegistryTellsOfServersAndDrivers) {
     EXPECT_EQ(host.drivers("Telescope")[0].progId, test::kProgramId);
 }
 
-// In a run of its own after all others: Wine goes on remembering a server that died; Windows would start another.
+// In a run of its own after all others: Wine goes on remembering a server that died; Windows would start
+// another.
 TEST_F(ComRegistryTest, AServerThatDiesIsAFailure) {
     const ObjectRef telescope = host.create(test::kProgramId);
     EXPECT_NE(failureOf([&] { telescope->call("Die"); }).number(), 0);

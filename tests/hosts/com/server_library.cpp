@@ -4,10 +4,13 @@
 
 using namespace vantrel::test;
 
-extern "C" __declspec(dllexport) HRESULT WINAPI DllGetClassObject(REFCLSID wanted, REFIID interfaceId, void** out) {
+extern "C" __declspec(dllexport) HRESULT WINAPI
+    DllGetClassObject(REFCLSID wanted, REFIID interfaceId, void** out) {
     static Factory factory([] { return testTelescope(); });
     *out = nullptr;
     return wanted == kLibraryClass ? factory.QueryInterface(interfaceId, out) : CLASS_E_CLASSNOTAVAILABLE;
 }
 
-extern "C" __declspec(dllexport) HRESULT WINAPI DllCanUnloadNow() { return bridgedObjects() == 0 ? S_OK : S_FALSE; }
+extern "C" __declspec(dllexport) HRESULT WINAPI DllCanUnloadNow() {
+    return bridgedObjects() == 0 ? S_OK : S_FALSE;
+}

@@ -17,13 +17,16 @@ class TestTelescope : public platform::AutomationObject {
   public:
     std::string className() const override { return "VantrelTest.Telescope"; }
 
-    Value get(const std::string& member, const Arguments& arguments) override { return call(member, arguments); }
+    Value get(const std::string& member, const Arguments& arguments) override {
+        return call(member, arguments);
+    }
     void put(const std::string& member, const Value& value, const Arguments& arguments) override {
         if (member != "Kept" && member != "Indexed") throw platform::runTimeError(438);
         kept_[arguments.empty() ? 0 : arguments[0].toInt()] = value;
     }
     Value call(const std::string& member, const Arguments& arguments) override {
-        if (member == "Kept" || member == "Indexed") return kept_[arguments.empty() ? 0 : arguments[0].toInt()];
+        if (member == "Kept" || member == "Indexed")
+            return kept_[arguments.empty() ? 0 : arguments[0].toInt()];
         if (member == "Missing") return static_cast<int>(!arguments.empty() && arguments[0].isEmpty());
         if (member == "Partner") return Value(platform::ObjectRef(std::make_shared<TestTelescope>()));
         if (member == "Nobody") return Value(platform::ObjectRef());
