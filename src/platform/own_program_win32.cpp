@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <shellapi.h>
 
 #include "platform/own_program.h"
 #include "platform/win32_calls.h"

@@ -4,10 +4,6 @@
 #include <memory>
 #include <mutex>
 
-#include <iphlpapi.h>
-#include <mstcpip.h>
-#include <ws2tcpip.h>
-
 #include "platform/sockets.h"
 #include "platform/win32_calls.h"
 

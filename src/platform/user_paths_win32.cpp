@@ -1,10 +1,6 @@
 #include <cwchar>
 #include <stdexcept>
 
-#include <initguid.h>
-#include <knownfolders.h>
-#include <shlobj.h>
-
 #include "platform/paths.h"
 #include "platform/user_machine.h"
 #include "platform/win32_calls.h"

@@ -7,8 +7,6 @@
 #include <string>
 #include <thread>
 
-#include <objbase.h>
-
 #include "platform/errors.h"
 #include "platform/win32_calls.h"
 

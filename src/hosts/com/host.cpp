@@ -4,8 +4,6 @@
 #include <map>
 #include <optional>
 
-#include <objbase.h>
-
 #include "hosts/com/apartment.h"
 #include "hosts/com/variant.h"
 #include "platform/errors.h"

@@ -3,8 +3,6 @@
 
 #include <functional>
 
-#include <oleauto.h>
-
 #include "platform/automation.h"
 #include "platform/win32_calls.h"
 

@@ -4,7 +4,6 @@
 #include <string>
 
 #include <gtest/gtest.h>
-#include <objbase.h>
 
 #include "headless/system_time.h"
 #include "hosts/com/test_telescope.h"
