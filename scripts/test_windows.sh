@@ -14,10 +14,12 @@ lap "Build"
 
 export VANTREL_WINE_PREFIX="$PWD/build/windows/wine"
 rm -rf "$VANTREL_WINE_PREFIX"
-# Wine's own services start here: they would hold on to the output of the first test and keep it from ending.
 scripts/wine.sh cmd /c exit >/dev/null 2>&1
-WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -p >/dev/null 2>&1 || true
-scripts/wine.sh cmd /c exit >/dev/null 2>&1
+# Wine's own services belong to whoever is first, and hold on to his output: here somebody who has none, and stays until
+# this script ends.
+WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -k || true
+tail -f /dev/null --pid=$$ | scripts/wine.sh cmd /c "set /p ignored=" >/dev/null 2>&1 &
+sleep 3
 status=0
 ctest --preset windows || status=$?
 WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -k || true

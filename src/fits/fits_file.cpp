@@ -18,8 +18,6 @@ bool FitsFile::reach(std::size_t bytes) {
     return unpacking_ ? unpacking_->reach(bytes) : bytes <= file_.size();
 }
 
-std::filesystem::path FitsFile::nameToOpen() const {
-    return bytes().bytes().nameToOpen();
-}
+std::filesystem::path FitsFile::nameToOpen() const { return bytes().bytes().nameToOpen(); }
 
 }  // namespace vantrel::fits

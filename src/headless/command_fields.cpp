@@ -41,7 +41,8 @@ std::int64_t CommandFields::integer(const char* name) const {
     constexpr double kLargest = std::numeric_limits<std::uint32_t>::max();
     if (value.is_number()) {
         const double number = value.get<double>();
-        if (std::abs(number) <= kLargest && number == std::trunc(number)) return static_cast<std::int64_t>(number);
+        if (std::abs(number) <= kLargest && number == std::trunc(number))
+            return static_cast<std::int64_t>(number);
     }
     throw CommandError(quoted(name) + " must be a whole number");
 }

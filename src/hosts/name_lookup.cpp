@@ -21,8 +21,7 @@ std::optional<FoundAddresses> knownAddresses(const ServerAddress& server) {
     FoundAddresses found = known(here ? "127.0.0.1" : server.host);
     if (found.addresses.empty()) return std::nullopt;
     if (here)
-        for (const SocketAddress& address : known("::1").addresses)
-            found.addresses.push_back(address);
+        for (const SocketAddress& address : known("::1").addresses) found.addresses.push_back(address);
     return found;
 }
 

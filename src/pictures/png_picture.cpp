@@ -11,7 +11,8 @@ namespace vantrel::pictures {
 void readPng(const std::filesystem::path& path, PictureSink& sink) {
     png_image png{};
     png.version = PNG_IMAGE_VERSION;
-    if (png_image_begin_read_from_file(&png, platform::libraryName(path).c_str()) == 0) throw PictureError(png.message);
+    if (png_image_begin_read_from_file(&png, platform::libraryName(path).c_str()) == 0)
+        throw PictureError(png.message);
     sink.begin({png.width, png.height});
     png.format = PNG_FORMAT_LINEAR_Y;
     std::vector<std::uint16_t> values(std::size_t{png.width} * png.height);

@@ -12,8 +12,8 @@ namespace vantrel::platform {
 inline constexpr int kStandardInput = 0;
 inline constexpr int kStandardOutput = 1;
 
-/// Those that have something to read, or whose other end was closed. Waits for one at most so long; negative numbers
-/// are nobody.
+/// Those that have something to read, or whose other end was closed. Waits for one at most so long; negative
+/// numbers are nobody.
 std::vector<int> waitForInput(const std::vector<int>& descriptors, Milliseconds longest);
 
 struct Received {

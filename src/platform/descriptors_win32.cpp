@@ -10,8 +10,8 @@
 namespace vantrel::platform {
 namespace {
 
-/// Standard input may be a console, a pipe or a file, which can't be waited for in one way. So a thread reads it ahead;
-/// it ends with the program.
+/// Standard input may be a console, a pipe or a file, which can't be waited for in one way. So a thread reads
+/// it ahead; it ends with the program.
 class StandardInput {
   public:
     static StandardInput& get() {
@@ -103,8 +103,8 @@ bool writeWhole(int descriptor, std::string_view text) {
     if (descriptor != kStandardOutput) return false;
     while (!text.empty()) {
         DWORD written = 0;
-        if (::WriteFile(::GetStdHandle(STD_OUTPUT_HANDLE), text.data(), static_cast<DWORD>(text.size()), &written,
-                        nullptr) == 0)
+        if (::WriteFile(::GetStdHandle(STD_OUTPUT_HANDLE), text.data(), static_cast<DWORD>(text.size()),
+                        &written, nullptr) == 0)
             return false;
         text.remove_prefix(written);
     }

@@ -41,7 +41,8 @@ void writeDurably(const std::filesystem::path& file, std::string_view text) {
     fail("Can't write", file, error);
 }
 
-void takePlace(const std::filesystem::path& file, const std::filesystem::path& target, std::error_code& error) {
+void takePlace(const std::filesystem::path& file, const std::filesystem::path& target,
+               std::error_code& error) {
     std::filesystem::rename(file, target, error);
 }
 

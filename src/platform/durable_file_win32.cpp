@@ -11,7 +11,8 @@ void writeDurably(const std::filesystem::path& file, std::string_view text) {
         if (!handle) failCall(::GetLastError(), "Can't create " + file.string());
         while (failure == 0 && !text.empty()) {
             DWORD written = 0;
-            if (::WriteFile(handle.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr) == 0)
+            if (::WriteFile(handle.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr) ==
+                0)
                 failure = ::GetLastError();
             text.remove_prefix(written);
         }
@@ -22,7 +23,8 @@ void writeDurably(const std::filesystem::path& file, std::string_view text) {
     failCall(failure, "Can't write " + file.string());
 }
 
-void takePlace(const std::filesystem::path& file, const std::filesystem::path& target, std::error_code& error) {
+void takePlace(const std::filesystem::path& file, const std::filesystem::path& target,
+               std::error_code& error) {
     error.clear();
     const auto move = [](const std::filesystem::path& from, const std::filesystem::path& to) {
         return ::MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
@@ -31,7 +33,8 @@ void takePlace(const std::filesystem::path& file, const std::filesystem::path& t
     error = failureOf(::GetLastError());
     // One that is open can't be replaced, but it can have another name until it is closed.
     std::filesystem::path aside = target;
-    aside += L"." + std::to_wstring(::GetCurrentProcessId()) + L"." + std::to_wstring(::GetTickCount64()) + L".old";
+    aside += L"." + std::to_wstring(::GetCurrentProcessId()) + L"." + std::to_wstring(::GetTickCount64()) +
+             L".old";
     if (error != std::errc::permission_denied || !move(target, aside)) return;
     if (move(file, target)) {
         error.clear();

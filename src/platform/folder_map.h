@@ -11,8 +11,8 @@ namespace vantrel::platform {
 
 /// Each drive letter is a folder below one drives folder; single folders can be mapped elsewhere (the
 /// profile's documents to the desktop's own). Names are otherwise kept as they are. A text that begins with
-/// "/" is a real path already. Folder names never lead out of their drive: ".." parts are dropped. Without a drives
-/// folder the texts are the system's own.
+/// "/" is a real path already. Folder names never lead out of their drive: ".." parts are dropped. Without a
+/// drives folder the texts are the system's own.
 class FolderMap {
   public:
     explicit FolderMap(std::filesystem::path drives) : drives_(std::move(drives)) {}

@@ -17,8 +17,8 @@ constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE
 
 std::intptr_t opened(const std::filesystem::path& path) {
     // A folder is opened as well, to be told from a file that isn't there.
-    return reinterpret_cast<std::intptr_t>(::CreateFileW(path.c_str(), GENERIC_READ, kShared, nullptr, OPEN_EXISTING,
-                                                         FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    return reinterpret_cast<std::intptr_t>(::CreateFileW(path.c_str(), GENERIC_READ, kShared, nullptr,
+                                                         OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
 OVERLAPPED at(std::uint64_t offset) {

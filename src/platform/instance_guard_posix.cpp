@@ -1,10 +1,10 @@
-#include "platform/instance_guard.h"
-
 #include <cerrno>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
+
+#include "platform/instance_guard.h"
 
 namespace vantrel::platform {
 

@@ -1,5 +1,3 @@
-#include "platform/mapped_file.h"
-
 #include <cerrno>
 #include <system_error>
 
@@ -7,6 +5,8 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "platform/mapped_file.h"
 
 namespace vantrel::platform {
 

@@ -13,8 +13,8 @@ std::filesystem::path ownProgram();
 /// The number of its process.
 unsigned long processNumber();
 
-/// What it was called with, without its own name. Prepares standard input and output, too, where the system would
-/// change line ends in them.
+/// What it was called with, without its own name. Prepares standard input and output, too, where the system
+/// would change line ends in them.
 std::vector<std::string> programArguments(int count, char** texts);
 
 /// A reader of standard output who goes away is a failed write, nothing worse.

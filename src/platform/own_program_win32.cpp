@@ -6,8 +6,6 @@
 #include "platform/own_program.h"
 #include "platform/win32_calls.h"
 
-#include <shellapi.h>
-
 namespace vantrel::platform {
 
 std::filesystem::path ownProgram() {

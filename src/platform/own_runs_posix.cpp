@@ -46,8 +46,8 @@ OwnRuns::Ended OwnRuns::waitForOne() {
     for (;;) {
         int status = 0;
         const pid_t id = ::waitpid(-1, &status, 0);
-        const auto ended =
-            std::find_if(runs_.begin(), runs_.end(), [&](const auto& entry) { return entry.second.id == id; });
+        const auto ended = std::find_if(runs_.begin(), runs_.end(),
+                                        [&](const auto& entry) { return entry.second.id == id; });
         if (ended == runs_.end()) continue;
         ended->second.id = 0;
         return {ended->first, WIFEXITED(status) ? std::optional(WEXITSTATUS(status)) : std::nullopt};

@@ -39,8 +39,8 @@ void OwnRuns::start(std::size_t number, const std::vector<std::string>& argument
     Run& run = runs_[number];
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
     const Handle output(::CreateFileW(run.output.nameToOpen().c_str(), GENERIC_WRITE,
-                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherited, OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &inherited,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     std::wstring line = quoted(ownProgram().native());
     for (const std::string& argument : arguments) line += L" " + quoted(wide(argument));
     STARTUPINFOW how{};
@@ -50,7 +50,8 @@ void OwnRuns::start(std::size_t number, const std::vector<std::string>& argument
     how.hStdOutput = output.get();
     how.hStdError = ::GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION what{};
-    if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &how, &what) == 0) {
+    if (::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &how, &what) ==
+        0) {
         const DWORD failure = ::GetLastError();
         runs_.erase(number);
         failCall(failure, "no further process");
@@ -60,8 +61,9 @@ void OwnRuns::start(std::size_t number, const std::vector<std::string>& argument
 }
 
 std::size_t OwnRuns::running() const {
-    return static_cast<std::size_t>(std::count_if(
-        runs_.begin(), runs_.end(), [](const auto& entry) { return static_cast<bool>(entry.second.process); }));
+    return static_cast<std::size_t>(std::count_if(runs_.begin(), runs_.end(), [](const auto& entry) {
+        return static_cast<bool>(entry.second.process);
+    }));
 }
 
 OwnRuns::Ended OwnRuns::waitForOne() {

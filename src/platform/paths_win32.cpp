@@ -13,8 +13,8 @@ std::optional<std::string> plainName(const std::wstring& name) {
     const bool canTell = ::GetACP() != CP_UTF8;
     const int size = ::WideCharToMultiByte(CP_ACP, 0, name.data(), length, nullptr, 0, nullptr, nullptr);
     std::string text(static_cast<std::size_t>(size), '\0');
-    ::WideCharToMultiByte(CP_ACP, canTell ? WC_NO_BEST_FIT_CHARS : 0, name.data(), length, text.data(), size, nullptr,
-                          canTell ? &lacking : nullptr);
+    ::WideCharToMultiByte(CP_ACP, canTell ? WC_NO_BEST_FIT_CHARS : 0, name.data(), length, text.data(), size,
+                          nullptr, canTell ? &lacking : nullptr);
     if (lacking != FALSE) return std::nullopt;
     return text;
 }

@@ -1,4 +1,5 @@
-// Sockets that never block, and what the system knows of addresses. Failures are error numbers as errno has them.
+// Sockets that never block, and what the system knows of addresses. Failures are error numbers as errno has
+// them.
 #pragma once
 
 #include <array>
@@ -29,8 +30,8 @@ enum class AddressKind { kAnyName, kNumeric };
 /// Asking for a name takes as long as it takes.
 FoundAddresses addressesOf(const std::string& host, int port, AddressKind kind);
 
-/// A socket for connections of the address's family, told to notice soon when its peer is gone; -1 and a failure when
-/// there is none to be had.
+/// A socket for connections of the address's family, told to notice soon when its peer is gone; -1 and a
+/// failure when there is none to be had.
 struct OpenedSocket {
     int number = -1;
     int failure = 0;
@@ -68,7 +69,8 @@ class DatagramSocket {
     /// To an address of four bytes, as it stands in packets; broadcast addresses are allowed.
     void send(std::string_view words, std::uint32_t address, int port) const;
     /// To everybody in a numeric IPv6 group, on that interface.
-    void sendToGroup(std::string_view words, const std::string& group, int port, unsigned interfaceNumber) const;
+    void sendToGroup(std::string_view words, const std::string& group, int port,
+                     unsigned interfaceNumber) const;
 
     struct Datagram {
         std::string from;  // numeric address

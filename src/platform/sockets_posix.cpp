@@ -68,8 +68,7 @@ FoundAddresses addressesOf(const std::string& host, int port, AddressKind kind) 
 }
 
 OpenedSocket openStreamSocket(const SocketAddress& address) {
-    const int number =
-        ::socket(generic(address)->sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const int number = ::socket(generic(address)->sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (number < 0) return {-1, errno};
     tune(number);
     return {number};
@@ -89,7 +88,8 @@ int connectFailure(int number) {
 }
 
 bool waitForSocket(int number, SocketWait what, Milliseconds longest) {
-    const int events = (what != SocketWait::kWriting ? POLLIN : 0) | (what != SocketWait::kReading ? POLLOUT : 0);
+    const int events =
+        (what != SocketWait::kWriting ? POLLIN : 0) | (what != SocketWait::kReading ? POLLOUT : 0);
     pollfd watched{number, static_cast<short>(events), 0};
     return ::poll(&watched, 1, static_cast<int>(longest.count())) > 0;
 }
@@ -103,8 +103,8 @@ Transfer receiveFrom(int number, std::span<char> out) {
 }
 
 DatagramSocket::DatagramSocket(Family family)
-    : number_(::socket(family == Family::kFour ? AF_INET : AF_INET6, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC,
-                       0)) {
+    : number_(::socket(family == Family::kFour ? AF_INET : AF_INET6,
+                       SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
     if (family == Family::kFour) setOption(number_, SOL_SOCKET, SO_BROADCAST, 1);
 }
 
@@ -117,7 +117,8 @@ void DatagramSocket::send(std::string_view words, std::uint32_t address, int por
     to.sin_family = AF_INET;
     to.sin_port = htons(static_cast<std::uint16_t>(port));
     to.sin_addr.s_addr = address;
-    ::sendto(number_, words.data(), words.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&to), sizeof to);
+    ::sendto(number_, words.data(), words.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&to),
+             sizeof to);
 }
 
 void DatagramSocket::sendToGroup(std::string_view words, const std::string& group, int port,
@@ -128,7 +129,8 @@ void DatagramSocket::sendToGroup(std::string_view words, const std::string& grou
     to.sin6_scope_id = interfaceNumber;
     if (::inet_pton(AF_INET6, group.c_str(), &to.sin6_addr) != 1) return;
     setOption(number_, IPPROTO_IPV6, IPV6_MULTICAST_IF, static_cast<int>(interfaceNumber));
-    ::sendto(number_, words.data(), words.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&to), sizeof to);
+    ::sendto(number_, words.data(), words.size(), MSG_NOSIGNAL, reinterpret_cast<const sockaddr*>(&to),
+             sizeof to);
 }
 
 std::optional<DatagramSocket::Datagram> DatagramSocket::receive(std::size_t longest) const {

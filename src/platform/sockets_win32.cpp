@@ -7,10 +7,6 @@
 #include "platform/sockets.h"
 #include "platform/win32_calls.h"
 
-#include <iphlpapi.h>
-#include <mstcpip.h>
-#include <ws2tcpip.h>
-
 namespace vantrel::platform {
 namespace {
 
@@ -112,7 +108,8 @@ FoundAddresses addressesOf(const std::string& host, int port, AddressKind kind) 
     wanted.ai_socktype = SOCK_STREAM;
     wanted.ai_flags = kind == AddressKind::kNumeric ? AI_NUMERICHOST : AI_ADDRCONFIG;
     PADDRINFOW list = nullptr;
-    const int failure = ::GetAddrInfoW(wide(host).c_str(), wide(std::to_string(port)).c_str(), &wanted, &list);
+    const int failure =
+        ::GetAddrInfoW(wide(host).c_str(), wide(std::to_string(port)).c_str(), &wanted, &list);
     if (failure != 0) return {{}, resolverProblem(failure)};
     FoundAddresses found;
     for (const ADDRINFOW* one = list; one != nullptr; one = one->ai_next) {
@@ -228,7 +225,8 @@ std::vector<NetworkInterface> networkInterfaces() {
     }
     std::vector<NetworkInterface> found;
     if (failed != NO_ERROR) return found;
-    for (auto* at = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(memory.data()); at != nullptr; at = at->Next) {
+    for (auto* at = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(memory.data()); at != nullptr;
+         at = at->Next) {
         if (at->OperStatus != IfOperStatusUp) continue;
         for (auto* own = at->FirstUnicastAddress; own != nullptr; own = own->Next) {
             if (own->Address.lpSockaddr->sa_family == AF_INET && at->IfType != IF_TYPE_SOFTWARE_LOOPBACK) {

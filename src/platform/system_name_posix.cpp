@@ -1,10 +1,9 @@
-#include "platform/system_name.h"
-
 #include <fstream>
 #include <string_view>
 
 #include <sys/utsname.h>
 
+#include "platform/system_name.h"
 #include "platform/text.h"
 
 namespace vantrel::platform {

@@ -1,6 +1,6 @@
-#include "platform/termination.h"
-
 #include <csignal>
+
+#include "platform/termination.h"
 
 namespace vantrel::platform {
 namespace {

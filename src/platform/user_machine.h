@@ -17,9 +17,9 @@ std::optional<std::string> processEnvironment(const std::string& name);
 
 struct UserPaths {
     std::string userName;
-    std::filesystem::path settings;   // file
-    std::string profile = {};         // the user's folder as a folder text; empty: C:\Users and the name
-    std::filesystem::path drives;     // folder with one folder a drive letter; empty: the system has such drives
+    std::filesystem::path settings;  // file
+    std::string profile = {};        // the user's folder as a folder text; empty: C:\Users and the name
+    std::filesystem::path drives;  // folder with one folder a drive letter; empty: the system has such drives
     std::filesystem::path documents;  // the desktop's folder for documents
     std::filesystem::path lock;       // file, locked by the instance that runs
     std::filesystem::path cache;      // folder for what can be fetched again
@@ -28,12 +28,12 @@ struct UserPaths {
 /// Everything below the one folder.
 UserPaths pathsBelow(const std::filesystem::path& home);
 
-/// The desktop's usual places: XDG base directories and the documents folder of user-dirs.dirs, on Windows the
-/// folders of the user's profile. Throws std::runtime_error when the environment names no home.
+/// The desktop's usual places: XDG base directories and the documents folder of user-dirs.dirs, on Windows
+/// the folders of the user's profile. Throws std::runtime_error when the environment names no home.
 UserPaths desktopPaths(const Environment& environment);
 
-/// The user's folder for what can be made again (XDG_CACHE_HOME or ~/.cache, and in it "vantrel"; on Windows the
-/// program's part of the local application data). Empty when the environment names neither.
+/// The user's folder for what can be made again (XDG_CACHE_HOME or ~/.cache, and in it "vantrel"; on Windows
+/// the program's part of the local application data). Empty when the environment names neither.
 std::filesystem::path cacheFolder(const Environment& environment);
 
 /// What came with the program: the built-in catalogue, the manual. ../share/vantrel beside the folder that it

@@ -5,10 +5,6 @@
 #include "platform/user_machine.h"
 #include "platform/win32_calls.h"
 
-#include <initguid.h>
-#include <knownfolders.h>
-#include <shlobj.h>
-
 namespace vantrel::platform {
 namespace {
 

@@ -9,7 +9,8 @@
 namespace vantrel::platform {
 namespace {
 
-[[noreturn]] void fail(const std::filesystem::path& file, const std::error_code& error, const char* why = "") {
+[[noreturn]] void fail(const std::filesystem::path& file, const std::error_code& error,
+                       const char* why = "") {
     throw std::system_error(error, "Can't read " + file.string() + why);
 }
 

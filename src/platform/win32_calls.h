@@ -5,9 +5,16 @@
 #include <string_view>
 #include <system_error>
 
+// clang-format off: the others need these first
 #include <winsock2.h>
-
 #include <windows.h>
+// clang-format on
+#include <iphlpapi.h>
+#include <mstcpip.h>
+#include <oleauto.h>
+#include <shellapi.h>
+#include <shlobj.h>
+#include <ws2tcpip.h>
 
 namespace vantrel::platform {
 

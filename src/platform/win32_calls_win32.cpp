@@ -6,19 +6,19 @@ namespace vantrel::platform {
 
 std::wstring wide(std::string_view utf8) {
     const int length = static_cast<int>(utf8.size());
-    std::wstring text(static_cast<std::size_t>(::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0)),
-                      L'\0');
+    std::wstring text(
+        static_cast<std::size_t>(::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0)), L'\0');
     ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, text.data(), static_cast<int>(text.size()));
     return text;
 }
 
 std::string narrow(std::wstring_view utf16) {
     const int length = static_cast<int>(utf16.size());
-    std::string text(static_cast<std::size_t>(::WideCharToMultiByte(CP_UTF8, 0, utf16.data(), length, nullptr, 0,
-                                                                    nullptr, nullptr)),
+    std::string text(static_cast<std::size_t>(::WideCharToMultiByte(CP_UTF8, 0, utf16.data(), length, nullptr,
+                                                                    0, nullptr, nullptr)),
                      '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, utf16.data(), length, text.data(), static_cast<int>(text.size()), nullptr,
-                          nullptr);
+    ::WideCharToMultiByte(CP_UTF8, 0, utf16.data(), length, text.data(), static_cast<int>(text.size()),
+                          nullptr, nullptr);
     return text;
 }
 

@@ -1,5 +1,5 @@
-// The step of finding sources that smooths an image and takes it apart along a threshold: by SEP where that library is,
-// else by our own (isophotes.h).
+// The step of finding sources that smooths an image and takes it apart along a threshold: by SEP where that
+// library is, else by our own (isophotes.h).
 #pragma once
 
 #include <cstddef>

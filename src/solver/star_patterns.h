@@ -178,7 +178,7 @@ class StarPatterns {
         return PatternShape::of(chordBetween(star, near), chordBetween(star, far), chordBetween(near, far));
     }
 
-    Tables tables_;                          // of patterns made here
+    Tables tables_;                               // of patterns made here
     std::unique_ptr<platform::MappedFile> file_;  // of patterns read from a file
     std::uint32_t catalogId_ = 0;
     std::uint32_t starsPerCell_ = 0;

@@ -5,14 +5,15 @@
 
 #include "catalogs/http_downloads.h"
 #include "platform/text.h"
+#include "station/system_classes.h"
 
 namespace vantrel::station {
-namespace {
 
-/// "maxim" of "MaxIm.CCDCamera": the classes of one program are installed together.
 std::string programOf(const std::string& progId) {
     return platform::toLower(progId.substr(0, progId.find('.')));
 }
+
+namespace {
 
 std::unique_ptr<platform::Background> backgroundOf(const Surroundings& surroundings,
                                                    platform::OutsideCalls& calls) {
@@ -30,6 +31,9 @@ Station::Station(const Surroundings& surroundings, std::uint64_t seed)
       fileSolver_(*background_, surroundings.folders, surroundings.cache),
       pages_(livePages(surroundings.loop, observatory_.imaging().documents())) {
     observatory_.install(classes_);
+    // Where time is virtual, every run is the same on all machines.
+    if (surroundings.realTime)
+        installSystemClasses(classes_, surroundings.loop, outsideCalls_, surroundings.stopping);
 }
 
 observatory::ObservatorySeams Station::seams() {
@@ -79,11 +83,10 @@ DeviceSurroundings Station::deviceSurroundings() {
 
 /// The helper classes come with the drivers' platform, not with a program.
 void Station::keepInstalled(const std::vector<std::string>& progIds) {
-    constexpr const char* kHelpers = "driverhelper";
     for (const std::string& progId : progIds)
         if (!classes_.isInstalled(progId)) throw std::invalid_argument(progId);
     for (const std::string& progId : classes_.installed()) {
-        const bool kept = programOf(progId) == kHelpers ||
+        const bool kept = programOf(progId) == kHelperProgram ||
                           std::any_of(progIds.begin(), progIds.end(), [&](const std::string& wanted) {
                               return programOf(wanted) == programOf(progId);
                           });

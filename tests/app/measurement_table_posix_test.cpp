@@ -1,11 +1,10 @@
-#include "app/measurement_table.h"
-
 #include <fstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "app/measurement_table.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::app {

@@ -1,5 +1,3 @@
-#include "app/message_log.h"
-
 #include <csignal>
 #include <filesystem>
 
@@ -7,6 +5,7 @@
 #include <sys/resource.h>
 
 #include "app/folders.h"
+#include "app/message_log.h"
 #include "support/app_world.h"
 
 namespace vantrel::app {

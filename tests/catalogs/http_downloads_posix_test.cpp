@@ -1,7 +1,6 @@
-#include "catalogs/http_downloads.h"
-
 #include <gtest/gtest.h>
 
+#include "catalogs/http_downloads.h"
 #include "support/refusal.h"
 #include "support/scripted_server.h"
 

@@ -1,5 +1,3 @@
-#include "catalogs/vizier_catalog.h"
-
 #include <random>
 
 #include <gmock/gmock.h>
@@ -7,6 +5,7 @@
 #include <sys/stat.h>
 
 #include "catalogs/page_cache.h"
+#include "catalogs/vizier_catalog.h"
 #include "catalogs/vizier_table.h"
 #include "sky/tangent_wcs.h"
 #include "support/catalog_trees.h"

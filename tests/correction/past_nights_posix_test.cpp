@@ -1,11 +1,10 @@
-#include "correction/past_nights.h"
-
 #include <cmath>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "correction/history_chart.h"
+#include "correction/past_nights.h"
 #include "support/time_zone.h"
 
 namespace vantrel::correction {

@@ -1,5 +1,3 @@
-#include "fits/guarded_call.h"
-
 #include <csignal>
 #include <new>
 #include <string>
@@ -10,6 +8,7 @@
 
 #include "fits/fits_error.h"
 #include "fits/fits_library.h"
+#include "fits/guarded_call.h"
 #include "support/refusal.h"
 
 namespace vantrel::fits {

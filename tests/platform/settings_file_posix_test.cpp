@@ -1,5 +1,3 @@
-#include "platform/settings_file.h"
-
 #include <cerrno>
 #include <csignal>
 #include <system_error>
@@ -8,6 +6,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include "platform/settings_file.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::platform {

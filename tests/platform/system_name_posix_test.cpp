@@ -1,10 +1,9 @@
-#include "platform/system_name.h"
-
 #include <fstream>
 
 #include <gtest/gtest.h>
 #include <sys/utsname.h>
 
+#include "platform/system_name.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::platform {

@@ -1,8 +1,8 @@
-#include "platform/termination.h"
-
 #include <csignal>
 
 #include <gtest/gtest.h>
+
+#include "platform/termination.h"
 
 namespace vantrel::platform {
 namespace {

@@ -1,11 +1,10 @@
-#include "platform/user_machine.h"
-
 #include <map>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include "platform/instance_guard.h"
+#include "platform/user_machine.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::platform {

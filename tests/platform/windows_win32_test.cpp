@@ -18,7 +18,9 @@
 namespace vantrel::platform {
 namespace {
 
-const std::string kOddName = "Gr\xC3\xBC\xC3\x9F" "e \xE6\xB8\xAC";  // "Grüße 測"
+const std::string kOddName =
+    "Gr\xC3\xBC\xC3\x9F"
+    "e \xE6\xB8\xAC";  // "Grüße 測"
 
 std::error_code whyUnreadable(const std::filesystem::path& path) {
     try {

@@ -189,7 +189,7 @@ TEST_F(PinPointPlateTest, SaysWhichCatalogueItUsesAndRefusesEmptyFolders) {
     // Another folder with a copy of the file will do.
     std::filesystem::create_directories(folder_ / "d" / "Tycho");
     std::filesystem::copy_file(std::filesystem::path(builtIn) / sky::kTychoFileName,
-                                    folder_ / "d" / "Tycho" / sky::kTychoFileName);
+                               folder_ / "d" / "Tycho" / sky::kTychoFileName);
     plate_.put("CatalogPath", R"(D:\Tycho)");
     EXPECT_GT(catalogStars(), 50);
 }

@@ -68,9 +68,31 @@ std::string roomOf(const std::string& file) {
 bool isStandardHeader(const std::string& header) {
     // Standard headers have no dot, but for those of C and of the operating system below.
     static const std::set<std::string> kSystem = {
-        "unistd.h",   "fcntl.h",     "poll.h",     "stdlib.h",       "sys/file.h",   "sys/stat.h",
-        "sys/mman.h", "sys/types.h", "sys/wait.h", "sys/resource.h", "sys/utsname.h"};
+        "unistd.h",      "fcntl.h",    "poll.h",      "stdlib.h",   "sys/file.h",
+        "sys/stat.h",    "sys/mman.h", "sys/types.h", "sys/wait.h", "sys/resource.h",
+        "sys/utsname.h", "malloc.h",   "spawn.h"};
     return kSystem.contains(header) || std::regex_match(header, std::regex("[a-z_0-9]+"));
+}
+
+/// Files that are compiled for Windows alone.
+bool isForWindows(const std::string& file) {
+    return file.ends_with("_win32.cpp") || file.ends_with("/win32_calls.h") ||
+           file.starts_with("src/hosts/com/");
+}
+
+TEST(Structure, SystemsHaveTheirOwnFiles) {
+    const std::set<std::string> windows = {"windows.h", "winsock2.h", "objbase.h", "oleauto.h", "io.h"};
+    const std::set<std::string> posix = {"unistd.h",   "fcntl.h",     "poll.h",     "sys/stat.h",
+                                         "sys/mman.h", "spawn.h",     "sys/wait.h", "sys/resource.h",
+                                         "sys/file.h", "sys/socket.h"};
+    for (const auto& [line, own, header] : includes()) {
+        if (own) continue;
+        EXPECT_FALSE(windows.contains(header) && !isForWindows(line.file)) << line;
+        if (posix.contains(header))
+            EXPECT_TRUE(line.file.ends_with("_posix.cpp") || isForWindows(line.file) ||
+                        line.file.starts_with("src/qt/"))
+                << line;
+    }
 }
 
 TEST(Structure, RoomsIncludeOnlyWhatTheirRowAllows) {
@@ -118,14 +140,13 @@ TEST(Structure, LibrariesStayInTheirRooms) {
     const std::map<std::string, std::regex> allowed = {
         {"engine", std::regex(R"(Eigen/.*)")},
         {"correction", std::regex(R"(Eigen/.*)")},
-        {"platform", std::regex(R"(curl/curl\.h)")},
+        {"platform",
+         std::regex(R"((curl/curl|netdb|ifaddrs|arpa/inet|net/if|sys/socket|netinet/in|netinet/tcp)\.h)")},
         {"sky", std::regex(R"(erfam?\.h)")},
         {"fits", std::regex(R"((fitsio|zlib)\.h)")},
         {"pictures", std::regex(R"(jpeglib\.h|png\.h|tiffio\.h|libraw/libraw\.h)")},
         {"solver", std::regex(R"(sep\.h|Eigen/.*)")},
-        {"hosts",
-         std::regex(
-             R"((zlib|netdb|ifaddrs|arpa/inet|net/if|sys/socket|netinet/in|netinet/tcp)\.h|nlohmann/.*)")},
+        {"hosts", std::regex(R"(zlib\.h|nlohmann/.*)")},
         {"page",
          std::regex(
              R"((microhttpd|qrencode|png|ifaddrs|arpa/inet|net/if|sys/socket|sys/random|netinet/in)\.h|nlohmann/.*)")},
@@ -133,7 +154,7 @@ TEST(Structure, LibrariesStayInTheirRooms) {
         {"qt", std::regex(R"(Q[A-Za-z]+)")},
     };
     for (const auto& [line, own, header] : includes()) {
-        if (own) continue;
+        if (own || isForWindows(line.file)) continue;
         const auto room = allowed.find(roomOf(line.file));
         const bool isQt = std::regex_match(header, allowed.at("qt"));
         const bool good = room != allowed.end() && std::regex_match(header, room->second);
@@ -171,7 +192,7 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
         {"sleeping", std::regex(R"(sleep_for|sleep_until|\busleep|nanosleep|QThread|std::this_thread)"), {}},
         {"waiting for input",
          std::regex(R"(::poll\()"),
-         {"src/headless/system_time.cpp", "src/headless/descriptor_lines.cpp", "src/hosts/tcp_stream.cpp"}},
+         {"src/platform/descriptors_posix.cpp", "src/platform/sockets_posix.cpp"}},
         {"the machine's clock",
          std::regex(R"(_clock::now|gettimeofday|clock_gettime|std::time\(|currentDateTime|QElapsedTimer)"),
          {"src/headless/system_time.cpp", "src/qt/qt_event_loop.", "src/qt/qt_clock."}},
@@ -180,10 +201,11 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
          std::regex(R"(random_device|\brand\(|srand\(|std::mt19937|QRandomGenerator|getrandom)"),
          {"src/observatory/telescopes/noise.", "src/page/network_pages.", "src/qt/main.cpp",
           "src/headless/main.cpp"}},
-        {"the environment", std::regex(R"(\bgetenv|qgetenv)"), {"src/platform/user_machine.cpp", "src/qt/"}},
+        {"the environment", std::regex(R"(\bgetenv|qgetenv)"), {"src/platform/user_paths_", "src/qt/"}},
         {"threads",
          std::regex(R"(std::j?thread\b|std::async)"),
-         {"src/hosts/name_lookup.cpp", "src/platform/background.cpp"}},
+         {"src/hosts/name_lookup.cpp", "src/platform/background.cpp", "src/platform/descriptors_win32.cpp",
+          "src/hosts/com/apartment.cpp"}},
     };
     for (const auto& rule : rules)
         for (const Line& line : sources()) {
