@@ -19,7 +19,7 @@ scripts/wine.sh cmd /c exit >/dev/null 2>&1
 # this script ends.
 WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -k || true
 tail -f /dev/null --pid=$$ | scripts/wine.sh cmd /c "set /p ignored=" >/dev/null 2>&1 &
-sleep 3
+scripts/wine.sh cmd /c exit >/dev/null 2>&1 # it answers from here on
 status=0
 ctest --preset windows || status=$?
 WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -k || true
