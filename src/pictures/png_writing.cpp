@@ -5,7 +5,10 @@
 #include <system_error>
 
 #include <png.h>
-#include <unistd.h>
+
+#include "platform/durable_file.h"
+#include "platform/own_program.h"
+#include "platform/paths.h"
 
 namespace vantrel::pictures {
 
@@ -13,7 +16,8 @@ void writePng(const std::filesystem::path& path, std::size_t width, std::size_t 
               std::span<const std::uint8_t> rgb) {
     if (rgb.size() != 3 * width * height || rgb.empty())
         throw std::invalid_argument("pixels and size disagree");
-    const std::filesystem::path partial = path.string() + "." + std::to_string(::getpid()) + ".part";
+    std::filesystem::path partial = path;
+    partial += "." + std::to_string(platform::processNumber()) + ".part";
     png_image png{};
     png.version = PNG_IMAGE_VERSION;
     png.width = static_cast<png_uint_32>(width);
@@ -21,10 +25,11 @@ void writePng(const std::filesystem::path& path, std::size_t width, std::size_t 
     png.format = PNG_FORMAT_RGB;
     std::error_code error;
     std::string reason;
-    if (png_image_write_to_file(&png, partial.c_str(), 0, rgb.data(), 0, nullptr) == 0) {
+    if (png_image_write_to_file(&png, platform::libraryName(partial).c_str(), 0, rgb.data(), 0, nullptr) ==
+        0) {
         reason = png.message;
     } else {
-        std::filesystem::rename(partial, path, error);
+        platform::takePlace(partial, path, error);
         if (error) reason = error.message();
     }
     if (reason.empty()) return;

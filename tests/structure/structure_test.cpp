@@ -170,7 +170,7 @@ TEST(Structure, EachLibraryHasOneWrapper) {
                                                          {"erfa.h", "src/sky/"},
                                                          {"sep.h", "src/solver/"},
                                                          {"curl/curl.h", "src/platform/http/"},
-                                                         {"microhttpd.h", "src/page/http_server."},
+                                                         {"microhttpd.h", "src/page/http_server_posix."},
                                                          {"qrencode.h", "src/page/qr_code."}};
     for (const auto& [line, own, header] : includes()) {
         const auto wrapper = wrappers.find(header);
