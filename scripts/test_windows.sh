@@ -15,11 +15,14 @@ lap "Build"
 export VANTREL_WINE_PREFIX="$PWD/build/windows/wine"
 rm -rf "$VANTREL_WINE_PREFIX"
 scripts/wine.sh cmd /c exit >/dev/null 2>&1
-# Wine's own services belong to whoever is first, and hold on to his output: here somebody who has none, and stays until
-# this script ends.
+# Wine's own services belong to the first program and hold on to its output: here one that stays until this script ends.
+# Only when that runs may others start, or there are two of each service.
 WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -k || true
-tail -f /dev/null --pid=$$ | scripts/wine.sh cmd /c "set /p ignored=" >/dev/null 2>&1 &
-scripts/wine.sh cmd /c exit >/dev/null 2>&1 # it answers from here on
+WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -w || true
+mkfifo "$VANTREL_WINE_PREFIX/started"
+exec 8<>"$VANTREL_WINE_PREFIX/started"
+tail -f /dev/null --pid=$$ | scripts/wine.sh cmd /c "echo started& set /p ignored=" >&8 2>/dev/null &
+head -n 1 <&8 >/dev/null
 status=0
 ctest --preset windows || status=$?
 WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -k || true

@@ -63,6 +63,8 @@ ImageRef Value::toImage() const {
     mismatch();
 }
 
+std::string programOf(const std::string& progId) { return toLower(progId.substr(0, progId.find('.'))); }
+
 AutomationObject& required(const ObjectRef& object) {
     if (!object) throw runTimeError(error_number::kNoObject);
     return *object;

@@ -82,6 +82,9 @@ class AutomationHost {
                                            const std::string& progId) const = 0;
 };
 
+/// "maxim" of "MaxIm.CCDCamera": the classes of one program are installed together.
+std::string programOf(const std::string& progId);
+
 /// The object, or failure 91 when there is none: for members used on an object that may be missing.
 AutomationObject& required(const ObjectRef& object);
 

@@ -39,6 +39,7 @@ class DesktopWindows : public WindowSystem {
 
     /// Paths are compared without regard to case.
     void installProgram(const std::string& path, DesktopProgram program);
+    bool knowsProgram(const std::string& path) const { return program(path) != nullptr; }
 
     std::vector<WindowId> topLevelWindows() const override;
     std::vector<WindowId> childrenOf(WindowId window) const override;

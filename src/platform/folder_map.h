@@ -23,6 +23,9 @@ class FolderMap {
 
     std::filesystem::path real(const std::string& folder) const;
 
+    /// The drive letters are the system's own: other programs find files by the same texts.
+    bool areSystems() const { return drives_.empty(); }
+
     /// The text for a real path: of a mapped folder or drive where it lies in one, else the path itself.
     std::string text(const std::filesystem::path& real) const;
 

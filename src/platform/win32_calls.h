@@ -16,6 +16,14 @@
 #include <shlobj.h>
 #include <ws2tcpip.h>
 
+// Words of 16-bit days, which others want to use; the headers that come later write them in capitals.
+#undef near
+#undef far
+#undef NEAR
+#undef FAR
+#define NEAR
+#define FAR
+
 namespace vantrel::platform {
 
 std::wstring wide(std::string_view utf8);

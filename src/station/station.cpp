@@ -4,14 +4,8 @@
 #include <stdexcept>
 
 #include "catalogs/http_downloads.h"
-#include "platform/text.h"
-#include "station/system_classes.h"
 
 namespace vantrel::station {
-
-std::string programOf(const std::string& progId) {
-    return platform::toLower(progId.substr(0, progId.find('.')));
-}
 
 namespace {
 
@@ -31,15 +25,25 @@ Station::Station(const Surroundings& surroundings, std::uint64_t seed)
       fileSolver_(*background_, surroundings.folders, surroundings.cache),
       pages_(livePages(surroundings.loop, observatory_.imaging().documents())) {
     observatory_.install(classes_);
-    // Where time is virtual, every run is the same on all machines.
-    if (surroundings.realTime)
-        installSystemClasses(classes_, surroundings.loop, outsideCalls_, surroundings.stopping);
+    // Where time is virtual, every run is the same on all machines; and other programs know the system's
+    // folders alone.
+    if (!surroundings.realTime || !surroundings.folders.areSystems()) return;
+    systemPrograms_ = installSystemClasses(classes_, surroundings.loop, outsideCalls_, surroundings.stopping);
+    if (systemPrograms_.windows)
+        windows_ = std::make_unique<platform::JoinedWindows>(playedWindows_, *systemPrograms_.windows);
+}
+
+void Station::openImagingProgram() {
+    if (!systemPrograms_.installed.contains("maxim")) observatory_.openImagingProgram(surroundings_.settings);
 }
 
 observatory::ObservatorySeams Station::seams() {
     observatory::ObservatorySeams seams;
     seams.beforeChoosing = [this] { devices_.findMounts(); };
-    seams.mountIsReal = [this] { return devices_.mountIsReal(); };
+    seams.mountIsReal = [this] {
+        const auto mount = surroundings_.settings.read("Main", "MyTelescopeID").value_or("");
+        return devices_.mountIsReal() || systemPrograms_.installed.contains(platform::programOf(mount));
+    };
     seams.chooser = [&dialogs = surroundings_.dialogs](const std::string& title,
                                                        const std::vector<helpers::DriverChoice>& drivers,
                                                        const std::string& current) {
@@ -48,7 +52,7 @@ observatory::ObservatorySeams Station::seams() {
         for (const auto& driver : drivers) choices.push_back({driver.progId, driver.description});
         return dialogs.choose(title, choices, current);
     };
-    seams.desktop = &otherPrograms_;
+    seams.desktop = &playedWindows_;
     seams.background = background_.get();
     seams.setup = surroundings_.setUp;
     seams.downloads = std::make_shared<catalogs::HttpDownloads>();
@@ -86,9 +90,9 @@ void Station::keepInstalled(const std::vector<std::string>& progIds) {
     for (const std::string& progId : progIds)
         if (!classes_.isInstalled(progId)) throw std::invalid_argument(progId);
     for (const std::string& progId : classes_.installed()) {
-        const bool kept = programOf(progId) == kHelperProgram ||
+        const bool kept = platform::programOf(progId) == kHelperProgram ||
                           std::any_of(progIds.begin(), progIds.end(), [&](const std::string& wanted) {
-                              return programOf(wanted) == programOf(progId);
+                              return platform::programOf(wanted) == platform::programOf(progId);
                           });
         if (!kept) classes_.uninstall(progId);
     }
@@ -106,7 +110,7 @@ platform::Machine Station::machine(platform::AutomationHost& automation, platfor
             screen,
             surroundings_.dialogs,
             desktop,
-            otherPrograms_,
+            windows_ ? static_cast<platform::WindowSystem&>(*windows_) : playedWindows_,
             [this](const std::string& folder) { observatory_.provideTestImage(folder); },
             &outsideCalls_,
             [this] { devices_.chooseCamera(); },

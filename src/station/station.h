@@ -10,9 +10,9 @@
 
 #include "observatory/observatory.h"
 #include "platform/class_registry.h"
-#include "platform/desktop_windows.h"
 #include "platform/dialogs.h"
 #include "platform/folder_map.h"
+#include "platform/joined_windows.h"
 #include "platform/machine.h"
 #include "platform/outside_call.h"
 #include "platform/picture_facts.h"
@@ -20,6 +20,7 @@
 #include "station/devices.h"
 #include "station/file_solver.h"
 #include "station/live_pages.h"
+#include "station/system_classes.h"
 
 namespace vantrel::station {
 
@@ -45,9 +46,10 @@ class Station {
     /// All noise of the simulator comes from the seed.
     Station(const Surroundings& surroundings, std::uint64_t seed);
 
-    /// Opens the imaging program that the settings name, so that a first start finds one open and asks
-    /// nothing. Throws what the settings throw when they can't be read.
-    void openImagingProgram() { observatory_.openImagingProgram(surroundings_.settings); }
+    /// Opens the built-in imaging program that the settings name, so that a first start finds one open and
+    /// asks nothing. Not where a real one is installed. Throws what the settings throw when they can't be
+    /// read.
+    void openImagingProgram();
 
     /// Makes the real mount and camera that the settings name known. Throws what the settings throw.
     void restoreDevices() { devices_.restore(); }
@@ -70,9 +72,11 @@ class Station {
     Surroundings surroundings_;
     platform::OutsideCalls outsideCalls_;
     std::unique_ptr<platform::Background> background_;
-    platform::DesktopWindows otherPrograms_;
+    platform::DesktopWindows playedWindows_;
     observatory::Observatory observatory_;
     platform::ClassRegistry classes_;
+    SystemPrograms systemPrograms_;
+    std::unique_ptr<platform::JoinedWindows> windows_;  // nothing where only the played ones are
     Devices devices_;
     FileSolver fileSolver_;
     std::unique_ptr<platform::LivePages> pages_;  // nothing where the system has no server for them

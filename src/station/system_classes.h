@@ -2,22 +2,27 @@
 #pragma once
 
 #include <functional>
+#include <memory>
+#include <set>
 #include <string>
 
 #include "platform/class_registry.h"
 #include "platform/event_loop.h"
 #include "platform/outside_call.h"
+#include "platform/window_system.h"
 
 namespace vantrel::station {
 
-/// A program that is installed takes the place of the built-in one of its name, with all classes; drivers in the profile
-/// of the drivers' platform join the built-in ones. The small helper objects stay ours: they list all drivers and let the
-/// program go on. Only Windows knows any.
-void installSystemClasses(platform::ClassRegistry& classes, platform::EventLoop& loop, platform::OutsideCalls& calls,
-                          const std::function<bool()>& stopping);
+struct SystemPrograms {
+    std::set<std::string> installed;  ///< programs whose classes are real, as programOf() has them
+    std::unique_ptr<platform::WindowSystem> windows;  ///< theirs; nothing where none can be installed
+};
 
-/// "maxim" of "MaxIm.CCDCamera": the classes of one program are installed together.
-std::string programOf(const std::string& progId);
+/// A program that is installed takes the place of the built-in one of its name, with all classes; drivers in
+/// the profile of the drivers' platform join the built-in ones. The small helper objects stay ours: they list
+/// all drivers and let the program go on. Only Windows knows any.
+SystemPrograms installSystemClasses(platform::ClassRegistry& classes, platform::EventLoop& loop,
+                                    platform::OutsideCalls& calls, const std::function<bool()>& stopping);
 
 inline constexpr const char* kHelperProgram = "driverhelper";
 

@@ -2,7 +2,10 @@
 
 namespace vantrel::station {
 
-void installSystemClasses(platform::ClassRegistry& /*classes*/, platform::EventLoop& /*loop*/,
-                          platform::OutsideCalls& /*calls*/, const std::function<bool()>& /*stopping*/) {}
+SystemPrograms installSystemClasses(platform::ClassRegistry& /*classes*/, platform::EventLoop& /*loop*/,
+                                    platform::OutsideCalls& /*calls*/,
+                                    const std::function<bool()>& /*stopping*/) {
+    return {};
+}
 
 }  // namespace vantrel::station

@@ -1,7 +1,5 @@
-#include <memory>
-#include <set>
-
 #include "hosts/com/host.h"
+#include "hosts/com/system_windows.h"
 #include "station/system_classes.h"
 
 namespace vantrel::station {
@@ -17,22 +15,27 @@ platform::AutomationClass classOf(const std::shared_ptr<Host>& host, const std::
 
 }  // namespace
 
-void installSystemClasses(platform::ClassRegistry& classes, platform::EventLoop& loop, platform::OutsideCalls& calls,
-                          const std::function<bool()>& stopping) {
+SystemPrograms installSystemClasses(platform::ClassRegistry& classes, platform::EventLoop& loop,
+                                    platform::OutsideCalls& calls, const std::function<bool()>& stopping) {
     const auto host = std::make_shared<Host>(hosts::PumpedWait(loop, calls, stopping));
     const std::vector<std::string> builtIn = classes.installed();
     std::set<std::string> real;
     for (const std::string& progId : builtIn)
-        if (programOf(progId) != kHelperProgram && host->isInstalled(progId)) real.insert(programOf(progId));
+        if (platform::programOf(progId) != kHelperProgram && host->isInstalled(progId))
+            real.insert(platform::programOf(progId));
     for (const std::string& progId : builtIn) {
-        if (!real.contains(programOf(progId))) continue;
+        if (!real.contains(platform::programOf(progId))) continue;
         classes.uninstall(progId);
         if (host->isInstalled(progId)) classes.install(progId, classOf(host, progId, ""));
     }
     constexpr const char* kTelescope = "Telescope";
-    for (const Host::Driver& driver : host->drivers(kTelescope))
-        if (!classes.isInstalled(driver.progId) || real.contains(programOf(driver.progId)))
-            classes.install(driver.progId, classOf(host, driver.progId, kTelescope));
+    for (const Host::Driver& driver : host->drivers(kTelescope)) {
+        const std::string program = platform::programOf(driver.progId);
+        if (classes.isInstalled(driver.progId) && !real.contains(program)) continue;
+        classes.install(driver.progId, classOf(host, driver.progId, kTelescope));
+        real.insert(program);
+    }
+    return {real, std::make_unique<hosts::com::SystemWindows>()};
 }
 
 }  // namespace vantrel::station

@@ -64,7 +64,7 @@ Apartment::~Apartment() {
         ::SetEvent(queue_->wakeUp.get());
     }
     constexpr DWORD kLongest = 5000;
-    if (!lost_ && !isHere()) ::WaitForSingleObject(queue_->ended.get(), kLongest);
+    if (!hangs() && !isHere()) ::WaitForSingleObject(queue_->ended.get(), kLongest);
 }
 
 void Apartment::live(const std::shared_ptr<Queue>& queue) {
@@ -89,13 +89,15 @@ void Apartment::live(const std::shared_ptr<Queue>& queue) {
 /// The last object may go there.
 bool Apartment::isHere() const { return queue_->thread == ::GetCurrentThreadId(); }
 
+bool Apartment::hangs() const { return givenUp_ && !givenUp_->over; }
+
 void Apartment::post(std::function<void()> work) { queue_->add(std::move(work)); }
 
 void Apartment::run(const std::string& what, Milliseconds timeOut, std::function<void()> work) {
     const auto gone = [&](const char* why) {
         return platform::AutomationError(kServerIsGone, "Vantrel", what + why);
     };
-    if (lost_) throw gone(" can't be asked: another member of its kind hangs");
+    if (hangs()) throw gone(" can't be asked: another member of its kind hangs");
     const auto task = std::make_shared<Task>();
     task->work = std::move(work);
     queue_->add([task] {
@@ -115,7 +117,7 @@ void Apartment::run(const std::string& what, Milliseconds timeOut, std::function
                         return true;
                     });
     if (outcome != PumpedWait::Outcome::kDone) {
-        lost_ = true;
+        givenUp_ = task;
         throw gone(" doesn't answer");
     }
     if (task->failure) std::rethrow_exception(task->failure);

@@ -21,13 +21,13 @@ class Apartment {
     Apartment& operator=(const Apartment&) = delete;
 
     /// Does the work there and throws what it throws. Failure 462 with "`what` doesn't answer" when it takes
-    /// longer; the apartment is lost then, since nothing ends what hangs in it.
+    /// longer. Nothing ends what hangs there: until it returns by itself all other work fails at once.
     void run(const std::string& what, platform::Milliseconds timeOut, std::function<void()> work);
 
     /// Does it some time, and never waits.
     void post(std::function<void()> work);
 
-    bool isLost() const { return lost_; }
+    bool hangs() const;
 
   private:
     struct Queue;
@@ -38,7 +38,7 @@ class Apartment {
 
     PumpedWait wait_;
     std::shared_ptr<Queue> queue_;
-    bool lost_ = false;
+    std::shared_ptr<const Task> givenUp_;  // the last that wasn't waited for any longer
 };
 
 }  // namespace vantrel::hosts::com

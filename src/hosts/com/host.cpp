@@ -241,10 +241,11 @@ Host::Host(PumpedWait wait) : wait_(std::move(wait)) {}
 Host::~Host() = default;
 
 ObjectRef Host::create(const std::string& progId) {
-    // What hangs in one apartment doesn't keep others from being used.
-    if (!apartment_ || apartment_->isLost()) apartment_ = std::make_shared<Apartment>(wait_);
+    // A program that hangs keeps no other from being used, and may be used afresh.
+    std::shared_ptr<Apartment>& apartment = apartments_[platform::programOf(progId)];
+    if (!apartment || apartment->hangs()) apartment = std::make_shared<Apartment>(wait_);
     const auto created = std::make_shared<ObjectRef>();
-    apartment_->run(progId, kTimeOut, [apartment = apartment_, progId, created] {
+    apartment->run(progId, kTimeOut, [apartment, progId, created] {
         CLSID id{};
         HRESULT failure = ::CLSIDFromProgID(platform::wide(progId).c_str(), &id);
         if (FAILED(failure)) fail(failure, progId);

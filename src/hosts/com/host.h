@@ -1,6 +1,7 @@
 // Programs and drivers that Windows knows: late-bound objects of COM, and what its registry tells of them.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,7 +34,7 @@ class Host : public platform::AutomationHost {
 
   private:
     PumpedWait wait_;
-    std::shared_ptr<Apartment> apartment_;
+    std::map<std::string, std::shared_ptr<Apartment>> apartments_;  // by program
 };
 
 }  // namespace vantrel::hosts::com
