@@ -212,8 +212,11 @@ class Robot:
         for color in (EXPOSING, PAUSING) if light == PAUSING else (PAUSING, EXPOSING, PAUSING):
             self.operator.wait(control="frmMain.lblExpose", property="backColor", **{"is": color})
         path = os.path.join(self.folder, "shown.fit")
-        self.operator.do("image", save=path)
+        self.save(path)
         return Picture(path)
+
+    def save(self, path):
+        self.operator.do("image", save=path)
 
     # what an operator does
 

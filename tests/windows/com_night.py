@@ -33,14 +33,19 @@ class Night:
         with tempfile.NamedTemporaryFile("w", suffix=".json", delete=False) as file:
             json.dump({"Main": {"MyTelescopeID": mount},
                        "PolarAlign": {"PlateSolveMethod": SOLVER, "ImagingSoftware": imaging, "DeltaRA": "15",
-                                      "DelayAfterSlew": "0", "CamBin": "1"},
-                       "Solve": {"ScaleH": "3.596", "ScaleV": "3.596", "ExposeInterval": "1"}}, file)
+                                      "DelayAfterSlew": "0"},
+                       "Solve": {"ScaleH": "3.596", "ScaleV": "3.596", "ExposeInterval": "1", "CamBin": "1"}}, file)
         self.vantrel = Operator(program, "--seed", "1", "--settings", file.name, "--installed",
                                 ",".join([mount, PROGRAMS[imaging], "PinPoint.Plate"]))
         self.vantrel.wait(90, log="is the Imaging Software")
         self.vantrel.wait(90, log="Telescope Site")
         self.vantrel.wait(90, idle=True)
         os.unlink(file.name)
+
+    def set_axis(self, azimuth, elevation):
+        """Arc-minutes."""
+        for member, value in (("SlewRate", 60), ("PolarAzimuthError", azimuth), ("PolarElevationError", elevation)):
+            self.vantrel.put(MOUNT, member, value)
 
     def measure(self, seconds=120):
         self.vantrel.click("frmMain.cmdRun")
@@ -105,8 +110,7 @@ def main():
                 sys.exit("the logs differ")
         for imaging, night in nights(MOUNT):
             with night:
-                for member, value in (("SlewRate", 60), ("PolarAzimuthError", AZIMUTH), ("PolarElevationError", ELEVATION)):
-                    night.vantrel.put(MOUNT, member, value)
+                night.set_axis(AZIMUTH, ELEVATION)
                 night.measure()
                 azimuth, elevation = found(night.lines())
             print(f"{imaging}, {servers}: {azimuth}', {elevation}'")

@@ -1,0 +1,47 @@
+#!/usr/bin/env python3
+"""A measurement and a correction through the calls of COM, guided by the pictures of a program that isn't ours.
+
+The robot that corrects the built-in simulator works the same windows here. Takes some minutes: time is real.
+"""
+
+import argparse
+import subprocess
+import sys
+import tempfile
+
+import com_night
+import robot_operator
+
+
+class Robot(robot_operator.Robot):
+    """One whose camera belongs to MaxIm."""
+
+    def expose_for(self, seconds):
+        self.operator.type("frmMain.txtExposeInterval", str(seconds))
+
+    def save(self, path):
+        self.operator.call("MaxIm.CCDCamera", "SaveImage", "Z:" + path.replace("/", "\\"))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("program", help="vantrel-headless")
+    parser.add_argument("observatory", help="com_observatory, started by a script")
+    parser.add_argument("--demand", type=float, default=1.0, help="most that may be left, arc-minutes")
+    options = parser.parse_args()
+    robot_operator.SIMULATOR = com_night.MOUNT
+    subprocess.run([options.observatory, "/register", "program"], check=True)
+    subprocess.run([options.observatory, "/program", "MaxIm"], check=True)
+    with tempfile.TemporaryDirectory() as folder, com_night.Night(options.program, com_night.MOUNT, "MaxIm") as night:
+        night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
+        robot = Robot(night.vantrel, folder, talk=print)
+        print(f"set up: {robot_operator.axis_error(night.vantrel):.2f}' from the pole")
+        robot.correct_once(robot.choose_star())
+        left = robot_operator.axis_error(night.vantrel)
+        print(f"after the correction: {left:.2f}'")
+    if left > options.demand:
+        sys.exit("that is too much")
+
+
+if __name__ == "__main__":
+    main()

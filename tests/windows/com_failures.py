@@ -1,0 +1,150 @@
+#!/usr/bin/env python3
+"""Every member of the outside programs that a measurement uses fails, takes ten seconds, dies and hangs, through COM.
+
+For each there is a run of its own: the fault is set, a measurement is begun, and while that goes on the window is read
+again and again. It has to answer at all times, the measurement has to end, and with the fault gone another one has to
+succeed, unless the program died, which Wine doesn't start again. Prints a table in Markdown. Takes an hour and more; the
+folder that plays Windows is copied for each of the runs that go on at the same time.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import os
+import shutil
+import subprocess
+import tempfile
+import time
+
+import com_night
+from operator_session import OperatorError
+
+HOW = ("fails", "slow", "dies", "hangs")
+LONGEST_ANSWER = 2.0  # seconds until the window has to answer
+END = {"control": "frmMain.cmdRun", "property": "enabled", "is": True}
+
+
+class Wine:
+    """A folder that plays Windows, with the servers set up in it."""
+
+    def __init__(self, options, folder):
+        self.options = options
+        self.environment = dict(os.environ, VANTREL_WINE_PREFIX=folder)
+
+    def observatory(self, *words):
+        subprocess.run([self.options.observatory, *words], check=True, env=self.environment,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, stdin=subprocess.DEVNULL)
+
+    def night(self, imaging):
+        os.environ.update(self.environment)
+        self.observatory("/program", imaging)
+        return com_night.Night(self.options.program, com_night.MOUNT, imaging)
+
+    def end(self):
+        subprocess.run(["/usr/lib/wine/wineserver64", "-k"], check=False,
+                       env=dict(os.environ, WINEPREFIX=self.environment["VANTREL_WINE_PREFIX"]))
+
+
+Outcome = collections.namedtuple("Outcome", "imaging member how longest seconds said again")
+
+
+def work(vantrel, seconds):
+    """Lets a measurement go on until it offers the correction or gave up; the longest that an answer took."""
+    longest, begin = 0.0, time.monotonic()
+    while time.monotonic() - begin < seconds:
+        asked = time.monotonic()
+        run = vantrel.read("frmMain.cmdRun")["enabled"]
+        following = vantrel.read("frmMain.cmdNext")["enabled"]
+        longest = max(longest, time.monotonic() - asked)
+        if following or run:
+            return longest
+        vantrel.do("advance", seconds=0.1)
+    raise OperatorError("the measurement doesn't end")
+
+
+def leave(vantrel):
+    """Back to where Run can be pressed."""
+    if not vantrel.read("frmMain.cmdRun")["enabled"]:
+        vantrel.click("frmMain.cmdSkip")
+        vantrel.wait(60, **END)
+
+
+def spoil(wine, imaging, member, how):
+    begin = time.monotonic()
+    try:
+        with wine.night(imaging) as night:
+            vantrel = night.vantrel
+            night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
+            wine.observatory("/fault", member, how, "0")
+            start = len(night.lines())
+            vantrel.click("frmMain.cmdRun")
+            longest = work(vantrel, 400)
+            leave(vantrel)
+            wine.observatory("/fault", member, "", "0")
+            said = [line for line in night.lines()[start:] if "rror" in line or "ailed" in line or "nswer" in line]
+            if how == "dies":
+                again = "-"
+            else:
+                start = len(night.lines())
+                vantrel.click("frmMain.cmdRun")
+                work(vantrel, 200)
+                again = "yes" if any("Error Amplitude" in line for line in night.lines()[start:]) else "no"
+                leave(vantrel)
+            return Outcome(imaging, member, how, longest, time.monotonic() - begin, said[0] if said else "", again)
+    except (OperatorError, AssertionError, SystemExit) as error:
+        return Outcome(imaging, member, how, 99.0, time.monotonic() - begin, f"BROKEN: {error}", "no")
+
+
+def members(wine, imaging):
+    """Those that a measurement uses, in the order of their first use."""
+    with wine.night(imaging) as night:
+        night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
+        night.vantrel.do("journal", object="*")
+        night.vantrel.click("frmMain.cmdRun")
+        work(night.vantrel, 200)
+        used = [f"{use['object']}.{use['member']}" for use in night.vantrel.do("journal", object="*")["journal"]
+                if use["kind"] != "create" and not use["object"].startswith("DriverHelper")]
+        leave(night.vantrel)
+    return list(dict.fromkeys(used))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("program", help="vantrel-headless")
+    parser.add_argument("observatory", help="com_observatory, started by a script")
+    parser.add_argument("--jobs", type=int, default=3)
+    parser.add_argument("--only", default="", help="members whose names contain this")
+    options = parser.parse_args()
+    own = os.environ["VANTREL_WINE_PREFIX"]
+    first = Wine(options, own)
+    first.observatory("/register", "program")
+    cases = [(imaging, member, how) for imaging in com_night.PROGRAMS for member in members(first, imaging)
+             if options.only in member and (imaging == "MaxIm" or member.startswith("CCDSoft")) for how in HOW]
+    first.end()
+
+    print("| with | member | what it does | longest answer | seconds | first message | next measurement |")
+    print("|---|---|---|---|---|---|---|")
+    bad = 0
+    with concurrent.futures.ProcessPoolExecutor(options.jobs) as pool:
+        for outcome in pool.map(run_case, [(options, own, case) for case in cases]):
+            bad += outcome.longest > LONGEST_ANSWER or outcome.again == "no"
+            print(f"| {outcome.imaging} | {outcome.member} | {outcome.how} | {outcome.longest:.2f} s | {outcome.seconds:.0f} | "
+                  f"{outcome.said} | {outcome.again} |", flush=True)
+    print(f"{len(cases)} cases, {bad} not as they should be")
+    return 1 if bad else 0
+
+
+def run_case(order):
+    options, own, case = order
+    with tempfile.TemporaryDirectory() as folder:
+        copy = os.path.join(folder, "wine")
+        shutil.copytree(own, copy, symlinks=True, ignore=shutil.ignore_patterns("started"))
+        wine = Wine(options, copy)
+        try:
+            return spoil(wine, *case)
+        finally:
+            wine.end()
+
+
+if __name__ == "__main__":
+    raise SystemExit(main())
