@@ -4,8 +4,8 @@
 Each row is so many whole measurements by vantrel-headless in virtual time, solver included. Prints two tables in
 Markdown, of sound mounts and of mounts with mechanical faults: the distance of either result from the set axis, how
 often the truth lies within the stated one- and two-sigma ellipses (39 and 86 % if they are right), how often a
-warning comes, how often it names the fault, and how often a result that is wrong by more than an arc-minute comes
-without a warning.
+warning comes, how often it names the fault, how often the rolls hint at one, and how often a result that is wrong
+by more than an arc-minute comes without a warning.
 
 Where there is air, its pressure and temperature are drawn anew for each measurement, so that the refraction is off
 the standard atmosphere's by 5 % (one sigma).
@@ -137,6 +137,8 @@ class Result:
         self.verdict = verdicts[-1] if verdicts else None
         hidden = number_pair(lines, r"could hide here and move the axis by up to (\S+)( )arc-sec")
         self.hidden = hidden[0] if hidden else 0  # what it says that a jump of 5″ could do
+        hinted = number_pair(lines, r"a jump would have moved the axis by (\S+)( )arc-sec")
+        self.hint = hinted[0] if hinted else None  # what the jump that the rolls hint at did to the axis
         self.estimate = self.turned = self.chi_square = self.stated = None
         axis = number_pair(lines, r"Least squares: azimuth (\S+) arc-min, elevation (\S+) arc-min")
         ellipse = number_pair(lines, r"Least squares: ellipse (\S+) arc-sec by (\S+) arc-sec")
@@ -163,7 +165,8 @@ class Result:
     @property
     def foretold(self):
         """Whether the truth lies within what it says that a jump could do, and twice the uncertainty."""
-        return self.estimate is not None and self.estimate < self.hidden + 2 * self.stated
+        said = max(self.hidden, self.hint or 0)
+        return self.estimate is not None and self.estimate < said + 2 * self.stated
 
     def names(self, faults):
         return self.verdict is not None and self.verdict.startswith(tuple(faults))
@@ -201,6 +204,15 @@ def silent(results):
     return sum(r.written is not None and r.written > 60 and not r.warned for r in results)
 
 
+def hinted(results):
+    return share(r.hint is not None for r in results)
+
+
+def told(row, result):
+    """Whether the fault is named, or hinted at: a hint speaks of jumps and of cameras that turn."""
+    return result.names(row.names) or result.hint is not None and bool({MOVED, TURNED} & set(row.names))
+
+
 def within(results, sigmas):
     return share(r.chi_square < sigmas**2 for r in results if r.chi_square is not None)
 
@@ -217,7 +229,8 @@ def table(head, rows, measured, cells):
 
 def sound_cells(_, results):
     return [seconds(r.written for r in results), seconds(r.estimate for r in results), within(results, 1),
-            within(results, 2), share(r.verdict is not None for r in results), str(silent(results))]
+            within(results, 2), share(r.verdict is not None for r in results), hinted(results),
+            str(silent(results))]
 
 
 def faulty_cells(row, results):
@@ -225,9 +238,9 @@ def faulty_cells(row, results):
     if "ClockError" in row.simulator:
         estimate += f" (of the axis turned about the pole: {seconds(r.turned for r in results)})"
     return [seconds(r.written for r in results), estimate, within(results, 1), within(results, 2),
-            share(r.warned for r in results), share(r.names(row.names) for r in results),
-            share(r.covered or r.names(row.names) for r in results),
-            share(r.covered or r.foretold or r.names(row.names) for r in results) if row.jump else "-"]
+            share(r.warned for r in results), share(r.names(row.names) for r in results), hinted(results),
+            share(r.covered or told(row, r) for r in results),
+            share(r.covered or r.foretold or told(row, r) for r in results) if row.jump else "-"]
 
 
 def main():
@@ -245,15 +258,14 @@ def main():
 
         sound = [row for row in rows if not row.faulty]
         if sound:
-            results = table([f"{options.runs} measurements each", *common, "plates don't agree",
+            results = table([f"{options.runs} measurements each", *common, "plates don't agree", "hinted",
                              "wrong by > 1′, not warned of"], sound, measured, sound_cells)
             print(f"| all | | | {within(results, 1)} | {within(results, 2)} | "
-                  f"{share(r.verdict is not None for r in results)} | |\n")
+                  f"{share(r.verdict is not None for r in results)} | {hinted(results)} | |\n")
         faulty = [row for row in rows if row.faulty]
         if faulty:
-            table([f"{options.runs} measurements each", *common, "warned", "fault named", "covered or named",
-                   "or foretold"], faulty,
-                  measured, faulty_cells)
+            table([f"{options.runs} measurements each", *common, "warned", "fault named", "hinted",
+                   "covered, named or hinted", "or foretold"], faulty, measured, faulty_cells)
 
 
 if __name__ == "__main__":

@@ -13,10 +13,13 @@ namespace {
 
 std::string plateName(const TakenPlate& plate) { return "Plate " + std::to_string(plate.number); }
 
-/// What the solver said of the plate's errors, or what is assumed where it said nothing.
+/// The plate's errors as the solver fitted them, else as its stars make them likely, else as is assumed where
+/// it said nothing.
 PlateCovariance covarianceOf(const PlateSolution& solution) {
-    const PlateCovariance unknown = PlateCovariance::ofSigmas(1, 60);
-    return solution.quality ? engine::covarianceOf(*solution.quality).value_or(unknown) : unknown;
+    std::optional<PlateCovariance> covariance;
+    if (solution.errors) covariance = engine::covarianceOf(*solution.errors);
+    if (!covariance && solution.quality) covariance = engine::covarianceOf(*solution.quality);
+    return covariance.value_or(PlateCovariance::ofSigmas(1, 60));
 }
 
 }  // namespace

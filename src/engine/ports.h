@@ -84,6 +84,8 @@ struct PlateSolution {
     double CD1_1 = 0, CD1_2 = 0, CD2_1 = 0, CD2_2 = 0;
     /// Where the solver tells.
     std::optional<SolutionQuality> quality{};
+    /// Where the solver fits its own errors.
+    std::optional<SolutionErrors> errors{};
 };
 
 class PlateSolverPort {

@@ -63,6 +63,7 @@ class Solve {
     void aim(int attempt, const Search& search);
     PlateSolution reportSolution();
     std::optional<engine::SolutionQuality> quality(double scaleH, double scaleV);
+    std::optional<engine::SolutionErrors> errors();
     void reportFailedAttempt(int attempt, const Search& search);
     void keepReason();
     void pauseOneSecond();
@@ -278,6 +279,7 @@ PlateSolution Solve::reportSolution() {
     solution.CD2_1 = std::sin(theta) * h;
     solution.CD2_2 = std::cos(theta) * v;
     solution.quality = quality(h, v);
+    solution.errors = errors();
     return solution;
 }
 
@@ -299,6 +301,13 @@ std::optional<engine::SolutionQuality> Solve::quality(double scaleH, double scal
     } catch (...) {
         return std::nullopt;
     }
+}
+
+/// As the solver fitted them. Solvers that don't tell are none the worse.
+std::optional<engine::SolutionErrors> Solve::errors() {
+    const engine::SolutionErrors errors{.centre = number("MatchCentreError"),
+                                        .roll = number("MatchRollError")};
+    return engine::covarianceOf(errors) ? std::optional(errors) : std::nullopt;
 }
 
 void Solve::reportFailedAttempt(int attempt, const Search& search) {

@@ -208,6 +208,8 @@ void PinPointPlate::addSolutionMembers() {
     method("Solve", [this](const Arguments&) { return Value(solve()); });
     property("MatchedStars", [this] { return collection(solution_ ? solution_->matched : 0); });
     property("MatchAvgResidual", [this] { return Value(solution_ ? solution_->residualArcsec : 0.0); });
+    property("MatchCentreError", [this] { return Value(solution_ ? solution_->centreErrorArcsec : 0.0); });
+    property("MatchRollError", [this] { return Value(solution_ ? solution_->rollErrorDeg * 3600 : 0.0); });
     property("FailureReason", [this] { return Value(failureReason()); });
     property("MatchFitOrder", [this] { return Value(solution_ ? solution_->order : 0); });
 }

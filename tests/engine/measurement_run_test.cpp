@@ -257,6 +257,21 @@ TEST(MeasurementRun, MoreThanThreePlatesCanSpareSome) {
     EXPECT_NEAR(world.mount.slews.back().RA, 2.5, 1e-9) << "back over all of the arc";
 }
 
+TEST(MeasurementRun, PlatesWeighByTheSolversOwnErrorsWhereItTellsThem) {
+    const auto toldFor = [](std::optional<SolutionErrors> errors) {
+        MeasurementWorld world;
+        world.solver.sky = [&world, errors](const EquatorialPosition& sentTo) {
+            PlateSolution solution = world.lookingFrom(sentTo);
+            solution.errors = errors;
+            return solution;
+        };
+        world.measure();
+        return world.lines("Least squares: ellipse").back();
+    };
+    EXPECT_NE(toldFor(SolutionErrors{.centre = 3, .roll = 60}), toldFor(std::nullopt));
+    EXPECT_EQ(toldFor(SolutionErrors{.centre = 0, .roll = 60}), toldFor(std::nullopt));
+}
+
 TEST(MeasurementRun, APlateLeftOutOrRedoneChangesTheResult) {
     MeasurementWorld world;
     world.panel.txtDeltaRA.setText("10");

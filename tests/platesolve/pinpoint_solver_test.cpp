@@ -108,6 +108,17 @@ TEST_F(PinPointSolving, TurnsScalesAndRollIntoTheCdMatrix) {
     }
 }
 
+TEST_F(PinPointSolving, TakesTheErrorsThatTheSolverTells) {
+    EXPECT_FALSE(solve()->errors) << "a solver that tells none";
+    SolvingWorld::engine.errors = engine::SolutionErrors{.centre = 0.05, .roll = 6};
+    const auto errors = solve()->errors;
+    ASSERT_TRUE(errors);
+    EXPECT_EQ(errors->centre, 0.05);
+    EXPECT_EQ(errors->roll, 6);
+    SolvingWorld::engine.errors = engine::SolutionErrors{.centre = 0.05, .roll = 0};
+    EXPECT_FALSE(solve()->errors) << "one that doesn't know";
+}
+
 TEST_F(PinPointSolving, SearchesNorthAndSouthInFieldHeights) {
     engine.failingSolves = 1000;
     panel.txtSolveScaleH.setText("3.6");

@@ -56,8 +56,9 @@ struct NamingUtility : engine::UtilityPort {
 /// What the solver objects of a test find.
 struct PinPoint {
     bool acceptsArrays = true;
-    bool wcsValid = false;  // of the objects that are made now
-    int failingSolves = 0;  // before one succeeds
+    bool wcsValid = false;                         // of the objects that are made now
+    int failingSolves = 0;                         // before one succeeds
+    std::optional<engine::SolutionErrors> errors;  // of a solver that tells them
     double ra = 5.51, dec = 20.25, roll = 30, scaleH = 2.5, scaleV = 2.4;
     std::function<void(const std::string& member)> whileIn;  // what else happens during a call
 
@@ -113,6 +114,10 @@ class FakePinPoint : public WillingObject {
         tell("RollAngle", world_.roll);
         tell("ArcsecPerPixelHoriz", world_.scaleH);
         tell("ArcsecPerPixelVert", world_.scaleV);
+        if (world_.errors) {
+            tell("MatchCentreError", world_.errors->centre);
+            tell("MatchRollError", world_.errors->roll);
+        }
         return true;
     }
 

@@ -129,6 +129,10 @@ TEST_F(PinPointPlateTest, SolvesInTheEquinoxAskedForAndRollsWithIt) {
     EXPECT_GT(plate_.get("MatchedStars").toObject()->get("Count").toInt(), 20);
     EXPECT_LT(number("MatchAvgResidual"), 1.0);
     EXPECT_GE(number("MatchFitOrder"), 1);
+    EXPECT_GT(number("MatchCentreError"), 0);
+    EXPECT_LT(number("MatchCentreError"), number("MatchAvgResidual"));
+    // A star turns the field by its own error divided by how far out it is: about a quarter of a degree here.
+    EXPECT_NEAR(number("MatchRollError") / number("MatchCentreError"), 220, 100);
 }
 
 TEST_F(PinPointPlateTest, SearchesAsFarAsItIsAllowedTo) {

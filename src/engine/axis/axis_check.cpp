@@ -89,8 +89,14 @@ std::vector<std::string> AxisCheck::lines() const {
     if (verdict.agreement == Agreement::kConsistent)
         lines.push_back("The plates agree: chi-square " + fixed(verdict.chiSquare, "0.0") + " with " +
                         std::to_string(verdict.degreesOfFreedom) + " degrees of freedom");
+    if (verdict.hint)
+        lines.push_back(
+            "The plates' rolls hint at a jump in declination, or at a camera that turned in each slew; a "
+            "jump "
+            "would have moved the axis by " +
+            arcSeconds(verdict.hint->axisMove) + ": more plates would tell");
     // A jump within twice the uncertainty is allowed for.
-    if (estimate.covariance && verdict.hiddenMove > 2 * estimate.covariance->sigma())
+    else if (estimate.covariance && verdict.hiddenMove > 2 * estimate.covariance->sigma())
         lines.push_back("A jump of " + fixed(kTypicalJump, "0") +
                         " arc-sec in declination could hide here and move the axis by up to " +
                         arcSeconds(verdict.hiddenMove) + ": more plates would show it");

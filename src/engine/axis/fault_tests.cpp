@@ -90,6 +90,7 @@ std::optional<Suspicion> tested(const RotationFit& fit, const MatrixXd& pattern)
     Suspicion suspicion;
     suspicion.size = (size.size() == 1 ? size(0) : size.norm()) / kArcsecond;
     suspicion.statistic = size.dot(seen);
+    suspicion.axisMove = (fit.axisMoves(pattern) * size).norm() / kArcsecond;
     suspicion.degreesOfFreedom = static_cast<int>(size.size());
     suspicion.smallestVisible =
         1 / std::sqrt(weakest) / kArcsecond;  // one sigma; setLimits makes it nine of ten

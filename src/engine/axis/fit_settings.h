@@ -11,6 +11,8 @@ struct FitSettings {
     double centreFloor = 0.2;
     /// Flexure, which shows most in roll; added in quadrature to each position angle. Infinite: roll unused.
     double rollFloor = 20;
+    /// What is left of it in a camera that holds. Verdict::hint believes the rolls so far.
+    double firmRollFloor = 3;
     /// Of the mount's hour angles: gears, backlash, where a slew ends. Infinite: readings unused.
     double readingSigma = 60;
     /// By how much the tube may sag where it lies level; at other altitudes by the cosine of it. Not an error

@@ -23,6 +23,12 @@ double positionAngleOfRows(double CD1_1, double CD1_2, double CD2_1, double CD2_
     return angle > 180 ? angle - 360 : angle;
 }
 
+std::optional<PlateCovariance> covarianceOf(const SolutionErrors& errors) {
+    const auto known = [](double sigma) { return std::isfinite(sigma) && sigma > 0; };
+    if (!known(errors.centre) || !known(errors.roll)) return std::nullopt;
+    return PlateCovariance::ofSigmas(errors.centre, errors.roll);
+}
+
 std::optional<PlateCovariance> covarianceOf(const SolutionQuality& quality) {
     const double coefficients = (quality.order + 1) * (quality.order + 2) / 2.0;
     const double spare = quality.matched - coefficients;

@@ -53,6 +53,15 @@ struct SolutionQuality {
     double fieldWidth = 0, fieldHeight = 0;
 };
 
+/// What a solver that fits the errors of its solutions says of them, standard deviations in arc-seconds: the
+/// centre along each axis, and the roll.
+struct SolutionErrors {
+    double centre = 0, roll = 0;
+};
+
+/// The covariance that these make. Empty unless both are finite and greater than 0.
+std::optional<PlateCovariance> covarianceOf(const SolutionErrors& errors);
+
 /// The covariance that follows when stars are spread evenly over the field and their errors don't depend on
 /// each other. Empty when there are too few stars for the model, or no field.
 std::optional<PlateCovariance> covarianceOf(const SolutionQuality& quality);

@@ -80,6 +80,23 @@ std::optional<Suspicion> farPlate(const std::vector<Sighting>& sightings, const 
     return found;
 }
 
+/// The jump in declination that is about as likely as what the rolls speak for most, if that is more than
+/// chance.
+std::optional<Suspicion> hintOf(std::span<const Plate> plates, const Site& site, FitSettings settings) {
+    if (!(settings.firmRollFloor < settings.rollFloor)) return std::nullopt;
+    settings.rollFloor = settings.firmRollFloor;
+    const auto sightings = sightingsOf(plates, site, settings);
+    if (!sightings) return std::nullopt;
+    const RotationFit fit = RotationFit::of(*sightings, site);
+    if (validityOf(fit) != Validity::kValid) return std::nullopt;
+    std::vector<Suspicion> suspicions = testedFaults(*sightings, fit);
+    suspicions.resize(order(suspicions));
+    const auto jump = std::ranges::find_if(suspicions, [](const Suspicion& s) {
+        return s.fault == Fault::kDeclinationMoved && s.statistic > s.limit;
+    });
+    return jump == suspicions.end() ? std::nullopt : std::optional(*jump);
+}
+
 Suspicion scatterOf(const Verdict& verdict) {
     return {.fault = Fault::kScatter,
             .statistic = verdict.chiSquare,
@@ -124,6 +141,7 @@ Verdict judge(std::span<const Plate> plates, const Site& site, const FitSettings
         verdict.likely = 1;
     }
     verdict.agreement = blamed || scattered ? Agreement::kSuspicious : Agreement::kConsistent;
+    if (verdict.agreement == Agreement::kConsistent) verdict.hint = hintOf(plates, site, settings);
     return verdict;
 }
 

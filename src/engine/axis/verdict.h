@@ -5,6 +5,7 @@
 // numbers to test with, and several faults look the same there: see Verdict::likely.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -35,6 +36,7 @@ struct Suspicion {
     int degreesOfFreedom = 0;
     double limit = 0;            // suspicious above
     double smallestVisible = 0;  // arc-seconds: a fault of this size is found nine times out of ten
+    double axisMove = 0;         // arc-seconds: how far a fault of this size moves the axis
 };
 
 enum class Agreement {
@@ -59,9 +61,13 @@ struct Verdict {
     /// Arc-seconds: how far a jump of kTypicalJump in declination, at any plate, would move the axis without
     /// being noticed nine times out of ten; 0 when it would be.
     double hiddenMove = 0;
+    /// Of plates that agree: a jump in declination that their rolls speak for, if the camera holds as firmly
+    /// as FitSettings::firmRollFloor says. Three plates can't tell it from a camera that turns in each slew.
+    std::optional<Suspicion> hint{};
 };
 
-/// Chances of a false alarm: a hundredth for all faults together, a thousandth for scatter.
+/// Chances of a false alarm: a hundredth for all faults together, a thousandth for scatter. A hint is false
+/// in less than a hundredth of the measurements with a firm camera.
 Verdict judge(std::span<const Plate> plates, const Site& site, const FitSettings& settings = {});
 
 }  // namespace vantrel::engine

@@ -16,6 +16,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 using Plates = std::vector<Plate>;
 
@@ -40,6 +41,19 @@ TEST(AxisCheck, TellsTheAxisItsUncertaintyAndThatThePlatesAgree) {
                             StartsWith("The plates agree: chi-square "),
                             StartsWith("A jump of 5 arc-sec in declination could hide here and "
                                        "move the axis by up to 79.")));
+    EXPECT_THAT(check.warnings(mount.site), IsEmpty());
+}
+
+TEST(AxisCheck, TellsWhatTheRollsHintAt) {
+    const auto mount = askew();
+    Plates plates = measured(mount, 0.5, 15);
+    *plates[0].positionAngle -= 20.0 / 3600;
+    *plates[2].positionAngle += 20.0 / 3600;
+    const AxisCheck check = checkAxis(plates, mount.site);
+    EXPECT_THAT(check.lines(), Contains(StartsWith("The plates' rolls hint at a jump in declination, or at a "
+                                                   "camera that turned in each slew; a jump would have moved "
+                                                   "the axis by ")));
+    EXPECT_THAT(check.lines(), Not(Contains(HasSubstr("could hide here"))));
     EXPECT_THAT(check.warnings(mount.site), IsEmpty());
 }
 

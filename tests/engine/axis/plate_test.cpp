@@ -79,6 +79,16 @@ TEST(PlateCovariance, FollowsFromWhatTheSolverSays) {
     }
 }
 
+TEST(PlateCovariance, FollowsFromTheSolversOwnErrors) {
+    const auto covariance = covarianceOf(SolutionErrors{.centre = 0.05, .roll = 6});
+    ASSERT_TRUE(covariance);
+    EXPECT_DOUBLE_EQ(covariance->eastEast, 0.05 * 0.05);
+    EXPECT_DOUBLE_EQ(covariance->northNorth, 0.05 * 0.05);
+    EXPECT_DOUBLE_EQ(covariance->rollRoll, 36);
+    for (const SolutionErrors& unusable : {SolutionErrors{0, 6}, {0.05, 0}, {std::nan(""), 6}, {0.05, -1}})
+        EXPECT_FALSE(covarianceOf(unusable)) << unusable.centre << ' ' << unusable.roll;
+}
+
 TEST(PlateCovariance, NeedsStarsToSpareAndAField) {
     EXPECT_FALSE(covarianceOf({3, 0.5, 1, 1, 1}));
     EXPECT_FALSE(covarianceOf({30, 0.5, 1, 0, 1}));

@@ -185,6 +185,50 @@ TEST(Verdict, SeldomRaisesAFalseAlarm) {
     }
 }
 
+/// The rolls of three plates see what their centres can't; from four on the centres know better.
+TEST(Verdict, HintsAtAJumpByTheRolls) {
+    const struct {
+        const char* why;
+        int plates;
+        double slew;
+        std::function<void(Plates&)> spoil;
+        double least, most;  // share of hints
+        double moved = 0;    // arc-seconds, by the jump
+    } cases[] = {
+        {"nothing happened", 3, 15, [](Plates&) {}, 0, 0.01},
+        {"a jump of 5\"", 3, 15, [](Plates& p) { moveDeclination(p, 1, 3, 5); }, 0.9, 1, 75},
+        {"a camera that turns in each slew looks the same", 3, 15,
+         [](Plates& p) {
+             turnCamera(p, 1, 3, 18);
+             turnCamera(p, 2, 3, 18);
+         },
+         0.9, 1},
+        {"a camera that turns in each slew, and four plates", 4, 10,
+         [](Plates& p) {
+             for (int i = 1; i < 4; ++i) turnCamera(p, i, 4, 10);
+         },
+         0, 0.02},
+    };
+    constexpr int kTrials = 200;
+    const SimulatedMount mount{.azimuth = 20, .elevation = -12};
+    for (const auto& c : cases) {
+        std::mt19937 random(9);
+        Plates exact = mount.plates(arc(0.5, c.slew, c.plates));
+        c.spoil(exact);
+        int hints = 0;
+        double moved = 0;  // arc-seconds
+        for (int trial = 0; trial < kTrials; ++trial) {
+            const Plates plates = test::blurred(exact, {.centre = 0.05, .roll = 4, .reading = 30}, random);
+            const auto hint = judge(plates, mount.site, {.centreFloor = 0.04}).hint;
+            moved += hint ? hint->axisMove : 0;
+            hints += hint.has_value();
+        }
+        EXPECT_GE(hints, c.least * kTrials) << c.why;
+        EXPECT_LE(hints, c.most * kTrials) << c.why;
+        if (c.moved > 0) EXPECT_NEAR(moved / hints, c.moved, 0.1 * c.moved) << c.why;
+    }
+}
+
 TEST(Verdict, SaysHowMuchIsSeenAndWhenNothingCanBe) {
     SimulatedMount mount;
     auto plates = mount.plates(arc(0, 20, 3));
