@@ -5,6 +5,9 @@ vantrel_find_c_library(curl curl curl/curl.h)
 target_compile_definitions(curl INTERFACE CURL_STATICLIB)
 target_link_libraries(curl INTERFACE ZLIB::ZLIB ws2_32 crypt32 bcrypt)
 add_library(CURL::libcurl ALIAS curl)
+vantrel_find_c_library(microhttpd microhttpd microhttpd.h)
+target_link_libraries(microhttpd INTERFACE ws2_32)
+vantrel_find_c_library(qrencode qrencode qrencode.h)
 target_link_libraries(TIFF::TIFF INTERFACE ZLIB::ZLIB)
 
 # Headers alone, and so Debian's own; the folder that they are in has those of another system as well.
