@@ -37,5 +37,5 @@ windows_name() {
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 mkdir -p build/package
 installer=$PWD/build/package/vantrel-$version-windows-setup.exe
-makensis -V2 -NOCD -DWORK="$build" -DOUTPUT="$installer" "$build/packaging/windows/installer.nsi"
+makensis -V2 -NOCD -INPUTCHARSET UTF8 -DWORK="$build" -DOUTPUT="$installer" "$build/packaging/windows/installer.nsi"
 ls -l "$installer"
