@@ -1,8 +1,9 @@
 #!/bin/sh
-# Makes the installer for Windows, "build/package/vantrel-VERSION-windows-setup.exe". What it needs it installs; Qt and the
-# other libraries are made once (windows_qt.sh, windows_dependencies.sh).
+# Makes the installer for Windows, "build/package/vantrel-VERSION-windows-setup.exe". What it needs it installs; Qt and
+# the other libraries are made once (windows_qt.sh, windows_dependencies.sh).
 set -eu
 cd "$(dirname "$0")/.."
+scripts/install_dependencies.sh windows
 libraries=$(scripts/windows_dependencies.sh)
 qt=$(scripts/windows_qt.sh)
 cmake --preset windows-desktop -DVANTREL_WINDOWS_LIBRARIES="$libraries" -DVANTREL_WINDOWS_QT="$qt"

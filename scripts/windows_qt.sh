@@ -1,7 +1,8 @@
 #!/bin/sh
-# Makes Qt for x86_64-w64-mingw32 from Debian's own source: only what the windows need, as DLLs. Some twenty minutes on two
-# processors; it is made once and kept in a folder whose name tells version and options. The folder's name is the only thing
-# written to standard output. The tools that run while building (moc, rcc, lrelease) are Debian's, of the same version.
+# Makes Qt for x86_64-w64-mingw32 from Debian's own source: only what the windows need, as DLLs. Some twenty minutes on
+# two processors; it is made once and kept in a folder whose name tells version and options. The folder's name is the
+# only thing written to standard output. The tools that run while building (moc, rcc, lrelease) are Debian's, of the same
+# version.
 #
 #   VANTREL_WINDOWS_CACHE   where that folder is; build/windows-dependencies otherwise
 set -eu
@@ -53,9 +54,9 @@ export PKG_CONFIG_LIBDIR=/nonexistent
         -DCMAKE_TOOLCHAIN_FILE="$work/toolchain.cmake" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$result" \
         -DCMAKE_SHARED_LINKER_FLAGS=-static -DCMAKE_MODULE_LINKER_FLAGS=-static \
         -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR=/usr/lib/x86_64-linux-gnu/cmake \
-        -DQT_QMAKE_TARGET_MKSPEC=win32-g++ -DBUILD_SHARED_LIBS=ON -DINPUT_opengl=no -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF \
-        $options &&
-        cmake --build "$work/build" &&
+        -DQT_QMAKE_TARGET_MKSPEC=win32-g++ -DBUILD_SHARED_LIBS=ON -DINPUT_opengl=no \
+        -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF $options &&
+        cmake --build "$work/build" -j "$(nproc)" &&
         cmake --install "$work/build" --strip
 } >"$cache/qt.log" 2>&1 || {
     tail -40 "$cache/qt.log" >&2

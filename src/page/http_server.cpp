@@ -42,7 +42,7 @@ class HttpServer::Daemon {
         host_ = host;
         const bool tellsOfNews = MHD_is_feature_supported(MHD_FEATURE_EPOLL) == MHD_YES;
         daemon_ = MHD_start_daemon(
-            (tellsOfNews ? MHD_USE_EPOLL : 0U) | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
+            (tellsOfNews ? MHD_USE_EPOLL : MHD_NO_FLAG) | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
             &Daemon::onRequest, this, MHD_OPTION_LISTEN_SOCKET, static_cast<MHD_socket>(listener.number()),
             MHD_OPTION_CONNECTION_LIMIT, limits.connections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
             limits.connectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT, limits.idleSeconds,
