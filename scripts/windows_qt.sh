@@ -40,9 +40,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 END
-# A library of its own for each DLL: no run-time libraries of the compiler are to be carried along.
+# Linked statically, the DLLs need no run-time libraries of the compiler. Tablets need a header that the source lacks.
 without="sql dbus xml concurrent network printsupport opengl vulkan direct2d androiddeployqt windeployqt qmake pkg_config
-system_zlib icu glib zstd gif jpeg"
+system_zlib icu glib zstd gif jpeg tabletevent directwrite directwrite3"
 options=""
 for feature in $without; do
     options="$options -DFEATURE_$feature=OFF"
