@@ -11,7 +11,9 @@ pictures=${2:-build/windows-tried}
 mkdir -p "$pictures"
 pictures=$(realpath "$pictures")
 work=$(mktemp -d)
-export WINEPREFIX="$work/prefix" WINEARCH=win64 WINEDLLOVERRIDES="mscoree=;mshtml=" WINEDEBUG=-all
+export WINEPREFIX="$work/prefix" WINEARCH=win64 WINEDEBUG=-all
+# Without what copies the start menu to the desktop that Wine runs on.
+export WINEDLLOVERRIDES="mscoree=;mshtml=;winemenubuilder.exe=d"
 export HOME="$work/home" PATH="$PATH:/usr/lib/wine" # the user's documents are there
 mkdir "$HOME"
 display=${VANTREL_TRY_DISPLAY:-:77}
