@@ -76,6 +76,7 @@ left_behind() { # what of ours is there after and wasn't before
 }
 
 within 10 xdotool getmouselocation || fail "no screen"
+kill -0 $screen 2>/dev/null || fail "no screen of our own at $display"
 openbox >/dev/null 2>&1 &
 openbox_id=$!
 wine64 wineboot --init >/dev/null 2>&1
@@ -143,6 +144,37 @@ gone() {
     [ ! -e "$program" ]
 }
 within 30 gone || fail "left: $(find "$program")"
+snapshot after
+left=$(left_behind)
+[ -z "$left" ] || fail "left behind: $left"
+
+step "Installs by its pages"
+page() { # WINDOW KEY
+    sleep 2 # the keys of a page are its own
+    press "$1" "$2"
+}
+wine64 "$setup" >/dev/null 2>&1 &
+within 30 window 'Vantrel Setup' || fail "no installer"
+for key in alt+n alt+n alt+i; do # welcome, for whom, where
+    page 'Vantrel Setup' $key
+done
+within 60 [ -f "$program/uninstall.exe" ] || fail "nothing installed"
+page 'Vantrel Setup' alt+f # and opens the program
+within 60 window '^Welcome' || fail "not opened"
+press '^Welcome' Escape
+press '^Vantrel$' alt+F4
+closed() {
+    ! window '^Vantrel$'
+}
+within 30 closed || fail "not closed"
+
+step "Goes by its pages"
+wine64 "$program/uninstall.exe" >/dev/null 2>&1 &
+within 30 window 'Vantrel Uninstall' || fail "no uninstaller"
+page 'Vantrel Uninstall' alt+r # with the settings
+page 'Vantrel Uninstall' Return
+within 30 gone || fail "left: $(find "$program")"
+page 'Vantrel Uninstall' Return
 snapshot after
 left=$(left_behind)
 [ -z "$left" ] || fail "left behind: $left"
