@@ -2,11 +2,12 @@
 # make test     the same, and runs all tests
 # make build    the programs in build/release/bin/
 # make test-windows  builds for Windows and runs the tests under Wine
+# make windows  the installer for Windows, in build/package/
 # make check    format, clang-tidy and the tests under sanitizers
 # make package  the Debian package, in build/package/
 # make bench    the benchmarks
 
-.PHONY: run test test-windows build check bench package dependencies
+.PHONY: run test test-windows windows build check bench package dependencies
 
 run: build
 	scripts/run.sh
@@ -22,6 +23,9 @@ test: dependencies
 
 test-windows:
 	scripts/test_windows.sh
+
+windows:
+	scripts/windows_installer.sh
 
 check:
 	scripts/install_dependencies.sh check

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs the Debian packages that building (and, with "check" or "package", checking or packaging) needs, as far as
-# they are missing. Without those for the manual everything else is built all the same.
+# Installs the Debian packages that building (and, with "check", "package" or "windows", checking, packaging or the
+# installer for Windows) needs, as far as they are missing. Without those for the manual everything else is built all the same.
 set -eu
 
 build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev libjpeg-dev libpng-dev libtiff-dev libraw-dev libcurl4-openssl-dev liberfa-dev
@@ -10,9 +10,12 @@ manual="python3 cmark-gfm"
 check="clang-format clang-tidy clang libclang-rt-dev"
 packaging="file fp-utils dpkg-dev fakeroot $manual"
 
+windows="nsis fp-utils qt6-translations-l10n $manual"
+
 wanted=$build
 [ "${1:-}" = check ] && wanted="$wanted $check"
 [ "${1:-}" = package ] && wanted="$wanted $packaging"
+[ "${1:-}" = windows ] && wanted="$wanted $windows"
 
 # missing PACKAGE...: those that aren't installed.
 missing() {

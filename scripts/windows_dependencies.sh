@@ -11,7 +11,7 @@ target=x86_64-w64-mingw32
 
 # Source packages, and the binary package that tells the version of each.
 sources="cfitsio:libcfitsio-dev erfa:liberfa-dev curl:libcurl4-openssl-dev libpng1.6:libpng-dev
-libjpeg-turbo:libjpeg62-turbo-dev tiff:libtiff-dev"
+libjpeg-turbo:libjpeg62-turbo-dev tiff:libtiff-dev libmicrohttpd:libmicrohttpd-dev qrencode:libqrencode-dev"
 packages="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 cmake ninja-build dpkg-dev python3 libeigen3-dev
 nlohmann-json3-dev googletest"
 
@@ -56,40 +56,24 @@ fi
 
 work=$cache/work
 rm -rf "$work" "$result"
-mkdir -p "$work/lists/partial" "$work/archives/partial" "$result/include" "$result/lib"
+mkdir -p "$work" "$result/include" "$result/lib"
 begin=$(date +%s)
 
-# The machine's own places for Debian's packages are places for its sources too; the machine's lists stay as they are.
-awk -v suite="$(. /etc/os-release && echo "$VERSION_CODENAME")" '
-    function is_debians(name) { return name == suite || index(name, suite "-") == 1 }
-    FILENAME ~ /\.list$/ && $1 == "deb" {
-        for (i = 2; i <= NF; i++) if (is_debians($i)) { $1 = "deb-src"; print; next }
-    }' /etc/apt/sources.list /etc/apt/sources.list.d/*.list /dev/null 2>/dev/null >"$work/sources.list" || true
-mkdir "$work/sources.list.d"
-for file in /etc/apt/sources.list.d/*.sources; do
-    [ -f "$file" ] && grep -q "^Suites:.*$(. /etc/os-release && echo "$VERSION_CODENAME")" "$file" &&
-        sed 's/^Types:.*/Types: deb-src/' "$file" >"$work/sources.list.d/${file##*/}"
-done
-sources_apt() {
-    apt-get -q -o Dir::Etc::sourcelist="$work/sources.list" -o Dir::Etc::sourceparts="$work/sources.list.d" \
-        -o Dir::State::lists="$work/lists" -o Dir::Cache::archives="$work/archives" -o APT::Sandbox::User= "$@" >&2
-}
-sources_apt update
+# shellcheck disable=SC2046  # a list, meant to be split
+scripts/debian_sources.sh "$work" $(for source in $sources; do echo "${source%%:*}"; done)
 cd "$work"
-# Mirrors may lack files of Debian's own changes; what upstream published does without them.
-fetch() (
-    mkdir "$1"
-    cd "$1"
-    sources_apt source --only-source "$1" && mv "$(find . -maxdepth 1 -mindepth 1 -type d)" source && exit 0
-    echo "$1: without Debian's changes, which can't be had" >&2
-    sources_apt source --only-source --download-only --tar-only "$1"
-    mkdir source
-    tar -xf ./*.orig.tar.?z* -C source --strip-components 1
-)
-for source in $sources; do
-    fetch "${source%%:*}"
-done
 cp -r /usr/src/googletest googletest
+# What is put into the programs brings its licence along: Debian's collection of it where there is one.
+mkdir "$result/licences"
+for source in $sources; do
+    name=${source%%:*}
+    for file in "$name"/source/debian/copyright "$name"/source/[Ll][Ii][Cc][Ee][Nn][CcSs][Ee]* "$name"/source/COPYING*; do
+        [ ! -f "$file" ] || { cp "$file" "$result/licences/$name.txt" && break; }
+    done
+done
+for package in libz-mingw-w64-dev mingw-w64-common gcc-mingw-w64-base libeigen3-dev nlohmann-json3-dev; do
+    cp "/usr/share/doc/$package/copyright" "$result/licences/$package.txt"
+done
 echo "Fetched in $(($(date +%s) - begin)) s" >&2
 
 flags="-O2 -ffunction-sections -fdata-sections"
@@ -111,11 +95,25 @@ END
 by_cmake() {
     name=$1
     shift
-    cmake -S "$work/$name/${folder-source}" -B "$work/$name/build" -G Ninja -Wno-dev -DCMAKE_TOOLCHAIN_FILE="$work/toolchain.cmake" \
+    cmake -S "$work/$name/${folder-source}" -B "$work/$name/build" -G Ninja -Wno-dev \
+        -DCMAKE_TOOLCHAIN_FILE="$work/toolchain.cmake" \
         -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_FLAGS_RELEASE="$flags" -DCMAKE_CXX_FLAGS_RELEASE="$flags" \
         -DCMAKE_INSTALL_PREFIX="$result" -DBUILD_SHARED_LIBS=OFF -DZLIB_LIBRARY="/usr/$target/lib/libz.a" \
         -DZLIB_INCLUDE_DIR="/usr/$target/include" -DPKG_CONFIG_EXECUTABLE=/bin/false "$@" >"$work/$name.log" 2>&1 &&
         cmake --build "$work/$name/build" --target install >>"$work/$name.log" 2>&1 || {
+        tail -40 "$work/$name.log" >&2
+        return 1
+    }
+    echo "Built $name" >&2
+}
+
+# by_configure NAME [OPTION...]
+by_configure() {
+    name=$1
+    shift
+    mkdir "$work/$name/build"
+    (cd "$work/$name/build" && ../source/configure --host=$target --prefix="$result" --disable-shared --enable-static \
+        CC=$target-gcc-posix CFLAGS="$flags" "$@" && make -j "$(nproc)" && make install) >"$work/$name.log" 2>&1 || {
         tail -40 "$work/$name.log" >&2
         return 1
     }
@@ -144,6 +142,9 @@ by_cmake tiff -Djpeg=OFF -Dold-jpeg=OFF -Dlzma=OFF -Dzstd=OFF -Dwebp=OFF -Djbig=
     -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
 by_cmake curl -DBUILD_CURL_EXE=OFF -DHTTP_ONLY=ON -DCURL_USE_SCHANNEL=ON -DCURL_USE_OPENSSL=OFF -DCURL_USE_LIBSSH2=OFF \
     -DCURL_USE_LIBPSL=OFF -DUSE_LIBIDN2=OFF -DUSE_WIN32_IDN=OFF -DENABLE_MANUAL=OFF -DENABLE_UNICODE=ON -DBUILD_TESTING=OFF
+by_cmake qrencode -DWITH_TOOLS=NO -DWITH_TESTS=NO
+by_configure libmicrohttpd --disable-https --disable-doc --disable-examples --disable-curl --disable-tools \
+    --disable-postprocessor --disable-bauth --disable-dauth
 folder=. by_cmake googletest -DINSTALL_GTEST=ON -DBUILD_GMOCK=ON
 cd "$work/erfa/source"
 # shellcheck disable=SC2046  # a list, meant to be split

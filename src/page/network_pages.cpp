@@ -2,8 +2,6 @@
 
 #include <stdexcept>
 
-#include <sys/random.h>
-
 #include "page/page_text.h"
 
 namespace vantrel::page {
@@ -102,13 +100,6 @@ class NetworkPage : public platform::LivePage {
 };
 
 }  // namespace
-
-Secret systemSecret() {
-    Secret secret{};
-    if (::getrandom(secret.data(), secret.size(), 0) != static_cast<ssize_t>(secret.size()))
-        throw std::runtime_error("The system gives no random numbers");
-    return secret;
-}
 
 bool sameSecret(const std::string& one, const std::string& other) {
     unsigned differences = one.size() == other.size() ? 0 : 1;

@@ -1,7 +1,6 @@
 // Pages for the browsers of the local network, behind an address that can't be guessed.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,15 +9,10 @@
 
 #include "page/http_server.h"
 #include "page/own_address.h"
+#include "page/secret.h"
 #include "platform/live_page.h"
 
 namespace vantrel::page {
-
-/// 128 bits that nobody can guess.
-using Secret = std::array<std::uint8_t, 16>;
-
-/// From the system's generator. Throws std::runtime_error when it has none to give.
-Secret systemSecret();
 
 /// What the camera sees.
 struct PictureSource {

@@ -8,7 +8,7 @@
 namespace vantrel::page {
 
 struct OwnAddress {
-    std::string interface;
+    std::string adapter;
     std::string host;  // numeric, IPv4
 };
 

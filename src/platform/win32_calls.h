@@ -9,6 +9,7 @@
 #include <winsock2.h>
 #include <windows.h>
 // clang-format on
+#include <bcrypt.h>
 #include <iphlpapi.h>
 #include <mstcpip.h>
 #include <oleauto.h>

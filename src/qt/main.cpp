@@ -15,6 +15,7 @@
 #include "app/startup.h"
 #include "app/version.h"
 #include "platform/instance_guard.h"
+#include "platform/paths.h"
 #include "platform/termination.h"
 #include "qt/display_watch.h"
 #include "qt/parts.h"
@@ -51,7 +52,7 @@ Options parseOptions(const QApplication& application) {
     parser.addOptions({home, measure, png});
     parser.process(application);
     Options options;
-    if (parser.isSet(home)) options.home = parser.value(home).toStdString();
+    if (parser.isSet(home)) options.home = platform::pathOf(parser.value(home).toStdString());
     options.measure = parser.isSet(measure);
     options.png = parser.value(png);
     return options;

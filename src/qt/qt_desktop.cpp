@@ -6,24 +6,15 @@
 #include <QDesktopServices>
 #include <QImage>
 #include <QPainter>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QUrl>
 #include <system_error>
 
+#include "qt/desktop_services.h"
 #include "qt/drawing_painter.h"
 #include "qt/theme.h"
 
 namespace vantrel::qt {
 namespace {
-
-/// Whether the desktop has a program for files of this kind.
-bool hasProgramFor(const QString& kind) {
-    constexpr int kPatience = 2000;  // milliseconds
-    QProcess query;
-    query.start(QStringLiteral("xdg-mime"), {QStringLiteral("query"), QStringLiteral("default"), kind});
-    return query.waitForFinished(kPatience) && !query.readAllStandardOutput().trimmed().isEmpty();
-}
 
 /// For letters and web pages: by day, whatever the windows look like.
 QImage imageOfDial(const platform::Drawing& drawing) {
@@ -53,21 +44,13 @@ std::filesystem::path QtDesktop::shownFor(const std::string& file) const {
     const std::filesystem::path pages = help.parent_path() / "manual" / "index.html";
     std::error_code ignored;
     const bool shown = help.extension() != ".chm" || !std::filesystem::exists(pages, ignored) ||
-                       (std::filesystem::exists(help, ignored) &&
-                        hasProgramFor(QStringLiteral("application/vnd.ms-htmlhelp")));
+                       (std::filesystem::exists(help, ignored) && hasHelpViewer());
     return shown ? help : pages;
 }
 
 void QtDesktop::beep() { QApplication::beep(); }
 
-/// By the desktop's speech service, whose client comes with it.
-void QtDesktop::say(const std::string& words) {
-    const QString client = QStandardPaths::findExecutable(QStringLiteral("spd-say"));
-    if (client.isEmpty()) return;
-    QProcess::startDetached(client, {QStringLiteral("--application-name"), QStringLiteral("vantrel"),
-                                     QStringLiteral("--language"), QStringLiteral("en"), QStringLiteral("--"),
-                                     QString::fromStdString(words)});
-}
+void QtDesktop::say(const std::string& words) { speakAloud(words); }
 
 bool QtDesktop::copyText(const std::string& text) {
     QGuiApplication::clipboard()->setText(QString::fromStdString(text));

@@ -212,7 +212,7 @@ const std::map<Field, const char*>& tips() {
         {{"frmAdjust", "chkTones"},
          QT_TRANSLATE_NOOP("Tip", "Tones that come faster the nearer the axis is to the pole")},
         {{"frmAdjust", "chkSpoken"},
-         QT_TRANSLATE_NOOP("Tip", "Says what to turn, where speech-dispatcher is installed")},
+         QT_TRANSLATE_NOOP("Tip", "Says what to turn, where the system has a voice")},
         {{"frmAdjust", "chkPhone"},
          QT_TRANSLATE_NOOP("Tip", "These numbers on a page that a phone in the same network can read")},
         {{"frmAdjust", "cmdLock"},

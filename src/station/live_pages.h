@@ -9,7 +9,7 @@
 
 namespace vantrel::station {
 
-/// Refers to both. Nothing where there is no server for them.
+/// Refers to both.
 std::unique_ptr<platform::LivePages> livePages(platform::EventLoop& loop,
                                                const imaging::OpenDocuments& documents);
 

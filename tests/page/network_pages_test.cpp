@@ -2,18 +2,17 @@
 // loop goes on meanwhile.
 #include "page/network_pages.h"
 
+#include <array>
 #include <list>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include "headless/system_time.h"
 #include "platform/queued_event_loop.h"
+#include "platform/sockets.h"
 
 namespace vantrel::page {
 namespace {
@@ -26,31 +25,28 @@ using testing::StartsWith;
 /// A browser's end of a connection, in the test's own thread.
 class Client {
   public:
-    explicit Client(int port, int receiveBuffer = 0)
-        : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
-        if (receiveBuffer != 0)
-            ::setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(static_cast<std::uint16_t>(port));
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        ::connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address);  // or soon
+    explicit Client(int port) {
+        const auto found = platform::addressesOf("127.0.0.1", port, platform::AddressKind::kNumeric);
+        socket_ = platform::openStreamSocket(found.addresses.at(0)).number;
+        platform::connectSocket(socket_, found.addresses.at(0));  // or soon
     }
-    ~Client() { ::close(socket_); }
+    ~Client() { platform::closeSocket(socket_); }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
 
-    void send(const std::string& text) const {
-        [[maybe_unused]] const auto sent =
-            ::send(socket_, text.data(), text.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    void send(const std::string& text) {
+        unsent_ += text;
+        push();
     }
     /// What has come so far.
     const std::string& heard() {
-        char part[4096];
-        for (ssize_t got = 1; got > 0;) {
-            got = ::recv(socket_, part, sizeof part, MSG_DONTWAIT);
-            if (got > 0) heard_.append(part, static_cast<std::size_t>(got));
-            if (got == 0 || (got < 0 && errno != EAGAIN)) over_ = true;
+        push();
+        std::array<char, 4096> part{};
+        while (connected_) {
+            const platform::Transfer got = platform::receiveFrom(socket_, part);
+            heard_.append(part.data(), got.bytes);
+            over_ = over_ || (got.bytes == 0 && !got.notYet);
+            if (got.bytes == 0) break;
         }
         return heard_;
     }
@@ -61,9 +57,17 @@ class Client {
     }
 
   private:
+    /// What doesn't go yet, since nobody has answered or there is no room, goes later.
+    void push() {
+        if (unsent_.empty()) return;
+        const std::size_t sent = platform::sendTo(socket_, unsent_).bytes;
+        connected_ = connected_ || sent > 0;
+        unsent_.erase(0, sent);
+    }
+
     int socket_;
-    bool over_ = false;
-    std::string heard_;
+    bool connected_ = false, over_ = false;
+    std::string unsent_, heard_;
 };
 
 constexpr const char* kToken = "000102030405060708090a0b0c0d0e0f";
@@ -251,11 +255,11 @@ TEST(HttpServer, DropsWhoDoesNotRead) {
                       },
                       {.idleSeconds = 1});
     const std::string request = "GET / HTTP/1.1\r\nHost: " + server.place() + "\r\n\r\n";
-    Client slow(server.port(), 4096), quick(server.port());
+    Client slow(server.port()), quick(server.port());
     slow.send(request);
     quick.send(request);
     loop.runUntil([&] { return server.streams() == 2; });
-    const std::string large(50'000, 'x');
+    const std::string large(200'000, 'x');
     loop.runUntil([&] {
         server.publish("data: " + large + "\n\n");
         quick.heard();

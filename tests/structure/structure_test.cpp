@@ -170,7 +170,7 @@ TEST(Structure, EachLibraryHasOneWrapper) {
                                                          {"erfa.h", "src/sky/"},
                                                          {"sep.h", "src/solver/"},
                                                          {"curl/curl.h", "src/platform/http/"},
-                                                         {"microhttpd.h", "src/page/http_server_posix."},
+                                                         {"microhttpd.h", "src/page/http_server."},
                                                          {"qrencode.h", "src/page/qr_code."}};
     for (const auto& [line, own, header] : includes()) {
         const auto wrapper = wrappers.find(header);
@@ -199,7 +199,7 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
         {"the machine's time zone", std::regex(R"(localtime)"), {"src/platform/clock.cpp"}},
         {"chance",
          std::regex(R"(random_device|\brand\(|srand\(|std::mt19937|QRandomGenerator|getrandom)"),
-         {"src/observatory/telescopes/noise.", "src/page/network_pages.", "src/qt/main.cpp",
+         {"src/observatory/telescopes/noise.", "src/page/secret_", "src/qt/main.cpp",
           "src/headless/main.cpp"}},
         {"the environment", std::regex(R"(\bgetenv|qgetenv)"), {"src/platform/user_paths_", "src/qt/"}},
         {"threads",

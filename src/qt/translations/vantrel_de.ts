@@ -1442,8 +1442,8 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
 <context>
     <name>Tip</name>
     <message>
-        <source>Says what to turn, where speech-dispatcher is installed</source>
-        <translation>Sagt, was zu drehen ist, wo speech-dispatcher installiert ist</translation>
+        <source>Says what to turn, where the system has a voice</source>
+        <translation>Sagt, was zu drehen ist, wo das System eine Stimme hat</translation>
     </message>
     <message>
         <source>These numbers on a page that a phone in the same network can read</source>

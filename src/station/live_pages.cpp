@@ -1,3 +1,5 @@
+#include "station/live_pages.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <string>
@@ -9,7 +11,6 @@
 #include "imaging/view_raster.h"
 #include "page/network_pages.h"
 #include "page/png.h"
-#include "station/live_pages.h"
 
 namespace vantrel::station {
 

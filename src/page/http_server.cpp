@@ -5,68 +5,19 @@
 #include <list>
 #include <stdexcept>
 
-#include <arpa/inet.h>
 #include <microhttpd.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+
+#include "page/listening_socket.h"
 
 namespace vantrel::page {
 
 namespace {
 
 constexpr platform::Milliseconds kLookAround{1000};
+constexpr platform::Milliseconds kLookOften{50};  // where nothing tells of news
 constexpr int kTurnsAtOnce = 20;
 constexpr int kSendBuffer = 65'536;  // bytes that a reader may leave lying
 constexpr std::size_t kStreamBlock = 16'384;
-constexpr int kBacklog = 16;
-
-sockaddr_in placeOf(const std::string& host, int port) {
-    sockaddr_in place{};
-    place.sin_family = AF_INET;
-    place.sin_port = htons(static_cast<std::uint16_t>(port));
-    if (::inet_pton(AF_INET, host.c_str(), &place.sin_addr) != 1)
-        throw std::runtime_error(host + " is no numeric address");
-    if (place.sin_addr.s_addr == htonl(INADDR_ANY))
-        throw std::runtime_error(host + " stands for every address: one has to be named");
-    return place;
-}
-
-/// A listening socket, until somebody takes it over.
-class Listener {
-  public:
-    Listener(const std::string& host, int port) {
-        const sockaddr_in place = placeOf(host, port);
-        descriptor_ = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-        const int on = 1;
-        ::setsockopt(descriptor_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-        if (descriptor_ < 0 ||
-            ::bind(descriptor_, reinterpret_cast<const sockaddr*>(&place), sizeof place) != 0 ||
-            ::listen(descriptor_, kBacklog) != 0) {
-            const std::string why = std::strerror(errno);
-            release();
-            throw std::runtime_error("Can't listen at " + host + ":" + std::to_string(port) + ": " + why);
-        }
-    }
-    ~Listener() { release(); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    int descriptor() const { return descriptor_; }
-    int handOver() { return std::exchange(descriptor_, -1); }
-    int port() const {
-        sockaddr_in place{};
-        socklen_t size = sizeof place;
-        ::getsockname(descriptor_, reinterpret_cast<sockaddr*>(&place), &size);
-        return ntohs(place.sin_port);
-    }
-
-  private:
-    void release() {
-        if (descriptor_ >= 0) ::close(handOver());
-    }
-    int descriptor_ = -1;
-};
 
 std::string headerOf(MHD_Connection* connection, const char* name) {
     const char* value = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, name);
@@ -86,20 +37,24 @@ class HttpServer::Daemon {
     Daemon(platform::EventLoop& loop, const std::string& host, int port, Handler handler,
            const HttpLimits& limits)
         : loop_(loop), handler_(std::move(handler)), limits_(limits) {
-        Listener listener(host, port);
+        ListeningSocket listener(host, port);
         port_ = listener.port();
         host_ = host;
+        const bool tellsOfNews = MHD_is_feature_supported(MHD_FEATURE_EPOLL) == MHD_YES;
         daemon_ = MHD_start_daemon(
-            MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, &Daemon::onRequest, this,
-            MHD_OPTION_LISTEN_SOCKET, listener.descriptor(), MHD_OPTION_CONNECTION_LIMIT, limits.connections,
-            MHD_OPTION_PER_IP_CONNECTION_LIMIT, limits.connectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT,
-            limits.idleSeconds, MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits.requestBytes,
-            MHD_OPTION_NOTIFY_CONNECTION, &Daemon::onConnection, nullptr, MHD_OPTION_END);
+            (tellsOfNews ? MHD_USE_EPOLL : MHD_NO_FLAG) | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr,
+            &Daemon::onRequest, this, MHD_OPTION_LISTEN_SOCKET, static_cast<MHD_socket>(listener.number()),
+            MHD_OPTION_CONNECTION_LIMIT, limits.connections, MHD_OPTION_PER_IP_CONNECTION_LIMIT,
+            limits.connectionsOfOne, MHD_OPTION_CONNECTION_TIMEOUT, limits.idleSeconds,
+            MHD_OPTION_CONNECTION_MEMORY_LIMIT, limits.requestBytes, MHD_OPTION_NOTIFY_CONNECTION,
+            &Daemon::onConnection, nullptr, MHD_OPTION_END);
         if (daemon_ == nullptr) throw std::runtime_error("The web server doesn't start");
         listener.handOver();
-        const auto* const info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
-        readable_ = loop_.whenReadable(info->epoll_fd, [this] { run(); });
-        lookAround_ = loop_.every(kLookAround, [this] { run(); });
+        if (tellsOfNews) {
+            const auto* const info = MHD_get_daemon_info(daemon_, MHD_DAEMON_INFO_EPOLL_FD);
+            readable_ = loop_.whenReadable(info->epoll_fd, [this] { run(); });
+        }
+        lookAround_ = loop_.every(tellsOfNews ? kLookAround : kLookOften, [this] { run(); });
     }
 
     /// A connection that rests has to be woken to be closed.
@@ -137,8 +92,7 @@ class HttpServer::Daemon {
                              MHD_ConnectionNotificationCode what) {
         if (what != MHD_CONNECTION_NOTIFY_STARTED) return;
         const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
-        if (info != nullptr)
-            ::setsockopt(info->connect_fd, SOL_SOCKET, SO_SNDBUF, &kSendBuffer, sizeof kSendBuffer);
+        if (info != nullptr) limitSendBuffer(static_cast<int>(info->connect_fd), kSendBuffer);
     }
 
     /// Called once with the headers, when only a refusal may be said, and again when the request is whole.

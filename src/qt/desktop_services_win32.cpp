@@ -1,0 +1,39 @@
+#include <memory>
+
+#include "qt/desktop_services.h"
+
+// The one stands on the other.
+// clang-format off
+#include "platform/win32_calls.h"
+#include <sapi.h>
+// clang-format on
+
+namespace vantrel::qt {
+namespace {
+
+struct Release {
+    void operator()(ISpVoice* voice) const { voice->Release(); }
+};
+
+/// The system's voice; nothing where there is none. The toolkit has prepared the windows' thread for such
+/// objects.
+std::unique_ptr<ISpVoice, Release> newVoice() {
+    void* voice = nullptr;
+    ::CoCreateInstance(CLSID_SpVoice, nullptr, CLSCTX_INPROC_SERVER, IID_ISpVoice, &voice);
+    return std::unique_ptr<ISpVoice, Release>(static_cast<ISpVoice*>(voice));
+}
+
+}  // namespace
+
+/// Windows has always come with one.
+bool hasHelpViewer() { return true; }
+
+void speakAloud(const std::string& words) {
+    // A voice that goes falls silent, so this one stays.
+    static const auto voice = newVoice();
+    constexpr DWORD kHow = SPF_ASYNC | SPF_PURGEBEFORESPEAK | SPF_IS_NOT_XML;
+    const std::wstring text = platform::wide(words);
+    if (voice) voice->Speak(text.c_str(), kHow, nullptr);
+}
+
+}  // namespace vantrel::qt
