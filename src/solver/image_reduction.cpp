@@ -222,7 +222,7 @@ std::size_t chooseBinning(const FitsImage& image, bool mosaic, std::size_t large
 /// Levels of the binned image itself: its noise can't be foretold from the pixels' (neighbours are
 /// correlated).
 LevelGrid binLevels(const ReducedImage& image) {
-    constexpr std::size_t kCell = 40;
+    constexpr std::size_t kCell = 40;  // bins a side
     LevelGrid grid(image.width, image.height, kCell);
     CellSample sample;
     for (std::size_t row = 0; row < grid.rows(); ++row) {

@@ -343,9 +343,9 @@ std::optional<WideSolution> searchWideAnyScale(const PlateGeometry& geometry,
                                                std::span<const ImageStar> imageStars,
                                                const StarPatterns& patterns, const StarCatalog& catalog,
                                                const WideSettings& settings) {
-    constexpr double kNarrowestDeg = 0.3;
+    constexpr double kNarrowestDeg = 0.3;  // fields of view
     constexpr double kWidestDeg = 30;
-    constexpr double kStep = 1.3;
+    constexpr double kStep = 1.3;  // within the tolerance of 0.15 on either side
     WideSettings within = settings;
     within.scaleTolerance = 0.15;
     std::vector<PlateGeometry> guesses;
