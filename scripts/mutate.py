@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Asks the tests whether they would notice: changes single operators, constants and statements, and runs them.
 
-All mutants of a room are compiled into it at once, each behind a switch, so that one build serves them all; the
+All mutants are compiled in at once, each behind a switch, so that one build serves them all; the
 environment variable VANTREL_MUTANT chooses one at run time. The choice of places is the same each time for a seed.
 TREE is a checkout of its own with a configured build, whose sources are spoiled and put back at the end, e.g.
 
@@ -166,7 +166,7 @@ def build(tree, preset, originals, mutants, targets):
                              capture_output=True, text=True)
         if run.returncode == 0:
             return
-        wrong = {(m[1], int(m[2])) for m in re.finditer(r"(src/[\w/]+\.cpp):(\d+)[:,]", run.stdout + run.stderr)}
+        wrong = {(m[1], int(m[2])) for m in re.finditer(r"(src/[\w/]+\.cpp):(\d+):\d+: error", run.stdout + run.stderr)}
         dropped = 0
         for mutant in mutants:
             if (str(mutant.path), mutant.line + 1 + SWITCH.count("\n")) in wrong and mutant.fate != "unbuilt":
@@ -196,24 +196,25 @@ def passes(tree, preset, test, mutant, limit, arguments):
     return run.returncode == 0, after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
 
 
-def survey(tree, options, room, first):
-    mutants = chosen(tree, room, options.count, options.seed, options.per_file)
-    for number, mutant in enumerate(mutants, first):
-        mutant.number = number
-    originals = {m.path: (tree / m.path).read_text(encoding="utf-8") for m in mutants}
-    tests = [ROOMS[room], *options.also]
-    build(tree, options.preset, originals, mutants, tests)
-    standing = [m for m in mutants if not m.fate]
-    for test in tests:
-        arguments = [f"--gtest_filter={options.filter}"] if options.filter else []
-        well, seconds = passes(tree, options.preset, test, 0, 1200, arguments)
-        if not well:
-            sys.exit(f"{test} fails without a mutant")
-        for mutant in standing:
-            well, _ = passes(tree, options.preset, test, mutant.number, 10 + int(4 * seconds), arguments)
-            mutant.fate = "survived" if well else "killed"
-        standing = [m for m in standing if m.fate == "survived"]
-    return mutants, originals
+def survey(tree, options, mutants, test, arguments):
+    """Asks the test program about those that stand."""
+    standing = [m for m in mutants if m.fate in ("", "survived")]
+    if not standing:
+        return
+    well, seconds = passes(tree, options.preset, test, 0, 1200, arguments)
+    if not well:
+        sys.exit(f"{test} fails without a mutant")
+    for mutant in standing:
+        well, _ = passes(tree, options.preset, test, mutant.number, 10 + int(4 * seconds), arguments)
+        mutant.fate = "survived" if well else "killed"
+
+
+def report(room, mutants):
+    counts = {fate: sum(m.fate == fate for m in mutants) for fate in ("killed", "survived", "unbuilt")}
+    print(f"{room}: " + ", ".join(f"{n} {fate}" for fate, n in counts.items()), flush=True)
+    for mutant in mutants:
+        if mutant.fate != "unbuilt":
+            print(f"  {mutant.number} {mutant}", flush=True)
 
 
 def main():
@@ -231,15 +232,20 @@ def main():
     if unknown:
         parser.error(f"no such room: {', '.join(sorted(unknown))}")
 
-    for index, room in enumerate(ROOMS):
-        if options.rooms and room not in options.rooms:
-            continue
-        mutants, originals = survey(options.tree, options, room, 1000 * (index + 1))
-        counts = {fate: sum(m.fate == fate for m in mutants) for fate in ("killed", "survived", "unbuilt")}
-        print(f"{room}: " + ", ".join(f"{n} {fate}" for fate, n in counts.items()), flush=True)
-        for mutant in mutants:
-            if mutant.fate != "unbuilt":
-                print(f"  {mutant.number} {mutant}", flush=True)
+    rooms = [room for room in ROOMS if not options.rooms or room in options.rooms]
+    found = {room: chosen(options.tree, room, options.count, options.seed, options.per_file) for room in rooms}
+    mutants = [mutant for room in rooms for mutant in found[room]]
+    for number, mutant in enumerate(mutants, 1):
+        mutant.number = number
+    originals = {m.path: (options.tree / m.path).read_text(encoding="utf-8") for m in mutants}
+    arguments = [f"--gtest_filter={options.filter}"] if options.filter else []
+    try:
+        build(options.tree, options.preset, originals, mutants, sorted({*map(ROOMS.get, rooms), *options.also}))
+        for room in rooms:
+            for test in [ROOMS[room], *options.also]:
+                survey(options.tree, options, found[room], test, arguments)
+            report(room, found[room])
+    finally:
         for path, text in originals.items():
             (options.tree / path).write_text(text, encoding="utf-8")
 
