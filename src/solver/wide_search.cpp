@@ -302,7 +302,7 @@ class WideSearch {
         if (!plate || !isPlausible(plate->model, geometry, kFoundTolerance) ||
             plate->chanceLog10 + std::log10(std::max(1.0, effort_.considered)) > settings_.chanceLimitLog10)
             return std::nullopt;
-        const PlateSolution solution = finishedPlate(field, *plate, 0);
+        const SolvedPlate solution = finishedPlate(field, *plate, 0);
         if (sky::separationDeg(solution.centre, settings_.start) > settings_.radiusDeg) return std::nullopt;
         return WideSolution{solution, geometry};
     }
