@@ -197,16 +197,17 @@ def passes(tree, preset, test, mutant, limit, arguments):
 
 
 def survey(tree, options, mutants, test, arguments):
-    """Asks the test program about those that stand."""
+    """Asks the test program about those that stand; True when it killed any."""
     standing = [m for m in mutants if m.fate in ("", "survived")]
     if not standing:
-        return
+        return False
     well, seconds = passes(tree, options.preset, test, 0, 1200, arguments)
     if not well:
         sys.exit(f"{test} fails without a mutant")
     for mutant in standing:
         well, _ = passes(tree, options.preset, test, mutant.number, 10 + int(4 * seconds), arguments)
         mutant.fate = "survived" if well else "killed"
+    return any(m.fate == "killed" for m in standing)
 
 
 def report(room, mutants):
@@ -242,9 +243,11 @@ def main():
     try:
         build(options.tree, options.preset, originals, mutants, sorted({*map(ROOMS.get, rooms), *options.also}))
         for room in rooms:
-            for test in [ROOMS[room], *options.also]:
-                survey(options.tree, options, found[room], test, arguments)
+            survey(options.tree, options, found[room], ROOMS[room], arguments)
             report(room, found[room])
+        for test in options.also:
+            if survey(options.tree, options, mutants, test, arguments):
+                report(f"with {test}", mutants)
     finally:
         for path, text in originals.items():
             (options.tree / path).write_text(text, encoding="utf-8")
