@@ -1,5 +1,3 @@
-#include "page/own_address.h"
-
 #include <algorithm>
 #include <cstdint>
 
@@ -8,6 +6,8 @@
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+
+#include "page/own_address.h"
 
 namespace vantrel::page {
 

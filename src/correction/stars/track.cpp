@@ -14,7 +14,11 @@ constexpr int kAcross = 24;  // pixels to either side of the middle line
 /// The light across a track.
 using Profile = std::array<double, 2 * kAcross + 1>;
 
-double at(const Profile& profile, int across) { return profile[static_cast<std::size_t>(across + kAcross)]; }
+std::size_t indexOf(int across) {
+    const int index = across + kAcross;
+    return static_cast<std::size_t>(index);
+}
+double at(const Profile& profile, int across) { return profile[indexOf(across)]; }
 double middleOf(const Profile& profile) { return (at(profile, -1) + at(profile, 0) + at(profile, 1)) / 3; }
 
 /// A step along a track.
@@ -85,7 +89,7 @@ class Tracing {
     Profile profileAt(double along) const {
         Profile profile;
         for (int across = -kAcross; across <= kAcross; ++across)
-            profile[static_cast<std::size_t>(across + kAcross)] = lightAt(along, across);
+            profile[indexOf(across)] = lightAt(along, across);
         return profile;
     }
 
