@@ -40,7 +40,7 @@ struct Trial {
 };
 
 struct Result {
-    std::optional<PlateSolution> solution;
+    std::optional<SolvedPlate> solution;
     std::size_t stars = 0;
     double milliseconds = 0;
 };
@@ -144,7 +144,7 @@ std::size_t starsInside(const StarCatalog& catalog, const test::StarField& field
     return count;
 }
 
-double offPixels(const Trial& trial, const PlateSolution& solution) {
+double offPixels(const Trial& trial, const SolvedPlate& solution) {
     const double scale = std::hypot(trial.field.wcs.cd[0], trial.field.wcs.cd[2]);
     return separationDeg(solution.centre, trial.field.wcs.reference) / scale;
 }

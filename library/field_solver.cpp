@@ -108,7 +108,7 @@ FieldSolution FieldSolver::solve(const FieldPicture& picture, const FieldHint& h
         field.reason = solved.whyNot;
         return field;
     }
-    const solver::PlateSolution& plate = *solved.solution;
+    const solver::SolvedPlate& plate = *solved.solution;
     field.solved = true;
     field.raDeg = plate.centre.ra;
     field.decDeg = plate.centre.dec;

@@ -1,38 +1,43 @@
 #!/usr/bin/env python3
 """Asks the tests whether they would notice: changes single operators, constants and statements, and runs them.
 
-All mutants of a room are compiled into it at once, each behind a switch, so that one build serves them all; the
+All mutants are compiled in at once, each behind a switch, so that one build serves them all; the
 environment variable VANTREL_MUTANT chooses one at run time. The choice of places is the same each time for a seed.
 TREE is a checkout of its own with a configured build, whose sources are spoiled and put back at the end, e.g.
 
     git worktree add --detach ../mutants && cmake -S ../mutants --preset dev && scripts/mutate.py ../mutants engine
+
+A mutant that runs for ever is known by the processor's time that it takes, so a busy machine doesn't count as a kill.
 """
 
 import argparse
 import os
 import random
 import re
+import resource
 import subprocess
 import sys
 import tempfile
-import time
 from dataclasses import dataclass
 from pathlib import Path
 
 # Room under src/: its test program.
 ROOMS = {name: f"{name}_test" for name in
          ("platform", "engine", "correction", "platesolve", "devices", "app", "sky", "fits", "catalogs", "solver",
-          "imaging", "helpers", "headless", "qt")}
-ROOMS["correction/stars"] = "stars_test"
-ROOMS |= {f"observatory/{name}": f"{name}_test" for name in ("panel", "telescopes")}
+          "imaging", "helpers", "headless", "qt", "pictures", "hosts", "page")}
+ROOMS |= {f"{room}/{name}": f"{name}_test" for room, name in
+          (("correction", "stars"), ("engine", "axis"), ("observatory", "panel"), ("observatory", "telescopes"),
+           ("hosts", "alpaca"), ("hosts", "indi"), ("platform", "http"))}
 
 SWAPS = [(" < ", " <= "), (" <= ", " < "), (" > ", " >= "), (" >= ", " > "), (" == ", " != "), (" != ", " == "),
          (" && ", " || "), (" || ", " && "), (" + ", " - "), (" - ", " + "), (" * ", " / "), (" / ", " * "),
          ("true", "false"), ("false", "true")]
 
-SWITCH = ('#include <cstdlib>\n'
+# Guarded, because several files may be compiled as one.
+SWITCH = ('#ifndef VANTREL_MUTANT_SWITCH\n#define VANTREL_MUTANT_SWITCH\n#include <cstdlib>\n'
           'namespace { inline bool mutantIs(int n) { static const int chosen = [] { const char* text = '
-          'std::getenv("VANTREL_MUTANT"); return text ? std::atoi(text) : 0; }(); return chosen == n; } }\n')
+          'std::getenv("VANTREL_MUTANT"); return text ? std::atoi(text) : 0; }(); return chosen == n; } }\n'
+          '#endif\n')
 
 
 @dataclass
@@ -126,7 +131,8 @@ def mutants_of_file(room, path, tree):
 def chosen(tree, room, count, seed, a_file):
     """Places spread over the room's files, no more than one on a line."""
     rng = random.Random(f"{seed} {room}")
-    files = sorted(p.relative_to(tree) for p in (tree / "src" / room).glob("*.cpp") if p.name != "main.cpp")
+    files = sorted(p.relative_to(tree) for p in (tree / "src" / room).glob("*.cpp")
+                   if p.name != "main.cpp" and not p.name.endswith("_win32.cpp"))
     rng.shuffle(files)
     result = []
     for path in files:
@@ -160,7 +166,7 @@ def build(tree, preset, originals, mutants, targets):
                              capture_output=True, text=True)
         if run.returncode == 0:
             return
-        wrong = {(m[1], int(m[2])) for m in re.finditer(r"(src/[\w/]+\.cpp):(\d+)[:,]", run.stdout + run.stderr)}
+        wrong = {(m[1], int(m[2])) for m in re.finditer(r"(src/[\w/]+\.cpp):(\d+):\d+: error", run.stdout + run.stderr)}
         dropped = 0
         for mutant in mutants:
             if (str(mutant.path), mutant.line + 1 + SWITCH.count("\n")) in wrong and mutant.fate != "unbuilt":
@@ -174,37 +180,42 @@ def build(tree, preset, originals, mutants, targets):
 
 
 def passes(tree, preset, test, mutant, limit, arguments):
-    """True when all tests pass; the seconds that they took."""
+    """True when all tests pass within the limit; the seconds of the processor that they took."""
     environment = {**os.environ, "VANTREL_MUTANT": str(mutant), "QT_QPA_PLATFORM": "offscreen"}
-    began = time.monotonic()
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
     with tempfile.TemporaryDirectory() as scratch:
         try:
             run = subprocess.run([tree.resolve() / "build" / preset / "bin" / test, "--gtest_fail_fast",
                                   "--gtest_brief=1", *arguments], cwd=scratch, env=environment,
-                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=limit)
+                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                 preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_CPU, (limit, limit + 1)),
+                                 timeout=60 + 20 * limit)  # one that waits for ever takes no processor
         except subprocess.TimeoutExpired:
             return False, limit
-    return run.returncode == 0, time.monotonic() - began
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return run.returncode == 0, after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
 
 
-def survey(tree, options, room, first):
-    mutants = chosen(tree, room, options.count, options.seed, options.per_file)
-    for number, mutant in enumerate(mutants, first):
-        mutant.number = number
-    originals = {m.path: (tree / m.path).read_text(encoding="utf-8") for m in mutants}
-    tests = [ROOMS[room], *options.also]
-    build(tree, options.preset, originals, mutants, tests)
-    standing = [m for m in mutants if not m.fate]
-    for test in tests:
-        arguments = [f"--gtest_filter={options.filter}"] if options.filter else []
-        well, seconds = passes(tree, options.preset, test, 0, 1200, arguments)
-        if not well:
-            sys.exit(f"{test} fails without a mutant")
-        for mutant in standing:
-            well, _ = passes(tree, options.preset, test, mutant.number, 10 + 4 * seconds, arguments)
-            mutant.fate = "survived" if well else "killed"
-        standing = [m for m in standing if m.fate == "survived"]
-    return mutants, originals
+def survey(tree, options, mutants, test, arguments):
+    """Asks the test program about those that stand; True when it killed any."""
+    standing = [m for m in mutants if m.fate in ("", "survived")]
+    if not standing:
+        return False
+    well, seconds = passes(tree, options.preset, test, 0, 1200, arguments)
+    if not well:
+        sys.exit(f"{test} fails without a mutant")
+    for mutant in standing:
+        well, _ = passes(tree, options.preset, test, mutant.number, 10 + int(4 * seconds), arguments)
+        mutant.fate = "survived" if well else "killed"
+    return any(m.fate == "killed" for m in standing)
+
+
+def report(room, mutants):
+    counts = {fate: sum(m.fate == fate for m in mutants) for fate in ("killed", "survived", "unbuilt")}
+    print(f"{room}: " + ", ".join(f"{n} {fate}" for fate, n in counts.items()), flush=True)
+    for mutant in mutants:
+        if mutant.fate != "unbuilt":
+            print(f"  {mutant.number} {mutant}", flush=True)
 
 
 def main():
@@ -222,15 +233,22 @@ def main():
     if unknown:
         parser.error(f"no such room: {', '.join(sorted(unknown))}")
 
-    for index, room in enumerate(ROOMS):
-        if options.rooms and room not in options.rooms:
-            continue
-        mutants, originals = survey(options.tree, options, room, 1000 * (index + 1))
-        counts = {fate: sum(m.fate == fate for m in mutants) for fate in ("killed", "survived", "unbuilt")}
-        print(f"{room}: " + ", ".join(f"{n} {fate}" for fate, n in counts.items()), flush=True)
-        for mutant in mutants:
-            if mutant.fate != "unbuilt":
-                print(f"  {mutant.number} {mutant}", flush=True)
+    rooms = [room for room in ROOMS if not options.rooms or room in options.rooms]
+    found = {room: chosen(options.tree, room, options.count, options.seed, options.per_file) for room in rooms}
+    mutants = [mutant for room in rooms for mutant in found[room]]
+    for number, mutant in enumerate(mutants, 1):
+        mutant.number = number
+    originals = {m.path: (options.tree / m.path).read_text(encoding="utf-8") for m in mutants}
+    arguments = [f"--gtest_filter={options.filter}"] if options.filter else []
+    try:
+        build(options.tree, options.preset, originals, mutants, sorted({*map(ROOMS.get, rooms), *options.also}))
+        for room in rooms:
+            survey(options.tree, options, found[room], ROOMS[room], arguments)
+            report(room, found[room])
+        for test in options.also:
+            if survey(options.tree, options, mutants, test, arguments):
+                report(f"with {test}", mutants)
+    finally:
         for path, text in originals.items():
             (options.tree / path).write_text(text, encoding="utf-8")
 

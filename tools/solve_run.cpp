@@ -111,7 +111,7 @@ std::vector<FitsCard> headerOf(const Outcome& outcome) {
                                    {"WCSAXES", std::int64_t{2}},
                                    {"IMAGEW", static_cast<std::int64_t>(plate.width), "pixels"},
                                    {"IMAGEH", static_cast<std::int64_t>(plate.height), "pixels"}};
-    const PlateSolution& solution = *outcome.solved.solution;
+    const SolvedPlate& solution = *outcome.solved.solution;
     const auto wcs = wcsCards(wcsOf(solution, plate), plate.height, outcome.bottomUp, solution.distortion);
     cards.insert(cards.end(), wcs.begin(), wcs.end());
     return cards;
@@ -119,7 +119,7 @@ std::vector<FitsCard> headerOf(const Outcome& outcome) {
 
 void writeSolved(const std::filesystem::path& source, const std::filesystem::path& target,
                  const Outcome& outcome) {
-    const PlateSolution& solution = *outcome.solved.solution;
+    const SolvedPlate& solution = *outcome.solved.solution;
     writeWcs(source, target, wcsOf(solution, outcome.solved.geometry), solution.distortion);
 }
 

@@ -295,7 +295,7 @@ std::optional<double> scaleOf(const FieldFront& front) {
 }
 
 void reportField(const Outcome& outcome) {
-    const solver::PlateSolution& s = *outcome.solved.solution;
+    const solver::SolvedPlate& s = *outcome.solved.solution;
     const solver::PlateGeometry& plate = outcome.solved.geometry;
     const auto minutes = [](double pixels, double scale) {
         return 120 * std::atan(std::tan(scale / 3600 * kDegree) * pixels / 2) / kDegree;

@@ -113,7 +113,7 @@ nlohmann::ordered_json asJson(const std::string& file, const Outcome& outcome, d
     json["file"] = file;
     json["solved"] = outcome.solved.solution.has_value();
     if (outcome.solved.solution) {
-        const PlateSolution& s = *outcome.solved.solution;
+        const SolvedPlate& s = *outcome.solved.solution;
         json["ra_deg"] = s.centre.ra;
         json["dec_deg"] = s.centre.dec;
         json["scale_x"] = s.orientation.scaleX;
@@ -143,7 +143,7 @@ void print(const Outcome& outcome, double seconds) {
         std::printf("Reason          %s\n", outcome.solved.whyNot.c_str());
         return;
     }
-    const PlateSolution& s = *outcome.solved.solution;
+    const SolvedPlate& s = *outcome.solved.solution;
     std::printf("Centre (J2000)  RA %.6f h = %.5f deg   Dec %+.5f deg\n", s.centre.ra / 15, s.centre.ra,
                 s.centre.dec);
     std::printf("Scale           %.4f x %.4f arcsec per pixel%s\n", s.orientation.scaleX,

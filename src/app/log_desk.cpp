@@ -3,7 +3,7 @@
 #include <string>
 
 #include "app/on_top.h"
-#include "app/window_place.h"
+#include "app/stored_position.h"
 #include "platform/text.h"
 
 namespace vantrel::app {

@@ -37,8 +37,8 @@
 #include "engine/preflight_desk.h"
 #include "platesolve/method_selection.h"
 #include "platesolve/picture_desk.h"
-#include "platesolve/plate_solver.h"
 #include "platesolve/scale_calculator.h"
+#include "platesolve/selected_solver.h"
 #include "platesolve/solver_fields.h"
 #include "platesolve/solver_tests.h"
 #include "platform/machine.h"
@@ -113,7 +113,7 @@ struct Parts {
     platesolve::MethodSelection methods;
     platesolve::SolverFields solverFields;
     platesolve::SolverTests solverTests;
-    platesolve::PlateSolver solver;
+    platesolve::SelectedSolver solver;
     platesolve::ScaleCalculator scaleCalculator;
     platesolve::PictureDesk pictureDesk;
     platform::Timer Timer1;  // the main window's

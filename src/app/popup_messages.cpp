@@ -1,6 +1,6 @@
 #include "app/popup_messages.h"
 
-#include "app/window_place.h"
+#include "app/stored_position.h"
 #include "platform/errors.h"
 #include "platform/text.h"
 

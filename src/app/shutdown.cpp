@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "app/window_place.h"
+#include "app/stored_position.h"
 #include "platform/errors.h"
 
 namespace vantrel::app {

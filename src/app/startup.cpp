@@ -5,8 +5,8 @@
 #include "app/folders.h"
 #include "app/on_top.h"
 #include "app/os_name.h"
+#include "app/stored_position.h"
 #include "app/version.h"
-#include "app/window_place.h"
 #include "platform/errors.h"
 #include "platform/text.h"
 

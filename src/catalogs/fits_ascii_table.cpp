@@ -2,13 +2,14 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
 #include "sky/field_number.h"
 
 namespace vantrel::catalogs {
 
 namespace {
 
-using sky::trimmed;
+using platform::withoutBlanks;
 
 constexpr std::size_t kBlock = 2880;
 constexpr std::size_t kCard = 80;
@@ -22,12 +23,12 @@ std::uint64_t wholeBlocks(std::uint64_t bytes) { return (bytes + kBlock - 1) / k
 
 /// A card's value: quoted text without its quotes, else what stands before the comment.
 std::string valueOf(std::string_view card) {
-    std::string_view value = trimmed(card.substr(10));
+    std::string_view value = withoutBlanks(card.substr(10));
     if (!value.empty() && value.front() == '\'') {
         value.remove_prefix(1);
-        return std::string(trimmed(value.substr(0, value.find('\''))));
+        return std::string(withoutBlanks(value.substr(0, value.find('\''))));
     }
-    return std::string(trimmed(value.substr(0, value.find('/'))));
+    return std::string(withoutBlanks(value.substr(0, value.find('/'))));
 }
 
 }  // namespace
@@ -62,7 +63,7 @@ FitsAsciiTable::Cards FitsAsciiTable::readHeader(std::uint64_t& position) const 
         position += kBlock;
         for (std::size_t at = 0; at < kBlock; at += kCard) {
             const std::string_view card = std::string_view(text).substr(at, kCard);
-            const std::string_view name = trimmed(card.substr(0, 8));
+            const std::string_view name = withoutBlanks(card.substr(0, 8));
             if (name == "END") return cards;
             if (card[8] == '=') cards.try_emplace(std::string(name), valueOf(card));
         }

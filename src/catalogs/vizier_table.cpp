@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/text.h"
 #include "sky/field_number.h"
 #include "sky/star_catalog.h"
 
@@ -10,8 +11,8 @@ namespace vantrel::catalogs {
 
 namespace {
 
+using platform::withoutBlanks;
 using sky::CatalogError;
-using sky::trimmed;
 
 constexpr std::size_t kMostWords = 300;  // of the service's own that a message passes on
 // What is beyond these is no answer to a question of ours, which names some ten columns and limits the rows.
@@ -27,10 +28,10 @@ std::string_view nextLine(std::string_view& text) {
     return line;
 }
 
-bool isBeside(std::string_view line) { return line.starts_with('#') || trimmed(line).empty(); }
+bool isBeside(std::string_view line) { return line.starts_with('#') || withoutBlanks(line).empty(); }
 
 bool isRule(std::string_view line) {
-    return !trimmed(line).empty() && line.find_first_not_of("-\t ") == std::string_view::npos;
+    return !withoutBlanks(line).empty() && line.find_first_not_of("-\t ") == std::string_view::npos;
 }
 
 std::vector<std::string_view> fieldsOf(std::string_view line) {
@@ -39,7 +40,7 @@ std::vector<std::string_view> fieldsOf(std::string_view line) {
         const auto tab = line.find('\t');
         if (fields.size() == kMostFields)
             throw CatalogError("the answer of the catalogue service has a line without end");
-        fields.push_back(trimmed(line.substr(0, tab)));
+        fields.push_back(withoutBlanks(line.substr(0, tab)));
         if (tab == std::string_view::npos) return fields;
         line.remove_prefix(tab + 1);
     }
@@ -65,9 +66,9 @@ VizierTable::VizierTable(std::string_view answer) {
         else if (line.size() > 1)
             last = line.substr(1);
     }
-    if (names.empty()) refuse(trimmed(last));
+    if (names.empty()) refuse(withoutBlanks(last));
     nextLine(answer);  // units
-    if (!isRule(nextLine(answer))) refuse(trimmed(names));
+    if (!isRule(nextLine(answer))) refuse(withoutBlanks(names));
     names_ = fieldsOf(names);
     rows_ = answer;
 }

@@ -1,12 +1,12 @@
 // The brightest star of the image that is open in the imaging program.
 #pragma once
 
+#include "correction/correction_star_finder.h"
 #include "correction/open_image.h"
-#include "correction/star_finder.h"
 
 namespace vantrel::correction {
 
-class OpenStarFinder : public StarFinder {
+class OpenStarFinder : public CorrectionStarFinder {
   public:
     OpenStarFinder(OpenImage& image, engine::LogPort& log, engine::MessagePort& messages);
 

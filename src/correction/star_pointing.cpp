@@ -48,7 +48,7 @@ double arcMinutesPerPixel(const engine::PlateSolution& plate) {
 
 StarPointing::StarPointing(engine::RunPanel& panel, engine::RunState& state, const engine::Services& services,
                            engine::ManualExposures& exposures, engine::OverlayPort& overlays,
-                           OpenImage& image, StarFinder& starFinder, CorrectionMarks& marks)
+                           OpenImage& image, CorrectionStarFinder& starFinder, CorrectionMarks& marks)
     : panel_(panel),
       state_(state),
       services_(services),

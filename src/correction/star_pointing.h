@@ -2,10 +2,10 @@
 #pragma once
 
 #include "correction/correction_marks.h"
+#include "correction/correction_star_finder.h"
 #include "correction/correction_target.h"
 #include "correction/exact_mark.h"
 #include "correction/open_image.h"
-#include "correction/star_finder.h"
 #include "engine/indicators.h"
 #include "engine/manual_exposures.h"
 #include "engine/run_panel.h"
@@ -31,7 +31,7 @@ class StarPointing {
   public:
     StarPointing(engine::RunPanel& panel, engine::RunState& state, const engine::Services& services,
                  engine::ManualExposures& exposures, engine::OverlayPort& overlays, OpenImage& image,
-                 StarFinder& starFinder, CorrectionMarks& marks);
+                 CorrectionStarFinder& starFinder, CorrectionMarks& marks);
 
     /// Both expose, solve, compute the target and mark it; when it lies off the image they mark the star and
     /// slew the telescope instead; an exact mark is made anew after the slew. Errors (degrees) are those of
@@ -69,7 +69,7 @@ class StarPointing {
     engine::ManualExposures& exposures_;
     engine::OverlayPort& overlays_;
     OpenImage& image_;
-    StarFinder& starFinder_;
+    CorrectionStarFinder& starFinder_;
     CorrectionMarks& marks_;
     engine::Indicators indicators_;
 };

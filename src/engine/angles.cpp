@@ -20,7 +20,7 @@ double signedHours(double hours) {
 }
 
 std::string shortAngle(double arcMinutes) {
-    constexpr double kInDegrees = 120;
+    constexpr double kInDegrees = 120;  // arc-minutes, from which on
     const double size = std::abs(arcMinutes);
     if (size >= kInDegrees) return platform::formatNumber(size / 60, "0.0") + "°";
     return size < 1 ? platform::formatNumber(size * 60, "0") + "″"

@@ -12,7 +12,7 @@ ExposurePanel::ExposurePanel(platform::Form& form)
       cmbCrossHairWidth(form, "cmbCrossHairWidth"),
       cmdExposeSolve(form, "cmdExposeSolve", "Expose && Solve") {
     chkCrossHairEnable.setToolTip("Show cross hair");
-    constexpr int kWidest = 9;
+    constexpr int kWidest = 9;  // pixels
     for (int width = 1; width <= kWidest; ++width) cmbCrossHairWidth.addItem(std::to_string(width));
     cmbCrossHairWidth.setText("1");
 }

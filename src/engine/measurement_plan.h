@@ -3,8 +3,9 @@
 
 namespace vantrel::engine {
 
+// Three plates make a circle. Errors shrink with the root of plates and exposures only, while time grows.
 inline constexpr int kFewestPlates = 3, kMostPlates = 9;
-inline constexpr int kMostExposures = 5;
+inline constexpr int kMostExposures = 5;  // of one plate
 
 /// Decided when the run begins, and its own from then on.
 struct MeasurementPlan {

@@ -134,7 +134,7 @@ double PlateTaker::middleOfExposure(const TakenPlate& plate) const {
 }
 
 double PlateTaker::exposureSeconds() const {
-    constexpr double kLongest = 86'400;
+    constexpr double kLongest = 86'400;  // a day: more is a slip of the keys
     return std::clamp(platform::leadingNumber(panel_.txtExposeInterval.text()), 0.0, kLongest);
 }
 

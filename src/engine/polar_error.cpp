@@ -22,7 +22,7 @@ Row poleInMountCoordinates(const Row& hourAngles, double declination, const Row&
     for (std::size_t i = 0; i < mount.size(); ++i)
         mount[i] = toRow(GetDirectionCosines(hourAngles[i], declination));
     Row pole = Solve3Equations(mount, sinesOfPlates);
-    constexpr double kOnTheEquator = 1e-5;
+    constexpr double kOnTheEquator = 1e-5;                   // the sine of two arc-seconds
     if (std::abs(mount[0][2]) < kOnTheEquator) pole[2] = 1;  // the system is singular there
     return pole;
 }

@@ -10,6 +10,7 @@
 #include "engine/axis/axis_check.h"
 #include "engine/axis/plate.h"
 #include "engine/sky_geometry.h"
+#include "platform/pixel_position.h"
 
 namespace vantrel::engine {
 
@@ -135,10 +136,7 @@ class ResultDisplayPort {
     virtual void PlotError(const PerPlate& plateRAs, const PerPlate& decErrors) = 0;
 };
 
-/// Column and row in the image array, from 0.
-struct PixelPosition {
-    double x = 0, y = 0;
-};
+using platform::PixelPosition;
 
 /// Marks burnt into the image that the imaging program shows. Failures are logged; the image is then
 /// unchanged.

@@ -13,7 +13,7 @@ using platform::formatNumber;
 
 namespace {
 
-constexpr platform::Milliseconds kTick{250};
+constexpr platform::Milliseconds kTick{250};  // so that no second is left out
 
 struct Words {
     const char* doing;
@@ -34,7 +34,7 @@ std::string capital(std::string words) {
 }
 
 std::string duration(double seconds) {
-    constexpr long kMinute = 60;
+    constexpr long kMinute = 60;  // seconds
     const long whole = std::lround(std::ceil(seconds));
     if (whole < kMinute) return std::to_string(whole) + " s";
     return std::to_string(whole / kMinute) + " min " + std::to_string(whole % kMinute) + " s";

@@ -21,18 +21,18 @@ Point pointOf(const PlaceOnSky& place) {
 constexpr double kGood = 5, kPoor = 30;  // arc-seconds
 
 platform::Color colorFor(double sigma) {
-    constexpr platform::Color kAmber = 0x0080C0;
+    constexpr platform::Color kAmber = 0x0080C0;  // blue, green, red
     return sigma <= kGood ? platform::color::kDarkGreen : sigma <= kPoor ? kAmber : platform::color::kRed;
 }
 
 double radiusFor(double sigma) {
-    constexpr double kLargest = 0.036, kSmallest = 0.008;
+    constexpr double kLargest = 0.036, kSmallest = 0.008;  // of the horizon's radius, for 1" and 100"
     const double share = std::log(std::max(sigma, 1.)) / std::log(100.);
     return std::max(kSmallest, kLargest - (kLargest - kSmallest) * share);
 }
 
 void drawHorizon(std::vector<platform::Shape>& shapes, const Horizon& horizon) {
-    constexpr int kStep = 5;
+    constexpr int kStep = 5;  // degrees
     const auto at = [&](int azimuth) {
         const double degrees = azimuth;
         return pointOf({std::max(0.0, horizon.altitudeAt(degrees)), degrees});
@@ -49,7 +49,7 @@ platform::Drawing skyMap(const std::vector<StartingPlace>& places, const Horizon
                          const std::vector<Preflight::PlateAhead>& plates,
                          const std::optional<StartingPlace>& proposal) {
     platform::Drawing map;
-    constexpr double kEdge = 1.12;
+    constexpr double kEdge = 1.12;  // radii of the horizon: room for the letters outside
     map.scale = {.left = -kEdge, .top = kEdge, .right = kEdge, .bottom = -kEdge};
     map.shapes.push_back(platform::Circle{.radius = 1});
     const auto print = [&](double x, double y, const char* text) {
@@ -60,7 +60,7 @@ platform::Drawing skyMap(const std::vector<StartingPlace>& places, const Horizon
     print(-1.1, 0.06, "E");
     print(1.02, 0.06, "W");
     drawHorizon(map.shapes, horizon);
-    constexpr double kToldApart = 0.3;
+    constexpr double kToldApart = 0.3;  // separability of the adjusters; 1 at best
     for (const StartingPlace& place : places) {
         const Point at = pointOf(place.middle);
         map.shapes.push_back(platform::Circle{.x = at.x,
@@ -69,7 +69,7 @@ platform::Drawing skyMap(const std::vector<StartingPlace>& places, const Horizon
                                               .filled = place.separability >= kToldApart,
                                               .color = colorFor(place.sigma)});
     }
-    constexpr double kArm = 0.035;
+    constexpr double kArm = 0.035;  // of the horizon's radius
     for (const Preflight::PlateAhead& plate : plates) {
         if (plate.place.altitude < 0) continue;
         const Point at = pointOf(plate.place);

@@ -5,7 +5,7 @@
 namespace vantrel::engine {
 
 void WaitSeconds(platform::EventLoop& loop, double seconds) {
-    constexpr platform::Milliseconds kStep{100};
+    constexpr platform::Milliseconds kStep{100};  // so soon the program's end is noticed
     double left = seconds;
     do {
         loop.yield();

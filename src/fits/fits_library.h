@@ -8,7 +8,7 @@
 #include <fitsio.h>
 
 #include "fits/fits_units.h"
-#include "fits/guarded_call.h"
+#include "fits/library_call.h"
 
 namespace vantrel::fits {
 

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "platform/image_array.h"
+#include "platform/overloaded.h"
 #include "platform/text.h"
 
 namespace vantrel::headless {
@@ -10,13 +11,6 @@ namespace vantrel::headless {
 using namespace platform;
 
 namespace {
-
-template <typename... Ts>
-struct Overloaded : Ts... {
-    using Ts::operator()...;
-};
-template <typename... Ts>
-Overloaded(Ts...) -> Overloaded<Ts...>;
 
 std::size_t imageSide(const Json& json, const char* name) {
     constexpr std::size_t kLargestSide = 20'000;

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "helpers/sexagesimal.h"
+#include "helpers/angle_texts.h"
 
 namespace vantrel::helpers {
 namespace {

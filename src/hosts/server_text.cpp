@@ -1,5 +1,6 @@
 #include "hosts/server_text.h"
 
+#include <charconv>
 #include <cstdint>
 
 #include "platform/text.h"
@@ -49,6 +50,14 @@ std::string oneLine(std::string_view words) {
         rest.remove_prefix(length == 0 ? 1 : length);
     }
     return platform::trimmed(platform::firstCharacters(line, kMostCharacters));
+}
+
+std::optional<int> parsePort(std::string_view text) {
+    constexpr int kHighest = 65535;
+    int port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole && 0 < port && port <= kHighest ? std::optional(port) : std::nullopt;
 }
 
 }  // namespace vantrel::hosts

@@ -245,7 +245,7 @@ class Annotation {
         return text;
     }
 
-    const solver::PlateSolution& solution_;
+    const solver::SolvedPlate& solution_;
     const solver::PlateGeometry& geometry_;
     sky::TangentWcs wcs_;
     double scale_;

@@ -1,5 +1,3 @@
-#include "page/http_server.h"
-
 #include <cstdint>
 #include <cstring>
 #include <list>
@@ -8,6 +6,8 @@
 #include <microhttpd.h>
 
 #include "page/listening_socket.h"
+
+#include "page/http_server.h"
 
 namespace vantrel::page {
 
@@ -35,7 +35,7 @@ bool bringsBody(MHD_Connection* connection) {
 class HttpServer::Daemon {
   public:
     Daemon(platform::EventLoop& loop, const std::string& host, int port, Handler handler,
-           const HttpLimits& limits)
+           const PageLimits& limits)
         : loop_(loop), handler_(std::move(handler)), limits_(limits) {
         ListeningSocket listener(host, port);
         port_ = listener.port();
@@ -114,7 +114,7 @@ class HttpServer::Daemon {
         }
     }
 
-    HttpAnswer answerTo(MHD_Connection* connection, const std::string& method, const std::string& path) {
+    PageAnswer answerTo(MHD_Connection* connection, const std::string& method, const std::string& path) {
         const std::string host = headerOf(connection, MHD_HTTP_HEADER_HOST);
         constexpr int kUsualPort = 80;
         const bool mine = host == place() || (port_ == kUsualPort && host == host_);
@@ -123,7 +123,7 @@ class HttpServer::Daemon {
         return handler_({.post = post, .path = path});
     }
 
-    MHD_Result answer(MHD_Connection* connection, const HttpAnswer& answer) {
+    MHD_Result answer(MHD_Connection* connection, const PageAnswer& answer) {
         MHD_Response* response = nullptr;
         int status = answer.status;
         if (answer.stream && streams_.size() >= limits_.streams) {
@@ -195,7 +195,7 @@ class HttpServer::Daemon {
 
     platform::EventLoop& loop_;
     Handler handler_;
-    HttpLimits limits_;
+    PageLimits limits_;
     std::string host_;
     int port_ = 0;
     MHD_Daemon* daemon_ = nullptr;
@@ -207,7 +207,7 @@ class HttpServer::Daemon {
 };
 
 HttpServer::HttpServer(platform::EventLoop& loop, const std::string& host, int port, Handler handler,
-                       const HttpLimits& limits)
+                       const PageLimits& limits)
     : daemon_(std::make_unique<Daemon>(loop, host, port, std::move(handler), limits)) {}
 HttpServer::~HttpServer() = default;
 

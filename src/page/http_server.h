@@ -16,12 +16,12 @@
 
 namespace vantrel::page {
 
-struct HttpRequest {
+struct PageRequest {
     bool post = false;
     std::string path;
 };
 
-struct HttpAnswer {
+struct PageAnswer {
     int status = 404;
     std::string type = {};
     std::string body = {};
@@ -29,7 +29,7 @@ struct HttpAnswer {
     std::vector<std::pair<std::string, std::string>> headers = {};
 };
 
-struct HttpLimits {
+struct PageLimits {
     unsigned connections = 24;
     unsigned connectionsOfOne = 8;  // from one address
     std::size_t streams = 8;
@@ -39,12 +39,12 @@ struct HttpLimits {
 
 class HttpServer {
   public:
-    using Handler = std::function<HttpAnswer(const HttpRequest&)>;
+    using Handler = std::function<PageAnswer(const PageRequest&)>;
 
     /// `host` is a numeric address of this machine (IPv4); port 0 is any that is free. Throws
     /// std::runtime_error when there can be no server.
     HttpServer(platform::EventLoop& loop, const std::string& host, int port, Handler handler,
-               const HttpLimits& limits = {});
+               const PageLimits& limits = {});
     ~HttpServer();
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;

@@ -37,7 +37,7 @@ class NetworkPage : public platform::LivePage {
           token_(std::move(token)),
           listener_(std::move(listener)),
           server_(
-              loop, host, port, [this](const HttpRequest& request) { return answerTo(request); },
+              loop, host, port, [this](const PageRequest& request) { return answerTo(request); },
               seams.limits),
           beat_(loop.every(kBeat, [this] { tell(); })) {
         tell();
@@ -59,24 +59,24 @@ class NetworkPage : public platform::LivePage {
         server_.publish(eventText(view_, picture));
     }
 
-    HttpAnswer answerTo(const HttpRequest& request) {
+    PageAnswer answerTo(const PageRequest& request) {
         const auto [token, what] = partsOf(request.path);
         if (!sameSecret(token, token_)) return {};
-        if (request.post) return what == "stop" ? stop() : HttpAnswer{};
+        if (request.post) return what == "stop" ? stop() : PageAnswer{};
         if (what.empty()) return wholePage();
         if (what == "events") return {.status = 200, .type = "text/event-stream", .stream = true};
         if (what.starts_with("picture/") && seams_.picture.png) return picture();
         return {};
     }
 
-    HttpAnswer stop() {
+    PageAnswer stop() {
         loop_.post([onStop = listener_.onStop] {
             if (onStop) onStop();
         });
         return {.status = 204};
     }
 
-    HttpAnswer wholePage() const {
+    PageAnswer wholePage() const {
         const std::string nonce = hex(seams_.secret());
         return {.status = 200,
                 .type = "text/html; charset=utf-8",
@@ -84,7 +84,7 @@ class NetworkPage : public platform::LivePage {
                 .headers = {{"Content-Security-Policy", policyOf(nonce)}}};
     }
 
-    HttpAnswer picture() const {
+    PageAnswer picture() const {
         std::string png = seams_.picture.png();
         if (png.empty()) return {};
         return {.status = 200, .type = "image/png", .body = std::move(png)};

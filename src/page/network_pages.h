@@ -15,7 +15,7 @@
 namespace vantrel::page {
 
 /// What the camera sees.
-struct PictureSource {
+struct ShownPicture {
     std::function<std::uint64_t()> number;  // another one for another picture; 0: none
     std::function<std::string()> png;
 };
@@ -23,8 +23,8 @@ struct PictureSource {
 struct NetworkSeams {
     std::function<Secret()> secret = systemSecret;
     std::function<std::vector<OwnAddress>()> addresses = ownAddresses;
-    PictureSource picture = {};
-    HttpLimits limits = {};
+    ShownPicture picture = {};
+    PageLimits limits = {};
 };
 
 /// A page that is closed and opened again is found where it was, as far as its port is still free.

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "fits/guarded_call.h"
+#include "fits/library_call.h"
 #include "pictures/picture_sink.h"
 
 namespace vantrel::pictures {
@@ -42,7 +42,7 @@ FitsImage readInOwnProcess(const std::filesystem::path& path,
             failFits(path, e.what());
         }
     });
-    PictureFacts facts;
+    PictureHead facts;
     pixels.read(0, std::as_writable_bytes(std::span(&facts, 1)));
     std::vector<float> values(facts.width * facts.height);
     pixels.read(sizeof facts, std::as_writable_bytes(std::span(values)));

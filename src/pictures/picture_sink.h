@@ -16,7 +16,7 @@ class PictureError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-struct PictureFacts {
+struct PictureHead {
     std::uint64_t width = 0, height = 0;
     std::array<char, 8> filters{};  ///< of a colour sensor, row after row, as "RGGB"; ends with a zero
     std::array<char, 16> date{};    ///< of the exposure, as "2026-03-21"
@@ -29,7 +29,7 @@ class PictureSink {
     static constexpr std::uint64_t kMostPixels = 240'000'000;
 
     /// Comes first. Throws PictureError for what is no picture, or too large.
-    void begin(const PictureFacts& facts) {
+    void begin(const PictureHead& facts) {
         if (facts.width == 0 || facts.height == 0) throw PictureError("holds no pixels");
         if (facts.width > kMostPixels || facts.height > kMostPixels / facts.width)
             throw PictureError("the image is too large");

@@ -18,7 +18,7 @@ void check(int status) {
 }
 
 /// The colours of the first two rows and columns.
-void tellFilters(libraw_data_t* raw, PictureFacts& facts) {
+void tellFilters(libraw_data_t* raw, PictureHead& facts) {
     if (raw->idata.filters == 0) return;
     for (int i = 0; i < 4; ++i) {
         const int colour = libraw_COLOR(raw, i / 2, i % 2);
@@ -26,7 +26,7 @@ void tellFilters(libraw_data_t* raw, PictureFacts& facts) {
     }
 }
 
-void tellDate(libraw_data_t* raw, PictureFacts& facts) {
+void tellDate(libraw_data_t* raw, PictureHead& facts) {
     std::tm parts{};
     if (raw->other.timestamp <= 0 || ::gmtime_r(&raw->other.timestamp, &parts) == nullptr) return;
     std::strftime(facts.date.data(), facts.date.size(), "%Y-%m-%d", &parts);
@@ -39,7 +39,7 @@ void readRaw(const std::filesystem::path& path, PictureSink& sink) {
     if (!raw) throw PictureError("can't be read: the memory is short");
     check(libraw_open_file(raw.get(), path.c_str()));
     const auto& sizes = raw->sizes;
-    PictureFacts facts{sizes.width, sizes.height};
+    PictureHead facts{sizes.width, sizes.height};
     tellFilters(raw.get(), facts);
     tellDate(raw.get(), facts);
     sink.begin(facts);

@@ -20,7 +20,8 @@ frmSolvePicture::frmSolvePicture(platform::Screen& screen)
       txtMatched(*this, "txtMatched"),
       picPlate(*this, "picPlate"),
       cmdOK(*this, "cmdOK", "OK") {
-    txtFile.setToolTip("A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file");
+    txtFile.setToolTip(
+        "A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file");
     cmdChooseFile.setToolTip("Choose a picture file");
     txtScaleHint.setToolTip("Arc-seconds per pixel; empty: as the file tells, or any");
     cmdSolve.setToolTip("Find out where the picture points");

@@ -2,17 +2,11 @@
 
 #include <cmath>
 
+#include "platform/overloaded.h"
 #include "platform/text.h"
 
 namespace vantrel::platform {
 namespace {
-
-template <typename... Ts>
-struct Overloaded : Ts... {
-    using Ts::operator()...;
-};
-template <typename... Ts>
-Overloaded(Ts...) -> Overloaded<Ts...>;
 
 [[noreturn]] void mismatch() { throw runTimeError(error_number::kTypeMismatch); }
 

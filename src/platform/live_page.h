@@ -17,8 +17,8 @@ struct LiveView {
     Adjuster azimuth = {}, elevation = {};
     std::string verdict = {}, total = {};
     std::optional<double> age = {};  // seconds; nothing while there are no numbers
-    bool live = false;          // the age grows by itself
-    bool stale = false;         // the numbers are too old to turn by
+    bool live = false;               // the age grows by itself
+    bool stale = false;              // the numbers are too old to turn by
     bool stoppable = false;
     bool night = false;
     std::string dial = {};  // an SVG element, or nothing

@@ -184,11 +184,13 @@ bool containsIgnoringCase(std::string_view text, std::string_view part) {
     return toLower(text).find(toLower(part)) != std::string::npos;
 }
 
-std::string trimmed(std::string_view text) {
+std::string_view withoutBlanks(std::string_view text) {
     while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
     while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
-    return std::string(text);
+    return text;
 }
+
+std::string trimmed(std::string_view text) { return std::string(withoutBlanks(text)); }
 
 std::string joinLines(std::initializer_list<std::string_view> lines) {
     std::string joined;

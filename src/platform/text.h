@@ -45,6 +45,9 @@ bool containsIgnoringCase(std::string_view text, std::string_view part);
 /// 0 to 9.
 inline bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+/// The text without the blanks around it (spaces, tabs, ends of lines), as a part of what was given.
+std::string_view withoutBlanks(std::string_view text);
+/// The same as a text of its own.
 std::string trimmed(std::string_view text);
 
 /// The lines with CR LF between them.

@@ -27,12 +27,12 @@ QRectF centredSquare(const QRectF& place) {
 
 class DrawingPainter {
   public:
-    DrawingPainter(QPainter& painter, const QRectF& area, const Drawing& drawing, PictureKind kind,
+    DrawingPainter(QPainter& painter, const QRectF& area, const Drawing& drawing, DrawingKind kind,
                    const Look& look)
         : painter_(painter), area_(area), drawing_(drawing), kind_(kind), look_(look) {}
 
     void paint() {
-        if (kind_ == PictureKind::kDial) paintDial();
+        if (kind_ == DrawingKind::kDial) paintDial();
         for (const auto& shape : drawing_.shapes) std::visit([this](const auto& s) { paint(s); }, shape);
     }
 
@@ -86,10 +86,10 @@ class DrawingPainter {
         QColor color = look_.plotted(circle.color);
         color.setAlphaF(static_cast<float>(circle.strength));
         // A chart that is much wider than high still shows points, not discs.
-        const qreal widest = kind_ == PictureKind::kDial ? radius : area_.height() / 24;
+        const qreal widest = kind_ == DrawingKind::kDial ? radius : area_.height() / 24;
         const qreal shown = std::max(std::min(radius, widest), 3.0);
         painter_.setPen(Qt::NoPen);
-        if (kind_ == PictureKind::kDial && circle.strength == 1) {
+        if (kind_ == DrawingKind::kDial && circle.strength == 1) {
             QColor halo = color;
             halo.setAlphaF(0.22F);
             painter_.setBrush(halo);
@@ -145,13 +145,13 @@ class DrawingPainter {
     QPainter& painter_;
     QRectF area_;
     const Drawing& drawing_;
-    PictureKind kind_;
+    DrawingKind kind_;
     const Look& look_;
 };
 
 }  // namespace
 
-void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing, PictureKind kind,
+void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing, DrawingKind kind,
                   const Look& look) {
     const Colors& colors = look.colors();
     painter.save();
@@ -167,7 +167,7 @@ void paintDrawing(QPainter& painter, const QRectF& place, const Drawing& drawing
         constexpr qreal kMargin = 4;
         const QRectF inner = place.adjusted(kMargin, kMargin, -kMargin, -kMargin);
         painter.setClipRect(inner);
-        DrawingPainter(painter, kind == PictureKind::kDial ? centredSquare(inner) : inner, drawing, kind,
+        DrawingPainter(painter, kind == DrawingKind::kDial ? centredSquare(inner) : inner, drawing, kind,
                        look)
             .paint();
     }

@@ -12,13 +12,13 @@ namespace vantrel::qt {
 
 class Look;
 
-enum class PictureKind : std::int8_t {
+enum class DrawingKind : std::int8_t {
     kChart,  // fills its place; the two axes have scales of their own
     kDial,   // a square around the centre, with the ground and the ticks of an instrument's dial
 };
 
 /// Paints the drawing and its ground into the rectangle.
-void paintDrawing(QPainter& painter, const QRectF& place, const platform::Drawing& drawing, PictureKind kind,
+void paintDrawing(QPainter& painter, const QRectF& place, const platform::Drawing& drawing, DrawingKind kind,
                   const Look& look);
 
 }  // namespace vantrel::qt

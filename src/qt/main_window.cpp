@@ -175,7 +175,7 @@ QWidget* errorPlotPage(const Theme& theme) {
     auto* const page = new QWidget;
     auto* const column = new QVBoxLayout(page);
     column->setContentsMargins(0, 6, 0, 0);
-    auto* const picture = named<PictureWidget>("picErrorPlot", theme, PictureKind::kChart);
+    auto* const picture = named<PictureWidget>("picErrorPlot", theme, DrawingKind::kChart);
     picture->setMinimumHeight(picture->fontMetrics().height() * 5);
     picture->setAccessibleName(Text::tr("Declination errors of the plates"));
     column->addWidget(picture, 1);
@@ -203,7 +203,7 @@ QWidget* resultPage(const Theme& theme, const Density& density) {
     auto* const page = new QWidget;
     auto* const columns = new QHBoxLayout(page);
     columns->setContentsMargins(0, 6, 0, 0);
-    auto* const dial = named<PictureWidget>("picDial", theme, PictureKind::kDial);
+    auto* const dial = named<PictureWidget>("picDial", theme, DrawingKind::kDial);
     const int side = dial->fontMetrics().height() * density.dialLines;
     dial->setMinimumSize(side, side);
     dial->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);

@@ -6,13 +6,13 @@
 
 namespace vantrel::qt {
 
-PictureWidget::PictureWidget(const Theme& theme, PictureKind kind) : theme_(theme), kind_(kind) {
+PictureWidget::PictureWidget(const Theme& theme, DrawingKind kind) : theme_(theme), kind_(kind) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
 }
 
 QSize PictureWidget::sizeHint() const {
     const int line = fontMetrics().height();
-    return kind_ == PictureKind::kDial ? QSize(line * 29, line * 29) : QSize(line * 16, line * 6);
+    return kind_ == DrawingKind::kDial ? QSize(line * 29, line * 29) : QSize(line * 16, line * 6);
 }
 
 void PictureWidget::setDrawing(const platform::Drawing& drawing) {

@@ -12,7 +12,7 @@ class Theme;
 
 class PictureWidget : public QWidget {
   public:
-    PictureWidget(const Theme& theme, PictureKind kind);
+    PictureWidget(const Theme& theme, DrawingKind kind);
 
     QSize sizeHint() const override;
     void setDrawing(const platform::Drawing& drawing);
@@ -22,7 +22,7 @@ class PictureWidget : public QWidget {
 
   private:
     const Theme& theme_;
-    PictureKind kind_;
+    DrawingKind kind_;
     platform::Drawing drawing_;
 };
 

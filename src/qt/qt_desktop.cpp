@@ -26,7 +26,7 @@ QImage imageOfDial(const platform::Drawing& drawing) {
     QFont font = painter.font();
     font.setPixelSize(kSide / 36);
     painter.setFont(font);
-    paintDrawing(painter, image.rect(), drawing, PictureKind::kDial, look);
+    paintDrawing(painter, image.rect(), drawing, DrawingKind::kDial, look);
     return image;
 }
 

@@ -139,7 +139,7 @@ QGridLayout* readoutGrid() {
 PolarPlotWindow::PolarPlotWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
     auto* const layout = new QHBoxLayout(this);
     layout->setSpacing(12);
-    auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, PictureKind::kDial);
+    auto* const dial = named<PictureWidget>("picPolarPlot", front.theme, DrawingKind::kDial);
     const int side = dial->fontMetrics().height() * 10;
     dial->setMinimumSize(side, side);
     dial->setAccessibleName(Text::tr("Pole and mount's axis"));
@@ -252,7 +252,7 @@ QGroupBox* adjusterGroup(const QString& title, const std::string& name) {
 }  // namespace
 
 AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const dial = named<PictureWidget>("picAdjust", front.theme, PictureKind::kDial);
+    auto* const dial = named<PictureWidget>("picAdjust", front.theme, DrawingKind::kDial);
     const int side = dial->fontMetrics().height() * 11;
     dial->setMinimumSize(side, side);
     dial->setAccessibleName(Text::tr("Pole and mount's axis"));
@@ -304,7 +304,7 @@ AdjustWindow::AdjustWindow(platform::Form& form, const Front& front) : FormWindo
 }
 
 HistoryWindow::HistoryWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
-    auto* const chart = named<PictureWidget>("picHistory", front.theme, PictureKind::kChart);
+    auto* const chart = named<PictureWidget>("picHistory", front.theme, DrawingKind::kChart);
     const int line = chart->fontMetrics().height();
     chart->setMinimumSize(line * 20, line * 10);
     chart->setAccessibleName(Text::tr("Distance from the pole over the nights"));
@@ -365,7 +365,7 @@ PlatesWindow::PlatesWindow(platform::Form& form, const Front& front) : FormWindo
 PreflightWindow::PreflightWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
     auto* const layout = new QHBoxLayout(this);
     layout->setSpacing(12);
-    auto* const map = named<PictureWidget>("picSky", front.theme, PictureKind::kDial);
+    auto* const map = named<PictureWidget>("picSky", front.theme, DrawingKind::kDial);
     const int side = map->fontMetrics().height() * 14;
     map->setMinimumSize(side, side);
     map->setAccessibleName(Text::tr("The sky by expected uncertainty"));
@@ -674,7 +674,7 @@ QWidget* widgetFor(const platform::Control& control, const Theme& theme) {
     if (is(static_cast<const TextBox*>(nullptr))) return new LineField;
     if (is(static_cast<const ComboBox*>(nullptr))) return new QComboBox;
     if (is(static_cast<const Gauge*>(nullptr))) return new GaugeBar;
-    if (is(static_cast<const Picture*>(nullptr))) return new PictureWidget(theme, PictureKind::kChart);
+    if (is(static_cast<const Picture*>(nullptr))) return new PictureWidget(theme, DrawingKind::kChart);
     if (is(static_cast<const Frame*>(nullptr))) {
         auto* const box = new QGroupBox;
         new QVBoxLayout(box);

@@ -30,7 +30,7 @@ bool isSearchable(const ConeQuery& query) {
     return query.radiusDeg >= 0 && std::isfinite(query.raDeg) && std::abs(query.decDeg) <= 90;
 }
 
-Circle::Circle(const ConeQuery& query)
+SkyCircle::SkyCircle(const ConeQuery& query)
     : raDeg_(query.raDeg),
       decDeg_(query.decDeg),
       decReachDeg_(query.radiusDeg * (1 + 1e-9)),
@@ -40,7 +40,7 @@ Circle::Circle(const ConeQuery& query)
 }
 
 /// The haversine formula.
-bool Circle::holds(double raDeg, double decDeg) const {
+bool SkyCircle::holds(double raDeg, double decDeg) const {
     if (std::abs(decDeg - decDeg_) > decReachDeg_) return false;
     const double sinDec = std::sin((decDeg - decDeg_) * kDegree / 2);
     if (sinDec * sinDec > quarterChordSquared_) return false;

@@ -18,9 +18,9 @@ double raReachDeg(double decDeg, double radiusDeg);
 bool isSearchable(const ConeQuery& query);
 
 /// Whether the direction lies in the query's circle; exact for the smallest circles.
-class Circle {
+class SkyCircle {
   public:
-    explicit Circle(const ConeQuery& query);
+    explicit SkyCircle(const ConeQuery& query);
     bool holds(double raDeg, double decDeg) const;
 
   private:
@@ -50,7 +50,7 @@ class ConeCollector {
     void keepBrightest();
 
     ConeQuery query_;
-    Circle circle_;
+    SkyCircle circle_;
     double faintest_;
     std::vector<CatalogStar> stars_;
 };

@@ -4,17 +4,12 @@
 #include <cmath>
 #include <limits>
 
+#include "platform/text.h"
+
 namespace vantrel::sky {
 
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t\r\n";
-    const auto first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
-
 std::optional<double> fieldNumber(std::string_view field) {
-    field = trimmed(field);
+    field = platform::withoutBlanks(field);
     if (field.empty()) return std::nullopt;
     if (field.front() == '+') field.remove_prefix(1);
     double value = 0;

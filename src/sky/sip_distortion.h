@@ -23,7 +23,8 @@ class SipPolynomial {
 
   private:
     static std::size_t indexOf(int p, int q) {
-        return static_cast<std::size_t>((p + q) * (p + q + 1) / 2 + q);
+        const auto sum = static_cast<std::size_t>(p) + static_cast<std::size_t>(q);
+        return sum * (sum + 1) / 2 + static_cast<std::size_t>(q);
     }
 
     int order_ = 0;

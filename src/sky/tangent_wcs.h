@@ -6,14 +6,12 @@
 
 #include <optional>
 
+#include "platform/pixel_position.h"
 #include "sky/sky_position.h"
 
 namespace vantrel::sky {
 
-struct PixelPosition {
-    double x = 0;
-    double y = 0;
-};
+using platform::PixelPosition;
 
 /// Standard coordinates in degrees: xi towards east, eta towards north.
 struct PlanePosition {

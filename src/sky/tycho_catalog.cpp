@@ -232,7 +232,7 @@ int TychoCatalog::faintestStepFor(const ConeQuery& query, std::size_t wanted, in
 }
 
 void TychoCatalog::collect(const ConeQuery& query, int faintest, std::vector<CatalogStar>& stars) const {
-    const Circle circle(query);
+    const SkyCircle circle(query);
     visitCells(query, [&](std::uint32_t band, std::uint32_t cell, std::uint32_t first, std::uint32_t size) {
         for (std::uint32_t i = first; i < first + size; ++i) {
             if (records_[kRecordBytes * std::size_t{i} + 3] > faintest)

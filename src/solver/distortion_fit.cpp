@@ -14,8 +14,8 @@ namespace {
 using sky::PixelPosition;
 using sky::SipPolynomial;
 
-constexpr std::size_t kStarsPerCoefficient = 3;
-constexpr double kLeastCover = 0.6;    // share of the image inside of the stars' hull
+constexpr std::size_t kStarsPerCoefficient = 3;  // so that the fit can't follow single stars
+constexpr double kLeastCover = 0.6;              // share of the image inside of the stars' hull
 constexpr int kInverseOrdersMore = 2;  // the inverse of a polynomial is none; so much nearer does it come
 constexpr std::size_t kParts = 5;      // one is left out of a fit in turn
 constexpr double kDeviations = 3.5;    // standard ones, of a sign test

@@ -41,15 +41,15 @@ void HotColumns::look(std::span<const float> rows) {
     for (std::size_t i = 0; i < excess.size(); ++i) standsOut_.back()[i + kColumnReach] = excess[i] > limit;
 }
 
-std::vector<HotColumns::Fault> HotColumns::faults() const {
-    std::vector<Fault> faults;
+std::vector<HotColumns::Stretch> HotColumns::stretches() const {
+    std::vector<Stretch> found;
     for (std::size_t column = 0; column < width_; ++column)
         for (std::size_t band = 0; band < standsOut_.size(); ++band) {
             const std::size_t first = band;
             while (band < standsOut_.size() && standsOut_[band][column]) ++band;
-            if (band - first >= kBands) faults.push_back({column, first, band});
+            if (band - first >= kBands) found.push_back({column, first, band});
         }
-    return faults;
+    return found;
 }
 
 void HotColumns::mend(std::span<float> rows, std::size_t width, std::size_t column) {

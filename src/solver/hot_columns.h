@@ -16,11 +16,11 @@ class HotColumns {
     /// Rows of the next band, from the top: whole ones.
     void look(std::span<const float> rows);
 
-    struct Fault {
+    struct Stretch {
         std::size_t column = 0;
         std::size_t firstBand = 0, endBand = 0;
     };
-    std::vector<Fault> faults() const;
+    std::vector<Stretch> stretches() const;
 
     /// Gives the column in all the rows what its neighbours of the same colour have.
     static void mend(std::span<float> rows, std::size_t width, std::size_t column);

@@ -28,7 +28,7 @@ constexpr std::size_t kStripFloats = 64 * 1024;  // a strip of rows stays in the
 /// What a look at one row pair in each band of tiles tells.
 struct Survey {
     LevelGrid grid;
-    std::vector<HotColumns::Fault> hotColumns = {};
+    std::vector<HotColumns::Stretch> hotColumns = {};
     bool mosaic = false;  ///< neighbouring pixels stand at different levels: a colour sensor's raw image
     float unit = 1;       ///< factor that brings images with tiny numbers (0 to 1) to ordinary counts
 };
@@ -81,7 +81,7 @@ Survey survey(const FitsImage& image) {
         }
     }
     grid.complete();
-    result.hotColumns = hotColumns.faults();
+    result.hotColumns = hotColumns.stretches();
     double low = 1e9;
     double high = -1e9;
     for (std::size_t i = 0; i < parity.size(); ++i) {
@@ -133,12 +133,12 @@ void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, co
 
 void mendColumns(std::span<float> strip, std::size_t width, std::size_t top, const Survey& seen) {
     const std::size_t bottom = top + strip.size() / width;
-    for (const HotColumns::Fault& fault : seen.hotColumns) {
-        const std::size_t first = std::max(top, seen.grid.spanOfRow(fault.firstBand).first);
-        const std::size_t end = std::min(bottom, seen.grid.spanOfRow(fault.endBand - 1).end);
+    for (const HotColumns::Stretch& stretch : seen.hotColumns) {
+        const std::size_t first = std::max(top, seen.grid.spanOfRow(stretch.firstBand).first);
+        const std::size_t end = std::min(bottom, seen.grid.spanOfRow(stretch.endBand - 1).end);
         if (first < end)
             HotColumns::mend(strip.subspan((first - top) * width, (end - first) * width), width,
-                             fault.column);
+                             stretch.column);
     }
 }
 
@@ -222,7 +222,7 @@ std::size_t chooseBinning(const FitsImage& image, bool mosaic, std::size_t large
 /// Levels of the binned image itself: its noise can't be foretold from the pixels' (neighbours are
 /// correlated).
 LevelGrid binLevels(const ReducedImage& image) {
-    constexpr std::size_t kCell = 40;
+    constexpr std::size_t kCell = 40;  // bins a side
     LevelGrid grid(image.width, image.height, kCell);
     CellSample sample;
     for (std::size_t row = 0; row < grid.rows(); ++row) {

@@ -11,7 +11,7 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr double kLeastOffset = 1.5;
+constexpr double kLeastOffset = 1.5;  // degrees: what mounts are off by after a rough set-up
 
 class ImageSolving {
   public:

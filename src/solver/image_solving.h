@@ -35,7 +35,7 @@ std::optional<ImageClues> formerSolution(const fits::FitsImage& image);
 double customaryOffset(const PlateGeometry& geometry);
 
 struct SolvedImage {
-    std::optional<PlateSolution> solution;
+    std::optional<SolvedPlate> solution;
     PlateGeometry geometry;  ///< with the scale that was found, or tried last
     std::string whyNot;      ///< without a solution: what the image lacks (see unsolved_reason.h)
 };

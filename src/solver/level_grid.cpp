@@ -33,7 +33,7 @@ class PlaneFit {
         const double xx = xx_ - x_ * x_ / count_, xy = xy_ - x_ * y_ / count_, yy = yy_ - y_ * y_ / count_;
         const double xz = xz_ - x_ * z_ / count_, yz = yz_ - y_ * z_ / count_;
         const double determinant = xx * yy - xy * xy;
-        constexpr double kInALine = 1;
+        constexpr double kInALine = 1;  // in cells: three around a corner make 1/3, and tell too little
         if (!(determinant > kInALine)) return std::nullopt;
         const double slopeX = (yy * xz - xy * yz) / determinant;
         const double slopeY = (xx * yz - xy * xz) / determinant;
@@ -84,7 +84,7 @@ Level LevelGrid::set(std::size_t column, std::size_t row, CellSample& sample) {
 }
 
 bool LevelGrid::isLevelOfItsMiddle(std::size_t cell) const {
-    constexpr double kBeside = 0.05;
+    constexpr double kBeside = 0.05;  // cells
     return !std::isnan(levels_[cell].background) && std::hypot(offsets_[cell].x, offsets_[cell].y) < kBeside;
 }
 

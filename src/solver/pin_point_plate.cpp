@@ -296,7 +296,7 @@ bool PinPointPlate::solveWith(double scaleX, double scaleY) {
     const SearchArea around = area(plate);
     const std::vector<sky::CatalogStar> catalogStars = starsIn(around);
     const std::vector<ImageStar> stars = starsToMatch();
-    std::optional<PlateSolution> solution;
+    std::optional<SolvedPlate> solution;
     background_.await([&] { solution = solvePlate(plate, stars, around, catalogStars, settings); });
     if (solution) adopt(*solution);
     return solution.has_value();
@@ -333,7 +333,7 @@ std::vector<ImageStar> PinPointPlate::starsToMatch() const {
     return stars;
 }
 
-void PinPointPlate::adopt(const PlateSolution& solution) {
+void PinPointPlate::adopt(const SolvedPlate& solution) {
     solution_ = solution;
     const Orientation orientation = orientationOf(frame().turned(solution.cd, solution.centre));
     setStart(solution.centre);

@@ -52,7 +52,7 @@ class PinPointPlate : public platform::DispatchObject {
     bool solveWith(double scaleX, double scaleY);
     bool solveFarAway();
     std::vector<ImageStar> starsToMatch() const;
-    void adopt(const PlateSolution& solution);
+    void adopt(const SolvedPlate& solution);
     void updateFits();
     std::string failureReason();
 
@@ -103,7 +103,7 @@ class PinPointPlate : public platform::DispatchObject {
 
     StarList stars_;
     std::vector<sky::CatalogStar> catalogStars_;
-    std::optional<PlateSolution> solution_;
+    std::optional<SolvedPlate> solution_;
 };
 
 }  // namespace vantrel::solver

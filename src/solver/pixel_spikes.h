@@ -11,7 +11,7 @@ namespace vantrel::solver {
 
 /// Brighter pixels may be spikes.
 inline float spikeLimit(const Level& level) {
-    constexpr float kSigmas = 6;
+    constexpr float kSigmas = 6;  // chance lets one pixel in a thousand million pass
     return level.background + kSigmas * std::max(level.noise, 1e-9F);
 }
 

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "sky/epoch.h"
-#include "solver/plate_solution.h"
+#include "solver/solved_plate.h"
 
 namespace vantrel::solver {
 

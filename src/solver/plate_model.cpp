@@ -17,7 +17,7 @@ using sky::SkyPosition;
 using Square = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, 0, 10, 10>;
 using Column = Eigen::Matrix<double, Eigen::Dynamic, 1, 0, 10, 1>;
 
-constexpr int kNewtonSteps = 8;
+constexpr int kNewtonSteps = 8;  // each doubles the digits that are right
 
 std::array<double, 10> terms(double u, double v) {
     return {1, u, v, u * u, u * v, v * v, u * u * u, u * u * v, u * v * v, v * v * v};

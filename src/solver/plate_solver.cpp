@@ -55,20 +55,18 @@ SearchArea searchArea(const PlateGeometry& geometry, sky::SkyPosition start, dou
             std::min(static_cast<std::size_t>(wanted), kStarsAtMost)};
 }
 
-std::optional<PlateSolution> solvePlate(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
-                                        const SearchArea& area,
-                                        std::span<const sky::CatalogStar> catalogStars,
-                                        const MatchSettings& settings) {
+std::optional<SolvedPlate> solvePlate(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
+                                      const SearchArea& area, std::span<const sky::CatalogStar> catalogStars,
+                                      const MatchSettings& settings) {
     const PlateField field(geometry, imageStars, catalogStars);
     const auto found = matchPlate(field, area.centre, area.radiusDeg, settings);
     if (!found) return std::nullopt;
     return finishedPlate(field, *found, settings.maximumResidualArcsec);
 }
 
-PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found,
-                            double maximumResidualArcsec) {
+SolvedPlate finishedPlate(const PlateField& field, const RefinedPlate& found, double maximumResidualArcsec) {
     const RefinedPlate plate = refinedWithAll(field, found, maximumResidualArcsec);
-    PlateSolution solution;
+    SolvedPlate solution;
     solution.centre = plate.model.toSky(field.geometry().centre());
     solution.cd = plate.model.matrix();
     solution.orientation = orientationOf(solution.cd);
@@ -89,7 +87,7 @@ PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found,
     return solution;
 }
 
-sky::TangentWcs wcsOf(const PlateSolution& solution, const PlateGeometry& geometry) {
+sky::TangentWcs wcsOf(const SolvedPlate& solution, const PlateGeometry& geometry) {
     sky::TangentWcs wcs{solution.centre, geometry.centre()};
     std::copy(solution.cd.begin(), solution.cd.end(), wcs.cd);
     return wcs;

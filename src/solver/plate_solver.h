@@ -10,7 +10,7 @@
 #include "sky/star_catalog.h"
 #include "solver/plate_field.h"
 #include "solver/plate_matcher.h"
-#include "solver/plate_solution.h"
+#include "solver/solved_plate.h"
 
 namespace vantrel::solver {
 
@@ -29,15 +29,14 @@ SearchArea searchArea(const PlateGeometry& geometry, sky::SkyPosition start, dou
 
 /// Solves the plate: image stars and catalogue stars brightest first, the latter those of the area. Empty
 /// when no position in the area explains the image better than chance.
-std::optional<PlateSolution> solvePlate(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
-                                        const SearchArea& area,
-                                        std::span<const sky::CatalogStar> catalogStars,
-                                        const MatchSettings& settings);
+std::optional<SolvedPlate> solvePlate(const PlateGeometry& geometry, std::span<const ImageStar> imageStars,
+                                      const SearchArea& area, std::span<const sky::CatalogStar> catalogStars,
+                                      const MatchSettings& settings);
 
 /// What a plate tells that has been recognised: fitted once more with all stars of the image.
-PlateSolution finishedPlate(const PlateField& field, const RefinedPlate& found, double maximumResidualArcsec);
+SolvedPlate finishedPlate(const PlateField& field, const RefinedPlate& found, double maximumResidualArcsec);
 
 /// The solution as world coordinates for a header: reference pixel at the image's centre, linear terms only.
-sky::TangentWcs wcsOf(const PlateSolution& solution, const PlateGeometry& geometry);
+sky::TangentWcs wcsOf(const SolvedPlate& solution, const PlateGeometry& geometry);
 
 }  // namespace vantrel::solver

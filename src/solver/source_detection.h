@@ -23,8 +23,8 @@ struct DetectionTask {
 /// In no order. Nothing when there is too much above the threshold.
 std::optional<std::vector<Source>> detectSources(const DetectionTask& task);
 
-inline constexpr int kDeblendLevels = 16;
-inline constexpr double kDeblendContrast = 0.005;
-inline constexpr std::size_t kMostDetectedPixels = 960'000;
+inline constexpr int kDeblendLevels = 16;                    // of brightness, between threshold and peak
+inline constexpr double kDeblendContrast = 0.005;            // share of the light that makes a part a source
+inline constexpr std::size_t kMostDetectedPixels = 960'000;  // above the threshold
 
 }  // namespace vantrel::solver

@@ -13,8 +13,8 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr double kLeastSigma = 0.7;  // grains; a narrower window would see one grain
-constexpr double kMostSigma = 12;
+constexpr double kLeastSigma = 0.7;      // grains; a narrower window would see one grain
+constexpr double kMostSigma = 12;        // grains
 constexpr double kStampReach = 4;        // sigmas from a star's middle to the border of its stamp
 constexpr std::size_t kBorder = 2;       // grains around the stamp that tell the background
 constexpr std::size_t kWidthStars = 12;  // the brightest tell the width of all

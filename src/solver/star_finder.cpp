@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <span>
 #include <utility>
 
 #include "fits/fits_image.h"
+#include "sky/vector3.h"
 #include "solver/image_reduction.h"
 #include "solver/source_extractor.h"
 #include "solver/star_centroids.h"
@@ -46,10 +46,9 @@ double typicalSigma(const std::vector<Source>& shaped) {
 
 /// In bins. A line of light of length L drawn by a gaussian spreads by L^2 / 12 more along than across.
 StarLook lookOf(const std::vector<Source>& shaped) {
-    constexpr double kSigmasOfWidth = 2.3548;
-    constexpr double kDrawnOut = 1.5;   // axes' ratio
+    constexpr double kSigmasOfWidth = 2.3548;  // 2 sqrt(2 ln 2), of a gaussian
+    constexpr double kDrawnOut = 1.5;          // axes' ratio
     constexpr double kAllAlike = 0.75;  // mean of their directions, as share of what it were if all were one
-    constexpr double kDegree = std::numbers::pi / 180;
     std::vector<double> widths, ratios, trails;
     double x = 0, y = 0;
     for (const Source& source : shaped) {
@@ -58,14 +57,14 @@ StarLook lookOf(const std::vector<Source>& shaped) {
         ratios.push_back(source.longSigma / across);
         trails.push_back(
             std::sqrt(12 * std::max(0.0, source.longSigma * source.longSigma - across * across)));
-        x += std::cos(2 * source.angleDeg * kDegree);
-        y += std::sin(2 * source.angleDeg * kDegree);
+        x += std::cos(2 * source.angleDeg * sky::kDegree);
+        y += std::sin(2 * source.angleDeg * sky::kDegree);
     }
     StarLook look{.width = middleOf(widths)};
     const bool alike = std::hypot(x, y) > kAllAlike * static_cast<double>(shaped.size());
     if (shaped.size() < 3 || !alike || middleOf(ratios) < kDrawnOut) return look;
     look.trail = valueAt(0.8, trails);  // most of the others are broken
-    const double angle = std::atan2(y, x) / 2 / kDegree;
+    const double angle = std::atan2(y, x) / 2 / sky::kDegree;
     look.trailDeg = angle < 0 ? angle + 180 : angle;
     return look;
 }
@@ -101,7 +100,7 @@ ReducedImage coarserThan(const ReducedImage& fine) {
 
 /// Whether bright sources stand so close together that they may be pieces, or there are hardly any.
 bool mayBePieces(std::span<const Source> sources) {
-    constexpr std::size_t kFew = 10;
+    constexpr std::size_t kFew = 10;  // sources
     constexpr double kCloseBins = 16;
     const auto brightest = sources.first(std::min(sources.size(), kBrightest));
     std::size_t close = 0;
@@ -114,14 +113,14 @@ bool mayBePieces(std::span<const Source> sources) {
 
 /// What is left of an uneven sky shows as wide faint sources in coarse bins.
 bool isFaint(const Source& source) {
-    constexpr double kLeastPeak = 4;
+    constexpr double kLeastPeak = 4;  // in units of the noise
     return source.peak < kLeastPeak;
 }
 
 /// Whether no source of the fine image has two thirds of the light of the coarse image's sources that it lies
 /// in.
 bool arePieces(std::span<const Source> fine, std::span<const Source> coarse, double side) {
-    constexpr std::size_t kFewest = 5;
+    constexpr std::size_t kFewest = 5;  // sources whose shares tell anything
     if (coarse.size() < kFewest) return false;
     std::vector<double> shares;
     for (const Source& whole : coarse.first(std::min(coarse.size(), kBrightest))) {

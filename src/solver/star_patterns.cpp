@@ -20,8 +20,8 @@ namespace {
 using sky::kDegree;
 using sky::StarCatalog;
 
-constexpr std::uint32_t kVersion = 1;  // goes up with every change of what the tables hold
-constexpr double kCellDeg = 0.5;
+constexpr std::uint32_t kVersion = 1;         // goes up with every change of what the tables hold
+constexpr double kCellDeg = 0.5;              // of the cells that hold the same number of stars at most
 constexpr float kClosestNeighbour = 0.0003F;  // radians: nearer ones melt into one star on many images
 constexpr float kNarrowest = 0.05F;           // shortest side as share of the perimeter
 constexpr std::size_t kLeaf = 8;              // ranges of so few stars are looked through one by one

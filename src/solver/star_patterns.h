@@ -51,8 +51,8 @@ struct PatternShape {
 /// A star of the patterns. Stars stand in the order of a balanced k-d tree: the middle one of each range
 /// divides it.
 struct PatternStar {
-    static constexpr std::size_t kNeighbours = 4;
-    static constexpr std::uint32_t kNone = 0xFFFFFFFF;
+    static constexpr std::size_t kNeighbours = 4;       // that make six pairs
+    static constexpr std::uint32_t kNone = 0xFFFFFFFF;  // has fewer neighbours
 
     std::array<float, 3> at{};                          ///< unit vector, ICRS
     std::array<std::uint32_t, kNeighbours> brighter{};  ///< nearest stars that outshine it, nearest first

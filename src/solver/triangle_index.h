@@ -69,7 +69,7 @@ class TriangleIndex {
     }
 
   private:
-    static constexpr int kCells = 128;
+    static constexpr int kCells = 128;  // along each ratio of sides
     static std::size_t cellAt(int middle, int shortest) {
         return static_cast<std::size_t>(middle) * kCells + static_cast<std::size_t>(shortest);
     }

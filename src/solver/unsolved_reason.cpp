@@ -10,12 +10,12 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr std::size_t kFewestStars = 6;
-constexpr double kMostExpected = 300;  // beyond, the exposure decides how many are seen
-constexpr double kMeanDensity = 61.8;  // of Tycho-2, stars per square degree
-constexpr double kWidestPixels = 12;   // stars wider than that are out of focus,
-constexpr double kWidestArcsec = 12;   // if they are as wide as that in the sky
-constexpr double kLongestTrail = 8;    // pixels that spoil the stars' places, if it is wider than the stars
+constexpr std::size_t kFewestStars = 6;  // that a plate can be recognised by
+constexpr double kMostExpected = 300;    // beyond, the exposure decides how many are seen
+constexpr double kMeanDensity = 61.8;    // of Tycho-2, stars per square degree
+constexpr double kWidestPixels = 12;     // stars wider than that are out of focus,
+constexpr double kWidestArcsec = 12;     // if they are as wide as that in the sky
+constexpr double kLongestTrail = 8;      // pixels that spoil the stars' places, if it is wider than the stars
 
 std::string whole(double value) { return platform::formatNumber(value, "0"); }
 
@@ -42,7 +42,7 @@ std::optional<double> starsExpected(const SoughtField& field, const sky::StarCat
 }
 
 std::string whyUnsolved(const StarList& stars, const SoughtField& field) {
-    constexpr double kTooFew = 0.35, kTooMany = 8;
+    constexpr double kTooFew = 0.35, kTooMany = 8;  // times as many as the catalogue has
     const StarLook& look = stars.look;
     const double scale = field.geometry.scaleX;
     const auto found = static_cast<double>(stars.stars.size());

@@ -302,7 +302,7 @@ class WideSearch {
         if (!plate || !isPlausible(plate->model, geometry, kFoundTolerance) ||
             plate->chanceLog10 + std::log10(std::max(1.0, effort_.considered)) > settings_.chanceLimitLog10)
             return std::nullopt;
-        const PlateSolution solution = finishedPlate(field, *plate, 0);
+        const SolvedPlate solution = finishedPlate(field, *plate, 0);
         if (sky::separationDeg(solution.centre, settings_.start) > settings_.radiusDeg) return std::nullopt;
         return WideSolution{solution, geometry};
     }
@@ -343,9 +343,9 @@ std::optional<WideSolution> searchWideAnyScale(const PlateGeometry& geometry,
                                                std::span<const ImageStar> imageStars,
                                                const StarPatterns& patterns, const StarCatalog& catalog,
                                                const WideSettings& settings) {
-    constexpr double kNarrowestDeg = 0.3;
+    constexpr double kNarrowestDeg = 0.3;  // fields of view
     constexpr double kWidestDeg = 30;
-    constexpr double kStep = 1.3;
+    constexpr double kStep = 1.3;  // within the tolerance of 0.15 on either side
     WideSettings within = settings;
     within.scaleTolerance = 0.15;
     std::vector<PlateGeometry> guesses;

@@ -24,7 +24,7 @@ struct WideSettings {
 };
 
 struct WideSolution {
-    PlateSolution plate;
+    SolvedPlate plate;
     PlateGeometry geometry;  ///< with the scale that was found
 };
 

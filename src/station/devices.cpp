@@ -107,7 +107,7 @@ hosts::indi::MountOptions Devices::mountOptions() const {
 }
 
 /// None when the mount is the one that tells it, or nobody has told it yet.
-std::optional<hosts::indi::Site> Devices::siteForMount() const {
+std::optional<hosts::indi::DriverSite> Devices::siteForMount() const {
     const auto stored = [this](const char* key, const char* otherwise = "") {
         return surroundings_.settings.read("Main", key).value_or(otherwise);
     };
@@ -115,7 +115,7 @@ std::optional<hosts::indi::Site> Devices::siteForMount() const {
     if (mountTells == "True" || platform::leadingNumber(mountTells) != 0) return std::nullopt;
     const std::string latitude = stored("SiteLatitude"), longitude = stored("SiteLongitude");
     if (latitude.empty() || longitude.empty()) return std::nullopt;
-    return hosts::indi::Site{platform::leadingNumber(latitude), platform::leadingNumber(longitude), 0};
+    return hosts::indi::DriverSite{platform::leadingNumber(latitude), platform::leadingNumber(longitude), 0};
 }
 
 void Devices::findMounts() { find(false); }

@@ -86,7 +86,7 @@ class Devices {
     std::shared_ptr<platform::CameraHardware> realCamera(const std::string& id);
     hosts::CameraWishes cameraWishes() const;
     hosts::indi::MountOptions mountOptions() const;
-    std::optional<hosts::indi::Site> siteForMount() const;
+    std::optional<hosts::indi::DriverSite> siteForMount() const;
 
     DeviceSurroundings surroundings_;
     std::function<void()> setUp_;

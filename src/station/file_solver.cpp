@@ -43,7 +43,7 @@ std::vector<solver::ImageClues> attemptsAt(const fits::FitsImage& image, std::op
     return attempts;
 }
 
-SolvedPicture told(const solver::PlateSolution& plate, std::size_t starsFound, bool dated) {
+SolvedPicture told(const solver::SolvedPlate& plate, std::size_t starsFound, bool dated) {
     SolvedPicture picture{.raHours = plate.centre.ra / 15,
                           .decDeg = plate.centre.dec,
                           .scaleX = plate.orientation.scaleX,

@@ -22,7 +22,7 @@ class PagePicture {
     explicit PagePicture(const imaging::OpenDocuments& documents) : documents_(documents) {}
 
     /// Both refer to this.
-    page::PictureSource source();
+    page::ShownPicture source();
 
   private:
     std::uint64_t number();
@@ -35,7 +35,7 @@ class PagePicture {
     std::string made_;
 };
 
-page::PictureSource PagePicture::source() {
+page::ShownPicture PagePicture::source() {
     return {[this] { return number(); }, [this] { return png(); }};
 }
 

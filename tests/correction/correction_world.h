@@ -31,7 +31,7 @@ struct Marks : engine::OverlayPort {
     std::vector<std::string> drawn;
 };
 
-struct OneStar : StarFinder {
+struct OneStar : CorrectionStarFinder {
     engine::PixelPosition FindBrightestStarOnImage() override { return place; }
     engine::PixelPosition place{500, 400};
 };

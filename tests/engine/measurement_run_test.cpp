@@ -70,7 +70,7 @@ struct MeasurementWorld : CorrectionPort, test::EngineWorld {
         return std::ranges::any_of(std::array{&panel.lblSlew, &panel.lblExpose, &panel.lblSolve,
                                               &panel.lblFrame1, &panel.lblFrame2, &panel.lblFrame3},
                                    lit) ||
-               Indicators::isLit(panel.cmdRun);
+               Indicators::isLit(panel.cmdRun) || Indicators::isLit(panel.cmdStop);
     }
     std::vector<std::string> lines(const std::string& part) const {
         std::vector<std::string> found;
@@ -125,6 +125,24 @@ TEST(MeasurementRun, TakesPlatesComparesThemAndGoesBack) {
     EXPECT_FALSE(world.anythingLit());
     EXPECT_NEAR(world.display.amplitude * 60, std::hypot(20 * std::cos(45 * test::kDegree), 15), 1.5)
         << "without air, which the written calculation doesn't know";
+}
+
+TEST(MeasurementRun, LogsTheNumbersOfTheWrittenCalculation) {
+    MeasurementWorld world;
+    world.measure();
+    EXPECT_THAT(
+        world.lines("Theta = "),
+        ElementsAre(testing::MatchesRegex("A = -?0[.]00[0-9]+  C = 1[.]0000  Theta = [0-9]+[.][0-9]+")));
+}
+
+TEST(MeasurementRun, StopIsLitUntilItHasHadItsEffect) {
+    MeasurementWorld world;
+    bool wasLit = false;
+    const auto looking = world.panel.cmdStop.changed.subscribe(
+        [&] { wasLit = wasLit || Indicators::isLit(world.panel.cmdStop); });
+    world.measure({[&] { world.panel.cmdStop.click(); }});
+    EXPECT_TRUE(wasLit);
+    EXPECT_FALSE(Indicators::isLit(world.panel.cmdStop));
 }
 
 TEST(MeasurementRun, TellsHowFarItIs) {

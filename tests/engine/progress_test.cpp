@@ -1,11 +1,17 @@
 #include "engine/progress.h"
 
+#include <cmath>
+#include <limits>
+
 #include <gtest/gtest.h>
 
+#include "engine/waiting.h"
 #include "platform/queued_event_loop.h"
 
 namespace vantrel::engine {
 namespace {
+
+using platform::Milliseconds;
 
 struct ProgressTest : testing::Test {
     platform::VirtualTime time{platform::Instant{}};
@@ -90,6 +96,31 @@ TEST_F(ProgressTest, AStopIsAnsweredAtOnceAndTeachesNothing) {
     progress.begin({{Stage::kSlew}});
     const Progress::UnderWay underWay(progress, {Stage::kSlew});
     EXPECT_EQ(line(), "Slewing; about 5 s left") << "not the second that the stopped one took";
+}
+
+// ---- waiting
+
+constexpr double kForEver = std::numeric_limits<double>::infinity();
+
+TEST(WaitSeconds, WaitsInStepsAndEndsWithTheProgram) {
+    const struct {
+        double seconds;
+        int endsAfter;  // ms; when the program begins to end, 0: never
+        int waited;     // ms
+    } rows[] = {
+        {0, 0, 100},      {0.05, 0, 100},   {0.25, 0, 250},
+        {-3, 0, 100},     {65, 0, 65'000},  {kForEver, 1050, 1100},
+        {1e308, 10, 100}, {0.25, 150, 200}, {std::nan(""), 0, 100},
+    };
+    for (const auto& row : rows) {
+        platform::VirtualTime time(platform::Instant{});
+        platform::QueuedEventLoop loop(time);
+        platform::TimerHandle end;
+        if (row.endsAfter > 0)
+            end = loop.after(Milliseconds{row.endsAfter}, [&loop] { loop.setEnding(true); });
+        WaitSeconds(loop, row.seconds);
+        EXPECT_EQ(time.sinceStart(), Milliseconds{row.waited}) << row.seconds << " s";
+    }
 }
 
 }  // namespace

@@ -1,34 +1,18 @@
 #!/usr/bin/env python3
-"""An Alpaca server for tests: a mount, a camera and a filter wheel, with every fault that servers have.
+"""An Alpaca server for tests: a mount, a camera and a filter wheel, by the book.
 
     alpaca_server.py [--port N] [--discovery-port N] [--set JSON]
 
 Listens on 127.0.0.1 only; port 0 takes a free one. Prints one line of JSON when it is ready:
-{"port": ..., "discoveryPort": ...}, and ends when its standard input does.
+{"port": ..., "discoveryPort": ...}, and ends when its standard input does. What servers do wrong is played by
+another one, in virtual time (alpaca/fake_server.h).
 
 Everything that can be set (see Settings) is given at the start by --set or at run time by
 
-    PUT /private/set        a JSON object of settings; a list of faults takes the place of the one before
+    PUT /private/set        a JSON object of settings
     PUT /private/reset      all settings as they were at the start
     PUT /private/away       {"seconds": S}: nobody listens for so long, open connections are reset
     PUT /private/restart    as if the server had been started anew: devices disconnected, other numbers
-    GET /private/state      the settings, the mount's state and the requests so far
-
-A fault is {"path": REGULAR EXPRESSION, "kind": KIND, "count": N or left out for ever, ...} and concerns
-requests as "GET telescope/0/slewing". Kinds:
-
-    delay       {"seconds": S} and then the right answer
-    silence     nothing, the connection stays open
-    reset       the connection is reset
-    cut         half of the right answer, then the end
-    drip        the right answer, one byte every {"seconds": S}
-    double      the right answer twice
-    status      {"status": N, "text": ...}
-    type        the right answer under another content type, {"text": ...}
-    page        a web page
-    huge        a body that never ends
-    error       {"number": N, "text": ...}, an Alpaca error
-    value       {"value": ...} in place of the right one
 """
 
 import argparse
@@ -45,7 +29,7 @@ import time
 import urllib.parse
 from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
-NOT_IMPLEMENTED, INVALID_VALUE, VALUE_NOT_SET = 0x400, 0x401, 0x402
+INVALID_VALUE, VALUE_NOT_SET = 0x401, 0x402
 NOT_CONNECTED, PARKED, INVALID_OPERATION = 0x407, 0x408, 0x40B
 
 
@@ -53,30 +37,15 @@ class Settings:
     """What a test may change. Names are those of the JSON objects."""
 
     def __init__(self):
-        self.faults = []
-        # What servers differ in.
         self.management = True  # has lists of devices
-        self.discovery = True  # answers to searches
-        self.plainDescription = False  # a text in place of the object
-        self.lowerCaseTypes = False
-        self.firstNumber = 0  # of all devices together; -1: per type from 0
         self.renumber = 7  # added to the numbers at each restart
-        self.uniqueIds = True
         self.platform = 6
-        self.interfaceVersion = {"telescope": 3, "camera": 3, "filterwheel": 2}
-        self.missing = []  # members that aren't known: "siderealtime"
-        self.missingAs = "text404"  # "detail404" or "error400"
-        self.zeroTransactions = False
-        self.plainErrors = False  # every error has the number 1
         # The mount.
         self.latitude = 50.0
         self.longitude = 10.0
         self.axisAzimuth = 0.0  # arc-minutes, as the tool that draws pictures counts them
         self.axisElevation = 0.0
-        self.equatorialSystem = 1
         self.slewRate = 4.0  # degrees a second
-        self.slewSeenAfter = 0.0  # seconds until "slewing" says so
-        self.ignoresBadPlaces = False  # takes them without an error and does nothing
         self.connectSeconds = 0.0
         # The camera.
         self.width = 1392
@@ -84,14 +53,9 @@ class Settings:
         self.pixelSize = 6.45  # micrometres
         self.focalLength = 370.0  # millimetres
         self.maxBin = 4
-        self.bytesAlways = False  # ImageBytes whatever was asked for
-        self.bytesNever = False
-        self.elementType = 8  # of ImageBytes: 8 unsigned 16 bits, 2 signed 32
-        self.planes = 1
+        self.bytesNever = False  # JSON although ImageBytes were asked for
         self.readOutSeconds = 0.05
         self.pictureTool = []  # a command that writes raw pixels, see Camera.draw
-        self.pictureFile = ""  # FITS or raw pixels instead
-        self.exposureFails = ""  # the error's text
 
     def update(self, values):
         for name, value in values.items():
@@ -157,8 +121,8 @@ class Device:
         return "1.0"
 
     def get_interfaceversion(self):
-        later = {"telescope": 4, "camera": 4, "filterwheel": 3}
-        return later[self.kind] if self.is_platform7 else self.settings.interfaceVersion[self.kind]
+        version = {"telescope": 3, "camera": 3, "filterwheel": 2}[self.kind]
+        return version + 1 if self.is_platform7 else version
 
     def get_connected(self):
         if self.connecting_until and time.time() >= self.connecting_until:
@@ -215,23 +179,11 @@ class Mount(Device):
 
     def get_rightascension(self):
         self.require_connected()
-        return self.of_date_to_own(self.position())[0]
+        return self.position()[0] % 24
 
     def get_declination(self):
         self.require_connected()
-        return self.of_date_to_own(self.position())[1]
-
-    # A mount that counts in J2000: precession alone, which a test's conversion has to match.
-    def of_date_to_own(self, place):
-        ra, dec = place
-        if self.settings.equatorialSystem != 2:
-            return ra % 24, dec
-        return precessed(ra, dec, -years_since_2000())
-
-    def own_to_of_date(self, ra, dec):
-        if self.settings.equatorialSystem != 2:
-            return ra, dec
-        return precessed(ra, dec, years_since_2000())
+        return self.position()[1]
 
     def get_siderealtime(self):
         return sidereal_time(time.time(), self.settings.longitude)
@@ -240,7 +192,7 @@ class Mount(Device):
         return time.strftime("%Y-%m-%dT%H:%M:%SZ", time.gmtime())
 
     def get_equatorialsystem(self):
-        return self.settings.equatorialSystem
+        return 1
 
     def get_sitelatitude(self):
         return self.settings.latitude
@@ -277,20 +229,18 @@ class Mount(Device):
     def get_slewing(self):
         self.require_connected()
         self.position()
-        return bool(self.slew) and time.time() - self.slew[0] >= self.settings.slewSeenAfter
+        return bool(self.slew)
 
     def put_slewtocoordinatesasync(self, parameters):
         self.require_connected()
         ra, dec = number(parameters, "RightAscension"), number(parameters, "Declination")
         if not (0 <= ra < 24 and -90 <= dec <= 90):
-            if self.settings.ignoresBadPlaces:
-                return
             raise AlpacaError(INVALID_VALUE, "no such place")
         if self.parked:
             raise AlpacaError(PARKED, "the mount is parked")
         if not self.tracking:
             raise AlpacaError(INVALID_OPERATION, "the mount isn't tracking")
-        origin, target = self.position(), self.own_to_of_date(ra, dec)
+        origin, target = self.position(), (ra, dec)
         turn = (target[0] - origin[0] + 12) % 24 - 12
         distance = max(abs(turn) * 15, abs(target[1] - origin[1]))
         self.slew = (time.time(), distance / self.settings.slewRate, origin, (origin[0] + turn, target[1]))
@@ -397,8 +347,8 @@ class Camera(Device):
         try:
             image = self.draw(place, light)
             pixel_bytes = None if self.settings.bytesNever else self.as_bytes(image[2])
-            pixel_json = None if self.settings.bytesAlways else self.as_json(*image)
-            failure = self.settings.exposureFails
+            pixel_json = self.as_json(*image)
+            failure = ""
         except Exception as error:  # pylint: disable=broad-except
             image, pixel_bytes, pixel_json, failure = None, None, None, f"no picture: {error}"
         time.sleep(max(0.0, self.duration - (time.time() - began)) + self.settings.readOutSeconds)
@@ -412,16 +362,12 @@ class Camera(Device):
         """The picture column after column, as 16-bit numbers: (width, height, pixels)."""
         settings = self.settings
         left, top, width, height = self.frame
-        if settings.pictureFile:
-            full_width, full_height, rows = read_picture(settings.pictureFile, settings.width, settings.height)
-        elif settings.pictureTool and light:
-            full_width, full_height = settings.width, settings.height
-            rows = self.run_tool(place)
-        else:
+        if not (settings.pictureTool and light):
             return width, height, pattern(width, height)
-        if (full_width, full_height) != (width, height) or left or top:
+        rows = self.run_tool(place)
+        if (settings.width, settings.height) != (width, height):
             rows = array.array("H", b"".join(
-                rows[(top + y) * full_width + left : (top + y) * full_width + left + width].tobytes()
+                rows[(top + y) * settings.width + left : (top + y) * settings.width + left + width].tobytes()
                 for y in range(height)))
         columns = array.array("H")
         for x in range(width):
@@ -477,20 +423,13 @@ class Camera(Device):
         return self.duration
 
     def as_bytes(self, pixels):
-        if self.settings.planes > 1:
-            pixels = array.array("H", (value for value in pixels for _ in range(self.settings.planes)))
-        if self.settings.elementType == 2:
-            pixels = array.array("i", pixels)
         if sys.byteorder == "big":
             pixels = pixels[:]
             pixels.byteswap()
         return pixels.tobytes()
 
     def as_json(self, width, height, pixels):
-        if self.settings.planes > 1:
-            texts = ["[" + ",".join([str(value)] * self.settings.planes) + "]" for value in pixels]
-        else:
-            texts = list(map(str, pixels))
+        texts = list(map(str, pixels))
         columns = ("[" + ",".join(texts[x * height : (x + 1) * height]) + "]" for x in range(width))
         return ("[" + ",".join(columns) + "]").encode()
 
@@ -499,15 +438,13 @@ class Camera(Device):
             text = b"no picture"
             return struct.pack("<iiIIiiiiiii", 1, INVALID_OPERATION, transaction, 1, 44, 0, 0, 0, 0, 0, 0) + text
         width, height, _ = self.image
-        planes = self.settings.planes
-        head = struct.pack("<iiIIiiiiiii", 1, 0, 0 if self.settings.zeroTransactions else transaction, 1, 44, 2,
-                           self.settings.elementType, 3 if planes > 1 else 2, width, height, planes if planes > 1 else 0)
+        head = struct.pack("<iiIIiiiiiii", 1, 0, transaction, 1, 44, 2, 8, 2, width, height, 0)
         return head + self.pixel_bytes
 
     def image_json(self, transaction):
         if self.image is None:
             raise AlpacaError(INVALID_OPERATION, "no picture")
-        head = b'{"Type":2,"Rank":%d,"Value":' % (3 if self.settings.planes > 1 else 2)
+        head = b'{"Type":2,"Rank":2,"Value":'
         tail = b',"ErrorNumber":0,"ErrorMessage":"","ClientTransactionID":%d,"ServerTransactionID":1}' % transaction
         return head + self.pixel_json + tail
 
@@ -551,45 +488,6 @@ def little_endian(code, data):
     return numbers
 
 
-def read_picture(path, width, height):
-    """A FITS file of 16 bits, or raw rows of the sensor's size: (width, height, rows)."""
-    with open(path, "rb") as file:
-        data = file.read()
-    if not data.startswith(b"SIMPLE"):
-        return width, height, little_endian("H", data)
-    cards, place = {}, 0
-    while b"END" not in cards:
-        card = data[place : place + 80]
-        cards[card[:8].strip()] = card[10:].split(b"/")[0].strip()
-        place += 80
-    start = -(-place // 2880) * 2880
-    width, height = int(cards[b"NAXIS1"]), int(cards[b"NAXIS2"])
-    signed = array.array("h", data[start : start + 2 * width * height])
-    if sys.byteorder == "little":
-        signed.byteswap()
-    zero = int(float(cards.get(b"BZERO", b"0")))
-    return width, height, array.array("H", (value + zero for value in signed))
-
-
-def years_since_2000():
-    return (time.time() / 86400 + 2440587.5 - 2451545.0) / 365.25
-
-
-def precessed(ra, dec, years):
-    """Rigorous precession over some years from or to 2000 (Meeus, chapter 21), hours and degrees."""
-    t = abs(years) / 100
-    zeta = math.radians((2306.2181 * t + 0.30188 * t**2 + 0.017998 * t**3) / 3600)
-    z = math.radians((2306.2181 * t + 1.09468 * t**2 + 0.018203 * t**3) / 3600)
-    theta = math.radians((2004.3109 * t - 0.42665 * t**2 - 0.041833 * t**3) / 3600)
-    if years < 0:
-        zeta, z, theta = -z, -zeta, -theta
-    alpha, delta = math.radians(15 * ra), math.radians(dec)
-    a = math.cos(delta) * math.sin(alpha + zeta)
-    b = math.cos(theta) * math.cos(delta) * math.cos(alpha + zeta) - math.sin(theta) * math.sin(delta)
-    c = math.sin(theta) * math.cos(delta) * math.cos(alpha + zeta) + math.cos(theta) * math.sin(delta)
-    return math.degrees(math.atan2(a, b) + z) / 15 % 24, math.degrees(math.asin(max(-1.0, min(1.0, c))))
-
-
 def number(parameters, name):
     try:
         return float(parameters[name])
@@ -605,12 +503,11 @@ def boolean(parameters, name):
 
 
 class World:
-    """The devices, the settings and what was asked."""
+    """The devices and the settings."""
 
     def __init__(self, settings):
         self.lock = threading.RLock()
         self.settings = settings
-        self.requests = []
         self.transaction = 0
         self.shift = 0  # of the devices' numbers
         self.start_devices()
@@ -626,10 +523,7 @@ class World:
 
     def devices(self):
         """(number, device), as the server numbers them now."""
-        all_devices = [self.mount, self.camera, self.wheel]
-        if self.settings.firstNumber < 0:
-            return [(self.shift, device) for device in all_devices]
-        return [(self.settings.firstNumber + self.shift + i, device) for i, device in enumerate(all_devices)]
+        return [(self.shift + i, device) for i, device in enumerate([self.mount, self.camera, self.wheel])]
 
     def find(self, kind, number):
         for its_number, device in self.devices():
@@ -640,20 +534,10 @@ class World:
     def configured(self):
         kinds = {"telescope": "Telescope", "camera": "Camera", "filterwheel": "FilterWheel"}
         return [{"DeviceName": device.name,
-                 "DeviceType": device.kind if self.settings.lowerCaseTypes else kinds[device.kind],
+                 "DeviceType": kinds[device.kind],
                  "DeviceNumber": number,
-                 "UniqueID": f"test-{device.kind}" if self.settings.uniqueIds else ""}
+                 "UniqueID": f"test-{device.kind}"}
                 for number, device in self.devices()]
-
-    def fault_for(self, line):
-        with self.lock:
-            for fault in self.settings.faults:
-                if fault.get("count", 1) > 0 and re.fullmatch(fault["path"], line):
-                    if "count" in fault:
-                        fault["count"] -= 1
-                    return fault
-        return None
-
 
 class Handler(BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
@@ -679,24 +563,13 @@ class Handler(BaseHTTPRequestHandler):
         # The keys of a PUT have to be spelt right, those of a GET needn't.
         parameters = dict(pairs) if is_put else {name.lower(): value for name, value in pairs}
         transaction = int(parameters.get("ClientTransactionID" if is_put else "clienttransactionid", 0))
-        name = address.path.removeprefix("/api/v1/").lstrip("/")
-        line = f"{self.command} {name}"
-        with self.server.world.lock:
-            self.server.world.requests.append(
-                line + "".join(f" {k}={v}" for k, v in pairs if not k.lower().startswith("client")))
-            del self.server.world.requests[:-1000]
-        fault = self.server.world.fault_for(line) or {"kind": "none"}
-        self.answer(fault, *self.reply(fault, address.path, is_put, parameters, transaction))
+        self.answer(*self.reply(address.path, is_put, parameters, transaction))
 
     # ---- the right answer: status, content type, body
 
-    def reply(self, fault, path, is_put, parameters, transaction):
+    def reply(self, path, is_put, parameters, transaction):
         world = self.server.world
         try:
-            if fault["kind"] == "error":
-                raise AlpacaError(fault["number"], fault.get("text", ""))
-            if fault["kind"] == "value":
-                return self.good(fault["value"], transaction)
             if path.startswith("/management/"):
                 return self.management(path, transaction)
             match = re.fullmatch(r"/api/v1/([a-z]+)/(\d+)/([a-z0-9]+)", path)
@@ -706,8 +579,6 @@ class Handler(BaseHTTPRequestHandler):
                 device = world.find(match[1], int(match[2]))
             if device is None:
                 return 404, "text/plain", b"no such device"
-            if match[3] in world.settings.missing:
-                raise Unknown
             if match[3] == "imagearray" and not is_put and device.kind == "camera":
                 return self.picture(device, transaction)
             method = getattr(device, ("put_" if is_put else "get_") + match[3], None)
@@ -718,11 +589,9 @@ class Handler(BaseHTTPRequestHandler):
             with world.lock:
                 return self.good(method(parameters) if is_put else method(), transaction, is_put)
         except Unknown:
-            return self.unknown(transaction)
+            return 404, "text/plain", b"no such member"
         except AlpacaError as error:
-            number = 1 if world.settings.plainErrors else error.number
-            given = 0 if is_put and world.settings.zeroTransactions else transaction
-            return self.json({"Value": None, "ErrorNumber": number, "ErrorMessage": str(error)}, given)
+            return self.json({"Value": None, "ErrorNumber": error.number, "ErrorMessage": str(error)}, transaction)
         except ValueError as error:
             return 400, "text/plain", str(error).encode()
 
@@ -734,8 +603,7 @@ class Handler(BaseHTTPRequestHandler):
             description = {"ServerName": "Test server", "Manufacturer": "Nobody", "ManufacturerVersion": "1",
                            "Location": "Here"}
             values = {"/management/apiversions": [1],
-                      "/management/v1/description":
-                          "A test server" if world.settings.plainDescription else description,
+                      "/management/v1/description": description,
                       "/management/v1/configureddevices": world.configured()}
         if path not in values:
             return 404, "text/plain", b"no such page"
@@ -743,20 +611,9 @@ class Handler(BaseHTTPRequestHandler):
 
     def picture(self, camera, transaction):
         accepts = self.headers.get("Accept", "")
-        settings = camera.settings
-        wants = settings.bytesAlways or ("application/imagebytes" in accepts and not settings.bytesNever)
-        if wants:
+        if "application/imagebytes" in accepts and not camera.settings.bytesNever:
             return 200, "application/imagebytes", camera.image_bytes(transaction)
         return 200, "application/json; charset=utf-8", camera.image_json(transaction)
-
-    def unknown(self, transaction):
-        way = self.server.world.settings.missingAs
-        if way == "detail404":
-            return 404, "application/json", b'{"detail":"Not Found"}'
-        if way == "error400":
-            body = self.json({"ErrorNumber": INVALID_VALUE, "ErrorMessage": "Unknown method"}, transaction)
-            return 400, body[1], body[2]
-        return 404, "text/plain", b"no such member"
 
     def good(self, value, transaction, is_put=False):
         answer = {"ErrorNumber": 0, "ErrorMessage": ""}
@@ -769,69 +626,25 @@ class Handler(BaseHTTPRequestHandler):
         with world.lock:
             world.transaction += 1
             answer["ServerTransactionID"] = world.transaction
-        answer["ClientTransactionID"] = 0 if world.settings.zeroTransactions else transaction
+        answer["ClientTransactionID"] = transaction
         return 200, "application/json; charset=utf-8", json.dumps(answer).encode()
 
     # ---- as it is sent
 
-    def answer(self, fault, status, content_type, body):
-        kind = fault["kind"]
-        if kind == "delay":
-            time.sleep(fault["seconds"])
-        elif kind == "status":
-            status, content_type, body = fault["status"], "text/plain", fault.get("text", "").encode()
-        elif kind == "type":
-            content_type = fault["text"]
-        elif kind == "page":
-            content_type, body = "text/html", b"<!DOCTYPE html><html><body>A router's page</body></html>"
-        elif kind == "silence":
-            self.close_connection = True
-            self.server.ended.wait(60)
-            return
-        elif kind == "reset":
-            return self.reset()
-        elif kind == "huge":
-            return self.send_without_end()
+    def answer(self, status, content_type, body):
         head = (f"HTTP/1.1 {status} Status\r\nContent-Type: {content_type}\r\n"
                 f"Content-Length: {len(body)}\r\n\r\n").encode()
         try:
-            if kind == "cut":
-                self.wfile.write(head + body[: len(body) // 2])
-                self.close_connection = True
-            elif kind == "drip":
-                self.close_connection = True
-                for byte in head + body:
-                    self.wfile.write(bytes([byte]))
-                    if self.server.ended.wait(fault["seconds"]):
-                        return
-            elif kind == "double":
-                self.wfile.write(head + body + head + body)
-            else:
-                self.wfile.write(head)
-                self.wfile.write(body)
+            self.wfile.write(head)
+            self.wfile.write(body)
         except OSError:
             self.close_connection = True
-
-    def reset(self):
-        self.close_connection = True
-        self.connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
-        self.connection.close()
-
-    def send_without_end(self):
-        self.close_connection = True
-        try:
-            self.wfile.write(b"HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n\r\n{\"Value\":\"")
-            while not self.server.ended.is_set():
-                self.wfile.write(b"x" * 65536)
-        except OSError:
-            pass
 
     # ---- the tests' own door
 
     def serve_private(self, name, body):
         world = self.server.world
         values = json.loads(body) if body else {}
-        state = {}
         with world.lock:
             if name == "set":
                 world.settings.update(values)
@@ -841,11 +654,7 @@ class Handler(BaseHTTPRequestHandler):
                 world.camera.frame = [0, 0, world.settings.width, world.settings.height]
             elif name == "restart":
                 world.restart()
-            elif name == "state":
-                ra, dec = world.mount.position()
-                state = {"settings": vars(world.settings), "ra": ra, "dec": dec, "requests": world.requests}
-        text = json.dumps(state).encode()
-        self.wfile.write(b"HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: %d\r\n\r\n" % len(text) + text)
+        self.wfile.write(b"HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 2\r\n\r\n{}")
         self.close_connection = True
         if name == "away":
             threading.Thread(target=self.server.go_away, args=(values["seconds"],), daemon=True).start()
@@ -859,7 +668,6 @@ class Server(ThreadingHTTPServer):
         super().__init__(address, Handler)
         self.world = world
         self.connections = set()
-        self.ended = threading.Event()
         self.present = threading.Event()
         self.present.set()
 
@@ -899,8 +707,7 @@ class Server(ThreadingHTTPServer):
 def answer_searches(udp, server):
     while True:
         question, address = udp.recvfrom(1024)
-        settings = server.world.settings
-        if settings.discovery and server.present.is_set() and question.startswith(b"alpacadiscovery"):
+        if server.present.is_set() and question.startswith(b"alpacadiscovery"):
             udp.sendto(json.dumps({"AlpacaPort": server.server_address[1]}).encode(), address)
 
 
@@ -921,7 +728,6 @@ def main():
         threading.Thread(target=target, args=arguments, daemon=True).start()
     print(json.dumps({"port": server.server_address[1], "discoveryPort": udp.getsockname()[1]}), flush=True)
     sys.stdin.read()
-    server.ended.set()
 
 
 if __name__ == "__main__":

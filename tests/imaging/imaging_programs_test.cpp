@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "fits/fits_image.h"
-#include "helpers/sexagesimal.h"
+#include "helpers/angle_texts.h"
 #include "observatory/observatory.h"
 #include "platform/image_array.h"
 #include "platform/queued_event_loop.h"

@@ -2,11 +2,17 @@
 
 #include "observatory/observatory.h"
 
+#include <fstream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "fits/fits_image.h"
+#include "observatory/test_image.h"
 #include "platform/queued_event_loop.h"
+#include "sky/tycho_catalog.h"
 #include "support/refusal.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -90,6 +96,29 @@ TEST_F(ObservatoryTest, StaysResponsiveAndStopsWhileItWaitsForTheNetwork) {
     EXPECT_THAT(test::refusalOf<platform::AutomationError>([&] { plate->call("FindCatalogStars"); }),
                 testing::HasSubstr("USNO-B-Net was not waited for"));
     EXPECT_EQ(network->turns, 3);
+}
+
+// ---- test image
+
+const auto kBuiltIn = [] { return sky::TychoCatalog::openBuiltIn(); };
+
+TEST(SolverTestImage, IsTheSameEverywhereSmallAndUnsolved) {
+    const test::TempFolder one, other;
+    provideTestImage(one.path(), kBuiltIn);
+    provideTestImage(other.path(), kBuiltIn);
+    const std::string bytes = test::contentsOf(one / kTestImageName);
+    EXPECT_TRUE(bytes == test::contentsOf(other / kTestImageName));
+    EXPECT_LT(bytes.size(), 700'000U);
+    EXPECT_FALSE(fits::FitsImage::open(one / kTestImageName).wcs());
+}
+
+TEST(SolverTestImage, LeavesAFileThatIsThereAndOpensNoCatalogueForIt) {
+    const test::TempFolder folder;
+    std::ofstream(folder / kTestImageName) << "mine";
+    provideTestImage(folder.path(),
+                     []() -> std::shared_ptr<const sky::StarCatalog> { throw sky::CatalogError("opened"); });
+    EXPECT_EQ(test::contentsOf(folder / kTestImageName), "mine");
+    EXPECT_THROW(provideTestImage(folder / "missing", kBuiltIn), fits::FitsError);
 }
 
 }  // namespace

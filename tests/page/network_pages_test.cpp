@@ -250,8 +250,8 @@ TEST(HttpServer, DropsWhoDoesNotRead) {
     headless::SystemTime time(headless::SystemTime::now(), [] { return -1; });
     platform::QueuedEventLoop loop(time);
     HttpServer server(loop, "127.0.0.1", 0,
-                      [](const HttpRequest&) {
-                          return HttpAnswer{.status = 200, .type = "text/event-stream", .stream = true};
+                      [](const PageRequest&) {
+                          return PageAnswer{.status = 200, .type = "text/event-stream", .stream = true};
                       },
                       {.idleSeconds = 1});
     const std::string request = "GET / HTTP/1.1\r\nHost: " + server.place() + "\r\n\r\n";

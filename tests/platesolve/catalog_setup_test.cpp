@@ -1,14 +1,16 @@
 #include "platesolve/catalog_setup.h"
 
 #include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
+#include "platesolve/solver_fields.h"
 #include "platesolve/solving_world.h"
 
 namespace vantrel::platesolve {
 namespace {
 
-using testing::ElementsAre;
 using Item = platform::ComboBox::Item;
+using testing::ElementsAre;
 
 class Catalogs : public testing::Test, protected test::SolvingWorld {};
 
@@ -42,6 +44,22 @@ TEST_F(Catalogs, AtStart) {
         EXPECT_EQ(world.panel.cmbppCat.text(), c.name);
         EXPECT_EQ(world.solver.selectedCatalog(), c.name);
         EXPECT_EQ(world.panel.txtCatPath.text(), c.folder);
+    }
+}
+
+// ---- solver fields
+
+class Fields : public testing::Test, protected test::SolvingWorld {};
+
+TEST_F(Fields, ExpansionIsHeldBetween0And80WhenTheBoxIsLeft) {
+    panel.framePP.setVisible(true);
+    const std::pair<const char*, const char*> texts[] = {{"95", "80"},     {"-3", "0"}, {"80", "80"},
+                                                         {"30.5", "30.5"}, {"0", "0"},  {"", ""}};
+    for (const auto& [typed, left] : texts) {
+        panel.txtCatExp.type(typed);
+        panel.txtCatExp.leave();
+        EXPECT_EQ(panel.txtCatExp.text(), left);
+        EXPECT_EQ(settings.root.read("Solve", "CatExp"), left);
     }
 }
 

@@ -12,7 +12,7 @@
 #include "platesolve/image_link_solver.h"
 #include "platesolve/method_selection.h"
 #include "platesolve/pinpoint_solver.h"
-#include "platesolve/plate_solver.h"
+#include "platesolve/selected_solver.h"
 #include "platesolve/solver_fields.h"
 #include "platesolve/solver_tests.h"
 #include "platform/class_registry.h"
@@ -190,7 +190,7 @@ struct SolvingWorld {
     platesolve::PinPointSolver pinPoint{services, panel, catalogs};
     platesolve::ImageLinkSolver imageLink{
         services, panel, [this] { return image ? host.create("CCDsoft.Image") : platform::ObjectRef(); }};
-    platesolve::PlateSolver solver{pinPoint, imageLink, panel, state};
+    platesolve::SelectedSolver solver{pinPoint, imageLink, panel, state};
     platesolve::MethodSelection selection{services, panel, pinPoint, messages};
     platesolve::SolverFields fields{panel, settings};
     platesolve::SolverTests tests{services, panel, catalogs};

@@ -2,10 +2,14 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 #include <gtest/gtest.h>
 
 #include "platform/errors.h"
+#include "platform/sexagesimal.h"
+#include "platform/sidereal.h"
+#include "platform/site_angle.h"
 
 namespace vantrel::platform {
 namespace {
@@ -113,6 +117,127 @@ TEST(Text, CountsCharactersNotBytes) {
     EXPECT_EQ(firstCharacters(text, 9), text);
     EXPECT_EQ(firstCharacters(text, 0), "");
     EXPECT_EQ(lastCharacters(text, 0), "");
+}
+
+// ---- sexagesimal
+
+TEST(Sexagesimal, Texts) {
+    struct Case {
+        const char* why;
+        double value;
+        int decimals;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"plain", 12.5, 2, "12d30m00.00s"},
+        {"two digits at least", 1.0 + 2 / 60.0 + 3.25 / 3600, 2, "01d02m03.25s"},
+        {"more than two digits", 359.5, 1, "359d30m00.0s"},
+        {"no decimals, no point", 1.5125, 0, "01d30m45s"},
+        {"seconds carry", 10.0 + 59.99999 / 3600, 2, "10d01m00.00s"},
+        {"seconds and minutes carry", 10.99999999, 2, "11d00m00.00s"},
+        {"rounds up to 60 without decimals", 10.0 + 59.6 / 3600, 0, "10d01m00s"},
+        {"just below the carry", 10.0 + 59.994 / 3600, 2, "10d00m59.99s"},
+        {"negative below one unit", -0.25, 1, "-00d15m00.0s"},
+        {"negative with carry", -0.9999999999, 2, "-01d00m00.00s"},
+        {"zero", 0, 2, "00d00m00.00s"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(FormatDMS(c.value, "d", "m", "s", c.decimals), c.expected) << c.why;
+        EXPECT_EQ(FormatHMS(c.value, "d", "m", "s", c.decimals), c.expected) << c.why;
+    }
+}
+
+TEST(Sexagesimal, SolvedPositions) {
+    EXPECT_EQ(raText(5.51), "05h 30m 36.000s");
+    EXPECT_EQ(decText(-20.2525), "-20° 15' 09.00\"");
+}
+
+// ---- site angle
+
+constexpr auto kLat = SiteAxis::kLatitude;
+constexpr auto kLon = SiteAxis::kLongitude;
+
+TEST(SiteAngle, ReadsWhatOperatorsWrite) {
+    constexpr double kExact = 48.0 + 30.0 / 60 + 15.5 / 3600;
+    const struct {
+        SiteAxis axis;
+        const char* text;
+        double degrees;
+        const char* unlettered;
+    } rows[] = {
+        {kLat, "48.5", 48.5, "48.5"},
+        {kLat, "-48,5", -48.5, "-48,5"},
+        {kLat, " +48.5 ", 48.5, "+48.5"},
+        {kLat, "\u221248.5", -48.5, "-48.5"},
+        {kLat, ".5", 0.5, ".5"},
+        {kLat, "0", 0, "0"},
+        {kLat, "90", 90, "90"},
+        {kLat, "48 30", 48.5, "48 30"},
+        {kLat, "48d 30m 15.5s", kExact, "48d 30m 15.5s"},
+        {kLat, "48D30M15.5S", kExact, "48D30M15.5S"},
+        {kLat, "48\u00B0 30' 15.5\"", kExact, "48\u00B0 30' 15.5\""},
+        {kLat, "48:30:15.5", kExact, "48:30:15.5"},
+        {kLat, "48-30-15.5", kExact, "48-30-15.5"},
+        {kLat, "48 deg 30 min 15.5 sec", kExact, "48 deg 30 min 15.5 sec"},
+        {kLat, "-00d 30m", -0.5, "-00d 30m"},
+        {kLat, "48.5 S", -48.5, "48.5"},
+        {kLat, "48.5s", -48.5, "48.5"},
+        {kLat, "S48.5", -48.5, "48.5"},
+        {kLat, "n 48 30", 48.5, "48 30"},
+        {kLat, "+48.5 N", 48.5, "+48.5"},
+        {kLat, "48 30 15.5s", kExact, "48 30 15.5s"},
+        {kLat, "48 30 15.5S", -kExact, "48 30 15.5"},
+        {kLat, "48d 30m 15.5s S", -kExact, "48d 30m 15.5s"},
+        {kLat, "48\u00B030'15.5\"S", -kExact, "48\u00B030'15.5\""},
+        {kLon, "11 15 W", -11.25, "11 15"},
+        {kLon, "E 11.25", 11.25, "11.25"},
+        {kLon, "151d 30m 00.0s", 151.5, "151d 30m 00.0s"},
+        {kLon, "-360", -360, "-360"},
+    };
+    for (const auto& row : rows) {
+        const auto angle = readSiteAngle(row.text, row.axis);
+        ASSERT_TRUE(angle) << row.text;
+        EXPECT_DOUBLE_EQ(angle->degrees, row.degrees) << row.text;
+        EXPECT_EQ(angle->unlettered, row.unlettered) << row.text;
+        EXPECT_EQ(angle->opposite, angle->degrees < 0 && angle->unlettered.front() != '-') << row.text;
+    }
+}
+
+TEST(SiteAngle, RefusesEverythingElse) {
+    for (const char* text : {"",       " ",      "north",   "S",       "-",       "48.5 X",   "48.5 E",
+                             "48.5 W", "x48.5",  "48.5.5",  "48.5 30", "48 60",   "48 30 60", "48 30 15 10",
+                             "90.1",   "90 0 1", "-91",     "-48.5 S", "-48.5 N", "+48.5 S",  "--48",
+                             "S 48 S", "4e1",    "48d 30d", "30' 48d", "inf",     "1e400",    "48.5\u00B0C"})
+        EXPECT_FALSE(readSiteAngle(text, kLat)) << text;
+    for (const char* text : {"11.5 N", "11.5 S", "360.1", "E 11 W"})
+        EXPECT_FALSE(readSiteAngle(text, kLon)) << text;
+}
+
+// ---- sidereal
+
+TEST(LocalMeanSiderealTime, AgreesWithPublishedValues) {
+    struct Case {
+        const char* source;
+        const char* utc;
+        double longitude;  // degrees, east positive
+        double hours;
+    };
+    constexpr double kMinute = 1.0 / 60, kSecond = 1.0 / 3600;
+    for (const Case& c : {
+             Case{"Meeus, example 12.a", "1987-04-10T00:00:00Z", 0, 13 + 10 * kMinute + 46.3668 * kSecond},
+             Case{"Meeus, example 12.b", "1987-04-10T19:21:00Z", 0, 8 + 34 * kMinute + 57.0896 * kSecond},
+             Case{"the same, an hour further west: 7 h 34 m", "1987-04-10T19:21:00Z", -15,
+                  7 + 34 * kMinute + 57.0896 * kSecond},
+             Case{"the same, past 24 h", "1987-04-10T19:21:00Z", -135, 23 + 34 * kMinute + 57.0896 * kSecond},
+         }) {
+        const double got = localMeanSiderealTime(*parseInstant(c.utc), c.longitude * std::numbers::pi / 180);
+        EXPECT_NEAR(got, c.hours, 0.0005 * kSecond) << c.source << " at " << c.utc;
+    }
+}
+
+TEST(LocalMeanSiderealTime, HasNoValueWithoutALongitude) {
+    const double nowhere = std::numeric_limits<double>::infinity();
+    EXPECT_TRUE(std::isnan(localMeanSiderealTime(*parseInstant("2026-11-24T20:00:00Z"), nowhere)));
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ struct Start {
     double offset = 1.5;
 };
 
-std::optional<PlateSolution> solve(const test::StarField& field, const Start& start) {
+std::optional<SolvedPlate> solve(const test::StarField& field, const Start& start) {
     const auto image = imageOf(field);
     const StarList found = findStars(image, {});
     const PlateGeometry geometry{static_cast<double>(field.width), static_cast<double>(field.height),
@@ -43,7 +43,7 @@ std::optional<PlateSolution> solve(const test::StarField& field, const Start& st
     return solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
 }
 
-double offPixels(const test::StarField& field, const PlateSolution& solution) {
+double offPixels(const test::StarField& field, const SolvedPlate& solution) {
     return sky::separationDeg(solution.centre, field.wcs.reference) /
            std::hypot(field.wcs.cd[0], field.wcs.cd[2]);
 }

@@ -60,7 +60,7 @@ StarSighting lookFromAfar(const StarSearch& sharp) {
 
 /// Looks twice: in the frame's own pixels, and in coarse ones for a star far out of focus.
 StarMeasurement search(const platform::ImageArray& image, std::vector<std::string>& log) {
-    constexpr double kMuchMore = 1.5;
+    constexpr double kMuchMore = 1.5;  // a near look holds only a part of a wide disc's light
     if (image.width() == 0 || image.height() == 0)
         throw platform::runTimeError(platform::error_number::kSubscriptOutOfRange);
     StarSearch sharp(image, kSharpStar);
@@ -77,7 +77,7 @@ StarMeasurement search(const platform::ImageArray& image, std::vector<std::strin
 }
 
 std::int32_t asFlux(double flux) {
-    constexpr double kMost = std::numeric_limits<std::int32_t>::max();
+    constexpr double kMost = std::numeric_limits<std::int32_t>::max();  // that the result can hold
     return static_cast<std::int32_t>(std::clamp(std::nearbyint(flux), 0.0, kMost));
 }
 

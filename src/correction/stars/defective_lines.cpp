@@ -192,8 +192,8 @@ std::vector<Strip> stripsOf(const std::vector<Part>& parts) {
 /// track's that wanders from line to line.
 template <typename Pixel, typename NoiseAt>
 bool isSharp(const Lines<Pixel>& lines, int line, int beside, const Strip& strip, NoiseAt&& noiseAt) {
-    constexpr double kDark = 0.2;  // of what is beside it
-    constexpr double kMostOf = 0.7;
+    constexpr double kDark = 0.2;    // of what is beside it
+    constexpr double kMostOf = 0.7;  // the stretches: stars lie on the others
     if (beside < 0 || beside >= lines.count) return true;
     int dark = 0, all = 0;
     for (int from = strip.from; from + lines.stretch() <= strip.to; from += lines.stretch(), ++all) {

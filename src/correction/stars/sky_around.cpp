@@ -34,7 +34,7 @@ SkyAround planeThrough(const std::vector<RingPixel>& pixels, Value&& value) {
 
 /// Least squares; bent only where the pixels show it beyond doubt, as a bend costs certainty of the level.
 SkyAround fitted(const std::vector<RingPixel>& pixels) {
-    constexpr double kBeyondDoubt = 5;
+    constexpr double kBeyondDoubt = 5;  // standard deviations of the bend
     SkyAround sky = planeThrough(pixels, [](const RingPixel& pixel) { return pixel.value; });
     // What of the squared distance is no plane has its own say in what the plane left over.
     const auto distance = [](const RingPixel& pixel) { return square(pixel.dx) + square(pixel.dy); };
@@ -58,10 +58,10 @@ SkyAround fitted(const std::vector<RingPixel>& pixels) {
 }  // namespace
 
 SkyAround skyAround(const PixelGrid& pixels, double x0, double y0, double inner, double outer) {
-    constexpr int kRounds = 5;
-    constexpr double kOutlier = 3;
+    constexpr int kRounds = 5;                      // of leaving out what lies too far off
+    constexpr double kOutlier = 3;                  // standard deviations
     constexpr double kNoiseOverDeviation = 1.4826;  // of gaussian noise: to the median absolute deviation
-    constexpr std::size_t kFewestPixels = 12;
+    constexpr std::size_t kFewestPixels = 12;       // three for each of a bent plane's unknowns
     std::vector<RingPixel> ring;
     for (int y = 0; y < pixels.height; ++y)
         for (int x = 0; x < pixels.width; ++x) {

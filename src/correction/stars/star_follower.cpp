@@ -35,13 +35,13 @@ PixelBox around(double x, double y, double margin) { return boxOf(x, y, x, y, ma
 
 /// How far a star goes from one exposure to the next.
 double reachIn(const platform::ImageArray& image) {
-    constexpr double kShareOfFrame = 0.05, kLeast = 40, kMost = 150;
+    constexpr double kShareOfFrame = 0.05, kLeast = 40, kMost = 150;  // the bounds in pixels
     const auto longer = static_cast<double>(std::max(image.width(), image.height()));
     return std::clamp(kShareOfFrame * longer, kLeast, kMost);
 }
 
 bool isCutByFrame(const FollowedStar& star, const platform::ImageArray& image) {
-    constexpr double kLeast = 3;
+    constexpr double kLeast = 3;  // pixels
     const double margin = std::max(kLeast, star.halfFluxDiameter);
     return star.x < margin || star.y < margin || star.x + margin > static_cast<double>(image.width()) - 1 ||
            star.y + margin > static_cast<double>(image.height()) - 1;
@@ -49,7 +49,7 @@ bool isCutByFrame(const FollowedStar& star, const platform::ImageArray& image) {
 
 /// A satellite, or a star that was moved while the shutter was open.
 bool isTrail(const StarSeed& seed) {
-    constexpr double kLongest = 64, kSlender = 3;
+    constexpr double kLongest = 64, kSlender = 3;  // pixels; length over breadth
     return seed.length > kLongest && seed.length > kSlender * seed.breadth;
 }
 
@@ -60,7 +60,7 @@ void darken(PixelGrid& light, const PixelBox& spot) {
 }
 
 std::vector<FollowedStar> starsIn(const platform::ImageArray& image, const PixelBox& box) {
-    constexpr int kMost = 12, kCell = 64;
+    constexpr int kMost = 12, kCell = 64;  // stars; pixels a side
     platform::ImageArray piece = pieceOf(image, box);
     const SkyLevel sky(piece, kCell);
     piece = withoutDefectiveLines(piece, sky);
@@ -137,7 +137,7 @@ std::optional<FollowedStar> StarFollower::nearby(const platform::ImageArray& ima
 
 std::optional<FollowedStar> StarFollower::brightestIn(const platform::ImageArray& image,
                                                       const PixelBox& box) const {
-    constexpr double kAlike = 3;
+    constexpr double kAlike = 3;  // times the light, either way: clouds and focus change it
     if (box.width() <= 0 || box.height() <= 0) return std::nullopt;
     const BrightestStar star = BrightestStar3(pieceOf(image, box));
     if (star.noStar) return std::nullopt;

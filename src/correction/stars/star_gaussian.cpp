@@ -50,7 +50,7 @@ WeightedMoments moments(const PixelGrid& pixels, const StarGaussian& weight) {
 }  // namespace
 
 std::optional<StarGaussian> agreedGaussian(const PixelGrid& pixels, const StarGaussian& start, double reach) {
-    constexpr int kMostRounds = 60;
+    constexpr int kMostRounds = 60;      // an end for what doesn't settle
     constexpr double kNarrowest = 1.25;  // as weight: sums over whole pixels stay good for integrals
     StarGaussian star = start;
     for (int round = 0; round < kMostRounds; ++round) {
@@ -76,8 +76,8 @@ std::optional<StarGaussian> agreedGaussian(const PixelGrid& pixels, const StarGa
 }
 
 PixelGrid withoutSpikes(const PixelGrid& pixels, double sigma, double noise) {
-    constexpr double kTolerance = 1.3;
-    constexpr double kBeyondNoise = 6;
+    constexpr double kTolerance = 1.3;  // for stars that are a little sharper than the gaussian
+    constexpr double kBeyondNoise = 6;  // standard deviations
     const double steepest = kTolerance * std::exp(1 / (2 * square(sigma)));
     PixelGrid clean = pixels;
     for (int y = 1; y + 1 < pixels.height; ++y)

@@ -36,8 +36,8 @@ class StarLight {
     }
 
   private:
-    static constexpr int kBandRows = 8;
-    static constexpr int kChunk = 32;  // columns that are compared with one threshold
+    static constexpr int kBandRows = 8;  // whose sky is computed at a time
+    static constexpr int kChunk = 32;    // columns that are compared with one threshold
 
     static constexpr double kNone = std::numeric_limits<double>::lowest();
 

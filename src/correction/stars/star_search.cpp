@@ -76,7 +76,7 @@ StarSighting StarSearch::run(std::vector<std::string>& log) {
 }
 
 std::optional<PixelBox> StarSearch::brightestSpotStandingOut(std::vector<std::string>& log) const {
-    constexpr double kSignificant = 10;
+    constexpr double kSignificant = 10;   // times the noise over the darkest stripe
     constexpr double kNoiseOfPeak = 0.3;  // what noise leaves of star light, in a smoothed profile
     double significance = 0;
     const auto search = [&](StripeDirection direction, const StripeGrid& grid,

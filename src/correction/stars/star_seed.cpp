@@ -6,7 +6,7 @@
 namespace vantrel::correction {
 namespace {
 
-constexpr std::size_t kFewestPixels = 4;
+constexpr std::size_t kFewestPixels = 4;  // fewer are a hot pixel and what was smoothed of it
 
 struct Pixel {
     int x = 0, y = 0;

@@ -10,7 +10,7 @@
 namespace vantrel::correction {
 namespace {
 
-constexpr double kCertain = 1000;
+constexpr double kCertain = 1000;  // the significance where there is no noise to compare with
 
 int nearest(double value) { return static_cast<int>(std::nearbyint(value)); }
 
@@ -51,7 +51,7 @@ int brightestPixel(const View& view, const StripeGrid::Range& range, int spot) {
 
 double significanceOf(std::vector<double> peaks, double noise) {
     std::sort(peaks.begin(), peaks.end());
-    constexpr std::size_t kFewest = 3;
+    constexpr std::size_t kFewest = 3;  // stripes for a straight line with something left over
     const std::size_t run = std::max(kFewest, peaks.size() / 2);
     if (run >= peaks.size()) return kCertain;
     if (!(peaks.back() > 0)) return 0;

@@ -14,7 +14,11 @@ constexpr int kAcross = 24;  // pixels to either side of the middle line
 /// The light across a track.
 using Profile = std::array<double, 2 * kAcross + 1>;
 
-double at(const Profile& profile, int across) { return profile[static_cast<std::size_t>(across + kAcross)]; }
+std::size_t indexOf(int across) {
+    const int index = across + kAcross;
+    return static_cast<std::size_t>(index);
+}
+double at(const Profile& profile, int across) { return profile[indexOf(across)]; }
 double middleOf(const Profile& profile) { return (at(profile, -1) + at(profile, 0) + at(profile, 1)) / 3; }
 
 /// A step along a track.
@@ -46,6 +50,7 @@ class Tracing {
         const int halfHigh = reachOf(typical, middleOf(typical) / 2);
         const double width = 2 * halfHigh - 1;
         if (halfHigh > step_ || !isLong(width)) return std::nullopt;
+        // A profile is a mean of many pixels, so it shows what is fainter than one pixel's noise.
         constexpr double kFaintestOverNoise = 0.5, kFaintestOverMiddle = 0.005;
         track_.halfWidth = 1 + reachOf(typical, std::max(kFaintestOverNoise * noise_,
                                                          kFaintestOverMiddle * middleOf(typical)));
@@ -84,13 +89,13 @@ class Tracing {
     Profile profileAt(double along) const {
         Profile profile;
         for (int across = -kAcross; across <= kAcross; ++across)
-            profile[static_cast<std::size_t>(across + kAcross)] = lightAt(along, across);
+            profile[indexOf(across)] = lightAt(along, across);
         return profile;
     }
 
     /// The steps within this reach in which the line is lit, from one end to the other.
     std::vector<Step> litSteps(double reach, double middle) const {
-        constexpr double kFaintestOverMiddle = 0.2;
+        constexpr double kFaintestOverMiddle = 0.2;  // of the light in the middle: a track twinkles
         const double faintestOverNoise = 4 / std::sqrt(3.0 * step_);  // four deviations of a mean
         const double faintest = std::max(faintestOverNoise * noise_, kFaintestOverMiddle * middle);
         std::vector<Step> steps;
@@ -125,7 +130,7 @@ class Tracing {
 
     /// How far beside the line the light's middle lies.
     static double offsetOf(const Profile& profile) {
-        constexpr int kReach = 4;
+        constexpr int kReach = 4;  // pixels
         double sum = 0, moment = 0;
         for (int across = -kReach; across <= kReach; ++across) {
             const double light = std::max(0.0, at(profile, across));
@@ -186,7 +191,7 @@ class Tracing {
 
 std::optional<Track> trackThrough(const platform::ImageArray& image, const SkyLevel& sky,
                                   const StarSeed& seed, int longestTrail) {
-    constexpr double kStretched = 2;
+    constexpr double kStretched = 2;  // length over breadth
     if (seed.length < kStretched * seed.breadth) return std::nullopt;
     return Tracing(image, sky, seed, longestTrail).run();
 }

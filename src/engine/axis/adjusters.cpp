@@ -31,7 +31,7 @@ AdjusterView adjustersAt(const HorizonPosition& place, double centreSigma, std::
     const double mixed = byAzimuth.dot(byAltitude) * ofCentre + rollByAzimuth * rollByAltitude * ofRoll;
     const double determinant = azimuths * altitudes - mixed * mixed;
 
-    constexpr double kSingular = 1e-12;
+    constexpr double kSingular = 1e-12;  // rounding leaves some 1e-16
     const bool readable = determinant > kSingular * ofCentre * ofCentre;
     constexpr double kNever = std::numeric_limits<double>::infinity();
     return {.azimuthShift = byAzimuth.norm(),

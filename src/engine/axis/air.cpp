@@ -30,7 +30,7 @@ AirLift::AirLift(const Air& air) {
 }
 
 double AirLift::atObservedAltitude(double altitude) const {
-    constexpr double kLowest = 3;
+    constexpr double kLowest = 3;  // degrees; see the header
     const double tangent = 1 / std::tan(degreesToRadians(std::max(altitude, kLowest)));
     return (a_ + b_ * tangent * tangent) * tangent;
 }

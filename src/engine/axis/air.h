@@ -11,7 +11,7 @@ struct Air {
     double uncertainty = 0.05;
 };
 
-inline constexpr Air kNoAir{0, 15, 0};
+inline constexpr Air kNoAir{0, 15, 0};  // pressure 0, so its temperature says nothing
 
 /// The standard atmosphere at a height above the sea (metres; up to 11,000 m).
 /// U.S. Standard Atmosphere 1976, lowest layer.

@@ -18,7 +18,7 @@ std::optional<AxisDifference> differenceOf(const AxisEstimate& first, const Axis
     difference.chiSquare =
         (*first.covariance + *second.covariance).chiSquareOf(difference.east, difference.up);
     difference.chance = chiSquareTail(difference.chiSquare, 2);
-    constexpr double kThreeSigmas = 0.0027;
+    constexpr double kThreeSigmas = 0.0027;  // chance of more by chance
     difference.differs = difference.chance < kThreeSigmas;
     return difference;
 }

@@ -19,7 +19,7 @@ using Eigen::MatrixXd;
 using Eigen::Vector3d;
 using Eigen::VectorXd;
 
-constexpr double kFalseAlarm = 0.01;
+constexpr double kFalseAlarm = 0.01;   // for all tests together
 constexpr double kNineOfTen = 1.2816;  // sigmas, one-sided
 
 /// Which plates a fault touches.

@@ -9,7 +9,7 @@
 namespace vantrel::engine {
 namespace {
 
-constexpr std::size_t kMostPoints = 100'000;
+constexpr std::size_t kMostPoints = 100'000;  // one for each 13" around: more is no horizon
 
 double around(double azimuth) {
     const double within = std::fmod(azimuth, 360);

@@ -228,7 +228,7 @@ LiveAxis::Directions LiveAxis::directionsAt(const Seen& now) const {
 }
 
 LiveAxis::Move LiveAxis::move(const Seen& from, const Seen& to) const {
-    constexpr double kSigmas = 4.5;
+    constexpr double kSigmas = 4.5;       // by chance once in some 25,000 exposures
     constexpr double kDriveAdrift = 0.3;  // arc-seconds a second: worms, gusts
     const double tracked = signedRadians(to.lst - from.lst);
     const Matrix3d expected = carried(from, axisNow(), tracked, driven_);

@@ -43,8 +43,8 @@ double sigmaOf(const Prospect& prospect) {
 
 std::optional<Preflight::Better> betterThan(double sigma, const Plan& plan, const Site& site,
                                             const Horizon& horizon, const FitSettings& settings) {
-    constexpr double kGoodEnough = 5;  // arc-seconds
-    constexpr std::array kSlews = {7., 10., 15., 20., 30., 45.};
+    constexpr double kGoodEnough = 5;                             // arc-seconds
+    constexpr std::array kSlews = {7., 10., 15., 20., 30., 45.};  // degrees
     if (sigma <= kGoodEnough) return std::nullopt;
     std::optional<Preflight::Better> better;
     for (const double slew : kSlews) {
@@ -120,7 +120,7 @@ std::vector<std::string> Preflight::warnings() const {
 
 std::vector<StartingPlace> startingPlaces(const Plan& plan, const Site& site, const Horizon& horizon,
                                           const FitSettings& settings) {
-    constexpr double kHours = 0.75, kDegrees = 10;
+    constexpr double kHours = 0.75, kDegrees = 10;  // between places
     std::vector<StartingPlace> places;
     Plan here = plan;
     for (here.declination = -80; here.declination <= 80; here.declination += kDegrees) {
@@ -139,7 +139,7 @@ std::vector<StartingPlace> startingPlaces(const Plan& plan, const Site& site, co
 
 std::optional<StartingPlace> bestOf(const std::vector<StartingPlace>& places) {
     if (places.empty()) return std::nullopt;
-    constexpr double kAsGood = 1.25;
+    constexpr double kAsGood = 1.25;  // times the least error
     const double least = std::ranges::min(places, {}, &StartingPlace::sigma).sigma;
     StartingPlace best;
     for (const StartingPlace& place : places)

@@ -199,10 +199,10 @@ Carriage RotationFit::moved(const Carriage& carriage, const VectorXd& step) cons
 /// Gauss-Newton; where a step makes matters worse, Levenberg's damping shortens the next. Columns are
 /// scaled to length 1, so that damping and rank mean the same for all unknowns.
 void RotationFit::improve(const Carriage& start) {
-    constexpr int kSteps = 60;
-    constexpr double kSettled = 1e-8;  // sigmas, of all observations together
-    constexpr double kLeastDamping = 1e-10;
-    constexpr double kMostDamping = 1e6;
+    constexpr int kSteps = 60;               // an end for what doesn't converge
+    constexpr double kSettled = 1e-8;        // sigmas, of all observations together
+    constexpr double kLeastDamping = 1e-10;  // less is none, in double precision
+    constexpr double kMostDamping = 1e6;     // steps so short lead nowhere
     Carriage carriage = start;
     Linearised here = linearise(carriage);
     double damping = 0;
@@ -233,7 +233,7 @@ void RotationFit::improve(const Carriage& start) {
 }
 
 void RotationFit::finish(const Carriage& carriage) {
-    constexpr double kLeastPivot = 1e-11;
+    constexpr double kLeastPivot = 1e-11;  // of columns of length 1; rounding leaves some 1e-15
     carriage_ = carriage;
     linearised_ = linearise(carriage);
     const VectorXd scales =

@@ -17,8 +17,8 @@ namespace {
 
 using Eigen::Vector3d;
 
-constexpr double kFalseScatter = 0.001;
-constexpr double kFar = 0.5;  // degrees
+constexpr double kFalseScatter = 0.001;  // chance of a false alarm
+constexpr double kFar = 0.5;             // degrees
 
 /// Natural logarithm of the chance that it is nothing.
 double chanceOf(const Suspicion& s) { return logChiSquareTail(s.statistic, s.degreesOfFreedom); }

@@ -14,7 +14,7 @@
 namespace vantrel::engine {
 namespace {
 
-constexpr std::size_t kPlates = 3;
+constexpr std::size_t kPlates = 3;  // that the calculation is written for
 
 std::array<Plate, kPlates> threeOf(std::span<const Plate> plates) {
     std::vector<double> hourAngles;

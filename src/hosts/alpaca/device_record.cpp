@@ -1,8 +1,8 @@
 #include "hosts/alpaca/device_record.h"
 
 #include <algorithm>
-#include <charconv>
 
+#include "hosts/server_text.h"
 #include "platform/text.h"
 
 namespace vantrel::hosts::alpaca {
@@ -13,20 +13,11 @@ constexpr std::size_t kMostDevices = 200;  // of one server
 constexpr std::size_t kLongestId = 100;
 constexpr std::size_t kLongestHost = 253;  // RFC 1035
 constexpr int kUsualPort = 11111;
-constexpr int kHighestPort = 65535;
 
 /// What can be a part of a device's name in the program and the settings.
 bool isUsableId(const std::string& id) {
     return !id.empty() && id.size() <= kLongestId &&
            std::all_of(id.begin(), id.end(), [](char c) { return c > ' ' && c <= '~' && c != '/'; });
-}
-
-std::optional<int> parsePort(std::string_view text) {
-    int port = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    if (error != std::errc() || end != text.data() + text.size() || port < 1 || port > kHighestPort)
-        return std::nullopt;
-    return port;
 }
 
 bool isHost(std::string_view text) {

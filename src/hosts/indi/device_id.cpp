@@ -1,20 +1,9 @@
 #include "hosts/indi/device_id.h"
 
-#include <charconv>
-
+#include "hosts/server_text.h"
 #include "platform/text.h"
 
 namespace vantrel::hosts::indi {
-namespace {
-
-std::optional<int> readPort(std::string_view text) {
-    int port = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), port);
-    const bool whole = failure == std::errc() && end == text.data() + text.size();
-    return whole && 0 < port && port < 65536 ? std::optional(port) : std::nullopt;
-}
-
-}  // namespace
 
 std::optional<ServerAddress> readServerAddress(std::string_view text) {
     const std::string address = platform::trimmed(text);
@@ -32,7 +21,7 @@ std::optional<ServerAddress> readServerAddress(std::string_view text) {
     }
     if (host.empty() || host.find_first_of("/ \t[]") != host.npos) return std::nullopt;
     if (!numeric6 && host.find(':') != host.npos) return std::nullopt;
-    const auto number = port.empty() ? std::optional(kDefaultPort) : readPort(port.substr(1));
+    const auto number = port.empty() ? std::optional(kDefaultPort) : parsePort(port.substr(1));
     if (!number) return std::nullopt;
     return ServerAddress{std::string(host), *number};
 }

@@ -99,7 +99,7 @@ void Mount::sendDue() {
             kTime, {{"UTC", utcText(surroundings_.loop.clock().utc())}, {"OFFSET", "0"}}, "the time"));
     }
     if (due_.site && device_.has(kSite)) {
-        const Site site = *std::exchange(due_.site, std::nullopt);
+        const DriverSite site = *std::exchange(due_.site, std::nullopt);
         unanswered_.push_back(device_.setNumbers(
             kSite, {{"LAT", site.latitude}, {"LONG", wrapped(site.longitude, 360)}, {"ELEV", site.elevation}},
             "the site"));
@@ -253,14 +253,14 @@ double Mount::siderealTime() const {
     return *hours;
 }
 
-Site Mount::site() const {
+DriverSite Mount::site() const {
     coordinates();
     const Property* found = device_.find(kSite);
     const auto degrees = [&](const char* element) {
         return found == nullptr ? 0 : found->number(element).value_or(0);
     };
     const double longitude = wrapped(degrees("LONG"), 360);
-    const Site site{degrees("LAT"), longitude > 180 ? longitude - 360 : longitude, degrees("ELEV")};
+    const DriverSite site{degrees("LAT"), longitude > 180 ? longitude - 360 : longitude, degrees("ELEV")};
     if (site.latitude == 0 && site.longitude == 0) throw std::runtime_error(name() + " tells no site");
     return site;
 }

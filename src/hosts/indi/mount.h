@@ -15,7 +15,7 @@
 
 namespace vantrel::hosts::indi {
 
-struct Site {
+struct DriverSite {
     double latitude = 0;   // degrees
     double longitude = 0;  // degrees, east positive
     double elevation = 0;  // metres above the sea
@@ -25,7 +25,7 @@ struct Site {
 struct MountOptions {
     std::string port;      // "/dev/ttyUSB0"; empty: as the driver has it
     std::string baudRate;  // "9600"; empty: as the driver has it
-    std::optional<Site> site;
+    std::optional<DriverSite> site;
     bool setTime = false;
 };
 
@@ -55,7 +55,7 @@ class Mount {
 
     /// Local sidereal time, hours.
     double siderealTime() const;
-    Site site() const;
+    DriverSite site() const;
 
   private:
     struct Slew {

@@ -4,16 +4,12 @@
 #include <charconv>
 #include <cstdint>
 
+#include "platform/text.h"
+
 namespace vantrel::hosts::indi {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
-
-std::string_view withoutBlanks(std::string_view text) {
-    const auto first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 void appendUtf8(std::string& text, std::uint32_t code) {
     const auto byte = [&](std::uint32_t value) { text += static_cast<char>(value); };
@@ -186,7 +182,7 @@ void XmlStream::readMarkup() {
         return;
     }
     if (tag.starts_with('!')) throw StreamError("it sends XML that this program doesn't take");
-    if (tag.starts_with('/')) return closeElement(withoutBlanks(tag.substr(1)));
+    if (tag.starts_with('/')) return closeElement(platform::withoutBlanks(tag.substr(1)));
     const bool empty = tag.ends_with('/');
     openElement(tag.substr(0, tag.size() - (empty ? 1 : 0)));
     if (empty) closeElement(open_.back().name);
@@ -206,7 +202,7 @@ void XmlStream::closeElement(std::string_view name) {
     if (inBlob() && blobs_ != nullptr) blobs_->end();
     XmlElement element = std::move(open_.back());
     open_.pop_back();
-    element.text = unescaped(withoutBlanks(element.text));
+    element.text = unescaped(platform::withoutBlanks(element.text));
     if (!open_.empty()) {
         open_.back().children.push_back(std::move(element));
         return;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "helpers/sexagesimal.h"
+#include "helpers/angle_texts.h"
 #include "platform/image_array.h"
 
 namespace vantrel::observatory {

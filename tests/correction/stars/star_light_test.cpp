@@ -4,8 +4,14 @@
 
 #include <gmock/gmock.h>
 
+#include "correction/stars/defective_lines.h"
+#include "support/star_frames.h"
+
 namespace vantrel::correction {
 namespace {
+
+using test::FramePainter;
+using test::FrameRecipe;
 
 constexpr int kSide = 40;
 
@@ -28,7 +34,7 @@ TEST(StarLight, isWhatTheSecondBrightestNeighbourSupports) {
     const struct {
         const char* what;
         std::vector<Spot> spots;
-        double light;  // of pixel 20, 20
+        double light;  // of the first spot
     } rows[] = {
         {"nothing stands out", {}, 0},
         {"a hot pixel alone", {{20, 20, 900}}, 0},
@@ -38,17 +44,116 @@ TEST(StarLight, isWhatTheSecondBrightestNeighbourSupports) {
         {"neighbours on the other sides", {{20, 20, 90}, {19, 20, 40}, {20, 19, 30}}, 90},
         {"above and below", {{20, 20, 90}, {20, 19, 40}, {20, 21, 30}}, 90},
         {"a hot pixel on a star's flank", {{20, 20, 900}, {21, 20, 40}, {20, 21, 30}}, 3.5 * 30},
+        {"at the left edge", {{0, 20, 90}, {1, 20, 40}, {0, 21, 30}}, 90},
+        {"at the right edge", {{39, 20, 90}, {38, 20, 40}, {39, 19, 30}}, 90},
+        {"in the first corner", {{0, 0, 90}, {1, 0, 40}, {0, 1, 30}}, 90},
+        {"in the last corner", {{39, 39, 90}, {38, 39, 40}, {39, 38, 30}}, 90},
+        {"the row before ends far away", {{0, 20, 900}, {39, 19, 900}, {0, 21, 30}}, 0},
+        {"the next row begins far away", {{39, 20, 900}, {0, 21, 900}, {39, 21, 30}}, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         const auto image = skyWith(row.spots);
         const SkyLevel sky(image, 20);
-        EXPECT_NEAR(starLight(image, sky, {0, 0, kSide, kSide}).at(20, 20), row.light, 0.1);
+        const auto [x, y] = row.spots.empty() ? std::pair(20, 20) : std::pair(row.spots[0].x, row.spots[0].y);
+        EXPECT_NEAR(starLight(image, sky, {0, 0, kSide, kSide}).at(x, y), row.light, 0.1);
         if (row.light == 0) {
             // The sums over squares are made another way.
-            EXPECT_EQ(decimatedStarLight(image, sky, 2).at(10, 10), 0);
+            EXPECT_EQ(decimatedStarLight(image, sky, 2).at(x / 2, y / 2), 0);
         }
     }
+}
+
+// ---- defective lines
+
+constexpr int kCell = 48;
+
+platform::ImageArray mended(const platform::ImageArray& image) {
+    return withoutDefectiveLines(image, SkyLevel(image, kCell));
+}
+
+FrameRecipe frame() {
+    FrameRecipe recipe;
+    recipe.width = 400;
+    recipe.height = 300;
+    recipe.gradientX = 300;
+    return recipe;
+}
+
+TEST(DefectiveLines, areFilledInFromBesideThem) {
+    FrameRecipe recipe = frame();
+    recipe.defects = {
+        {100, 0, 103, 300, 3000}, {399, 0, 400, 300, 500}, {0, 200, 400, 201, -600}, {250, 0, 251, 140, 200}};
+    const auto image = mended(FramePainter(3).paint(recipe));
+    const double noise = recipe.noise();
+    for (const int x : {100, 101, 102, 250, 399})
+        for (int y = 0; y < 300; ++y) {
+            const double sky = recipe.sky + recipe.gradientX * (x / 400.0 - 0.5);
+            ASSERT_NEAR(image.at(static_cast<std::size_t>(x), static_cast<std::size_t>(y)), sky, 5 * noise)
+                << x << ", " << y;
+        }
+    for (int x = 0; x < 400; ++x) {
+        const double sky = recipe.sky + recipe.gradientX * (x / 400.0 - 0.5);
+        ASSERT_NEAR(image.at(static_cast<std::size_t>(x), 200), sky, 5 * noise) << x;
+    }
+}
+
+/// Shared pixels, not equal ones: nothing was copied either.
+TEST(DefectiveLines, areNotSeenWhereThereAreNone) {
+    const struct {
+        const char* what;
+        void (*change)(FrameRecipe&);
+    } rows[] = {
+        {"stars",
+         [](FrameRecipe& r) {
+             r.stars = {{200, 150, 8, 200'000}, {60, 60, 4, 20'000}};
+         }},
+        {"a star that trails along a column",
+         [](FrameRecipe& r) {
+             r.trails = {{200, 120, 200, 170, 3, 20'000}};
+         }},
+        {"a star out of focus",
+         [](FrameRecipe& r) {
+             r.discs = {{200, 150, 80, 20, 5000}};
+         }},
+        {"a nebula",
+         [](FrameRecipe& r) {
+             r.nebula = {200, 150, 70, 3000};
+         }},
+        {"a mosaic of colours", [](FrameRecipe& r) { r.mosaic = true; }},
+        {"hot pixels", [](FrameRecipe& r) { r.wrongPixels = 1e-3; }},
+        {"a gradient without noise",
+         [](FrameRecipe& r) {
+             r.gradientX = r.gradientY = 570;
+             r.noiseFree = true;
+         }},
+    };
+    for (const auto& row : rows) {
+        FrameRecipe recipe = frame();
+        row.change(recipe);
+        const platform::ImageArray image = FramePainter(3).paint(recipe);
+        const platform::ImageArray same = mended(image);
+        EXPECT_EQ(&same.pixels(), &image.pixels()) << row.what;
+    }
+}
+
+/// A track that crosses the rows at a small angle is none of them, and what lies between its ends stays.
+TEST(DefectiveLines, leaveWhatTracksCross) {
+    FrameRecipe recipe = frame();
+    recipe.trails = {{-2000, 0, 2400, 300, 4, 30'000}};
+    recipe.stars = {{100.4, 170, 3, 9000}};
+    const auto image = FramePainter(3).paint(recipe);
+    EXPECT_NEAR(mended(image).at(100, 170), image.at(100, 170), 1);
+}
+
+/// Every line differs from those it is compared with.
+TEST(DefectiveLines, surviveStripesEverywhere) {
+    std::vector<std::uint16_t> pixels;
+    for (int i = 0; i < 120 * 90; ++i) pixels.push_back(i % 120 % 4 < 2 ? 1000 : 3000);
+    const platform::ImageArray image(120, 90, pixels);
+    EXPECT_EQ(mended(image).width(), 120U);
+    for (const std::size_t side : {1U, 8U, 20U, 40U, 71U})
+        EXPECT_EQ(mended({side, side, std::vector<float>(side * side, 1)}).width(), side);
 }
 
 }  // namespace

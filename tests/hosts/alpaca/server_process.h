@@ -51,8 +51,6 @@ class AlpacaServerProcess {
         use({.method = platform::HttpRequest::Method::kPut, .url = url(door), .form = what.dump()});
     }
     void set(const Json& settings) { put("set", settings); }
-    void fault(Json fault) { set({{"faults", Json::array({std::move(fault)})}}); }
-    Json state() { return Json::parse(use({.url = url("state")})); }
 
     int port = 0;
     int discoveryPort = 0;

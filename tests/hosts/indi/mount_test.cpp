@@ -147,7 +147,7 @@ TEST_F(MountTest, AMountThatNeverSaysWhereItIsIsOfNoUse) {
 
 TEST_F(MountTest, TheOptionsAreSetInOrder) {
     options = {
-        .port = "/dev/ttyACM0", .baudRate = "115200", .site = Site{48.5, -71.25, 300}, .setTime = true};
+        .port = "/dev/ttyACM0", .baudRate = "115200", .site = DriverSite{48.5, -71.25, 300}, .setTime = true};
     mount.connect();
     EXPECT_THAT(server.commands,
                 testing::ElementsAre("DEVICE_PORT PORT=/dev/ttyACM0", "DEVICE_BAUD_RATE 115200=On",
@@ -158,7 +158,7 @@ TEST_F(MountTest, TheOptionsAreSetInOrder) {
 }
 
 TEST_F(MountTest, OptionsThatTheDriverDoesNotTakeAreToldAndItConnectsAllTheSame) {
-    options = {.port = {}, .baudRate = "1234567", .site = Site{48.5, -71.25, 300}, .setTime = false};
+    options = {.port = {}, .baudRate = "1234567", .site = DriverSite{48.5, -71.25, 300}, .setTime = false};
     server.treatment["GEOGRAPHIC_COORD"] = {Kind::kRefuse, 500ms};
     mount.connect();
     EXPECT_THAT(told, testing::ElementsAre("Mount can't be set to 1234567 baud",
@@ -166,7 +166,7 @@ TEST_F(MountTest, OptionsThatTheDriverDoesNotTakeAreToldAndItConnectsAllTheSame)
 }
 
 TEST_F(MountTest, ReturnsByItselfWithEverythingThatWasSet) {
-    options.site = Site{48.5, -71.25, 300};
+    options.site = DriverSite{48.5, -71.25, 300};
     const struct {
         const char* why;
         std::function<void()> spoil;

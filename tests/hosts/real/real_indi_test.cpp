@@ -74,7 +74,7 @@ class RealIndiTest : public testing::Test {
 TEST_F(RealIndiTest, MountSlewsStopsAndRefuses) {
     Mount mount(surroundings, servers.client({"localhost", server.port()}), kMount, [] {
         return MountOptions{
-            .port = "/dev/null", .baudRate = "19200", .site = Site{50, -10, 300}, .setTime = true};
+            .port = "/dev/null", .baudRate = "19200", .site = DriverSite{50, -10, 300}, .setTime = true};
     });
     connect(mount);
     EXPECT_EQ(mount.site().latitude, 50);

@@ -1,4 +1,4 @@
-#include "fits/guarded_call.h"
+#include "fits/library_call.h"
 
 #include <new>
 

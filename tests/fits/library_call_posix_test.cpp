@@ -8,7 +8,7 @@
 
 #include "fits/fits_error.h"
 #include "fits/fits_library.h"
-#include "fits/guarded_call.h"
+#include "fits/library_call.h"
 #include "support/refusal.h"
 
 namespace vantrel::fits {

@@ -1,4 +1,4 @@
-#include "helpers/sexagesimal.h"
+#include "helpers/angle_texts.h"
 
 #include <limits>
 #include <stdexcept>

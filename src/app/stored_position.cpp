@@ -1,4 +1,4 @@
-#include "app/window_place.h"
+#include "app/stored_position.h"
 
 #include "platform/place_form.h"
 #include "platform/text.h"

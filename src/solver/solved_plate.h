@@ -40,7 +40,7 @@ struct MatchedStar {
     double magnitude = 0;
 };
 
-struct PlateSolution {
+struct SolvedPlate {
     sky::SkyPosition centre;  ///< ICRS place at the pixel ((width-1)/2, (height-1)/2)
     Orientation orientation;
     std::array<double, 4> cd{};      ///< as fitted: CD1_1, CD1_2, CD2_1, CD2_2 in degrees per pixel

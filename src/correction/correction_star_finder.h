@@ -5,9 +5,9 @@
 
 namespace vantrel::correction {
 
-class StarFinder {
+class CorrectionStarFinder {
   public:
-    virtual ~StarFinder() = default;
+    virtual ~CorrectionStarFinder() = default;
     /// Column and row of the brightest star; (0, 0) when there is none, which is logged. Throws
     /// OperationError when the imaging program fails.
     virtual engine::PixelPosition FindBrightestStarOnImage() = 0;

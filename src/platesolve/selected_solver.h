@@ -6,10 +6,10 @@
 
 namespace vantrel::platesolve {
 
-class PlateSolver : public engine::PlateSolverPort {
+class SelectedSolver : public engine::PlateSolverPort {
   public:
-    PlateSolver(PinPointSolver& pinPoint, ImageLinkSolver& imageLink, const PlateSolvePanel& panel,
-                engine::RunState& state)
+    SelectedSolver(PinPointSolver& pinPoint, ImageLinkSolver& imageLink, const PlateSolvePanel& panel,
+                   engine::RunState& state)
         : pinPoint_(pinPoint), imageLink_(imageLink), panel_(panel), state_(state) {}
 
     std::optional<engine::PlateSolution> SolvePlate(const std::string& imageName, double raOffset,

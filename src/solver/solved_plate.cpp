@@ -1,4 +1,4 @@
-#include "solver/plate_solution.h"
+#include "solver/solved_plate.h"
 
 #include <cmath>
 

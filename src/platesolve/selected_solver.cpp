@@ -1,9 +1,9 @@
-#include "platesolve/plate_solver.h"
+#include "platesolve/selected_solver.h"
 
 namespace vantrel::platesolve {
 
-std::optional<engine::PlateSolution> PlateSolver::SolvePlate(const std::string& imageName, double raOffset,
-                                                             double decOffset) {
+std::optional<engine::PlateSolution> SelectedSolver::SolvePlate(const std::string& imageName, double raOffset,
+                                                                double decOffset) {
     state_.PlateSolved = false;
     state_.WhyUnsolved.clear();
     if (state_.PlateSolveMethod == "TheSky") return imageLink_.solve(raOffset, decOffset);
