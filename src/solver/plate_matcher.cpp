@@ -36,6 +36,10 @@ constexpr std::size_t kHopelessStars = 14;  // a hypothesis without a hit among 
 constexpr double kTriangle = 0.04;
 constexpr double kRefinement = 300;
 constexpr double kTrianglesSpent = 100'000;  // plates that can be solved need a fiftieth
+// A plate that fits so few of the stars on either side may sit beside its place: a corner of the field that
+// fits by a turned and stretched model. True ones fit nine of ten; those of half the stars are clouded or
+// full of hot pixels.
+constexpr double kExplained = 0.5;
 constexpr double kUnluckyHypothesis = 1e-3;  // hypotheses that chance alone would let pass to refinement
 
 /// Extra hits that chance reaches with a probability below kUnluckyHypothesis when it makes `expected` on
@@ -79,7 +83,7 @@ class Matcher {
             spentAtMost_ = round.spentShare * kTrianglesSpent;
             if (auto plate = search(stars, round.largestShare)) return plate;
         }
-        return std::nullopt;
+        return doubtful_;
     }
 
   private:
@@ -225,7 +229,7 @@ class Matcher {
         return error_ * (1 + away / hypothesis.size) + distortion_ * away;
     }
 
-    std::optional<RefinedPlate> refined(const Hypothesis& hypothesis) const {
+    std::optional<RefinedPlate> refined(const Hypothesis& hypothesis) {
         Attitude attitude = hypothesis.attitude;
         attitude.toSky = sky::transposed(toCone_) * attitude.toSky;
         RefinementSettings settings;
@@ -236,7 +240,26 @@ class Matcher {
             toleranceAt(hypothesis, {hypothesis.anchor.x + hypothesis.size, hypothesis.anchor.y}) * 1.2);
         settings.maximumResidualArcsec = settings_.maximumResidualArcsec;
         auto plate = refinePlate(field_, attitude.model(geometry_), settings);
-        return plate && credible(*plate) ? plate : std::nullopt;
+        return plate && credible(*plate) ? settled(*plate) : std::nullopt;
+    }
+
+    /// The plate, if it explains what is seen, or does so once stars are looked for farther from their
+    /// places. The best of the others is kept, for when nothing better comes.
+    std::optional<RefinedPlate> settled(RefinedPlate plate) {
+        RefinementSettings settings;
+        settings.maximumResidualArcsec = settings_.maximumResidualArcsec;
+        settings.highestOrder = 1;
+        constexpr double kFarthest = 40;  // pixels: a degree of turn, or as much of scale, at an image's edge
+        for (settings.firstTolerance = 4 * error_;
+             plate.explained < kExplained && settings.firstTolerance < kFarthest;
+             settings.firstTolerance *= 2) {
+            spent_ += kRefinement;
+            const auto wider = refinePlate(field_, plate.model, settings);
+            if (wider && credible(*wider) && wider->chanceLog10 < plate.chanceLog10) plate = *wider;
+        }
+        if (plate.explained >= kExplained) return plate;
+        if (!doubtful_ || plate.chanceLog10 < doubtful_->chanceLog10) doubtful_ = plate;
+        return std::nullopt;
     }
 
     bool credible(const RefinedPlate& plate) const {
@@ -258,8 +281,9 @@ class Matcher {
     double leastStretch_;
     double mostStretch_;
     sky::Matrix3 toCone_;
-    std::vector<Vector3> sky_;  ///< catalogue stars in the cone's axes
-    StarGrid skyGrid_;          ///< the same in the plane that touches the cone's centre
+    std::vector<Vector3> sky_;              ///< catalogue stars in the cone's axes
+    StarGrid skyGrid_;                      ///< the same in the plane that touches the cone's centre
+    std::optional<RefinedPlate> doubtful_;  ///< the best that explains too little
     std::size_t hypotheses_ = 0;
     double spent_ = 0;
     double spentAtMost_ = 0;  ///< by the end of this round

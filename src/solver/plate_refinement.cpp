@@ -197,6 +197,9 @@ class Refiner {
         plate.rmsPixels = std::sqrt(squares / n);
         if (settings_.weighted) plate.errors = errorsOf(model, found.matches);
         plate.meanResidualArcsec = arcsec / n;
+        plate.explained =
+            static_cast<double>(plate.matched) /
+            static_cast<double>(std::max<std::size_t>(1, std::min(used_, found.predicted.size())));
         plate.chanceLog10 =
             chanceLog10(found.predicted, used_, tolerance, geometry_.width * geometry_.height);
         return plate;

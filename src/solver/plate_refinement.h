@@ -25,6 +25,8 @@ struct RefinedPlate {
     double rmsPixels = 0;
     double meanResidualArcsec = 0;
     double chanceLog10 = 0;   ///< see match_verdict.h
+    double explained = 0;     ///< matched stars as a share of those that could be: of the image's, or of the
+                              ///< catalogue's within it where these are fewer
     PlateErrors errors = {};  ///< when stars were weighted
 
     struct Pair {
