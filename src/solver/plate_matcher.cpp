@@ -36,9 +36,10 @@ constexpr std::size_t kHopelessStars = 14;  // a hypothesis without a hit among 
 constexpr double kTriangle = 0.04;
 constexpr double kRefinement = 300;
 constexpr double kTrianglesSpent = 100'000;  // plates that can be solved need a fiftieth
-// A plate that fits so few of the stars on either side may sit beside its place: a corner of the field that
-// fits by a turned and stretched model. True ones fit nine of ten; those of half the stars are clouded or
-// full of hot pixels.
+// Of the stars on the side that has fewer, true plates fit nine of ten; some only half, under clouds or among
+// hot pixels. A plate that fits fewer may sit beside its place: a corner of the field that a turned and
+// stretched model fits.
+constexpr double kSurelyExplained = 0.9;
 constexpr double kExplained = 0.5;
 constexpr double kUnluckyHypothesis = 1e-3;  // hypotheses that chance alone would let pass to refinement
 
@@ -243,20 +244,22 @@ class Matcher {
         return plate && credible(*plate) ? settled(*plate) : std::nullopt;
     }
 
-    /// The plate, if it explains what is seen, or does so once stars are looked for farther from their
-    /// places. The best of the others is kept, for when nothing better comes.
+    /// The plate, or the one that comes of it when stars are looked for farther from their places, if it
+    /// explains what is seen. The best of the others is kept, for when nothing better comes; but not one
+    /// beside a place whose scale is out of reach.
     std::optional<RefinedPlate> settled(RefinedPlate plate) {
         RefinementSettings settings;
         settings.maximumResidualArcsec = settings_.maximumResidualArcsec;
         settings.highestOrder = 1;
         constexpr double kFarthest = 40;  // pixels: a degree of turn, or as much of scale, at an image's edge
         for (settings.firstTolerance = 4 * error_;
-             plate.explained < kExplained && settings.firstTolerance < kFarthest;
+             plate.explained < kSurelyExplained && settings.firstTolerance < kFarthest;
              settings.firstTolerance *= 2) {
             spent_ += kRefinement;
             const auto wider = refinePlate(field_, plate.model, settings);
-            if (wider && credible(*wider) && wider->chanceLog10 < plate.chanceLog10) plate = *wider;
+            if (wider && wider->chanceLog10 < plate.chanceLog10) plate = *wider;
         }
+        if (!credible(plate)) return std::nullopt;
         if (plate.explained >= kExplained) return plate;
         if (!doubtful_ || plate.chanceLog10 < doubtful_->chanceLog10) doubtful_ = plate;
         return std::nullopt;
