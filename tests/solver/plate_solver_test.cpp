@@ -104,7 +104,6 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
     }
 }
 
-// What a header says of a distorted field must hold for the stars, from pixel to sky and back.
 // A corner of the field is fitted as well by a model that is turned and stretched: chance didn't make that,
 // and still it isn't the plate. Where the scale is told wrong by a fifth or more, that corner may even be all
 // that is in reach.
@@ -137,6 +136,7 @@ TEST(SolvePlate, TakesNoCornerForTheWholeField) {
     }
 }
 
+// What a header says of a distorted field must hold for the stars, from pixel to sky and back.
 TEST(SolvePlate, TellsADistortionThatTheStarsProve) {
     int falseOnes = 0;
     for (int i = 0; i < 7; ++i)
