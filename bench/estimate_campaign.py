@@ -7,7 +7,7 @@ often the truth lies within the stated one- and two-sigma ellipses (39 and 86 % 
 warning comes, how often it names the fault, how often the rolls hint at one, and how often a result that is wrong
 by more than an arc-minute comes without a warning.
 
-Where there is air, its pressure and temperature are drawn anew for each measurement, so that the refraction is off
+The air moves each picture as a whole as much as the estimate allows for. Where it refracts, its pressure and temperature are drawn anew for each measurement, so that the refraction is off
 the standard atmosphere's by 5 % (one sigma).
 """
 
@@ -23,6 +23,7 @@ import accuracy_campaign as campaign
 import accuracy_report as report
 from operator_session import OperatorError
 
+IMAGE_MOTION = 0.12  # arc-seconds in a second: what the estimate takes for granted
 MOVED = "the telescope moved in declination"
 READING = "the mount's hour angle is off"
 TURNED = "the camera turned"
@@ -56,7 +57,7 @@ class Row:
         setup["closing"] = self.closing
         setup["hour_angle"] += (self.plates - 3) / 2 * setup["slew"] / campaign.HOURS  # the same middle
         rng = random.Random(f"{self.title} {seed} night")
-        setup["simulator"] = dict(self.simulator)
+        setup["simulator"] = {"ImageMotion": IMAGE_MOTION, **self.simulator}
         if setup["refraction"]:
             setup["simulator"].update(air_of_a_night(rng))
         if self.jump:

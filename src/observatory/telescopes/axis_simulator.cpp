@@ -90,6 +90,7 @@ void AxisSimulator::addPixelCount(const std::string& name, double& pixels) {
 void AxisSimulator::addSensor() {
     CameraSettings& settings = device_->camera.settings();
     setting("Seeing", settings.seeing, {0.1, 120, "arcsec"});
+    setting("ImageMotion", settings.imageMotion, {0, 60, "arcsec"});
     setting("SkyLevel", settings.skyLevel, {0, 1e6, "electrons per second and pixel"});
     setting("LimitingMagnitude", settings.limitingMagnitude, {-5, 30, ""});
     setting("HotPixels", settings.hotPixels, {0, 1e7, "pixels"});

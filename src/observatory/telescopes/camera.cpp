@@ -109,6 +109,17 @@ std::vector<StarSpot> Camera::starsOf(const Shot& shot, platform::Instant start)
     std::vector<StarSpot> stars = starsInView(start);
     const double share = shot.transmission * shot.seconds / settings_.exposureTime;
     for (StarSpot& star : stars) star.electrons *= share;
+    return settings_.imageMotion > 0 ? movedByAir(std::move(stars), shot.seconds) : stars;
+}
+
+std::vector<StarSpot> Camera::movedByAir(std::vector<StarSpot> stars, double seconds) {
+    const double arcsecPerPixel = settings_.pixelSize / 1000 / settings_.focalLength / sky::kArcsecond;
+    const double sigma = settings_.imageMotion / arcsecPerPixel / std::sqrt(std::max(seconds, 1.0));
+    const double right = sigma * noise_.gaussian(), down = sigma * noise_.gaussian();
+    for (StarSpot& star : stars) {
+        star.x += right;
+        star.y += down;
+    }
     return stars;
 }
 

@@ -31,6 +31,7 @@ struct CameraSettings {
     double rotation = 0;  // degrees, see CameraMounting
     bool mirrored = false;
     double seeing = 3;              // arcsec, full width at half maximum
+    double imageMotion = 0;         // arcsec, see movedByAir()
     double skyLevel = 30;           // electrons per second and pixel
     double limitingMagnitude = 25;  // fainter stars are not drawn
     double hotPixels = 0;           // a count, or below 1 the share of all pixels
@@ -79,6 +80,9 @@ class Camera {
   private:
     sky::FocalPlane focalPlane(const TubeAttitude& pointing) const;
     SensorExposure exposure(const Shot& shot) const;
+    /// The whole picture moved by the air: imageMotion is what is left of it in a second along each axis of
+    /// the sensor, one sigma; it averages out with the root of the time.
+    std::vector<StarSpot> movedByAir(std::vector<StarSpot> stars, double seconds);
     std::vector<StarSpot> starsOf(const Shot& shot, platform::Instant start);
     std::vector<fits::FitsCard> header(platform::Instant start, const std::string& telescope,
                                        const Shot& shot) const;

@@ -114,6 +114,36 @@ TEST_F(CameraTest, MagnitudesAndExposuresGiveTheirElectrons) {
     EXPECT_NEAR(spots[1].electrons, 6'000, 1e-6);
 }
 
+TEST_F(CameraTest, TheAirMovesThePictureLessTheLongerItIsExposed) {
+    hang(0, 0, 6);
+    const auto column = [this](double seconds) {
+        const imaging::Picture picture = camera_.expose(time_.utc(), "", {.seconds = seconds})();
+        const auto& counts = std::get<std::vector<std::uint16_t>>(picture.pixels->pixels());
+        double light = 0, moment = 0;
+        for (std::size_t y = 510; y < 531; ++y)
+            for (std::size_t x = 680; x < 712; ++x) {
+                const double excess = std::max(0.0, counts[y * 1392 + x] - 200.0);
+                light += excess;
+                moment += excess * static_cast<double>(x);
+            }
+        return moment / light;
+    };
+    const auto scatter = [&](double seconds) {
+        double sum = 0, squares = 0;
+        constexpr int kPictures = 60;
+        for (int i = 0; i < kPictures; ++i) {
+            const double x = column(seconds);
+            sum += x;
+            squares += x * x;
+        }
+        return std::sqrt(squares / kPictures - sum * sum / kPictures / kPictures) * 3.5957;
+    };
+    EXPECT_LT(scatter(1), 0.1);
+    camera_.settings().imageMotion = 3;
+    EXPECT_NEAR(scatter(1), 3, 0.9);
+    EXPECT_NEAR(scatter(9), 1, 0.3);
+}
+
 TEST_F(CameraTest, HotPixelsAsACountOrAShare) {
     const auto hot = [this] {
         const imaging::Picture picture = camera_.expose(time_.utc(), "")();
