@@ -17,6 +17,7 @@ struct Script {
     std::vector<std::string> pieces;  // one at a time
     std::string forEver = {};         // then this, again and again
     bool closes = true;               // at the end; else it stays silent
+    int rests = 0;                    // calls of serve() that send nothing, before each forEver
 };
 
 class ScriptedServer {
@@ -72,6 +73,7 @@ class ScriptedServer {
         const Script* script = nullptr;
         std::size_t piece = 0;
         std::string unsent = {};
+        int rested = 0;
 
         void close() {
             if (socket >= 0) ::close(socket);
@@ -105,9 +107,11 @@ class ScriptedServer {
         if (connection.unsent.empty()) {
             if (connection.piece < script.pieces.size())
                 connection.unsent = script.pieces[connection.piece++];
-            else if (!script.forEver.empty())
+            else if (!script.forEver.empty()) {
+                if (++connection.rested <= script.rests) return;
+                connection.rested = 0;
                 connection.unsent = script.forEver;
-            else if (script.closes)
+            } else if (script.closes)
                 connection.close();
             else
                 connection.script = nullptr;
