@@ -7,8 +7,9 @@ often the truth lies within the stated one- and two-sigma ellipses (39 and 86 % 
 warning comes, how often it names the fault, how often the rolls hint at one, and how often a result that is wrong
 by more than an arc-minute comes without a warning.
 
-The air moves each picture as a whole as much as the estimate allows for. Where it refracts, its pressure and temperature are drawn anew for each measurement, so that the refraction is off
-the standard atmosphere's by 5 % (one sigma).
+The air moves each picture as a whole as much as the estimate allows for. Where it refracts, its pressure and
+temperature are drawn anew for each measurement, so that the refraction is off the standard atmosphere's by 5 % (one
+sigma).
 """
 
 import argparse
@@ -23,8 +24,8 @@ import accuracy_campaign as campaign
 import accuracy_report as report
 from operator_session import OperatorError
 
-# Arc-seconds in a second, which is what the simulator's own camera exposes for: what is left after the ten seconds that the
-# window has, and that the estimate therefore reckons with.
+# Arc-seconds in the one second that the simulator's own camera exposes for: what is left of the air's motion after the
+# ten seconds that the window has, and that the estimate therefore reckons with.
 IMAGE_MOTION = 0.12 / math.sqrt(10)
 MOVED = "the telescope moved in declination"
 READING = "the mount's hour angle is off"
