@@ -91,9 +91,8 @@ std::vector<std::string> AxisCheck::lines() const {
                         std::to_string(verdict.degreesOfFreedom) + " degrees of freedom");
     if (verdict.hint)
         lines.push_back(
-            "The plates' rolls hint at a jump in declination, or at a camera that turned in each slew; a "
-            "jump "
-            "would have moved the axis by " +
+            "The plates' rolls hint at a jump in declination, or at a camera that turned in each slew; "
+            "a jump would have moved the axis by " +
             arcSeconds(verdict.hint->axisMove) + ": more plates would tell");
     // A jump within twice the uncertainty is allowed for.
     else if (estimate.covariance && verdict.hiddenMove > 2 * estimate.covariance->sigma())
