@@ -3,8 +3,8 @@
 
 Each row is so many whole measurements by vantrel-headless in virtual time, solver included. Prints two tables in
 Markdown, of sound mounts and of mounts with mechanical faults: the distance of either result from the set axis, how
-often the truth lies within the stated one- and two-sigma ellipses (39 and 86 % if they are right), how often a
-warning comes, how often it names the fault, how often the rolls hint at one, and how often a result that is wrong
+often the truth lies within the stated one- and two-sigma ellipses (39 and 86 % if they are right; with faults also
+within three, 99 %), how often a warning comes, how often it names the fault, how often the rolls hint at one, and how often a result that is wrong
 by more than an arc-minute comes without a warning.
 
 The air moves each picture as a whole as much as the estimate allows for. Where it refracts, its pressure and
@@ -164,13 +164,14 @@ class Result:
 
     @property
     def covered(self):
-        return self.chi_square is not None and self.chi_square < 4
+        """Whether the truth lies no farther than three sigmas away."""
+        return self.chi_square is not None and self.chi_square < 9
 
     @property
     def foretold(self):
-        """Whether the truth lies within what it says that a jump could do, and twice the uncertainty."""
+        """Whether the truth lies within what it says that a jump could do, and three times the uncertainty."""
         said = max(self.hidden, self.hint or 0)
-        return self.estimate is not None and self.estimate < said + 2 * self.stated
+        return self.estimate is not None and self.estimate < said + 3 * self.stated
 
     def names(self, faults):
         return self.verdict is not None and self.verdict.startswith(tuple(faults))
@@ -241,7 +242,7 @@ def faulty_cells(row, results):
     estimate = seconds(r.estimate for r in results)
     if "ClockError" in row.simulator:
         estimate += f" (of the axis turned about the pole: {seconds(r.turned for r in results)})"
-    return [seconds(r.written for r in results), estimate, within(results, 1), within(results, 2),
+    return [seconds(r.written for r in results), estimate, *(within(results, sigmas) for sigmas in (1, 2, 3)),
             share(r.warned for r in results), share(r.names(row.names) for r in results), hinted(results),
             share(r.covered or told(row, r) for r in results),
             share(r.covered or r.foretold or told(row, r) for r in results) if row.jump else "-"]
@@ -268,7 +269,7 @@ def main():
                   f"{share(r.verdict is not None for r in results)} | {hinted(results)} | |\n")
         faulty = [row for row in rows if row.faulty]
         if faulty:
-            table([f"{options.runs} measurements each", *common, "warned", "fault named", "hinted",
+            table([f"{options.runs} measurements each", *common, "within 3 σ", "warned", "fault named", "hinted",
                    "covered, named or hinted", "or foretold"], faulty, measured, faulty_cells)
 
 

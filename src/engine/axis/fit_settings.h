@@ -18,7 +18,7 @@ struct FitSettings {
     /// By how much the tube may sag where it lies level; at other altitudes by the cosine of it. Not an error
     /// of each plate but one of all of them, which no plate tells: it passes for an axis that is off in
     /// altitude.
-    double sagSigma = 3;
+    double sagSigma = 2;
 };
 
 /// For plates exposed for so many seconds: the longer, the less the air's motion leaves.
