@@ -25,15 +25,15 @@ void download(benchmark::State& state, const char* settings) {
     NetworkClient network{loop};
     platform::BackgroundThreads background{loop, calls};
     Client client{network, PumpedWait(loop, calls), 1};
-    const Services services{.loop = loop,
-                            .client = client,
-                            .background = background,
-                            .search = searchNetwork,
-                            .discoveryPort = [&] { return server.discoveryPort; },
-                            .equinox = {},
-                            .openPage = {},
-                            .tell = [](const std::string&) {}};
-    Camera camera(services, {"camera", "", "Camera", {"127.0.0.1", server.port}, 1}, [](const auto&) {});
+    const Surroundings surroundings{.loop = loop,
+                                    .client = client,
+                                    .background = background,
+                                    .search = searchNetwork,
+                                    .discoveryPort = [&] { return server.discoveryPort; },
+                                    .equinox = {},
+                                    .openPage = {},
+                                    .tell = [](const std::string&) {}};
+    Camera camera(surroundings, {"camera", "", "Camera", {"127.0.0.1", server.port}, 1}, [](const auto&) {});
     camera.connect();
 
     platform::Milliseconds last{0};

@@ -95,7 +95,7 @@ struct Parts {
 
     // Mount and camera
     devices::UtilityLink utility;
-    devices::Services deviceServices;
+    devices::LinkServices deviceServices;
     devices::TelescopeLink telescope;
     devices::TelescopeDesk telescopeWindow;
     platform::ObjectRef profile;

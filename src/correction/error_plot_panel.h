@@ -15,7 +15,7 @@ struct ErrorPlotPanel {
         txtDecError.setReadOnly(true);
     }
 
-    platform::Picture picErrorPlot;
+    platform::PictureBox picErrorPlot;
     platform::TextBox txtRARange, txtDecError;  // spreads, degrees
     platform::Button cmdPolarPlot;
 };

@@ -22,7 +22,7 @@ class frmAdjust : public platform::Form {
     };
 
     Adjuster azimuth, elevation;
-    platform::Picture picAdjust;
+    platform::PictureBox picAdjust;
     platform::Label lblLiveTotal;
     platform::Label lblLiveState;  // whether the numbers may be followed, and how the work stands
     platform::Label lblAge;

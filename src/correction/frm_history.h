@@ -9,7 +9,7 @@ class frmHistory : public platform::Form {
   public:
     explicit frmHistory(platform::Screen& screen);
 
-    platform::Picture picHistory;
+    platform::PictureBox picHistory;
     platform::ComboBox cmbMeasurement;  // by date and time, the newest first
     platform::TextBox txtMeasurement;
     platform::Button cmdOK;

@@ -9,7 +9,7 @@ class frmPolarPlot : public platform::Form {
   public:
     explicit frmPolarPlot(platform::Screen& screen);
 
-    platform::Picture picPolarPlot;
+    platform::PictureBox picPolarPlot;
     platform::TextBox txtMagnitude,
         txtAngle;  // distance from the pole and its direction, degrees CCW from up
     platform::Label lblRA_Unit, lblFromPole;

@@ -16,7 +16,7 @@ struct ResultPanel {
         txtTolerance.setToolTip("Arc-minutes from the pole that are good enough for you");
     }
 
-    platform::Picture picDial;
+    platform::PictureBox picDial;
     platform::Label lblAzimuthAdvice, lblElevationAdvice;
     platform::Label lblTotal;  // distance from the pole, its uncertainty, and when it was measured
     platform::Label lblVerdict;

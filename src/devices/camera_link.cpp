@@ -15,7 +15,7 @@ constexpr const char* kSave = "modUtilities Sub SaveImageToFile";
 
 }  // namespace
 
-CameraLink::CameraLink(const Services& services, ImagingObjects& programs, ImagingWindows& windows,
+CameraLink::CameraLink(const LinkServices& services, ImagingObjects& programs, ImagingWindows& windows,
                        const CameraFields& fields)
     : tools_{services, programs, windows, fields, PostExposureDelay_},
       maxIm_(tools_, kMaxImProgram),

@@ -13,7 +13,7 @@ namespace vantrel::devices {
 
 class CameraLink : public engine::CameraPort {
   public:
-    CameraLink(const Services& services, ImagingObjects& programs, ImagingWindows& windows,
+    CameraLink(const LinkServices& services, ImagingObjects& programs, ImagingWindows& windows,
                const CameraFields& fields);
     CameraLink(const CameraLink&) = delete;
     CameraLink& operator=(const CameraLink&) = delete;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "devices/imaging_windows.h"
-#include "devices/services.h"
+#include "devices/link_services.h"
 #include "platform/controls.h"
 
 namespace vantrel::devices {
@@ -26,7 +26,7 @@ struct CameraFields {
 
 /// What the programs work with.
 struct CameraTools {
-    Services services;
+    LinkServices services;
     ImagingObjects& programs;
     ImagingWindows& windows;
     CameraFields fields;

@@ -61,7 +61,7 @@ std::array<long, 3> versionParts(const std::string& version) {
 
 }  // namespace
 
-ImagingSoftwareChoice::ImagingSoftwareChoice(const Services& services, WindowSystem& desktop,
+ImagingSoftwareChoice::ImagingSoftwareChoice(const LinkServices& services, WindowSystem& desktop,
                                              ImagingObjects& programs, ImagingWindows& windows,
                                              CameraLink& camera, const ImagingSoftwareControls& controls,
                                              frmSelectCCSoftware& dialog)

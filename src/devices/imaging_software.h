@@ -24,8 +24,8 @@ struct ImagingSoftwareControls {
 class ImagingSoftwareChoice {
   public:
     /// Takes over the events of the options and of the dialog.
-    ImagingSoftwareChoice(const Services& services, platform::WindowSystem& desktop, ImagingObjects& programs,
-                          ImagingWindows& windows, CameraLink& camera,
+    ImagingSoftwareChoice(const LinkServices& services, platform::WindowSystem& desktop,
+                          ImagingObjects& programs, ImagingWindows& windows, CameraLink& camera,
                           const ImagingSoftwareControls& controls, frmSelectCCSoftware& dialog);
 
     /// The program whose window is open, else the stored one, else the one that is installed, else the
@@ -75,7 +75,7 @@ class ImagingSoftwareChoice {
 
     void popUp(const std::string& text, double seconds);
 
-    Services services_;
+    LinkServices services_;
     platform::WindowSystem& desktop_;
     ImagingObjects& programs_;
     ImagingWindows& windows_;

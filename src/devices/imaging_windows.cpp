@@ -18,7 +18,7 @@ bool contains(const std::string& text, const char* part) { return text.find(part
 
 }  // namespace
 
-ImagingWindows::ImagingWindows(const Services& services, WindowSystem& desktop,
+ImagingWindows::ImagingWindows(const LinkServices& services, WindowSystem& desktop,
                                const ImagingObjects& programs)
     : services_(services), desktop_(desktop), programs_(programs) {}
 

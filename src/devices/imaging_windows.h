@@ -5,7 +5,7 @@
 #include <string>
 
 #include "devices/imaging_objects.h"
-#include "devices/services.h"
+#include "devices/link_services.h"
 #include "platform/window_system.h"
 
 namespace vantrel::devices {
@@ -13,7 +13,8 @@ namespace vantrel::devices {
 /// Window results are zero when there is no such window. Nothing here throws.
 class ImagingWindows {
   public:
-    ImagingWindows(const Services& services, platform::WindowSystem& desktop, const ImagingObjects& programs);
+    ImagingWindows(const LinkServices& services, platform::WindowSystem& desktop,
+                   const ImagingObjects& programs);
 
     platform::WindowId FindMaxImMainWindow() const;
     /// CCDSoft's main window, without a report when it is missing.
@@ -47,7 +48,7 @@ class ImagingWindows {
     bool connectButtonIsSet();
     void reportMissing(const std::string& text);
 
-    Services services_;
+    LinkServices services_;
     platform::WindowSystem& desktop_;
     const ImagingObjects& programs_;
 };

@@ -7,7 +7,7 @@ namespace vantrel::devices {
 
 using namespace platform;
 
-TelescopeDesk::TelescopeDesk(const Services& services, TelescopeLink& link, frmTelescope& window)
+TelescopeDesk::TelescopeDesk(const LinkServices& services, TelescopeLink& link, frmTelescope& window)
     : services_(services), link_(link), window_(window), Timer1_(services.loop, Milliseconds{1000}) {
     window_.onLoad = [this] { Form_Load(); };
     window_.onUnload = [this] { Form_Unload(); };

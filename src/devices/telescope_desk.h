@@ -12,7 +12,7 @@ namespace vantrel::devices {
 class TelescopeDesk {
   public:
     /// Takes over the window's events.
-    TelescopeDesk(const Services& services, TelescopeLink& link, frmTelescope& window);
+    TelescopeDesk(const LinkServices& services, TelescopeLink& link, frmTelescope& window);
 
     /// Links the telescope when the program starts: the stored driver, or one that the operator chooses.
     void linkAtStartUp();
@@ -39,7 +39,7 @@ class TelescopeDesk {
     void showNotConnected();
     std::string storedTelescope();
 
-    Services services_;
+    LinkServices services_;
     TelescopeLink& link_;
     frmTelescope& window_;
     platform::Timer Timer1_;

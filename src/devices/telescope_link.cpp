@@ -83,7 +83,7 @@ class TelescopeLink::Disconnecting {
     bool& flag_;
 };
 
-TelescopeLink::TelescopeLink(const Services& services, engine::UtilityPort& utility, frmTelescope& window)
+TelescopeLink::TelescopeLink(const LinkServices& services, engine::UtilityPort& utility, frmTelescope& window)
     : services_(services), utility_(utility), window_(window) {}
 
 // ---- choosing, connecting, disconnecting

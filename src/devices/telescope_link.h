@@ -9,7 +9,7 @@
 #include <string>
 
 #include "devices/frm_telescope.h"
-#include "devices/services.h"
+#include "devices/link_services.h"
 
 namespace vantrel::devices {
 
@@ -18,7 +18,7 @@ struct LinkOperation;
 
 class TelescopeLink : public engine::TelescopePort {
   public:
-    TelescopeLink(const Services& services, engine::UtilityPort& utility, frmTelescope& window);
+    TelescopeLink(const LinkServices& services, engine::UtilityPort& utility, frmTelescope& window);
 
     /// Lets the operator choose the driver, remembers the choice and connects to it. When nothing is chosen
     /// the driver stays.
@@ -112,7 +112,7 @@ class TelescopeLink : public engine::TelescopePort {
     void report(const LinkOperation& operation, const platform::OperationError& error);
     void popUp(const std::string& text, double seconds);
 
-    Services services_;
+    LinkServices services_;
     engine::UtilityPort& utility_;
     frmTelescope& window_;
 

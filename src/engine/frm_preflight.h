@@ -10,7 +10,7 @@ class frmPreflight : public platform::Form {
   public:
     explicit frmPreflight(platform::Screen& screen);
 
-    platform::Picture picSky;       // coloured by the expected uncertainty
+    platform::PictureBox picSky;    // coloured by the expected uncertainty
     platform::TextBox txtForecast;  // several lines
     platform::TextBox txtLowest;    // degrees: lower than this nothing is looked at
     platform::TextBox txtHorizon;   // file of the horizon, may be empty

@@ -5,8 +5,8 @@
 #include <iostream>
 
 #include "headless/descriptor_lines.h"
+#include "headless/headless_program.h"
 #include "headless/options.h"
-#include "headless/program.h"
 #include "headless/system_time.h"
 #include "platform/descriptors.h"
 #include "platform/own_program.h"
@@ -28,18 +28,20 @@ int runVirtual(const headless::Options& options, headless::CommandSource& comman
                headless::ReplySink& replies, const platform::TerminationWatch& termination) {
     const auto start = options.start ? *options.start : *platform::parseInstant(headless::kVirtualStart);
     platform::VirtualTime time(start, kLongestRun, kMostSteps);
-    return headless::Program(options, time, commands, replies).run([&] { return termination.requested(); })
+    return headless::HeadlessProgram(options, time, commands, replies).run([&] {
+        return termination.requested();
+    })
                ? kSuccess
                : kFailure;
 }
 
 int runReal(const headless::Options& options, headless::DescriptorCommands& commands,
             headless::ReplySink& replies, const platform::TerminationWatch& termination) {
-    const headless::Program* running = nullptr;
+    const headless::HeadlessProgram* running = nullptr;
     headless::SystemTime time(options.start.value_or(headless::SystemTime::now()), [&] {
         return running != nullptr && running->wantsInput() ? commands.descriptor() : -1;
     });
-    headless::Program program(options, time, commands, replies);
+    headless::HeadlessProgram program(options, time, commands, replies);
     running = &program;
     return program.run([&] { return termination.requested(); }) ? kSuccess : kFailure;
 }

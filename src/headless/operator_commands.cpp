@@ -128,7 +128,7 @@ Outcome OperatorCommands::read(const CommandFields& fields) {
 }
 
 Outcome OperatorCommands::drawing(const CommandFields& fields) {
-    return replying(toJson(requiredKind<Picture>(control(fields), "picture").drawing()));
+    return replying(toJson(requiredKind<PictureBox>(control(fields), "picture").drawing()));
 }
 
 Outcome OperatorCommands::wait(const CommandFields& fields) {

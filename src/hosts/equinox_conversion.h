@@ -4,13 +4,13 @@
 
 #include <functional>
 
-#include "hosts/equatorial_position.h"
+#include "hosts/mount_position.h"
 #include "platform/clock.h"
 
 namespace vantrel::hosts {
 
 struct EquinoxConversion {
-    using Function = std::function<EquatorialPosition(const EquatorialPosition&, platform::Instant utc)>;
+    using Function = std::function<MountPosition(const MountPosition&, platform::Instant utc)>;
     Function toDate;   // from J2000 to the equator and equinox of the instant
     Function toJ2000;  // and back
 };

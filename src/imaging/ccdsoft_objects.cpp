@@ -13,7 +13,7 @@ using platform::Value;
 
 // ---- the camera
 
-CCDSoftCamera::CCDSoftCamera(CCDSoftProgram& program)
+CCDSoftCameraObject::CCDSoftCameraObject(CCDSoftProgram& program)
     : ProgramObject("CCDSoft.Camera", program), program_(program) {
     addLink();
     addFrame();
@@ -21,7 +21,7 @@ CCDSoftCamera::CCDSoftCamera(CCDSoftProgram& program)
     addFiles();
 }
 
-void CCDSoftCamera::addLink() {
+void CCDSoftCameraObject::addLink() {
     method("Connect", [this](const Arguments&) {
         program_.connect();
         return Value();
@@ -36,7 +36,7 @@ void CCDSoftCamera::addLink() {
     });
 }
 
-void CCDSoftCamera::addFrame() {
+void CCDSoftCameraObject::addFrame() {
     CCDSoftProgram::Settings& settings = program_.settings;
     constexpr int kFarOut = 1'000'000;
     cameraNumbers(settings.binX, settings.binY, "FilterIndexZeroBased", settings.filter);
@@ -50,7 +50,7 @@ void CCDSoftCamera::addFrame() {
     flag("ScreenShutter", settings.screenShutter);
 }
 
-void CCDSoftCamera::addExposure() {
+void CCDSoftCameraObject::addExposure() {
     CCDSoftProgram::Settings& settings = program_.settings;
     constexpr int kLongestSeries = 10'000;
     property(
@@ -74,14 +74,14 @@ void CCDSoftCamera::addExposure() {
     });
 }
 
-void CCDSoftCamera::takeImage() {
+void CCDSoftCameraObject::takeImage() {
     constexpr platform::Milliseconds kLook{100};
     program_.takeImages();
     if (program_.settings.asynchronous) return;
     while (!program_.complete()) program_.bench().loop.sleep(kLook);
 }
 
-void CCDSoftCamera::addFiles() {
+void CCDSoftCameraObject::addFiles() {
     CCDSoftProgram::Settings& settings = program_.settings;
     flag("AutoSaveOn", settings.autoSave);
     number("AutoSaveFileFormat", settings.autoSaveFileFormat, 0, 0);

@@ -7,9 +7,9 @@
 namespace vantrel::imaging {
 
 /// "CCDSoft.Camera".
-class CCDSoftCamera : public ProgramObject {
+class CCDSoftCameraObject : public ProgramObject {
   public:
-    explicit CCDSoftCamera(CCDSoftProgram& program);
+    explicit CCDSoftCameraObject(CCDSoftProgram& program);
 
   private:
     void addLink();

@@ -45,7 +45,7 @@ void ImagingPrograms::install(platform::ClassRegistry& classes, const std::strin
                                   {[this] { maxIm_.start(); }, platform::toText(MaxImProgram::kVersion)});
     bench_.desktop.installProgram(ccdSoft, {[this] { ccdSoft_.start(); }, CCDSoftProgram::kFileVersion});
 
-    classes.install("MaxIm.CCDCamera", {objectOf<MaxImCamera>(maxIm_), maxIm, "", ""});
+    classes.install("MaxIm.CCDCamera", {objectOf<MaxImCameraObject>(maxIm_), maxIm, "", ""});
     classes.install("MaxIm.Application", {objectOf<MaxImApplication>(maxIm_), maxIm, "", ""});
     classes.install("MaxIm.Document", {[this] {
                                            maxIm_.start();
@@ -53,14 +53,14 @@ void ImagingPrograms::install(platform::ClassRegistry& classes, const std::strin
                                        },
                                        maxIm, "", ""});
     const std::string builtIn = folder + "Vantrel.exe";
-    classes.install("Vantrel.CCDCamera", {objectOf<MaxImCamera>(builtIn_), builtIn, "", ""});
+    classes.install("Vantrel.CCDCamera", {objectOf<MaxImCameraObject>(builtIn_), builtIn, "", ""});
     classes.install("Vantrel.Application", {objectOf<MaxImApplication>(builtIn_), builtIn, "", ""});
     classes.install("Vantrel.Document", {[this] {
                                              builtIn_.start();
                                              return MaxImDocument::current(builtIn_);
                                          },
                                          builtIn, "", ""});
-    classes.install("CCDSoft.Camera", {objectOf<CCDSoftCamera>(ccdSoft_), ccdSoft, "", ""});
+    classes.install("CCDSoft.Camera", {objectOf<CCDSoftCameraObject>(ccdSoft_), ccdSoft, "", ""});
     classes.install("CCDSoft.Image", {objectOf<CCDSoftImage>(ccdSoft_, stars_), ccdSoft, "", ""});
 }
 

@@ -13,7 +13,7 @@ using platform::Value;
 
 // ---- the camera
 
-MaxImCamera::MaxImCamera(MaxImProgram& program)
+MaxImCameraObject::MaxImCameraObject(MaxImProgram& program)
     : ProgramObject(program.classPrefix() + ".CCDCamera", program), program_(program), run_(program.run()) {
     program_.clientCame();
     addLink();
@@ -21,16 +21,16 @@ MaxImCamera::MaxImCamera(MaxImProgram& program)
     addExposure();
 }
 
-MaxImCamera::~MaxImCamera() { program_.clientLeft(run_); }
+MaxImCameraObject::~MaxImCameraObject() { program_.clientLeft(run_); }
 
-void MaxImCamera::addLink() {
+void MaxImCameraObject::addLink() {
     property(
         "LinkEnabled", [this] { return Value(program_.connected()); },
         [this](const Value& value) { value.toBool() ? program_.connect() : program_.disconnect(); });
     flag("DisableAutoShutdown", program_.settings.disableAutoShutdown);
 }
 
-void MaxImCamera::addFrame() {
+void MaxImCameraObject::addFrame() {
     const auto camera = [this]() -> const platform::CameraFacts& {
         return program_.bench().camera.get().facts();
     };
@@ -50,7 +50,7 @@ void MaxImCamera::addFrame() {
 }
 
 /// In binned pixels; whether the frame fits is looked at when it is exposed.
-void MaxImCamera::addFrameNumber(const char* name, int SubFrame::*member) {
+void MaxImCameraObject::addFrameNumber(const char* name, int SubFrame::*member) {
     property(
         name, [this, member] { return Value(program_.frame().*member); },
         [this, member](const Value& value) {
@@ -60,7 +60,7 @@ void MaxImCamera::addFrameNumber(const char* name, int SubFrame::*member) {
         });
 }
 
-void MaxImCamera::addExposure() {
+void MaxImCameraObject::addExposure() {
     method("Expose", [this](const Arguments& arguments) {
         const double seconds = argument(arguments, 0).toDouble();
         const bool light = arguments.size() < 2 || arguments[1].toBool();

@@ -6,12 +6,12 @@
 namespace vantrel::imaging {
 
 /// "MaxIm.CCDCamera".
-class MaxImCamera : public ProgramObject {
+class MaxImCameraObject : public ProgramObject {
   public:
-    explicit MaxImCamera(MaxImProgram& program);
-    ~MaxImCamera() override;
-    MaxImCamera(const MaxImCamera&) = delete;
-    MaxImCamera& operator=(const MaxImCamera&) = delete;
+    explicit MaxImCameraObject(MaxImProgram& program);
+    ~MaxImCameraObject() override;
+    MaxImCameraObject(const MaxImCameraObject&) = delete;
+    MaxImCameraObject& operator=(const MaxImCameraObject&) = delete;
 
   private:
     void addLink();

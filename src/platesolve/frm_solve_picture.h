@@ -20,7 +20,7 @@ class frmSolvePicture : public platform::Form {
     platform::TextBox txtRoll, txtPositionAngle;  // degrees; the latter of the picture's upper edge
     platform::TextBox txtField;                   // degrees, across and down
     platform::TextBox txtMatched;                 // stars of the catalogue, of those in the picture
-    platform::Picture picPlate;                   // the matched stars are circled
+    platform::PictureBox picPlate;                // the matched stars are circled
     platform::Button cmdOK;
 };
 

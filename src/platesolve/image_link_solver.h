@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "platesolve/plate_solve_panel.h"
-#include "platesolve/services.h"
+#include "platesolve/solve_services.h"
 
 namespace vantrel::platesolve {
 

@@ -6,7 +6,7 @@
 
 #include "platesolve/catalog_setup.h"
 #include "platesolve/plate_solve_panel.h"
-#include "platesolve/services.h"
+#include "platesolve/solve_services.h"
 
 namespace vantrel::platesolve {
 

@@ -193,11 +193,11 @@ Control::Properties Gauge::properties() const {
     return all;
 }
 
-Picture::Picture(Form& form, std::string name) : Control(form, std::move(name)) {
+PictureBox::PictureBox(Form& form, std::string name) : Control(form, std::move(name)) {
     setInitialColors(color::kWindowBackground, color::kWindowText);
 }
 
-void Picture::setDrawing(Drawing drawing) {
+void PictureBox::setDrawing(Drawing drawing) {
     drawing_ = std::move(drawing);
     changed.emit();
 }

@@ -280,9 +280,9 @@ class Gauge : public Control {
     int thousandths_ = 0;
 };
 
-class Picture : public Control {
+class PictureBox : public Control {
   public:
-    Picture(Form& form, std::string name);
+    PictureBox(Form& form, std::string name);
 
     const Drawing& drawing() const { return drawing_; }
     void setDrawing(Drawing drawing);

@@ -674,7 +674,7 @@ QWidget* widgetFor(const platform::Control& control, const Theme& theme) {
     if (is(static_cast<const TextBox*>(nullptr))) return new LineField;
     if (is(static_cast<const ComboBox*>(nullptr))) return new QComboBox;
     if (is(static_cast<const Gauge*>(nullptr))) return new GaugeBar;
-    if (is(static_cast<const Picture*>(nullptr))) return new PictureWidget(theme, DrawingKind::kChart);
+    if (is(static_cast<const PictureBox*>(nullptr))) return new PictureWidget(theme, DrawingKind::kChart);
     if (is(static_cast<const Frame*>(nullptr))) {
         auto* const box = new QGroupBox;
         new QVBoxLayout(box);

@@ -155,7 +155,7 @@ class ReadoutTie : public TieOf<platform::TextBox, QLabel> {
     }
 };
 
-class PictureTie : public TieOf<platform::Picture, PictureWidget> {
+class PictureTie : public TieOf<platform::PictureBox, PictureWidget> {
   public:
     using TieOf::TieOf;
     void show() override {
@@ -164,7 +164,7 @@ class PictureTie : public TieOf<platform::Picture, PictureWidget> {
     }
 };
 
-class PlateTie : public TieOf<platform::Picture, PlateView> {
+class PlateTie : public TieOf<platform::PictureBox, PlateView> {
   public:
     using TieOf::TieOf;
     void show() override {

@@ -21,11 +21,11 @@ constexpr const char* kUsualPort = "32227";
 constexpr std::uint32_t kClientId = 4711;  // tells this program from others at the same server
 
 hosts::EquinoxConversion equinoxConversion() {
-    const auto convert = [](const hosts::EquatorialPosition& position, platform::Instant utc,
+    const auto convert = [](const hosts::MountPosition& position, platform::Instant utc,
                             sky::SkyPosition (sky::SkyOfDate::*turn)(const sky::SkyPosition&) const) {
         const sky::SkyPosition from{position.rightAscension * 15, position.declination};
         const sky::SkyPosition to = (sky::SkyOfDate(utc).*turn)(from);
-        return hosts::EquatorialPosition{to.ra / 15, to.dec};
+        return hosts::MountPosition{to.ra / 15, to.dec};
     };
     return {[convert](const auto& position, platform::Instant utc) {
                 return convert(position, utc, &sky::SkyOfDate::apparent);
@@ -70,9 +70,9 @@ void Devices::restore() {
     const auto port = [this] {
         return static_cast<int>(platform::leadingNumber(setting(kPortKey, kUsualPort)));
     };
-    alpaca_.emplace(hosts::alpaca::Services{surroundings_.loop, alpacaClient_, surroundings_.background,
-                                            hosts::searchNetwork, port, equinoxConversion(),
-                                            surroundings_.openPage, surroundings_.tell},
+    alpaca_.emplace(hosts::alpaca::Surroundings{surroundings_.loop, alpacaClient_, surroundings_.background,
+                                                hosts::searchNetwork, port, equinoxConversion(),
+                                                surroundings_.openPage, surroundings_.tell},
                     surroundings_.settings, surroundings_.classes);
     indi_.install(surroundings_.classes, surroundings_.settings.read("Main", "MyTelescopeID").value_or(""));
     useCamera(setting(kCameraKey));

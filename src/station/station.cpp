@@ -9,7 +9,7 @@ namespace vantrel::station {
 
 namespace {
 
-std::unique_ptr<platform::Background> backgroundOf(const Surroundings& surroundings,
+std::unique_ptr<platform::Background> backgroundOf(const StationSurroundings& surroundings,
                                                    platform::OutsideCalls& calls) {
     if (surroundings.realTime) return std::make_unique<platform::BackgroundThreads>(surroundings.loop, calls);
     return std::make_unique<platform::BackgroundOfLoop>(surroundings.loop);
@@ -17,7 +17,7 @@ std::unique_ptr<platform::Background> backgroundOf(const Surroundings& surroundi
 
 }  // namespace
 
-Station::Station(const Surroundings& surroundings, std::uint64_t seed)
+Station::Station(const StationSurroundings& surroundings, std::uint64_t seed)
     : surroundings_(surroundings),
       background_(backgroundOf(surroundings, outsideCalls_)),
       observatory_(surroundings.loop, surroundings.folders, seed, seams()),

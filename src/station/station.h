@@ -25,7 +25,7 @@
 namespace vantrel::station {
 
 /// What a front gives; all of it must outlive the station.
-struct Surroundings {
+struct StationSurroundings {
     platform::EventLoop& loop;
     const platform::FolderMap& folders;
     platform::SettingsRoot& settings;
@@ -44,7 +44,7 @@ struct Surroundings {
 class Station {
   public:
     /// All noise of the simulator comes from the seed.
-    Station(const Surroundings& surroundings, std::uint64_t seed);
+    Station(const StationSurroundings& surroundings, std::uint64_t seed);
 
     /// Opens the built-in imaging program that the settings name, so that a first start finds one open and
     /// asks nothing. Not where a real one is installed. Throws what the settings throw when they can't be
@@ -69,7 +69,7 @@ class Station {
     observatory::ObservatorySeams seams();
     DeviceSurroundings deviceSurroundings();
 
-    Surroundings surroundings_;
+    StationSurroundings surroundings_;
     platform::OutsideCalls outsideCalls_;
     std::unique_ptr<platform::Background> background_;
     platform::DesktopWindows playedWindows_;

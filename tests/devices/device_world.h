@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "devices/services.h"
+#include "devices/link_services.h"
 #include "platform/class_registry.h"
 #include "platform/form.h"
 #include "platform/queued_event_loop.h"
@@ -52,7 +52,7 @@ struct DeviceWorld {
     RecordingMessages messages;
     engine::RunState state;
     platform::Screen screen{{0, 0, 1920, 1040}};
-    devices::Services services{loop, host, settings, log, messages, state};
+    devices::LinkServices services{loop, host, settings, log, messages, state};
 };
 
 }  // namespace vantrel::test

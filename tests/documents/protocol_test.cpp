@@ -10,8 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "headless/headless_program.h"
 #include "headless/options.h"
-#include "headless/program.h"
 #include "headless/script_lines.h"
 #include "headless/small_program.h"
 #include "markdown.h"
@@ -76,7 +76,7 @@ std::vector<json> answersTo(const std::vector<std::string>& commands, Options op
     ListedCommands lines;
     for (const std::string& command : commands) lines.add(command);
     KeptReplies kept;
-    EXPECT_TRUE(Program(options, time, lines, kept).run([] { return false; }));
+    EXPECT_TRUE(HeadlessProgram(options, time, lines, kept).run([] { return false; }));
     return kept.replies;
 }
 

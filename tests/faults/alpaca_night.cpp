@@ -127,22 +127,22 @@ class AlpacaDevices : public NetworkDevices {
           http_(workshop.loop),
           client_(http_, hosts::PumpedWait(workshop.loop, workshop.calls, workshop.stopping), 17),
           background_(workshop.loop),
-          services_{.loop = workshop.loop,
-                    .client = client_,
-                    .background = background_,
-                    .search = [](const auto&) -> std::unique_ptr<hosts::UdpSearch> { return nullptr; },
-                    .discoveryPort = [] { return 32227; },
-                    .equinox = {},
-                    .openPage = [](const auto&) { return true; },
-                    .tell = workshop.tell} {
+          surroundings_{.loop = workshop.loop,
+                        .client = client_,
+                        .background = background_,
+                        .search = [](const auto&) -> std::unique_ptr<hosts::UdpSearch> { return nullptr; },
+                        .discoveryPort = [] { return 32227; },
+                        .equinox = {},
+                        .openPage = [](const auto&) { return true; },
+                        .tell = workshop.tell} {
         http_.answer = [this](const platform::HttpRequest& request) { return answer(request); };
         const hosts::ServerAddress server{"10.0.0.7", 11111};
         // Also for the solver that knows where the mount points.
         mount_ = std::make_shared<hosts::alpaca::Telescope>(
-            services_, DeviceRecord{"telescope", "M1", "Mount", server, 0}, [](const auto&) {});
+            surroundings_, DeviceRecord{"telescope", "M1", "Mount", server, 0}, [](const auto&) {});
         workshop.classes.install(kAlpacaMount, {[this] { return mount_; }, "", "Telescope", "Mount"});
         workshop.observatory.imaging().useCamera(std::make_shared<hosts::alpaca::Camera>(
-            services_, DeviceRecord{"camera", "C1", "Camera", server, 0}, [](const auto&) {}));
+            surroundings_, DeviceRecord{"camera", "C1", "Camera", server, 0}, [](const auto&) {}));
     }
 
     std::vector<std::string> takeRequests() override {
@@ -233,7 +233,7 @@ class AlpacaDevices : public NetworkDevices {
     test::FakeHttp http_;
     hosts::alpaca::Client client_;
     platform::BackgroundOfLoop background_;
-    hosts::alpaca::Services services_;
+    hosts::alpaca::Surroundings surroundings_;
     std::shared_ptr<hosts::alpaca::Telescope> mount_;
     std::string twice_;
     platform::TimerHandle back_;

@@ -58,7 +58,7 @@ TEST(Options, SettingsThatCannotBeUsedAreToldBeforeTheStart) {
         platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
         test::ListedCommands commands;
         test::KeptReplies replies;
-        EXPECT_THAT([&] { Program(options, time, commands, replies); },
+        EXPECT_THAT([&] { HeadlessProgram(options, time, commands, replies); },
                     ThrowsMessage<std::runtime_error>(HasSubstr(text)));
     }
 }
@@ -82,7 +82,7 @@ TEST(Options, SettingsThatNeverEndAreToldBeforeTheStart) {
         platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
         test::ListedCommands commands;
         test::KeptReplies replies;
-        EXPECT_THAT([&] { Program(options, time, commands, replies); },
+        EXPECT_THAT([&] { HeadlessProgram(options, time, commands, replies); },
                     ThrowsMessage<std::runtime_error>(HasSubstr(text)));
     }
 }

@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include "headless/program.h"
+#include "headless/headless_program.h"
 #include "script_lines.h"
 #include "support/temp_folder.h"
 
@@ -163,7 +163,7 @@ class Script {
         options.installed = installed_;
         platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
         KeptReplies replies;
-        EXPECT_TRUE(Program(options, time, commands_, replies).run([] { return false; }));
+        EXPECT_TRUE(HeadlessProgram(options, time, commands_, replies).run([] { return false; }));
         return resultOf(replies.replies);
     }
 

@@ -37,7 +37,7 @@ struct SmallWindow : Form {
     OptionButton optOne, optTwo;
     ComboBox cmbColor;
     MenuItem mnuExit;
-    Picture picPlot;
+    PictureBox picPlot;
 };
 
 class SmallMount : public DispatchObject {

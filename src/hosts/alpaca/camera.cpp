@@ -55,11 +55,12 @@ CameraOrder::Part partOf(const CameraOrder& order, const CameraFacts& facts) {
 
 }  // namespace
 
-Camera::Camera(const Services& services, const DeviceRecord& device, Moved moved, WheelSearch findWheel)
-    : services_(services),
+Camera::Camera(const Surroundings& surroundings, const DeviceRecord& device, Moved moved,
+               WheelSearch findWheel)
+    : surroundings_(surroundings),
       moved_(std::move(moved)),
       findWheel_(std::move(findWheel)),
-      link_(services, device, moved_) {}
+      link_(surroundings, device, moved_) {}
 
 // ---- connecting
 
@@ -75,7 +76,7 @@ void Camera::connect() {
         throw;
     }
     thermometer_.reset();
-    thermometer_ = services_.loop.every(kBetweenMeasurements, [this] {
+    thermometer_ = surroundings_.loop.every(kBetweenMeasurements, [this] {
         if (measuring_ == nullptr && connected()) measure(0);
     });
 }
@@ -144,14 +145,14 @@ void Camera::connectWheel() {
     try {
         const auto found = findWheel_(link_.device().server);
         if (!found) return;
-        auto wheel = std::make_unique<FilterWheel>(services_, *found, moved_);
+        auto wheel = std::make_unique<FilterWheel>(surroundings_, *found, moved_);
         wheel->connect();
         facts_.filters = wheel->filters();
         wheel_ = std::move(wheel);
     } catch (const GivenUp&) {
         throw;
     } catch (const std::runtime_error& error) {
-        services_.tell("The filter wheel can't be used: " + std::string(error.what()));
+        surroundings_.tell("The filter wheel can't be used: " + std::string(error.what()));
     }
 }
 
@@ -209,7 +210,7 @@ void Camera::start(const CameraOrder& order) {
         stop();
         begin(order_);
     }
-    exposure_ = std::make_unique<Exposure>(services_, link_, order_.seconds,
+    exposure_ = std::make_unique<Exposure>(surroundings_, link_, order_.seconds,
                                            ImageLimits{facts_.width, facts_.height});
 }
 
@@ -240,7 +241,7 @@ void Camera::requireSensible(const CameraOrder& order) const {
 /// Binning, frame and filter of the order.
 void Camera::setUp() {
     order_ = binning_.ask<DeviceError>(
-        order_, [this](const CameraOrder& binned) { setBinning(binned); }, name(), services_.tell);
+        order_, [this](const CameraOrder& binned) { setBinning(binned); }, name(), surroundings_.tell);
     const CameraOrder::Part part = partOf(order_, facts_);
     put("startx", "StartX", part.left);
     put("starty", "StartY", part.top);

@@ -21,7 +21,8 @@ class Camera : public platform::CameraHardware {
     /// The filter wheel at a server, if it has one. May wait.
     using WheelSearch = std::function<std::optional<DeviceRecord>(const ServerAddress&)>;
 
-    Camera(const Services& services, const DeviceRecord& device, Moved moved, WheelSearch findWheel = {});
+    Camera(const Surroundings& surroundings, const DeviceRecord& device, Moved moved,
+           WheelSearch findWheel = {});
 
     std::string name() const override { return link_.name(); }
     void connect() override;
@@ -58,7 +59,7 @@ class Camera : public platform::CameraHardware {
     void measure(std::size_t reading);
     platform::PlainPixels picture(const Exposure& exposure) const;
 
-    const Services& services_;
+    const Surroundings& surroundings_;
     Moved moved_;
     WheelSearch findWheel_;
     DeviceLink link_;

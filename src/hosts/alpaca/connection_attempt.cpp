@@ -46,8 +46,8 @@ bool isTrue(const Result<Json>& result) {
 
 int firstWithConnect(const std::string& deviceType) { return deviceType == "filterwheel" ? 3 : 4; }
 
-ConnectionAttempt::ConnectionAttempt(const Services& services, DeviceRecord device, Over over)
-    : services_(services), target_{std::move(device)}, over_(std::move(over)) {
+ConnectionAttempt::ConnectionAttempt(const Surroundings& surroundings, DeviceRecord device, Over over)
+    : surroundings_(surroundings), target_{std::move(device)}, over_(std::move(over)) {
     lookUp();
 }
 
@@ -73,7 +73,7 @@ void ConnectionAttempt::lookUp() {
 /// `reason`: why the device isn't where it was.
 void ConnectionAttempt::search(std::exception_ptr reason) {
     discovery_ = std::make_unique<Discovery>(
-        services_,
+        surroundings_,
         [this, reason = std::move(reason)](const std::vector<DeviceRecord>& devices) {
             const auto held = std::move(discovery_);
             const auto found = std::find_if(
@@ -108,8 +108,8 @@ void ConnectionAttempt::connect() {
     command("connect", {}, [this](Result<Json> result) {
         if (isRefusedAsUnknown(result)) return connectAsOfOld();
         if (auto* failure = std::get_if<std::exception_ptr>(&result)) return fail(*failure);
-        connectStarted_ = services_.loop.clock().sinceStart();
-        timer_ = services_.loop.every(kBetweenConnecting, [this] { waitForConnect(); });
+        connectStarted_ = surroundings_.loop.clock().sinceStart();
+        timer_ = surroundings_.loop.every(kBetweenConnecting, [this] { waitForConnect(); });
     });
 }
 
@@ -125,7 +125,7 @@ void ConnectionAttempt::waitForConnect() {
     ask(path("connecting"), [this](Result<Json> result) {
         if (auto* failure = std::get_if<std::exception_ptr>(&result)) return fail(*failure);
         if (!isTrue(result)) return verify();
-        if (services_.loop.clock().sinceStart() - connectStarted_ > kTimeToConnect)
+        if (surroundings_.loop.clock().sinceStart() - connectStarted_ > kTimeToConnect)
             fail(std::make_exception_ptr(
                 std::runtime_error(target_.device.name + " has been connecting for half a minute.")));
     });
@@ -159,7 +159,7 @@ void ConnectionAttempt::command(const std::string& member, const Parameters& par
 }
 
 void ConnectionAttempt::send(const Question& question, Heard heard) {
-    exchange_ = services_.client.ask(question, [this, heard = std::move(heard)](Result<Json> result) {
+    exchange_ = surroundings_.client.ask(question, [this, heard = std::move(heard)](Result<Json> result) {
         const auto held = std::move(exchange_);
         heard(std::move(result));
     });

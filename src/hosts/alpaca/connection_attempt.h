@@ -9,7 +9,7 @@
 
 #include "hosts/alpaca/device_record.h"
 #include "hosts/alpaca/discovery.h"
-#include "hosts/alpaca/services.h"
+#include "hosts/alpaca/surroundings.h"
 
 namespace vantrel::hosts::alpaca {
 
@@ -28,7 +28,7 @@ class ConnectionAttempt {
   public:
     /// `over` hears of the end, from the event loop, and may let go of this. Given up when this goes.
     using Over = std::function<void(Result<Connected>)>;
-    ConnectionAttempt(const Services& services, DeviceRecord device, Over over);
+    ConnectionAttempt(const Surroundings& surroundings, DeviceRecord device, Over over);
 
   private:
     void lookUp();
@@ -48,7 +48,7 @@ class ConnectionAttempt {
     void fail(std::exception_ptr failure);
     void end(Result<Connected> result);
 
-    const Services& services_;
+    const Surroundings& surroundings_;
     Connected target_;
     Over over_;
     HttpExchange exchange_;

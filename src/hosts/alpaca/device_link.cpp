@@ -16,9 +16,9 @@ constexpr int kMostTroubles = 2;
 
 }  // namespace
 
-DeviceLink::DeviceLink(const Services& services, DeviceRecord device,
+DeviceLink::DeviceLink(const Surroundings& surroundings, DeviceRecord device,
                        std::function<void(const DeviceRecord&)> moved)
-    : services_(services), device_(std::move(device)), moved_(std::move(moved)) {}
+    : surroundings_(surroundings), device_(std::move(device)), moved_(std::move(moved)) {}
 
 DeviceLink::~DeviceLink() = default;
 
@@ -28,8 +28,8 @@ void DeviceLink::connect() {
     if (connected()) return;
     if (attempt_ == nullptr) begin();
     try {
-        services_.client.wait([this] { return attempt_ == nullptr; }, kTimeToGetConnected,
-                              name() + " didn't get connected in time.");
+        surroundings_.client.wait([this] { return attempt_ == nullptr; }, kTimeToGetConnected,
+                                  name() + " didn't get connected in time.");
     } catch (...) {
         turnOff();
         throw;
@@ -44,7 +44,7 @@ void DeviceLink::connect() {
 void DeviceLink::begin() {
     failure_ = nullptr;
     attempt_ = std::make_unique<ConnectionAttempt>(
-        services_, device_, [this](Result<Connected> result) { noteEnd(std::move(result)); });
+        surroundings_, device_, [this](Result<Connected> result) { noteEnd(std::move(result)); });
 }
 
 void DeviceLink::noteEnd(Result<Connected> result) {
@@ -56,10 +56,10 @@ void DeviceLink::noteEnd(Result<Connected> result) {
     const Connected& connected = std::get<Connected>(result);
     device_ = connected.device;
     interfaceVersion_ = connected.interfaceVersion;
-    if (state_ == State::kLost) services_.tell(name() + " is back.");
+    if (state_ == State::kLost) surroundings_.tell(name() + " is back.");
     state_ = State::kOn;
     troubles_ = 0;
-    timer_ = services_.loop.every(kBetweenWatches, [this] { watch(); });
+    timer_ = surroundings_.loop.every(kBetweenWatches, [this] { watch(); });
     moved_(device_);
 }
 
@@ -72,9 +72,9 @@ void DeviceLink::disconnect() {
     question.patience = kTimeToDisconnect;
     if (!isPlatform7()) question.parameters = {{"Connected", formText(false)}};
     try {
-        services_.client.get(question);
+        surroundings_.client.get(question);
     } catch (const std::runtime_error& error) {
-        services_.tell(name() + ": " + error.what());
+        surroundings_.tell(name() + ": " + error.what());
     }
 }
 
@@ -105,13 +105,13 @@ void DeviceLink::put(const std::string& member, const Parameters& parameters, Mi
 }
 
 HttpExchange DeviceLink::ask(const std::string& member, std::function<void(Result<Json>)> heard) {
-    return services_.client.ask(question(member), std::move(heard));
+    return surroundings_.client.ask(question(member), std::move(heard));
 }
 
 Json DeviceLink::exchange(const Question& question) {
     requireConnected();
     try {
-        Json value = services_.client.get(question);
+        Json value = surroundings_.client.get(question);
         troubles_ = 0;
         return value;
     } catch (const ServerError& error) {
@@ -156,8 +156,8 @@ void DeviceLink::lose(const std::string& why) {
     if (state_ != State::kOn) return;
     state_ = State::kLost;
     whyLost_ = why;
-    services_.tell("The connection to " + name() + " is lost: " + why);
-    timer_ = services_.loop.every(kBetweenTrials, [this] { tryAgain(); });
+    surroundings_.tell("The connection to " + name() + " is lost: " + why);
+    timer_ = surroundings_.loop.every(kBetweenTrials, [this] { tryAgain(); });
 }
 
 void DeviceLink::tryAgain() {

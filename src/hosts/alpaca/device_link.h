@@ -12,14 +12,15 @@
 
 #include "hosts/alpaca/connection_attempt.h"
 #include "hosts/alpaca/device_record.h"
-#include "hosts/alpaca/services.h"
+#include "hosts/alpaca/surroundings.h"
 
 namespace vantrel::hosts::alpaca {
 
 class DeviceLink {
   public:
     /// `moved` hears where the device was found, each time it was.
-    DeviceLink(const Services& services, DeviceRecord device, std::function<void(const DeviceRecord&)> moved);
+    DeviceLink(const Surroundings& surroundings, DeviceRecord device,
+               std::function<void(const DeviceRecord&)> moved);
     ~DeviceLink();
     DeviceLink(const DeviceLink&) = delete;
     DeviceLink& operator=(const DeviceLink&) = delete;
@@ -61,7 +62,7 @@ class DeviceLink {
     void tryAgain();
     void turnOff();
 
-    const Services& services_;
+    const Surroundings& surroundings_;
     DeviceRecord device_;
     std::function<void(const DeviceRecord&)> moved_;
     int interfaceVersion_ = 1;

@@ -33,13 +33,13 @@ std::optional<int> portIn(const std::string& answer) {
     return std::nullopt;
 }
 
-Discovery::Discovery(const Services& services, Found found, std::string wantedId)
-    : services_(services),
+Discovery::Discovery(const Surroundings& surroundings, Found found, std::string wantedId)
+    : surroundings_(surroundings),
       found_(std::move(found)),
       wantedId_(std::move(wantedId)),
-      start_(services.loop.clock().sinceStart()),
-      search_(services.search({services.discoveryPort(), kGroup, kQuestion})),
-      timer_(services.loop.every(kBetweenAnswers, [this] { tick(); })) {}
+      start_(surroundings.loop.clock().sinceStart()),
+      search_(surroundings.search({surroundings.discoveryPort(), kGroup, kQuestion})),
+      timer_(surroundings.loop.every(kBetweenAnswers, [this] { tick(); })) {}
 
 void Discovery::tick() {
     if (search_ != nullptr) listen();
@@ -57,7 +57,7 @@ void Discovery::listen() {
         servers_.push_back(server);
         askForDevices(server);
     }
-    if (services_.loop.clock().sinceStart() - start_ >= kTimeToAnswer) search_.reset();
+    if (surroundings_.loop.clock().sinceStart() - start_ >= kTimeToAnswer) search_.reset();
 }
 
 /// First who the server is, then what it has.
@@ -66,10 +66,11 @@ void Discovery::askForDevices(const ServerAddress& server) {
     const auto ask = [this, server](const char* what, std::function<void(Json)> heard) {
         const Question question{
             .server = server, .path = std::string("/management/v1/") + what, .patience = kTimeToList};
-        exchanges_.push_back(services_.client.ask(question, [heard = std::move(heard)](Result<Json> result) {
-            const Json* const value = std::get_if<Json>(&result);
-            heard(value == nullptr ? Json() : *value);
-        }));
+        exchanges_.push_back(
+            surroundings_.client.ask(question, [heard = std::move(heard)](Result<Json> result) {
+                const Json* const value = std::get_if<Json>(&result);
+                heard(value == nullptr ? Json() : *value);
+            }));
     };
     ask("description", [this, ask, server](const Json& description) {
         // Some servers send a plain text.

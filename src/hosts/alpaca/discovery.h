@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "hosts/alpaca/device_record.h"
-#include "hosts/alpaca/services.h"
+#include "hosts/alpaca/surroundings.h"
 
 namespace vantrel::hosts::alpaca {
 
@@ -23,7 +23,7 @@ class Discovery {
 
     /// `found` hears of all devices at the end. With a wanted ID (see DeviceRecord::id) the search ends as
     /// soon as that device was found. Given up when this goes; `found` may let go of it.
-    Discovery(const Services& services, Found found, std::string wantedId = {});
+    Discovery(const Surroundings& surroundings, Found found, std::string wantedId = {});
 
   private:
     void tick();
@@ -33,7 +33,7 @@ class Discovery {
     bool isComplete() const;
     void end();
 
-    const Services& services_;
+    const Surroundings& surroundings_;
     Found found_;
     std::string wantedId_;
     platform::Milliseconds start_;

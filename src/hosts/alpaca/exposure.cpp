@@ -78,17 +78,18 @@ struct Decoding {
 
 }  // namespace
 
-Exposure::Exposure(const Services& services, DeviceLink& link, double seconds, const ImageLimits& limits)
-    : services_(services),
+Exposure::Exposure(const Surroundings& surroundings, DeviceLink& link, double seconds,
+                   const ImageLimits& limits)
+    : surroundings_(surroundings),
       link_(link),
       limits_(limits),
       seconds_(seconds),
       ordered_(seconds),
-      start_(services.loop.clock().utc()),
+      start_(surroundings.loop.clock().utc()),
       began_(now()),
       answered_(now()),
       due_(now() + std::min(fromSeconds(seconds), kBetweenStates)),
-      timer_(services.loop.every(kTick, [this] { tick(); })) {}
+      timer_(surroundings.loop.every(kTick, [this] { tick(); })) {}
 
 void Exposure::tick() {
     if (exchange_ == nullptr && decoding_ == nullptr && now() >= due_) (this->*step_)();
@@ -172,31 +173,32 @@ void Exposure::readDuration() {
 
 void Exposure::download() {
     ++downloads_;
-    exchange_ =
-        services_.client.fetch(link_.question("imagearray"), std::string(kImageBytes) + ", application/json",
-                               downloadLimits(limits_), [this](Result<HttpAnswer> result) {
-                                   const auto held = std::move(exchange_);
-                                   try {
-                                       HttpAnswer answer = valueOf(std::move(result));
-                                       requireGood(answer, link_.device().server.text());
-                                       decode(std::move(answer));
-                                   } catch (const std::runtime_error& error) {
-                                       if (downloads_ == kMostDownloads) return fail(error.what());
-                                       next(&Exposure::download, kBetweenDownloads);
-                                   }
-                               });
+    exchange_ = surroundings_.client.fetch(link_.question("imagearray"),
+                                           std::string(kImageBytes) + ", application/json",
+                                           downloadLimits(limits_), [this](Result<HttpAnswer> result) {
+                                               const auto held = std::move(exchange_);
+                                               try {
+                                                   HttpAnswer answer = valueOf(std::move(result));
+                                                   requireGood(answer, link_.device().server.text());
+                                                   decode(std::move(answer));
+                                               } catch (const std::runtime_error& error) {
+                                                   if (downloads_ == kMostDownloads)
+                                                       return fail(error.what());
+                                                   next(&Exposure::download, kBetweenDownloads);
+                                               }
+                                           });
 }
 
 void Exposure::decode(HttpAnswer answer) {
     const auto work = std::make_shared<Decoding>(Decoding{std::move(answer), limits_});
-    decoding_ = services_.background.run([work] { work->run(); },
-                                         [this, work] {
-                                             const auto held = std::move(decoding_);
-                                             if (!work->image) return fail(work->failure);
-                                             image_ = std::move(work->image);
-                                             progress_ = Progress::kReady;
-                                             timer_.reset();
-                                         });
+    decoding_ = surroundings_.background.run([work] { work->run(); },
+                                             [this, work] {
+                                                 const auto held = std::move(decoding_);
+                                                 if (!work->image) return fail(work->failure);
+                                                 image_ = std::move(work->image);
+                                                 progress_ = Progress::kReady;
+                                                 timer_.reset();
+                                             });
 }
 
 // ---- when something goes wrong

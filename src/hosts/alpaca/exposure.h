@@ -21,7 +21,7 @@ class Exposure {
     using Progress = platform::CameraHardware::Progress;
 
     /// Of an exposure that the camera was just told to begin. The limits are the sensor's.
-    Exposure(const Services& services, DeviceLink& link, double seconds, const ImageLimits& limits);
+    Exposure(const Surroundings& surroundings, DeviceLink& link, double seconds, const ImageLimits& limits);
 
     Progress progress() const { return progress_; }
 
@@ -58,9 +58,9 @@ class Exposure {
     void proceed(Step step);
     void fail(const std::string& why);
 
-    platform::Milliseconds now() const { return services_.loop.clock().sinceStart(); }
+    platform::Milliseconds now() const { return surroundings_.loop.clock().sinceStart(); }
 
-    const Services& services_;
+    const Surroundings& surroundings_;
     DeviceLink& link_;
     ImageLimits limits_;
     double seconds_;

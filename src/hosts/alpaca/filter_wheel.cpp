@@ -17,9 +17,9 @@ constexpr Milliseconds kBetweenPositions{250};
 
 }  // namespace
 
-FilterWheel::FilterWheel(const Services& services, const DeviceRecord& device,
+FilterWheel::FilterWheel(const Surroundings& surroundings, const DeviceRecord& device,
                          std::function<void(const DeviceRecord&)> moved)
-    : services_(services), link_(services, device, std::move(moved)) {}
+    : surroundings_(surroundings), link_(surroundings, device, std::move(moved)) {}
 
 void FilterWheel::connect() {
     link_.connect();
@@ -38,12 +38,12 @@ void FilterWheel::turnTo(int filter) {
         throw std::runtime_error(link_.name() + " has no filter number " + std::to_string(filter) + ".");
     if (position() == filter) return;
     link_.put("position", {{"Position", formText(filter)}});
-    const Milliseconds start = services_.loop.clock().sinceStart();
+    const Milliseconds start = surroundings_.loop.clock().sinceStart();
     while (position() != filter) {
-        if (services_.loop.clock().sinceStart() - start > kTimeToTurn)
+        if (surroundings_.loop.clock().sinceStart() - start > kTimeToTurn)
             throw std::runtime_error(link_.name() + " didn't turn to the filter " +
                                      filters_[static_cast<std::size_t>(filter)] + ".");
-        services_.client.pause(kBetweenPositions);
+        surroundings_.client.pause(kBetweenPositions);
     }
 }
 

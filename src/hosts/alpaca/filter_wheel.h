@@ -11,7 +11,7 @@ namespace vantrel::hosts::alpaca {
 
 class FilterWheel {
   public:
-    FilterWheel(const Services& services, const DeviceRecord& device,
+    FilterWheel(const Surroundings& surroundings, const DeviceRecord& device,
                 std::function<void(const DeviceRecord&)> moved);
 
     /// Waits; throws as DeviceLink does.
@@ -28,7 +28,7 @@ class FilterWheel {
   private:
     int position();
 
-    const Services& services_;
+    const Surroundings& surroundings_;
     DeviceLink link_;
     std::vector<std::string> filters_;
 };

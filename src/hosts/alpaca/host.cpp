@@ -43,8 +43,8 @@ std::vector<DeviceRecord> devicesFrom(const std::string& text) {
 
 }  // namespace
 
-Host::Host(Services services, platform::SettingsRoot& settings, platform::ClassRegistry& classes)
-    : services_(std::move(services)), settings_(settings), classes_(classes) {
+Host::Host(Surroundings surroundings, platform::SettingsRoot& settings, platform::ClassRegistry& classes)
+    : surroundings_(std::move(surroundings)), settings_(settings), classes_(classes) {
     load();
     for (const DeviceRecord& device : known_) install(device);
 }
@@ -53,15 +53,15 @@ Host::Host(Services services, platform::SettingsRoot& settings, platform::ClassR
 
 std::vector<DeviceRecord> Host::search() {
     std::optional<std::vector<DeviceRecord>> found;
-    const Discovery discovery(services_,
+    const Discovery discovery(surroundings_,
                               [&found](std::vector<DeviceRecord> devices) { found = std::move(devices); });
-    services_.client.wait([&found] { return found.has_value(); }, kSearchTime,
-                          "The search didn't end in time.");
+    surroundings_.client.wait([&found] { return found.has_value(); }, kSearchTime,
+                              "The search didn't end in time.");
     return std::move(*found);
 }
 
 std::vector<DeviceRecord> Host::devicesAt(const ServerAddress& server) {
-    return devicesIn(services_.client.get({.server = server, .path = "/management/v1/configureddevices"}),
+    return devicesIn(surroundings_.client.get({.server = server, .path = "/management/v1/configureddevices"}),
                      server);
 }
 
@@ -110,7 +110,7 @@ void Host::load() {
     try {
         known_ = devicesFrom(settings_.read(kSection, kKey).value_or("[]"));
     } catch (const std::runtime_error& error) {
-        services_.tell("The stored Alpaca devices can't be read: " + std::string(error.what()));
+        surroundings_.tell("The stored Alpaca devices can't be read: " + std::string(error.what()));
     }
     if (known_.size() > kMostKnown) known_.resize(kMostKnown);
 }
@@ -121,7 +121,7 @@ void Host::store() {
     try {
         settings_.write(kSection, kKey, list.dump());
     } catch (const std::runtime_error& error) {
-        services_.tell("The Alpaca devices can't be stored: " + std::string(error.what()));
+        surroundings_.tell("The Alpaca devices can't be stored: " + std::string(error.what()));
     }
 }
 
@@ -132,7 +132,7 @@ void Host::install(const DeviceRecord& device) {
     const std::string place = device.serverName.empty() ? device.server.text() : device.serverName;
     platform::AutomationClass telescope;
     telescope.create = [this, id = device.id(), device] {
-        return std::make_shared<Telescope>(services_, find(id).value_or(device),
+        return std::make_shared<Telescope>(surroundings_, find(id).value_or(device),
                                            [this](const DeviceRecord& moved) { noteMoved(moved); });
     };
     telescope.deviceType = "Telescope";
@@ -145,7 +145,7 @@ std::unique_ptr<platform::CameraHardware> Host::camera(const std::string& id) {
     if (!device || device->type != "camera")
         throw std::runtime_error("There is no Alpaca camera \"" + id + "\".");
     return std::make_unique<Camera>(
-        services_, *device, [this](const DeviceRecord& moved) { noteMoved(moved); },
+        surroundings_, *device, [this](const DeviceRecord& moved) { noteMoved(moved); },
         [this](const ServerAddress& server) { return wheelAt(server); });
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "hosts/alpaca/device_record.h"
-#include "hosts/alpaca/services.h"
+#include "hosts/alpaca/surroundings.h"
 #include "platform/camera_hardware.h"
 #include "platform/class_registry.h"
 #include "platform/settings_root.h"
@@ -21,7 +21,7 @@ namespace vantrel::hosts::alpaca {
 class Host {
   public:
     /// Installs the telescopes that are remembered. Must outlive all its devices.
-    Host(Services services, platform::SettingsRoot& settings, platform::ClassRegistry& classes);
+    Host(Surroundings surroundings, platform::SettingsRoot& settings, platform::ClassRegistry& classes);
 
     /// Everything that answers in the network. Waits some seconds; throws GivenUp.
     std::vector<DeviceRecord> search();
@@ -49,7 +49,7 @@ class Host {
     void load();
     void store();
 
-    Services services_;
+    Surroundings surroundings_;
     platform::SettingsRoot& settings_;
     platform::ClassRegistry& classes_;
     std::vector<DeviceRecord> known_;

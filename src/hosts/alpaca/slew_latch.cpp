@@ -7,14 +7,14 @@ namespace {
 constexpr platform::Milliseconds kGrace{2000};
 constexpr double kNear = 1.0 / 60;  // degrees
 
-bool areNear(const std::optional<EquatorialPosition>& a, const std::optional<EquatorialPosition>& b) {
+bool areNear(const std::optional<MountPosition>& a, const std::optional<MountPosition>& b) {
     return a && b && separation(*a, *b) < kNear;
 }
 
 }  // namespace
 
 SlewLatch::Verdict SlewLatch::judge(platform::Milliseconds now, bool saysSlewing,
-                                    const std::optional<EquatorialPosition>& where) {
+                                    const std::optional<MountPosition>& where) {
     seen_ = seen_ || saysSlewing;
     if (saysSlewing) return Verdict::kSlewing;
     if (seen_) return Verdict::kOver;

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "hosts/equatorial_position.h"
+#include "hosts/mount_position.h"
 #include "platform/clock.h"
 
 namespace vantrel::hosts::alpaca {
@@ -13,20 +13,18 @@ namespace vantrel::hosts::alpaca {
 class SlewLatch {
   public:
     /// Nothing for a place that isn't known.
-    SlewLatch(platform::Milliseconds now, std::optional<EquatorialPosition> from,
-              const EquatorialPosition& to)
+    SlewLatch(platform::Milliseconds now, std::optional<MountPosition> from, const MountPosition& to)
         : start_(now), from_(from), to_(to) {}
 
     enum class Verdict { kSlewing, kOver, kTookNoNotice };
 
     /// What the mount says, and where it says that it is.
-    Verdict judge(platform::Milliseconds now, bool saysSlewing,
-                  const std::optional<EquatorialPosition>& where);
+    Verdict judge(platform::Milliseconds now, bool saysSlewing, const std::optional<MountPosition>& where);
 
   private:
     platform::Milliseconds start_;
-    std::optional<EquatorialPosition> from_;
-    EquatorialPosition to_;
+    std::optional<MountPosition> from_;
+    MountPosition to_;
     bool seen_ = false;
 };
 

@@ -28,7 +28,7 @@ double checked(const Json& value, const std::string& what, double least, double 
     return *number;
 }
 
-EquatorialPosition checkedPosition(const Json& ra, const Json& dec) {
+MountPosition checkedPosition(const Json& ra, const Json& dec) {
     const double hours = checked(ra, "right ascension", 0, 24);
     return {hours == 24 ? 0 : hours, checked(dec, "declination", -90, 90)};
 }
@@ -43,9 +43,11 @@ Value toValue(const Json& json) {
 
 }  // namespace
 
-Telescope::Telescope(const Services& services, const DeviceRecord& device,
+Telescope::Telescope(const Surroundings& surroundings, const DeviceRecord& device,
                      std::function<void(const DeviceRecord&)> moved)
-    : DispatchObject(device.id()), services_(services), link_(services, device, std::move(moved)) {
+    : DispatchObject(device.id()),
+      surroundings_(surroundings),
+      link_(surroundings, device, std::move(moved)) {
     addIdentity();
     addPosition();
     addMotion();
@@ -66,7 +68,7 @@ void Telescope::addIdentity() {
         const DeviceRecord& device = link_.device();
         const std::string page = baseUrl(device.server) + "/setup/v1/" + device.type + "/" +
                                  std::to_string(device.number) + "/setup";
-        if (!services_.openPage(page)) throw std::runtime_error("The page " + page + " can't be opened.");
+        if (!surroundings_.openPage(page)) throw std::runtime_error("The page " + page + " can't be opened.");
         return Value();
     });
 }
@@ -146,12 +148,13 @@ Telescope::System Telescope::equatorialSystem() {
 // ---- where it is
 
 /// Of date.
-EquatorialPosition Telescope::position() {
-    const EquatorialPosition raw = rawPosition();
-    return system_ == System::kJ2000 ? services_.equinox.toDate(raw, services_.loop.clock().utc()) : raw;
+MountPosition Telescope::position() {
+    const MountPosition raw = rawPosition();
+    return system_ == System::kJ2000 ? surroundings_.equinox.toDate(raw, surroundings_.loop.clock().utc())
+                                     : raw;
 }
 
-std::optional<EquatorialPosition> Telescope::positionIfKnown() {
+std::optional<MountPosition> Telescope::positionIfKnown() {
     try {
         return position();
     } catch (const GivenUp&) {
@@ -162,7 +165,7 @@ std::optional<EquatorialPosition> Telescope::positionIfKnown() {
 }
 
 /// In the mount's own system. Both numbers at once from those that can.
-EquatorialPosition Telescope::rawPosition() {
+MountPosition Telescope::rawPosition() {
     if (link_.isPlatform7() && hasState_) {
         const auto state = deviceState();
         const auto ra = state.find("RightAscension");
@@ -176,7 +179,7 @@ EquatorialPosition Telescope::rawPosition() {
 // ---- slews
 
 void Telescope::slew(const Arguments& arguments) {
-    EquatorialPosition target{argument(arguments, 0).toDouble(), argument(arguments, 1).toDouble()};
+    MountPosition target{argument(arguments, 0).toDouble(), argument(arguments, 1).toDouble()};
     if (!(target.rightAscension >= 0 && target.rightAscension <= 24))
         throw std::runtime_error("A right ascension must be between 0 and 24 hours.");
     if (!(target.declination >= -90 && target.declination <= 90))
@@ -186,14 +189,15 @@ void Telescope::slew(const Arguments& arguments) {
 
     if (!flagOr("tracking", true)) link_.put("tracking", {{"Tracking", formText(true)}});
     const auto from = positionIfKnown();
-    const EquatorialPosition sent =
-        system_ == System::kJ2000 ? services_.equinox.toJ2000(target, services_.loop.clock().utc()) : target;
+    const MountPosition sent = system_ == System::kJ2000
+                                   ? surroundings_.equinox.toJ2000(target, surroundings_.loop.clock().utc())
+                                   : target;
     slew_.reset();
     link_.put(
         "slewtocoordinatesasync",
         {{"RightAscension", formText(sent.rightAscension)}, {"Declination", formText(sent.declination)}},
         kTimeToBeginSlew);
-    slew_.emplace(services_.loop.clock().sinceStart(), from, target);
+    slew_.emplace(surroundings_.loop.clock().sinceStart(), from, target);
 }
 
 bool Telescope::isSlewing() {
@@ -201,7 +205,7 @@ bool Telescope::isSlewing() {
     if (!slew_) return saysSlewing;
     const auto where = saysSlewing ? std::nullopt : positionIfKnown();
     if (!slew_) return saysSlewing;  // aborted while the place was asked for
-    switch (slew_->judge(services_.loop.clock().sinceStart(), saysSlewing, where)) {
+    switch (slew_->judge(surroundings_.loop.clock().sinceStart(), saysSlewing, where)) {
         case SlewLatch::Verdict::kSlewing:
             return true;
         case SlewLatch::Verdict::kOver:

@@ -17,7 +17,7 @@ namespace vantrel::hosts::alpaca {
 /// is what the watch saw last.
 class Telescope : public platform::DispatchObject {
   public:
-    Telescope(const Services& services, const DeviceRecord& device,
+    Telescope(const Surroundings& surroundings, const DeviceRecord& device,
               std::function<void(const DeviceRecord&)> moved);
 
   private:
@@ -30,9 +30,9 @@ class Telescope : public platform::DispatchObject {
 
     void connect(bool wanted);
     System equatorialSystem();
-    EquatorialPosition position();
-    std::optional<EquatorialPosition> positionIfKnown();
-    EquatorialPosition rawPosition();
+    MountPosition position();
+    std::optional<MountPosition> positionIfKnown();
+    MountPosition rawPosition();
     void slew(const platform::Arguments& arguments);
     bool isSlewing();
 
@@ -43,7 +43,7 @@ class Telescope : public platform::DispatchObject {
     double number(const std::string& name, const char* what, double least, double most);
     std::map<std::string, Json> deviceState();
 
-    const Services& services_;
+    const Surroundings& surroundings_;
     DeviceLink link_;
     System system_ = System::kOfDate;
     bool hasState_ = true;

@@ -134,13 +134,13 @@ const Property& Mount::coordinates() const {
 }
 
 /// In the equinox that the driver counts in.
-EquatorialPosition Mount::reading() const {
+MountPosition Mount::reading() const {
     const Property* found = device_.find(coordinateProperty());
     if (found == nullptr) return {};
     return {found->number("RA").value_or(0), found->number("DEC").value_or(0)};
 }
 
-EquatorialPosition Mount::position() const {
+MountPosition Mount::position() const {
     coordinates();
     if (!countsInJ2000()) return reading();
     return surroundings_.equinox.toDate(reading(), surroundings_.loop.clock().utc());
@@ -154,7 +154,7 @@ Milliseconds Mount::pollingPeriod() const {
 
 // ---- slews
 
-void Mount::slewTo(const EquatorialPosition& ofDate) {
+void Mount::slewTo(const MountPosition& ofDate) {
     const std::string property = coordinateProperty();
     coordinates();
     if (!(std::abs(ofDate.declination) <= 90) || !(0 <= ofDate.rightAscension && ofDate.rightAscension <= 24))
@@ -162,7 +162,7 @@ void Mount::slewTo(const EquatorialPosition& ofDate) {
                                  " hours with a declination of " + platform::toText(ofDate.declination) +
                                  " degrees");
     if (parked()) throw std::runtime_error(name() + " is parked: unpark it first");
-    EquatorialPosition target = ofDate;
+    MountPosition target = ofDate;
     if (countsInJ2000()) target = surroundings_.equinox.toJ2000(ofDate, surroundings_.loop.clock().utc());
     target.rightAscension = wrapped(target.rightAscension, 24);
 

@@ -41,9 +41,9 @@ class Mount {
     void disconnect() { device_.disconnect(); }
     bool connected() const { return device_.ready(); }
 
-    EquatorialPosition position() const;
+    MountPosition position() const;
     /// Returns when the driver has begun to slew; it goes on tracking where it arrives.
-    void slewTo(const EquatorialPosition& ofDate);
+    void slewTo(const MountPosition& ofDate);
     /// Until it has arrived and said where. Throws when the slew failed.
     bool slewing() const;
     void abort();
@@ -68,7 +68,7 @@ class Mount {
     platform::Milliseconds pollingPeriod() const;
     std::string coordinateProperty() const;
     const Property& coordinates() const;
-    EquatorialPosition reading() const;
+    MountPosition reading() const;
     bool countsInJ2000() const;
 
     bool preparable() const;

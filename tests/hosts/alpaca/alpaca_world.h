@@ -8,7 +8,7 @@
 
 #include "hosts/alpaca/client.h"
 #include "hosts/alpaca/fake_server.h"
-#include "hosts/alpaca/services.h"
+#include "hosts/alpaca/surroundings.h"
 #include "hosts/fake_http.h"
 #include "platform/outside_call.h"
 #include "platform/queued_event_loop.h"
@@ -55,7 +55,7 @@ class AlpacaWorld {
     std::vector<std::string> pages;
     std::vector<std::string> lines;
 
-    hosts::alpaca::Services services{
+    hosts::alpaca::Surroundings surroundings{
         .loop = loop,
         .client = client,
         .background = background,
@@ -66,10 +66,10 @@ class AlpacaWorld {
             },
         .discoveryPort = [] { return 32227; },
         // As if J2000 lay 0.1 hours and 1 degree below.
-        .equinox = {.toDate = [](const auto& j2000, auto) -> hosts::EquatorialPosition {
+        .equinox = {.toDate = [](const auto& j2000, auto) -> hosts::MountPosition {
                         return {j2000.rightAscension + 0.1, j2000.declination + 1};
                     },
-                    .toJ2000 = [](const auto& ofDate, auto) -> hosts::EquatorialPosition {
+                    .toJ2000 = [](const auto& ofDate, auto) -> hosts::MountPosition {
                         return {ofDate.rightAscension - 0.1, ofDate.declination - 1};
                     }},
         .openPage =

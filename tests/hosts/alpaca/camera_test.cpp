@@ -100,7 +100,7 @@ struct CameraTest : testing::Test, test::AlpacaWorld {
     test::FakeServer& server = servers["10.0.0.7:11111"];
     platform::TimerHandle ready;
     std::unique_ptr<Camera> camera = std::make_unique<Camera>(
-        services, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2}, [](const auto&) {});
+        surroundings, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2}, [](const auto&) {});
 };
 
 // ---- what it is
@@ -587,8 +587,9 @@ TEST_F(CameraTest, APictureLargerThanTheSensorIsRefused) {
 
 TEST_F(CameraTest, MayGoAtAnyMoment) {
     for (const auto moment : {0ms, 100ms, 700ms, 2400ms, 2500ms, 2600ms, 3000ms}) {
-        camera = std::make_unique<Camera>(
-            services, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2}, [](const auto&) {});
+        camera = std::make_unique<Camera>(surroundings,
+                                          DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2},
+                                          [](const auto&) {});
         camera->connect();
         camera->start({.seconds = 2});
         loop.sleep(moment);
@@ -633,7 +634,8 @@ struct FilterWheelTest : CameraTest {
             });
         };
         camera = std::make_unique<Camera>(
-            services, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2}, [](const auto&) {},
+            surroundings, DeviceRecord{"camera", "C1", "The camera", {"10.0.0.7", 11111}, 2},
+            [](const auto&) {},
             [](const ServerAddress& server) {
                 return DeviceRecord{"filterwheel", "", "The wheel", server, 0};
             });

@@ -57,7 +57,7 @@ struct DeviceLinkTest : testing::Test, test::AlpacaWorld {
 
     DeviceRecord record{"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 3, "S"};
     std::vector<DeviceRecord> moves;
-    DeviceLink link{services, record, [this](const DeviceRecord& device) { moves.push_back(device); }};
+    DeviceLink link{surroundings, record, [this](const DeviceRecord& device) { moves.push_back(device); }};
     platform::TimerHandle connected;
 };
 
@@ -216,7 +216,7 @@ TEST_F(DeviceLinkTest, SearchesTheNetworkForADeviceThatIsNotWhereItWas) {
 
 TEST_F(DeviceLinkTest, TakesATypedDeviceAtItsWord) {
     server().values.erase("management/v1/configureddevices");
-    DeviceLink typed(services, {"telescope", "", "Typed", {"10.0.0.7", 11111}, 3}, [](const auto&) {});
+    DeviceLink typed(surroundings, {"telescope", "", "Typed", {"10.0.0.7", 11111}, 3}, [](const auto&) {});
     typed.connect();
     EXPECT_TRUE(typed.connected());
     EXPECT_TRUE(searches.empty());

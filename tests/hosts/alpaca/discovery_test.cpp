@@ -38,7 +38,7 @@ struct DiscoveryTest : testing::Test, test::AlpacaWorld {
     std::vector<std::string> search(const std::string& wanted = {}) {
         std::optional<std::vector<DeviceRecord>> found;
         const Discovery discovery(
-            services, [&](const std::vector<DeviceRecord>& devices) { found = devices; }, wanted);
+            surroundings, [&](const std::vector<DeviceRecord>& devices) { found = devices; }, wanted);
         const auto start = now();
         while (!found && now() - start < 1min) loop.sleep(10ms);
         took = now() - start;
@@ -125,7 +125,7 @@ TEST_F(DiscoveryTest, CanBeGivenUp) {
     serverAt("10.0.0.7", {device("Telescope", 0, "A1")}).faults[""] = Fault::kSilence;
     bool heard = false;
     {
-        const Discovery discovery(services, [&](const auto&) { heard = true; });
+        const Discovery discovery(surroundings, [&](const auto&) { heard = true; });
         loop.sleep(500ms);
     }
     EXPECT_EQ(http.underWay(), 0U);

@@ -46,7 +46,7 @@ struct HostTest : testing::Test, test::AlpacaWorld {
         datagrams.push_back({5ms, {"10.0.0.7", R"({"AlpacaPort":11111})"}});
     }
 
-    Host host() { return {services, settings, classes}; }
+    Host host() { return {surroundings, settings, classes}; }
     static std::vector<std::string> idsOf(const std::vector<DeviceRecord>& devices) {
         std::vector<std::string> ids;
         for (const DeviceRecord& device : devices) ids.push_back(device.id());
@@ -170,7 +170,7 @@ TEST_F(HostTest, WorksOnWhenTheSettingsCantBeWritten) {
             throw std::runtime_error("no space left");
         }
     } full;
-    Host here(services, full, classes);
+    Host here(surroundings, full, classes);
     here.remember({"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 0});
     EXPECT_EQ(told("stored"), "The Alpaca devices can't be stored: no space left");
     EXPECT_TRUE(classes.isInstalled("Alpaca:A1/telescope"));

@@ -93,7 +93,8 @@ struct TelescopeTest : testing::Test, test::AlpacaWorld {
     std::function<void(double, double)> slewTo = [this](double ra, double dec) { standAt(ra, dec); };
     std::vector<platform::TimerHandle> events;
     std::shared_ptr<Telescope> mount = std::make_shared<Telescope>(
-        services, DeviceRecord{"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 0}, [](const auto&) {});
+        surroundings, DeviceRecord{"telescope", "A1", "The mount", {"10.0.0.7", 11111}, 0},
+        [](const auto&) {});
 };
 
 constexpr const char* kDriver = "-2147352567 ";
@@ -142,7 +143,7 @@ TEST_F(TelescopeTest, ShowsTheSetupPage) {
     connect();
     mount->call("SetupDialog");
     EXPECT_THAT(pages, ElementsAre("http://10.0.0.7:11111/setup/v1/telescope/0/setup"));
-    services.openPage = [](const std::string&) { return false; };
+    surroundings.openPage = [](const std::string&) { return false; };
     EXPECT_THAT(refusal([&] { mount->call("SetupDialog"); }), HasSubstr("can't be opened"));
 }
 

@@ -43,12 +43,12 @@ class IndiWorld : public testing::Test {
         [this](const std::string& line) { told.push_back(line); },
         // The equinox moves by an hour and a degree, so that a forgotten conversion shows.
         {.toDate =
-             [](const hosts::EquatorialPosition& p, platform::Instant) {
-                 return hosts::EquatorialPosition{p.rightAscension + 1, p.declination + 1};
+             [](const hosts::MountPosition& p, platform::Instant) {
+                 return hosts::MountPosition{p.rightAscension + 1, p.declination + 1};
              },
          .toJ2000 =
-             [](const hosts::EquatorialPosition& p, platform::Instant) {
-                 return hosts::EquatorialPosition{p.rightAscension - 1, p.declination - 1};
+             [](const hosts::MountPosition& p, platform::Instant) {
+                 return hosts::MountPosition{p.rightAscension - 1, p.declination - 1};
              }}};
     hosts::indi::Servers servers{surroundings};
     const hosts::ServerAddress address{"localhost", 7624};

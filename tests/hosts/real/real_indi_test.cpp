@@ -80,8 +80,8 @@ TEST_F(RealIndiTest, MountSlewsStopsAndRefuses) {
     EXPECT_EQ(mount.site().latitude, 50);
     EXPECT_EQ(mount.site().longitude, -10);
     if (mount.parked()) mount.unpark();
-    const EquatorialPosition here = mount.position();
-    const EquatorialPosition there{here.rightAscension, here.declination - 8};
+    const MountPosition here = mount.position();
+    const MountPosition there{here.rightAscension, here.declination - 8};
     mount.slewTo(there);
     EXPECT_TRUE(mount.slewing());
     EXPECT_TRUE(comes([&] { return !mount.slewing(); }));

@@ -13,7 +13,7 @@
 namespace vantrel::hosts::alpaca {
 
 /// Everybody else's; outlives the devices.
-struct Services {
+struct Surroundings {
     platform::EventLoop& loop;
     Client& client;
     platform::Background& background;

@@ -46,11 +46,12 @@ class OperatedApplication : public OperatedProgram {
 };
 
 /// Everything that one run needs, from the files of its user to the session.
-class Program {
+class HeadlessProgram {
   public:
     /// The clock, the commands and the replies must outlive this. Throws UsageError for classes that don't
     /// exist, std::runtime_error when a file can't be used.
-    Program(const Options& options, platform::TimeKeeper& time, CommandSource& commands, ReplySink& replies);
+    HeadlessProgram(const Options& options, platform::TimeKeeper& time, CommandSource& commands,
+                    ReplySink& replies);
 
     /// From the first command to the end of the program; true when it ended as it should. The program closes
     /// when `endRequested` says so, as at the end of the commands.

@@ -1,4 +1,4 @@
-#include "hosts/equatorial_position.h"
+#include "hosts/mount_position.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 
 namespace vantrel::hosts {
 
-double separation(const EquatorialPosition& a, const EquatorialPosition& b) {
+double separation(const MountPosition& a, const MountPosition& b) {
     // The haversine formula, which is exact for small angles as well.
     constexpr double kDegree = std::numbers::pi / 180;
     const double dec = std::sin((a.declination - b.declination) / 2 * kDegree);

@@ -1,4 +1,4 @@
-#include "headless/program.h"
+#include "headless/headless_program.h"
 
 #include <algorithm>
 
@@ -41,7 +41,8 @@ const std::vector<app::PopupMessages::Shown>& OperatedApplication::popups() cons
     return application_.popups().history();
 }
 
-Program::Program(const Options& options, TimeKeeper& time, CommandSource& commands, ReplySink& replies)
+HeadlessProgram::HeadlessProgram(const Options& options, TimeKeeper& time, CommandSource& commands,
+                                 ReplySink& replies)
     : options_(options),
       loop_(time),
       paths_(pathsFor(options)),
@@ -74,7 +75,7 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
     if (!options.installed) openImagingProgram();
 }
 
-bool Program::run(const std::function<bool()>& endRequested) {
+bool HeadlessProgram::run(const std::function<bool()>& endRequested) {
     loop_.setOnFailure([this] { application_.reportFailure(); });
     loop_.setAttendant([&] {
         if (endRequested()) session_.close();
@@ -85,7 +86,7 @@ bool Program::run(const std::function<bool()>& endRequested) {
     return session_.endedWell();
 }
 
-void Program::keepInstalled(const std::vector<std::string>& progIds) {
+void HeadlessProgram::keepInstalled(const std::vector<std::string>& progIds) {
     try {
         station_.keepInstalled(progIds);
     } catch (const std::invalid_argument& unknown) {
@@ -93,7 +94,7 @@ void Program::keepInstalled(const std::vector<std::string>& progIds) {
     }
 }
 
-void Program::openImagingProgram() {
+void HeadlessProgram::openImagingProgram() {
     try {
         station_.openImagingProgram();
     } catch (const std::exception&) {
@@ -101,7 +102,7 @@ void Program::openImagingProgram() {
     }
 }
 
-void Program::restoreDevices() {
+void HeadlessProgram::restoreDevices() {
     try {
         station_.restoreDevices();
     } catch (const std::exception&) {
@@ -109,7 +110,7 @@ void Program::restoreDevices() {
     }
 }
 
-void Program::preloadSettings(const std::filesystem::path& file) {
+void HeadlessProgram::preloadSettings(const std::filesystem::path& file) {
     constexpr std::size_t kMostBytes = 4'000'000;
     const Json sections = Json::parse(contentsOf(file, kMostBytes), nullptr, false);
     if (!sections.is_object()) throw std::runtime_error(file.string() + " holds no JSON object");

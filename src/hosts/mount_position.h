@@ -3,12 +3,12 @@
 
 namespace vantrel::hosts {
 
-struct EquatorialPosition {
+struct MountPosition {
     double rightAscension = 0;  // hours
     double declination = 0;     // degrees
 };
 
 /// Degrees between two positions.
-double separation(const EquatorialPosition& a, const EquatorialPosition& b);
+double separation(const MountPosition& a, const MountPosition& b);
 
 }  // namespace vantrel::hosts

@@ -11,7 +11,7 @@ namespace vantrel::devices {
 /// How long most messages stay.
 inline constexpr double kMessageSeconds = 5;
 
-struct Services {
+struct LinkServices {
     platform::EventLoop& loop;
     platform::AutomationHost& automation;
     engine::SettingsPort& settings;
