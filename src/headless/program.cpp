@@ -55,6 +55,7 @@ Program::Program(const Options& options, TimeKeeper& time, CommandSource& comman
                 user_.settings,
                 dialogs_,
                 paths_.cache,
+                paths_.data,
                 [this] { return application_.stopping(); },
                 {},
                 [this](const std::string& line) { application_.tell(line); },

@@ -35,6 +35,10 @@ class TychoCatalog : public StarCatalog {
     std::filesystem::path folder() const override { return path_.parent_path(); }
 
     std::uint32_t starCount() const { return starCount_; }
+    /// Julian year that the file's positions stand for.
+    double epochYear() const { return epochYear_; }
+    /// The height of a cell.
+    double cellDeg() const { return bandHeightDeg_; }
     /// Of the file's contents, as the file tells it: what is made of the catalogue is known by it.
     std::uint32_t checksum() const { return checksum_; }
 
