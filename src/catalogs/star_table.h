@@ -14,11 +14,11 @@ namespace vantrel::catalogs {
 /// The names of the columns, compared without regard to case. Where one is empty the customary names are
 /// tried: those of VizieR, Gaia's archive and plain ones.
 struct TableColumns {
-    std::string ra;   ///< degrees, ICRS or J2000
-    std::string dec;  ///< degrees
-    std::string magnitude;
-    std::string motionRa;   ///< mas a year, with cos Dec
-    std::string motionDec;  ///< mas a year
+    std::string ra = {};   ///< degrees, ICRS or J2000
+    std::string dec = {};  ///< degrees
+    std::string magnitude = {};
+    std::string motionRa = {};   ///< mas a year, with cos Dec
+    std::string motionDec = {};  ///< mas a year
 };
 
 struct StarTable {

@@ -28,7 +28,7 @@ struct TriangleRound {
 constexpr TriangleRound kTriangleRounds[] = {{12, 1.0, 0.4}, {24, 0.5, 0.7}, {45, 0.3, 1.0}};
 
 constexpr double kCatalogueSurplus = 1.5;       // catalogue stars taken per image star and field area
-constexpr std::size_t kCatalogueAtMost = 1400;  // hypotheses grow with the stars
+constexpr std::size_t kCatalogueAtMost = 2800;  // the table of their distances has 31 MB then
 constexpr std::size_t kTestedStars = 40;
 constexpr std::size_t kHopelessStars = 14;  // a hypothesis without a hit among so many stars is dropped
 // What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is a
