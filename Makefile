@@ -14,7 +14,7 @@ run: build
 
 build: dependencies
 	cmake --preset release
-	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve vantrel-solver manual
+	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve vantrel-catalog vantrel-solver manual
 
 test: dependencies
 	cmake --preset release
@@ -39,7 +39,7 @@ bench: dependencies
 package:
 	scripts/install_dependencies.sh package
 	cmake --preset release
-	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve vantrel-solver manual
+	cmake --build --preset release --target vantrel vantrel-headless vantrel-solve vantrel-catalog vantrel-solver manual
 	cd build/release && cpack
 
 dependencies:

@@ -1,24 +1,32 @@
 // How far the solver goes with what nights really bring: stars trailed, out of focus, doubled; skies bright
 // or uneven; sensors with faults; lenses that bend. Prints one row for each step of each series.
 //
-//   solver-hard-cases [COUNT] [SERIES]
+//   solver-hard-cases [COUNT] [SERIES] [deep]
 //
 // COUNT fields (20 unless told otherwise) are drawn for each step anywhere on the sky, and solved from a
 // start up to a degree off and a scale up to 3 % off; then, in the last columns, what the program says of the
-// first that wasn't solved.
+// first that wasn't solved. Series of a deep sky show stars to magnitude 16 of which Tycho-2 has the bright
+// ones only; the fainter are made, so are their numbers (see support/deep_sky.h). With "deep" they are solved
+// by a compact catalogue of that sky, else by Tycho-2 as all the others.
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "catalogs/deep_catalog.h"
 #include "fits/fits_image.h"
+#include "sky/catalog_writer.h"
 #include "sky/tycho_catalog.h"
 #include "solver/image_solving.h"
+#include "support/deep_sky.h"
 #include "support/star_field.h"
+#include "support/temp_folder.h"
 
 namespace {
 
@@ -30,6 +38,8 @@ struct Scene {
     test::FrameRecipe recipe;
     TangentWcs wcs;
     double widthDeg = 1.4;
+    double tenthMagnitude = 8000;  ///< electrons of a star of magnitude 10
+    bool deepSky = false;
     std::mt19937 random;
 
     double middleX() const { return recipe.width / 2.0; }
@@ -116,6 +126,13 @@ void addSatellites(Scene& scene, double count) {
                                        scene.recipe.height * unit(scene.random), 4, 4000, 0, 0});
 }
 
+/// An exposure in which a star of magnitude 16 is just seen.
+void showDeepSky(Scene& scene, double width) {
+    scene.widthDeg = width;
+    scene.tenthMagnitude = 200'000;
+    scene.deepSky = true;
+}
+
 const std::vector<Series>& allSeries() {
     static const std::vector<Series> series = {
         {"as it ought to be", "", {0}, {}, {}},
@@ -153,6 +170,7 @@ const std::vector<Series>& allSeries() {
         {"lens bends at 5°, corners", "% in", {1, 3, 6}, [](Scene& s, double) { s.widthDeg = 5; }, bend},
         {"lens bends at 40°, corners", "% in", {1, 3, 6}, [](Scene& s, double) { s.widthDeg = 40; }, bend},
         {"narrow field", "°", {0.6, 0.4, 0.3, 0.2}, [](Scene& s, double v) { s.widthDeg = v; }, {}},
+        {"narrow field of a deep sky", "°", {0.8, 0.6, 0.4, 0.3, 0.2}, showDeepSky, {}},
     };
     return series;
 }
@@ -161,7 +179,7 @@ void addStars(Scene& scene, const StarCatalog& catalog) {
     const auto& recipe = scene.recipe;
     const double radius = separationDeg(scene.wcs.reference, scene.wcs.toSky({0, 0})) * 1.05 + 0.02;
     // Wide fields are taken with small lenses, which don't see the faintest stars.
-    const double tenth = 8000 / std::max(1.0, scene.widthDeg / 2);
+    const double tenth = scene.tenthMagnitude / std::max(1.0, scene.widthDeg / 2);
     for (const auto& star : catalog.cone({.raDeg = scene.wcs.reference.ra,
                             .decDeg = scene.wcs.reference.dec,
                             .radiusDeg = radius,
@@ -177,9 +195,28 @@ void addStars(Scene& scene, const StarCatalog& catalog) {
     }
 }
 
-void run(const Series& series, double step, int count, const StarCatalog& catalog) {
+/// Of the stars around a field, as far as a search reaches; in a file that goes with this.
+class DeepCatalog {
+  public:
+    DeepCatalog(const StarCatalog& tycho, SkyPosition centre, std::mt19937& random) {
+        constexpr double kReachDeg = 3, kFaintest = 16.5;
+        constexpr std::uint32_t kBands = catalogs::kDeepBands;
+        CatalogWriter writer(folder_ / "deep.bin", {.bands = kBands, .magnitudeStep = 0.1}, 2000);
+        writer.add(test::deepSky(tycho, centre, kReachDeg, kFaintest, random), kBands);
+        writer.finish();
+        catalog_.emplace(folder_ / "deep.bin");
+    }
+    const StarCatalog& stars() const { return *catalog_; }
+
+  private:
+    test::TempFolder folder_{test::TempFolder::quickPlace()};
+    std::optional<TychoCatalog> catalog_;
+};
+
+void run(const Series& series, double step, int count, const StarCatalog& tycho, bool withDeep) {
     static test::FramePainter painter(1);
     int solved = 0, wrong = 0;
+    double seconds = 0;
     std::string said;
     for (int i = 0; i < count; ++i) {
         Scene scene;
@@ -192,7 +229,10 @@ void run(const Series& series, double step, int count, const StarCatalog& catalo
         const double scale = 2 * std::tan(scene.widthDeg / 2 * kDegree) / 1392 / kArcsecond;
         scene.wcs = test::wcsFor(1392, 1040, test::anywhere(scene.random), scale, 180 * unit(scene.random),
                                  scene.random() % 2 == 0);
-        addStars(scene, catalog);
+        std::optional<DeepCatalog> deep;
+        if (scene.deepSky) deep.emplace(tycho, scene.wcs.reference, scene.random);
+        addStars(scene, deep ? deep->stars() : tycho);
+        const StarCatalog& catalog = deep && withDeep ? deep->stars() : tycho;
         if (series.afterStars) series.afterStars(scene, step);
         painter.startAt(static_cast<unsigned>(i));
         const auto image = fits::FitsImage::of(painter.paint(scene.recipe));
@@ -202,7 +242,9 @@ void run(const Series& series, double step, int count, const StarCatalog& catalo
             fromTangentPlane({0.7 * unit(scene.random), 0.7 * unit(scene.random)}, scene.wcs.reference);
         clues.scales = {scale * (1 + 0.03 * unit(scene.random))};
         clues.epochYear = 2000;
+        const std::clock_t begin = std::clock();
         const auto outcome = solveImage(image, stars, clues, catalog, {});
+        seconds += static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC / count;
         if (!outcome.solution) {
             if (said.empty()) said = outcome.whyNot;
             continue;
@@ -210,8 +252,8 @@ void run(const Series& series, double step, int count, const StarCatalog& catalo
         const double off = separationDeg(outcome.solution->centre, scene.wcs.reference) * 3600 / scale;
         (off < 0.05 * scene.recipe.width ? solved : wrong) += 1;
     }
-    std::printf("| %s | %g %s | %d of %d | %d | %s |\n", series.name, step, series.unit, solved, count, wrong,
-                said.c_str());
+    std::printf("| %s | %g %s | %d of %d | %d | %.3f | %s |\n", series.name, step, series.unit, solved, count,
+                wrong, seconds, said.c_str());
     std::fflush(stdout);
 }
 
@@ -220,11 +262,12 @@ void run(const Series& series, double step, int count, const StarCatalog& catalo
 int main(int argc, char** argv) {
     const int count = argc > 1 ? std::atoi(argv[1]) : 20;
     const std::string only = argc > 2 ? argv[2] : "";
+    const bool deep = argc > 3 && std::string(argv[3]) == "deep";
     const auto catalog = TychoCatalog::openBuiltIn();
-    std::puts("| series | step | solved | wrong | what is said |");
-    std::puts("|---|---|---|---|---|");
+    std::puts("| series | step | solved | wrong | s of CPU | what is said |");
+    std::puts("|---|---|---|---|---|---|");
     for (const Series& series : allSeries())
         for (const double step : series.steps)
-            if (only.empty() || only == series.name) run(series, step, count, *catalog);
+            if (only.empty() || only == series.name) run(series, step, count, *catalog, deep);
     return 0;
 }

@@ -10,6 +10,7 @@
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
 #include "solver/catalog_choice.h"
+#include "solver/deep_stars.h"
 #include "solver/image_solving.h"
 #include "solver/pattern_store.h"
 #include "vantrel/solver.h"
@@ -32,6 +33,10 @@ std::shared_ptr<const sky::TychoCatalog> installedCatalog() {
         }
     }
     return sky::TychoCatalog::openBuiltIn();
+}
+
+std::shared_ptr<const sky::StarCatalog> ownCatalog() {
+    return solver::withDeepStars(installedCatalog(), platform::dataFolder(platform::processEnvironment));
 }
 
 void check(bool good, const char* why) {
@@ -80,11 +85,10 @@ struct FieldSolver::Parts {
     }
 };
 
-FieldSolver::FieldSolver() : parts_(std::make_shared<Parts>(installedCatalog())) {}
+FieldSolver::FieldSolver() : FieldSolver({}, 0) {}
 
 FieldSolver::FieldSolver(const std::filesystem::path& folder, int number)
-    : parts_(std::make_shared<Parts>(folder.empty() ? installedCatalog()
-                                                    : solver::openCatalog(folder, number))) {}
+    : parts_(std::make_shared<Parts>(folder.empty() ? ownCatalog() : solver::openCatalog(folder, number))) {}
 
 void FieldSolver::keepPatternsIn(const std::filesystem::path& folder) {
     const std::lock_guard lock(parts_->patternsMutex);

@@ -90,7 +90,7 @@ wine64 "$setup" /S || fail "the installer returned $?"
 program=$WINEPREFIX/drive_c/users/$(id -un)/AppData/Local/Programs/Vantrel
 start_menu="$WINEPREFIX/drive_c/users/$(id -un)/AppData/Roaming/Microsoft/Windows/Start Menu/Programs"
 uninstall_key='HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Vantrel'
-for file in bin/vantrel.exe bin/vantrel-headless.exe bin/vantrel-solve.exe share/vantrel/tycho2_compact.bin \
+for file in bin/vantrel.exe bin/vantrel-headless.exe bin/vantrel-solve.exe bin/vantrel-catalog.exe share/vantrel/tycho2_compact.bin \
     licences/LGPL-3.0-only.txt LICENSE.txt uninstall.exe; do
     [ -f "$program/$file" ] || fail "no $file"
 done

@@ -21,6 +21,7 @@
 #include "platform/user_machine.h"
 #include "sky/tycho_catalog.h"
 #include "solver/catalog_choice.h"
+#include "solver/deep_stars.h"
 #include "solver/exposure_facts.h"
 #include "solver/pattern_store.h"
 
@@ -63,6 +64,8 @@ ImageClues cluesFor(const SolveOptions& options, const FitsImage& image) {
 
 std::shared_ptr<const StarCatalog> catalogFor(const SolveOptions& options,
                                               const std::filesystem::path& cacheFolder) {
+    if (options.catalog.empty())
+        return withDeepStars(TychoCatalog::openBuiltIn(), platform::dataFolder(platform::processEnvironment));
     if (!platform::equalIgnoringCase(options.catalog, kInternetPath))
         return openCatalog(platform::pathOf(options.catalog), options.catalogNumber);
     auto catalog =

@@ -67,7 +67,8 @@ struct FieldSolution {
 /// Copies share the catalogue. One object may solve in several threads at a time.
 class VANTREL_API FieldSolver {
   public:
-    /// The star catalogue that is installed with the library. Throws std::runtime_error when it isn't there.
+    /// The star catalogue that is installed with the library and, where that has too few stars, the one that
+    /// vantrel-catalog has made for the user. Throws std::runtime_error when it isn't there.
     FieldSolver();
     /// Another one, by its folder and number: 0 GSC-1.1, 1 USNO-SA2.0, 3 GSC-ACT, 4 Tycho-2, 5 USNO-A2.0,
     /// 6 UCAC2, 7 USNO-B; UCAC4 and .290 and .1476 files are found under any number. Throws

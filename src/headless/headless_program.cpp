@@ -56,6 +56,7 @@ HeadlessProgram::HeadlessProgram(const Options& options, TimeKeeper& time, Comma
                 user_.settings,
                 dialogs_,
                 paths_.cache,
+                paths_.data,
                 [this] { return application_.stopping(); },
                 {},
                 [this](const std::string& line) { application_.tell(line); },

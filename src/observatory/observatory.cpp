@@ -6,6 +6,7 @@
 #include "helpers/util_object.h"
 #include "observatory/test_image.h"
 #include "sky/tycho_catalog.h"
+#include "solver/deep_stars.h"
 #include "solver/pattern_store.h"
 #include "solver/pin_point_plate.h"
 
@@ -123,7 +124,8 @@ void Observatory::installSolver(platform::ClassRegistry& classes) {
                                             loop_.yield();
                                             return !seams_.stopping || !seams_.stopping();
                                         }};
-        return std::make_shared<solver::PinPointPlate>(loop_.clock(), background_, folders_, seams_.stars,
+        const auto stars = [this] { return solver::withDeepStars(seams_.stars(), seams_.deepStars); };
+        return std::make_shared<solver::PinPointPlate>(loop_.clock(), background_, folders_, stars,
                                                        std::move(network), [this] { return patterns(); });
     };
     classes.install("PinPoint.Plate", {create, std::string(kFolder) + "PinPoint.dll", "", ""});

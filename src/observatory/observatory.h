@@ -39,6 +39,7 @@ struct ObservatorySeams {
     /// Without them catalogues of the network can't be asked.
     std::shared_ptr<catalogs::Downloads> downloads;
     std::filesystem::path downloadCache;  ///< folder for what was downloaded; empty keeps nothing
+    std::filesystem::path deepStars;      ///< folder of the solver's deeper catalogue, if there is one
     std::function<bool()> stopping;       ///< true when a download isn't to be waited for any longer
 };
 

@@ -13,7 +13,8 @@ UserPaths pathsBelow(const fs::path& home) {
             .drives = base / "drives",
             .documents = base / "Documents",
             .lock = base / "lock",
-            .cache = base / "cache"};
+            .cache = base / "cache",
+            .data = base / "data"};
 }
 
 std::filesystem::path sharedDataFolder() {
@@ -24,6 +25,7 @@ UserMachine::UserMachine(const UserPaths& paths)
     : settings(paths.settings),
       folders(paths.drives),
       cache(paths.cache),
+      data(paths.data),
       userProfile(paths.profile.empty() ? "C:\\Users\\" + paths.userName : paths.profile) {
     folders.map("C:\\Program Files\\Vantrel", sharedDataFolder());
     folders.map(userProfile + "\\My Documents", paths.documents);

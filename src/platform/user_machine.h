@@ -23,6 +23,7 @@ struct UserPaths {
     std::filesystem::path documents;  // the desktop's folder for documents
     std::filesystem::path lock;       // file, locked by the instance that runs
     std::filesystem::path cache;      // folder for what can be fetched again
+    std::filesystem::path data;       // folder for what the user adds to what came with the program
 };
 
 /// Everything below the one folder.
@@ -35,6 +36,11 @@ UserPaths desktopPaths(const Environment& environment);
 /// The user's folder for what can be made again (XDG_CACHE_HOME or ~/.cache, and in it "vantrel"; on Windows
 /// the program's part of the local application data). Empty when the environment names neither.
 std::filesystem::path cacheFolder(const Environment& environment);
+
+/// The user's folder for what he adds to what came with the program (XDG_DATA_HOME or ~/.local/share, and in
+/// it "vantrel"; on Windows the program's part of the local application data). Empty when the environment
+/// names neither.
+std::filesystem::path dataFolder(const Environment& environment);
 
 /// What came with the program: the built-in catalogue, the manual. ../share/vantrel beside the folder that it
 /// runs from.
@@ -50,6 +56,7 @@ class UserMachine {
     /// "C:\Program Files\Vantrel" is the folder of what came with the program.
     FolderMap folders;
     std::filesystem::path cache;
+    std::filesystem::path data;
     /// "C:\Users\name"; its "My Documents" and "Documents" are the desktop's documents folder.
     std::string userProfile;
 };

@@ -74,13 +74,21 @@ UserPaths desktopPaths(const Environment& environment) {
             .drives = data / "vantrel" / "drives",
             .documents = documentsOf(config / "user-dirs.dirs", home).value_or(home / "Documents"),
             .lock = runtime / "vantrel.lock",
-            .cache = cacheFolder(environment)};
+            .cache = cacheFolder(environment),
+            .data = dataFolder(environment)};
 }
 
 std::filesystem::path cacheFolder(const Environment& environment) {
     const fs::path home = environment("HOME").value_or("");
     const fs::path usual = home.is_absolute() ? home / ".cache" : fs::path();
     const fs::path base = baseDirectory(environment, "XDG_CACHE_HOME", usual);
+    return base.empty() ? base : base / "vantrel";
+}
+
+std::filesystem::path dataFolder(const Environment& environment) {
+    const fs::path home = environment("HOME").value_or("");
+    const fs::path usual = home.is_absolute() ? home / ".local" / "share" : fs::path();
+    const fs::path base = baseDirectory(environment, "XDG_DATA_HOME", usual);
     return base.empty() ? base : base / "vantrel";
 }
 

@@ -46,12 +46,18 @@ UserPaths desktopPaths(const Environment& environment) {
             .drives = {},
             .documents = documents.empty() ? profile / "Documents" : documents,
             .lock = local / "Vantrel" / "vantrel.lock",
-            .cache = cacheFolder(environment)};
+            .cache = cacheFolder(environment),
+            .data = dataFolder(environment)};
 }
 
 fs::path cacheFolder(const Environment& environment) {
     const fs::path local = folderOf(environment, "LOCALAPPDATA", FOLDERID_LocalAppData);
     return local.empty() ? local : local / "Vantrel" / "cache";
+}
+
+fs::path dataFolder(const Environment& environment) {
+    const fs::path local = folderOf(environment, "LOCALAPPDATA", FOLDERID_LocalAppData);
+    return local.empty() ? local : local / "Vantrel";
 }
 
 }  // namespace vantrel::platform

@@ -35,7 +35,7 @@ Program::Program(const Front& front, platform::UserMachine& user, platform::Dial
       settings_(user.settings),
       desktop_(user.folders, user.userProfile),
       screen_(workArea()),
-      station_({front.loop, user.folders, settings_, dialogs, user.cache,
+      station_({front.loop, user.folders, settings_, dialogs, user.cache, user.data,
                 [this] { return application_.stopping(); },
                 [this](const std::string& progId) {
                     if (progId == "AxisSimulator.Telescope") simulatorForm_.show();

@@ -60,7 +60,8 @@ void ConeCollector::offer(const MovingStar& star, double epochYear) {
     const bool moves = star.motionRaMas != 0 || star.motionDecMas != 0;
     const MovingStar now = moves ? carried(star, query_.epochYear - epochYear) : star;
     if (!circle_.holds(now.raDeg, now.decDeg)) return;
-    stars_.push_back({now.raDeg, now.decDeg, now.magnitude});
+    stars_.push_back({now.raDeg, now.decDeg, now.magnitude, static_cast<float>(now.motionRaMas),
+                      static_cast<float>(now.motionDecMas)});
     if (query_.maxStars > 0 && stars_.size() >= query_.maxStars + std::max(query_.maxStars, kSmallestSurplus))
         keepBrightest();
 }

@@ -18,6 +18,8 @@ struct CatalogStar {
     double raDeg = 0;   ///< 0 to 360
     double decDeg = 0;  ///< -90 to 90
     double magnitude = 0;
+    float motionRaMas = 0;  ///< mas a year along the parallel (with cos Dec); 0 where it isn't known
+    float motionDecMas = 0;
 };
 
 struct ConeQuery {

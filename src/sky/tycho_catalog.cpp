@@ -85,7 +85,7 @@ void TychoCatalog::readHeader() {
     const auto* head = reinterpret_cast<const unsigned char*>(bytes.data());
     if (bytes.size() < kHeaderBytes || std::memcmp(head, "TYC2CMP1", 8) != 0 ||
         littleEndian<std::uint32_t>(head + 8) != 1) {
-        throw CatalogError(path_.string() + " is not a compact Tycho-2 catalogue");
+        throw CatalogError(path_.string() + " is not a compact star catalogue");
     }
     starCount_ = littleEndian<std::uint32_t>(head + 12);
     cellCount_ = littleEndian<std::uint32_t>(head + 16);
@@ -175,7 +175,8 @@ CatalogStar TychoCatalog::star(std::uint32_t index, std::uint32_t band, std::uin
         s.motionDecMas = littleEndian<std::int16_t>(entry + 2);
         s = carried(s, epoch - epochYear_);
     }
-    return {s.raDeg, s.decDeg, s.magnitude};
+    return {s.raDeg, s.decDeg, s.magnitude, static_cast<float>(s.motionRaMas),
+            static_cast<float>(s.motionDecMas)};
 }
 
 /// Calls visit(band, cell, first star, stars) for every cell that the circle may touch.

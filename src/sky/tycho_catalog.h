@@ -1,9 +1,10 @@
-// Tycho-2 (Høg et al. 2000, A&A 355, L27) in one compact file.
+// Star catalogues in one compact file: the built-in Tycho-2 (Høg et al. 2000, A&A 355, L27), and the deeper
+// ones that CatalogWriter makes.
 //
-// The file holds 2.55 million stars in small cells of sky: bands of half a degree in declination, each cut
-// into cells of about the same width, stars of a cell brightest first. Positions stand at one epoch, to
-// 0.13"; stars that move 50 mas a year or more have their proper motion in a table. The file is mapped, not
-// loaded.
+// The file holds stars in small cells of sky: bands of declination, each cut into cells about as wide as the
+// band is high, stars of a cell brightest first. Positions stand at one epoch, to a 4096th of a cell; stars
+// that move 50 mas a year or more have their proper motion in a table. The built-in file has 2.55 million
+// stars in bands of half a degree, to 0.13". The file is mapped, not loaded.
 #pragma once
 
 #include <cstdint>
@@ -34,6 +35,10 @@ class TychoCatalog : public StarCatalog {
     std::filesystem::path folder() const override { return path_.parent_path(); }
 
     std::uint32_t starCount() const { return starCount_; }
+    /// Julian year that the file's positions stand for.
+    double epochYear() const { return epochYear_; }
+    /// The height of a cell.
+    double cellDeg() const { return bandHeightDeg_; }
     /// Of the file's contents, as the file tells it: what is made of the catalogue is known by it.
     std::uint32_t checksum() const { return checksum_; }
 

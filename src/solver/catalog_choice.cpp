@@ -3,6 +3,7 @@
 #include <map>
 #include <string>
 
+#include "catalogs/deep_catalog.h"
 #include "catalogs/distributions.h"
 #include "sky/tycho_catalog.h"
 
@@ -50,7 +51,8 @@ std::shared_ptr<const sky::StarCatalog> openCatalog(const std::filesystem::path&
     if (auto file = openCompact(path)) return file;
     const catalogs::CatalogFolder folder(path);
     if (auto own = openDistribution(folder, catalogNumber)) return own;
-    if (auto compact = openCompact(path / sky::kTychoFileName)) return compact;
+    for (const char* name : {catalogs::kDeepFileName, sky::kTychoFileName})
+        if (auto compact = openCompact(path / name)) return compact;
     if (auto ucac4 = catalogs::openUcac4(folder)) return ucac4;
     if (auto cells = catalogs::openCellDatabase(folder)) return cells;
     throw sky::CatalogError("no star catalogue " + catalogName(catalogNumber) + " that can be read is in " +

@@ -28,7 +28,7 @@ struct TriangleRound {
 constexpr TriangleRound kTriangleRounds[] = {{12, 1.0, 0.4}, {24, 0.5, 0.7}, {45, 0.3, 1.0}};
 
 constexpr double kCatalogueSurplus = 1.5;       // catalogue stars taken per image star and field area
-constexpr std::size_t kCatalogueAtMost = 1400;  // hypotheses grow with the stars
+constexpr std::size_t kCatalogueAtMost = 2800;  // the table of their distances has 31 MB then
 constexpr std::size_t kTestedStars = 40;
 constexpr std::size_t kHopelessStars = 14;  // a hypothesis without a hit among so many stars is dropped
 // What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is a
@@ -245,18 +245,22 @@ class Matcher {
     }
 
     /// The plate, or the one that comes of it when stars are looked for farther from their places, if it
-    /// explains what is seen. The best of the others is kept, for when nothing better comes; but not one
-    /// beside a place whose scale is out of reach.
+    /// explains what is seen. Both are judged by stars as near to their places: farther off, blends join in.
+    /// The best of the others is kept, for when nothing better comes; but not one beside a place whose scale
+    /// is out of reach.
     std::optional<RefinedPlate> settled(RefinedPlate plate) {
-        RefinementSettings settings;
-        settings.maximumResidualArcsec = settings_.maximumResidualArcsec;
+        RefinementSettings close;
+        close.firstTolerance = 2 * error_;
+        close.maximumResidualArcsec = settings_.maximumResidualArcsec;
+        RefinementSettings settings = close;
         settings.highestOrder = 1;
         constexpr double kFarthest = 40;  // pixels: a degree of turn, or as much of scale, at an image's edge
         for (settings.firstTolerance = 4 * error_;
              plate.explained < kSurelyExplained && settings.firstTolerance < kFarthest;
              settings.firstTolerance *= 2) {
-            spent_ += kRefinement;
-            const auto wider = refinePlate(field_, plate.model, settings);
+            spent_ += 2 * kRefinement;
+            auto wider = refinePlate(field_, plate.model, settings);
+            if (wider) wider = refinePlate(field_, wider->model, close);
             if (wider && wider->chanceLog10 < plate.chanceLog10) plate = *wider;
         }
         if (!credible(plate)) return std::nullopt;

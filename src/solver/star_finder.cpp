@@ -16,7 +16,8 @@ namespace vantrel::solver {
 namespace {
 
 constexpr double kFoundErrorBins = 0.3;
-constexpr std::size_t kBrightest = 30;  // stars that tell what all look like
+constexpr double kGrainOfTrails = 1.0 / 3;  // the middle of a trail is known to a twentieth of its length
+constexpr std::size_t kBrightest = 30;      // stars that tell what all look like
 
 /// The value that such a share of them lies below.
 double valueAt(double share, std::vector<double> values) {
@@ -157,6 +158,7 @@ StarList findStars(const fits::FitsImage& image, const StarSettings& settings) {
     StarList list{.stars = {}, .binning = binning, .look = lookOf(shaped)};
     list.look.width *= binning;
     list.look.trail *= binning;
+    list.binning = std::max(binning, kGrainOfTrails * list.look.trail);
     list.stars.reserve(sources.size());
     for (const Source& source : sources) {
         const ImageStar star{(source.x + 0.5) * binning - 0.5, (source.y + 0.5) * binning - 0.5,

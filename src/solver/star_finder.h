@@ -26,7 +26,8 @@ struct StarLook {
 
 struct StarList {
     std::vector<ImageStar> stars;  ///< brightest first
-    double binning = 1;            ///< pixels a side of the bins in which they were found
+    double binning = 1;  ///< pixels a side of the bins in which they were found, or that tell as little of
+                         ///< their places as their trails do
     StarLook look = {};
 };
 

@@ -9,6 +9,7 @@
 #include "fits/fits_image.h"
 #include "pictures/picture_file.h"
 #include "sky/tycho_catalog.h"
+#include "solver/deep_stars.h"
 #include "solver/exposure_facts.h"
 #include "solver/image_solving.h"
 #include "solver/pattern_store.h"
@@ -66,7 +67,7 @@ SolvedPicture told(const solver::SolvedPlate& plate, std::size_t starsFound, boo
 /// What the work beside the loop owns.
 struct FileSolver::Job {
     std::string file;
-    std::filesystem::path path, cache;
+    std::filesystem::path path, cache, data;
     std::optional<double> scale;
     Listener listener;
     std::atomic<bool> givenUp = false;
@@ -107,9 +108,10 @@ struct FileSolver::Job {
                 remark = solver::whyUnsolved(found, {});
                 return;
             }
-            const auto catalog = sky::TychoCatalog::openBuiltIn();
+            const auto builtIn = sky::TychoCatalog::openBuiltIn();
+            const auto catalog = solver::withDeepStars(builtIn, data);
             const auto allSky = [&] {
-                if (!patterns) patterns = solver::patternsOf(*catalog, cache, [](const std::string&) {});
+                if (!patterns) patterns = solver::patternsOf(*builtIn, cache, [](const std::string&) {});
                 return patterns;
             };
             const auto stopped = [this] { return givenUp.load(); };
@@ -129,8 +131,8 @@ struct FileSolver::Job {
 };
 
 FileSolver::FileSolver(platform::Background& background, const platform::FolderMap& folders,
-                       std::filesystem::path cache)
-    : background_(background), folders_(folders), cache_(std::move(cache)) {}
+                       std::filesystem::path cache, std::filesystem::path data)
+    : background_(background), folders_(folders), cache_(std::move(cache)), data_(std::move(data)) {}
 
 FileSolver::~FileSolver() { giveUp(); }
 
@@ -141,6 +143,7 @@ void FileSolver::solve(const std::string& file, std::optional<double> scale, Lis
     job->file = file;
     job->path = platform::existingImage(folders_, file).value_or(folders_.real(file));
     job->cache = cache_;
+    job->data = data_;
     job->scale = scale;
     job->listener = std::move(listener);
     job->patterns = patterns_;

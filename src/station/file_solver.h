@@ -17,9 +17,10 @@ namespace vantrel::station {
 
 class FileSolver : public platform::PictureSolver {
   public:
-    /// What is given must outlive this; `cache` is the folder for star patterns.
+    /// What is given must outlive this; `cache` is the folder for star patterns, `data` that of a deeper
+    /// catalogue.
     FileSolver(platform::Background& background, const platform::FolderMap& folders,
-               std::filesystem::path cache);
+               std::filesystem::path cache, std::filesystem::path data);
     /// Work under way ends soon after.
     ~FileSolver() override;
 
@@ -33,7 +34,7 @@ class FileSolver : public platform::PictureSolver {
 
     platform::Background& background_;
     const platform::FolderMap& folders_;
-    std::filesystem::path cache_;
+    std::filesystem::path cache_, data_;
     std::shared_ptr<const solver::StarPatterns> patterns_;  // once a picture needed them
     std::shared_ptr<Job> job_;                              // the last
     platform::BackgroundWork work_;

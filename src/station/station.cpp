@@ -22,7 +22,7 @@ Station::Station(const StationSurroundings& surroundings, std::uint64_t seed)
       background_(backgroundOf(surroundings, outsideCalls_)),
       observatory_(surroundings.loop, surroundings.folders, seed, seams()),
       devices_(deviceSurroundings()),
-      fileSolver_(*background_, surroundings.folders, surroundings.cache),
+      fileSolver_(*background_, surroundings.folders, surroundings.cache, surroundings.data),
       pages_(livePages(surroundings.loop, observatory_.imaging().documents())) {
     observatory_.install(classes_);
     // Where time is virtual, every run is the same on all machines; and other programs know the system's
@@ -57,6 +57,7 @@ observatory::ObservatorySeams Station::seams() {
     seams.setup = surroundings_.setUp;
     seams.downloads = std::make_shared<catalogs::HttpDownloads>();
     seams.downloadCache = surroundings_.cache;
+    seams.deepStars = surroundings_.data;
     seams.stopping = surroundings_.stopping;
     return seams;
 }

@@ -31,6 +31,7 @@ struct StationSurroundings {
     platform::SettingsRoot& settings;
     platform::Dialogs& dialogs;
     std::filesystem::path cache;     // folder for what can be fetched again
+    std::filesystem::path data;      // folder for what the user adds: a deeper star catalogue
     std::function<bool()> stopping;  // nothing that takes long is worth waiting for any more
     /// Shows the set-up of a built-in driver (a ProgID); may be left out, and then it closes at once.
     std::function<void(const std::string& progId)> setUp = {};

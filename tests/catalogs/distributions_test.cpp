@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include "catalogs/catalog_file.h"
+#include "catalogs/deep_catalog.h"
 #include "platform/text.h"
 #include "sky/tangent_wcs.h"
+#include "sky/tycho_catalog.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
@@ -207,6 +209,55 @@ TEST_P(Distribution, FollowsTheFastestStarOutOfItsZone) {
     EXPECT_EQ(seenAt(moved(star, 60), 2060).size(), 1U);
     EXPECT_EQ(seenAt({star.ra, star.dec}, 2060).size(), 0U);
     EXPECT_EQ(seenAt({star.ra, star.dec}, 2000).size(), 1U);
+}
+
+// At the pole and where the zero of right ascension, zones and cells meet; fast stars are followed for
+// decades more.
+TEST_P(Distribution, BecomesACompactCatalogueOfTheSameStars) {
+    TreeStars stars;
+    std::mt19937 random(8);
+    std::uniform_real_distribution<double> unit(0, 1);
+    for (int i = 0; i < 300; ++i) {
+        const bool polar = i % 3 == 0;
+        const double ra = polar || i % 2 == 0 ? 360 * unit(random) : std::fmod(359.5 + unit(random), 360.0);
+        const double dec = polar ? -90 + unit(random) : -8.2 + 1.4 * unit(random);
+        const double speed = polar ? 0 : 2 * std::round(200 * (unit(random) - 0.5));
+        stars.push_back({std::round(ra * 1e5) / 1e5, std::round(dec * 1e5) / 1e5,
+                         std::round(60 + 100 * unit(random)) / 10, speed, -speed});
+    }
+    const auto catalog = written(stars);
+    for (const auto& [south, north] : {std::pair{-90.0, -89.0}, {-8.0, -7.0}}) {
+        const DeepSelection selection{.epochYear = 2026.5, .southDeg = south, .northDeg = north};
+        const auto made = writeDeepCatalog(folder_ / "deep.bin", stripsOf(*catalog, selection), selection,
+                                           [](double) { return true; });
+        const sky::TychoCatalog compact(folder_ / "deep.bin");
+        EXPECT_TRUE(compact.verify());
+        const auto inStrip = [&](const sky::StarCatalog& from, double year) {
+            auto found = from.cone({.raDeg = 0, .decDeg = 0, .radiusDeg = 180, .epochYear = year});
+            std::erase_if(found, [&](const CatalogStar& s) { return s.decDeg < south || s.decDeg >= north; });
+            return found;
+        };
+        const auto expected = inStrip(*catalog, 2026.5);
+        EXPECT_GT(expected.size(), 80U);
+        EXPECT_EQ(made.stars, expected.size());
+        EXPECT_EQ(made.leftOut, 0U);
+        for (const double year : {2026.5, 2060.0}) {
+            const auto kept = inStrip(compact, year);
+            for (const CatalogStar& star : inStrip(*catalog, year)) {
+                const bool slow = std::hypot(star.motionRaMas, star.motionDecMas) < 50;
+                const bool mayHaveLeft = star.decDeg < south + 0.01 || star.decDeg > north - 0.01;
+                if (year > 2050 && (slow || mayHaveLeft)) continue;
+                EXPECT_TRUE(std::ranges::any_of(
+                    kept,
+                    [&](const CatalogStar& other) {
+                        return std::abs(other.magnitude - star.magnitude) < 0.051 &&
+                               sky::separationDeg({other.raDeg, other.decDeg}, {star.raDeg, star.decDeg}) <
+                                   0.09 / 3600;
+                    }))
+                    << year << ": " << star.raDeg << " " << star.decDeg;
+            }
+        }
+    }
 }
 
 // The search says which file it is, or gives what is still there.

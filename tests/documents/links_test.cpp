@@ -112,6 +112,7 @@ const std::map<std::string, std::string> kPrograms = {
     {"vantrel", "src/qt/main.cpp"},
     {"vantrel-headless", "src/headless/options.cpp"},
     {"vantrel-solve", "tools/vantrel_solve.cpp"},
+    {"vantrel-catalog", "tools/vantrel_catalog.cpp"},
     {"vantrel-pictures", "tools/window_pictures.cpp"},
     {"make-catalog", "tools/make_catalog.cpp"},
     {"fault_table", "tests/faults/fault_table.cpp"},

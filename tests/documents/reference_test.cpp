@@ -66,7 +66,10 @@ const char* const kSilent[] = {
     "os_name.cpp",        // the names behind "OS:"
     "svg.cpp",            // what a picture's file holds
     "picture_cards.cpp",  // what a picture's header tells
-    "png_writing.cpp",    // the next five belong to make-catalog and vantrel-solve
+    "png_writing.cpp",    // the next eight belong to vantrel-catalog, make-catalog and vantrel-solve
+    "catalog_writer.cpp",
+    "deep_catalog.cpp",
+    "star_table.cpp",
     "tycho_distribution.cpp",
     "tycho_lines.cpp",
     "star_patterns.cpp",

@@ -29,6 +29,7 @@ TEST(DesktopPaths, FollowTheEnvironmentOrTheUsualPlaces) {
     EXPECT_EQ(usual.drives, "/home/ann/.local/share/vantrel/drives");
     EXPECT_EQ(usual.documents, "/home/ann/Documents");
     EXPECT_EQ(usual.cache, "/home/ann/.cache/vantrel");
+    EXPECT_EQ(usual.data, "/home/ann/.local/share/vantrel");
 
     const UserPaths named = desktopPaths(environmentOf({{"HOME", "/home/ann"},
                                                         {"XDG_CONFIG_HOME", "/config"},

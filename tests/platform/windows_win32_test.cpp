@@ -102,6 +102,7 @@ TEST(Windows, SettingsAreOneFileOfTheUser) {
     EXPECT_EQ(paths.profile, home);
     EXPECT_EQ(paths.settings, pathOf(home + "\\Roaming\\Vantrel\\settings"));
     EXPECT_EQ(paths.cache, pathOf(home + "\\Local\\Vantrel\\cache"));
+    EXPECT_EQ(paths.data, pathOf(home + "\\Local\\Vantrel"));
     EXPECT_TRUE(paths.drives.empty());
     {
         SettingsFile settings(paths.settings);

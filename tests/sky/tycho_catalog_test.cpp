@@ -113,9 +113,9 @@ TEST(TychoCatalog, RefusesDamagedFilesInOneLine) {
         std::string bytes;
         const char* text;
     } cases[] = {
-        {"empty", "", "not a compact Tycho-2 catalogue"},
-        {"other content", std::string(100000, 'x'), "not a compact Tycho-2 catalogue"},
-        {"later version", changed(8, 2), "not a compact Tycho-2 catalogue"},
+        {"empty", "", "not a compact star catalogue"},
+        {"other content", std::string(100000, 'x'), "not a compact star catalogue"},
+        {"later version", changed(8, 2), "not a compact star catalogue"},
         {"cut short", good.substr(0, good.size() - 1), "its header and its size disagree"},
         {"star count", changed(12, 0xFFFFFFFF), "its header and its size disagree"},
         {"band count", changed(20, 0), "its header and its size disagree"},

@@ -136,6 +136,34 @@ TEST(SolvePlate, TakesNoCornerForTheWholeField) {
     }
 }
 
+// Such stars are no reason to look farther for the others.
+TEST(SolvePlate, IsNotDrawnAsideByBlendedStars) {
+    for (const unsigned seed : {1U, 2U, 3U, 4U, 5U, 6U}) {
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<double> unit(-1, 1);
+        const auto field = test::wcsFor(4656, 3520, test::anywhere(random), 1.1, 180 * unit(random), false);
+        std::vector<ImageStar> seen;
+        for (const sky::CatalogStar& star : stars().cone({.raDeg = field.reference.ra,
+                                            .decDeg = field.reference.dec,
+                                            .radiusDeg = 0.9,
+                                            .brightestFirst = true})) {
+            const auto at = field.toPixel({star.raDeg, star.decDeg});
+            if (!at || at->x < 0 || at->y < 0 || at->x > 4655 || at->y > 3519) continue;
+            const bool blended = unit(random) > 0.5;
+            const double away = blended ? 6 + 2 * unit(random) : 0.1 * unit(random);
+            const double bearing = 3.14 * unit(random);
+            seen.push_back({at->x + away * std::cos(bearing), at->y + away * std::sin(bearing), 1e5,
+                            blended ? 0.1 : 0.05});
+        }
+        const PlateGeometry geometry{4656, 3520, 1.1, 1.1, 5};
+        const SearchArea area = searchArea(geometry, field.reference, 1, seen.size());
+        const auto solution = solvePlate(geometry, seen, area, stars().cone(area.query(2000, 99)), {});
+        ASSERT_TRUE(solution) << seed;
+        EXPECT_GT(solution->centreErrorArcsec, 0) << seed;
+        EXPECT_LT(sky::separationDeg(solution->centre, field.reference) * 3600 / 1.1, 0.1) << seed;
+    }
+}
+
 // What a header says of a distorted field must hold for the stars, from pixel to sky and back.
 TEST(SolvePlate, TellsADistortionThatTheStarsProve) {
     int falseOnes = 0;

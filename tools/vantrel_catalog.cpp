@@ -1,0 +1,280 @@
+// vantrel-catalog: a compact star catalogue, deeper than the built-in one, of one that the user owns.
+//
+// Exit status: 0 made, or sound; 1 not sound; 2 unusable input, or it couldn't be made (with one line on
+// standard error).
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "catalogs/catalog_file.h"
+#include "catalogs/deep_catalog.h"
+#include "catalogs/distributions.h"
+#include "catalogs/star_table.h"
+#include "platform/own_program.h"
+#include "platform/own_runs.h"
+#include "platform/paths.h"
+#include "platform/termination.h"
+#include "platform/text.h"
+#include "platform/user_machine.h"
+#include "sky/tycho_catalog.h"
+#include "solver/exposure_facts.h"
+
+namespace {
+
+using namespace vantrel;
+using namespace vantrel::catalogs;
+
+namespace fs = std::filesystem;
+
+constexpr const char* kUsage =
+    "usage: vantrel-catalog SOURCE [--out FILE] [--faintest MAGNITUDE] [--dec SOUTH NORTH]\n"
+    "                       [--most STARS] [--epoch YEAR] [--columns NAME=COLUMN,...]\n"
+    "                       [--table-epoch YEAR]\n"
+    "       vantrel-catalog --check FILE\n"
+    "\n"
+    "Makes one compact file of a star catalogue that you own. The program and vantrel-solve use it by\n"
+    "themselves for fields in which the built-in Tycho-2 has too few stars.\n"
+    "\n"
+    "  SOURCE        the folder of UCAC4, UCAC2, USNO-B, USNO-A or SA2.0, Tycho-2, GSC or GSC-ACT, or\n"
+    "                of .290 or .1476 files; or a table as text, as the VizieR service saves it, or\n"
+    "                parted by commas, semicolons or tabs; or another compact file\n"
+    "  --out         where the file goes (default: deep_stars.bin in your data folder, where it is\n"
+    "                looked for); a file there goes, if it is such a catalogue\n"
+    "  --faintest    magnitude of the faintest stars\n"
+    "  --dec         declinations in whole degrees, -90 to 90\n"
+    "  --most        stars in a cell of a tenth of a degree, 1 to 255 (default); of more the brightest\n"
+    "                are kept\n"
+    "  --epoch       year that the stars' own motions are applied to (default: today)\n"
+    "  --columns     names of a table's columns: ra, dec, mag, pmra, pmdec; left out, those of\n"
+    "                VizieR, Gaia's archive and others are known\n"
+    "  --table-epoch year that a table's positions stand for (default 2000)\n"
+    "  --check       tells what a compact file holds, and whether it is as it was written\n";
+
+/// What the caller asks can't be done; what() is one line.
+struct BadInput : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+double thisYear() {
+    return solver::julianYear(std::chrono::floor<platform::Milliseconds>(std::chrono::system_clock::now()));
+}
+
+struct Options {
+    std::string source, out, check;
+    DeepSelection selection{.epochYear = thisYear()};
+    TableColumns columns;
+    std::optional<double> tableEpoch;
+    bool hasColumns = false;
+};
+
+double numberIn(const std::string& option, const std::string& text, double least, double most) {
+    const auto value = platform::parseNumber(text);
+    if (!value || !(*value >= least) || !(*value <= most))
+        throw BadInput(option + " must be a number from " + platform::toText(least) + " to " +
+                       platform::toText(most));
+    return *value;
+}
+
+double wholeIn(const std::string& option, const std::string& text, double least, double most) {
+    const double value = numberIn(option, text, least, most);
+    if (value != std::floor(value)) throw BadInput(option + " must be a whole number");
+    return value;
+}
+
+TableColumns columnsIn(const std::string& text) {
+    TableColumns columns;
+    for (std::size_t start = 0; start <= text.size();) {
+        const std::size_t end = std::min(text.find(',', start), text.size());
+        const std::string pair = text.substr(start, end - start);
+        const std::size_t mark = pair.find('=');
+        const std::string name = pair.substr(0, mark);
+        std::string* column = name == "ra"      ? &columns.ra
+                              : name == "dec"   ? &columns.dec
+                              : name == "mag"   ? &columns.magnitude
+                              : name == "pmra"  ? &columns.motionRa
+                              : name == "pmdec" ? &columns.motionDec
+                                                : nullptr;
+        if (column == nullptr || mark == std::string::npos || mark + 1 == pair.size())
+            throw BadInput("--columns must be like ra=RA_ICRS,dec=DE_ICRS,mag=Gmag,pmra=pmRA,pmdec=pmDE");
+        *column = pair.substr(mark + 1);
+        start = end + 1;
+    }
+    return columns;
+}
+
+Options parsed(const std::vector<std::string>& arguments) {
+    constexpr double kFirstYear = 1901, kLastYear = 2199;
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& name = arguments[i];
+        const auto value = [&]() -> const std::string& {
+            if (i + 1 >= arguments.size()) throw BadInput(name + " needs a value");
+            return arguments[++i];
+        };
+        if (name == "--out") {
+            options.out = value();
+        } else if (name == "--check") {
+            options.check = value();
+        } else if (name == "--faintest") {
+            options.selection.faintestMagnitude = numberIn(name, value(), -2, 30);
+        } else if (name == "--dec") {
+            options.selection.southDeg = wholeIn(name, value(), -90, 90);
+            options.selection.northDeg = wholeIn(name, value(), -90, 90);
+        } else if (name == "--most") {
+            options.selection.mostInCell = static_cast<std::uint32_t>(wholeIn(name, value(), 1, 255));
+        } else if (name == "--epoch") {
+            options.selection.epochYear = numberIn(name, value(), kFirstYear, kLastYear);
+        } else if (name == "--columns") {
+            options.columns = columnsIn(value());
+            options.hasColumns = true;
+        } else if (name == "--table-epoch") {
+            options.tableEpoch = numberIn(name, value(), kFirstYear, kLastYear);
+        } else if (name.starts_with("--")) {
+            throw BadInput("unknown option " + name);
+        } else if (options.source.empty()) {
+            options.source = name;
+        } else {
+            throw BadInput("one catalogue at a time, not " + options.source + " and " + name);
+        }
+    }
+    if (options.source.empty() == options.check.empty())
+        throw BadInput("a catalogue must be named (--help tells how)");
+    if (options.selection.southDeg >= options.selection.northDeg)
+        throw BadInput("--dec must name a southern and a more northern declination");
+    return options;
+}
+
+FoundCatalog openDistribution(const fs::path& path) {
+    struct Kind {
+        const char* name;
+        FoundCatalog (*open)(const CatalogFolder& folder);
+    };
+    constexpr Kind kKinds[] = {{"UCAC4", openUcac4},
+                               {"UCAC2", openUcac2},
+                               {"USNO-B", openUsnoB},
+                               {"USNO-A or SA2.0", openUsnoA},
+                               {"Tycho-2", openTycho2},
+                               {"GSC or GSC-ACT", openGuideStars},
+                               {".290 or .1476 files", openCellDatabase}};
+    const CatalogFolder folder(path);
+    for (const Kind& kind : kKinds) {
+        if (auto catalog = kind.open(folder)) {
+            std::printf("Reading %s in %s\n", kind.name, path.string().c_str());
+            return catalog;
+        }
+    }
+    throw BadInput("no star catalogue that can be read is in " + path.string());
+}
+
+bool isCompact(const fs::path& path) {
+    try {
+        const sky::TychoCatalog catalog(path);
+        return true;
+    } catch (const sky::CatalogError&) {
+        return false;
+    }
+}
+
+/// The magic that compact files begin with: one that is damaged is no table.
+bool beginsAsCompact(const fs::path& path) {
+    return platform::InputFile(path).size() >= 8 && CatalogFile(path).text(0, 8) == "TYC2CMP1";
+}
+
+std::vector<sky::MovingStar> tableStars(const fs::path& path, const Options& options) {
+    StarTable table =
+        readStarTable(path, options.columns, options.tableEpoch.value_or(2000), options.selection.epochYear);
+    std::printf("Read %zu stars with magnitudes %s %s motions from %s\n", table.stars.size(),
+                table.magnitude.c_str(), table.moves ? "and" : "but without", path.string().c_str());
+    if (table.incomplete > 0)
+        std::printf("%llu rows without a position or a magnitude are left out\n",
+                    static_cast<unsigned long long>(table.incomplete));
+    return std::move(table.stars);
+}
+
+/// Where the file goes. What is there already must be such a file.
+fs::path targetOf(const Options& options) {
+    fs::path target = platform::pathOf(options.out);
+    std::error_code error;
+    if (target.empty()) {
+        const fs::path folder = platform::dataFolder(platform::processEnvironment);
+        if (folder.empty()) throw BadInput("the environment names no data folder, give --out");
+        fs::create_directories(folder, error);
+        target = folder / kDeepFileName;
+    }
+    if (fs::exists(target, error) && !isCompact(target))
+        throw BadInput(target.string() + " is there, and no compact star catalogue; it is left alone");
+    return target;
+}
+
+DeepProgress progress(const platform::TerminationWatch& watch) {
+    return [&watch, shown = platform::isWatched(), last = -1](double share) mutable {
+        const int percent = static_cast<int>(100 * share);
+        if (shown && percent != last) std::fprintf(stderr, "\r%d %%%s", percent, percent == 100 ? "\n" : "");
+        last = percent;
+        return !watch.requested();
+    };
+}
+
+int check(const fs::path& file) {
+    const sky::TychoCatalog catalog(file);
+    const bool sound = catalog.verify();
+    std::printf("%s: %u stars at %.1f, in cells of %.2g degrees, check sum %s\n", file.string().c_str(),
+                catalog.starCount(), catalog.epochYear(), catalog.cellDeg(), sound ? "right" : "WRONG");
+    return sound ? 0 : 1;
+}
+
+int make(const Options& options) {
+    const platform::TerminationWatch watch;
+    const fs::path target = targetOf(options);
+    const fs::path path = platform::pathOf(options.source);
+    std::error_code error;
+    FoundCatalog catalog;
+    StripSource source;
+    if (fs::is_directory(path, error)) {
+        catalog = openDistribution(path);
+    } else if (!fs::exists(path, error)) {
+        throw BadInput("there is no " + path.string());
+    } else if (beginsAsCompact(path)) {
+        const auto compact = std::make_shared<const sky::TychoCatalog>(path);
+        if (!compact->verify()) throw BadInput(path.string() + " is damaged: its check sum is wrong");
+        catalog = compact;
+    }
+    if (catalog != nullptr && (options.hasColumns || options.tableEpoch))
+        throw BadInput("--columns and --table-epoch are for tables");
+    source = catalog != nullptr ? stripsOf(*catalog, options.selection)
+                                : stripsOf(tableStars(path, options), options.selection);
+    const DeepResult made = writeDeepCatalog(target, source, options.selection, progress(watch));
+    if (made.leftOut > 0)
+        std::printf("%llu faint stars are left out where a cell has more than %u\n",
+                    static_cast<unsigned long long>(made.leftOut), options.selection.mostInCell);
+    return check(target);
+}
+
+int run(const std::vector<std::string>& arguments) {
+    for (const std::string& argument : arguments) {
+        if (argument == "--help" || argument == "-h") {
+            std::fputs(kUsage, stdout);
+            return 0;
+        }
+    }
+    const Options options = parsed(arguments);
+    return options.check.empty() ? make(options) : check(platform::pathOf(options.check));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(platform::programArguments(argc, argv));
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "vantrel-catalog: %s\n", e.what());
+        return 2;
+    }
+}
