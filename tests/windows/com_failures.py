@@ -21,6 +21,7 @@ from operator_session import OperatorError
 
 HOW = ("fails", "slow", "dies", "hangs")
 LONGEST_ANSWER = 2.0  # seconds until the window has to answer
+PATIENCE = 240  # seconds after which the operator presses Stop: more than three members that don't answer take
 END = {"control": "frmMain.cmdRun", "property": "enabled", "is": True}
 
 
@@ -49,15 +50,21 @@ Outcome = collections.namedtuple("Outcome", "imaging member how longest seconds 
 
 
 def work(vantrel, seconds):
-    """Lets a measurement go on until it offers the correction or gave up; the longest that an answer took."""
-    longest, begin = 0.0, time.monotonic()
-    while time.monotonic() - begin < seconds:
+    """Lets a measurement go on until it offers the correction or gave up; after so many seconds the operator stops it.
+
+    The longest that an answer took, and whether it was stopped.
+    """
+    longest, stopped, begin = 0.0, False, time.monotonic()
+    while time.monotonic() - begin < seconds + 60:
         asked = time.monotonic()
         run = vantrel.read("frmMain.cmdRun")["enabled"]
         following = vantrel.read("frmMain.cmdNext")["enabled"]
         longest = max(longest, time.monotonic() - asked)
         if following or run:
-            return longest
+            return longest, stopped
+        if not stopped and time.monotonic() - begin > seconds:
+            vantrel.click("frmMain.cmdStop")
+            stopped = True
         vantrel.do("advance", seconds=0.1)
     raise OperatorError("the measurement doesn't end")
 
@@ -78,7 +85,7 @@ def spoil(wine, imaging, member, how):
             wine.observatory("/fault", member, how, "0")
             start = len(night.lines())
             vantrel.click("frmMain.cmdRun")
-            longest = work(vantrel, 400)
+            longest, stopped = work(vantrel, PATIENCE)
             leave(vantrel)
             wine.observatory("/fault", member, "", "0")
             said = [line for line in night.lines()[start:] if "rror" in line or "ailed" in line or "nswer" in line]
@@ -90,7 +97,9 @@ def spoil(wine, imaging, member, how):
                 work(vantrel, 200)
                 again = "yes" if any("Error Amplitude" in line for line in night.lines()[start:]) else "no"
                 leave(vantrel)
-            return Outcome(imaging, member, how, longest, time.monotonic() - begin, said[0] if said else "", again)
+            if stopped:
+                said.insert(0, "(stopped by the operator)")
+            return Outcome(imaging, member, how, longest, time.monotonic() - begin, " ".join(said[:2]), again)
     except (OperatorError, AssertionError, SystemExit) as error:
         return Outcome(imaging, member, how, 99.0, time.monotonic() - begin, f"BROKEN: {error}", "no")
 
