@@ -70,13 +70,14 @@ def work(vantrel, seconds):
 
 
 def leave(vantrel):
-    """Back to where Run can be pressed."""
+    """Back to where Run can be pressed: past the offer to correct, or past what is said of a failure."""
     if not vantrel.read("frmMain.cmdRun")["enabled"]:
-        vantrel.click("frmMain.cmdSkip")
+        vantrel.click("frmMain.cmdSkip" if vantrel.read("frmMain.cmdSkip")["enabled"] else "frmMain.cmdNext")
         vantrel.wait(60, **END)
 
 
-def spoil(wine, imaging, member, how):
+def spoil(wine, imaging, usual, member, how):
+    """`usual`: the lines, without their figures, of a measurement in which nothing goes wrong."""
     begin = time.monotonic()
     try:
         with wine.night(imaging) as night:
@@ -88,7 +89,8 @@ def spoil(wine, imaging, member, how):
             longest, stopped = work(vantrel, PATIENCE)
             leave(vantrel)
             wine.observatory("/fault", member, "", "0")
-            said = [line for line in night.lines()[start:] if "rror" in line or "ailed" in line or "nswer" in line]
+            said = [line for line in night.lines()[start:]
+                    if com_night.without_figures([line])[0] not in usual]
             if how == "dies":
                 again = "-"
             else:
@@ -99,13 +101,13 @@ def spoil(wine, imaging, member, how):
                 leave(vantrel)
             if stopped:
                 said.insert(0, "(stopped by the operator)")
-            return Outcome(imaging, member, how, longest, time.monotonic() - begin, " ".join(said[:2]), again)
+            return Outcome(imaging, member, how, longest, time.monotonic() - begin, "; ".join(said[:3]), again)
     except (OperatorError, AssertionError, SystemExit) as error:
         return Outcome(imaging, member, how, 99.0, time.monotonic() - begin, f"BROKEN: {error}", "no")
 
 
-def members(wine, imaging):
-    """Those that a measurement uses, in the order of their first use."""
+def calm_night(wine, imaging):
+    """The lines of a measurement in which nothing goes wrong, and the members that it uses by their first use."""
     with wine.night(imaging) as night:
         night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
         night.vantrel.do("journal", object="*")
@@ -114,7 +116,8 @@ def members(wine, imaging):
         used = [f"{use['object']}.{use['member']}" for use in night.vantrel.do("journal", object="*")["journal"]
                 if use["kind"] != "create" and not use["object"].startswith("DriverHelper")]
         leave(night.vantrel)
-    return list(dict.fromkeys(used))
+        lines = set(com_night.without_figures(night.lines()))
+    return lines, list(dict.fromkeys(used))
 
 
 def main():
@@ -127,8 +130,11 @@ def main():
     own = os.environ["VANTREL_WINE_PREFIX"]
     first = Wine(options, own)
     first.observatory("/register", "program")
-    cases = [(imaging, member, how) for imaging in com_night.PROGRAMS for member in members(first, imaging)
-             if options.only in member and (imaging == "MaxIm" or member.startswith("CCDSoft")) for how in HOW]
+    cases = []
+    for imaging in com_night.PROGRAMS:
+        usual, members = calm_night(first, imaging)
+        cases += [(imaging, usual, member, how) for member in members
+                  if options.only in member and (imaging == "MaxIm" or member.startswith("CCDSoft")) for how in HOW]
     first.end()
 
     print("| with | member | what it does | longest answer | seconds | first message | next measurement |")
