@@ -13,6 +13,7 @@ import concurrent.futures
 import os
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -76,6 +77,18 @@ def leave(vantrel):
         vantrel.wait(60, **END)
 
 
+def reconnect(vantrel):
+    """As the Telescope window offers it, where the mount's link is down."""
+    vantrel.do("advance", seconds=2)  # within which the window notices
+    if vantrel.read("frmTelescope.txtTelescopeSelectionStatus")["text"] == " Connected":
+        return
+    if not vantrel.read("frmTelescope.cmdConnectTelescope")["enabled"]:
+        vantrel.click("frmTelescope.cmdDisconnectTelescope")
+        vantrel.wait(60, idle=True)
+    vantrel.click("frmTelescope.cmdConnectTelescope")
+    vantrel.wait(60, idle=True)
+
+
 def spoil(wine, imaging, usual, member, how):
     """`usual`: the lines, without their figures, of a measurement in which nothing goes wrong."""
     begin = time.monotonic()
@@ -89,15 +102,19 @@ def spoil(wine, imaging, usual, member, how):
             longest, stopped = work(vantrel, PATIENCE)
             leave(vantrel)
             wine.observatory("/fault", member, "", "0")
-            said = [line for line in night.lines()[start:]
+            said = [" ".join(line.split()) for line in night.lines()[start:]
                     if com_night.without_figures([line])[0] not in usual]
             if how == "dies":
                 again = "-"
             else:
+                reconnect(vantrel)
                 start = len(night.lines())
                 vantrel.click("frmMain.cmdRun")
                 work(vantrel, 200)
-                again = "yes" if any("Error Amplitude" in line for line in night.lines()[start:]) else "no"
+                lines = night.lines()[start:]
+                again = "yes" if any("Error Amplitude" in line for line in lines) else "no"
+                if again == "no":
+                    print("\n".join([f"{imaging}, {member} {how}, the next measurement:", *lines]), file=sys.stderr, flush=True)
                 leave(vantrel)
             if stopped:
                 said.insert(0, "(stopped by the operator)")
