@@ -8,6 +8,8 @@ using namespace platform;
 
 namespace {
 
+constexpr int kServerIsGone = 462;  // or doesn't answer
+
 constexpr const char* kLinkGet = "Module modComponents Property Get camLinkEnabled";
 constexpr const char* kLinkLet = "Module modComponents Property Let camLinkEnabled";
 constexpr const char* kAcquire = "Module modComponents Sub AcquireImage";
@@ -62,8 +64,19 @@ void CameraLink::setCamLinkEnabled(bool value) {
     tools_.attempt(kLinkLet, [&] {
         CameraProgram& program = required();
         if (program.wantsCameraFreed(value)) freeCameraFor(program);
-        program.link(value);
+        link(program, value);
     });
+}
+
+/// A program that went or hung may be back, but answers a new object only.
+void CameraLink::link(CameraProgram& program, bool value) {
+    try {
+        program.link(value);
+    } catch (const OperationError& error) {
+        if (!value || error.number() != kServerIsGone) throw;
+        program.renew();
+        program.link(value);
+    }
 }
 
 void CameraLink::freeCameraFor(const CameraProgram& program) {

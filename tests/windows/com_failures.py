@@ -166,11 +166,23 @@ def main():
     return 1 if bad else 0
 
 
+def give_home(prefix):
+    """Folders of the user's own: Wine takes those of Linux, where all runs would save their images over each other's."""
+    users = os.path.join(prefix, "drive_c", "users")
+    for user in os.listdir(users):
+        for name in os.listdir(os.path.join(users, user)):
+            folder = os.path.join(users, user, name)
+            if os.path.islink(folder):
+                os.unlink(folder)
+                os.mkdir(folder)
+
+
 def run_case(order):
     options, own, case = order
     with tempfile.TemporaryDirectory() as folder:
         copy = os.path.join(folder, "wine")
         shutil.copytree(own, copy, symlinks=True, ignore=shutil.ignore_patterns("started"))
+        give_home(copy)
         wine = Wine(options, copy)
         try:
             return spoil(wine, *case)
