@@ -1,5 +1,6 @@
 #include "devices/camera_link.h"
 
+#include "devices/server_gone.h"
 #include "platform/text.h"
 
 namespace vantrel::devices {
@@ -7,8 +8,6 @@ namespace vantrel::devices {
 using namespace platform;
 
 namespace {
-
-constexpr int kServerIsGone = 462;  // or doesn't answer
 
 constexpr const char* kLinkGet = "Module modComponents Property Get camLinkEnabled";
 constexpr const char* kLinkLet = "Module modComponents Property Let camLinkEnabled";
@@ -73,7 +72,7 @@ void CameraLink::link(CameraProgram& program, bool value) {
     try {
         program.link(value);
     } catch (const OperationError& error) {
-        if (!value || error.number() != kServerIsGone) throw;
+        if (!value || !isGone(error)) throw;
         program.renew();
         program.link(value);
     }
