@@ -1,6 +1,6 @@
 #include "devices/camera_link.h"
 
-#include "devices/server_gone.h"
+#include "platform/server_gone.h"
 #include "platform/text.h"
 
 namespace vantrel::devices {

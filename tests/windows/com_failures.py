@@ -119,7 +119,7 @@ def spoil(wine, imaging, usual, member, how):
             if stopped:
                 said.insert(0, "(stopped by the operator)")
             return Outcome(imaging, member, how, longest, time.monotonic() - begin, "; ".join(said[:3]), again)
-    except (OperatorError, AssertionError, SystemExit) as error:
+    except (OperatorError, AssertionError, SystemExit, OSError, ValueError) as error:
         return Outcome(imaging, member, how, 99.0, time.monotonic() - begin, f"BROKEN: {error}", "no")
 
 

@@ -3,9 +3,9 @@
 
 #include "platform/errors.h"
 
-namespace vantrel::devices {
+namespace vantrel::platform {
 
 /// Its program has ended, or doesn't answer. A new object may find it back.
-inline bool isGone(const platform::OperationError& error) { return error.number() == 462; }
+inline bool isGone(const OperationError& error) { return error.number() == 462; }
 
-}  // namespace vantrel::devices
+}  // namespace vantrel::platform
