@@ -37,7 +37,6 @@ set(VANTREL_RAW_READER PkgConfig::LIBRAW) # left out where there is none
 find_package(CURL REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(Qt6 REQUIRED COMPONENTS Widgets Test)
-vantrel_find_c_library(sep sep sep.h)
 
 # The names under which libraries are found at run time, for what loads them late.
 function(vantrel_find_run_time_name variable library)

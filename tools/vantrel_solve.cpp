@@ -110,25 +110,31 @@ Options parsed(const std::vector<std::string>& arguments) {
     return options;
 }
 
+/// So many decimals: what a picture can't tell would differ from one mathematical library to the next.
+double rounded(double value, int decimals) {
+    const double perUnit = std::pow(10, decimals);
+    return std::round(value * perUnit) / perUnit;
+}
+
 nlohmann::ordered_json asJson(const std::string& file, const Outcome& outcome, double seconds) {
     nlohmann::ordered_json json;
     json["file"] = file;
     json["solved"] = outcome.solved.solution.has_value();
     if (outcome.solved.solution) {
         const SolvedPlate& s = *outcome.solved.solution;
-        json["ra_deg"] = s.centre.ra;
-        json["dec_deg"] = s.centre.dec;
-        json["scale_x"] = s.orientation.scaleX;
-        json["scale_y"] = s.orientation.scaleY;
-        json["rotation"] = s.orientation.rollDeg;
+        json["ra_deg"] = rounded(s.centre.ra, 9);
+        json["dec_deg"] = rounded(s.centre.dec, 9);
+        json["scale_x"] = rounded(s.orientation.scaleX, 9);
+        json["scale_y"] = rounded(s.orientation.scaleY, 9);
+        json["rotation"] = rounded(s.orientation.rollDeg, 9);
         json["mirrored"] = s.mirrored();
-        json["cd"] = s.cd;
+        for (const double element : s.cd) json["cd"].push_back(rounded(element, 15));
         json["matched"] = s.matched;
-        json["residual_arcsec"] = s.residualArcsec;
+        json["residual_arcsec"] = rounded(s.residualArcsec, 6);
         json["order"] = s.order;
         json["distortion_order"] = s.distortion ? s.distortion->a.order() : 0;
-        json["centre_error_arcsec"] = s.centreErrorArcsec;
-        json["roll_error_deg"] = s.rollErrorDeg;
+        json["centre_error_arcsec"] = rounded(s.centreErrorArcsec, 6);
+        json["roll_error_deg"] = rounded(s.rollErrorDeg, 9);
     }
     if (!outcome.solved.solution) json["reason"] = outcome.solved.whyNot;
     json["epoch"] = outcome.epochYear;

@@ -1,5 +1,6 @@
 #include "devices/camera_link.h"
 
+#include "platform/server_gone.h"
 #include "platform/text.h"
 
 namespace vantrel::devices {
@@ -62,8 +63,19 @@ void CameraLink::setCamLinkEnabled(bool value) {
     tools_.attempt(kLinkLet, [&] {
         CameraProgram& program = required();
         if (program.wantsCameraFreed(value)) freeCameraFor(program);
-        program.link(value);
+        link(program, value);
     });
+}
+
+/// A program that went or hung may be back, but answers a new object only.
+void CameraLink::link(CameraProgram& program, bool value) {
+    try {
+        program.link(value);
+    } catch (const OperationError& error) {
+        if (!value || !isGone(error)) throw;
+        program.renew();
+        program.link(value);
+    }
 }
 
 void CameraLink::freeCameraFor(const CameraProgram& program) {

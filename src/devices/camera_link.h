@@ -38,6 +38,7 @@ class CameraLink : public engine::CameraPort {
   private:
     CameraProgram* inUse();
     CameraProgram& required();
+    static void link(CameraProgram& program, bool value);
     void freeCameraFor(const CameraProgram& program);
 
     double PostExposureDelay_ = 0;  // seconds

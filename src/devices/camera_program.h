@@ -60,6 +60,8 @@ class CameraProgram {
     /// Both throw OperationError.
     virtual bool isLinked() = 0;
     virtual void link(bool value) = 0;
+    /// Takes an object of its own of the program anew. Throws OperationError.
+    virtual void renew() = 0;
 
     /// Whether others have to let go of the camera before it is linked (true) or unlinked (false).
     virtual bool wantsCameraFreed(bool linking) const = 0;

@@ -22,8 +22,12 @@ bool CCDSoftCamera::isLinked() { return camera()->get("State").toInt() == 0; }
 
 void CCDSoftCamera::link(bool value) { camera()->call(value ? "Connect" : "Disconnect"); }
 
-void CCDSoftCamera::letGo() {
+void CCDSoftCamera::renew() {
     tools_.programs.ccdSoftCamera = tools_.services.automation.create("CCDSoft.Camera");
+}
+
+void CCDSoftCamera::letGo() {
+    renew();
     tools_.attempt(kDisconnectCCDSoft, [&] {
         camera()->call("Disconnect");
         tools_.programs.ccdSoftCamera.reset();

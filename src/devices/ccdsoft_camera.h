@@ -13,6 +13,7 @@ class CCDSoftCamera : public CameraProgram {
 
     bool isLinked() override;
     void link(bool value) override;
+    void renew() override;
     bool wantsCameraFreed(bool linking) const override { return linking; }
     bool mayHoldCamera() const override { return tools_.windows.searchCCDSoftWindow() != 0; }
     void letGo() override;

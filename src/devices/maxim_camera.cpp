@@ -28,13 +28,17 @@ bool MaxImCamera::isLinked() { return camera()->get("LinkEnabled").toBool(); }
 
 void MaxImCamera::link(bool value) { camera()->put("LinkEnabled", value); }
 
+void MaxImCamera::renew() {
+    tools_.programs.*program_.camera = tools_.services.automation.create(program_.cameraClass);
+}
+
 bool MaxImCamera::mayHoldCamera() const {
     return program_.hasWindows ? tools_.windows.FindMaxImMainWindow() != 0
                                : tools_.programs.*program_.camera != nullptr;
 }
 
 void MaxImCamera::letGo() {
-    tools_.programs.*program_.camera = tools_.services.automation.create(program_.cameraClass);
+    renew();
     tools_.attempt(kDisconnectMaxIm, [&] {
         if (!holdsCamera()) return;
         // Only who holds the link can end it.

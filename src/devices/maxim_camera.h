@@ -21,6 +21,7 @@ class MaxImCamera : public CameraProgram {
 
     bool isLinked() override;
     void link(bool value) override;
+    void renew() override;
     bool wantsCameraFreed(bool /*linking*/) const override { return true; }
     bool mayHoldCamera() const override;
     void letGo() override;

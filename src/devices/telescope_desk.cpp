@@ -1,6 +1,7 @@
 #include "devices/telescope_desk.h"
 
 #include "platform/place_form.h"
+#include "platform/server_gone.h"
 #include "platform/text.h"
 
 namespace vantrel::devices {
@@ -157,7 +158,8 @@ void TelescopeDesk::look() {
             link_.clearDisconnectRequest();
         }
     } catch (...) {
-        // Without a driver, or with one that doesn't answer, there is nothing to watch.
+        // Without a driver there is nothing to watch, and one that fails may do so once.
+        if (isGone(currentError())) showLinkDown();
     }
 }
 

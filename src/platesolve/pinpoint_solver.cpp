@@ -2,9 +2,11 @@
 
 #include <array>
 #include <cmath>
+#include <functional>
 
 #include "engine/angles.h"
 #include "platesolve/plate_error.h"
+#include "platform/server_gone.h"
 #include "platform/sexagesimal.h"
 #include "platform/text.h"
 
@@ -35,12 +37,13 @@ constexpr std::array<int, kSearchPlaces> SpiralDecOffsets = [] {
 class Solve {
   public:
     Solve(const SolveServices& services, const PlateSolvePanel& panel, int PinPointCatalog, ObjectRef plate,
-          double startRA, double startDec)
+          std::function<ObjectRef()> renew, double startRA, double startDec)
         : services_(services),
           state_(services.state),
           panel_(panel),
           PinPointCatalog_(PinPointCatalog),
           plate_(std::move(plate)),
+          renew_(std::move(renew)),
           startRA_(startRA),
           startDec_(startDec) {}
 
@@ -56,6 +59,7 @@ class Solve {
     };
 
     void loadParameters();
+    void chooseCatalog();
     bool attach(const std::string& path);
     void sendStartingValues();
     bool findImageStars();
@@ -84,6 +88,7 @@ class Solve {
     const PlateSolvePanel& panel_;
     int PinPointCatalog_;
     ObjectRef plate_;
+    std::function<ObjectRef()> renew_;
     double startRA_;   // hours, not normalised
     double startDec_;  // degrees
     int binning_ = 0;
@@ -167,8 +172,8 @@ std::optional<PlateSolution> Solve::solveAttached() {
 }
 
 void Solve::loadParameters() {
+    chooseCatalog();
     AutomationObject& plate = required(plate_);
-    plate.put("Catalog", PinPointCatalog_);
     plate.put("CatalogExpansion", expansion(panel_));
     plate.put("CatalogMaximumMagnitude", valueOf(panel_.txtCatMaxMag));
     plate.put("CatalogPath", panel_.txtCatPath.text());
@@ -178,6 +183,18 @@ void Solve::loadParameters() {
     plate.put("ExclusionBorder", kExclusionBorder);
     plate.put("MaxSolveStars", toInt32(valueOf(panel_.txtMaxSolveStars)));
     binning_ = toInt16(leadingNumber(services_.settings.GetSetting("Solve", "CamBin", "3")));
+}
+
+/// A solver that went or hung may be back, but answers a new object only.
+void Solve::chooseCatalog() {
+    const auto choose = [this] { required(plate_).put("Catalog", PinPointCatalog_); };
+    try {
+        choose();
+    } catch (const OperationError& error) {
+        if (!isGone(error)) throw;
+        plate_ = renew_();
+        choose();
+    }
 }
 
 bool Solve::attach(const std::string& path) {
@@ -414,8 +431,13 @@ void PinPointSolver::createPinPointPlate() { PinPointPlate_ = services_.automati
 std::optional<PlateSolution> PinPointSolver::solve(const std::string& imageName, double raOffset,
                                                    double decOffset) {
     // The operator may choose the method anew meanwhile: the solve keeps the object that it began with.
-    Solve solve(services_, panel_, catalogs_.PinPointCatalog(), PinPointPlate_,
-                services_.state.ExposureRA + raOffset, services_.state.ExposureDec + decOffset);
+    Solve solve(
+        services_, panel_, catalogs_.PinPointCatalog(), PinPointPlate_,
+        [this] {
+            createPinPointPlate();
+            return PinPointPlate_;
+        },
+        services_.state.ExposureRA + raOffset, services_.state.ExposureDec + decOffset);
     return solve.run(imageName);
 }
 

@@ -2,10 +2,11 @@
 
 #include "qt/desktop_services.h"
 
-// The one stands on the other.
+// The system's own words have to last until the voices' header has been read.
 // clang-format off
-#include "platform/win32_calls.h"
+#include <windows.h>
 #include <sapi.h>
+#include "platform/win32_calls.h"
 // clang-format on
 
 namespace vantrel::qt {

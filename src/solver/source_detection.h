@@ -1,5 +1,5 @@
-// The step of finding sources that smooths an image and takes it apart along a threshold: by SEP where that
-// library is, else by our own (isophotes.h).
+// The step of finding sources that smooths an image and takes it apart along a threshold: a source is what of
+// connected pixels above it has one peak (Bertin & Arnouts 1996, A&AS 117, 393, sections 5 and 6.2).
 #pragma once
 
 #include <cstddef>

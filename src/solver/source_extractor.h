@@ -1,5 +1,4 @@
-// Detection of sources in an image of constant noise: SEP (Barbary 2016; Bertin & Arnouts 1996) behind one
-// door.
+// Detection of sources in an image of constant noise.
 #pragma once
 
 #include <cstddef>

@@ -16,6 +16,7 @@ using Strings = std::vector<std::string>;
 
 constexpr const char* kMaxIm = "MaxIm.CCDCamera";
 constexpr const char* kCCDSoft = "CCDSoft.Camera";
+constexpr int kServerIsGone = 462;
 
 /// A world whose operator uses this program.
 struct CameraWorld : ImagingWorld {
@@ -81,6 +82,28 @@ TEST(CameraLink, StopsAtTheOperatorsWish) {
         EXPECT_EQ(world.log.lines, row.cameraFailed ? Strings{"Exposure aborted"} : Strings{});
         EXPECT_EQ(world.messages.shown.size(), world.log.lines.size());
         EXPECT_EQ(test::usesOf(world.host, kCCDSoft, "call abort"), row.aborts);
+    }
+}
+
+// One that was ended, or hung, answers again, but not the object that was held of it.
+TEST(CameraLink, AsksAProgramThatIsBackByANewObject) {
+    const struct {
+        const char* program;
+        const char* camera;
+        const char* member;
+    } rows[] = {{"MaxIm", kMaxIm, "LinkEnabled"}, {"CCDSoft", kCCDSoft, "Connect"}};
+    for (const auto& row : rows) {
+        for (const int failures : {1, 2}) {
+            SCOPED_TRACE(testing::Message() << row.program << ' ' << failures);
+            CameraWorld world(row.program);
+            world.host.inject(
+                {row.camera, row.member, {kServerIsGone, row.camera, "gone"}, std::nullopt, 0, failures});
+            world.link.setCamLinkEnabled(true);
+            EXPECT_EQ(test::usesOf(world.host, row.camera, "create"), 1);
+            EXPECT_EQ(world.log.lines.size(), failures == 1 ? 0U : 1U) << "still away, so it is told once";
+            world.link.AcquireImage(5);
+            EXPECT_FALSE(world.state.CameraFailed);
+        }
     }
 }
 

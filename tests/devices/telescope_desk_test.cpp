@@ -135,6 +135,9 @@ TEST(TelescopeDesk, WatchesTheConnection) {
              Case{"the driver doesn't answer",
                   [](WindowWorld& world) { world.fail(kScopeSim, "Connected", 438); }, " Connected -SD",
                   true},
+             Case{"the driver's program is gone",
+                  [](WindowWorld& world) { world.fail(kScopeSim, "Connected", 462); }, " Not Connected CS-",
+                  false},
              Case{"closed: nobody looks",
                   [&](WindowWorld& world) {
                       world.window.closeByOperator();

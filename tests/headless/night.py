@@ -1,8 +1,7 @@
 #!/usr/bin/env python3
 """A night by vantrel-headless: whether its log is, letter by letter, the one that is kept beside this script.
 
-It holds the words, the simulator's noise and the solver's sums on every system. The night is one in which no stars overlap
-on the plates in a way that counts: there the two ways of finding sources may differ in a last digit, as other seeds show.
+It holds the words, the simulator's noise and the solver's sums on every system.
 Two measurements in virtual time, one with misplaced adjusters and one after they were turned further, in a folder with an odd name.
 `--update` keeps the log of this run instead.
 """

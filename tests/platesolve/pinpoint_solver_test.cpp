@@ -172,6 +172,15 @@ TEST_F(PinPointSolving, PassesOverErrorsWhileAFileIsAttached) {
     }
 }
 
+// One that was ended, or hung, answers again, but not the object that was held of it.
+TEST_F(PinPointSolving, AsksASolverThatIsBackByANewObject) {
+    host.inject({kPlate, "Catalog", {462, kPlate, "gone"}, std::nullopt, 0, 1});
+    EXPECT_TRUE(solve());
+    EXPECT_EQ(test::usesOf(host, kPlate, "create"), 1);
+    EXPECT_TRUE(solve());
+    EXPECT_EQ(test::usesOf(host, kPlate, "create"), 0) << "the new one stays";
+}
+
 TEST_F(PinPointSolving, ShowsTheSolutionForASecondWithTheButtonsAlive) {
     int ticks = 0;
     const auto timer = loop.every(platform::Milliseconds{250}, [&] { ++ticks; });

@@ -145,7 +145,7 @@ TEST(Structure, LibrariesStayInTheirRooms) {
         {"sky", std::regex(R"(erfam?\.h)")},
         {"fits", std::regex(R"((fitsio|zlib)\.h)")},
         {"pictures", std::regex(R"(jpeglib\.h|png\.h|tiffio\.h|libraw/libraw\.h)")},
-        {"solver", std::regex(R"(sep\.h|Eigen/.*)")},
+        {"solver", std::regex(R"(Eigen/.*)")},
         {"hosts", std::regex(R"(zlib\.h|nlohmann/.*)")},
         {"page",
          std::regex(
@@ -168,7 +168,6 @@ TEST(Structure, EachLibraryHasOneWrapper) {
     const std::map<std::string, std::string> wrappers = {{"fitsio.h", "src/" + fits},
                                                          {fits, "src/fits/"},
                                                          {"erfa.h", "src/sky/"},
-                                                         {"sep.h", "src/solver/"},
                                                          {"curl/curl.h", "src/platform/http/"},
                                                          {"microhttpd.h", "src/page/http_server."},
                                                          {"qrencode.h", "src/page/qr_code."}};

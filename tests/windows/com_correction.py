@@ -5,6 +5,7 @@ The robot that corrects the built-in simulator works the same windows here. Take
 """
 
 import argparse
+import os
 import subprocess
 import sys
 import tempfile
@@ -18,6 +19,19 @@ class Robot(robot_operator.Robot):
 
     def expose_for(self, seconds):
         self.operator.type("frmMain.txtExposeInterval", str(seconds))
+
+    def picture(self):
+        """The cross hair comes a moment after the picture: the program goes on living while it draws."""
+        shown = super().picture()
+        centring = "1. Center" in self.instructions()
+        for _ in range(100):
+            if not centring or shown.cross_hair():
+                break
+            self.operator.do("advance", seconds=0.1)
+            path = os.path.join(self.folder, "shown.fit")
+            self.save(path)
+            shown = robot_operator.Picture(path)
+        return shown
 
     def save(self, path):
         self.operator.call("MaxIm.CCDCamera", "SaveImage", "Z:" + path.replace("/", "\\"))

@@ -13,6 +13,7 @@ import concurrent.futures
 import os
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -21,6 +22,7 @@ from operator_session import OperatorError
 
 HOW = ("fails", "slow", "dies", "hangs")
 LONGEST_ANSWER = 2.0  # seconds until the window has to answer
+PATIENCE = 240  # seconds after which the operator presses Stop: more than three members that don't answer take
 END = {"control": "frmMain.cmdRun", "property": "enabled", "is": True}
 
 
@@ -49,27 +51,46 @@ Outcome = collections.namedtuple("Outcome", "imaging member how longest seconds 
 
 
 def work(vantrel, seconds):
-    """Lets a measurement go on until it offers the correction or gave up; the longest that an answer took."""
-    longest, begin = 0.0, time.monotonic()
-    while time.monotonic() - begin < seconds:
+    """Lets a measurement go on until it offers the correction or gave up; after so many seconds the operator stops it.
+
+    The longest that an answer took, and whether it was stopped.
+    """
+    longest, stopped, begin = 0.0, False, time.monotonic()
+    while time.monotonic() - begin < seconds + 60:
         asked = time.monotonic()
         run = vantrel.read("frmMain.cmdRun")["enabled"]
         following = vantrel.read("frmMain.cmdNext")["enabled"]
         longest = max(longest, time.monotonic() - asked)
         if following or run:
-            return longest
+            return longest, stopped
+        if not stopped and time.monotonic() - begin > seconds:
+            vantrel.click("frmMain.cmdStop")
+            stopped = True
         vantrel.do("advance", seconds=0.1)
     raise OperatorError("the measurement doesn't end")
 
 
 def leave(vantrel):
-    """Back to where Run can be pressed."""
+    """Back to where Run can be pressed: past the offer to correct, or past what is said of a failure."""
     if not vantrel.read("frmMain.cmdRun")["enabled"]:
-        vantrel.click("frmMain.cmdSkip")
+        vantrel.click("frmMain.cmdSkip" if vantrel.read("frmMain.cmdSkip")["enabled"] else "frmMain.cmdNext")
         vantrel.wait(60, **END)
 
 
-def spoil(wine, imaging, member, how):
+def reconnect(vantrel):
+    """As the Telescope window offers it, where the mount's link is down."""
+    vantrel.do("advance", seconds=2)  # within which the window notices
+    if vantrel.read("frmTelescope.txtTelescopeSelectionStatus")["text"] == " Connected":
+        return
+    if not vantrel.read("frmTelescope.cmdConnectTelescope")["enabled"]:
+        vantrel.click("frmTelescope.cmdDisconnectTelescope")
+        vantrel.wait(60, idle=True)
+    vantrel.click("frmTelescope.cmdConnectTelescope")
+    vantrel.wait(60, idle=True)
+
+
+def spoil(wine, imaging, usual, member, how):
+    """`usual`: the lines, without their figures, of a measurement in which nothing goes wrong."""
     begin = time.monotonic()
     try:
         with wine.night(imaging) as night:
@@ -78,25 +99,32 @@ def spoil(wine, imaging, member, how):
             wine.observatory("/fault", member, how, "0")
             start = len(night.lines())
             vantrel.click("frmMain.cmdRun")
-            longest = work(vantrel, 400)
+            longest, stopped = work(vantrel, PATIENCE)
             leave(vantrel)
             wine.observatory("/fault", member, "", "0")
-            said = [line for line in night.lines()[start:] if "rror" in line or "ailed" in line or "nswer" in line]
+            said = [" ".join(line.split()) for line in night.lines()[start:]
+                    if com_night.without_figures([line])[0] not in usual]
             if how == "dies":
                 again = "-"
             else:
+                reconnect(vantrel)
                 start = len(night.lines())
                 vantrel.click("frmMain.cmdRun")
                 work(vantrel, 200)
-                again = "yes" if any("Error Amplitude" in line for line in night.lines()[start:]) else "no"
+                lines = night.lines()[start:]
+                again = "yes" if any("Error Amplitude" in line for line in lines) else "no"
+                if again == "no":
+                    print("\n".join([f"{imaging}, {member} {how}, the next measurement:", *lines]), file=sys.stderr, flush=True)
                 leave(vantrel)
-            return Outcome(imaging, member, how, longest, time.monotonic() - begin, said[0] if said else "", again)
-    except (OperatorError, AssertionError, SystemExit) as error:
+            if stopped:
+                said.insert(0, "(stopped by the operator)")
+            return Outcome(imaging, member, how, longest, time.monotonic() - begin, "; ".join(said[:3]), again)
+    except (OperatorError, AssertionError, SystemExit, OSError, ValueError) as error:
         return Outcome(imaging, member, how, 99.0, time.monotonic() - begin, f"BROKEN: {error}", "no")
 
 
-def members(wine, imaging):
-    """Those that a measurement uses, in the order of their first use."""
+def calm_night(wine, imaging):
+    """The lines of a measurement in which nothing goes wrong, and the members that it uses by their first use."""
     with wine.night(imaging) as night:
         night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
         night.vantrel.do("journal", object="*")
@@ -105,7 +133,8 @@ def members(wine, imaging):
         used = [f"{use['object']}.{use['member']}" for use in night.vantrel.do("journal", object="*")["journal"]
                 if use["kind"] != "create" and not use["object"].startswith("DriverHelper")]
         leave(night.vantrel)
-    return list(dict.fromkeys(used))
+        lines = set(com_night.without_figures(night.lines()))
+    return lines, list(dict.fromkeys(used))
 
 
 def main():
@@ -118,8 +147,11 @@ def main():
     own = os.environ["VANTREL_WINE_PREFIX"]
     first = Wine(options, own)
     first.observatory("/register", "program")
-    cases = [(imaging, member, how) for imaging in com_night.PROGRAMS for member in members(first, imaging)
-             if options.only in member and (imaging == "MaxIm" or member.startswith("CCDSoft")) for how in HOW]
+    cases = []
+    for imaging in com_night.PROGRAMS:
+        usual, members = calm_night(first, imaging)
+        cases += [(imaging, usual, member, how) for member in members
+                  if options.only in member and (imaging == "MaxIm" or member.startswith("CCDSoft")) for how in HOW]
     first.end()
 
     print("| with | member | what it does | longest answer | seconds | first message | next measurement |")
@@ -134,11 +166,23 @@ def main():
     return 1 if bad else 0
 
 
+def give_home(prefix):
+    """Folders of the user's own: Wine takes those of Linux, where all runs would save their images over each other's."""
+    users = os.path.join(prefix, "drive_c", "users")
+    for user in os.listdir(users):
+        for name in os.listdir(os.path.join(users, user)):
+            folder = os.path.join(users, user, name)
+            if os.path.islink(folder):
+                os.unlink(folder)
+                os.mkdir(folder)
+
+
 def run_case(order):
     options, own, case = order
     with tempfile.TemporaryDirectory() as folder:
         copy = os.path.join(folder, "wine")
         shutil.copytree(own, copy, symlinks=True, ignore=shutil.ignore_patterns("started"))
+        give_home(copy)
         wine = Wine(options, copy)
         try:
             return spoil(wine, *case)

@@ -1,9 +1,8 @@
-#include "solver/isophotes.h"
+#include "solver/source_detection.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstdint>
+#include <iterator>
 #include <limits>
 #include <numbers>
 
@@ -114,27 +113,22 @@ struct Shape {
     bool single = false;  ///< too small to have a shape
 };
 
-/// Sums and shapes are kept in single precision, as the library keeps them.
-double asFloat(double value) { return static_cast<double>(static_cast<float>(value)); }
-
-/// Products in single precision, from the corner of the pixels' box, as the library has them.
+/// Summed from a pixel of the object, so that moments aren't small differences of large numbers.
 Shape shapeOf(const Pixels& pixels) {
-    Pixel corner = pixels.front();
-    for (const Pixel& pixel : pixels) corner.x = std::min(corner.x, pixel.x);
+    const Pixel& corner = pixels.front();
     double sum = 0;
     Shape shape;
     for (const Pixel& pixel : pixels) {
-        const float light = pixel.smoothed;
-        const auto x = static_cast<float>(pixel.x - corner.x);
-        const auto y = static_cast<float>(pixel.y - corner.y);
-        sum += static_cast<double>(light);
-        shape.x += static_cast<double>(light * x);
-        shape.y += static_cast<double>(light * y);
-        shape.xx += static_cast<double>(light * x * x);
-        shape.yy += static_cast<double>(light * y * y);
-        shape.xy += static_cast<double>(light * x * y);
+        const auto light = static_cast<double>(pixel.smoothed);
+        const double x = pixel.x - corner.x;
+        const double y = pixel.y - corner.y;
+        sum += light;
+        shape.x += light * x;
+        shape.y += light * y;
+        shape.xx += light * x * x;
+        shape.yy += light * y * y;
+        shape.xy += light * x * y;
     }
-    sum = asFloat(sum);
     shape.x /= sum;
     shape.y /= sum;
     shape.xx = shape.xx / sum - shape.x * shape.x;
@@ -273,11 +267,11 @@ Source sourceOf(const Pixels& pixels, const DetectionTask& task) {
     source.x = shape.x;
     source.y = shape.y;
     source.peak = -std::numeric_limits<double>::max();
-    source.longSigma = asFloat(std::sqrt(mean + half));
-    source.sigma = std::sqrt(source.longSigma * asFloat(std::sqrt(std::max(0.0, mean - half))));
+    source.longSigma = std::sqrt(mean + half);
+    source.sigma = std::sqrt(source.longSigma * std::sqrt(std::max(0.0, mean - half)));
     const double angle =
         shape.xx == shape.yy ? std::numbers::pi / 4 : std::atan2(2 * shape.xy, shape.xx - shape.yy) / 2;
-    source.angleDeg = asFloat(angle) * 180 / std::numbers::pi;
+    source.angleDeg = angle * 180 / std::numbers::pi;
     source.pixels = static_cast<int>(pixels.size());
     const int right = static_cast<int>(task.width) - 1;
     const int bottom = static_cast<int>(task.height) - 1;
@@ -286,13 +280,12 @@ Source sourceOf(const Pixels& pixels, const DetectionTask& task) {
         source.peak = std::max(source.peak, static_cast<double>(pixel.value));
         source.cut = source.cut || pixel.x == 0 || pixel.y == 0 || pixel.x == right || pixel.y == bottom;
     }
-    source.flux = asFloat(source.flux);
     return source;
 }
 
 }  // namespace
 
-std::optional<std::vector<Source>> isophoteSources(const DetectionTask& task) {
+std::optional<std::vector<Source>> detectSources(const DetectionTask& task) {
     const Pixels above = pixelsAbove(task);
     std::vector<Source> sources;
     for (const Pixels& object : connected(above)) {
