@@ -27,12 +27,24 @@ sys.path.insert(0, str(pathlib.Path(__file__).parents[3] / "tools"))
 from operator_session import Operator, OperatorError  # noqa: E402
 
 AZIMUTH, ELEVATION = 40.0, -25.0  # arc-minutes: east of the pole and below it
-LATITUDE, LONGITUDE = 50.0, 10.0
+LATITUDE = 50.0
+SIDEREAL_TIME = 21.5  # hours: plates in the Milky Way, since INDI's camera shows few stars elsewhere
 WITHIN = 30.0  # arc-seconds on the sky
 SETTINGS = {
     "PolarAlign": {"ImagingSoftware": "BuiltIn", "PlateSolveMethod": "0", "DeltaRA": "30", "DelayAfterSlew": "1"},
     "Solve": {"CamBin": "1", "ScaleH": "3.6", "ScaleV": "3.6", "TelescopeFL": "370"},
 }
+
+
+def longitude_where_it_is(sidereal_time):
+    """East, -180 to 180 degrees: the site is chosen so that the same stars stand there at any time of the test."""
+    days = time.time() / 86400 + 2440587.5 - 2451545.0
+    greenwich = 280.46062 + 360.98564737 * days
+    return (15 * sidereal_time - greenwich + 180) % 360 - 180
+
+
+LONGITUDE = longitude_where_it_is(SIDEREAL_TIME)
+FIRST_RIGHT_ASCENSION = SIDEREAL_TIME - 2  # three plates 30 degrees apart then lie around the meridian
 
 
 class Failure(RuntimeError):
@@ -104,12 +116,12 @@ def prepare_indi(port, sensor):
             talk.switch(device, "CONNECTION", "CONNECT")
         talk.hear('device="Telescope Simulator" name="GEOGRAPHIC_COORD"')
         talk.hear('device="CCD Simulator" name="SCOPE_INFO"')
-        talk.numbers("Telescope Simulator", "GEOGRAPHIC_COORD", LAT=LATITUDE, LONG=LONGITUDE, ELEV=100)
+        talk.numbers("Telescope Simulator", "GEOGRAPHIC_COORD", LAT=LATITUDE, LONG=LONGITUDE % 360, ELEV=100)
         talk.numbers("CCD Simulator", "SCOPE_INFO", FOCAL_LENGTH=300, APERTURE=80)
         talk.switch("Telescope Simulator", "TELESCOPE_PARK", "UNPARK")
         talk.hear('setSwitchVector device="Telescope Simulator" name="TELESCOPE_PARK"')
         talk.switch("Telescope Simulator", "ON_COORD_SET", "SYNC")
-        talk.numbers("Telescope Simulator", "EQUATORIAL_EOD_COORD", RA=two_hours_past_the_meridian(), DEC=45)
+        talk.numbers("Telescope Simulator", "EQUATORIAL_EOD_COORD", RA=FIRST_RIGHT_ASCENSION, DEC=45)
         talk.hear('setNumberVector device="Telescope Simulator" name="EQUATORIAL_EOD_COORD"')
 
 
@@ -148,12 +160,6 @@ class IndiTalk:
         self.say(f'<newNumberVector device="{device}" name="{name}">{inner}</newNumberVector>')
 
 
-def two_hours_past_the_meridian():
-    """A right ascension there now, in hours: three plates 30 degrees apart then lie around the meridian."""
-    days = time.time() / 86400 + 2440587.5 - 2451545.0
-    return ((280.46062 + 360.98564737 * days + LONGITUDE) / 15 - 2) % 24
-
-
 @contextlib.contextmanager
 def alpaca_server(program, sky_picture, others=None):
     settings = {
@@ -174,7 +180,7 @@ def alpaca_server(program, sky_picture, others=None):
         ready = json.loads(server.stdout.readline())
         put = functools.partial(put_alpaca, ready["port"])
         put("connected", Connected="True")
-        put("synctocoordinates", RightAscension=two_hours_past_the_meridian(), Declination=45)
+        put("synctocoordinates", RightAscension=FIRST_RIGHT_ASCENSION, Declination=45)
         yield {
             "Hosts": {"IndiServers": "", "AlpacaServers": f"127.0.0.1:{ready['port']}", "AlpacaPort": "1"},
             "mount": "Alpaca:test-telescope/telescope",
