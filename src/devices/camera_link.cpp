@@ -1,6 +1,5 @@
 #include "devices/camera_link.h"
 
-#include "platform/server_gone.h"
 #include "platform/text.h"
 
 namespace vantrel::devices {

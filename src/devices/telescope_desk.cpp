@@ -1,7 +1,6 @@
 #include "devices/telescope_desk.h"
 
 #include "platform/place_form.h"
-#include "platform/server_gone.h"
 #include "platform/text.h"
 
 namespace vantrel::devices {

@@ -104,9 +104,8 @@ void ProgramObject::flag(const std::string& name, bool& field) {
 }
 
 void ProgramObject::requireLife() const {
-    constexpr int kServerGone = 462;
     if (!programLives())
-        throw platform::AutomationError(kServerGone, className(),
+        throw platform::AutomationError(platform::error_number::kServerIsGone, className(),
                                         "The remote server machine does not exist or is unavailable");
 }
 

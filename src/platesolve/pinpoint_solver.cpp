@@ -6,7 +6,6 @@
 
 #include "engine/angles.h"
 #include "platesolve/plate_error.h"
-#include "platform/server_gone.h"
 #include "platform/sexagesimal.h"
 #include "platform/text.h"
 

@@ -41,9 +41,15 @@ inline constexpr int kFileNotFound = 53;
 inline constexpr int kNoObject = 91;
 inline constexpr int kCannotCreateObject = 429;
 inline constexpr int kNoSuchMember = 438;
+inline constexpr int kWrongArguments = 450;
+/// The object's program has ended, or doesn't answer.
+inline constexpr int kServerIsGone = 462;
 /// What a driver's own exception arrives as.
 inline constexpr int kDriverException = -2147352567;
 }  // namespace error_number
+
+/// A new object may find the program back.
+inline bool isGone(const OperationError& error) { return error.number() == error_number::kServerIsGone; }
 
 /// The failure with this number and its customary description; source is "Vantrel".
 OperationError runTimeError(int number);

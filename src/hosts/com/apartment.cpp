@@ -17,8 +17,6 @@ using platform::Milliseconds;
 
 namespace {
 
-constexpr int kServerIsGone = 462;
-
 Handle newEvent() { return Handle(::CreateEventW(nullptr, TRUE, FALSE, nullptr)); }
 
 }  // namespace
@@ -95,7 +93,7 @@ void Apartment::post(std::function<void()> work) { queue_->add(std::move(work));
 
 void Apartment::run(const std::string& what, Milliseconds timeOut, std::function<void()> work) {
     const auto gone = [&](const char* why) {
-        return platform::AutomationError(kServerIsGone, "Vantrel", what + why);
+        return platform::AutomationError(platform::error_number::kServerIsGone, "Vantrel", what + why);
     };
     if (hangs()) throw gone(" can't be asked: another member of its kind hangs");
     const auto task = std::make_shared<Task>();

@@ -38,14 +38,14 @@ int numberOf(HRESULT failure) {
             return platform::error_number::kCannotCreateObject;
         case HRESULT_FROM_WIN32(RPC_S_SERVER_UNAVAILABLE):
         case RPC_E_DISCONNECTED:
-            return 462;
+            return platform::error_number::kServerIsGone;
         case DISP_E_MEMBERNOTFOUND:
         case DISP_E_UNKNOWNNAME:
             return platform::error_number::kNoSuchMember;
         case DISP_E_TYPEMISMATCH:
             return platform::error_number::kTypeMismatch;
         case DISP_E_BADPARAMCOUNT:
-            return 450;
+            return platform::error_number::kWrongArguments;
         default:
             return static_cast<int>(failure);
     }
@@ -64,7 +64,8 @@ std::string systemText(HRESULT failure) {
 [[noreturn]] void fail(HRESULT failure, const std::string& source) {
     const int number = numberOf(failure);
     // The program's own words where it has some for the number.
-    if (number > 0 && number < 1000 && number != 450 && number != 462)
+    if (number > 0 && number < 1000 && number != platform::error_number::kWrongArguments &&
+        number != platform::error_number::kServerIsGone)
         throw AutomationError(number, source, platform::runTimeError(number).description());
     throw AutomationError(number, source, systemText(failure));
 }
