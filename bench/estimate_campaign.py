@@ -4,8 +4,8 @@
 Each row is so many whole measurements by vantrel-headless in virtual time, solver included. Prints two tables in
 Markdown, of sound mounts and of mounts with mechanical faults: the distance of either result from the set axis, how
 often the truth lies within the stated one- and two-sigma ellipses (39 and 86 % if they are right; with faults also
-within three, 99 %), how often a warning comes, how often it names the fault, how often the rolls hint at one, and how often a result that is wrong
-by more than an arc-minute comes without a warning.
+within three, 99 %), how often a warning comes, how often it names the fault, how often the rolls hint at one, and how
+often a result that is wrong by more than an arc-minute comes without a warning.
 
 The air moves each picture as a whole as much as the estimate allows for. Where it refracts, its pressure and
 temperature are drawn anew for each measurement, so that the refraction is off the standard atmosphere's by 5 % (one

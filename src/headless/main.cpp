@@ -28,11 +28,8 @@ int runVirtual(const headless::Options& options, headless::CommandSource& comman
                headless::ReplySink& replies, const platform::TerminationWatch& termination) {
     const auto start = options.start ? *options.start : *platform::parseInstant(headless::kVirtualStart);
     platform::VirtualTime time(start, kLongestRun, kMostSteps);
-    return headless::HeadlessProgram(options, time, commands, replies).run([&] {
-        return termination.requested();
-    })
-               ? kSuccess
-               : kFailure;
+    headless::HeadlessProgram program(options, time, commands, replies);
+    return program.run([&] { return termination.requested(); }) ? kSuccess : kFailure;
 }
 
 int runReal(const headless::Options& options, headless::DescriptorCommands& commands,
