@@ -61,7 +61,7 @@ solver::StarList starsOf(const Frame& frame) {
 
 engine::Plate plateOf(const Frame& frame, const solver::StarList& stars) {
     const solver::PlateGeometry geometry{static_cast<double>(frame.width), static_cast<double>(frame.height),
-                                         frame.scale, frame.scale, stars.binning};
+                                         frame.scale, frame.scale, stars.grain};
     const solver::SearchArea area = solver::searchArea(geometry, kCentre, 0.2, stars.stars.size());
     const auto around = catalog().cone(area.query(2026, 99));
     const auto solution = solver::solvePlate(geometry, stars.stars, area, around, {});

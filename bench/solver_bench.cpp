@@ -59,7 +59,7 @@ StarList starsOf(const Job& job) { return findStars(FitsImage::open(job.file), {
 
 PlateGeometry geometryOf(const Job& job, const StarList& stars) {
     PlateGeometry geometry = job.geometry;
-    geometry.binning = stars.binning;
+    geometry.grain = stars.grain;
     return geometry;
 }
 

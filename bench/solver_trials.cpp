@@ -53,16 +53,16 @@ FitsImage asImage(const std::vector<std::uint16_t>& counts, const test::StarFiel
     return FitsImage(field.width, field.height, std::vector<float>(counts.begin(), counts.end()));
 }
 
-PlateGeometry geometryOf(const Trial& trial, double binning) {
+PlateGeometry geometryOf(const Trial& trial, double grain) {
     return {static_cast<double>(trial.field.width), static_cast<double>(trial.field.height), trial.scale,
-            trial.scale, binning};
+            trial.scale, grain};
 }
 
 Result solve(const Trial& trial, const StarCatalog& catalog, bool stars = true) {
     const auto image = asImage(test::drawField(stars ? &catalog : nullptr, trial.field), trial.field);
     const auto begin = std::chrono::steady_clock::now();
     const StarList found = findStars(image, {});
-    const PlateGeometry geometry = geometryOf(trial, found.binning);
+    const PlateGeometry geometry = geometryOf(trial, found.grain);
     const SearchArea area = searchArea(geometry, trial.start, trial.offset, found.stars.size());
     Result result;
     result.solution = solvePlate(geometry, found.stars, area, catalog.cone(area.query(2000, 99)), {});
@@ -92,7 +92,7 @@ Result solveBlind(const Trial& trial, const StarCatalog& catalog, const Blind& b
     const StarPatterns& sky = patterns();
     const auto begin = std::chrono::steady_clock::now();
     const StarList found = findStars(image, {});
-    const PlateGeometry geometry = geometryOf(trial, found.binning);
+    const PlateGeometry geometry = geometryOf(trial, found.grain);
     WideSettings settings;
     settings.start = trial.start;
     settings.radiusDeg = blind.farthestFromStart;

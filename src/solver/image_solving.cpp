@@ -35,7 +35,7 @@ class ImageSolving {
 
     PlateGeometry geometryOf(double scale) const {
         return {static_cast<double>(image_.width()), static_cast<double>(image_.height()), scale, scale,
-                stars_.binning};
+                stars_.grain};
     }
 
     std::string reason() const {

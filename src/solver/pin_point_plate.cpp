@@ -384,7 +384,7 @@ std::shared_ptr<const sky::StarCatalog> PinPointPlate::catalogue() {
 
 PlateGeometry PinPointPlate::geometry(double scaleX, double scaleY) const {
     return {static_cast<double>(image_ ? image_->width() : 1),
-            static_cast<double>(image_ ? image_->height() : 1), scaleX, scaleY, stars_.binning};
+            static_cast<double>(image_ ? image_->height() : 1), scaleX, scaleY, stars_.grain};
 }
 
 /// The start may be off by half the field, and by the expansion's share of it.

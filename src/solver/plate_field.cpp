@@ -12,7 +12,7 @@ using sky::kDegree;
 // Generous, since they decide what is looked for, not what is fitted.
 constexpr double kCatalogueErrorArcsec = 0.25;  // Tycho-2's faint stars after some thirty years of motion
 constexpr double kCentroidErrorPixels = 0.5;
-constexpr double kCentroidErrorBins = 0.15;
+constexpr double kCentroidErrorGrains = 0.15;
 
 }  // namespace
 
@@ -32,7 +32,7 @@ double PlateGeometry::diagonalDeg() const {
 double PlateGeometry::catalogueError() const { return kCatalogueErrorArcsec / std::sqrt(scaleX * scaleY); }
 
 double PlateGeometry::positionError() const {
-    return std::hypot(kCentroidErrorPixels, kCentroidErrorBins * binning, catalogueError());
+    return std::hypot(kCentroidErrorPixels, kCentroidErrorGrains * grain, catalogueError());
 }
 
 double PlateGeometry::lensError() const {

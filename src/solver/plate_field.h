@@ -18,7 +18,7 @@ struct PlateGeometry {
     double height = 0;
     double scaleX = 0;  ///< arcseconds per pixel, positive, as far as known (within 15 %)
     double scaleY = 0;
-    double binning = 1;  ///< by which star positions were measured: their grain
+    double grain = 1;  ///< see StarList
 
     sky::PixelPosition centre() const { return {(width - 1) / 2, (height - 1) / 2}; }
     double diagonalDeg() const;

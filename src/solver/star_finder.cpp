@@ -155,10 +155,10 @@ StarList findStars(const fits::FitsImage& image, const StarSettings& settings) {
     const auto binning = static_cast<double>(reduced.binning);
 
     const auto shaped = shapedOnes(sources);
-    StarList list{.stars = {}, .binning = binning, .look = lookOf(shaped)};
+    StarList list{.stars = {}, .look = lookOf(shaped)};
     list.look.width *= binning;
     list.look.trail *= binning;
-    list.binning = std::max(binning, kGrainOfTrails * list.look.trail);
+    list.grain = std::max(binning, kGrainOfTrails * list.look.trail);
     list.stars.reserve(sources.size());
     for (const Source& source : sources) {
         const ImageStar star{(source.x + 0.5) * binning - 0.5, (source.y + 0.5) * binning - 0.5,

@@ -26,8 +26,8 @@ struct StarLook {
 
 struct StarList {
     std::vector<ImageStar> stars;  ///< brightest first
-    double binning = 1;  ///< pixels a side of the bins in which they were found, or that tell as little of
-                         ///< their places as their trails do
+    /// Pixels that places are known in parts of: a bin's side, or a third of the stars' trails.
+    double grain = 1;
     StarLook look = {};
 };
 

@@ -38,7 +38,7 @@ std::optional<SolvedPlate> solve(const test::StarField& field, const Start& star
     const auto image = imageOf(field);
     const StarList found = findStars(image, {});
     const PlateGeometry geometry{static_cast<double>(field.width), static_cast<double>(field.height),
-                                 start.scale, start.scale, found.binning};
+                                 start.scale, start.scale, found.grain};
     const SearchArea area = searchArea(geometry, start.place, start.offset, found.stars.size());
     return solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
 }
@@ -211,7 +211,7 @@ TEST(SolvePlate, TellsNoDistortionOfAnImageThatIsHalfCovered) {
     for (std::size_t i = 0; i < pixels.size(); ++i)
         if (i % field.width > 480) pixels[i] = 300;
     const StarList found = findStars({field.width, field.height, pixels}, {});
-    const PlateGeometry geometry{900, 680, 12, 12, found.binning};
+    const PlateGeometry geometry{900, 680, 12, 12, found.grain};
     const SearchArea area = searchArea(geometry, {290, 10}, 1.5, found.stars.size());
     const auto solution = solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
     ASSERT_TRUE(solution);
@@ -369,7 +369,7 @@ TEST(SolvePlate, ObeysItsLimits) {
     const auto field = fieldOf({150, 30}, 5, 20, false);
     const auto image = imageOf(field);
     const StarList found = findStars(image, {});
-    const PlateGeometry geometry{900, 680, 5, 5, found.binning};
+    const PlateGeometry geometry{900, 680, 5, 5, found.grain};
     const SearchArea area = searchArea(geometry, {150, 30}, 1, found.stars.size());
     const auto catalogue = stars().cone(area.query(2000, 99));
     const auto free = solvePlate(geometry, found.stars, area, catalogue, {});
@@ -397,9 +397,9 @@ TEST(FindStars, ObeysItsSettings) {
     EXPECT_LT(findStars(image, {.minimumSize = 20}).stars.size(), all.size());
     EXPECT_EQ(findStars(image, {.atMost = 7}).stars.size(), 7U);
     EXPECT_GT(findStars(image, {.filterFwhmPixels = 3}).stars.size(), 50U);
-    EXPECT_EQ(findStars(image, {}).binning, 1U);
+    EXPECT_EQ(findStars(image, {}).grain, 1U);
     field.mosaic = true;
-    EXPECT_EQ(findStars(imageOf(field), {}).binning, 2U) << "the colours of a raw image are seen and mixed";
+    EXPECT_EQ(findStars(imageOf(field), {}).grain, 2U) << "the colours of a raw image are seen and mixed";
 }
 
 TEST(FindStars, FindsNoStarsInPlainImages) {

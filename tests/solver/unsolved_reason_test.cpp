@@ -126,7 +126,7 @@ TEST(FindStars, TellsTrailsAndFocus) {
         EXPECT_LE(list.stars.size(), 48U);
         EXPECT_NEAR(list.look.width, c.width, c.widthError);
         EXPECT_NEAR(list.look.trail, c.length, c.lengthError);
-        EXPECT_GE(list.binning * 3.01, c.length) << "their middles aren't known better";
+        EXPECT_GE(list.grain * 3.01, c.length) << "their middles aren't known better";
         EXPECT_NEAR(list.look.trailDeg, c.length > 0 ? 36.9 : 0, 5);
     }
 }

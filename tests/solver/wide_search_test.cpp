@@ -53,7 +53,7 @@ Seen seen(const test::StarField& field, double scale) {
     const fits::FitsImage image(field.width, field.height, std::vector<float>(counts.begin(), counts.end()));
     Seen result{findStars(image, {}), {}};
     result.geometry = {static_cast<double>(field.width), static_cast<double>(field.height), scale, scale,
-                       result.list.binning};
+                       result.list.grain};
     return result;
 }
 
