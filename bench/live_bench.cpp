@@ -10,7 +10,7 @@
 #include "engine/axis/simulated_mount.h"
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/image_reduction.h"
 #include "solver/plate_solver.h"
 #include "support/star_field.h"
@@ -23,8 +23,8 @@ constexpr double kWidthDeg = 1.4;
 constexpr double kLst = 9;
 constexpr sky::SkyPosition kCentre{120, 25};
 
-const sky::TychoCatalog& catalog() {
-    static const auto opened = sky::TychoCatalog::openBuiltIn();
+const sky::CompactCatalog& catalog() {
+    static const auto opened = sky::CompactCatalog::openBuiltIn();
     return *opened;
 }
 

@@ -5,8 +5,8 @@
 #include "observatory/telescopes/camera.h"
 #include "observatory/telescopes/renderer.h"
 #include "platform/queued_event_loop.h"
+#include "sky/compact_catalog.h"
 #include "sky/epoch.h"
-#include "sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -44,7 +44,7 @@ void wholeExposure(benchmark::State& state) {
     platform::VirtualTime time{tonight()};
     NoiseSource noise(1);
     Mount mount(time, noise);
-    const std::shared_ptr<const sky::StarCatalog> catalog = sky::TychoCatalog::openBuiltIn();
+    const std::shared_ptr<const sky::StarCatalog> catalog = sky::CompactCatalog::openBuiltIn();
     Camera camera(mount, noise, [&catalog] { return catalog; });
     for (auto _ : state) benchmark::DoNotOptimize(camera.expose(time.utc(), "bench")());
 }

@@ -10,7 +10,7 @@
 
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/image_reduction.h"
 #include "solver/plate_solver.h"
 #include "solver/source_extractor.h"
@@ -25,8 +25,8 @@ using namespace vantrel::solver;
 
 constexpr double kWidthDeg = 1.4;
 
-const TychoCatalog& catalog() {
-    static const auto opened = TychoCatalog::openBuiltIn();
+const CompactCatalog& catalog() {
+    static const auto opened = CompactCatalog::openBuiltIn();
     return *opened;
 }
 
@@ -93,7 +93,7 @@ void extract(benchmark::State& state) {
 }
 
 void openCatalogue(benchmark::State& state) {
-    for (auto _ : state) benchmark::DoNotOptimize(TychoCatalog::openBuiltIn());
+    for (auto _ : state) benchmark::DoNotOptimize(CompactCatalog::openBuiltIn());
 }
 
 void lookUpCatalogue(benchmark::State& state) {

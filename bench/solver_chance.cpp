@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "platform/user_machine.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/image_solving.h"
 #include "solver/pattern_store.h"
 #include "solver/wide_search.h"
@@ -76,7 +76,7 @@ enum class Search { kNearby, kWide, kWideAnyScale };
 constexpr const char* kSearches[] = {"around a position", "whole sky", "whole sky, any scale"};
 
 struct Sky {
-    std::shared_ptr<const TychoCatalog> catalog;
+    std::shared_ptr<const CompactCatalog> catalog;
     std::shared_ptr<const StarPatterns> patterns;
 };
 
@@ -168,7 +168,7 @@ int main(int argc, char** argv) {
     const auto number = [&](int at, unsigned otherwise) {
         return argc > at ? static_cast<unsigned>(std::atoi(argv[at])) : otherwise;
     };
-    Sky sky{TychoCatalog::openBuiltIn(), nullptr};
+    Sky sky{CompactCatalog::openBuiltIn(), nullptr};
     sky.patterns = patternsOf(*sky.catalog, platform::cacheFolder(platform::processEnvironment),
                               [](const std::string& line) { std::puts(line.c_str()); });
     const auto outcomes = outcomesOf(sky, number(1, 10'000), number(2, 1));

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "fits/fits_writing.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "sky/vector3.h"
 #include "support/star_field.h"
 
@@ -73,7 +73,7 @@ int main(int argc, char** argv) {
     std::ofstream table(folder / "fields.csv");
     table.precision(12);
     table << "set,file,ra_deg,dec_deg,cd1_1,cd1_2,cd2_1,cd2_2,start_ra_deg,start_dec_deg,start_scale\n";
-    const auto catalog = sky::TychoCatalog::openBuiltIn();
+    const auto catalog = sky::CompactCatalog::openBuiltIn();
     for (const FieldSet& set : kSets) {
         std::mt19937 random(set.seed);
         for (int number = 0; number < count; ++number) {

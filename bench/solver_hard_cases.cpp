@@ -22,7 +22,7 @@
 #include "catalogs/deep_catalog.h"
 #include "fits/fits_image.h"
 #include "sky/catalog_writer.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/image_solving.h"
 #include "support/deep_sky.h"
 #include "support/star_field.h"
@@ -210,7 +210,7 @@ class DeepCatalog {
 
   private:
     test::TempFolder folder_{test::TempFolder::quickPlace()};
-    std::optional<TychoCatalog> catalog_;
+    std::optional<CompactCatalog> catalog_;
 };
 
 void run(const Series& series, double step, int count, const StarCatalog& tycho, bool withDeep) {
@@ -263,7 +263,7 @@ int main(int argc, char** argv) {
     const int count = argc > 1 ? std::atoi(argv[1]) : 20;
     const std::string only = argc > 2 ? argv[2] : "";
     const bool deep = argc > 3 && std::string(argv[3]) == "deep";
-    const auto catalog = TychoCatalog::openBuiltIn();
+    const auto catalog = CompactCatalog::openBuiltIn();
     std::puts("| series | step | solved | wrong | s of CPU | what is said |");
     std::puts("|---|---|---|---|---|---|");
     for (const Series& series : allSeries())

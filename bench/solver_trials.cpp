@@ -18,7 +18,7 @@
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
 #include "platform/user_machine.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/pattern_store.h"
 #include "solver/plate_solver.h"
 #include "solver/wide_search.h"
@@ -73,7 +73,7 @@ Result solve(const Trial& trial, const StarCatalog& catalog, bool stars = true) 
 
 const StarPatterns& patterns() {
     static const auto made =
-        patternsOf(*TychoCatalog::openBuiltIn(), platform::cacheFolder(platform::processEnvironment),
+        patternsOf(*CompactCatalog::openBuiltIn(), platform::cacheFolder(platform::processEnvironment),
                    [](const std::string& line) { std::puts(line.c_str()); });
     return *made;
 }
@@ -453,7 +453,7 @@ int draw(int argc, char** argv, const StarCatalog& catalog) {
 int main(int argc, char** argv) {
     const std::string what = argc > 1 ? argv[1] : "";
     const int count = argc > 2 ? std::atoi(argv[2]) : 200;
-    const auto catalog = TychoCatalog::openBuiltIn();
+    const auto catalog = CompactCatalog::openBuiltIn();
     if (what == "draw" && argc >= 6) return draw(argc, argv, *catalog);
     for (const Findable& campaign : kFindable)
         if (what == campaign.name) {

@@ -8,7 +8,7 @@
 
 #include "fits/fits_image.h"
 #include "platform/user_machine.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/catalog_choice.h"
 #include "solver/deep_stars.h"
 #include "solver/image_solving.h"
@@ -20,7 +20,7 @@ namespace vantrel {
 namespace {
 
 /// In the share/vantrel beside a folder above the library: the library may have been moved with all the rest.
-std::shared_ptr<const sky::TychoCatalog> installedCatalog() {
+std::shared_ptr<const sky::CompactCatalog> installedCatalog() {
     Dl_info info{};
     if (dladdr(reinterpret_cast<const void*>(&installedCatalog), &info) != 0 && info.dli_fname != nullptr) {
         std::error_code error;
@@ -28,11 +28,12 @@ std::shared_ptr<const sky::TychoCatalog> installedCatalog() {
         for (auto folder = library.parent_path(); !error && folder.has_relative_path();
              folder = folder.parent_path()) {
             const auto file = folder / "share" / "vantrel" / sky::kTychoFileName;
-            if (std::filesystem::exists(file, error)) return std::make_shared<const sky::TychoCatalog>(file);
+            if (std::filesystem::exists(file, error))
+                return std::make_shared<const sky::CompactCatalog>(file);
             error.clear();
         }
     }
-    return sky::TychoCatalog::openBuiltIn();
+    return sky::CompactCatalog::openBuiltIn();
 }
 
 std::shared_ptr<const sky::StarCatalog> ownCatalog() {

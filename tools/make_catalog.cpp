@@ -7,7 +7,7 @@
 #include <exception>
 #include <string>
 
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "sky/tycho_distribution.h"
 
 namespace {
@@ -17,7 +17,7 @@ using namespace vantrel::sky;
 constexpr double kEpoch = 2026.0;  // near the years of use, so that stars without a table entry hardly drift
 
 int verify(const char* file) {
-    const TychoCatalog catalog(file);
+    const CompactCatalog catalog(file);
     const bool sound = catalog.verify();
     std::printf("%s: %u stars, check sum %s\n", file, catalog.starCount(), sound ? "right" : "WRONG");
     return sound ? 0 : 1;
@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
     try {
         if (std::string(argv[1]) == "--verify") return verify(argv[2]);
         const auto stars = readTychoDistribution(argv[1], kEpoch);
-        writeTychoCatalog(argv[2], stars, kEpoch);
+        writeCompactCatalog(argv[2], stars, kEpoch);
         return verify(argv[2]);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "make-catalog: %s\n", e.what());

@@ -19,7 +19,7 @@
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/catalog_choice.h"
 #include "solver/deep_stars.h"
 #include "solver/exposure_facts.h"
@@ -65,7 +65,8 @@ ImageClues cluesFor(const SolveOptions& options, const FitsImage& image) {
 std::shared_ptr<const StarCatalog> catalogFor(const SolveOptions& options,
                                               const std::filesystem::path& cacheFolder) {
     if (options.catalog.empty())
-        return withDeepStars(TychoCatalog::openBuiltIn(), platform::dataFolder(platform::processEnvironment));
+        return withDeepStars(CompactCatalog::openBuiltIn(),
+                             platform::dataFolder(platform::processEnvironment));
     if (!platform::equalIgnoringCase(options.catalog, kInternetPath))
         return openCatalog(platform::pathOf(options.catalog), options.catalogNumber);
     auto catalog =
@@ -98,7 +99,7 @@ Outcome solve(const SolveOptions& options) {
     const auto catalog = catalogFor(options, cacheFolder);
     const StarList stars = findStars(image, {});
     const auto patterns = [&] {
-        return patternsOf(*TychoCatalog::openBuiltIn(), cacheFolder, [](const auto& line) {
+        return patternsOf(*CompactCatalog::openBuiltIn(), cacheFolder, [](const auto& line) {
             std::fprintf(stderr, "vantrel-solve: %s\n", line.c_str());
         });
     };

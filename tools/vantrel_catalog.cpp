@@ -23,7 +23,7 @@
 #include "platform/termination.h"
 #include "platform/text.h"
 #include "platform/user_machine.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/exposure_facts.h"
 
 namespace {
@@ -175,16 +175,18 @@ FoundCatalog openDistribution(const fs::path& path) {
 
 bool isCompact(const fs::path& path) {
     try {
-        const sky::TychoCatalog catalog(path);
+        const sky::CompactCatalog catalog(path);
         return true;
     } catch (const sky::CatalogError&) {
         return false;
     }
 }
 
-/// The magic that compact files begin with: one that is damaged is no table.
+/// A file that is damaged begins so, too, and is no table.
 bool beginsAsCompact(const fs::path& path) {
-    return platform::InputFile(path).size() >= 8 && CatalogFile(path).text(0, 8) == "TYC2CMP1";
+    constexpr std::size_t kMagic = sky::kCompactMagic.size();
+    return platform::InputFile(path).size() >= kMagic &&
+           CatalogFile(path).text(0, kMagic) == sky::kCompactMagic;
 }
 
 std::vector<sky::MovingStar> tableStars(const fs::path& path, const Options& options) {
@@ -223,7 +225,7 @@ DeepProgress progress(const platform::TerminationWatch& watch) {
 }
 
 int check(const fs::path& file) {
-    const sky::TychoCatalog catalog(file);
+    const sky::CompactCatalog catalog(file);
     const bool sound = catalog.verify();
     std::printf("%s: %u stars at %.1f, in cells of %.2g degrees, check sum %s\n", file.string().c_str(),
                 catalog.starCount(), catalog.epochYear(), catalog.cellDeg(), sound ? "right" : "WRONG");
@@ -242,7 +244,7 @@ int make(const Options& options) {
     } else if (!fs::exists(path, error)) {
         throw BadInput("there is no " + path.string());
     } else if (beginsAsCompact(path)) {
-        const auto compact = std::make_shared<const sky::TychoCatalog>(path);
+        const auto compact = std::make_shared<const sky::CompactCatalog>(path);
         if (!compact->verify()) throw BadInput(path.string() + " is damaged: its check sum is wrong");
         catalog = compact;
     }

@@ -23,7 +23,7 @@
 #include "qt/offscreen.h"
 #include "qt/qt_dialogs.h"
 #include "qt/translation.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/memory_settings_port.h"
 #include "support/recording_log.h"
 #include "support/star_field.h"
@@ -296,7 +296,7 @@ void takeFirstPictures(const QString& folder, bool byNight) {
     field.wcs = test::wcsFor(1200, 900, {56.9, 24.1}, 9, 172, false);
     field.tenthMagnitude = 20'000;
     const auto file = night.home.folder() / "Pleiades.fits";
-    fits::writeFits(file, 1200, 900, test::drawField(sky::TychoCatalog::openBuiltIn().get(), field),
+    fits::writeFits(file, 1200, 900, test::drawField(sky::CompactCatalog::openBuiltIn().get(), field),
                     {{"OBJCTRA", std::string("03 48 00")},
                      {"OBJCTDEC", std::string("+24 06 00")},
                      {"FOCALLEN", 88.0},

@@ -5,7 +5,7 @@
 #include "helpers/profile_object.h"
 #include "helpers/util_object.h"
 #include "observatory/test_image.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/deep_stars.h"
 #include "solver/pattern_store.h"
 #include "solver/pin_point_plate.h"
@@ -36,7 +36,7 @@ Observatory::Observatory(platform::EventLoop& loop, const platform::FolderMap& f
       ownBackground_(loop),
       background_(seams_.background != nullptr ? *seams_.background : ownBackground_) {
     if (!seams_.profile) seams_.profile = std::make_shared<platform::MemorySettings>();
-    if (!seams_.stars) seams_.stars = [] { return sky::TychoCatalog::openBuiltIn(); };
+    if (!seams_.stars) seams_.stars = [] { return sky::CompactCatalog::openBuiltIn(); };
     axisSimulator_ = std::make_shared<AxisSimulatorDevice>(loop, background_, noise_, seams_.stars);
     scopeSimCamera_ = std::make_unique<Camera>(scopeSim_->mount, noise_, seams_.stars);
     simulatedCamera_ = std::make_unique<SimulatedCamera>(loop_, background_, pictures());
@@ -136,7 +136,7 @@ std::shared_ptr<const solver::StarPatterns> Observatory::patterns() {
     if (patterns_) return patterns_;
     std::shared_ptr<const solver::StarPatterns> patterns;
     background_.await([&, cache = seams_.downloadCache] {
-        patterns = solver::patternsOf(*sky::TychoCatalog::openBuiltIn(), cache, [](const std::string&) {});
+        patterns = solver::patternsOf(*sky::CompactCatalog::openBuiltIn(), cache, [](const std::string&) {});
     });
     return patterns_ = patterns;
 }

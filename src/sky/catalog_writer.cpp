@@ -10,8 +10,8 @@
 #include "platform/durable_file.h"
 #include "platform/mapped_file.h"
 #include "platform/paths.h"
+#include "sky/compact_catalog.h"
 #include "sky/star_catalog.h"
-#include "sky/tycho_catalog.h"
 #include "sky/vector3.h"
 
 namespace vantrel::sky {
@@ -22,7 +22,6 @@ namespace fs = std::filesystem;
 
 constexpr double kTabledMotionMas = 50;
 constexpr std::uint32_t kSteps = 4096;
-constexpr std::size_t kHeaderBytes = 64;
 
 std::uint32_t cellsIn(std::uint32_t band, const CatalogLayout& layout) {
     const double height = layout.bandHeightDeg();
@@ -44,7 +43,7 @@ std::int16_t motionOf(double mas) {
 }
 
 std::uint32_t checksumOf(const fs::path& file) {
-    return crc32(platform::MappedFile(file).bytes().subspan(kHeaderBytes));
+    return crc32(platform::MappedFile(file).bytes().subspan(kCompactHeaderBytes));
 }
 
 }  // namespace
@@ -68,7 +67,7 @@ CatalogWriter::CatalogWriter(fs::path file, const CatalogLayout& layout, double 
       epochYear_(epochYear),
       out_(part_, std::ios::binary | std::ios::trunc) {
     std::uint32_t cells = 0;
-    std::string head(kHeaderBytes, '\0');
+    std::string head(kCompactHeaderBytes, '\0');
     for (std::uint32_t band = 0; band < layout_.bands; ++band) {
         firstCells_.push_back(cells);
         cells += cellsIn(band, layout_);
@@ -143,13 +142,13 @@ void CatalogWriter::write(const Placed& star) {
 
 void CatalogWriter::finish() {
     out_ << gaps_ << motions_;
-    out_.seekp(static_cast<std::streamoff>(kHeaderBytes + 2ULL * layout_.bands));
+    out_.seekp(static_cast<std::streamoff>(kCompactHeaderBytes + 2ULL * layout_.bands));
     out_.write(reinterpret_cast<const char*>(cellSizes_.data()),
                static_cast<std::streamsize>(cellSizes_.size()));
     out_.flush();
     check();
 
-    std::string head = "TYC2CMP1";
+    std::string head(kCompactMagic);
     for (const std::uint32_t value : {std::uint32_t{1}, static_cast<std::uint32_t>(starCount_),
                                       static_cast<std::uint32_t>(cellSizes_.size()), layout_.bands})
         put(head, value);

@@ -1,4 +1,4 @@
-// Writes the compact catalogue files that TychoCatalog reads.
+// Writes the compact catalogue files that CompactCatalog reads.
 #pragma once
 
 #include <cstdint>

@@ -60,7 +60,7 @@ std::vector<MovingStar> readTychoDistribution(const fs::path& folder, double epo
     return mergedPhotocentres(entries);
 }
 
-void writeTychoCatalog(const fs::path& file, const std::vector<MovingStar>& stars, double epochYear) {
+void writeCompactCatalog(const fs::path& file, const std::vector<MovingStar>& stars, double epochYear) {
     const CatalogLayout layout;
     CatalogWriter writer(file, layout, epochYear);
     writer.add(stars, layout.bands);

@@ -14,9 +14,9 @@ namespace vantrel::sky {
 /// CatalogError when the files are missing or a line can't be understood.
 std::vector<MovingStar> readTychoDistribution(const std::filesystem::path& folder, double epochYear);
 
-/// Writes the compact catalogue that TychoCatalog reads. Throws CatalogError when the file can't be written
+/// Writes the compact catalogue that CompactCatalog reads. Throws CatalogError when the file can't be written
 /// or a cell of sky holds more stars than the layout has room for.
-void writeTychoCatalog(const std::filesystem::path& file, const std::vector<MovingStar>& stars,
-                       double epochYear);
+void writeCompactCatalog(const std::filesystem::path& file, const std::vector<MovingStar>& stars,
+                         double epochYear);
 
 }  // namespace vantrel::sky

@@ -5,7 +5,7 @@
 
 #include "catalogs/deep_catalog.h"
 #include "catalogs/distributions.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 
 namespace vantrel::solver {
 
@@ -41,13 +41,13 @@ catalogs::FoundCatalog openDistribution(const catalogs::CatalogFolder& folder, i
 catalogs::FoundCatalog openCompact(const std::filesystem::path& file) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored)) return nullptr;
-    return std::make_shared<const sky::TychoCatalog>(file);
+    return std::make_shared<const sky::CompactCatalog>(file);
 }
 
 }  // namespace
 
 std::shared_ptr<const sky::StarCatalog> openCatalog(const std::filesystem::path& path, int catalogNumber) {
-    if (path.empty()) return sky::TychoCatalog::openBuiltIn();
+    if (path.empty()) return sky::CompactCatalog::openBuiltIn();
     if (auto file = openCompact(path)) return file;
     const catalogs::CatalogFolder folder(path);
     if (auto own = openDistribution(folder, catalogNumber)) return own;

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "catalogs/deep_catalog.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 
 namespace vantrel::solver {
 
@@ -26,7 +26,7 @@ class DeepenedCatalog : public sky::StarCatalog {
 
   private:
     std::shared_ptr<const sky::StarCatalog> builtIn_;
-    sky::TychoCatalog deep_;
+    sky::CompactCatalog deep_;
 };
 
 }  // namespace

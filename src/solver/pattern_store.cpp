@@ -4,7 +4,7 @@
 
 namespace vantrel::solver {
 
-std::shared_ptr<const StarPatterns> patternsOf(const sky::TychoCatalog& catalog,
+std::shared_ptr<const StarPatterns> patternsOf(const sky::CompactCatalog& catalog,
                                                const std::filesystem::path& cacheFolder,
                                                const std::function<void(const std::string&)>& tell) {
     std::error_code failed;

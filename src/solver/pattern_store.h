@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/star_patterns.h"
 
 namespace vantrel::solver {
@@ -17,7 +17,7 @@ inline constexpr const char* kPatternFileName = "tycho2_patterns.bin";
 /// anew (a few seconds) and put into the cache folder for the next time. `tell` gets one line about whatever
 /// is worth knowing: a file that can't be used, the making, a cache that can't be written. Never fails for
 /// want of a file; an empty cache folder means that nothing is kept.
-std::shared_ptr<const StarPatterns> patternsOf(const sky::TychoCatalog& catalog,
+std::shared_ptr<const StarPatterns> patternsOf(const sky::CompactCatalog& catalog,
                                                const std::filesystem::path& cacheFolder,
                                                const std::function<void(const std::string&)>& tell);
 

@@ -8,7 +8,7 @@
 
 #include "fits/fits_image.h"
 #include "pictures/picture_file.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/deep_stars.h"
 #include "solver/exposure_facts.h"
 #include "solver/image_solving.h"
@@ -108,7 +108,7 @@ struct FileSolver::Job {
                 remark = solver::whyUnsolved(found, {});
                 return;
             }
-            const auto builtIn = sky::TychoCatalog::openBuiltIn();
+            const auto builtIn = sky::CompactCatalog::openBuiltIn();
             const auto catalog = solver::withDeepStars(builtIn, data);
             const auto allSky = [&] {
                 if (!patterns) patterns = solver::patternsOf(*builtIn, cache, [](const std::string&) {});

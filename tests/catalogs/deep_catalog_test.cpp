@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "catalogs/star_table.h"
+#include "sky/compact_catalog.h"
 #include "sky/tangent_wcs.h"
-#include "sky/tycho_catalog.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
 
@@ -47,7 +47,7 @@ TEST(DeepCatalog, KeepsTheBrightestOfAFullCellAndWhatIsWithinTheLimits) {
         EXPECT_EQ(made.leftOut, row.leftOut) << row.why;
     }
     write(folder / "deep.bin", stars, {.mostInCell = 10});
-    const auto kept = sky::TychoCatalog(folder / "deep.bin")
+    const auto kept = sky::CompactCatalog(folder / "deep.bin")
                           .cone({.raDeg = 100.05, .decDeg = 20.05, .radiusDeg = 0.1, .brightestFirst = true});
     EXPECT_NEAR(kept.back().magnitude, 15.1, 0.051);
 }

@@ -9,8 +9,8 @@
 #include "catalogs/catalog_file.h"
 #include "catalogs/deep_catalog.h"
 #include "platform/text.h"
+#include "sky/compact_catalog.h"
 #include "sky/tangent_wcs.h"
-#include "sky/tycho_catalog.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
@@ -230,7 +230,7 @@ TEST_P(Distribution, BecomesACompactCatalogueOfTheSameStars) {
         const DeepSelection selection{.epochYear = 2026.5, .southDeg = south, .northDeg = north};
         const auto made = writeDeepCatalog(folder_ / "deep.bin", stripsOf(*catalog, selection), selection,
                                            [](double) { return true; });
-        const sky::TychoCatalog compact(folder_ / "deep.bin");
+        const sky::CompactCatalog compact(folder_ / "deep.bin");
         EXPECT_TRUE(compact.verify());
         const auto inStrip = [&](const sky::StarCatalog& from, double year) {
             auto found = from.cone({.raDeg = 0, .decDeg = 0, .radiusDeg = 180, .epochYear = year});

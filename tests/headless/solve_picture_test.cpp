@@ -6,7 +6,7 @@
 #include "fits/fits_writing.h"
 #include "fits/header_wcs.h"
 #include "script.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/star_field.h"
 #include "support/temp_folder.h"
 
@@ -28,7 +28,7 @@ class SolvePicture : public testing::Test {
         field.height = 480;
         field.wcs = vantrel::test::wcsFor(640, 480, {75, 33}, kScale, 20, true);
         fits::writeFits(folder_ / name, 640, 480,
-                        vantrel::test::drawField(sky::TychoCatalog::openBuiltIn().get(), field), cards);
+                        vantrel::test::drawField(sky::CompactCatalog::openBuiltIn().get(), field), cards);
         return (folder_ / name).string();
     }
 

@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 
 #include "imaging/drawn_line.h"
+#include "sky/compact_catalog.h"
 #include "sky/named_objects.h"
-#include "sky/tycho_catalog.h"
 #include "support/star_field.h"
 #include "support/star_frames.h"
 
@@ -32,7 +32,7 @@ bool isColored(const ColorCanvas& canvas, double x, double y) {
 // Mizar and Alcor, once as small as it is, once reduced: names stand right of their stars' circles, circles
 // around stars, lines where right ascension and declination are round.
 TEST(AnnotatedPicture, DrawsWhereThingsAre) {
-    const auto catalog = sky::TychoCatalog::openBuiltIn();
+    const auto catalog = sky::CompactCatalog::openBuiltIn();
     for (const std::size_t times : {1, 3}) {
         SCOPED_TRACE(times);
         test::StarField field;

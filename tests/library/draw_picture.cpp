@@ -2,7 +2,7 @@
 #include <fstream>
 #include <vector>
 
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/star_field.h"
 
 int main(int, char** argv) {
@@ -11,7 +11,7 @@ int main(int, char** argv) {
     field.width = 640;
     field.height = 480;
     field.wcs = test::wcsFor(640, 480, {75, 33}, 6, 20, true);
-    const auto counts = test::drawField(sky::TychoCatalog::openBuiltIn().get(), field);
+    const auto counts = test::drawField(sky::CompactCatalog::openBuiltIn().get(), field);
     const std::vector<float> pixels(counts.begin(), counts.end());
     const float head[] = {640, 480, 75, 33, 6, 20};
     std::ofstream file(argv[1], std::ios::binary);

@@ -10,7 +10,7 @@
 #include "fits/fits_image.h"
 #include "observatory/test_image.h"
 #include "platform/queued_event_loop.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
 
@@ -100,7 +100,7 @@ TEST_F(ObservatoryTest, StaysResponsiveAndStopsWhileItWaitsForTheNetwork) {
 
 // ---- test image
 
-const auto kBuiltIn = [] { return sky::TychoCatalog::openBuiltIn(); };
+const auto kBuiltIn = [] { return sky::CompactCatalog::openBuiltIn(); };
 
 TEST(SolverTestImage, IsTheSameEverywhereSmallAndUnsolved) {
     const test::TempFolder one, other;

@@ -14,7 +14,7 @@
 #include "qt/light.h"
 #include "qt/night.h"
 #include "qt/plate_view.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/star_field.h"
 
 namespace vantrel::qt {
@@ -92,7 +92,7 @@ TEST(FirstStart, ShowsTheThreeWaysOnceAndSolvesWhatIsDroppedOnThem) {
     field.width = 640;
     field.height = 480;
     field.wcs = test::wcsFor(640, 480, {75, 33}, 6, 20, true);
-    fits::writeFits(file, 640, 480, test::drawField(sky::TychoCatalog::openBuiltIn().get(), field),
+    fits::writeFits(file, 640, 480, test::drawField(sky::CompactCatalog::openBuiltIn().get(), field),
                     {{"OBJCTRA", std::string("05 01 00")},
                      {"OBJCTDEC", std::string("+33 10 00")},
                      {"FOCALLEN", 206.264806},

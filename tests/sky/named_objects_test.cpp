@@ -5,14 +5,14 @@
 
 #include <gtest/gtest.h>
 
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 
 namespace vantrel::sky {
 namespace {
 
 // A slip in a place would put a name beside nothing.
 TEST(NamedStars, StandOnBrightStars) {
-    const auto catalog = TychoCatalog::openBuiltIn();
+    const auto catalog = CompactCatalog::openBuiltIn();
     std::set<std::string> names;
     for (const NamedStar& star : namedStars()) {
         EXPECT_TRUE(names.insert(star.name).second) << star.name;

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
@@ -42,9 +42,9 @@ TEST(TychoDistribution, BecomesACatalogueThatReadsBackTheSame) {
                                     "\n");
     auto stars = readTychoDistribution(folder.path(), 2026);
     ASSERT_EQ(stars.size(), 5U);
-    writeTychoCatalog(folder / kTychoFileName, stars, 2026);
+    writeCompactCatalog(folder / kTychoFileName, stars, 2026);
 
-    const TychoCatalog catalog(folder / kTychoFileName);
+    const CompactCatalog catalog(folder / kTychoFileName);
     EXPECT_TRUE(catalog.verify());
     // Magnitudes: V = VT - 0.09 (BT - VT); two of 10.0 make 9.247.
     const struct {
@@ -72,8 +72,8 @@ TEST(TychoDistribution, CodesGapsOfEveryLength) {
         std::vector<MovingStar> stars;
         for (std::size_t i = 0; i <= still; ++i) stars.push_back({0.3 * static_cast<double>(i), 0, 10, 0, 0});
         stars.back().motionRaMas = 1000;
-        writeTychoCatalog(folder / "gaps.bin", stars, 2026);
-        const TychoCatalog catalog(folder / "gaps.bin");
+        writeCompactCatalog(folder / "gaps.bin", stars, 2026);
+        const CompactCatalog catalog(folder / "gaps.bin");
         const double moved = stars.back().raDeg + 36 * 1000 / 3.6e6;
         EXPECT_EQ(
             catalog.cone({.raDeg = moved, .decDeg = 0, .radiusDeg = 0.5 / 3600, .epochYear = 2062}).size(),
@@ -89,9 +89,10 @@ TEST(TychoDistribution, RefusesWhatIsNone) {
     const std::string says =
         test::refusalOf<CatalogError>([&] { readTychoDistribution(folder.path(), 2026); });
     EXPECT_NE(says.find("catalog.dat: line 1"), std::string::npos) << says;
-    EXPECT_THROW(writeTychoCatalog(folder / "none" / "x.bin", {}, 2026), CatalogError);
-    EXPECT_THROW(writeTychoCatalog(folder / "x.bin", std::vector<MovingStar>(256, MovingStar{1, 1, 9}), 2026),
-                 CatalogError);
+    EXPECT_THROW(writeCompactCatalog(folder / "none" / "x.bin", {}, 2026), CatalogError);
+    EXPECT_THROW(
+        writeCompactCatalog(folder / "x.bin", std::vector<MovingStar>(256, MovingStar{1, 1, 9}), 2026),
+        CatalogError);
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include "fits/fits_writing.h"
 #include "platform/image_array.h"
 #include "platform/queued_event_loop.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "solver/pattern_store.h"
 #include "support/catalog_trees.h"
 #include "support/refusal.h"
@@ -16,10 +16,10 @@
 namespace vantrel::solver {
 namespace {
 
+using sky::CompactCatalog;
 using sky::PixelPosition;
 using sky::separationDeg;
 using sky::SkyPosition;
-using sky::TychoCatalog;
 using testing::HasSubstr;
 
 constexpr SkyPosition kCentre{83, 40};
@@ -36,7 +36,7 @@ class PinPointPlateTest : public testing::Test {
         field.height = 600;
         field.wcs = test::wcsFor(field.width, field.height, centre, kScale, turn, mirrored);
         fits::writeFits(file(), field.width, field.height,
-                        test::drawField(TychoCatalog::openBuiltIn().get(), field), cards);
+                        test::drawField(CompactCatalog::openBuiltIn().get(), field), cards);
     }
     /// The same, attached to a plate that tells positions of 2000.
     void drawAndAttach(const std::vector<fits::FitsCard>& cards = {}, SkyPosition centre = kCentre,
@@ -88,10 +88,10 @@ class PinPointPlateTest : public testing::Test {
     platform::BackgroundOfLoop background_{loop_};
     platform::FolderMap folders_{folder_.path()};
     static std::shared_ptr<const StarPatterns> patterns() {
-        static const auto made = patternsOf(*TychoCatalog::openBuiltIn(), {}, [](const auto&) {});
+        static const auto made = patternsOf(*CompactCatalog::openBuiltIn(), {}, [](const auto&) {});
         return made;
     }
-    PinPointPlate plate_{clock_, background_, folders_, [] { return TychoCatalog::openBuiltIn(); },
+    PinPointPlate plate_{clock_, background_, folders_, [] { return CompactCatalog::openBuiltIn(); },
                          {},     patterns};
 };
 
@@ -155,7 +155,7 @@ TEST_F(PinPointPlateTest, WritesItsSolutionAndStartsFromItNextTime) {
     plate_.call("DetachFITS");
     EXPECT_NE(failureOf([&] { plate_.get("Columns"); }), "");
 
-    PinPointPlate other{clock_, background_, folders_, [] { return TychoCatalog::openBuiltIn(); }};
+    PinPointPlate other{clock_, background_, folders_, [] { return CompactCatalog::openBuiltIn(); }};
     other.put("Equinox", 2000);
     other.call("AttachFITS", {R"(C:\field.fits)"});
     EXPECT_TRUE(other.get("WCSValid").toBool());
@@ -177,7 +177,7 @@ TEST_F(PinPointPlateTest, FindsTheScaleInTheHeaderWhenTheGivenOneIsMissingOrWron
 }
 
 TEST_F(PinPointPlateTest, SaysWhichCatalogueItUsesAndRefusesEmptyFolders) {
-    const std::string builtIn = TychoCatalog::openBuiltIn()->folder().string();
+    const std::string builtIn = CompactCatalog::openBuiltIn()->folder().string();
     for (const char* untouched : {"C:\\", "c:\\", ""}) {
         plate_.put("CatalogPath", untouched);
         EXPECT_EQ(plate_.get("CatalogPath").toText(), builtIn) << untouched;

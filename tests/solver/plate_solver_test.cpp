@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "fits/fits_image.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/star_field.h"
 
 namespace vantrel::solver {
@@ -18,8 +18,8 @@ using fits::FitsImage;
 using sky::fromTangentPlane;
 using sky::SkyPosition;
 
-const sky::TychoCatalog& stars() {
-    static const auto catalog = sky::TychoCatalog::openBuiltIn();
+const sky::CompactCatalog& stars() {
+    static const auto catalog = sky::CompactCatalog::openBuiltIn();
     return *catalog;
 }
 

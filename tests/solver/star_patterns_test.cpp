@@ -188,8 +188,8 @@ TEST(PatternStore, MakesOnceAndMendsWhatIsDamaged) {
     std::vector<sky::MovingStar> stars;
     for (const CatalogStar& s : randomStars(200, 8))
         stars.push_back({s.raDeg, s.decDeg, s.magnitude + 1, 0, 0});
-    sky::writeTychoCatalog(folder / sky::kTychoFileName, stars, 2026);
-    const sky::TychoCatalog catalog(folder / sky::kTychoFileName);
+    sky::writeCompactCatalog(folder / sky::kTychoFileName, stars, 2026);
+    const sky::CompactCatalog catalog(folder / sky::kTychoFileName);
     const auto cache = folder / "deep/cache";
     std::vector<std::string> told;
     const auto patterns = [&](const std::filesystem::path& place) {

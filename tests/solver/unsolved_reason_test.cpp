@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "fits/fits_image.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/star_field.h"
 
 namespace vantrel::solver {
@@ -75,7 +75,7 @@ TEST(WhyUnsolved, NamesWhatIsMissingWithFigures) {
 }
 
 TEST(StarsExpected, CountsTheFieldOrGoesByTheMean) {
-    const auto catalog = sky::TychoCatalog::openBuiltIn();
+    const auto catalog = sky::CompactCatalog::openBuiltIn();
     const PlateGeometry degree{1000, 1000, 3.6, 3.6, 1};
     EXPECT_NEAR(starsExpected({degree, {}, 180, {}}, *catalog).value(), 62, 1);
     const double crowded = starsExpected({degree, sky::SkyPosition{300, 35}, 1, {}}, *catalog).value();

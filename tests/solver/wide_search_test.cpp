@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "fits/fits_image.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/list_catalog.h"
 #include "support/star_field.h"
 

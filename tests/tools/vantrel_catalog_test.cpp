@@ -11,7 +11,7 @@
 #include <sys/wait.h>
 
 #include "fits/fits_writing.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/catalog_trees.h"
 #include "support/deep_sky.h"
 #include "support/list_catalog.h"
@@ -51,7 +51,7 @@ class VantrelCatalog : public testing::Test {
 TEST_F(VantrelCatalog, MakesWhatTheSolverFindsByItself) {
     std::mt19937 random(3);
     const sky::SkyPosition centre{193, 31};
-    const auto deep = test::deepSky(*sky::TychoCatalog::openBuiltIn(), centre, 2.5, 16.5, random);
+    const auto deep = test::deepSky(*sky::CompactCatalog::openBuiltIn(), centre, 2.5, 16.5, random);
     std::string table = "ra,dec,Vmag\n";
     std::vector<sky::CatalogStar> stars;
     for (const auto& star : deep) {
@@ -113,7 +113,7 @@ TEST_F(VantrelCatalog, LeavesNothingWhereItFails) {
     folder_.write("foreign.bin", "somebody's own");
     folder_.write("part/z600", "not of 78 bytes");
     const std::string compact =
-        test::contentsOf(sky::TychoCatalog::openBuiltIn()->folder() / sky::kTychoFileName);
+        test::contentsOf(sky::CompactCatalog::openBuiltIn()->folder() / sky::kTychoFileName);
     folder_.write("short.bin", compact.substr(0, compact.size() / 2));
     std::string changed = compact;
     changed[5'000'000] ^= 1;

@@ -13,7 +13,7 @@
 #include "fits/fits_image.h"
 #include "fits/fits_writing.h"
 #include "pictures/picture_file.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "sky/vector3.h"
 #include "support/star_field.h"
 #include "support/temp_folder.h"
@@ -43,7 +43,7 @@ class VantrelSolve : public testing::Test {
         field.height = 480;
         field.wcs = test::wcsFor(640, 480, {75, 33}, 6, 20, true);
         fits::writeFits(folder_ / "field.fits", 640, 480,
-                        test::drawField(sky::TychoCatalog::openBuiltIn().get(), field), cards);
+                        test::drawField(sky::CompactCatalog::openBuiltIn().get(), field), cards);
         return (folder_ / "field.fits").string();
     }
 
@@ -80,7 +80,7 @@ TEST_F(VantrelSolve, WritesWhatItFinds) {
     field.radial = -0.01;
     field.wcs = test::wcsFor(900, 680, {290, 10}, 12, 20, true);
     const std::string file = (folder_ / "field.fits").string();
-    fits::writeFits(file, 900, 680, test::drawField(sky::TychoCatalog::openBuiltIn().get(), field),
+    fits::writeFits(file, 900, 680, test::drawField(sky::CompactCatalog::openBuiltIn().get(), field),
                     {{"ROWORDER", std::string("BOTTOM-UP")}});
     const auto json = nlohmann::json::parse(run(file + " --ra 19.33 --dec 10 --scale 12 --json --wcs " +
                                                 (folder_ / "wcs.fits").string() + " --annotate " +

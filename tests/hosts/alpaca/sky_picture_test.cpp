@@ -13,8 +13,8 @@
 
 #include "observatory/telescopes/camera.h"
 #include "platform/queued_event_loop.h"
+#include "sky/compact_catalog.h"
 #include "sky/epoch.h"
-#include "sky/tycho_catalog.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -67,7 +67,7 @@ TEST(SkyPicture, SeesTheStarsThatTheSimulatorSees) {
     mount.settings().longitude = 10;
     mount.settings().axisError = {40, -25};
     mount.settings().slewRate = 1000;
-    const std::shared_ptr<const sky::StarCatalog> catalog = sky::TychoCatalog::openBuiltIn();
+    const std::shared_ptr<const sky::StarCatalog> catalog = sky::CompactCatalog::openBuiltIn();
     Camera camera(mount, noise, [&catalog] { return catalog; });
     mount.startSlew({4, 35});
     time.passUntil(kTonight);

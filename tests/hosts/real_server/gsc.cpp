@@ -20,8 +20,8 @@
 #include <vector>
 
 #include "observatory/telescopes/mount_axis.h"
+#include "sky/compact_catalog.h"
 #include "sky/epoch.h"
-#include "sky/tycho_catalog.h"
 
 namespace {
 
@@ -79,14 +79,14 @@ class MisalignedSky {
 void printStars(const SkyPosition& centre, double radius, const std::vector<double>& magnitudes,
                 std::size_t most, const MisalignedSky* misaligned) {
     const SkyPosition looksAt = misaligned == nullptr ? centre : misaligned->truePlace(centre);
-    const auto stars = TychoCatalog::openBuiltIn()->cone({.raDeg = looksAt.ra,
-                                                          .decDeg = looksAt.dec,
-                                                          .radiusDeg = radius,
-                                                          .epochYear = 2026.9,
-                                                          .brightestMagnitude = magnitudes[0],
-                                                          .faintestMagnitude = magnitudes[1],
-                                                          .maxStars = most,
-                                                          .brightestFirst = true});
+    const auto stars = CompactCatalog::openBuiltIn()->cone({.raDeg = looksAt.ra,
+                                                            .decDeg = looksAt.dec,
+                                                            .radiusDeg = radius,
+                                                            .epochYear = 2026.9,
+                                                            .brightestMagnitude = magnitudes[0],
+                                                            .faintestMagnitude = magnitudes[1],
+                                                            .maxStars = most,
+                                                            .brightestFirst = true});
     for (std::size_t i = 0; i < stars.size(); ++i) {
         SkyPosition place{stars[i].raDeg, stars[i].decDeg};
         if (misaligned != nullptr) place = misaligned->meantPlace(place);

@@ -20,9 +20,9 @@
 #include "observatory/telescopes/renderer.h"
 #include "platform/clock.h"
 #include "platform/text.h"
+#include "sky/compact_catalog.h"
 #include "sky/epoch.h"
 #include "sky/focal_plane.h"
-#include "sky/tycho_catalog.h"
 
 namespace {
 
@@ -118,7 +118,7 @@ std::vector<std::uint16_t> draw(const Options& options, const View& view, double
     query.epochYear = epoch;
     const double seconds = options.number("--seconds", 1);
     std::vector<StarSpot> stars;
-    for (const CatalogStar& star : TychoCatalog::openBuiltIn()->cone(query))
+    for (const CatalogStar& star : CompactCatalog::openBuiltIn()->cone(query))
         if (const auto pixel = plane.pixel(directionOf({star.raDeg, star.decDeg})))
             stars.push_back(
                 {pixel->x, pixel->y, 20'000 * std::pow(10, -0.4 * (star.magnitude - 10)) * seconds});

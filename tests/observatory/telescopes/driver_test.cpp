@@ -11,7 +11,7 @@
 #include "observatory/telescopes/axis_simulator.h"
 #include "platform/image_array.h"
 #include "platform/queued_event_loop.h"
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 #include "support/refusal.h"
 #include "support/temp_folder.h"
 
@@ -47,7 +47,7 @@ class DriverTest : public testing::Test {
     std::vector<std::string> setups_;
     AxisSimulator driver_{{"AxisSimulator.Telescope", "Axis", "A mount with an axis"},
                           std::make_shared<AxisSimulatorDevice>(
-                              loop_, background_, noise_, [] { return sky::TychoCatalog::openBuiltIn(); }),
+                              loop_, background_, noise_, [] { return sky::CompactCatalog::openBuiltIn(); }),
                           [this](const std::string& progId) { setups_.push_back(progId); },
                           folders_};
 };

@@ -1,4 +1,4 @@
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +13,6 @@ namespace vantrel::sky {
 
 namespace {
 
-constexpr std::size_t kHeaderBytes = 64;
 constexpr std::size_t kRecordBytes = 4;
 constexpr double kOffsetSteps = 4096;
 constexpr int kFaintestStep = 255;
@@ -63,27 +62,28 @@ std::uint32_t crc32(std::span<const std::byte> bytes) {
     return crc ^ 0xFFFFFFFFU;
 }
 
-TychoCatalog::TychoCatalog(const std::filesystem::path& file) : path_(file), file_(openFile(file)) {
+CompactCatalog::CompactCatalog(const std::filesystem::path& file) : path_(file), file_(openFile(file)) {
     readHeader();
     readTables();
 }
 
-std::shared_ptr<const TychoCatalog> TychoCatalog::openBuiltIn() {
+std::shared_ptr<const CompactCatalog> CompactCatalog::openBuiltIn() {
     std::string tried;
     for (const auto& place : builtInPlaces()) {
         std::error_code ignored;
         if (std::filesystem::exists(place / kTychoFileName, ignored)) {
-            return std::make_shared<const TychoCatalog>(place / kTychoFileName);
+            return std::make_shared<const CompactCatalog>(place / kTychoFileName);
         }
         tried += (tried.empty() ? "" : ", ") + place.string();
     }
     throw CatalogError(std::string("the star catalogue ") + kTychoFileName + " is in none of " + tried);
 }
 
-void TychoCatalog::readHeader() {
+void CompactCatalog::readHeader() {
     const auto bytes = file_.bytes();
     const auto* head = reinterpret_cast<const unsigned char*>(bytes.data());
-    if (bytes.size() < kHeaderBytes || std::memcmp(head, "TYC2CMP1", 8) != 0 ||
+    if (bytes.size() < kCompactHeaderBytes ||
+        std::memcmp(head, kCompactMagic.data(), kCompactMagic.size()) != 0 ||
         littleEndian<std::uint32_t>(head + 8) != 1) {
         throw CatalogError(path_.string() + " is not a compact star catalogue");
     }
@@ -97,7 +97,7 @@ void TychoCatalog::readHeader() {
     motionCount_ = littleEndian<std::uint32_t>(head + 48);
     gapBytes_ = littleEndian<std::uint32_t>(head + 52);
     checksum_ = littleEndian<std::uint32_t>(head + 60);
-    const std::uint64_t size = kHeaderBytes + 2ULL * bandCount_ + cellCount_ +
+    const std::uint64_t size = kCompactHeaderBytes + 2ULL * bandCount_ + cellCount_ +
                                kRecordBytes * std::uint64_t{starCount_} + gapBytes_ + 4ULL * motionCount_;
     const bool sound = littleEndian<std::uint32_t>(head + 56) == 12 && bandCount_ > 0 &&
                        std::abs(bandHeightDeg_ * bandCount_ - 180) < 1e-9 && epochYear_ > 1900 &&
@@ -106,8 +106,8 @@ void TychoCatalog::readHeader() {
     if (!sound) throw CatalogError(path_.string() + " is damaged: its header and its size disagree");
 }
 
-void TychoCatalog::readTables() {
-    const auto* at = reinterpret_cast<const unsigned char*>(file_.bytes().data()) + kHeaderBytes;
+void CompactCatalog::readTables() {
+    const auto* at = reinterpret_cast<const unsigned char*>(file_.bytes().data()) + kCompactHeaderBytes;
     const unsigned char* bandSizes = at;
     cellSizes_ = bandSizes + 2ULL * bandCount_;
     records_ = cellSizes_ + cellCount_;
@@ -139,14 +139,14 @@ void TychoCatalog::readTables() {
     }
 }
 
-bool TychoCatalog::verify() const { return crc32(file_.bytes().subspan(kHeaderBytes)) == checksum_; }
+bool CompactCatalog::verify() const { return crc32(file_.bytes().subspan(kCompactHeaderBytes)) == checksum_; }
 
-std::span<const unsigned char> TychoCatalog::gapsOf(std::size_t block) const {
+std::span<const unsigned char> CompactCatalog::gapsOf(std::size_t block) const {
     const std::size_t first = block * kGapsInBlock;
     return {gaps_ + first, std::min(kGapsInBlock, gapBytes_ - first)};
 }
 
-std::optional<std::uint32_t> TychoCatalog::motionOf(std::uint32_t star) const {
+std::optional<std::uint32_t> CompactCatalog::motionOf(std::uint32_t star) const {
     const std::uint32_t wanted = star + 1;
     const auto next = std::partition_point(gapBlocks_.begin(), gapBlocks_.end(),
                                            [&](const GapBlock& block) { return block.steps < wanted; });
@@ -161,8 +161,8 @@ std::optional<std::uint32_t> TychoCatalog::motionOf(std::uint32_t star) const {
     return std::nullopt;
 }
 
-CatalogStar TychoCatalog::star(std::uint32_t index, std::uint32_t band, std::uint32_t cell,
-                               double epoch) const {
+CatalogStar CompactCatalog::star(std::uint32_t index, std::uint32_t band, std::uint32_t cell,
+                                 double epoch) const {
     const auto word = littleEndian<std::uint32_t>(records_ + kRecordBytes * std::size_t{index});
     const double x = (word & 0xFFFU) + 0.5;
     const double y = ((word >> 12) & 0xFFFU) + 0.5;
@@ -181,7 +181,7 @@ CatalogStar TychoCatalog::star(std::uint32_t index, std::uint32_t band, std::uin
 
 /// Calls visit(band, cell, first star, stars) for every cell that the circle may touch.
 template <typename Visit>
-void TychoCatalog::visitCells(const ConeQuery& query, Visit&& visit) const {
+void CompactCatalog::visitCells(const ConeQuery& query, Visit&& visit) const {
     const double radius =
         query.radiusDeg + kFastestDegPerYear * std::abs(query.epochYear - epochYear_) + 1e-6;
     const double reach = raReachDeg(query.decDeg, radius);
@@ -211,13 +211,13 @@ void TychoCatalog::visitCells(const ConeQuery& query, Visit&& visit) const {
 }
 
 /// The faintest magnitude step wanted when the query's own limit alone counts.
-int TychoCatalog::faintestStep(const ConeQuery& query) const {
+int CompactCatalog::faintestStep(const ConeQuery& query) const {
     const double step = std::floor((query.faintestMagnitude - magnitudeZero_) / magnitudeStep_ + 1e-9);
     return static_cast<int>(std::clamp(step, -1.0, static_cast<double>(kFaintestStep)));
 }
 
 /// The magnitude step at which the cells around the circle hold at least `wanted` stars.
-int TychoCatalog::faintestStepFor(const ConeQuery& query, std::size_t wanted, int limit) const {
+int CompactCatalog::faintestStepFor(const ConeQuery& query, std::size_t wanted, int limit) const {
     std::array<std::size_t, kFaintestStep + 1> histogram{};
     visitCells(query, [&](std::uint32_t, std::uint32_t, std::uint32_t first, std::uint32_t size) {
         for (std::uint32_t i = 0; i < size; ++i)
@@ -232,7 +232,7 @@ int TychoCatalog::faintestStepFor(const ConeQuery& query, std::size_t wanted, in
     return limit;
 }
 
-void TychoCatalog::collect(const ConeQuery& query, int faintest, std::vector<CatalogStar>& stars) const {
+void CompactCatalog::collect(const ConeQuery& query, int faintest, std::vector<CatalogStar>& stars) const {
     const SkyCircle circle(query);
     visitCells(query, [&](std::uint32_t band, std::uint32_t cell, std::uint32_t first, std::uint32_t size) {
         for (std::uint32_t i = first; i < first + size; ++i) {
@@ -245,7 +245,7 @@ void TychoCatalog::collect(const ConeQuery& query, int faintest, std::vector<Cat
     });
 }
 
-std::vector<CatalogStar> TychoCatalog::cone(const ConeQuery& query) const {
+std::vector<CatalogStar> CompactCatalog::cone(const ConeQuery& query) const {
     std::vector<CatalogStar> stars;
     if (!isSearchable(query)) return stars;
     const int limit = faintestStep(query);

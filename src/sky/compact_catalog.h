@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "platform/mapped_file.h"
@@ -19,17 +20,21 @@
 
 namespace vantrel::sky {
 
+/// What a compact file begins with, and how long its header is.
+inline constexpr std::string_view kCompactMagic = "TYC2CMP1";
+inline constexpr std::size_t kCompactHeaderBytes = 64;
+
 inline constexpr const char* kTychoFileName = "tycho2_compact.bin";
 
-class TychoCatalog : public StarCatalog {
+class CompactCatalog : public StarCatalog {
   public:
     /// Opens the compact file. Checks header, sizes and tables, but not the check sum (see verify). Throws
     /// CatalogError with one line that says what is wrong.
-    explicit TychoCatalog(const std::filesystem::path& file);
+    explicit CompactCatalog(const std::filesystem::path& file);
 
     /// The catalogue that comes with the program: looked for in ../share/vantrel beside the program's folder,
     /// in /usr/share/vantrel, and in the source tree. Throws CatalogError when it is in none of them.
-    static std::shared_ptr<const TychoCatalog> openBuiltIn();
+    static std::shared_ptr<const CompactCatalog> openBuiltIn();
 
     std::vector<CatalogStar> cone(const ConeQuery& query) const override;
     std::filesystem::path folder() const override { return path_.parent_path(); }

@@ -1,4 +1,4 @@
-#include "sky/tycho_catalog.h"
+#include "sky/compact_catalog.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,8 +13,8 @@
 namespace vantrel::sky {
 namespace {
 
-const TychoCatalog& builtIn() {
-    static const auto catalog = TychoCatalog::openBuiltIn();
+const CompactCatalog& builtIn() {
+    static const auto catalog = CompactCatalog::openBuiltIn();
     return *catalog;
 }
 
@@ -23,7 +23,7 @@ std::string builtInBytes() { return test::contentsOf(builtIn().folder() / kTycho
 // Places from SIMBAD (ICRS, epoch 2000.0; Hipparcos and Gaia), the 1950 place of Barnard's star by its proper
 // motion there (-798.6, +10328.1 mas/yr; Tycho-2 has 10277). Cells give 0.13" rms; binaries stand to about
 // 1".
-TEST(TychoCatalog, KnowsStarsAtTheEpochAskedFor) {
+TEST(CompactCatalog, KnowsStarsAtTheEpochAskedFor) {
     const struct {
         const char* name;
         double ra, dec, magnitude, epoch, arcsec;
@@ -50,7 +50,7 @@ TEST(TychoCatalog, KnowsStarsAtTheEpochAskedFor) {
 
 // The same circles by a walk over all stars: cell selection at the poles and across 0 hours is what can go
 // wrong.
-TEST(TychoCatalog, ConeHoldsExactlyTheStarsInside) {
+TEST(CompactCatalog, ConeHoldsExactlyTheStarsInside) {
     const auto all = builtIn().cone({.raDeg = 0, .decDeg = 0, .radiusDeg = 180});
     EXPECT_EQ(all.size(), 2550960U);
     EXPECT_EQ(builtIn().starCount(), 2550960U);
@@ -69,7 +69,7 @@ TEST(TychoCatalog, ConeHoldsExactlyTheStarsInside) {
     }
 }
 
-TEST(TychoCatalog, LimitsByCountAndMagnitude) {
+TEST(CompactCatalog, LimitsByCountAndMagnitude) {
     const ConeQuery cone{.raDeg = 300, .decDeg = 35, .radiusDeg = 3};
     auto all = builtIn().cone(cone);
     std::sort(all.begin(), all.end(), [](auto& a, auto& b) { return a.magnitude < b.magnitude; });
@@ -91,17 +91,17 @@ TEST(TychoCatalog, LimitsByCountAndMagnitude) {
     EXPECT_TRUE(builtIn().cone(query).empty());
 }
 
-TEST(TychoCatalog, ChecksumTellsASingleChangedBit) {
+TEST(CompactCatalog, ChecksumTellsASingleChangedBit) {
     EXPECT_TRUE(builtIn().verify());
     std::string bytes = builtInBytes();
     bytes[5000000] = static_cast<char>(bytes[5000000] ^ 1);
     const test::TempFolder folder;
-    EXPECT_FALSE(TychoCatalog(folder.write("bit.bin", bytes)).verify());
+    EXPECT_FALSE(CompactCatalog(folder.write("bit.bin", bytes)).verify());
     const char digits[] = "123456789";  // the customary check value of this CRC is CBF43926
     EXPECT_EQ(crc32(std::as_bytes(std::span(digits, 9))), 0xCBF43926U);
 }
 
-TEST(TychoCatalog, RefusesDamagedFilesInOneLine) {
+TEST(CompactCatalog, RefusesDamagedFilesInOneLine) {
     const std::string good = builtInBytes();
     const auto changed = [&](std::size_t at, std::uint32_t value) {
         std::string bytes = good;
@@ -126,11 +126,11 @@ TEST(TychoCatalog, RefusesDamagedFilesInOneLine) {
     const test::TempFolder folder;
     for (const auto& c : cases) {
         const std::string says =
-            test::refusalOf<CatalogError>([&] { TychoCatalog(folder.write("damaged.bin", c.bytes)); });
+            test::refusalOf<CatalogError>([&] { CompactCatalog(folder.write("damaged.bin", c.bytes)); });
         EXPECT_NE(says.find(c.text), std::string::npos) << c.why << ": " << says;
     }
-    EXPECT_THROW(TychoCatalog{folder.path()}, CatalogError);
-    EXPECT_THROW(TychoCatalog{folder / "missing.bin"}, CatalogError);
+    EXPECT_THROW(CompactCatalog{folder.path()}, CatalogError);
+    EXPECT_THROW(CompactCatalog{folder / "missing.bin"}, CatalogError);
 }
 
 }  // namespace
