@@ -77,15 +77,6 @@ std::shared_ptr<const StarCatalog> catalogFor(const SolveOptions& options,
 
 }  // namespace
 
-double numberIn(const std::string& option, const std::string& text, double least, double most) {
-    const auto value = platform::parseNumber(text);
-    if (!value || !(*value >= least) || !(*value <= most)) {
-        throw BadInput(option + " must be a number from " + platform::toText(least) + " to " +
-                       platform::toText(most));
-    }
-    return *value;
-}
-
 Outcome solve(const SolveOptions& options) {
     platform::takeMemoryAtOnce();
     const FitsImage image = pictures::openPicture(platform::pathOf(options.file));

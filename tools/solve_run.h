@@ -3,19 +3,14 @@
 
 #include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
+#include "command_line.h"
 #include "fits/fits_header.h"
 #include "platform/clock.h"
 #include "solver/image_solving.h"
 
 namespace vantrel::tools {
-
-/// What the caller asks can't be done; what() is one line.
-struct BadInput : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 struct SolveOptions {
     std::string file;
@@ -36,9 +31,6 @@ struct Outcome {
     bool dated = false;     ///< it is told, not today's
     bool bottomUp = false;  ///< the file's first row is the image's lowest
 };
-
-/// The number, or BadInput that names the option.
-double numberIn(const std::string& option, const std::string& text, double least, double most);
 
 /// Throws BadInput, or what the image and the catalogue throw. One line about whatever else is worth knowing
 /// goes to standard error.

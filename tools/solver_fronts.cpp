@@ -50,36 +50,33 @@ struct IniFront {
     bool wcs = false, update = false;
 };
 
-IniFront iniFrontOf(const std::vector<std::string>& arguments) {
+IniFront iniFrontOf(const std::vector<std::string>& all) {
     // Those of the options that have a value and mean nothing here.
     static const std::set<std::string> kPassedOver = {"-s", "-t",     "-m",     "-z",     "-d",
                                                       "-D", "-speed", "-check", "-focus1"};
     IniFront front;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& name = arguments[i];
-        const auto value = [&]() -> const std::string& {
-            if (i + 1 >= arguments.size()) throw BadInput(name + " needs a value");
-            return arguments[++i];
-        };
+    Arguments arguments(all);
+    while (arguments.next()) {
+        const std::string& name = arguments.name();
         if (name == "-f") {
-            front.options.file = value();
+            front.options.file = arguments.value();
         } else if (name == "-r") {
-            front.options.radius = numberIn(name, value(), 0, kWholeSky);
+            front.options.radius = numberIn(name, arguments.value(), 0, kWholeSky);
         } else if (name == "-ra") {
-            front.options.raHours = numberIn(name, value(), 0, 24);
+            front.options.raHours = numberIn(name, arguments.value(), 0, 24);
         } else if (name == "-spd") {
-            front.options.dec = numberIn(name, value(), 0, 180) - 90;
+            front.options.dec = numberIn(name, arguments.value(), 0, 180) - 90;
         } else if (name == "-fov") {
-            const double height = numberIn(name, value(), 0, 120);
+            const double height = numberIn(name, arguments.value(), 0, 120);
             if (height > 0) front.options.heightDeg = height;
         } else if (name == "-o") {
-            front.base = platform::pathOf(value());
+            front.base = platform::pathOf(arguments.value());
         } else if (name == "-wcs") {
             front.wcs = true;
         } else if (name == "-update") {
             front.update = true;
         } else if (kPassedOver.contains(name)) {
-            value();
+            arguments.value();
         }
     }
     if (front.options.file.empty()) throw BadInput("-f needs to tell the picture");
@@ -169,7 +166,7 @@ double angleIn(const std::string& option, const std::string& text, double ofColo
     return (negative ? -value : value) * ofColons;
 }
 
-FieldFront fieldFrontOf(const std::vector<std::string>& arguments) {
+FieldFront fieldFrontOf(const std::vector<std::string>& all) {
     static const std::map<std::string, std::string> kShort = {
         {"-D", "--dir"},       {"-o", "--out"},        {"-W", "--wcs"},        {"-S", "--solved"},
         {"-N", "--new-fits"},  {"-3", "--ra"},         {"-4", "--dec"},        {"-5", "--radius"},
@@ -236,19 +233,16 @@ FieldFront fieldFrontOf(const std::vector<std::string>& arguments) {
                                                       "--nsigma",
                                                       "--invert-list"};
     FieldFront front;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        std::string name = arguments[i];
+    Arguments arguments(all);
+    while (arguments.next()) {
+        std::string name = arguments.name();
         std::optional<std::string> joined;
         if (const auto equals = name.find('='); name.starts_with("--") && equals != std::string::npos) {
             joined = name.substr(equals + 1);
             name.resize(equals);
         }
         if (const auto full = kShort.find(name); full != kShort.end()) name = full->second;
-        const auto value = [&]() -> std::string {
-            if (joined) return *joined;
-            if (i + 1 >= arguments.size()) throw BadInput(name + " needs a value");
-            return arguments[++i];
-        };
+        const auto value = [&] { return joined ? *joined : arguments.value(); };
         if (name == "--dir") {
             front.folder = platform::pathOf(value());
         } else if (name == "--out") {

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -17,6 +16,7 @@
 #include "catalogs/deep_catalog.h"
 #include "catalogs/distributions.h"
 #include "catalogs/star_table.h"
+#include "command_line.h"
 #include "platform/own_program.h"
 #include "platform/own_runs.h"
 #include "platform/paths.h"
@@ -30,6 +30,7 @@ namespace {
 
 using namespace vantrel;
 using namespace vantrel::catalogs;
+using namespace vantrel::tools;
 
 namespace fs = std::filesystem;
 
@@ -57,11 +58,6 @@ constexpr const char* kUsage =
     "  --table-epoch year that a table's positions stand for (default 2000)\n"
     "  --check       tells what a compact file holds, and whether it is as it was written\n";
 
-/// What the caller asks can't be done; what() is one line.
-struct BadInput : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 double thisYear() {
     return solver::julianYear(std::chrono::floor<platform::Milliseconds>(std::chrono::system_clock::now()));
 }
@@ -73,14 +69,6 @@ struct Options {
     std::optional<double> tableEpoch;
     bool hasColumns = false;
 };
-
-double numberIn(const std::string& option, const std::string& text, double least, double most) {
-    const auto value = platform::parseNumber(text);
-    if (!value || !(*value >= least) || !(*value <= most))
-        throw BadInput(option + " must be a number from " + platform::toText(least) + " to " +
-                       platform::toText(most));
-    return *value;
-}
 
 double wholeIn(const std::string& option, const std::string& text, double least, double most) {
     const double value = numberIn(option, text, least, most);
@@ -109,33 +97,31 @@ TableColumns columnsIn(const std::string& text) {
     return columns;
 }
 
-Options parsed(const std::vector<std::string>& arguments) {
+Options parsed(const std::vector<std::string>& all) {
     constexpr double kFirstYear = 1901, kLastYear = 2199;
     Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& name = arguments[i];
-        const auto value = [&]() -> const std::string& {
-            if (i + 1 >= arguments.size()) throw BadInput(name + " needs a value");
-            return arguments[++i];
-        };
+    Arguments arguments(all);
+    while (arguments.next()) {
+        const std::string& name = arguments.name();
         if (name == "--out") {
-            options.out = value();
+            options.out = arguments.value();
         } else if (name == "--check") {
-            options.check = value();
+            options.check = arguments.value();
         } else if (name == "--faintest") {
-            options.selection.faintestMagnitude = numberIn(name, value(), -2, 30);
+            options.selection.faintestMagnitude = numberIn(name, arguments.value(), -2, 30);
         } else if (name == "--dec") {
-            options.selection.southDeg = wholeIn(name, value(), -90, 90);
-            options.selection.northDeg = wholeIn(name, value(), -90, 90);
+            options.selection.southDeg = wholeIn(name, arguments.value(), -90, 90);
+            options.selection.northDeg = wholeIn(name, arguments.value(), -90, 90);
         } else if (name == "--most") {
-            options.selection.mostInCell = static_cast<std::uint32_t>(wholeIn(name, value(), 1, 255));
+            options.selection.mostInCell =
+                static_cast<std::uint32_t>(wholeIn(name, arguments.value(), 1, 255));
         } else if (name == "--epoch") {
-            options.selection.epochYear = numberIn(name, value(), kFirstYear, kLastYear);
+            options.selection.epochYear = numberIn(name, arguments.value(), kFirstYear, kLastYear);
         } else if (name == "--columns") {
-            options.columns = columnsIn(value());
+            options.columns = columnsIn(arguments.value());
             options.hasColumns = true;
         } else if (name == "--table-epoch") {
-            options.tableEpoch = numberIn(name, value(), kFirstYear, kLastYear);
+            options.tableEpoch = numberIn(name, arguments.value(), kFirstYear, kLastYear);
         } else if (name.starts_with("--")) {
             throw BadInput("unknown option " + name);
         } else if (options.source.empty()) {
@@ -260,12 +246,7 @@ int make(const Options& options) {
 }
 
 int run(const std::vector<std::string>& arguments) {
-    for (const std::string& argument : arguments) {
-        if (argument == "--help" || argument == "-h") {
-            std::fputs(kUsage, stdout);
-            return 0;
-        }
-    }
+    if (helped(arguments, kUsage)) return 0;
     const Options options = parsed(arguments);
     return options.check.empty() ? make(options) : check(platform::pathOf(options.check));
 }
@@ -273,10 +254,5 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return run(platform::programArguments(argc, argv));
-    } catch (const std::exception& e) {
-        std::fprintf(stderr, "vantrel-catalog: %s\n", e.what());
-        return 2;
-    }
+    return exitStatusOf("vantrel-catalog", [&] { return run(platform::programArguments(argc, argv)); });
 }

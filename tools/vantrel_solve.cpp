@@ -5,13 +5,13 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include "command_line.h"
 #include "many_files.h"
 #include "pictures/picture_file.h"
 #include "platform/own_program.h"
@@ -68,41 +68,37 @@ platform::Instant dateIn(const std::string& option, const std::string& text) {
     return *instant;
 }
 
-Options parsed(const std::vector<std::string>& arguments) {
+Options parsed(const std::vector<std::string>& all) {
     Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& name = arguments[i];
-        const std::size_t first = i;
-        const auto value = [&]() -> const std::string& {
-            if (i + 1 >= arguments.size()) throw BadInput(name + " needs a value");
-            return arguments[++i];
-        };
+    Arguments arguments(all);
+    while (arguments.next()) {
+        const std::string& name = arguments.name();
         if (name == "--ra")
-            options.raHours = numberIn(name, value(), 0, 24);
+            options.raHours = numberIn(name, arguments.value(), 0, 24);
         else if (name == "--dec")
-            options.dec = numberIn(name, value(), -90, 90);
+            options.dec = numberIn(name, arguments.value(), -90, 90);
         else if (name == "--scale")
-            options.scale = numberIn(name, value(), 0.01, 1000);
+            options.scale = numberIn(name, arguments.value(), 0.01, 1000);
         else if (name == "--radius")
-            options.radius = numberIn(name, value(), 0, 180);
+            options.radius = numberIn(name, arguments.value(), 0, 180);
         else if (name == "--date")
-            options.date = dateIn(name, value());
+            options.date = dateIn(name, arguments.value());
         else if (name == "--catalog")
-            options.catalog = value();
+            options.catalog = arguments.value();
         else if (name == "--catalog-number")
-            options.catalogNumber = static_cast<int>(numberIn(name, value(), 0, 99));
+            options.catalogNumber = static_cast<int>(numberIn(name, arguments.value(), 0, 99));
         else if (name == "--json")
             options.json = true;
         else if (name == "--wcs")
-            options.wcs = value();
+            options.wcs = arguments.value();
         else if (name == "--annotate")
-            options.annotated = value();
+            options.annotated = arguments.value();
         else if (name.starts_with("--"))
             throw BadInput("unknown option " + name);
         else
             options.files.push_back(name);
         if (name.starts_with("--"))
-            for (std::size_t k = first; k <= i; ++k) options.others.push_back(arguments[k]);
+            options.others.insert(options.others.end(), arguments.taken().begin(), arguments.taken().end());
     }
     if (options.files.empty()) throw BadInput("no file given (--help tells how)");
     if (options.raHours.has_value() != options.dec.has_value()) throw BadInput("--ra and --dec go together");
@@ -170,12 +166,7 @@ bool isSameFile(const std::string& a, const std::string& b) {
 }
 
 int run(const std::vector<std::string>& arguments) {
-    for (const std::string& argument : arguments) {
-        if (argument == "--help" || argument == "-h") {
-            std::fputs(kUsage, stdout);
-            return 0;
-        }
-    }
+    if (helped(arguments, kUsage)) return 0;
     const Options options = parsed(arguments);
     if (options.files.size() > 1) {
         if (!options.wcs.empty()) throw BadInput("--wcs is for one file");
@@ -205,13 +196,10 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
+    return exitStatusOf("vantrel-solve", [&] {
         const std::string name = argc > 0 ? std::filesystem::path(argv[0]).stem().string() : "";
         const auto arguments = platform::programArguments(argc, argv);
         if (const auto front = frontNamed(name)) return front(arguments);
         return run(arguments);
-    } catch (const std::exception& e) {
-        std::fprintf(stderr, "vantrel-solve: %s\n", e.what());
-        return 2;
-    }
+    });
 }

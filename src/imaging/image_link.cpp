@@ -39,7 +39,7 @@ std::vector<FitsCard> linkImage(const ImageDocument& image, double scale, const 
     const fits::FitsImage pixels = fits::FitsImage::of(*image.pixels);
     const solver::StarList found = solver::findStars(pixels, {});
     const solver::PlateGeometry geometry{static_cast<double>(pixels.width()),
-                                         static_cast<double>(pixels.height()), scale, scale, found.binning};
+                                         static_cast<double>(pixels.height()), scale, scale, found.grain};
     const solver::SearchArea area =
         solver::searchArea(geometry, frame.toCatalogue(*start), geometry.diagonalDeg(), found.stars.size());
     const auto around = stars.cone(area.query(solver::julianYear(instant), kFaintest));
