@@ -61,23 +61,23 @@ Survey survey(const FitsImage& image) {
         hotColumns.look(rows);
         for (std::size_t column = 0; column < grid.columns(); ++column) {
             const auto [left, right] = grid.spanOfColumn(column);
-            sample.clear();
             const std::size_t step = 2 * std::max<std::size_t>(1, (right - left) / kLooks);
-            for (std::size_t r = 0; r < pair; ++r)
-                for (std::size_t x = left; x < right; x += step)
-                    for (std::size_t i = x; i < std::min(x + 2, right); ++i)
-                        sample.add(rows[r * width + i], i, first + r);
+            const auto eachLook = [&, left = left, right = right](auto&& use) {
+                for (std::size_t r = 0; r < pair; ++r)
+                    for (std::size_t x = left; x < right; x += step)
+                        for (std::size_t i = x; i < std::min(x + 2, right); ++i) use(i, r);
+            };
+            sample.clear();
+            eachLook([&](std::size_t x, std::size_t r) { sample.add(rows[r * width + x], x, first + r); });
             const Level level = grid.set(column, band, sample);
-            for (std::size_t r = 0; r < pair; ++r) {
-                for (std::size_t x = left; x < right; ++x) {
-                    const float v = rows[r * width + x];
-                    if (!isValue(v)) continue;
-                    highest = std::max(highest, v);
-                    if (!(level.noise > 0) || std::abs(v - level.background) > 4 * level.noise) continue;
-                    parity[2 * r + x % 2] += static_cast<double>((v - level.background) / level.noise);
-                    counts[2 * r + x % 2] += 1;
-                }
-            }
+            eachLook([&](std::size_t x, std::size_t r) {
+                const float v = rows[r * width + x];
+                if (!isValue(v)) return;
+                highest = std::max(highest, v);
+                if (!(level.noise > 0) || std::abs(v - level.background) > 4 * level.noise) return;
+                parity[2 * r + x % 2] += static_cast<double>((v - level.background) / level.noise);
+                counts[2 * r + x % 2] += 1;
+            });
         }
     }
     grid.complete();
@@ -108,28 +108,35 @@ VANTREL_VECTOR_CODE void markGroups(std::span<const float> row, std::span<const 
     if (whole < above.size()) above[whole] = 1;
 }
 
-void removeSpikes(std::span<float> strip, std::size_t width, std::size_t top, const LevelGrid& grid) {
-    const std::size_t rows = strip.size() / width;
-    const std::size_t groups = (width + kGroup - 1) / kGroup;
-    std::vector<float> limits(groups);
-    std::vector<int> above(groups);
-    for (std::size_t y = 0; y < rows; ++y) {
-        if (y == 0 || (top + y) % grid.cellSize() == 0) {
-            for (std::size_t g = 0; g < groups; ++g) {
-                limits[g] = spikeLimit(grid.covering(g * kGroup, top + y));
-            }
-        }
-        markGroups(strip.subspan(y * width, width), limits, above);
-        for (std::size_t g = 0; g < groups; ++g) {
-            if (above[g] == 0) continue;
-            const Level& level = grid.covering(g * kGroup, top + y);
-            for (std::size_t x = g * kGroup; x < std::min(width, (g + 1) * kGroup); ++x) {
-                float& value = strip[y * width + x];
-                if (value > limits[g] && isSpike(strip, width, x, y, level)) value = level.background;
+/// Takes hot pixels out of one row after the other.
+class SpikeRemoval {
+  public:
+    SpikeRemoval(const LevelGrid& grid, std::size_t width)
+        : grid_(grid), width_(width), limits_((width + kGroup - 1) / kGroup), above_(limits_.size()) {}
+
+    /// A row of the strip, whose first one is the image's `top`.
+    void mend(std::span<float> strip, std::size_t row, std::size_t top) {
+        const std::size_t y = top + row;
+        if (y == 0 || y % grid_.cellSize() == 0)
+            for (std::size_t g = 0; g < limits_.size(); ++g)
+                limits_[g] = spikeLimit(grid_.covering(g * kGroup, y));
+        markGroups(strip.subspan(row * width_, width_), limits_, above_);
+        for (std::size_t g = 0; g < limits_.size(); ++g) {
+            if (above_[g] == 0) continue;
+            const Level& level = grid_.covering(g * kGroup, y);
+            for (std::size_t x = g * kGroup; x < std::min(width_, (g + 1) * kGroup); ++x) {
+                float& value = strip[row * width_ + x];
+                if (value > limits_[g] && isSpike(strip, width_, x, row, level)) value = level.background;
             }
         }
     }
-}
+
+  private:
+    const LevelGrid& grid_;
+    std::size_t width_;
+    std::vector<float> limits_;
+    std::vector<int> above_;
+};
 
 void mendColumns(std::span<float> strip, std::size_t width, std::size_t top, const Survey& seen) {
     const std::size_t bottom = top + strip.size() / width;
@@ -164,7 +171,7 @@ void removeBlanks(std::span<float> strip, std::size_t width, std::size_t binning
 
 /// Sums of so many neighbours each. A number known beforehand lets compilers make vector code.
 template <std::size_t binning>
-void sumNeighbours(std::span<const float> values, std::span<float> sums) {
+VANTREL_VECTOR_CODE void sumNeighbours(std::span<const float> values, std::span<float> sums) {
     for (std::size_t x = 0; x < sums.size(); ++x) {
         float sum = 0;
         for (std::size_t i = 0; i < binning; ++i) sum += values[x * binning + i];
@@ -200,17 +207,28 @@ VANTREL_VECTOR_CODE void addRow(std::span<const float> row, std::span<float> sum
     for (std::size_t x = 0; x < sums.size(); ++x) sums[x] += row[x];
 }
 
-/// Adds the strip's rows, bin by bin, to the bins' sums.
-void addBins(std::span<const float> strip, std::size_t width, std::size_t binning, std::span<float> bins) {
-    const std::size_t columns = width / binning;
-    const std::size_t rows = strip.size() / width;
-    std::vector<float> column(width);
-    for (std::size_t y = 0; y + binning <= rows; y += binning) {
-        std::copy_n(strip.begin() + static_cast<std::ptrdiff_t>(y * width), width, column.begin());
-        for (std::size_t r = 1; r < binning; ++r) addRow(strip.subspan((y + r) * width, width), column);
-        sumNeighbours(column, binning, bins.subspan(y / binning * columns, columns));
+/// Sums rows to bins.
+class BinSums {
+  public:
+    BinSums(std::size_t width, std::size_t binning) : binning_(binning), column_(width) {}
+
+    void add(std::span<const float> row) {
+        if (rows_++ == 0)
+            std::copy(row.begin(), row.end(), column_.begin());
+        else
+            addRow(row, column_);
     }
-}
+    bool complete() const { return rows_ == binning_; }
+    void take(std::span<float> bins) {
+        sumNeighbours(column_, binning_, bins);
+        rows_ = 0;
+    }
+
+  private:
+    std::size_t binning_;
+    std::vector<float> column_;
+    std::size_t rows_ = 0;  // in the sums
+};
 
 std::size_t chooseBinning(const FitsImage& image, bool mosaic, std::size_t largest) {
     std::size_t binning = 1;
@@ -293,15 +311,23 @@ ReducedImage reduceImage(const FitsImage& image, const ReductionSettings& settin
     const std::size_t width = image.width();
     const std::size_t binRows = std::max<std::size_t>(1, kStripFloats / (width * reduced.binning));
     std::vector<float> strip;
+    SpikeRemoval spikes(seen.grid, width);
+    BinSums sums(width, reduced.binning);
+    auto bins = std::span(reduced.pixels);
     for (std::size_t y = 0; y < reduced.height; y += binRows) {
-        const std::size_t rows = std::min(binRows, reduced.height - y);
-        strip.resize(rows * reduced.binning * width);
+        const std::size_t rows = std::min(binRows, reduced.height - y) * reduced.binning;
+        strip.resize(rows * width);
         const std::size_t top = y * reduced.binning;
         image.readRows(top, strip);
         if (image.mayHoldBlanks()) removeBlanks(strip, width, reduced.binning);
         if (settings.removeHotPixels) mendColumns(strip, width, top, seen);
-        if (settings.removeHotPixels) removeSpikes(strip, width, top, seen.grid);
-        addBins(strip, width, reduced.binning, std::span(reduced.pixels).subspan(y * reduced.width));
+        for (std::size_t row = 0; row < rows; ++row) {
+            if (settings.removeHotPixels) spikes.mend(strip, row, top);
+            sums.add(std::span(strip).subspan(row * width, width));
+            if (!sums.complete()) continue;
+            sums.take(bins.first(reduced.width));
+            bins = bins.subspan(reduced.width);
+        }
     }
     const LevelGrid levels = binLevels(reduced).smoothed();
     const float noise = levels.typicalNoise();
