@@ -62,7 +62,7 @@ std::string headerOf(const NamedFields& fields) {
 }
 
 /// In the order of the columns, which may be those of another version, or of a spreadsheet.
-std::string lineOf(const NamedFields& fields, const TableColumns& columns) {
+std::string lineOf(const NamedFields& fields, const MeasurementColumns& columns) {
     std::string line;
     for (std::size_t i = 0; i < columns.names().size(); ++i) {
         if (i > 0) line += columns.separator();
@@ -125,7 +125,7 @@ void MeasurementHistory::keep(const engine::MeasurementRecord& record) {
     std::string shown;
     try {
         const NamedFields fields = fieldsOf(record, clock_.utc(), telescope_());
-        const TableColumns own(headerOf(fields));
+        const MeasurementColumns own(headerOf(fields));
         unkept_.push_back(lineOf(fields, own));
         shown = file();
         const std::filesystem::path path = folders_.real(shown);
@@ -146,7 +146,7 @@ void MeasurementHistory::keep(const engine::MeasurementRecord& record) {
 std::vector<engine::PastMeasurement> MeasurementHistory::past() const {
     try {
         std::vector<engine::PastMeasurement> all = readMeasurements(folders_.real(file()));
-        const TableColumns own(headerOf(fieldsOf({}, {}, "")));
+        const MeasurementColumns own(headerOf(fieldsOf({}, {}, "")));
         for (const std::string& line : unkept_)
             for (const engine::PastMeasurement& one : pastMeasurements(own, line)) all.push_back(one);
         std::ranges::stable_sort(all, {}, &engine::PastMeasurement::when);

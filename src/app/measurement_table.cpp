@@ -41,7 +41,7 @@ std::string_view takeLine(std::string_view& text) {
 /// A line's fields by their columns.
 class Row {
   public:
-    Row(const TableColumns& columns, std::string_view line)
+    Row(const MeasurementColumns& columns, std::string_view line)
         : columns_(columns), fields_(fieldsOf(line, columns.separator())) {}
 
     std::string text(const char* column) const {
@@ -55,7 +55,7 @@ class Row {
     }
 
   private:
-    const TableColumns& columns_;
+    const MeasurementColumns& columns_;
     Fields fields_;
 };
 
@@ -101,18 +101,18 @@ bool isAnew(const engine::PastMeasurement& measurement, const engine::PastMeasur
 
 }  // namespace
 
-TableColumns::TableColumns(std::string_view header) {
+MeasurementColumns::MeasurementColumns(std::string_view header) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (header.starts_with(kByteOrderMark)) header.remove_prefix(kByteOrderMark.size());
     separator_ = header.find(',') == std::string_view::npos ? ';' : ',';
     for (const std::string& name : fieldsOf(header, separator_)) names_.push_back(platform::trimmed(name));
 }
 
-std::optional<TableColumns> readColumns(const std::filesystem::path& file) {
+std::optional<MeasurementColumns> readColumns(const std::filesystem::path& file) {
     std::error_code ignored;
     if (!std::filesystem::is_regular_file(file, ignored)) return std::nullopt;
     std::ifstream stream(file, std::ios::binary);
-    TableColumns columns(readHeader(stream));
+    MeasurementColumns columns(readHeader(stream));
     const auto has = [&columns](const char* name) {
         return std::ranges::find(columns.names(), name) != columns.names().end();
     };
@@ -120,7 +120,8 @@ std::optional<TableColumns> readColumns(const std::filesystem::path& file) {
     return columns;
 }
 
-std::vector<engine::PastMeasurement> pastMeasurements(const TableColumns& columns, std::string_view lines) {
+std::vector<engine::PastMeasurement> pastMeasurements(const MeasurementColumns& columns,
+                                                      std::string_view lines) {
     std::vector<engine::PastMeasurement> measurements;
     while (!lines.empty()) {
         const auto one = measurementOf(Row(columns, takeLine(lines)));

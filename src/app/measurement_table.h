@@ -13,9 +13,9 @@
 namespace vantrel::app {
 
 /// The names of the columns, and what stands between them.
-class TableColumns {
+class MeasurementColumns {
   public:
-    explicit TableColumns(std::string_view header);
+    explicit MeasurementColumns(std::string_view header);
 
     const std::vector<std::string>& names() const { return names_; }
     char separator() const { return separator_; }
@@ -26,12 +26,13 @@ class TableColumns {
 };
 
 /// Of a file that holds measurements; nothing of others.
-std::optional<TableColumns> readColumns(const std::filesystem::path& file);
+std::optional<MeasurementColumns> readColumns(const std::filesystem::path& file);
 
 /// The lines' measurements in their order. A measurement that was
 /// calculated anew stands there once, as it was last. Lines without a result, cut ones and others that tell
 /// no time and no error are passed over.
-std::vector<engine::PastMeasurement> pastMeasurements(const TableColumns& columns, std::string_view lines);
+std::vector<engine::PastMeasurement> pastMeasurements(const MeasurementColumns& columns,
+                                                      std::string_view lines);
 
 /// The last some hundred of the file's measurements; none where it can't be read. Throws only for want of
 /// memory.

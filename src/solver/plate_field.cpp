@@ -12,7 +12,7 @@ using sky::kDegree;
 // Generous, since they decide what is looked for, not what is fitted.
 constexpr double kCatalogueErrorArcsec = 0.25;  // Tycho-2's faint stars after some thirty years of motion
 constexpr double kCentroidErrorPixels = 0.5;
-constexpr double kCentroidErrorGrains = 0.15;
+constexpr double kCentroidErrorGrains = 0.15;  // where places come from binned or trailed light
 
 }  // namespace
 

@@ -15,7 +15,7 @@ namespace vantrel::solver {
 
 namespace {
 
-constexpr double kFoundErrorBins = 0.3;
+constexpr double kFoundErrorBins = 0.3;     // of sources that can't be measured in the whole image
 constexpr double kGrainOfTrails = 1.0 / 3;  // the middle of a trail is known to a twentieth of its length
 constexpr std::size_t kBrightest = 30;      // stars that tell what all look like
 

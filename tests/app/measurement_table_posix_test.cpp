@@ -24,7 +24,7 @@ std::vector<std::string> told(const std::vector<engine::PastMeasurement>& measur
 }
 
 TEST(MeasurementTable, ReadsWhatIsTold) {
-    const auto read = pastMeasurements(TableColumns(kHeader),
+    const auto read = pastMeasurements(MeasurementColumns(kHeader),
                                        "2026-11-24T20:00:05Z,\"A \"\"big\"\", old mount\",50.1,least "
                                        "squares,0.25,120.5,5.2,consistent,\r\n");
     ASSERT_EQ(read.size(), 1u);
@@ -95,9 +95,9 @@ TEST(MeasurementTable, MakesTheBestOfAnything) {
          {"0.25 M", "0.30 N"}},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(told(pastMeasurements(TableColumns(c.header), c.lines)), c.wanted) << c.why;
-    const auto odd =
-        pastMeasurements(TableColumns(kHeader), "2026-11-24T20:00:05Z,M,ninety,written,0.25,120,-5,?,\r\n");
+        EXPECT_EQ(told(pastMeasurements(MeasurementColumns(c.header), c.lines)), c.wanted) << c.why;
+    const auto odd = pastMeasurements(MeasurementColumns(kHeader),
+                                      "2026-11-24T20:00:05Z,M,ninety,written,0.25,120,-5,?,\r\n");
     ASSERT_EQ(odd.size(), 1u);
     EXPECT_FALSE(odd[0].latitude || odd[0].sigma) << "what can't be is missing";
 }

@@ -113,7 +113,8 @@ RotationFit::RotationFit(const std::vector<Sighting>& sightings, const Site& sit
     : sightings_(sightings), airUncertainty_(site.air.uncertainty), layout_(sightings, airUncertainty_) {}
 
 RotationFit RotationFit::of(const std::vector<Sighting>& sightings, const Site& site) {
-    constexpr double kImprobable = 1e-6;
+    constexpr double kImprobable =
+        1e-6;  // a fit so bad may stand in the wrong minimum: the next idea is tried
     std::optional<RotationFit> best;
     for (const Vector3d& axis : firstIdeas(sightings)) {
         RotationFit fit(sightings, site);
