@@ -181,7 +181,7 @@ def build(tree, preset, originals, mutants, targets):
 
 def passes(tree, preset, test, mutant, limit, arguments):
     """True when all tests pass within the limit; the seconds of the processor that they took."""
-    environment = {**os.environ, "VANTREL_MUTANT": str(mutant), "QT_QPA_PLATFORM": "offscreen"}
+    environment = {**os.environ, "VANTREL_MUTANT": str(mutant)}
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     with tempfile.TemporaryDirectory() as scratch:
         try:

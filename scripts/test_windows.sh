@@ -8,7 +8,15 @@ lap() {
 }
 libraries=$(scripts/windows_dependencies.sh)
 lap "Libraries"
-cmake --preset windows -DVANTREL_WINDOWS_LIBRARIES="$libraries"
+if WINEDLLPATH=$(scripts/wine_32bit.sh); then
+    export WINEDLLPATH
+    wine32=ON
+else
+    unset WINEDLLPATH
+    wine32=OFF
+    echo "Wine has no libraries of 32 bits: such drivers aren't tried"
+fi
+cmake --preset windows -DVANTREL_WINDOWS_LIBRARIES="$libraries" -DVANTREL_WINE32=$wine32
 cmake --build --preset windows
 lap "Build"
 

@@ -12,7 +12,7 @@ target=x86_64-w64-mingw32
 # Source packages, and the binary package that tells the version of each.
 sources="cfitsio:libcfitsio-dev erfa:liberfa-dev curl:libcurl4-openssl-dev libpng1.6:libpng-dev
 libjpeg-turbo:libjpeg62-turbo-dev tiff:libtiff-dev libmicrohttpd:libmicrohttpd-dev qrencode:libqrencode-dev"
-packages="g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 cmake ninja-build dpkg-dev python3 libeigen3-dev
+packages="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev wine wine64 cmake ninja-build dpkg-dev python3 libeigen3-dev
 nlohmann-json3-dev googletest"
 
 as_root() {

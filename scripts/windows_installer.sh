@@ -9,7 +9,7 @@ scripts/install_dependencies.sh windows
 libraries=$(scripts/windows_dependencies.sh)
 qt=${VANTREL_WINDOWS_QT:-$(scripts/windows_qt.sh)}
 cmake --preset windows-desktop -DVANTREL_WINDOWS_LIBRARIES="$libraries" -DVANTREL_WINDOWS_QT="$qt"
-cmake --build --preset windows-desktop --target vantrel vantrel-headless vantrel-solve vantrel-catalog manual
+cmake --build --preset windows-desktop --target vantrel vantrel-headless vantrel-solve vantrel-catalog vantrel-com32 manual
 
 build=$PWD/build/windows-desktop
 content=$build/content

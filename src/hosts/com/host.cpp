@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "hosts/com/apartment.h"
+#include "hosts/com/library_process.h"
 #include "hosts/com/variant.h"
 #include "platform/errors.h"
 #include "platform/text.h"
@@ -89,10 +90,14 @@ std::string taken(BSTR& text) {
 /// An object of a server. Made and asked in the apartment alone; let go of there as well, from wherever.
 class Object : public platform::AutomationObject, public std::enable_shared_from_this<Object> {
   public:
-    Object(std::shared_ptr<Apartment> apartment, std::string className, IDispatch* own)
-        : apartment_(std::move(apartment)), className_(std::move(className)), inner_(own) {}
+    Object(std::shared_ptr<Apartment> apartment, std::shared_ptr<LibraryProcess> home, std::string className,
+           IDispatch* own)
+        : apartment_(std::move(apartment)),
+          home_(std::move(home)),
+          className_(std::move(className)),
+          inner_(own) {}
     ~Object() override {
-        apartment_->post([inner = inner_] { inner->Release(); });
+        apartment_->post([inner = inner_, home = home_] { inner->Release(); });
     }
     Object(const Object&) = delete;
     Object& operator=(const Object&) = delete;
@@ -134,7 +139,7 @@ class Object : public platform::AutomationObject, public std::enable_shared_from
                 },
                 [this, member](IDispatch* object) -> ObjectRef {
                     object->AddRef();
-                    return std::make_shared<Object>(apartment_, className_ + "." + member, object);
+                    return std::make_shared<Object>(apartment_, home_, className_ + "." + member, object);
                 }};
     }
 
@@ -176,6 +181,7 @@ class Object : public platform::AutomationObject, public std::enable_shared_from
     }
 
     std::shared_ptr<Apartment> apartment_;
+    std::shared_ptr<LibraryProcess> home_;  // of those that are in one of their own
     std::string className_;
     IDispatch* inner_;
     std::map<std::string, DISPID> ids_;
@@ -231,6 +237,35 @@ std::string fileOf(const std::string& command) {
     return ending == std::string::npos ? command : command.substr(0, ending + 4);
 }
 
+/// As both views have them.
+std::vector<std::string> classIds(const std::string& progId) {
+    std::vector<std::string> ids;
+    for (const REGSAM view : kViews)
+        if (std::string id = Key(HKEY_CLASSES_ROOT, progId + "\\CLSID", view).text(); !id.empty())
+            ids.push_back(std::move(id));
+    return ids;
+}
+
+HRESULT create64(const std::string& progId, IDispatch*& object) {
+    CLSID id{};
+    const HRESULT failure = ::CLSIDFromProgID(platform::wide(progId).c_str(), &id);
+    if (FAILED(failure)) return failure;
+    return ::CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                              reinterpret_cast<void**>(&object));
+}
+
+/// Whether a class that can't be made may be one that programs of 32 bits can make.
+bool isForOthers(HRESULT failure) {
+    return failure == REGDB_E_CLASSNOTREG || failure == REGDB_E_KEYMISSING || failure == CO_E_CLASSSTRING ||
+           failure == HRESULT_FROM_WIN32(ERROR_BAD_EXE_FORMAT);
+}
+
+bool isLibraryOf32Bits(const std::string& progId) {
+    for (const std::string& id : classIds(progId))
+        if (Key(HKEY_CLASSES_ROOT, "CLSID\\" + id + "\\InprocServer32", KEY_WOW64_32KEY)) return true;
+    return false;
+}
+
 std::string profileKey(const std::string& deviceType) {
     return "SOFTWARE\\ASCOM\\" + deviceType + " Drivers";
 }
@@ -247,28 +282,23 @@ ObjectRef Host::create(const std::string& progId) {
     if (!apartment || apartment->hangs()) apartment = std::make_shared<Apartment>(wait_);
     const auto created = std::make_shared<ObjectRef>();
     apartment->run(progId, kTimeOut, [apartment, progId, created] {
-        CLSID id{};
-        HRESULT failure = ::CLSIDFromProgID(platform::wide(progId).c_str(), &id);
-        if (FAILED(failure)) fail(failure, progId);
         IDispatch* object = nullptr;
-        failure = ::CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER, IID_IDispatch,
-                                     reinterpret_cast<void**>(&object));
+        std::shared_ptr<LibraryProcess> home;
+        HRESULT failure = create64(progId, object);
+        if (isForOthers(failure) && isLibraryOf32Bits(progId)) {
+            home = std::make_shared<LibraryProcess>(LibraryProcess::program(), progId);
+            failure = home->takeObject(object);
+        }
         if (FAILED(failure)) fail(failure, progId);
-        *created = std::make_shared<Object>(apartment, progId, object);
+        *created = std::make_shared<Object>(apartment, home, progId, object);
     });
     return *created;
 }
 
-bool Host::isInstalled(const std::string& progId) const {
-    for (const REGSAM view : kViews)
-        if (Key(HKEY_CLASSES_ROOT, progId + "\\CLSID", view)) return true;
-    return false;
-}
+bool Host::isInstalled(const std::string& progId) const { return !classIds(progId).empty(); }
 
 std::string Host::serverPath(const std::string& progId) const {
-    for (const REGSAM view : kViews) {
-        const std::string id = Key(HKEY_CLASSES_ROOT, progId + "\\CLSID", view).text();
-        if (id.empty()) continue;
+    for (const std::string& id : classIds(progId)) {
         for (const char* kind : {"LocalServer32", "InprocServer32"})
             for (const REGSAM classes : kViews) {
                 const std::string command =

@@ -18,8 +18,7 @@ class Host : public platform::AutomationHost {
     explicit Host(PumpedWait wait);
     ~Host() override;
 
-    /// Servers are started when they have to be. A 32-bit server in a .dll can't be, in a 64-bit program:
-    /// 429.
+    /// Servers are started when they have to be; a 32-bit server in a .dll lives in a process of its own.
     platform::ObjectRef create(const std::string& progId) override;
     std::string serverPath(const std::string& progId) const override;
     std::string profileDescription(const std::string& deviceType, const std::string& progId) const override;

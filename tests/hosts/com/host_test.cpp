@@ -24,6 +24,8 @@ void registerServers() {
     const auto folder = platform::ownProgram().parent_path();
     test::registerClass(test::kProgramId, test::kProgramClass, ServerKind::kProgram, folder / COM_SERVER);
     test::registerClass(test::kLibraryId, test::kLibraryClass, ServerKind::kLibrary, folder / COM_LIBRARY);
+    test::registerClass(test::kLibraryOf32BitsId, test::kLibraryOf32BitsClass, ServerKind::kLibraryOf32Bits,
+                        folder / COM_LIBRARY32);
     test::registerDriver(test::kProgramId, "A telescope for tests");
 }
 
@@ -122,12 +124,24 @@ TEST_P(ComHostTest, WhatHangsIsGivenUpAndOthersGoOn) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Servers, ComHostTest, testing::Values(test::kProgramId, test::kLibraryId));
+INSTANTIATE_TEST_SUITE_P(LibraryOf32Bits, ComHostTest, testing::Values(test::kLibraryOf32BitsId));
+
+TEST_F(ComRegistryTest, ALibraryOf32BitsThatDiesDiesAloneAndIsMadeAnew) {
+    const ObjectRef telescope = host.create(test::kLibraryOf32BitsId);
+    const ObjectRef partner = telescope->get("Partner").toObject();
+    EXPECT_NE(failureOf([&] { telescope->call("Die"); }).number(), 0);
+    EXPECT_EQ(failureOf([&] { partner->get("Kept"); }).number(), platform::error_number::kServerIsGone);
+    const ObjectRef anew = host.create(test::kLibraryOf32BitsId);
+    anew->put("Kept", 5);
+    EXPECT_EQ(anew->get("Kept"), Value(5));
+}
 
 TEST_F(ComRegistryTest, TheRegistryTellsOfServersAndDrivers) {
     EXPECT_TRUE(host.isInstalled(test::kProgramId));
     EXPECT_FALSE(host.isInstalled("Nobody.Telescope"));
     EXPECT_EQ(failureOf([&] { host.create("Nobody.Telescope"); }).number(), 429);
     EXPECT_TRUE(host.serverPath(test::kProgramId).ends_with(COM_SERVER)) << host.serverPath(test::kProgramId);
+    EXPECT_TRUE(host.serverPath(test::kLibraryOf32BitsId).ends_with(COM_LIBRARY32));
     EXPECT_EQ(host.serverPath("Nobody.Telescope"), "");
     EXPECT_EQ(host.profileDescription("Telescope", test::kProgramId), "A telescope for tests");
     ASSERT_FALSE(host.drivers("Telescope").empty());

@@ -30,8 +30,9 @@ void registerClass(const std::string& progId, const GUID& id, ServerKind kind,
     if (kind == ServerKind::kProgram) {
         keep(server + "\\LocalServer32", "\"" + file.string() + "\" /automation");
     } else {
-        keep(server + "\\InprocServer32", file.string());
-        keep(server + "\\InprocServer32", "Apartment", L"ThreadingModel");
+        const REGSAM view = kind == ServerKind::kLibrary ? KEY_WOW64_64KEY : KEY_WOW64_32KEY;
+        keep(server + "\\InprocServer32", file.string(), nullptr, view);
+        keep(server + "\\InprocServer32", "Apartment", L"ThreadingModel", view);
     }
 }
 

@@ -8,7 +8,7 @@
 
 namespace vantrel::test {
 
-enum class ServerKind { kProgram, kLibrary };
+enum class ServerKind { kProgram, kLibrary, kLibraryOf32Bits };
 
 /// For all users: Wine doesn't look up classes of a single one.
 void registerClass(const std::string& progId, const GUID& id, ServerKind kind,

@@ -8,7 +8,8 @@ extern "C" __declspec(dllexport) HRESULT WINAPI
     DllGetClassObject(REFCLSID wanted, REFIID interfaceId, void** out) {
     static Factory factory([] { return testTelescope(); });
     *out = nullptr;
-    return wanted == kLibraryClass ? factory.QueryInterface(interfaceId, out) : CLASS_E_CLASSNOTAVAILABLE;
+    const GUID& own = sizeof(void*) == 8 ? kLibraryClass : kLibraryOf32BitsClass;
+    return wanted == own ? factory.QueryInterface(interfaceId, out) : CLASS_E_CLASSNOTAVAILABLE;
 }
 
 extern "C" __declspec(dllexport) HRESULT WINAPI DllCanUnloadNow() {
