@@ -18,6 +18,8 @@ using platform::Handle;
 constexpr std::string_view kObject = "object ";
 constexpr std::string_view kFailed = "failed ";
 
+constexpr const char* kCannotStart = "vantrel-com32 can't be started";
+
 struct Pipe {
     Handle read, write;
 };
@@ -25,7 +27,7 @@ struct Pipe {
 /// Of its ends the child gets one.
 Pipe makePipe(const Handle Pipe::*childsEnd) {
     HANDLE read = nullptr, write = nullptr;
-    if (::CreatePipe(&read, &write, nullptr, 0) == 0) platform::failCall(::GetLastError(), "no pipe");
+    if (::CreatePipe(&read, &write, nullptr, 0) == 0) platform::failCall(::GetLastError(), kCannotStart);
     Pipe pipe{Handle(read), Handle(write)};
     ::SetHandleInformation((pipe.*childsEnd).get(), HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
     return pipe;
@@ -53,7 +55,7 @@ void start(std::wstring commandLine, HANDLE input, HANDLE output) {
                          nullptr, nullptr, &how.StartupInfo, &what);
     const DWORD failure = ::GetLastError();
     ::DeleteProcThreadAttributeList(list);
-    if (started == 0) platform::failCall(failure, platform::narrow(commandLine));
+    if (started == 0) platform::failCall(failure, kCannotStart);
     ::AllowSetForegroundWindow(what.dwProcessId);  // a driver's dialogs come before our windows
     ::CloseHandle(what.hThread);
     ::CloseHandle(what.hProcess);
