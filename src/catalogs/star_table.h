@@ -28,10 +28,10 @@ struct StarTable {
     bool moves = false;            ///< has motions
 };
 
-/// Reads the table and carries its stars from the one epoch to the other (Julian years). Lines that begin with
-/// "#" are comments, the first other line names the columns, and lines of units and dashes may follow. Fields
-/// are parted by tabs, or else by semicolons or commas. Throws CatalogError that names file and line when
-/// there is no such table, a column is missing, a row has more or fewer fields than there are names, or
+/// Reads the table and carries its stars from the one epoch to the other (Julian years). Lines that begin
+/// with "#" are comments, the first other line names the columns, and lines of units and dashes may follow.
+/// Fields are parted by tabs, or else by semicolons or commas. Throws CatalogError that names file and line
+/// when there is no such table, a column is missing, a row has more or fewer fields than there are names, or
 /// something else than a number stands where one should.
 StarTable readStarTable(const std::filesystem::path& file, const TableColumns& columns, double tableEpoch,
                         double epochYear);

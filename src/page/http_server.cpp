@@ -1,3 +1,5 @@
+#include "page/http_server.h"
+
 #include <cstdint>
 #include <cstring>
 #include <list>
@@ -6,8 +8,6 @@
 #include <microhttpd.h>
 
 #include "page/listening_socket.h"
-
-#include "page/http_server.h"
 
 namespace vantrel::page {
 

@@ -5,7 +5,8 @@
 #include <string_view>
 #include <system_error>
 
-// clang-format off: the others need these first
+// The others need these first.
+// clang-format off
 #include <winsock2.h>
 #include <windows.h>
 // clang-format on
