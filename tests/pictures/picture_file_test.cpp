@@ -10,6 +10,7 @@
 #include <tiffio.h>
 
 #include "fits/fits_writing.h"
+#include "pictures/png_writing.h"
 #include "support/temp_folder.h"
 
 namespace vantrel::pictures {
@@ -222,6 +223,33 @@ TEST_F(OpenPicture, RefusesWhatIsDamagedAndNamesIt) {
     folder_.write("huge.png", huge);
     EXPECT_THROW(openPicture(file("huge.png")), fits::FitsError);
     EXPECT_THROW(openPicture(file("none.jpg")), fits::FitsError);
+}
+
+TEST_F(OpenPicture, ReadsThePngsThatAreWritten) {
+    std::vector<std::uint8_t> rgb;
+    for (std::size_t i = 0; i < kWidth * kHeight; ++i)
+        rgb.insert(rgb.end(), 3, levelAt(i % kWidth, i / kWidth));
+    pictures::writePng(file("colours.png"), kWidth, kHeight, rgb);
+    writePng(file("grey.png"));
+    const auto rows = [&](const char* name) {
+        std::vector<float> all(kWidth * kHeight);
+        openPicture(file(name)).readRows(0, all);
+        return all;
+    };
+    EXPECT_EQ(rows("colours.png"), rows("grey.png"));
+    std::filesystem::create_directory(file("taken.png"));
+    for (const char* name : {"taken.png", "none/x.png"}) {
+        try {
+            pictures::writePng(file(name), kWidth, kHeight, rgb);
+            FAIL() << name;
+        } catch (const std::runtime_error& error) {
+            EXPECT_THAT(error.what(), HasSubstr(std::string(name) + " can't be written: "));
+        }
+    }
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(folder_.path())) ++files;
+    EXPECT_EQ(files, 3U) << "something is left of what couldn't be written";
+    EXPECT_THROW(pictures::writePng(file("none.png"), 3, 2, rgb), std::invalid_argument);
 }
 
 }  // namespace
