@@ -2,9 +2,9 @@
 """Every member of the outside programs that a measurement uses fails, takes ten seconds, dies and hangs, through COM.
 
 For each there is a run of its own: the fault is set, a measurement is begun, and while that goes on the window is read
-again and again. It has to answer at all times, the measurement has to end, and with the fault gone another one has to
-succeed, unless the program died, which Wine doesn't start again. Prints a table in Markdown. Takes an hour and more; the
-folder that plays Windows is copied for each of the runs that go on at the same time.
+again and again. It has to answer at all times, the measurement has to end and tell what failed, and with the fault gone
+another one has to succeed, unless the program died, which Wine doesn't start again. Prints a table in Markdown. Takes an
+hour and more; the folder that plays Windows is copied for each of the runs that go on at the same time.
 """
 
 import argparse
@@ -20,18 +20,40 @@ import time
 import com_night
 from operator_session import OperatorError
 
+WINE = os.path.join(com_night.HERE, "..", "..", "scripts", "wine.sh")
 HOW = ("fails", "slow", "dies", "hangs")
+# What the log has to say first beside the usual lines, by the member that fails. What is slow is only waited for.
+PARAMETERS = ("Catalog CatalogExpansion CatalogMaximumMagnitude CatalogPath MinimumBrightness MinimumStarSize SigmaAboveMean "
+              "ExclusionBorder MaxSolveStars")
+MESSAGES = {
+    **{f"PinPoint.Plate.{name}": "** PinPoint Error - Please Verify Settngs **" for name in PARAMETERS.split()},
+    "PinPoint.Plate.AttachFITS": "AttachFITS Failed",
+    "PinPoint.Plate.FindImageStars": "Polar Align Aborted !!",
+    "PinPoint.Plate.FindCatalogStars": "Polar Align Aborted !!",
+    "PinPoint.Plate.Solve": "Initiating spiral search",
+    "TestMount.Telescope.SlewToCoordinatesAsync": "Telescope Slew failed on Trial 1",
+}
 LONGEST_ANSWER = 2.0  # seconds until the window has to answer
 PATIENCE = 240  # seconds after which the operator presses Stop: more than three members that don't answer take
+RARELY_SENT = {"Filter": "2", "MaxRes": "3"}  # parameters of the solver that are only sent when they aren't 0
+BY_HAND = 90  # seconds until the operator presses Stop instead of turning the mount
+BRIGHT = 1e6  # electrons per second and pixel: a sky without stars
+REASON = "PinPoint.Plate.FailureReason"  # asked for when a plate isn't solved
+RADIUS = "PinPoint.Plate.SearchRadius"  # sent when the operator turns the mount by hand
 END = {"control": "frmMain.cmdRun", "property": "enabled", "is": True}
 
 
 class Wine:
-    """A folder that plays Windows, with the servers set up in it."""
+    """A folder that plays Windows, with the servers set up in it. Its services live until the end."""
 
     def __init__(self, options, folder):
         self.options = options
         self.environment = dict(os.environ, VANTREL_WINE_PREFIX=folder)
+        # Services belong to the first program, and there are two of each when another is about to end.
+        self.end_services()
+        self.first = subprocess.Popen([WINE, "cmd", "/c", "echo started& set /p ignored="], env=self.environment,
+                                      stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.first.stdout.readline()
 
     def observatory(self, *words):
         subprocess.run([self.options.observatory, *words], check=True, env=self.environment,
@@ -40,14 +62,23 @@ class Wine:
     def night(self, imaging):
         os.environ.update(self.environment)
         self.observatory("/program", imaging)
-        return com_night.Night(self.options.program, com_night.MOUNT, imaging)
+        return com_night.Night(self.options.program, com_night.MOUNT, imaging, **RARELY_SENT)
+
+    def end_services(self):
+        for option in ("-k", "-w"):
+            subprocess.run(["/usr/lib/wine/wineserver64", option], check=False,
+                           env=dict(os.environ, WINEPREFIX=self.environment["VANTREL_WINE_PREFIX"]))
 
     def end(self):
-        subprocess.run(["/usr/lib/wine/wineserver64", "-k"], check=False,
-                       env=dict(os.environ, WINEPREFIX=self.environment["VANTREL_WINE_PREFIX"]))
+        self.end_services()
+        self.first.communicate()
 
 
-Outcome = collections.namedtuple("Outcome", "imaging member how longest seconds said again")
+class Outcome(collections.namedtuple("Outcome", "imaging member how longest seconds said again")):
+    def as_it_should_be(self):
+        expected = MESSAGES.get(self.member, "") if self.how == "fails" else ""
+        told = self.said.startswith(expected) and (self.how != "slow" or self.member in (REASON, RADIUS) or not self.said)
+        return told and self.longest <= LONGEST_ANSWER and self.again != "no"
 
 
 def work(vantrel, seconds):
@@ -96,12 +127,22 @@ def spoil(wine, imaging, usual, member, how):
         with wine.night(imaging) as night:
             vantrel = night.vantrel
             night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
+            dark = vantrel.get(com_night.MOUNT, "SkyLevel")
+            if member == REASON:
+                vantrel.put(com_night.MOUNT, "SkyLevel", BRIGHT)
+            if member == RADIUS:
+                vantrel.click("frmMain.chkTurnByHand")
             wine.observatory("/fault", member, how, "0")
             start = len(night.lines())
             vantrel.click("frmMain.cmdRun")
-            longest, stopped = work(vantrel, PATIENCE)
+            longest, stopped = work(vantrel, BY_HAND if member == RADIUS else PATIENCE)
             leave(vantrel)
+            wine.observatory("/happened")
             wine.observatory("/fault", member, "", "0")
+            if member == REASON and how != "dies":
+                vantrel.put(com_night.MOUNT, "SkyLevel", dark)
+            if member == RADIUS:
+                vantrel.click("frmMain.chkTurnByHand")
             said = [" ".join(line.split()) for line in night.lines()[start:]
                     if com_night.without_figures([line])[0] not in usual]
             if how == "dies":
@@ -119,7 +160,8 @@ def spoil(wine, imaging, usual, member, how):
             if stopped:
                 said.insert(0, "(stopped by the operator)")
             return Outcome(imaging, member, how, longest, time.monotonic() - begin, "; ".join(said[:3]), again)
-    except (OperatorError, AssertionError, SystemExit, OSError, ValueError) as error:
+    except (OperatorError, AssertionError, SystemExit, OSError, ValueError,
+            subprocess.CalledProcessError) as error:
         return Outcome(imaging, member, how, 99.0, time.monotonic() - begin, f"BROKEN: {error}", "no")
 
 
@@ -147,9 +189,11 @@ def main():
     own = os.environ["VANTREL_WINE_PREFIX"]
     first = Wine(options, own)
     first.observatory("/register", "program")
+    first.observatory("/fault", "none", "", "0")
     cases = []
     for imaging in com_night.PROGRAMS:
         usual, members = calm_night(first, imaging)
+        members += [REASON, RADIUS]
         cases += [(imaging, usual, member, how) for member in members
                   if options.only in member and (imaging == "MaxIm" or member.startswith("CCDSoft")) for how in HOW]
     first.end()
@@ -159,7 +203,7 @@ def main():
     bad = 0
     with concurrent.futures.ProcessPoolExecutor(options.jobs) as pool:
         for outcome in pool.map(run_case, [(options, own, case) for case in cases]):
-            bad += outcome.longest > LONGEST_ANSWER or outcome.again == "no"
+            bad += not outcome.as_it_should_be()
             print(f"| {outcome.imaging} | {outcome.member} | {outcome.how} | {outcome.longest:.2f} s | {outcome.seconds:.0f} | "
                   f"{outcome.said} | {outcome.again} |", flush=True)
     print(f"{len(cases)} cases, {bad} not as they should be")
@@ -177,11 +221,16 @@ def give_home(prefix):
                 os.mkdir(folder)
 
 
+def copied(source, destination):
+    """Nobody writes to Wine's own files, which are many: all folders share them."""
+    (os.link if "/drive_c/windows/" in source else shutil.copy2)(source, destination)
+
+
 def run_case(order):
     options, own, case = order
-    with tempfile.TemporaryDirectory() as folder:
+    with tempfile.TemporaryDirectory(dir=os.path.dirname(os.path.abspath(own))) as folder:
         copy = os.path.join(folder, "wine")
-        shutil.copytree(own, copy, symlinks=True, ignore=shutil.ignore_patterns("started"))
+        shutil.copytree(own, copy, symlinks=True, ignore=shutil.ignore_patterns("started"), copy_function=copied)
         give_home(copy)
         wine = Wine(options, copy)
         try:

@@ -27,14 +27,15 @@ SOLVER = 0  # PinPoint
 
 
 class Night:
-    """A run of the program, ready to measure."""
+    """A run of the program, ready to measure. `solve`: settings of the plate solving beside the usual ones."""
 
-    def __init__(self, program, mount, imaging):
+    def __init__(self, program, mount, imaging, **solve):
         with tempfile.NamedTemporaryFile("w", suffix=".json", delete=False) as file:
             json.dump({"Main": {"MyTelescopeID": mount},
                        "PolarAlign": {"PlateSolveMethod": SOLVER, "ImagingSoftware": imaging, "DeltaRA": "15",
                                       "DelayAfterSlew": "0"},
-                       "Solve": {"ScaleH": "3.596", "ScaleV": "3.596", "ExposeInterval": "1", "CamBin": "1"}}, file)
+                       "Solve": {"ScaleH": "3.596", "ScaleV": "3.596", "ExposeInterval": "1", "CamBin": "1",
+                                 **solve}}, file)
         self.vantrel = Operator(program, "--seed", "1", "--settings", file.name, "--installed",
                                 ",".join([mount, PROGRAMS[imaging], "PinPoint.Plate"]))
         self.vantrel.wait(90, log="is the Imaging Software")

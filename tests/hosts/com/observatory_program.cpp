@@ -1,8 +1,9 @@
 // The served observatory as a program. It also sets up what is served, and tells what goes wrong:
-//   com_observatory /register program|library    the solver as a program or as a library, all else as
-//   programs com_observatory /fault CLASS.MEMBER HOW AFTER com_observatory /program MaxIm|CCDSoft       the
-//   imaging program that opens a window at the next start; who serves now ends com_observatory serves until
-//   nobody has held an object of it for some seconds
+//   com_observatory /register program|library: the solver as a program or as a library, all else as programs
+//   com_observatory /fault CLASS.MEMBER HOW AFTER
+//   com_observatory /happened: ends with 0 when the fault that was told last has happened
+//   com_observatory /program MaxIm|CCDSoft: the one that opens a window at the next start; who serves now
+//   ends com_observatory: serves until nobody has held an object of it for some seconds
 #include <memory>
 
 #include "hosts/com/dispatch_bridge.h"
@@ -82,5 +83,6 @@ int main(int argc, char** argv) {
     if (words.size() == 2 && words[0] == "/program") return endServer(), setProgram(words[1]), 0;
     if (words.size() == 4 && words[0] == "/fault")
         return setFault(words[1], words[2], static_cast<int>(platform::toNumber(words[3]))), 0;
+    if (words.size() == 1 && words[0] == "/happened") return faultHappened() ? 0 : 1;
     return serve();
 }

@@ -51,7 +51,7 @@ class Spoiled : public platform::AutomationObject {
     std::string className() const override { return className_; }
     Value get(const std::string& member, const Arguments& arguments) override {
         spoil(member);
-        return wrapped(inner_->get(member, arguments));
+        return wrapped(member, inner_->get(member, arguments));
     }
     void put(const std::string& member, const Value& value, const Arguments& arguments) override {
         spoil(member);
@@ -59,22 +59,23 @@ class Spoiled : public platform::AutomationObject {
     }
     Value call(const std::string& member, const Arguments& arguments) override {
         spoil(member);
-        return wrapped(inner_->call(member, arguments));
+        return wrapped(member, inner_->call(member, arguments));
     }
 
   private:
-    Value wrapped(const Value& value) {
+    /// What an object hands out is named after the member that did, as the client's journal names it.
+    Value wrapped(const std::string& member, const Value& value) {
         const auto* object = std::get_if<ObjectRef>(&value.held());
         if (object == nullptr || *object == nullptr) return value;
-        return Value(ObjectRef(std::make_shared<Spoiled>(observatory_, (*object)->className(), *object)));
+        return Value(ObjectRef(std::make_shared<Spoiled>(observatory_, className_ + "." + member, *object)));
     }
 
     void spoil(const std::string& member) {
         if (!platform::equalIgnoringCase(told(L"Member"), className() + "." + member)) return;
         const int after = static_cast<int>(platform::toNumber(told(L"After")));
         tell(L"After", std::to_string(after - 1));
-        if (after > 0) return;
         const std::string how = told(L"How");
+        if (after > 0 || how.empty()) return;
         tell(L"Happened", how);
         if (how == "fails") throw platform::AutomationError(-2147220479, className(), "It is out of order");
         // All others happen once.
@@ -116,6 +117,8 @@ void setFault(const std::string& classAndMember, const std::string& how, int aft
     tell(L"After", std::to_string(after));
     tell(L"Happened", "");
 }
+
+bool faultHappened() { return !told(L"Happened").empty(); }
 
 namespace {
 

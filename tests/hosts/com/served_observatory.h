@@ -28,6 +28,8 @@ const std::vector<ServedClass>& servedClasses();
 /// Which member of all goes wrong, and how: kept in the registry, so that it can be told from another
 /// process. `how` is "fails", "slow" (10 s), "dies", "hangs", or empty. Not for the first `after` uses.
 void setFault(const std::string& classAndMember, const std::string& how, int after);
+/// Since it was set.
+bool faultHappened();
 
 /// Which imaging program it is that one sees when the server starts, until somebody asks for an object of the
 /// other: "MaxIm", unless "CCDSoft" is told.
