@@ -22,6 +22,10 @@ lap "Build"
 
 export VANTREL_WINE_PREFIX="$PWD/build/windows/wine"
 rm -rf "$VANTREL_WINE_PREFIX"
+# Wine takes the user's folders for Windows' own, and the tests write there.
+export HOME="$PWD/build/windows/home"
+rm -rf "$HOME"
+mkdir -p "$HOME"
 scripts/wine.sh cmd /c exit >/dev/null 2>&1
 # Wine's own services belong to the first program and hold on to its output: here one that stays until this script ends.
 # Only when that runs may others start, or there are two of each service.
