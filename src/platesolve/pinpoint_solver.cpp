@@ -64,7 +64,7 @@ class Solve {
     bool findImageStars();
     Search planSearch();
     void aim(int attempt, const Search& search);
-    PlateSolution reportSolution();
+    std::optional<PlateSolution> reportSolution();
     std::optional<engine::SolutionQuality> quality(double scaleH, double scaleV);
     std::optional<engine::SolutionErrors> errors();
     void reportFailedAttempt(int attempt, const Search& search);
@@ -154,7 +154,7 @@ std::optional<PlateSolution> Solve::solveAttached() {
         services_.loop.yield();
         if (succeeds("Solve")) {
             solution = reportSolution();
-            pauseOneSecond();
+            if (solution) pauseOneSecond();
         } else {
             reportFailedAttempt(attempt, search);
         }
@@ -267,8 +267,8 @@ void Solve::aim(int attempt, const Search& search) {
     });
 }
 
-PlateSolution Solve::reportSolution() {
-    state_.PlateSolved = true;
+/// Nothing when the engine went before it told where the plate lies: zeros would be taken for a place.
+std::optional<PlateSolution> Solve::reportSolution() {
     tolerating([&] {
         log(" Solved using " + count("MatchedStars") + " stars, average residual is " +
             formatNumber(plate_->get("MatchAvgResidual").toDouble(), "0.#0") +
@@ -277,10 +277,21 @@ PlateSolution Solve::reportSolution() {
     const Milliseconds took = services_.loop.clock().sinceStart() - startedAt_;
     log(" Solution took " + formatNumber(static_cast<double>(took.count()) / 1000, "0.0") + " seconds");
 
-    PlateSolution solution{.ra = number("RightAscension"), .dec = number("Declination")};
-    const double roll = number("RollAngle");
-    const double scaleH = number("ArcsecPerPixelHoriz");
-    const double scaleV = number("ArcsecPerPixelVert");
+    bool gone = false;
+    const auto told = [&](const char* member) {
+        try {
+            return plate_->get(member).toDouble();
+        } catch (const OperationError& error) {
+            gone = gone || isGone(error);
+            return 0.0;
+        }
+    };
+    PlateSolution solution{.ra = told("RightAscension"), .dec = told("Declination")};
+    const double roll = told("RollAngle");
+    const double scaleH = told("ArcsecPerPixelHoriz");
+    const double scaleV = told("ArcsecPerPixelVert");
+    if (gone) return std::nullopt;
+    state_.PlateSolved = true;
     log(" RA = " + platform::raText(solution.ra) + "  " + formatNumber(solution.ra, "0.00000000"));
     log(" Dec = " + platform::decText(solution.dec) + "  " + formatNumber(solution.dec, "0.000000"));
     log(" Roll = " + formatNumber(roll, "0.000") + " HScale = " + formatNumber(scaleH, "0.000") +

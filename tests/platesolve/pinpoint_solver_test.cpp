@@ -181,6 +181,13 @@ TEST_F(PinPointSolving, AsksASolverThatIsBackByANewObject) {
     EXPECT_EQ(test::usesOf(host, kPlate, "create"), 0) << "the new one stays";
 }
 
+TEST_F(PinPointSolving, TakesNoZerosForAPlaceWhenTheSolverGoesWhileItTells) {
+    state.SpiralSearchAllowed = false;
+    host.inject({kPlate, "RollAngle", {462, kPlate, "gone"}, std::nullopt, 0, 1});
+    EXPECT_FALSE(solve());
+    EXPECT_FALSE(state.PlateSolved);
+}
+
 TEST_F(PinPointSolving, ShowsTheSolutionForASecondWithTheButtonsAlive) {
     int ticks = 0;
     const auto timer = loop.every(platform::Milliseconds{250}, [&] { ++ticks; });
