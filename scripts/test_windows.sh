@@ -28,12 +28,13 @@ rm -rf "$HOME"
 mkdir -p "$HOME"
 scripts/wine.sh cmd /c exit >/dev/null 2>&1
 # Wine's own services belong to the first program and hold on to its output: here one that stays until this script ends.
-# Only when that runs may others start, or there are two of each service.
+# Only when that runs may others start, or there are two of each service. COM's own one is started at once: whoever
+# starts it in passing waits half a minute now and then, and then does without.
 WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -k || true
 WINEPREFIX="$VANTREL_WINE_PREFIX" /usr/lib/wine/wineserver64 -w || true
 mkfifo "$VANTREL_WINE_PREFIX/started"
 exec 8<>"$VANTREL_WINE_PREFIX/started"
-tail -f /dev/null --pid=$$ | scripts/wine.sh cmd /c "echo started& set /p ignored=" >&8 2>/dev/null &
+tail -f /dev/null --pid=$$ | scripts/wine.sh cmd /c "net start rpcss>nul& echo started& set /p ignored=" >&8 2>/dev/null &
 head -n 1 <&8 >/dev/null
 status=0
 ctest --preset windows || status=$?

@@ -22,16 +22,38 @@ from operator_session import OperatorError
 
 WINE = os.path.join(com_night.HERE, "..", "..", "scripts", "wine.sh")
 HOW = ("fails", "slow", "dies", "hangs")
-# What the log has to say first beside the usual lines, by the member that fails. What is slow is only waited for.
-PARAMETERS = ("Catalog CatalogExpansion CatalogMaximumMagnitude CatalogPath MinimumBrightness MinimumStarSize SigmaAboveMean "
-              "ExclusionBorder MaxSolveStars")
+# What the log has to say first beside the usual lines when a member fails; others may fail unnoticed.
+ERROR = "Error -2147220479: It is out of order "
+PINPOINT_ERROR = "** PinPoint Error - Please Verify Settngs **"
 MESSAGES = {
-    **{f"PinPoint.Plate.{name}": "** PinPoint Error - Please Verify Settngs **" for name in PARAMETERS.split()},
+    "TestMount.Telescope.Declination": "TestMount.Telescope " + ERROR + "modComponents Function GetTelescopeDec",
+    "TestMount.Telescope.RightAscension": ERROR + "modComponents Function GetTelescopeRA",
+    "TestMount.Telescope.SlewToCoordinatesAsync": "Telescope Slew failed on Trial 1",
+    "MaxIm.CCDCamera.LinkEnabled": "MaxIm.CCDCamera " + ERROR + "Module modComponents Property Let camLinkEnabled",
+    "MaxIm.CCDCamera.BinX": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
+    "MaxIm.CCDCamera.BinY": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
+    "MaxIm.CCDCamera.SetFullFrame": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
+    "MaxIm.CCDCamera.MaxBinX": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
+    "MaxIm.CCDCamera.MaxBinY": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
+    "MaxIm.CCDCamera.Expose": "Error 32768: MaxIm DL Failed to start the exposure",
+    "MaxIm.CCDCamera.ImageReady": ERROR + "Module modComponents sub TakePicture",
+    "MaxIm.CCDCamera.SaveImage": "MaxIm.CCDCamera " + ERROR + "modUtilities Sub SaveImageToFile",
+    "CCDSoft.Camera.Connect": "CCDSoft.Camera " + ERROR + "Module modComponents Property Let camLinkEnabled",
+    "CCDSoft.Camera.State": "CCDSoft.Camera " + ERROR + "Module modComponents Property Get camLinkEnabled",
+    "CCDSoft.Camera.Subframe": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
+    "PinPoint.Plate.Catalog": PINPOINT_ERROR,
+    "PinPoint.Plate.CatalogExpansion": PINPOINT_ERROR,
+    "PinPoint.Plate.CatalogMaximumMagnitude": PINPOINT_ERROR,
+    "PinPoint.Plate.CatalogPath": PINPOINT_ERROR,
+    "PinPoint.Plate.MinimumBrightness": PINPOINT_ERROR,
+    "PinPoint.Plate.MinimumStarSize": PINPOINT_ERROR,
+    "PinPoint.Plate.SigmaAboveMean": PINPOINT_ERROR,
+    "PinPoint.Plate.ExclusionBorder": PINPOINT_ERROR,
+    "PinPoint.Plate.MaxSolveStars": PINPOINT_ERROR,
     "PinPoint.Plate.AttachFITS": "AttachFITS Failed",
     "PinPoint.Plate.FindImageStars": "Polar Align Aborted !!",
     "PinPoint.Plate.FindCatalogStars": "Polar Align Aborted !!",
     "PinPoint.Plate.Solve": "Initiating spiral search",
-    "TestMount.Telescope.SlewToCoordinatesAsync": "Telescope Slew failed on Trial 1",
 }
 LONGEST_ANSWER = 2.0  # seconds until the window has to answer
 PATIENCE = 240  # seconds after which the operator presses Stop: more than three members that don't answer take
@@ -51,8 +73,10 @@ class Wine:
         self.environment = dict(os.environ, VANTREL_WINE_PREFIX=folder)
         # Services belong to the first program, and there are two of each when another is about to end.
         self.end_services()
-        self.first = subprocess.Popen([WINE, "cmd", "/c", "echo started& set /p ignored="], env=self.environment,
-                                      stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        # COM's own one is started at once: whoever starts it in passing waits half a minute now and then, and does without.
+        self.first = subprocess.Popen([WINE, "cmd", "/c", "net start rpcss>nul& echo started& set /p ignored="],
+                                      env=self.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                      stderr=subprocess.DEVNULL)
         self.first.stdout.readline()
 
     def observatory(self, *words):
