@@ -41,6 +41,15 @@ MESSAGES = {
     "CCDSoft.Camera.Connect": "CCDSoft.Camera " + ERROR + "Module modComponents Property Let camLinkEnabled",
     "CCDSoft.Camera.State": "CCDSoft.Camera " + ERROR + "Module modComponents Property Get camLinkEnabled",
     "CCDSoft.Camera.Subframe": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
+    "CCDSoft.Camera.BinX": "CCDSoft.Camera " + ERROR + "Module modComponents Sub AcquireImage",
+    "CCDSoft.Camera.BinY": "CCDSoft.Camera " + ERROR + "Module modComponents Sub AcquireImage",
+    "CCDSoft.Camera.Frame": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
+    "CCDSoft.Camera.ExposureTime": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
+    "CCDSoft.Camera.TakeImage": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
+    "CCDSoft.Camera.IsExposureComplete": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
+    "CCDSoft.Image.AttachToActiveImager": "CCDSoft.Image " + ERROR + "Module modComponents Sub AttachCCDSoftImageToActiveImager",
+    "CCDSoft.Image.path": "CCDSoft.Image " + ERROR + "modUtilities Sub SaveImageToFile",
+    "CCDSoft.Image.Save": "CCDSoft.Image " + ERROR + "modUtilities Sub SaveImageToFile",
     "PinPoint.Plate.Catalog": PINPOINT_ERROR,
     "PinPoint.Plate.CatalogExpansion": PINPOINT_ERROR,
     "PinPoint.Plate.CatalogMaximumMagnitude": PINPOINT_ERROR,
@@ -105,6 +114,17 @@ class Outcome(collections.namedtuple("Outcome", "imaging member how longest seco
         return told and self.longest <= LONGEST_ANSWER and self.again != "no"
 
 
+def press_run(night):
+    """The click waits while a driver is being asked: until the measurement has begun, or says why it doesn't."""
+    before = len(night.lines())
+    night.vantrel.click("frmMain.cmdRun")
+    for _ in range(900):
+        if {"Start Alignment Run", "Align Aborted"} & set(night.lines()[before:]):
+            return
+        night.vantrel.do("advance", seconds=0.1)
+    raise OperatorError("the measurement doesn't begin")
+
+
 def work(vantrel, seconds):
     """Lets a measurement go on until it offers the correction or gave up; after so many seconds the operator stops it.
 
@@ -158,7 +178,7 @@ def spoil(wine, imaging, usual, member, how):
                 vantrel.click("frmMain.chkTurnByHand")
             wine.observatory("/fault", member, how, "0")
             start = len(night.lines())
-            vantrel.click("frmMain.cmdRun")
+            press_run(night)
             longest, stopped = work(vantrel, BY_HAND if member == RADIUS else PATIENCE)
             leave(vantrel)
             wine.observatory("/happened")
@@ -174,7 +194,7 @@ def spoil(wine, imaging, usual, member, how):
             else:
                 reconnect(vantrel)
                 start = len(night.lines())
-                vantrel.click("frmMain.cmdRun")
+                press_run(night)
                 work(vantrel, 200)
                 lines = night.lines()[start:]
                 again = "yes" if any("Error Amplitude" in line for line in lines) else "no"
@@ -194,7 +214,7 @@ def calm_night(wine, imaging):
     with wine.night(imaging) as night:
         night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
         night.vantrel.do("journal", object="*")
-        night.vantrel.click("frmMain.cmdRun")
+        press_run(night)
         work(night.vantrel, 200)
         used = [f"{use['object']}.{use['member']}" for use in night.vantrel.do("journal", object="*")["journal"]
                 if use["kind"] != "create" and not use["object"].startswith("DriverHelper")]
