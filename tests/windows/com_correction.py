@@ -5,6 +5,7 @@ The robot that corrects the built-in simulator works the same windows here. Take
 """
 
 import argparse
+import atexit
 import os
 import subprocess
 import sys
@@ -43,6 +44,8 @@ def main():
     parser.add_argument("observatory", help="com_observatory, started by a script")
     parser.add_argument("--demand", type=float, default=1.0, help="most that may be left, arc-minutes")
     options = parser.parse_args()
+    # Whoever still serves is ended: Wine never tells a server of clients that went without letting go.
+    atexit.register(subprocess.run, [options.observatory, "/program", "MaxIm"])
     robot_operator.SIMULATOR = com_night.MOUNT
     subprocess.run([options.observatory, "/register", "program"], check=True)
     subprocess.run([options.observatory, "/program", "MaxIm"], check=True)

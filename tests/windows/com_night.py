@@ -6,6 +6,7 @@ figures in them depend on the instant. Then a mount with an axis error is measur
 """
 
 import argparse
+import atexit
 import difflib
 import json
 import os
@@ -83,6 +84,8 @@ def main():
     parser.add_argument("program", help="vantrel-headless")
     parser.add_argument("observatory", help="com_observatory, started by a script")
     options = parser.parse_args()
+    # Whoever still serves is ended: Wine never tells a server of clients that went without letting go.
+    atexit.register(subprocess.run, [options.observatory, "/program", "MaxIm"])
 
     def nights(mount):
         """One with each imaging program, after the servers of the one before have ended."""
