@@ -89,6 +89,7 @@ TEST_F(UtilTest, WhatIsNoAngleIsRefused) {
         {"DMSToDegrees", {std::string(400, '9')}},
         {"WaitForMilliseconds", {-1}},
         {"WaitForMilliseconds", {nan}},
+        {"WaitForMilliseconds", {86'400'001}},
     };
     for (const auto& [member, arguments] : uses)
         EXPECT_THROW(util_.call(member, arguments), platform::AutomationError) << member;

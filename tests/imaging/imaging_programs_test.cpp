@@ -315,6 +315,7 @@ TEST_F(ImagingTest, TheSecondProgramTakesSeriesAndSavesThem) {
     image->call("AttachToActiveImager");
     EXPECT_EQ(image->get("Width"), Value(120)) << "the middle, unless it says where";
     EXPECT_EQ(image->get("Height"), Value(80));
+    EXPECT_FALSE(image->get("ModifiedFlag").toBool()) << "it was saved";
 
     put({{"Series", 1},
          {"ToNewWindow", 1},

@@ -215,6 +215,41 @@ TEST(Keyboard, EnterPressesTheButtonThatHasTheKeyboardAndNoOther) {
     EXPECT_EQ(runs, 3);
 }
 
+TEST(Keyboard, TurnsAndSlewsTheSimulatedMount) {
+    Forms forms;
+    const auto windows = windowsFor(forms.screen, forms.front);
+    const auto simulator =
+        std::ranges::find_if(windows, [](const auto& w) { return w->form().name() == "frmSimulator"; });
+    ASSERT_NE(simulator, windows.end());
+    (*simulator)->form().show();
+    forms.settle();
+    std::vector<std::string> pressed;
+    for (QPushButton* button : (*simulator)->findChildren<QPushButton*>())
+        QObject::connect(button, &QPushButton::clicked,
+                         [&pressed, button] { pressed.push_back(button->objectName().toStdString()); });
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifier modifier;
+        const char* button;
+    } keys[] = {
+        {Qt::Key_N, Qt::NoModifier, "cmdNorth"},
+        {Qt::Key_S, Qt::NoModifier, "cmdSouth"},
+        {Qt::Key_E, Qt::NoModifier, "cmdEast"},
+        {Qt::Key_W, Qt::NoModifier, "cmdWest"},
+        {Qt::Key_Left, Qt::ShiftModifier, "cmdAzimuth(0)"},
+        {Qt::Key_Left, Qt::NoModifier, "cmdAzimuth(1)"},
+        {Qt::Key_Right, Qt::ControlModifier, "cmdAzimuth(3)"},
+        {Qt::Key_Up, Qt::NoModifier, "cmdElevation(4)"},
+        {Qt::Key_Down, Qt::ControlModifier, "cmdElevation(2)"},
+    };
+    for (const auto& one : keys) {
+        pressed.clear();
+        QTest::keyClick(simulator->get(), one.key, one.modifier);
+        forms.settle();
+        EXPECT_EQ(pressed, std::vector<std::string>{one.button});
+    }
+}
+
 TEST(Keyboard, ReadersHearANameForEveryControl) {
     Forms forms;
     withEveryPage(forms, [](const QWidget& window) {
