@@ -1,5 +1,6 @@
 #include "correction/stars/coarse_image.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -32,10 +33,10 @@ TEST(CoarseImage, HasTheMeansOfSquaresInEveryTypeOfPixels) {
 
 TEST(CoarseImage, PassesOverPixelsWithoutAValue) {
     std::vector<float> pixels = slope<float>();
-    for (int y = 0; y < 4; ++y) {
-        for (int x = 0; x < 2; ++x) pixels[static_cast<std::size_t>(10 * y + x)] = std::nanf("");
-        for (int x = 4; x < 7; ++x)
-            pixels[static_cast<std::size_t>(10 * y + x)] = std::numeric_limits<float>::infinity();
+    for (std::size_t row = 0; row < 40; row += 10) {
+        std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(row), 2, std::nanf(""));
+        std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(row) + 4, 3,
+                    std::numeric_limits<float>::infinity());
     }
     const platform::ImageArray coarse = coarseImage(platform::ImageArray(10, 9, pixels));
     EXPECT_EQ(coarse.at(0, 0), 100 + 40 + 240) << "the right half";
