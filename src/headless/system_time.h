@@ -20,7 +20,7 @@ class SystemTime : public platform::TimeKeeper {
     platform::Instant utc() const override { return start_ + sinceStart(); }
     platform::Milliseconds sinceStart() const override;
     void passUntil(platform::Instant instant) override;
-    void watch(std::vector<int> descriptors) override { descriptors_ = std::move(descriptors); }
+    void watch(const std::vector<int>& descriptors) override { descriptors_ = descriptors; }
     std::vector<int> readable() override;
 
   private:

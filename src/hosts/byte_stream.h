@@ -22,7 +22,8 @@ struct ServerAddress {
         const bool colons = host.find(':') != std::string::npos;
         return (colons ? "[" + host + "]" : host) + ":" + std::to_string(port);
     }
-    auto operator<=>(const ServerAddress&) const = default;
+    auto operator<=>(const ServerAddress&) const =
+        default;  // NOLINT(modernize-use-nullptr): no pointer is here
 };
 
 struct StreamListener {

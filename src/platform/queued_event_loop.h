@@ -21,7 +21,7 @@ class TimeKeeper : public Clock {
     virtual void passUntil(Instant instant) = 0;
 
     /// The descriptors whose input is part of what is outside, from now on.
-    virtual void watch(std::vector<int> /*descriptors*/) {}
+    virtual void watch(const std::vector<int>& /*descriptors*/) {}
     /// Those of them that have something to read now. Where time is virtual, nothing comes from outside.
     virtual std::vector<int> readable() { return {}; }
 };

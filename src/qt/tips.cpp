@@ -8,7 +8,7 @@ namespace {
 
 struct Field {
     std::string form, control;
-    auto operator<=>(const Field&) const = default;
+    auto operator<=>(const Field&) const = default;  // NOLINT(modernize-use-nullptr): no pointer is here
 };
 
 const std::map<Field, const char*>& tips() {

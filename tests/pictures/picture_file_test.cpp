@@ -81,7 +81,8 @@ void writeTiff(const std::filesystem::path& path, const TiffKind& kind) {
     const bool apart = kind.planes == PLANARCONFIG_SEPARATE;
     const std::size_t inLine = apart ? 1 : kind.samples;
     std::vector<Sample> line(kWidth * inLine);
-    for (std::uint16_t plane = 0; plane < (apart ? kind.samples : 1); ++plane)
+    const std::uint16_t planes = apart ? kind.samples : std::uint16_t{1};
+    for (std::uint16_t plane = 0; plane < planes; ++plane)
         for (std::uint32_t y = 0; y < kHeight; ++y) {
             for (std::size_t i = 0; i < line.size(); ++i)
                 line[i] = static_cast<Sample>(levelAt(i / inLine, y));

@@ -16,7 +16,7 @@ struct DeviceId {
     std::string device;
 
     std::string progId() const { return "Indi:" + server.text() + "/" + device; }
-    auto operator<=>(const DeviceId&) const = default;
+    auto operator<=>(const DeviceId&) const = default;  // NOLINT(modernize-use-nullptr): no pointer is here
 };
 
 /// "host", "host:port", "[numeric address]:port".
