@@ -22,8 +22,7 @@ struct ServerAddress {
         const bool colons = host.find(':') != std::string::npos;
         return (colons ? "[" + host + "]" : host) + ":" + std::to_string(port);
     }
-    auto operator<=>(const ServerAddress&) const =
-        default;  // NOLINT(modernize-use-nullptr): no pointer is here
+    auto operator<=>(const ServerAddress&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 struct StreamListener {
