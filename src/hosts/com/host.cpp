@@ -286,7 +286,7 @@ ObjectRef Host::create(const std::string& progId) {
         std::shared_ptr<LibraryProcess> home;
         HRESULT failure = create64(progId, object);
         if (isForOthers(failure) && isLibraryOf32Bits(progId)) {
-            home = std::make_shared<LibraryProcess>(LibraryProcess::program(), progId);
+            home = std::make_shared<LibraryProcess>(progId);
             failure = home->takeObject(object);
         }
         if (FAILED(failure)) fail(failure, progId);

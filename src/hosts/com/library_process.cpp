@@ -82,11 +82,8 @@ HRESULT objectFrom(const std::vector<unsigned char>& reference, IDispatch*& obje
 
 }  // namespace
 
-std::filesystem::path LibraryProcess::program() {
-    return platform::ownProgram().parent_path() / "vantrel-com32.exe";
-}
-
-LibraryProcess::LibraryProcess(const std::filesystem::path& program, const std::string& progId) {
+LibraryProcess::LibraryProcess(const std::string& progId) {
+    const auto program = platform::ownProgram().parent_path() / "vantrel-com32.exe";
     Pipe input = makePipe(&Pipe::read), output = makePipe(&Pipe::write);
     start(L"\"" + program.native() + L"\" " + platform::wide(progId), input.read.get(), output.write.get());
     input_ = std::move(input.write);

@@ -2,7 +2,6 @@
 // object and lets this program use it as one of a server that is a program.
 #pragma once
 
-#include <filesystem>
 #include <string>
 
 #include "platform/win32_calls.h"
@@ -12,11 +11,8 @@ namespace vantrel::hosts::com {
 /// The process that one object lives in.
 class LibraryProcess {
   public:
-    /// Where it stands beside this program.
-    static std::filesystem::path program();
-
-    /// Starts it. Throws std::system_error when the program can't be started.
-    LibraryProcess(const std::filesystem::path& program, const std::string& progId);
+    /// Starts the program, which stands beside this one. Throws std::system_error when it can't be started.
+    explicit LibraryProcess(const std::string& progId);
 
     /// The object, or why there is none. Waits for as long as the server takes. To be called once, in the
     /// apartment that will use the object, which must be let go of before this.
