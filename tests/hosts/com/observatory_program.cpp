@@ -1,9 +1,15 @@
 // The served observatory as a program. It also sets up what is served, and tells what goes wrong:
-//   com_observatory /register program|library: the solver as a program or as a library, all else as programs
-//   com_observatory /fault CLASS.MEMBER HOW AFTER
-//   com_observatory /happened: ends with 0 when the fault that was told last has happened
-//   com_observatory /program MaxIm|CCDSoft: the one that opens a window at the next start; who serves now
-//   ends com_observatory: serves until nobody has held an object of it for some seconds
+//
+//     com_observatory /register program|library
+//     com_observatory /fault CLASS.MEMBER HOW AFTER
+//     com_observatory /happened
+//     com_observatory /program MaxIm|CCDSoft
+//     com_observatory
+//
+// The solver is set up as a program or as a library, all else as programs. "/happened" ends with 0 when the
+// fault that was told last has happened. "/program" tells which imaging program opens a window at the next
+// start, and ends who serves now. Without a word it serves until nobody has held an object of it for some
+// seconds.
 #include <memory>
 
 #include "hosts/com/dispatch_bridge.h"
