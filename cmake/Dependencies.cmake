@@ -36,6 +36,7 @@ vantrel_find_c_library(qrencode qrencode qrencode.h)
 set(VANTREL_RAW_READER PkgConfig::LIBRAW) # left out where there is none
 find_package(CURL REQUIRED)
 find_package(nlohmann_json REQUIRED)
+find_package(CLI11 REQUIRED)
 find_package(Qt6 REQUIRED COMPONENTS Widgets Test)
 
 # The names under which libraries are found at run time, for what loads them late.

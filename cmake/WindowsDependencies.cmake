@@ -11,11 +11,15 @@ vantrel_find_c_library(qrencode qrencode qrencode.h)
 target_link_libraries(TIFF::TIFF INTERFACE ZLIB::ZLIB)
 
 # Headers alone, and so Debian's own; the folder that they are in has those of another system as well.
-find_path(VANTREL_JSON_INCLUDE nlohmann/json.hpp PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
-file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/include)
-file(CREATE_LINK ${VANTREL_JSON_INCLUDE}/nlohmann ${PROJECT_BINARY_DIR}/include/nlohmann SYMBOLIC)
-add_library(nlohmann_json::nlohmann_json INTERFACE IMPORTED GLOBAL)
-target_include_directories(nlohmann_json::nlohmann_json SYSTEM INTERFACE ${PROJECT_BINARY_DIR}/include)
+function(vantrel_find_headers target folder header)
+    find_path(${target}_INCLUDE ${folder}/${header} PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/include)
+    file(CREATE_LINK ${${target}_INCLUDE}/${folder} ${PROJECT_BINARY_DIR}/include/${folder} SYMBOLIC)
+    add_library(${target} INTERFACE IMPORTED GLOBAL)
+    target_include_directories(${target} SYSTEM INTERFACE ${PROJECT_BINARY_DIR}/include)
+endfunction()
+vantrel_find_headers(nlohmann_json::nlohmann_json nlohmann json.hpp)
+vantrel_find_headers(CLI11::CLI11 CLI CLI.hpp)
 
 # The programs without windows do without the toolkit; scripts/windows_qt.sh prints the folder that it is in.
 if(VANTREL_WINDOWS_QT)

@@ -4,7 +4,7 @@
 set -eu
 
 build="g++ cmake ninja-build pkg-config qt6-base-dev libgl1-mesa-dev libcfitsio-dev libjpeg-dev libpng-dev libtiff-dev libraw-dev libcurl4-openssl-dev liberfa-dev
-libeigen3-dev nlohmann-json3-dev qt6-l10n-tools libgtest-dev libgmock-dev libbenchmark-dev libmicrohttpd-dev libqrencode-dev xvfb xauth
+libeigen3-dev nlohmann-json3-dev libcli11-dev qt6-l10n-tools libgtest-dev libgmock-dev libbenchmark-dev libmicrohttpd-dev libqrencode-dev xvfb xauth
 openbox libxcb-xtest0-dev fonts-dejavu-core zlib1g-dev indi-bin"
 manual="python3 cmark-gfm"
 check="clang-format clang-tidy clang libclang-rt-dev"

@@ -12,8 +12,8 @@ target=x86_64-w64-mingw32
 # Source packages, and the binary package that tells the version of each.
 sources="cfitsio:libcfitsio-dev erfa:liberfa-dev curl:libcurl4-openssl-dev libpng1.6:libpng-dev
 libjpeg-turbo:libjpeg62-turbo-dev tiff:libtiff-dev libmicrohttpd:libmicrohttpd-dev qrencode:libqrencode-dev"
-packages="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev wine wine64 cmake ninja-build dpkg-dev python3 libeigen3-dev
-nlohmann-json3-dev googletest"
+packages="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev wine wine64 cmake ninja-build dpkg-dev
+python3 libeigen3-dev nlohmann-json3-dev libcli11-dev googletest"
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then
@@ -71,7 +71,7 @@ for source in $sources; do
         [ ! -f "$file" ] || { cp "$file" "$result/licences/$name.txt" && break; }
     done
 done
-for package in libz-mingw-w64-dev mingw-w64-common gcc-mingw-w64-base libeigen3-dev nlohmann-json3-dev; do
+for package in libz-mingw-w64-dev mingw-w64-common gcc-mingw-w64-base libeigen3-dev nlohmann-json3-dev libcli11-dev; do
     cp "/usr/share/doc/$package/copyright" "$result/licences/$package.txt"
 done
 echo "Fetched in $(($(date +%s) - begin)) s" >&2
@@ -134,22 +134,32 @@ by_compiler() {
     echo "Built $name" >&2
 }
 
-by_cmake cfitsio -DUSE_CURL=OFF -DUSE_PTHREADS=OFF -DTESTS=OFF -DUTILS=OFF
-by_cmake libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF
-# Without the assembler's versions, which give the same pixels.
-by_cmake libjpeg-turbo -DENABLE_SHARED=OFF -DENABLE_STATIC=ON -DWITH_SIMD=OFF -DWITH_TURBOJPEG=OFF
-by_cmake tiff -Djpeg=OFF -Dold-jpeg=OFF -Dlzma=OFF -Dzstd=OFF -Dwebp=OFF -Djbig=OFF -Dlerc=OFF -Dlibdeflate=OFF \
-    -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
-by_cmake curl -DBUILD_CURL_EXE=OFF -DHTTP_ONLY=ON -DCURL_USE_SCHANNEL=ON -DCURL_USE_OPENSSL=OFF -DCURL_USE_LIBSSH2=OFF \
-    -DCURL_USE_LIBPSL=OFF -DUSE_LIBIDN2=OFF -DUSE_WIN32_IDN=OFF -DENABLE_MANUAL=OFF -DENABLE_UNICODE=ON -DBUILD_TESTING=OFF
-by_cmake qrencode -DWITH_TOOLS=NO -DWITH_TESTS=NO
-by_configure libmicrohttpd --disable-https --disable-doc --disable-examples --disable-curl --disable-tools \
-    --disable-postprocessor --disable-bauth --disable-dauth
-folder=. by_cmake googletest -DINSTALL_GTEST=ON -DBUILD_GMOCK=ON
-cd "$work/erfa/source"
-# shellcheck disable=SC2046  # a list, meant to be split
-by_compiler erfa erfa "src/erfa.h src/erfam.h src/erfaextra.h" \
-    $(cd src && ls ./*.c | grep -v -e '/t_' -e erfaversion.c | sed 's,^\./,src/,')
+# Two at a time: configuring, half of the work, keeps one processor busy.
+some_libraries() {
+    by_cmake cfitsio -DUSE_CURL=OFF -DUSE_PTHREADS=OFF -DTESTS=OFF -DUTILS=OFF
+    by_cmake libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF
+    # Without the assembler's versions, which give the same pixels.
+    by_cmake libjpeg-turbo -DENABLE_SHARED=OFF -DENABLE_STATIC=ON -DWITH_SIMD=OFF -DWITH_TURBOJPEG=OFF
+    by_cmake tiff -Djpeg=OFF -Dold-jpeg=OFF -Dlzma=OFF -Dzstd=OFF -Dwebp=OFF -Djbig=OFF -Dlerc=OFF -Dlibdeflate=OFF \
+        -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
+    folder=. by_cmake googletest -DINSTALL_GTEST=ON -DBUILD_GMOCK=ON
+}
+other_libraries() {
+    by_cmake curl -DBUILD_CURL_EXE=OFF -DHTTP_ONLY=ON -DCURL_USE_SCHANNEL=ON -DCURL_USE_OPENSSL=OFF \
+        -DCURL_USE_LIBSSH2=OFF -DCURL_USE_LIBPSL=OFF -DUSE_LIBIDN2=OFF -DUSE_WIN32_IDN=OFF -DENABLE_MANUAL=OFF \
+        -DENABLE_UNICODE=ON -DBUILD_TESTING=OFF
+    by_cmake qrencode -DWITH_TOOLS=NO -DWITH_TESTS=NO
+    by_configure libmicrohttpd --disable-https --disable-doc --disable-examples --disable-curl --disable-tools \
+        --disable-postprocessor --disable-bauth --disable-dauth
+    cd "$work/erfa/source"
+    # shellcheck disable=SC2046  # a list, meant to be split
+    by_compiler erfa erfa "src/erfa.h src/erfam.h src/erfaextra.h" \
+        $(cd src && ls ./*.c | grep -v -e '/t_' -e erfaversion.c | sed 's,^\./,src/,')
+}
+some_libraries &
+some=$!
+other_libraries
+wait $some
 
 cd "$cache"
 rm -rf "$work"

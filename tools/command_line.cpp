@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <utility>
+
+#include <CLI/CLI.hpp>
 
 #include "platform/text.h"
 
@@ -17,23 +20,30 @@ double numberIn(const std::string& option, const std::string& text, double least
     return *value;
 }
 
-bool Arguments::next() {
-    first_ = end_;
-    if (first_ == all_.size()) return false;
-    ++end_;
+CLI::Option* addText(CLI::App& line, const std::string& option, const std::string& valueName,
+                     const std::string& text, std::function<void(const std::string&)> take) {
+    return line.add_option_function<std::string>(option, std::move(take), text)->type_name(valueName);
+}
+
+CLI::Option* addNumber(CLI::App& line, const std::string& option, const std::string& valueName,
+                       const std::string& text, double least, double most, std::optional<double>& number) {
+    return addText(line, option, valueName, text, [option, least, most, &number](const std::string& value) {
+        number = numberIn(option, value, least, most);
+    });
+}
+
+bool parsed(CLI::App& line, std::vector<std::string> arguments) {
+    line.allow_windows_style_options(false);
+    std::ranges::reverse(arguments);  // as the library takes them
+    try {
+        line.parse(std::move(arguments));
+    } catch (const CLI::CallForHelp&) {
+        std::fputs(line.help().c_str(), stdout);
+        return false;
+    } catch (const CLI::ParseError& error) {
+        throw BadInput(error.what());
+    }
     return true;
-}
-
-const std::string& Arguments::value() {
-    if (end_ == all_.size()) throw BadInput(name() + " needs a value");
-    return all_[end_++];
-}
-
-bool helped(const std::vector<std::string>& arguments, const char* usage) {
-    const bool asked = std::ranges::any_of(
-        arguments, [](const std::string& argument) { return argument == "--help" || argument == "-h"; });
-    if (asked) std::fputs(usage, stdout);
-    return asked;
 }
 
 int exitStatusOf(const char* program, const std::function<int()>& work) {

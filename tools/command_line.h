@@ -2,10 +2,15 @@
 #pragma once
 
 #include <functional>
-#include <span>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
 
 namespace vantrel::tools {
 
@@ -17,28 +22,18 @@ struct BadInput : std::runtime_error {
 /// The number, or BadInput that names the option.
 double numberIn(const std::string& option, const std::string& text, double least, double most);
 
-/// Arguments, gone through one after the other: those that are options and what follows these as their
-/// values.
-class Arguments {
-  public:
-    /// The list must outlive this.
-    explicit Arguments(const std::vector<std::string>& all) : all_(all) {}
+/// Adds an option whose value is handed over as it stands; the name of the value and the option's text are
+/// for the help.
+CLI::Option* addText(CLI::App& line, const std::string& option, const std::string& valueName,
+                     const std::string& text, std::function<void(const std::string&)> take);
 
-    /// Goes on to what follows the last and its values; false at the end.
-    bool next();
-    const std::string& name() const { return all_[first_]; }
-    /// The next argument, as a value of this one. Throws BadInput when there is none.
-    const std::string& value();
-    /// This one and the values of it that were taken.
-    std::span<const std::string> taken() const { return std::span(all_).subspan(first_, end_ - first_); }
+/// Adds an option whose value is a number within bounds. Another value is BadInput.
+CLI::Option* addNumber(CLI::App& line, const std::string& option, const std::string& valueName,
+                       const std::string& text, double least, double most, std::optional<double>& number);
 
-  private:
-    const std::vector<std::string>& all_;
-    std::size_t first_ = 0, end_ = 0;
-};
-
-/// Prints the usage when that is asked for (--help, -h); then there is nothing else to do.
-bool helped(const std::vector<std::string>& arguments, const char* usage);
+/// Goes through the arguments, without the program's name. False when they asked for help, which is printed
+/// then: there is nothing else to do. Throws BadInput.
+bool parsed(CLI::App& line, std::vector<std::string> arguments);
 
 /// The exit status: what the work returns; 2 with a line on standard error, behind the program's name, for
 /// what it throws.

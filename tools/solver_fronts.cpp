@@ -42,6 +42,32 @@ Outcome solveAnywhere(SolveOptions options) {
     return solve(options);
 }
 
+/// Arguments of command lines that aren't ours, gone through one after the other: options, and what follows
+/// them as their values.
+class Arguments {
+  public:
+    /// The list must outlive this.
+    explicit Arguments(const std::vector<std::string>& all) : all_(all) {}
+
+    /// Goes on to what follows the last and its value; false at the end.
+    bool next() {
+        name_ = end_;
+        if (name_ == all_.size()) return false;
+        ++end_;
+        return true;
+    }
+    const std::string& name() const { return all_[name_]; }
+    /// The next argument, as a value of this one. Throws BadInput when there is none.
+    const std::string& value() {
+        if (end_ == all_.size()) throw BadInput(name() + " needs a value");
+        return all_[end_++];
+    }
+
+  private:
+    const std::vector<std::string>& all_;
+    std::size_t name_ = 0, end_ = 0;
+};
+
 // ---- The first: single dashes, an .ini file beside the picture
 
 struct IniFront {

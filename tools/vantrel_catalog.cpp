@@ -12,6 +12,8 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "catalogs/catalog_file.h"
 #include "catalogs/deep_catalog.h"
 #include "catalogs/distributions.h"
@@ -33,30 +35,6 @@ using namespace vantrel::catalogs;
 using namespace vantrel::tools;
 
 namespace fs = std::filesystem;
-
-constexpr const char* kUsage =
-    "usage: vantrel-catalog SOURCE [--out FILE] [--faintest MAGNITUDE] [--dec SOUTH NORTH]\n"
-    "                       [--most STARS] [--epoch YEAR] [--columns NAME=COLUMN,...]\n"
-    "                       [--table-epoch YEAR]\n"
-    "       vantrel-catalog --check FILE\n"
-    "\n"
-    "Makes one compact file of a star catalogue that you own. The program and vantrel-solve use it by\n"
-    "themselves for fields in which the built-in Tycho-2 has too few stars.\n"
-    "\n"
-    "  SOURCE        the folder of UCAC4, UCAC2, USNO-B, USNO-A or SA2.0, Tycho-2, GSC or GSC-ACT, or\n"
-    "                of .290 or .1476 files; or a table as text, as the VizieR service saves it, or\n"
-    "                parted by commas, semicolons or tabs; or another compact file\n"
-    "  --out         where the file goes (default: deep_stars.bin in your data folder, where it is\n"
-    "                looked for); a file there goes, if it is such a catalogue\n"
-    "  --faintest    magnitude of the faintest stars\n"
-    "  --dec         declinations in whole degrees, -90 to 90\n"
-    "  --most        stars in a cell of a tenth of a degree, 1 to 255 (default); of more the brightest\n"
-    "                are kept\n"
-    "  --epoch       year that the stars' own motions are applied to (default: today)\n"
-    "  --columns     names of a table's columns: ra, dec, mag, pmra, pmdec; left out, those of\n"
-    "                VizieR, Gaia's archive and others are known\n"
-    "  --table-epoch year that a table's positions stand for (default 2000)\n"
-    "  --check       tells what a compact file holds, and whether it is as it was written\n";
 
 double thisYear() {
     return solver::julianYear(std::chrono::floor<platform::Milliseconds>(std::chrono::system_clock::now()));
@@ -97,42 +75,66 @@ TableColumns columnsIn(const std::string& text) {
     return columns;
 }
 
-Options parsed(const std::vector<std::string>& all) {
+/// Nothing when help was asked for. Line ends in the texts are where the help breaks them.
+std::optional<Options> optionsOf(const std::vector<std::string>& arguments) {
     constexpr double kFirstYear = 1901, kLastYear = 2199;
     Options options;
-    Arguments arguments(all);
-    while (arguments.next()) {
-        const std::string& name = arguments.name();
-        if (name == "--out") {
-            options.out = arguments.value();
-        } else if (name == "--check") {
-            options.check = arguments.value();
-        } else if (name == "--faintest") {
-            options.selection.faintestMagnitude = numberIn(name, arguments.value(), -2, 30);
-        } else if (name == "--dec") {
-            options.selection.southDeg = wholeIn(name, arguments.value(), -90, 90);
-            options.selection.northDeg = wholeIn(name, arguments.value(), -90, 90);
-        } else if (name == "--most") {
-            options.selection.mostInCell =
-                static_cast<std::uint32_t>(wholeIn(name, arguments.value(), 1, 255));
-        } else if (name == "--epoch") {
-            options.selection.epochYear = numberIn(name, arguments.value(), kFirstYear, kLastYear);
-        } else if (name == "--columns") {
-            options.columns = columnsIn(arguments.value());
-            options.hasColumns = true;
-        } else if (name == "--table-epoch") {
-            options.tableEpoch = numberIn(name, arguments.value(), kFirstYear, kLastYear);
-        } else if (name.starts_with("--")) {
-            throw BadInput("unknown option " + name);
-        } else if (options.source.empty()) {
-            options.source = name;
-        } else {
-            throw BadInput("one catalogue at a time, not " + options.source + " and " + name);
-        }
-    }
-    if (options.source.empty() == options.check.empty())
+    DeepSelection& selection = options.selection;
+    std::vector<std::string> sources, declinations;
+    std::optional<double> epoch;
+    CLI::App line(
+        "Makes one compact file of a star catalogue that you own. The program and vantrel-solve use it by\n"
+        "themselves for fields in which the built-in Tycho-2 has too few stars.",
+        "vantrel-catalog");
+    line.add_option("SOURCE", sources,
+                    "the folder of UCAC4, UCAC2, USNO-B, USNO-A or SA2.0, Tycho-2,\n"
+                    "GSC or GSC-ACT, or of .290 or .1476 files; or a table as text,\n"
+                    "as the VizieR service saves it, or parted by commas,\n"
+                    "semicolons or tabs; or another compact file")
+        ->type_name("");
+    addText(line, "--out", "FILE",
+            "where the file goes (default: deep_stars.bin in your data\n"
+            "folder, where it is looked for); a file there goes, if it is\n"
+            "such a catalogue",
+            [&](const std::string& text) { options.out = text; });
+    addText(line, "--faintest", "MAGNITUDE", "of the faintest stars", [&](const std::string& text) {
+        selection.faintestMagnitude = numberIn("--faintest", text, -2, 30);
+    });
+    line.add_option("--dec", declinations, "southern and northern, in whole degrees, -90 to 90")
+        ->type_name("DEG")
+        ->expected(2);
+    addText(line, "--most", "STARS",
+            "in a cell of a tenth of a degree, 1 to 255 (default); of more\n"
+            "the brightest are kept",
+            [&](const std::string& text) {
+                selection.mostInCell = static_cast<std::uint32_t>(wholeIn("--most", text, 1, 255));
+            });
+    addNumber(line, "--epoch", "YEAR", "that the stars' own motions are applied to (default: today)",
+              kFirstYear, kLastYear, epoch);
+    addText(line, "--columns", "NAME=COLUMN,...",
+            "names of a table's columns: ra, dec, mag, pmra, pmdec; left\n"
+            "out, those of VizieR, Gaia's archive and others are known",
+            [&](const std::string& text) {
+                options.columns = columnsIn(text);
+                options.hasColumns = true;
+            });
+    addNumber(line, "--table-epoch", "YEAR", "that a table's positions stand for (default 2000)", kFirstYear,
+              kLastYear, options.tableEpoch);
+    addText(line, "--check", "FILE", "tells what a compact file holds, and whether it is as it was\nwritten",
+            [&](const std::string& text) { options.check = text; });
+    if (!parsed(line, arguments)) return std::nullopt;
+
+    if (sources.size() > 1)
+        throw BadInput("one catalogue at a time, not " + sources[0] + " and " + sources[1]);
+    if (sources.empty() == options.check.empty())
         throw BadInput("a catalogue must be named (--help tells how)");
-    if (options.selection.southDeg >= options.selection.northDeg)
+    if (!sources.empty()) options.source = sources.front();
+    if (epoch) selection.epochYear = *epoch;
+    if (!declinations.empty()) {
+        selection.southDeg = wholeIn("--dec", declinations[0], -90, 90);
+        selection.northDeg = wholeIn("--dec", declinations[1], -90, 90);
+    }
+    if (selection.southDeg >= selection.northDeg)
         throw BadInput("--dec must name a southern and a more northern declination");
     return options;
 }
@@ -246,9 +248,9 @@ int make(const Options& options) {
 }
 
 int run(const std::vector<std::string>& arguments) {
-    if (helped(arguments, kUsage)) return 0;
-    const Options options = parsed(arguments);
-    return options.check.empty() ? make(options) : check(platform::pathOf(options.check));
+    const auto options = optionsOf(arguments);
+    if (!options) return 0;
+    return options->check.empty() ? make(*options) : check(platform::pathOf(options->check));
 }
 
 }  // namespace

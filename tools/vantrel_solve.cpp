@@ -6,9 +6,11 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include "command_line.h"
@@ -26,37 +28,9 @@ using namespace vantrel;
 using namespace vantrel::solver;
 using namespace vantrel::tools;
 
-constexpr const char* kUsage =
-    "usage: vantrel-solve FILE... [--ra HOURS --dec DEG] [--scale ARCSEC_PER_PX] [--radius DEG]\n"
-    "                     [--date YYYY-MM-DD]\n"
-    "                     [--catalog FOLDER|Internet --catalog-number N] [--json] [--wcs OUT.fits]\n"
-    "                     [--annotate OUT.png]\n"
-    "\n"
-    "  --ra, --dec   about where the image points, J2000; left out, the header must tell\n"
-    "                unless the radius is 180\n"
-    "  --scale       arcseconds per pixel, within 15 %; left out, the header must tell, or the\n"
-    "                radius is wide: then fields 0.3 to 30 degrees wide are tried\n"
-    "  --radius      how far off the position may be (default: the image's diagonal, at least 1.5);\n"
-    "                a wider one, 180 being all the sky, uses star patterns that the first such\n"
-    "                search makes and keeps in the user's cache folder\n"
-    "  --date        of the exposure, for the stars' own motions; left out, the header must tell, or\n"
-    "                today's is taken, which the program then says\n"
-    "  --catalog     folder of another star catalogue, with its number (--catalog-number):\n"
-    "                0 GSC-1.1, 1 USNO-SA2.0, 3 GSC-ACT, 4 Tycho-2, 5 USNO-A2.0, 6 UCAC2, 7 USNO-B;\n"
-    "                UCAC4, .290 and .1476 files and those of vantrel-catalog are found under any\n"
-    "                number, the last also by the file's name. \"Internet\" in place of a folder asks\n"
-    "                the VizieR service for 8 USNO-B or 9 NOMAD; answers are kept in the user's cache\n"
-    "                folder. Left out, it is the built-in Tycho-2 and, where that has too few stars,\n"
-    "                the deeper one that vantrel-catalog has made\n"
-    "  --json        print the solution as one JSON object; of many files, one a line\n"
-    "  --wcs         write a copy of the image, a FITS file, with the solution in its header; where the\n"
-    "                stars prove a distortion, with its SIP polynomials\n"
-    "  --annotate    write the image as a PNG file with the matched stars circled, bright stars and\n"
-    "                deep-sky objects named, and lines of right ascension and declination\n";
-
 struct Options : SolveOptions {
     std::vector<std::string> files;
-    std::vector<std::string> others;  ///< the arguments that are no files
+    std::vector<std::string> others;  ///< what was given beside the files
     bool json = false;
     std::string wcs;
     std::string annotated;
@@ -68,41 +42,72 @@ platform::Instant dateIn(const std::string& option, const std::string& text) {
     return *instant;
 }
 
-Options parsed(const std::vector<std::string>& all) {
-    Options options;
-    Arguments arguments(all);
-    while (arguments.next()) {
-        const std::string& name = arguments.name();
-        if (name == "--ra")
-            options.raHours = numberIn(name, arguments.value(), 0, 24);
-        else if (name == "--dec")
-            options.dec = numberIn(name, arguments.value(), -90, 90);
-        else if (name == "--scale")
-            options.scale = numberIn(name, arguments.value(), 0.01, 1000);
-        else if (name == "--radius")
-            options.radius = numberIn(name, arguments.value(), 0, 180);
-        else if (name == "--date")
-            options.date = dateIn(name, arguments.value());
-        else if (name == "--catalog")
-            options.catalog = arguments.value();
-        else if (name == "--catalog-number")
-            options.catalogNumber = static_cast<int>(numberIn(name, arguments.value(), 0, 99));
-        else if (name == "--json")
-            options.json = true;
-        else if (name == "--wcs")
-            options.wcs = arguments.value();
-        else if (name == "--annotate")
-            options.annotated = arguments.value();
-        else if (name.starts_with("--"))
-            throw BadInput("unknown option " + name);
-        else
-            options.files.push_back(name);
-        if (name.starts_with("--"))
-            options.others.insert(options.others.end(), arguments.taken().begin(), arguments.taken().end());
+/// The options that mean the same for each of several files, as they were given.
+std::vector<std::string> optionsIn(const CLI::App& line) {
+    std::vector<std::string> given;
+    for (const CLI::Option* option : line.get_options()) {
+        if (option->get_positional() || option->count() == 0) continue;
+        given.push_back(option->get_name());
+        if (option->get_expected_min() > 0)
+            for (const std::string& value : option->results()) given.push_back(value);
     }
+    return given;
+}
+
+/// Nothing when help was asked for. Line ends in the texts are where the help breaks them.
+std::optional<Options> optionsOf(const std::vector<std::string>& arguments) {
+    Options options;
+    CLI::App line("Tells where an image points.", "vantrel-solve");
+    line.add_option("FILE", options.files, "FITS, JPEG, PNG, TIFF or raw files")->type_name("");
+    addNumber(line, "--ra", "HOURS", "about where the image points, J2000; left out, the header must", 0, 24,
+              options.raHours);
+    addNumber(line, "--dec", "DEG", "tell, unless the radius is 180", -90, 90, options.dec);
+    addNumber(line, "--scale", "ARCSEC",
+              "per pixel, within 15 %; left out, the header must tell, or the\n"
+              "radius is wide: then fields 0.3 to 30 degrees wide are tried",
+              0.01, 1000, options.scale);
+    addNumber(line, "--radius", "DEG",
+              "how far off the position may be (default: the image's\n"
+              "diagonal, at least 1.5); a wider one, 180 being all the sky,\n"
+              "uses star patterns that the first such search makes and keeps\n"
+              "in the user's cache folder",
+              0, 180, options.radius);
+    addText(line, "--date", "YYYY-MM-DD",
+            "of the exposure, for the stars' own motions; left out, the\n"
+            "header must tell, or today's is taken, which the program then\n"
+            "says",
+            [&](const std::string& text) { options.date = dateIn("--date", text); });
+    addText(line, "--catalog", "FOLDER",
+            "of another star catalogue, with its number; UCAC4, .290 and\n"
+            ".1476 files and those of vantrel-catalog are found under any\n"
+            "number, the last also by the file's name. \"Internet\" in place\n"
+            "of a folder asks the VizieR service for 8 USNO-B or 9 NOMAD;\n"
+            "answers are kept in the user's cache folder. Left out, it is\n"
+            "the built-in Tycho-2 and, where that has too few stars, the\n"
+            "deeper one that vantrel-catalog has made",
+            [&](const std::string& text) { options.catalog = text; });
+    addText(line, "--catalog-number", "N",
+            "0 GSC-1.1, 1 USNO-SA2.0, 3 GSC-ACT, 4 Tycho-2, 5 USNO-A2.0,\n"
+            "6 UCAC2, 7 USNO-B",
+            [&](const std::string& text) {
+                options.catalogNumber = static_cast<int>(numberIn("--catalog-number", text, 0, 99));
+            });
+    line.add_flag("--json", options.json, "print the solution as one JSON object; of many files, one a line");
+    addText(line, "--wcs", "OUT.fits",
+            "write a copy of the image, a FITS file, with the solution in\n"
+            "its header; where the stars prove a distortion, with its SIP\n"
+            "polynomials",
+            [&](const std::string& text) { options.wcs = text; });
+    addText(line, "--annotate", "OUT.png",
+            "write the image as a PNG file with the matched stars circled,\n"
+            "bright stars and deep-sky objects named, and lines of right\n"
+            "ascension and declination",
+            [&](const std::string& text) { options.annotated = text; });
+    if (!parsed(line, arguments)) return std::nullopt;
     if (options.files.empty()) throw BadInput("no file given (--help tells how)");
     if (options.raHours.has_value() != options.dec.has_value()) throw BadInput("--ra and --dec go together");
     options.file = options.files.front();
+    options.others = optionsIn(line);
     return options;
 }
 
@@ -165,9 +170,7 @@ bool isSameFile(const std::string& a, const std::string& b) {
     return std::filesystem::equivalent(platform::pathOf(a), platform::pathOf(b), neither);
 }
 
-int run(const std::vector<std::string>& arguments) {
-    if (helped(arguments, kUsage)) return 0;
-    const Options options = parsed(arguments);
+int run(const Options& options) {
     if (options.files.size() > 1) {
         if (!options.wcs.empty()) throw BadInput("--wcs is for one file");
         if (!options.annotated.empty()) throw BadInput("--annotate is for one file");
@@ -200,6 +203,7 @@ int main(int argc, char** argv) {
         const std::string name = argc > 0 ? std::filesystem::path(argv[0]).stem().string() : "";
         const auto arguments = platform::programArguments(argc, argv);
         if (const auto front = frontNamed(name)) return front(arguments);
-        return run(arguments);
+        const auto options = optionsOf(arguments);
+        return options ? run(*options) : 0;
     });
 }

@@ -1,7 +1,8 @@
 #include "headless/options.h"
 
-#include <algorithm>
 #include <charconv>
+
+#include <CLI/CLI.hpp>
 
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -27,73 +28,62 @@ Instant parseStart(const std::string& text) {
 
 std::vector<std::string> parseList(const std::string& text) {
     std::vector<std::string> names;
-    std::size_t start = 0;
-    while (start <= text.size()) {
-        const std::size_t end = std::min(text.find(',', start), text.size());
-        if (const std::string name = trimmed(text.substr(start, end - start)); !name.empty())
-            names.push_back(name);
-        start = end + 1;
-    }
+    for (const std::string& part : CLI::detail::split(text, ','))
+        if (const std::string name = trimmed(part); !name.empty()) names.push_back(name);
     return names;
 }
 
-void take(Options& options, const std::string& name, const std::string& value) {
-    if (name == "--start")
-        options.start = parseStart(value);
-    else if (name == "--home")
-        options.home = pathOf(value);
-    else if (name == "--seed")
-        options.seed = parseSeed(value);
-    else if (name == "--installed")
-        options.installed = parseList(value);
-    else if (name == "--settings")
-        options.settings = pathOf(value);
-    else
-        throw UsageError("Unknown option: " + name);
+/// Line ends in the texts are where the help breaks them.
+void describe(CLI::App& line, Options& options) {
+    line.name("vantrel-headless");
+    line.allow_windows_style_options(false);
+    line.description(
+        "Runs Vantrel without windows. A script operates it: one JSON object a line on standard input,\n"
+        "one JSON object a line on standard output. The end of the input closes the program.");
+    const auto add = [&line](const char* name, const char* value, const std::string& text, auto take) {
+        line.add_option_function<std::string>(name, take, text)->type_name(value);
+    };
+    line.add_flag("--virtual-time", options.virtualTime,
+                  "waits cost no time: the clock jumps to whatever is due next");
+    add("--start", "INSTANT",
+        "when the program's clock starts, such as " + std::string(kVirtualStart) +
+            "\n(that instant is the default with --virtual-time, else now)",
+        [&options](const std::string& text) { options.start = parseStart(text); });
+    add("--home", "DIR",
+        "keeps settings, drives and documents below DIR instead of in\nthe user's directories",
+        [&options](const std::string& text) { options.home = pathOf(text); });
+    add("--seed", "N", "the seed of all simulated noise (default 1)",
+        [&options](const std::string& text) { options.seed = parseSeed(text); });
+    add("--installed", "PROGID,...", "the outside programs that exist (default: all that are built in)",
+        [&options](const std::string& text) { options.installed = parseList(text); });
+    add("--settings", "FILE",
+        "stores the settings of a JSON file first:\n{\"PolarAlign\": {\"DeltaRA\": \"15\"}}",
+        [&options](const std::string& text) { options.settings = pathOf(text); });
+    line.set_help_flag("-h,--help", "this text");
 }
 
 }  // namespace
 
-Options parseOptions(const std::vector<std::string>& arguments) {
+Options parseOptions(std::vector<std::string> arguments) {
     Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& argument = arguments[i];
-        if (argument == "--help" || argument == "-h") {
-            options.help = true;
-            continue;
-        }
-        if (argument == "--virtual-time") {
-            options.virtualTime = true;
-            continue;
-        }
-        if (!argument.starts_with("--")) throw UsageError("Unexpected argument: " + argument);
-        if (const auto equals = argument.find('='); equals != std::string::npos)
-            take(options, argument.substr(0, equals), argument.substr(equals + 1));
-        else if (i + 1 < arguments.size())
-            take(options, argument, arguments[++i]);
-        else
-            throw UsageError(argument + " needs a value, or is unknown");
+    CLI::App line;
+    describe(line, options);
+    std::ranges::reverse(arguments);  // as the library takes them
+    try {
+        line.parse(std::move(arguments));
+    } catch (const CLI::CallForHelp&) {
+        options.help = true;
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(error.what());
     }
     return options;
 }
 
 std::string usage() {
-    return "Usage: vantrel-headless [OPTION]...\n"
-           "Runs Vantrel without windows. A script operates it: one JSON object a line on standard input,\n"
-           "one JSON object a line on standard output. The end of the input closes the program.\n"
-           "\n"
-           "  --virtual-time         waits cost no time: the clock jumps to whatever is due next\n"
-           "  --start INSTANT        when the program's clock starts, such as " +
-           std::string(kVirtualStart) +
-           "\n"
-           "                         (that instant is the default with --virtual-time, else now)\n"
-           "  --home DIR             keeps settings, drives and documents below DIR instead of in the\n"
-           "                         user's directories\n"
-           "  --seed N               the seed of all simulated noise (default 1)\n"
-           "  --installed PROGID,... the outside programs that exist (default: all that are built in)\n"
-           "  --settings FILE        stores the settings of a JSON file first:\n"
-           "                         {\"PolarAlign\": {\"DeltaRA\": \"15\"}}\n"
-           "  --help                 this text\n";
+    Options none;
+    CLI::App line;
+    describe(line, none);
+    return line.help();
 }
 
 }  // namespace vantrel::headless

@@ -37,7 +37,7 @@ class UsageError : public std::runtime_error {
 
 /// Takes the arguments without the program's name. An option's value may follow it or stand behind "=".
 /// Throws UsageError.
-Options parseOptions(const std::vector<std::string>& arguments);
+Options parseOptions(std::vector<std::string> arguments);
 
 std::string usage();
 

@@ -104,7 +104,7 @@ TEST_F(VantrelCatalog, ReadsDistributionsAndItsOwnFiles) {
     bytes[100'000] ^= 1;
     folder_.write("b.bin", bytes);
     EXPECT_NE(make("--check " + named("b.bin")).status, 0);
-    EXPECT_THAT(make("--help").out, testing::StartsWith("usage: vantrel-catalog"));
+    EXPECT_THAT(make("--help").out, testing::HasSubstr("Usage: vantrel-catalog"));
 }
 
 TEST_F(VantrelCatalog, LeavesNothingWhereItFails) {
@@ -143,8 +143,8 @@ TEST_F(VantrelCatalog, LeavesNothingWhereItFails) {
         {named("good.csv") + " --columns ra=X" + out, "there is no column of right ascensions (X)"},
         {named("good.csv") + " " + named("cut.csv") + out, "one catalogue at a time"},
         {named("changed.bin") + " --table-epoch 2016" + out, "its check sum is wrong"},
-        {named("good.csv") + " --speed 3" + out, "unknown option --speed"},
-        {named("good.csv") + " --epoch", "--epoch needs a value"},
+        {named("good.csv") + " --speed 3" + out, "not expected: --speed"},
+        {named("good.csv") + " --epoch", "--epoch: 1 required YEAR missing"},
         {"--check " + named("good.csv"), "is not a compact star catalogue"},
     };
     for (const auto& row : rows) {
