@@ -16,7 +16,11 @@ else
     wine32=OFF
     echo "Wine has no libraries of 32 bits: such drivers aren't tried"
 fi
-cmake --preset windows -DVANTREL_WINDOWS_LIBRARIES="$libraries" -DVANTREL_WINE32=$wine32
+# What the compiler has made is kept beside the libraries.
+export CCACHE_DIR="$libraries/../compiled" CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1 CCACHE_MAXSIZE=2G
+export CCACHE_SLOPPINESS=pch_defines,time_macros
+cmake --preset windows -DVANTREL_WINDOWS_LIBRARIES="$libraries" -DVANTREL_WINE32=$wine32 \
+    -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 cmake --build --preset windows
 lap "Build"
 

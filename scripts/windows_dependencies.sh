@@ -13,7 +13,7 @@ target=x86_64-w64-mingw32
 sources="cfitsio:libcfitsio-dev erfa:liberfa-dev curl:libcurl4-openssl-dev libpng1.6:libpng-dev
 libjpeg-turbo:libjpeg62-turbo-dev tiff:libtiff-dev libmicrohttpd:libmicrohttpd-dev qrencode:libqrencode-dev"
 packages="g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix libz-mingw-w64-dev wine wine64 cmake ninja-build dpkg-dev
-python3 libeigen3-dev nlohmann-json3-dev libcli11-dev googletest"
+python3 libeigen3-dev nlohmann-json3-dev libcli11-dev googletest ccache"
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then

@@ -35,7 +35,7 @@ class Night:
             json.dump({"Main": {"MyTelescopeID": mount},
                        "PolarAlign": {"PlateSolveMethod": SOLVER, "ImagingSoftware": imaging, "DeltaRA": "15",
                                       "DelayAfterSlew": "0"},
-                       "Solve": {"ScaleH": "3.596", "ScaleV": "3.596", "ExposeInterval": "1", "CamBin": "1",
+                       "Solve": {"ScaleH": "3.596", "ScaleV": "3.596", "ExposeInterval": "0.2", "CamBin": "1",
                                  **solve}}, file)
         self.vantrel = Operator(program, "--seed", "1", "--settings", file.name, "--installed",
                                 ",".join([mount, PROGRAMS[imaging], "PinPoint.Plate"]))
