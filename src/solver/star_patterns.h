@@ -140,8 +140,8 @@ class StarPatterns {
     };
     struct Header;
 
-    static constexpr int kShapeBins = 192;
-    static constexpr int kSizeBins = 56;
+    static constexpr int kShapeBins = 192;  // of a side's share of the perimeter, up to a half
+    static constexpr int kSizeBins = 56;    // a fifth of a doubling each: up to all that a field is wide
     static constexpr std::size_t kBins = std::size_t{kShapeBins} * kShapeBins * kSizeBins;
     static constexpr std::array<std::array<std::uint8_t, 2>, 6> kPairs{
         {{0, 1}, {0, 2}, {0, 3}, {1, 2}, {1, 3}, {2, 3}}};

@@ -27,7 +27,7 @@ struct PatternRound {
     double fluxShare;
 };
 constexpr PatternRound kPatternRounds[] = {{2, 10, 5, 0.8}, {10, 30, 5, 0.8}, {2, 70, 8, 0.45}};
-constexpr std::size_t kMostStars = 70;
+constexpr std::size_t kMostStars = 70;  // the last round's
 
 // What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is the
 // look at one pattern, half a microsecond or so.

@@ -182,7 +182,7 @@ Matrix3d LiveAxis::predicted(const Vector3d& turns, double lst) const {
 
 /// Gauss-Newton with the drive's angle held near none. A jump by degrees needs a few steps.
 LiveAxis::Turns LiveAxis::fitted(const Seen& now) const {
-    constexpr int kSteps = 8;
+    constexpr int kSteps = 8;  // twice what the largest jumps took
     Plate both = now.plate;
     both.covariance = sum(now.plate.covariance, reference_->plate.covariance);
     const double carriedOn = driven_ ? std::abs(signedRadians(now.lst - reference_->lst)) : 0;
