@@ -22,6 +22,7 @@
 #include "qt/program.h"
 #include "qt/qt_dialogs.h"
 #include "qt/qt_event_loop.h"
+#include "qt/title_bars.h"
 #include "qt/translation.h"
 #include "qt/unattended_run.h"
 #include "qt/watched_settings.h"
@@ -127,6 +128,7 @@ int runWithWindows(const Options& options) {
     const qt::Barrier barrier([&report](const std::string& text) { report(text); });
     qt::QtEventLoop loop(barrier);
     qt::Theme theme;
+    const qt::TitleBars titleBars(theme);
     qt::QtDialogs dialogs(user.folders, user.userProfile + "\\Documents");
     // What is said before there is a window doesn't dazzle either.
     barrier.run([&] { theme.setNight(qt::nightVision(user.settings)); });

@@ -11,11 +11,14 @@
 #include <QTest>
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "qt/layouts.h"
 #include "qt/light.h"
+#include "qt/title_bars.h"
 #include "qt/watched_settings.h"
 
 namespace vantrel::qt {
@@ -227,6 +230,21 @@ TEST(NightLook, FollowsItsSetting) {
     EXPECT_TRUE(forms.theme.night());
     settings.remove("PolarAlign", "GreenColors");
     EXPECT_FALSE(forms.theme.night());
+}
+
+// Before they are seen, and again when the look changes; what isn't a window has no bar.
+TEST(TitleBars, FollowTheLook) {
+    Theme theme;
+    std::vector<std::pair<const QWidget*, bool>> painted;
+    const TitleBars bars(
+        theme, [&](QWidget& window, const Look& look) { painted.emplace_back(&window, look.night()); });
+    QWidget window, hidden;
+    const QLabel label("in it", &window);
+    theme.setNight(true);
+    EXPECT_TRUE(painted.empty());
+    window.show();
+    theme.setNight(false);
+    EXPECT_EQ(painted, (std::vector<std::pair<const QWidget*, bool>>{{&window, true}, {&window, false}}));
 }
 
 }  // namespace
