@@ -6,7 +6,6 @@ namespace {
 
 using platform::HttpAnswer;
 using platform::HttpError;
-using platform::HttpRequest;
 
 constexpr platform::Milliseconds kBetweenQuestions{50};
 constexpr int kGood = 200;
