@@ -246,7 +246,7 @@ void run(const Series& series, double step, int count, const StarCatalog& tycho,
         const auto outcome = solveImage(image, stars, clues, catalog, {});
         seconds += static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC / count;
         if (!outcome.solution) {
-            if (said.empty()) said = outcome.whyNot;
+            if (said.empty()) said = outcome.whyNot.english();
             continue;
         }
         const double off = separationDeg(outcome.solution->centre, scene.wcs.reference) * 3600 / scale;

@@ -110,7 +110,7 @@ FieldSolution FieldSolver::solve(const FieldPicture& picture, const FieldHint& h
     FieldSolution field;
     field.starsFound = stars.stars.size();
     if (!solved.solution) {
-        field.reason = solved.whyNot;
+        field.reason = solved.whyNot.english();
         return field;
     }
     const solver::SolvedPlate& plate = *solved.solution;

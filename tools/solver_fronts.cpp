@@ -158,7 +158,7 @@ int runIniFront(const std::vector<std::string>& arguments) {
         return kNoPicture;
     }
     if (!outcome->solved.solution) {
-        writeText(beside(".ini"), "PLTSOLVD=F\nERROR=" + outcome->solved.whyNot + "\n");
+        writeText(beside(".ini"), "PLTSOLVD=F\nERROR=" + outcome->solved.whyNot.english() + "\n");
         return outcome->starsFound < kFewest ? kTooFewStars : kNotSolved;
     }
     writeText(beside(".ini"), iniOf(*outcome));
@@ -344,7 +344,8 @@ void solveField(const FieldFront& front, const std::string& file) {
     const Outcome outcome = solveAnywhere(options);
     std::printf("%zu stars were found.\n", outcome.starsFound);
     if (!outcome.solved.solution) {
-        std::printf("%s\nDid not solve (or no WCS file was written).\n", outcome.solved.whyNot.c_str());
+        std::printf("%s\nDid not solve (or no WCS file was written).\n",
+                    outcome.solved.whyNot.english().c_str());
         return;
     }
     writeHeader(output(front.wcs, ".wcs"), headerOf(outcome));

@@ -137,7 +137,7 @@ nlohmann::ordered_json asJson(const std::string& file, const Outcome& outcome, d
         json["centre_error_arcsec"] = rounded(s.centreErrorArcsec, 6);
         json["roll_error_deg"] = rounded(s.rollErrorDeg, 9);
     }
-    if (!outcome.solved.solution) json["reason"] = outcome.solved.whyNot;
+    if (!outcome.solved.solution) json["reason"] = outcome.solved.whyNot.english();
     json["epoch"] = outcome.epochYear;
     json["dated"] = outcome.dated;
     json["stars_found"] = outcome.starsFound;
@@ -149,7 +149,7 @@ void print(const Outcome& outcome, double seconds) {
     if (!outcome.solved.solution) {
         std::printf("Not solved: %zu stars found, none of the positions in reach fits them. %.3f s\n",
                     outcome.starsFound, seconds);
-        std::printf("Reason          %s\n", outcome.solved.whyNot.c_str());
+        std::printf("Reason          %s\n", outcome.solved.whyNot.english().c_str());
         return;
     }
     const SolvedPlate& s = *outcome.solved.solution;

@@ -109,12 +109,12 @@ void takeSmallWindows(Night& night, const Pictures& pictures) {
         });
     };
     takeDialog("chooser");
-    dialogs.choose("Telescope Chooser",
+    dialogs.choose(platform::Words::tr("Telescope Chooser"),
                    {{"AxisSimulator.Telescope", "Simulated mount with a polar axis error and a camera"},
                     {"ScopeSim.Telescope", "Simulated equatorial mount"}},
                    "AxisSimulator.Telescope");
     takeDialog("chooser-devices");
-    dialogs.choose("Telescope Chooser",
+    dialogs.choose(platform::Words::tr("Telescope Chooser"),
                    {{"AxisSimulator.Telescope", "Simulated mount with a polar axis error and a camera"},
                     {"ScopeSim.Telescope", "Simulated equatorial mount"},
                     {"Indi", "EQMod Mount (INDI, raspberrypi:7624)"},

@@ -11,21 +11,20 @@ namespace {
 
 using platform::CameraFacts;
 using platform::CameraLevel;
-
-constexpr const char* kNone = "This camera has none";
+using platform::Words;
 
 std::string valueOf(const CameraLevel& level) {
     const auto place = static_cast<std::size_t>(level.value < 0 ? 0 : level.value);
     return place < level.names.size() ? level.names[place] : platform::toText(level.value);
 }
 
-std::string reading(const std::optional<CameraLevel>& level) {
-    if (!level) return kNone;
+Words reading(const std::optional<CameraLevel>& level) {
+    if (!level) return Words::tr("This camera has none");
     const std::string value = valueOf(*level);
-    if (!level->canSet) return value + ", can't be set";
+    if (!level->canSet) return Words::tr("%1, can't be set", {value});
     if (!level->range) return value;
-    return value + ", takes " + platform::toText(level->range->least) + " to " +
-           platform::toText(level->range->greatest);
+    return Words::tr("%1, takes %2 to %3", {value, platform::toText(level->range->least),
+                                            platform::toText(level->range->greatest)});
 }
 
 std::string namesOf(const std::optional<CameraLevel>& level) {
@@ -37,18 +36,20 @@ std::string namesOf(const std::optional<CameraLevel>& level) {
 
 bool canCool(const CameraFacts& camera) { return camera.canCool || camera.cooling; }
 
-std::string coolingOf(const CameraFacts& camera) {
-    if (!canCool(camera)) return "no cooler";
-    if (camera.cooling == false) return "cooler off";
-    if (camera.coolerPower) return "cooler at " + platform::formatNumber(*camera.coolerPower, "0") + " %";
-    return camera.cooling ? "cooler on" : "";
+Words coolingOf(const CameraFacts& camera) {
+    if (!canCool(camera)) return Words::tr("no cooler");
+    if (camera.cooling == false) return Words::tr("cooler off");
+    if (camera.coolerPower)
+        return Words::tr("cooler at %1 %", {platform::formatNumber(*camera.coolerPower, "0")});
+    return camera.cooling ? Words::tr("cooler on") : "";
 }
 
-std::string temperatureReading(const CameraFacts& camera) {
-    if (!camera.temperature) return canCool(camera) ? coolingOf(camera) : "This camera has no cooler";
+Words temperatureReading(const CameraFacts& camera) {
+    if (!camera.temperature)
+        return canCool(camera) ? coolingOf(camera) : Words::tr("This camera has no cooler");
     const std::string celsius = platform::formatNumber(*camera.temperature, "0.0") + " °C";
-    const std::string cooling = coolingOf(camera);
-    return cooling.empty() ? celsius : celsius + ", " + cooling;
+    const Words cooling = coolingOf(camera);
+    return cooling.empty() ? celsius : Words::tr("%1, %2", {celsius, cooling});
 }
 
 }  // namespace
@@ -74,7 +75,8 @@ void CameraReadings::show() {
     showLevel(window_.txtCameraOffset, window_.lblCameraOffset, facts.offset);
     window_.chkCameraCooling.setEnabled(!known || canCool(facts));
     window_.txtCameraTemperature.setEnabled(!known || facts.canCool);
-    window_.lblCameraCooling.setCaption(known ? temperatureReading(facts) : "The camera is not connected");
+    window_.lblCameraCooling.setCaption(known ? temperatureReading(facts)
+                                              : Words::tr("The camera is not connected"));
 }
 
 }  // namespace vantrel::app

@@ -6,6 +6,9 @@
 #include "platform/text.h"
 
 namespace vantrel::app {
+
+using platform::Words;
+
 namespace {
 
 struct StoredText {
@@ -83,27 +86,29 @@ frmDevices::frmDevices(platform::Screen& screen, engine::SettingsPort& settings)
       txtAlpacaPort(*this, "txtAlpacaPort"),
       txtMountPort(*this, "txtMountPort"),
       txtMountBaudRate(*this, "txtMountBaudRate"),
-      chkTellMount(*this, "chkTellMount", "Tell the mount site and time"),
-      chkAbortSlewOnStop(*this, "chkAbortSlewOnStop", "Stop ends slews"),
+      chkTellMount(*this, "chkTellMount", Words::tr("Tell the mount site and time")),
+      chkAbortSlewOnStop(*this, "chkAbortSlewOnStop", Words::tr("Stop ends slews")),
       txtCameraGain(*this, "txtCameraGain"),
       txtCameraOffset(*this, "txtCameraOffset"),
-      chkCameraCooling(*this, "chkCameraCooling", "Cool the camera to"),
+      chkCameraCooling(*this, "chkCameraCooling", Words::tr("Cool the camera to")),
       txtCameraTemperature(*this, "txtCameraTemperature"),
       lblCameraGain(*this, "lblCameraGain", ""),
       lblCameraOffset(*this, "lblCameraOffset", ""),
       lblCameraCooling(*this, "lblCameraCooling", ""),
       cmdOK(*this, "cmdOK", "OK") {
-    txtIndiServers.setToolTip("Name and port, such as localhost:7624; blanks between several");
-    txtAlpacaServers.setToolTip("Name and port, such as 192.168.4.1:11111, of servers that no search finds");
-    txtAlpacaPort.setToolTip("Servers are searched for at this port of the network");
+    txtIndiServers.setToolTip(Words::tr("Name and port, such as localhost:7624; blanks between several"));
+    txtAlpacaServers.setToolTip(
+        Words::tr("Name and port, such as 192.168.4.1:11111, of servers that no search finds"));
+    txtAlpacaPort.setToolTip(Words::tr("Servers are searched for at this port of the network"));
     txtMountPort.setToolTip(
-        "An INDI mount's serial port, such as /dev/ttyUSB0; empty leaves it to the driver");
-    txtMountBaudRate.setToolTip("9600, say; empty leaves it to the driver");
-    chkTellMount.setToolTip("Set an INDI mount's site and time to this program's on connecting");
-    chkAbortSlewOnStop.setToolTip("Stop and closing the program stop a mount that is slewing");
-    txtCameraGain.setToolTip("Empty leaves the gain that the camera has");
-    txtCameraOffset.setToolTip("Empty leaves the offset that the camera has");
-    chkCameraCooling.setToolTip("Without it a cooler that another program has switched on goes on");
+        Words::tr("An INDI mount's serial port, such as /dev/ttyUSB0; empty leaves it to the driver"));
+    txtMountBaudRate.setToolTip(Words::tr("9600, say; empty leaves it to the driver"));
+    chkTellMount.setToolTip(Words::tr("Set an INDI mount's site and time to this program's on connecting"));
+    chkAbortSlewOnStop.setToolTip(Words::tr("Stop and closing the program stop a mount that is slewing"));
+    txtCameraGain.setToolTip(Words::tr("Empty leaves the gain that the camera has"));
+    txtCameraOffset.setToolTip(Words::tr("Empty leaves the offset that the camera has"));
+    chkCameraCooling.setToolTip(
+        Words::tr("Without it a cooler that another program has switched on goes on"));
     for (platform::TextBox* box : {&txtCameraGain, &txtCameraOffset, &txtCameraTemperature})
         box->onLeave = [this, &settings] { storeCamera(settings); };
     chkCameraCooling.onClick = [this, &settings] { storeCamera(settings); };

@@ -10,6 +10,8 @@
 
 namespace vantrel::app {
 
+using platform::Words;
+
 MainMenu::MainMenu(Parts& parts) : parts_(parts) {
     SetupPanel& panel = parts_.main.setup;
     panel.mnuSolvePicture.onClick = [this] { parts_.solvePictureForm.show(); };
@@ -107,7 +109,8 @@ void MainMenu::cmdSysInfo_Click() {
         if (!folder.empty()) viewer = folder + "\\MSINFO32.EXE";
     }
     if (!viewer.empty() && desktop.open(viewer)) return;
-    parts_.machine.dialogs.messageBox(kProgramTitle, "This computer has no system-information viewer.",
+    parts_.machine.dialogs.messageBox(kProgramTitle,
+                                      Words::tr("This computer has no system-information viewer."),
                                       platform::Dialogs::Icon::kInformation, platform::Dialogs::Buttons::kOk);
 }
 

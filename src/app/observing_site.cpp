@@ -73,7 +73,8 @@ void ObservingSite::refuseNonsense(TextBox& box, const char* key, SiteAxis axis)
         box.setText("");  // neither can that be read
     }
     if (refused == box.text()) return;
-    state_.LastMessage = joinLines({noSiteAngle(refused, axis), howToWriteSiteAngle(axis)});
+    state_.LastMessage =
+        joinLines({noSiteAngle(refused, axis).english(), howToWriteSiteAngle(axis).english()});
     log_.AddToLog(state_.LastMessage);
     messages_.ShowPopupMessage(state_.LastMessage, 5);
 }

@@ -2,17 +2,19 @@
 
 namespace vantrel::app {
 
+using platform::Words;
+
 StatusPanel::StatusPanel(platform::Form& form)
-    : cmdMountStatus(form, "cmdMountStatus", "No mount"),
-      cmdCameraStatus(form, "cmdCameraStatus", "No camera"),
-      cmdSolverStatus(form, "cmdSolverStatus", "No solver"),
-      cmdSiteStatus(form, "cmdSiteStatus", "No site"),
+    : cmdMountStatus(form, "cmdMountStatus", Words::tr("No mount")),
+      cmdCameraStatus(form, "cmdCameraStatus", Words::tr("No camera")),
+      cmdSolverStatus(form, "cmdSolverStatus", Words::tr("No solver")),
+      cmdSiteStatus(form, "cmdSiteStatus", Words::tr("No site")),
       cmdLastMessage(form, "cmdLastMessage", "") {
-    cmdMountStatus.setToolTip("Opens the telescope window");
-    cmdCameraStatus.setToolTip("Opens the choice of the imaging software");
-    cmdSolverStatus.setToolTip("Opens the plate solver's settings");
-    cmdSiteStatus.setToolTip("Opens the observing site");
-    cmdLastMessage.setToolTip("The last message: a click takes it away and opens the log");
+    cmdMountStatus.setToolTip(Words::tr("Opens the telescope window"));
+    cmdCameraStatus.setToolTip(Words::tr("Opens the choice of the imaging software"));
+    cmdSolverStatus.setToolTip(Words::tr("Opens the plate solver's settings"));
+    cmdSiteStatus.setToolTip(Words::tr("Opens the observing site"));
+    cmdLastMessage.setToolTip(Words::tr("The last message: a click takes it away and opens the log"));
     cmdLastMessage.setVisible(false);
 }
 

@@ -9,10 +9,11 @@
 namespace vantrel::app {
 
 using platform::containsIgnoringCase;
+using platform::Words;
 
 namespace {
 
-void light(platform::Button& lamp, Readiness readiness, const std::string& word) {
+void light(platform::Button& lamp, Readiness readiness, const Words& word) {
     namespace color = platform::color;
     lamp.setCaption(word);
     lamp.setBackColor(readiness == Readiness::kReady     ? color::kDarkGreen
@@ -20,14 +21,21 @@ void light(platform::Button& lamp, Readiness readiness, const std::string& word)
                                                          : color::kButtonFace);
 }
 
-std::string word(const char* thing, Readiness readiness, bool chosen) {
-    if (!chosen) return std::string("No ") + thing;
-    const char* const state = readiness == Readiness::kReady     ? " ready"
-                              : readiness == Readiness::kTrouble ? " failed"
-                                                                 : " off";
-    std::string text = thing + std::string(state);
-    text.front() = static_cast<char>(text.front() - 'a' + 'A');
-    return text;
+Words mountWord(const Equipment& equipment) {
+    if (!equipment.mountChosen) return Words::tr("No mount");
+    return equipment.mount == Readiness::kReady ? Words::tr("Mount ready") : Words::tr("Mount off");
+}
+
+Words cameraWord(const Equipment& equipment) {
+    if (!equipment.cameraChosen) return Words::tr("No camera");
+    switch (equipment.camera) {
+        case Readiness::kReady:
+            return Words::tr("Camera ready");
+        case Readiness::kTrouble:
+            return Words::tr("Camera failed");
+        default:
+            return Words::tr("Camera off");
+    }
 }
 
 std::vector<std::string> linesOf(const std::string& message) {
@@ -70,12 +78,13 @@ std::string plainSentence(const std::string& message) {
 
 void StatusStrip::show(const Equipment& equipment) {
     equipment_ = equipment;
-    light(panel_.cmdMountStatus, equipment.mount, word("mount", equipment.mount, equipment.mountChosen));
-    light(panel_.cmdCameraStatus, equipment.camera, word("camera", equipment.camera, equipment.cameraChosen));
+    light(panel_.cmdMountStatus, equipment.mount, mountWord(equipment));
+    light(panel_.cmdCameraStatus, equipment.camera, cameraWord(equipment));
     const auto readiness = [](bool there) { return there ? Readiness::kReady : Readiness::kMissing; };
     light(panel_.cmdSolverStatus, readiness(equipment.solver),
-          equipment.solver ? "Solver ready" : "No solver");
-    light(panel_.cmdSiteStatus, readiness(equipment.site), equipment.site ? "Site set" : "No site");
+          equipment.solver ? Words::tr("Solver ready") : Words::tr("No solver"));
+    light(panel_.cmdSiteStatus, readiness(equipment.site),
+          equipment.site ? Words::tr("Site set") : Words::tr("No site"));
 }
 
 void StatusStrip::keep(const std::string& message) {
@@ -89,13 +98,13 @@ void StatusStrip::takeBack() {
 }
 
 /// What is missing is most likely why.
-std::string StatusStrip::advised(const std::string& sentence) const {
+Words StatusStrip::advised(const std::string& sentence) const {
     if (containsIgnoringCase(sentence, "telescope link") && !equipment_.mountChosen)
-        return "No telescope is chosen. Choose one in the telescope window.";
+        return Words::tr("No telescope is chosen. Choose one in the telescope window.");
     if (containsIgnoringCase(sentence, "telescope link") && equipment_.mount != Readiness::kReady)
-        return sentence + ". The mount isn't connected: connect it in the telescope window.";
+        return Words::tr("%1. The mount isn't connected: connect it in the telescope window.", {sentence});
     if (containsIgnoringCase(sentence, "camera") && !equipment_.cameraChosen)
-        return sentence + ". No imaging software is chosen: choose one on the Set-up page.";
+        return Words::tr("%1. No imaging software is chosen: choose one on the Set-up page.", {sentence});
     return sentence;
 }
 

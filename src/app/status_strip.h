@@ -8,7 +8,7 @@
 
 namespace vantrel::app {
 
-/// What a lamp says. `kReady` is lit, `kTrouble` is lit as a warning, `kMissing` is dark.
+/// What a lamp says. `kReady` is lit, `kTrouble` (of a camera) is lit as a warning, `kMissing` is dark.
 enum class Readiness { kReady, kMissing, kTrouble };
 
 /// Of the things that a measurement needs, as far as the program knows without asking anybody.
@@ -35,7 +35,7 @@ class StatusStrip {
     void takeBack();
 
   private:
-    std::string advised(const std::string& sentence) const;
+    platform::Words advised(const std::string& sentence) const;
 
     StatusPanel& panel_;
     Equipment equipment_;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
+#include <vector>
 
 #include "engine/angles.h"
 #include "platform/text.h"
@@ -10,6 +12,7 @@ namespace vantrel::correction {
 
 using engine::shortAngle;
 using platform::formatNumber;
+using platform::Words;
 
 namespace {
 
@@ -20,37 +23,34 @@ constexpr double kRotation = 45'000;
 /// Degrees. At the pole itself no axis would be near enough; pictures of it reach farther out than that.
 constexpr double kNearestThePole = 89;
 
-std::string seconds(double exposure) { return platform::toText(exposure) + " s"; }
-
 NeededTolerance unguided(const PlannedPictures& pictures) {
-    double drift = 1;
-    std::string words = formatNumber(drift, "0.0") + "″";
-    if (pictures.pixel && pictures.focalLength) {
-        drift = 206.265 * *pictures.pixel / *pictures.focalLength;
-        words = "a pixel (" + formatNumber(drift, "0.0") + "″)";
-    }
+    const bool pixelKnown = pictures.pixel && pictures.focalLength;
+    const double drift = pixelKnown ? 206.265 * *pictures.pixel / *pictures.focalLength : 1;
     const double needed = kDrift * drift / pictures.exposure;
-    return {needed,
-            shortAngle(needed) + ": " + seconds(pictures.exposure) + " unguided, " + words + " of drift"};
+    const std::vector<Words> figures{shortAngle(needed), platform::toText(pictures.exposure),
+                                     formatNumber(drift, "0.0") + "″"};
+    return {needed, pixelKnown ? Words::tr("%1: %2 s unguided, a pixel (%3) of drift", figures)
+                               : Words::tr("%1: %2 s unguided, %3 of drift", figures)};
 }
 
 NeededTolerance guided(const PlannedPictures& pictures) {
     if (!pictures.pixel || !pictures.focalLength)
-        return {{}, "Guided: the pixel scale calculator wants focal length and pixel size"};
+        return {{}, Words::tr("Guided: the pixel scale calculator wants focal length and pixel size")};
     if (!(pictures.fromGuideStar > 0))
-        return {{}, "Guided: how far is the guide star from the farthest corner?"};
+        return {{}, Words::tr("Guided: how far is the guide star from the farthest corner?")};
     const double declination = std::min(std::abs(pictures.declination), kNearestThePole);
     const double cosine = std::cos(engine::degreesToRadians(declination));
     const double needed = *pictures.pixel * kRotation * cosine /
                           (pictures.exposure / 60 * pictures.fromGuideStar * *pictures.focalLength);
-    return {needed, shortAngle(needed) + ": " + seconds(pictures.exposure) + " guided, a pixel of trail " +
-                        platform::toText(pictures.fromGuideStar) + "° from the guide star"};
+    return {needed, Words::tr("%1: %2 s guided, a pixel of trail %3° from the guide star",
+                              {shortAngle(needed), platform::toText(pictures.exposure),
+                               platform::toText(pictures.fromGuideStar)})};
 }
 
 }  // namespace
 
 NeededTolerance neededTolerance(const PlannedPictures& pictures) {
-    if (!(pictures.exposure > 0)) return {{}, "2.0' as long as no exposure is given"};
+    if (!(pictures.exposure > 0)) return {{}, Words::tr("%1 as long as no exposure is given", {"2.0'"})};
     return pictures.guided ? guided(pictures) : unguided(pictures);
 }
 

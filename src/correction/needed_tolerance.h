@@ -3,9 +3,9 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
 #include "engine/ports.h"
+#include "platform/words.h"
 
 namespace vantrel::correction {
 
@@ -22,7 +22,7 @@ struct PlannedPictures {
 struct NeededTolerance {
     /// Arc-minutes; nothing where something is missing.
     std::optional<double> arcMinutes;
-    std::string words;  // "1.9': 120 s unguided, 1.0″ of drift"
+    platform::Words words;  // "1.9': 120 s unguided, 1.0″ of drift"
 };
 
 /// Unguided, the drift at the worst place may be one pixel, or one arc-second where the pixels aren't known.

@@ -177,8 +177,9 @@ void PolarPlot::showResult(const engine::PolarError& error) {
     readout_.show(offset, error.ErrorAmplitude * 60,
                   covariance ? std::optional(covariance->sigma()) : std::nullopt);
     const double onSky = offset.azimuth * std::cos(engine::degreesToRadians(latitude));
-    window_.lblOnSky.setCaption("The azimuth knob's " + shortAngle(offset.azimuth) + " are " +
-                                shortAngle(onSky) + " on the sky (× cosine of the latitude)");
+    window_.lblOnSky.setCaption(
+        Words::tr("The azimuth knob's %1 are %2 on the sky (× cosine of the latitude)",
+                  {shortAngle(offset.azimuth), shortAngle(onSky)}));
 }
 
 bool PolarPlot::historyWanted() const {

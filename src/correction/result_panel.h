@@ -11,9 +11,10 @@ struct ResultPanel {
           lblAzimuthAdvice(form, "lblAzimuthAdvice", ""),
           lblElevationAdvice(form, "lblElevationAdvice", ""),
           lblTotal(form, "lblTotal", ""),
-          lblVerdict(form, "lblVerdict", "No measurement yet"),
+          lblVerdict(form, "lblVerdict", platform::Words::tr("No measurement yet")),
           txtTolerance(form, "txtTolerance", "2") {
-        txtTolerance.setToolTip("Arc-minutes from the pole that are good enough for you");
+        txtTolerance.setToolTip(
+            platform::Words::tr("Arc-minutes from the pole that are good enough for you"));
     }
 
     platform::PictureBox picDial;

@@ -11,48 +11,47 @@ namespace vantrel::correction {
 
 using engine::shortAngle;
 using platform::formatNumber;
+using platform::Words;
 
 namespace {
 
 /// What can't be seen on the smallest of the adjusters' scales.
 constexpr double kNothing = 1. / 60;  // arc-minutes
 
-/// What is wrong on either side, and what to do about it.
-struct Ways {
-    const char* adjuster;
-    const char* ifPositive;
-    const char* ifNegative;
-};
-constexpr Ways kAzimuth{"Azimuth", "too far east: turn west", "too far west: turn east"};
-constexpr Ways kElevation{"Elevation", "too high: lower", "too low: raise"};
-
-std::string right(const Ways& ways) { return std::string(ways.adjuster) + " is right"; }
-
-std::string advice(const Ways& ways, double arcMinutes) {
-    if (std::abs(arcMinutes) < kNothing) return right(ways);
-    return std::string(ways.adjuster) + " " + shortAngle(arcMinutes) + " " +
-           (arcMinutes > 0 ? ways.ifPositive : ways.ifNegative);
-}
+bool isNothing(double arcMinutes) { return std::abs(arcMinutes) < kNothing; }
 
 /// What is to be done stands behind the colon.
-std::string move(const Ways& ways, double arcMinutes) {
-    if (std::abs(arcMinutes) < kNothing) return right(ways);
-    const std::string words = arcMinutes > 0 ? ways.ifPositive : ways.ifNegative;
-    return words.substr(words.find(": ") + 2) + " " + shortAngle(arcMinutes);
+std::string move(const std::string& advice, double arcMinutes) {
+    if (isNothing(arcMinutes)) return advice;
+    return advice.substr(advice.find(": ") + 2) + " " + shortAngle(arcMinutes);
 }
 
 }  // namespace
 
-std::string azimuthAdvice(const engine::AxisOffset& offset) { return advice(kAzimuth, offset.azimuth); }
+Words azimuthAdvice(const engine::AxisOffset& offset) {
+    if (isNothing(offset.azimuth)) return Words::tr("Azimuth is right");
+    const std::string angle = shortAngle(offset.azimuth);
+    return offset.azimuth > 0 ? Words::tr("Azimuth %1 too far east: turn west", {angle})
+                              : Words::tr("Azimuth %1 too far west: turn east", {angle});
+}
 
-std::string elevationAdvice(const engine::AxisOffset& offset) { return advice(kElevation, offset.elevation); }
+Words elevationAdvice(const engine::AxisOffset& offset) {
+    if (isNothing(offset.elevation)) return Words::tr("Elevation is right");
+    const std::string angle = shortAngle(offset.elevation);
+    return offset.elevation > 0 ? Words::tr("Elevation %1 too high: lower", {angle})
+                                : Words::tr("Elevation %1 too low: raise", {angle});
+}
 
-std::string azimuthMove(const engine::AxisOffset& offset) { return move(kAzimuth, offset.azimuth); }
+std::string azimuthMove(const engine::AxisOffset& offset) {
+    return move(azimuthAdvice(offset).english(), offset.azimuth);
+}
 
-std::string elevationMove(const engine::AxisOffset& offset) { return move(kElevation, offset.elevation); }
+std::string elevationMove(const engine::AxisOffset& offset) {
+    return move(elevationAdvice(offset).english(), offset.elevation);
+}
 
 std::string boltTurns(double arcMinutes, double perTurn) {
-    if (!(perTurn > 0) || std::abs(arcMinutes) < kNothing) return "";
+    if (!(perTurn > 0) || isNothing(arcMinutes)) return "";
     constexpr int kEighths = 8;
     const auto eighths = std::lround(std::abs(arcMinutes) / perTurn * kEighths);
     if (eighths == 0) return "less than an eighth of a turn";
@@ -88,15 +87,16 @@ void ResultReadout::show(const engine::AxisOffset& offset, double distance, std:
     result_ = Result{.distance = distance, .sigma = sigma};
     panel_.lblAzimuthAdvice.setCaption(azimuthAdvice(offset));
     panel_.lblElevationAdvice.setCaption(elevationAdvice(offset));
-    panel_.lblTotal.setCaption("Total " + shortAngle(distance) +
-                               (sigma ? " ± " + formatNumber(*sigma, "0.0") + "″" : "") + ", measured at " +
-                               platform::formatTime(platform::civilLocal(clock_.utc()), "HH:mm"));
+    const std::string doubt = sigma ? " ± " + formatNumber(*sigma, "0.0") + "″" : "";
+    panel_.lblTotal.setCaption(Words::tr(
+        "Total %1, measured at %2",
+        {shortAngle(distance) + doubt, platform::formatTime(platform::civilLocal(clock_.utc()), "HH:mm")}));
     judge();
 }
 
 void ResultReadout::showFailure() {
     clear();
-    tellVerdict("No valid result", platform::color::kRed);
+    tellVerdict(Words::tr("No valid result"), platform::color::kRed);
 }
 
 double ResultReadout::tolerance() const {
@@ -108,18 +108,18 @@ double ResultReadout::tolerance() const {
 
 /// Good is only what two sigma leave no doubt about.
 void ResultReadout::judge() {
-    if (!result_) return tellVerdict("No measurement yet");
+    if (!result_) return tellVerdict(Words::tr("No measurement yet"));
     const double doubt = 2 * result_->sigma.value_or(0) / 60;
     const std::string limit = shortAngle(tolerance());
     if (result_->distance + doubt <= tolerance())
-        tellVerdict("Good: within " + limit, platform::color::kDarkGreen);
+        tellVerdict(Words::tr("Good: within %1", {limit}), platform::color::kDarkGreen);
     else if (result_->distance - doubt <= tolerance())
-        tellVerdict("Uncertain: about " + limit);
+        tellVerdict(Words::tr("Uncertain: about %1", {limit}));
     else
-        tellVerdict("Not yet within " + limit);
+        tellVerdict(Words::tr("Not yet within %1", {limit}));
 }
 
-void ResultReadout::tellVerdict(const std::string& words, std::optional<platform::Color> lamp) {
+void ResultReadout::tellVerdict(const Words& words, std::optional<platform::Color> lamp) {
     panel_.lblVerdict.setCaption(words);
     panel_.lblVerdict.setBackColor(lamp.value_or(platform::color::kIndicatorOffBack));
     panel_.lblVerdict.setForeColor(lamp ? platform::color::kBlack : platform::color::kIndicatorOffFore);

@@ -13,8 +13,8 @@
 namespace vantrel::correction {
 
 /// "Azimuth 18.1' too far east: turn west", "Elevation 10.9' too low: raise", "Azimuth is right".
-std::string azimuthAdvice(const engine::AxisOffset& offset);
-std::string elevationAdvice(const engine::AxisOffset& offset);
+platform::Words azimuthAdvice(const engine::AxisOffset& offset);
+platform::Words elevationAdvice(const engine::AxisOffset& offset);
 
 /// The same, short: "turn west 18.1'", "raise 10.9'", "Azimuth is right".
 std::string azimuthMove(const engine::AxisOffset& offset);
@@ -47,7 +47,7 @@ class ResultReadout {
         double distance = 0;          // arc-minutes
         std::optional<double> sigma;  // arc-seconds
     };
-    void tellVerdict(const std::string& words, std::optional<platform::Color> lamp = std::nullopt);
+    void tellVerdict(const platform::Words& words, std::optional<platform::Color> lamp = std::nullopt);
 
     ResultPanel& panel_;
     const platform::Clock& clock_;

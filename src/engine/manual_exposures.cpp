@@ -9,15 +9,17 @@
 #include "platform/text.h"
 
 namespace vantrel::engine {
+
+using platform::Words;
+
 namespace {
 
 /// How far the picture is from where the mount says it looks; without a mount, the place alone.
-std::string whereItLooks(const PlateSolution& found, const EquatorialPosition& mount) {
-    const std::string place =
-        "Found at " + platform::raText(found.ra, 0) + ", " + platform::decText(found.dec, 0);
-    if (mount.Dec < -90) return place;
+Words whereItLooks(const PlateSolution& found, const EquatorialPosition& mount) {
+    const std::string ra = platform::raText(found.ra, 0), dec = platform::decText(found.dec, 0);
+    if (mount.Dec < -90) return Words::tr("Found at %1, %2", {ra, dec});
     const double degrees = separation({-found.ra, found.dec}, {-mount.RA, mount.Dec});
-    return place + ": " + shortAngle(degrees * 60) + " from the mount's reading";
+    return Words::tr("Found at %1, %2: %3 from the mount's reading", {ra, dec, shortAngle(degrees * 60)});
 }
 
 }  // namespace
@@ -119,7 +121,7 @@ void ManualExposures::endSeries() {
 }
 
 void ManualExposures::cmdExposeSolve_Click() {
-    std::string outcome;
+    Words outcome;
     try {
         outcome = exposeAndSolve();
     } catch (...) {
@@ -129,7 +131,7 @@ void ManualExposures::cmdExposeSolve_Click() {
 }
 
 /// What came of it, in a line.
-std::string ManualExposures::exposeAndSolve() {
+Words ManualExposures::exposeAndSolve() {
     state_.forgetStop();
     services_.log.AddToLog("");
     services_.log.AddToLog("** Expose & Plate Solve **");
@@ -143,7 +145,7 @@ std::string ManualExposures::exposeAndSolve() {
     } else {
         acquire(run_.txtExposeInterval);
         services_.loop.yield();
-        if (state_.StopRequested) return "Stopped";
+        if (state_.StopRequested) return Words::tr("Stopped");
         services_.loop.yield();
         services_.camera.SaveImageToFile(kSavedImage);
     }
@@ -155,7 +157,8 @@ std::string ManualExposures::exposeAndSolve() {
     if (state_.PlateSolved) return found ? whereItLooks(*found, {.RA = ra, .Dec = dec}) : "";
     services_.log.AddToLog("Plate Solve failed");
     services_.log.AddToLog("Check Plate Solve Settings");
-    return state_.WhyUnsolved.empty() ? "No position found: check the solve settings" : state_.WhyUnsolved;
+    return state_.WhyUnsolved.empty() ? Words::tr("No position found: check the solve settings")
+                                      : state_.WhyUnsolved;
 }
 
 std::optional<PlateSolution> ManualExposures::solve() {

@@ -32,7 +32,7 @@ class ManualExposures {
     void lockRunButtons();
     void endSeries();
     void acquire(const platform::TextBox& seconds);
-    std::string exposeAndSolve();
+    platform::Words exposeAndSolve();
     std::optional<PlateSolution> solve();
     bool exposeShort();
     void reportError(const char* label);

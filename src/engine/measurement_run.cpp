@@ -13,6 +13,7 @@ namespace vantrel::engine {
 using platform::Alignment;
 using platform::formatNumber;
 using platform::joinLines;
+using platform::Words;
 
 namespace {
 
@@ -40,12 +41,12 @@ void MeasurementRun::cmdRun_Click() {
         adjusted_.reset();
         do measure();
         while (adjusted_ && adjusted_->measureAgain);
-        services_.progress.end("Measurement complete");
+        services_.progress.end(Words::tr("Measurement complete"));
     } catch (const Closing&) {
         return;
     } catch (const StopExit&) {
         if (state_.AppUnloading) return;
-        services_.progress.end(state_.StopRequested ? "Stopped" : state_.WhyUnsolved);
+        services_.progress.end(state_.StopRequested ? Words::tr("Stopped") : state_.WhyUnsolved);
         log("Align Aborted");
     } catch (...) {
         state_.LastMessage = platform::errorReport(platform::currentError(), "mod cmdRun");
@@ -239,7 +240,7 @@ void MeasurementRun::takeClosingPlate(const MeasurementPlan& plan, std::vector<T
 
 void MeasurementRun::nameInProgress(const MeasurementPlan& plan, int number) {
     const int all = plan.plates + (plan.closing ? 1 : 0);
-    services_.progress.setSubject("Plate " + std::to_string(number) + " of " + std::to_string(all));
+    services_.progress.setSubject(Words::tr("Plate %1 of %2", {std::to_string(number), std::to_string(all)}));
 }
 
 /// The first lamp is the first plate's, the last the last one's; the plates between share the middle one.
@@ -347,7 +348,7 @@ bool MeasurementRun::operatorWantsCorrection() {
     panel_.cmdSkip.setEnabled(true);
     adjustClicked_ = false;
     panel_.cmdAdjust.setEnabled(adjustLive && review_.axis().check.best() != nullptr);
-    services_.progress.rest("Measured: Next corrects, Skip ends");
+    services_.progress.rest(Words::tr("Measured: Next corrects, Skip ends"));
     const PlateReview::Offered offered(review_);
     const bool correct =
         prompt_.WaitForNextOrSkipClick([this] { return review_.redoRequested() || adjustClicked_; });
@@ -384,14 +385,14 @@ void MeasurementRun::redo(const TakenPlate& plate, const MeasurementPlan& plan) 
     panel_.cmdNext.setEnabled(false);
     panel_.cmdSkip.setEnabled(false);
     askToWait();
-    const std::string name = "Plate " + std::to_string(plate.number);
+    const std::string number = std::to_string(plate.number);
     services_.progress.begin({{Stage::kSlew},
                               {Stage::kSettle, settlingSeconds()},
                               {Stage::kExpose, taker_.exposureSeconds()},
                               {Stage::kSolve},
                               {Stage::kReturn}});
-    services_.progress.setSubject(name + " again");
-    log("***** Exposing Image " + std::to_string(plate.number) + " again *****");
+    services_.progress.setSubject(Words::tr("Plate %1 again", {number}));
+    log("***** Exposing Image " + number + " again *****");
     const EquatorialPosition start = position_;
     slewBetween(plate.sentTo, Stage::kSlew);
     waitForMountToSettle();
@@ -402,7 +403,7 @@ void MeasurementRun::redo(const TakenPlate& plate, const MeasurementPlan& plan) 
     if (again)
         review_.replace(*again);
     else
-        log(name + " couldn't be solved again: the former one stays");
+        log("Plate " + number + " couldn't be solved again: the former one stays");
     slewBetween(start, Stage::kReturn);
 }
 
@@ -455,7 +456,7 @@ void MeasurementRun::failurePrompt(const std::string& text, std::optional<Alignm
     panel_.cmdSkip.setEnabled(false);
     {
         const Interlock::Lifted mending(services_.interlock);
-        services_.progress.rest("Waiting for you to click Next");
+        services_.progress.rest(Words::tr("Waiting for you to click Next"));
         prompt_.WaitForNextOrSkipClick();
     }
     Indicators::switchOff(panel_.cmdNext);

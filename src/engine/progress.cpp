@@ -1,7 +1,6 @@
 #include "engine/progress.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <utility>
 
@@ -10,27 +9,42 @@
 namespace vantrel::engine {
 
 using platform::formatNumber;
+using platform::Words;
 
 namespace {
 
 constexpr platform::Milliseconds kTick{250};  // so that no second is left out
 
-struct Words {
-    const char* doing;
-    const char* stopping;
-};
-
-constexpr std::array<Words, 5> kWords{{{"slewing", "Stopping after the slew"},
-                                       {"slewing back", "Stopping after the slew"},
-                                       {"settling", "Stopping"},
-                                       {"exposing", "Stopping after the exposure"},
-                                       {"solving", "Stopping after the solution"}}};
-
 std::size_t at(Stage stage) { return static_cast<std::size_t>(stage); }
 
-std::string capital(std::string words) {
-    if (!words.empty()) words.front() = static_cast<char>(std::toupper(words.front()));
-    return words;
+Words doingIt(Stage stage, const Words& subject) {
+    const bool alone = subject.empty();
+    switch (stage) {
+        case Stage::kSlew:
+            return alone ? Words::tr("Slewing") : Words::tr("%1: slewing", {subject});
+        case Stage::kReturn:
+            return alone ? Words::tr("Slewing back") : Words::tr("%1: slewing back", {subject});
+        case Stage::kSettle:
+            return alone ? Words::tr("Settling") : Words::tr("%1: settling", {subject});
+        case Stage::kExpose:
+            return alone ? Words::tr("Exposing") : Words::tr("%1: exposing", {subject});
+        default:
+            return alone ? Words::tr("Solving") : Words::tr("%1: solving", {subject});
+    }
+}
+
+Words stopping(Stage stage) {
+    switch (stage) {
+        case Stage::kSlew:
+        case Stage::kReturn:
+            return Words::tr("Stopping after the slew");
+        case Stage::kSettle:
+            return Words::tr("Stopping");
+        case Stage::kExpose:
+            return Words::tr("Stopping after the exposure");
+        default:
+            return Words::tr("Stopping after the solution");
+    }
 }
 
 std::string duration(double seconds) {
@@ -50,18 +64,18 @@ Progress::Progress(RunPanel& panel, const RunState& state, platform::EventLoop& 
 void Progress::begin(std::vector<PlannedStage> stages) {
     ahead_ = std::move(stages);
     foreseen_ = !ahead_.empty();
-    subject_.clear();
+    subject_ = {};
     began_ = loop_.clock().sinceStart();
     fraction_ = 0;
     say("", 0);
 }
 
-void Progress::rest(const std::string& words) {
+void Progress::rest(const Words& words) {
     tick_.setEnabled(false);
     say(words, 1);
 }
 
-void Progress::end(const std::string& words) {
+void Progress::end(const Words& words) {
     ahead_.clear();
     tick_.setEnabled(false);
     say(words, 0);
@@ -83,22 +97,22 @@ void Progress::leave(bool done) {
 }
 
 void Progress::show() {
-    if (state_.StopRequested) return say(kWords[at(now_.stage)].stopping, fraction_);
+    if (state_.StopRequested) return say(stopping(now_.stage), fraction_);
     const double elapsed = secondsSince(entered_);
-    const std::string what = subject_.empty() ? capital(doing(elapsed)) : subject_ + ": " + doing(elapsed);
+    const Words what = doing(elapsed);
     double left = std::max(expected(now_) - elapsed, 0.0);
     if (!foreseen_) return say(what, elapsed / std::max(elapsed + left, 1.0));
     for (const PlannedStage& stage : ahead_) left += expected(stage);
     const double passed = secondsSince(began_);
     if (passed > 0) fraction_ = std::max(fraction_, passed / (passed + left));
-    say(left > 0 ? what + "; about " + duration(left) + " left" : what, fraction_);
+    say(left > 0 ? Words::tr("%1; about %2 left", {what, duration(left)}) : what, fraction_);
 }
 
-std::string Progress::doing(double elapsed) const {
-    const std::string what = kWords[at(now_.stage)].doing;
+Words Progress::doing(double elapsed) const {
+    Words what = doingIt(now_.stage, subject_);
     if (now_.seconds <= 0) return what;
     const double shown = std::floor(std::min(elapsed, now_.seconds));
-    return what + ", " + formatNumber(shown, "0") + " of " + platform::toText(now_.seconds) + " s";
+    return Words::tr("%1, %2 of %3 s", {what, formatNumber(shown, "0"), platform::toText(now_.seconds)});
 }
 
 double Progress::expected(const PlannedStage& stage) const {
@@ -109,7 +123,7 @@ double Progress::secondsSince(platform::Milliseconds instant) const {
     return std::chrono::duration<double>(loop_.clock().sinceStart() - instant).count();
 }
 
-void Progress::say(const std::string& words, double fraction) {
+void Progress::say(const Words& words, double fraction) {
     panel_.lblProgress.setCaption(words);
     panel_.lblProgress.setToolTip(words);  // whole, where the line is too short
     panel_.gaugeProgress.setFraction(fraction);

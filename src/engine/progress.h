@@ -7,13 +7,13 @@
 #include <array>
 #include <cstdint>
 #include <exception>
-#include <string>
 #include <vector>
 
 #include "engine/run_panel.h"
 #include "engine/run_state.h"
 #include "platform/event_loop.h"
 #include "platform/timer.h"
+#include "platform/words.h"
 
 namespace vantrel::engine {
 
@@ -32,11 +32,11 @@ class Progress {
     /// A procedure begins. Without stages nobody knows how long it will take: the bar is each stage's own.
     void begin(std::vector<PlannedStage> stages);
     /// What the stages from now on belong to: "Plate 2 of 3". May be empty.
-    void setSubject(const std::string& subject) { subject_ = subject; }
+    void setSubject(const platform::Words& subject) { subject_ = subject; }
     /// Nothing goes on until the operator does something.
-    void rest(const std::string& words);
+    void rest(const platform::Words& words);
     /// The procedure is over; these words stay.
-    void end(const std::string& words);
+    void end(const platform::Words& words);
 
     /// A stage is under way while one lives. Stages that were laid out before it count as done; one that
     /// wasn't laid out changes nothing about the others.
@@ -58,8 +58,8 @@ class Progress {
     void enter(const PlannedStage& stage);
     void leave(bool done);
     void show();
-    void say(const std::string& words, double fraction);
-    std::string doing(double elapsed) const;
+    void say(const platform::Words& words, double fraction);
+    platform::Words doing(double elapsed) const;
     double expected(const PlannedStage& stage) const;
     double secondsSince(platform::Milliseconds instant) const;
 
@@ -68,7 +68,7 @@ class Progress {
     platform::EventLoop& loop_;
     platform::Timer tick_;
 
-    std::string subject_;
+    platform::Words subject_;
     std::vector<PlannedStage> ahead_;
     bool foreseen_ = false;
     PlannedStage now_{Stage::kSlew};

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "platform/words.h"
+
 namespace vantrel::engine {
 
 /// One for the life of the program, owned by the composition of the main form. Every flag has one setter
@@ -19,7 +21,7 @@ struct RunState {
     bool SpiralSearchAllowed = false;  // the caller of a solve: it may search around the start position
     bool WholeSkyAllowed = false;      // and anywhere, where nobody knows the start position
     bool PlateSolved = false;          // the last solve succeeded
-    std::string WhyUnsolved;           // what the plate lacks that wasn't, where the solver tells
+    platform::Words WhyUnsolved;       // what the plate lacks that wasn't, where the solver tells
     double PlateRAError = 0;           // hours in [0, 24): solved less exposure position, of the last success
     double PlateDecError = 0;          // degrees
     bool CameraFailed = false;         // camera link: the last exposure failed or was aborted
@@ -31,7 +33,7 @@ struct RunState {
     /// Something new begins. Only the stop that the end of the program asks for stays.
     void forgetStop() {
         if (!AppUnloading) StopRequested = false;
-        WhyUnsolved.clear();
+        WhyUnsolved = {};
     }
 };
 

@@ -72,7 +72,8 @@ OperatorAction leave(Control& control) {
 
 OperatorAction choose(ComboBox& list, const std::string& item) {
     const auto& items = list.items();
-    if (std::none_of(items.begin(), items.end(), [&](const auto& entry) { return entry.text == item; }))
+    if (std::none_of(items.begin(), items.end(),
+                     [&](const auto& entry) { return entry.text.english() == item; }))
         throw CommandError(list.name() + " has no entry \"" + item + "\"");
     return on(list, [&list, item] { list.choose(item); });
 }

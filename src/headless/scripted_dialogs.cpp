@@ -32,17 +32,16 @@ std::string ScriptedDialogs::take(std::deque<std::string>& answers) {
     return answer;
 }
 
-void ScriptedDialogs::messageBox(const std::string& title, const std::string& text, Icon, Buttons) {
-    boxes_.push_back({clock_.utc(), title, text});
+void ScriptedDialogs::messageBox(const std::string& title, const Words& text, Icon, Buttons) {
+    boxes_.push_back({clock_.utc(), title, text.english()});
     take(confirmations_);
 }
 
-std::string ScriptedDialogs::chooseFolder(const std::string&) { return take(folders_); }
+std::string ScriptedDialogs::chooseFolder(const Words&) { return take(folders_); }
 
-std::string ScriptedDialogs::chooseFile(const std::string&) { return take(files_); }
+std::string ScriptedDialogs::chooseFile(const Words&) { return take(files_); }
 
-std::string ScriptedDialogs::choose(const std::string&, const std::vector<Choice>& choices,
-                                    const std::string&) {
+std::string ScriptedDialogs::choose(const Words&, const std::vector<Choice>& choices, const std::string&) {
     std::string answer = take(choices_);
     for (const Choice& choice : choices)
         if (equalIgnoringCase(choice.id, answer) || choice.description == answer) return choice.id;

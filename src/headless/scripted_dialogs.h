@@ -28,12 +28,13 @@ class ScriptedDialogs : public platform::Dialogs {
     /// Every message box so far.
     const std::vector<Box>& boxes() const { return boxes_; }
 
-    void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
-    std::string chooseFolder(const std::string& title) override;
-    std::string chooseFile(const std::string& title) override;
+    void messageBox(const std::string& title, const platform::Words& text, Icon icon,
+                    Buttons buttons) override;
+    std::string chooseFolder(const platform::Words& title) override;
+    std::string chooseFile(const platform::Words& title) override;
     /// An answer may be a choice's id or its description; anything else is handed over as it is, as an entry
     /// of a list that the program doesn't know.
-    std::string choose(const std::string& title, const std::vector<Choice>& choices,
+    std::string choose(const platform::Words& title, const std::vector<Choice>& choices,
                        const std::string& current) override;
 
   private:

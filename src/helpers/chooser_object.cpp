@@ -4,6 +4,7 @@ namespace vantrel::helpers {
 
 using platform::Arguments;
 using platform::Value;
+using platform::Words;
 
 ChooserObject::ChooserObject(const platform::ClassRegistry& classes, ChooserDialog dialog,
                              std::function<void()> beforeChoosing)
@@ -24,7 +25,9 @@ std::string ChooserObject::choose(const std::string& current) const {
     std::vector<DriverChoice> drivers;
     for (const std::string& progId : classes_.installed(deviceType_))
         drivers.push_back({progId, classes_.profileDescription(deviceType_, progId)});
-    const std::string chosen = dialog_ ? dialog_(deviceType_ + " Chooser", drivers, current) : "";
+    const Words title =
+        deviceType_ == "Telescope" ? Words::tr("Telescope Chooser") : deviceType_ + " Chooser";
+    const std::string chosen = dialog_ ? dialog_(title, drivers, current) : "";
     return chosen.empty() ? current : chosen;
 }
 

@@ -18,7 +18,7 @@ struct DriverChoice {
 /// Shows the drivers under this title and returns the ProgID that was picked, empty when the operator
 /// cancelled. The current one may be empty or not among them.
 using ChooserDialog = std::function<std::string(
-    const std::string& title, const std::vector<DriverChoice>& drivers, const std::string& current)>;
+    const platform::Words& title, const std::vector<DriverChoice>& drivers, const std::string& current)>;
 
 /// "DeviceType" says which drivers are offered ("Telescope" at the start); "Choose"(current ProgID) returns
 /// the chosen ProgID; the current one when the operator cancelled.

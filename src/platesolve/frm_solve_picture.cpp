@@ -2,13 +2,15 @@
 
 namespace vantrel::platesolve {
 
+using platform::Words;
+
 frmSolvePicture::frmSolvePicture(platform::Screen& screen)
-    : Form(screen, "frmSolvePicture", "Solve a Picture", {140, 90, 900, 560}),
+    : Form(screen, "frmSolvePicture", Words::tr("Solve a Picture"), {140, 90, 900, 560}),
       txtFile(*this, "txtFile"),
       cmdChooseFile(*this, "cmdChooseFile", "..."),
       txtScaleHint(*this, "txtScaleHint"),
-      cmdSolve(*this, "cmdSolve", "Solve"),
-      cmdStop(*this, "cmdStop", "Stop"),
+      cmdSolve(*this, "cmdSolve", Words::tr("Solve")),
+      cmdStop(*this, "cmdStop", Words::tr("Stop")),
       lblOutcome(*this, "lblOutcome", ""),
       lblRemark(*this, "lblRemark", ""),
       txtCentreRA(*this, "txtCentreRA"),
@@ -21,12 +23,12 @@ frmSolvePicture::frmSolvePicture(platform::Screen& screen)
       picPlate(*this, "picPlate"),
       cmdOK(*this, "cmdOK", "OK") {
     txtFile.setToolTip(
-        "A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file");
-    cmdChooseFile.setToolTip("Choose a picture file");
-    txtScaleHint.setToolTip("Arc-seconds per pixel; empty: as the file tells, or any");
-    cmdSolve.setToolTip("Find out where the picture points");
-    txtRoll.setToolTip("As the log tells it: 180 with north up and east left");
-    txtPositionAngle.setToolTip("Where the upper edge points: from north through east");
+        Words::tr("A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file"));
+    cmdChooseFile.setToolTip(Words::tr("Choose a picture file"));
+    txtScaleHint.setToolTip(Words::tr("Arc-seconds per pixel; empty: as the file tells, or any"));
+    cmdSolve.setToolTip(Words::tr("Find out where the picture points"));
+    txtRoll.setToolTip(Words::tr("As the log tells it: 180 with north up and east left"));
+    txtPositionAngle.setToolTip(Words::tr("Where the upper edge points: from north through east"));
     for (platform::TextBox* box :
          {&txtCentreRA, &txtCentreDec, &txtScale, &txtRoll, &txtPositionAngle, &txtField, &txtMatched})
         box->setReadOnly(true);

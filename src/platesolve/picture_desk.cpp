@@ -12,6 +12,7 @@ namespace {
 
 using platform::Drawing;
 using platform::formatNumber;
+using platform::Words;
 
 constexpr double kDegree = std::numbers::pi / 180;
 
@@ -48,7 +49,7 @@ PictureDesk::~PictureDesk() {
 
 /// Who has chosen a picture wants to know where it points.
 void PictureDesk::cmdChooseFile_Click() {
-    const std::string file = dialogs_.chooseFile("Choose a picture");
+    const std::string file = dialogs_.chooseFile(Words::tr("Choose a picture"));
     if (file.empty()) return;
     window_.txtFile.setText(file);
     cmdSolve_Click();
@@ -60,9 +61,9 @@ void PictureDesk::cmdSolve_Click() {
     const std::string hint = platform::trimmed(window_.txtScaleHint.text());
     const auto scale = platform::parseNumber(hint);
     if (file.empty())
-        end("Choose a picture first");
+        end(Words::tr("Choose a picture first"));
     else if (!hint.empty() && !(scale && *scale >= kFinest && *scale <= kCoarsest))
-        end("The scale must be a number from 0.01 to 1000, or left empty");
+        end(Words::tr("The scale must be a number from 0.01 to 1000, or left empty"));
     else if (solver_ == nullptr)
         end("There is nothing here to solve pictures with");
     else
@@ -73,11 +74,11 @@ void PictureDesk::begin(const std::string& file, std::optional<double> scale) {
     clear();
     begun_ = clock_.sinceStart();
     window_.cmdStop.setEnabled(true);
-    window_.lblOutcome.setCaption("Reading the picture");
+    window_.lblOutcome.setCaption(Words::tr("Reading the picture"));
     solver_->solve(file, scale,
                    {[this](const auto& picture) { showPicture(picture); },
                     [this](const platform::SolvedPicture& solution) { showSolution(solution); },
-                    [this](const std::string& why, const std::string& remark) {
+                    [this](const Words& why, const Words& remark) {
                         window_.lblRemark.setCaption(remark);
                         end(why);
                     }});
@@ -90,7 +91,7 @@ void PictureDesk::showPicture(const std::shared_ptr<const platform::ImageArray>&
                      static_cast<double>(picture->height()) - 0.5};
     drawing.photograph = picture;
     window_.picPlate.setDrawing(drawing);
-    window_.lblOutcome.setCaption("Looking for it in the sky");
+    window_.lblOutcome.setCaption(Words::tr("Looking for it in the sky"));
 }
 
 void PictureDesk::showSolution(const platform::SolvedPicture& solution) {
@@ -106,11 +107,13 @@ void PictureDesk::showSolution(const platform::SolvedPicture& solution) {
     window_.txtMatched.setText(matched + " / " + std::to_string(solution.starsFound));
     circle(solution.stars);
     const double seconds = static_cast<double>((clock_.sinceStart() - begun_).count()) / 1000;
-    end("Solved in " + formatNumber(seconds, "0.0") + " s by " + matched + " stars, off by " +
-        formatNumber(solution.residualArcsec, "0.00") + "\" on average" +
-        (solution.mirrored ? "; the picture is mirrored" : ""));
+    const Words solved =
+        Words::tr("Solved in %1 s by %2 stars, off by %3\" on average",
+                  {formatNumber(seconds, "0.0"), matched, formatNumber(solution.residualArcsec, "0.00")});
+    end(solution.mirrored ? Words::tr("%1; the picture is mirrored", {solved}) : solved);
     if (!solution.dated)
-        window_.lblRemark.setCaption("The file tells no date: the stars are taken where they stand today");
+        window_.lblRemark.setCaption(
+            Words::tr("The file tells no date: the stars are taken where they stand today"));
 }
 
 /// The brighter, the wider; the brightest with their magnitudes.
@@ -130,7 +133,7 @@ void PictureDesk::circle(const std::vector<platform::RecognisedStar>& stars) {
 
 void PictureDesk::cmdStop_Click() {
     solver_->giveUp();
-    end("Search stopped");
+    end(Words::tr("Search stopped"));
 }
 
 void PictureDesk::Form_Unload() {
@@ -139,7 +142,7 @@ void PictureDesk::Form_Unload() {
     end("");
 }
 
-void PictureDesk::end(const std::string& outcome) {
+void PictureDesk::end(const Words& outcome) {
     window_.cmdStop.setEnabled(false);
     window_.lblOutcome.setCaption(outcome);
 }

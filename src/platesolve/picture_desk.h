@@ -29,7 +29,7 @@ class PictureDesk {
     void showPicture(const std::shared_ptr<const platform::ImageArray>& picture);
     void showSolution(const platform::SolvedPicture& solution);
     void circle(const std::vector<platform::RecognisedStar>& stars);
-    void end(const std::string& outcome);
+    void end(const platform::Words& outcome);
     void clear();
 
     frmSolvePicture& window_;

@@ -347,7 +347,7 @@ void Solve::reportFailedAttempt(int attempt, const Search& search) {
 
 /// Engines that don't tell are none the worse.
 void Solve::keepReason() {
-    tolerating([&] { state_.WhyUnsolved = plate_->get("FailureReason").toText(); });
+    tolerating([&] { state_.WhyUnsolved = plate_->get("FailureReason").toWords(); });
 }
 
 /// Leaves the solution in view, with the buttons alive.

@@ -12,6 +12,8 @@ namespace {
 
 }  // namespace
 
+Value::Value(const Words& value) : held_(value.english()), words_(std::make_shared<const Words>(value)) {}
+
 bool Value::toBool() const {
     if (const auto* text = std::get_if<std::string>(&held_)) {
         if (equalIgnoringCase(*text, "True")) return true;

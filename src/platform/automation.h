@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/errors.h"
+#include "platform/words.h"
 
 namespace vantrel::platform {
 
@@ -33,23 +34,27 @@ class Value {
     Value(double value) : held_(value) {}                    // NOLINT(google-explicit-constructor)
     Value(const char* value) : held_(std::string(value)) {}  // NOLINT(google-explicit-constructor)
     Value(std::string value) : held_(std::move(value)) {}    // NOLINT(google-explicit-constructor)
-    Value(ObjectRef value) : held_(std::move(value)) {}      // NOLINT(google-explicit-constructor)
-    Value(ImageRef value) : held_(std::move(value)) {}       // NOLINT(google-explicit-constructor)
+    /// The English text; in this process its words come along.
+    Value(const Words& value);                           // NOLINT(google-explicit-constructor)
+    Value(ObjectRef value) : held_(std::move(value)) {}  // NOLINT(google-explicit-constructor)
+    Value(ImageRef value) : held_(std::move(value)) {}   // NOLINT(google-explicit-constructor)
 
     bool isEmpty() const { return std::holds_alternative<std::monostate>(held_); }
     bool toBool() const;
     double toDouble() const;
     std::int32_t toInt() const;
     std::string toText() const;
+    Words toWords() const { return words_ ? *words_ : Words(toText()); }
     ObjectRef toObject() const;
     ImageRef toImage() const;
 
     using Held = std::variant<std::monostate, bool, std::int64_t, double, std::string, ObjectRef, ImageRef>;
     const Held& held() const { return held_; }
-    bool operator==(const Value&) const = default;
+    bool operator==(const Value& other) const { return held_ == other.held_; }
 
   private:
     Held held_;
+    std::shared_ptr<const Words> words_;
 };
 
 using Arguments = std::vector<Value>;

@@ -30,7 +30,7 @@ Control::Properties Control::properties() const {
 
 Control::Properties Captioned::properties() const {
     auto all = Control::properties();
-    all.emplace_back("caption", caption_);
+    all.emplace_back("caption", caption());
     return all;
 }
 
@@ -68,7 +68,7 @@ Control::Properties CheckBox::properties() const {
     return all;
 }
 
-OptionButton::OptionButton(Form& form, OptionGroup& group, std::string name, std::string caption)
+OptionButton::OptionButton(Form& form, OptionGroup& group, std::string name, Words caption)
     : Captioned(form, std::move(name), std::move(caption)), group_(group) {
     group_.add(*this);
 }
@@ -151,12 +151,12 @@ ComboBox::ComboBox(Form& form, std::string name) : Control(form, std::move(name)
     setInitialColors(color::kWindowBackground, color::kWindowText);
 }
 
-void ComboBox::addItem(const std::string& text, int data) {
-    items_.push_back({text, data});
+void ComboBox::addItem(Words text, int data) {
+    items_.push_back({std::move(text), data});
     changed.emit();
 }
 
-void ComboBox::setText(std::string text) {
+void ComboBox::setText(Words text) {
     if (assign(text_, std::move(text))) fire(onChange);
 }
 
@@ -166,10 +166,10 @@ const ComboBox::Item* ComboBox::chosen() const {
 
 bool ComboBox::choose(const std::string& text) {
     const auto item =
-        std::find_if(items_.begin(), items_.end(), [&](const Item& i) { return i.text == text; });
+        std::find_if(items_.begin(), items_.end(), [&](const Item& i) { return i.text.english() == text; });
     if (!reachable() || item == items_.end()) return false;
     chosen_ = static_cast<std::size_t>(item - items_.begin());
-    assign(text_, text);
+    assign(text_, item->text);
     fire(onClick);
     return true;
 }
@@ -177,8 +177,8 @@ bool ComboBox::choose(const std::string& text) {
 Control::Properties ComboBox::properties() const {
     auto all = Control::properties();
     std::vector<std::string> texts;
-    for (const Item& item : items_) texts.push_back(item.text);
-    all.emplace_back("text", text_);
+    for (const Item& item : items_) texts.push_back(item.text.english());
+    all.emplace_back("text", text());
     all.emplace_back("items", std::move(texts));
     return all;
 }

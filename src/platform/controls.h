@@ -4,7 +4,8 @@
 // "name(index)"). Properties tell `changed` when they really change. Setting a property from code and the
 // operator's doing are different calls: code sets, the operator clicks, types, chooses, checks or leaves,
 // which has an effect only while the control can be reached (enabled and shown). Both reach the same event
-// handler.
+// handler. Captions, tool tips and entries of lists are words: what reads them here reads English, windows
+// say them in the operator's language.
 #pragma once
 
 #include <cstdint>
@@ -17,6 +18,7 @@
 #include "platform/color.h"
 #include "platform/drawing.h"
 #include "platform/signal.h"
+#include "platform/words.h"
 
 namespace vantrel::platform {
 
@@ -43,8 +45,9 @@ class Control {
     void setBackColor(Color color) { assign(backColor_, color); }
     Color foreColor() const { return foreColor_; }
     void setForeColor(Color color) { assign(foreColor_, color); }
-    const std::string& toolTip() const { return toolTip_; }
-    void setToolTip(std::string text) { assign(toolTip_, std::move(text)); }
+    const std::string& toolTip() const { return toolTip_.english(); }
+    const Words& toolTipWords() const { return toolTip_; }
+    void setToolTip(Words words) { assign(toolTip_, std::move(words)); }
 
     /// Hides the control together with the frame.
     void placeIn(const Frame& frame) { frame_ = &frame; }
@@ -89,21 +92,22 @@ class Control {
     bool visible_ = true;
     Color backColor_ = color::kButtonFace;
     Color foreColor_ = color::kButtonText;
-    std::string toolTip_;
+    Words toolTip_;
 };
 
 /// A control with a caption.
 class Captioned : public Control {
   public:
-    Captioned(Form& form, std::string name, std::string caption)
+    Captioned(Form& form, std::string name, Words caption)
         : Control(form, std::move(name)), caption_(std::move(caption)) {}
 
-    const std::string& caption() const { return caption_; }
-    void setCaption(std::string caption) { assign(caption_, std::move(caption)); }
+    const std::string& caption() const { return caption_.english(); }
+    const Words& captionWords() const { return caption_; }
+    void setCaption(Words caption) { assign(caption_, std::move(caption)); }
     Properties properties() const override;
 
   private:
-    std::string caption_;
+    Words caption_;
 };
 
 class Label : public Captioned {
@@ -179,7 +183,7 @@ class OptionGroup {
 
 class OptionButton : public Captioned {
   public:
-    OptionButton(Form& form, OptionGroup& group, std::string name, std::string caption);
+    OptionButton(Form& form, OptionGroup& group, std::string name, Words caption);
 
     bool selected() const { return selected_; }
     /// Selects this one and clears its neighbours. Becoming selected runs the click handler, by the operator
@@ -235,7 +239,7 @@ std::string withCharacter(std::string text, int code);
 class ComboBox : public Control {
   public:
     struct Item {
-        std::string text;
+        Words text;
         int data = 0;
         bool operator==(const Item&) const = default;
     };
@@ -244,11 +248,12 @@ class ComboBox : public Control {
 
     const std::vector<Item>& items() const { return items_; }
     void setItems(std::vector<Item> items) { assign(items_, std::move(items)); }
-    void addItem(const std::string& text, int data = 0);
+    void addItem(Words text, int data = 0);
 
-    const std::string& text() const { return text_; }
+    const std::string& text() const { return text_.english(); }
+    const Words& textWords() const { return text_; }
     /// Shows the text; runs the change handler, not the click handler.
-    void setText(std::string text);
+    void setText(Words text);
     /// The entry last chosen; nullptr when none was.
     const Item* chosen() const;
 
@@ -261,7 +266,7 @@ class ComboBox : public Control {
 
   private:
     std::vector<Item> items_;
-    std::string text_;
+    Words text_;
     std::size_t chosen_ = static_cast<std::size_t>(-1);
 };
 

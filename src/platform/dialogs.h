@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/words.h"
+
 namespace vantrel::platform {
 
 class Dialogs {
@@ -15,21 +17,20 @@ class Dialogs {
     /// How a message can be closed; it makes no difference to what follows.
     enum class Buttons { kOk, kOkCancel };
 
-    virtual void messageBox(const std::string& title, const std::string& text, Icon icon,
-                            Buttons buttons) = 0;
+    virtual void messageBox(const std::string& title, const Words& text, Icon icon, Buttons buttons) = 0;
 
     /// A folder with drive letter and backslashes; empty when the operator cancels.
-    virtual std::string chooseFolder(const std::string& title) = 0;
+    virtual std::string chooseFolder(const Words& title) = 0;
 
     /// A file that exists, likewise.
-    virtual std::string chooseFile(const std::string& title) = 0;
+    virtual std::string chooseFile(const Words& title) = 0;
 
     struct Choice {
         std::string id;
         std::string description;
     };
     /// The id of one of the choices; empty when the operator cancels.
-    virtual std::string choose(const std::string& title, const std::vector<Choice>& choices,
+    virtual std::string choose(const Words& title, const std::vector<Choice>& choices,
                                const std::string& current) = 0;
 };
 

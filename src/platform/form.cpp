@@ -11,7 +11,7 @@ void fire(const std::function<void()>& handler) {
 
 }  // namespace
 
-Form::Form(Screen& screen, std::string name, std::string title, Rectangle initialPlace)
+Form::Form(Screen& screen, std::string name, Words title, Rectangle initialPlace)
     : screen_(screen), name_(std::move(name)), title_(std::move(title)), place_(initialPlace) {
     screen_.forms_.push_back(this);
 }
@@ -21,7 +21,7 @@ Form::~Form() {
     std::erase(screen_.forms_, this);
 }
 
-void Form::setTitle(std::string title) {
+void Form::setTitle(Words title) {
     if (title_ == title) return;
     title_ = std::move(title);
     changed.emit();

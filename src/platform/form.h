@@ -23,14 +23,15 @@ struct Rectangle {
 /// last.
 class Form {
   public:
-    Form(Screen& screen, std::string name, std::string title, Rectangle initialPlace);
+    Form(Screen& screen, std::string name, Words title, Rectangle initialPlace);
     Form(const Form&) = delete;
     Form& operator=(const Form&) = delete;
     virtual ~Form();
 
     const std::string& name() const { return name_; }
-    const std::string& title() const { return title_; }
-    void setTitle(std::string title);
+    const std::string& title() const { return title_.english(); }
+    const Words& titleWords() const { return title_; }
+    void setTitle(Words title);
 
     /// Runs onLoad unless the form is loaded already.
     void load();
@@ -87,7 +88,7 @@ class Form {
 
     Screen& screen_;
     std::string name_;
-    std::string title_;
+    Words title_;
     Rectangle place_;
     std::vector<Control*> controls_;
     bool loaded_ = false;

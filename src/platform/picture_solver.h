@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/image_array.h"
+#include "platform/words.h"
 
 namespace vantrel::platform {
 
@@ -38,7 +39,7 @@ class PictureSolver {
         std::function<void(std::shared_ptr<const ImageArray> picture)> read;
         std::function<void(const SolvedPicture& solution)> solved;
         /// The remark says what the picture lacks, where that is known.
-        std::function<void(const std::string& why, const std::string& remark)> failed;
+        std::function<void(const Words& why, const Words& remark)> failed;
     };
 
     /// Returns at once. The file is a path with drive letter or one of this machine, the scale about that of

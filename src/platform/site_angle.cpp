@@ -148,13 +148,15 @@ std::optional<SiteAngle> readSiteAngle(const std::string& text, SiteAxis axis) {
     return SiteAngle{negative ? -*size : *size, kSigns[sign + 1] + rest, hemisphere < 0};
 }
 
-std::string noSiteAngle(const std::string& text, SiteAxis axis) {
-    return "\"" + text + "\" is no " + (axis == SiteAxis::kLatitude ? "latitude" : "longitude");
+Words noSiteAngle(const std::string& text, SiteAxis axis) {
+    return axis == SiteAxis::kLatitude ? Words::tr("\"%1\" is no latitude", {text})
+                                       : Words::tr("\"%1\" is no longitude", {text});
 }
 
-std::string howToWriteSiteAngle(SiteAxis axis) {
-    return std::string("Write it like 48d 30m 15.0s, ") +
-           (axis == SiteAxis::kLatitude ? "south with S or a minus sign" : "west with W or a minus sign");
+Words howToWriteSiteAngle(SiteAxis axis) {
+    return axis == SiteAxis::kLatitude
+               ? Words::tr("Write it like 48d 30m 15.0s, south with S or a minus sign")
+               : Words::tr("Write it like 48d 30m 15.0s, west with W or a minus sign");
 }
 
 }  // namespace vantrel::platform

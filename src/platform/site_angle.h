@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/words.h"
+
 namespace vantrel::platform {
 
 /// North and east are positive.
@@ -25,7 +27,7 @@ struct SiteAngle {
 std::optional<SiteAngle> readSiteAngle(const std::string& text, SiteAxis axis);
 
 /// What to tell about a text that is none, and how to write one.
-std::string noSiteAngle(const std::string& text, SiteAxis axis);
-std::string howToWriteSiteAngle(SiteAxis axis);
+Words noSiteAngle(const std::string& text, SiteAxis axis);
+Words howToWriteSiteAngle(SiteAxis axis);
 
 }  // namespace vantrel::platform

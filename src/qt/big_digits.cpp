@@ -66,7 +66,7 @@ void BigDigits::paintEvent(QPaintEvent* /*event*/) {
 /// As large as the place takes.
 void BigDigits::paintLine(QPainter& painter, const QRect& place, const platform::Label& label,
                           bool bold) const {
-    const QString text = inWords(form_.name(), label.caption());
+    const QString text = inWords(label.captionWords());
     if (text.isEmpty()) return;
     constexpr int kTried = 100;  // pixels
     QFont font = this->font();

@@ -11,6 +11,7 @@
 #include "qt/binding.h"
 #include "qt/mnemonics.h"
 #include "qt/tie.h"
+#include "qt/translation.h"
 
 namespace vantrel::qt {
 
@@ -28,7 +29,7 @@ class ButtonTie : public TieOf<platform::Button, QPushButton> {
         keepFocusToItself();
         showCommon(widget());
         showColors(widget(), QPalette::Button, color::kButtonFace, QPalette::ButtonText, color::kButtonText);
-        QString caption = words(control().caption());
+        QString caption = inWords(control().captionWords());
         if (widget().property(kBreaksCaption).toBool()) caption.replace(' ', '\n');
         widget().setText(withMnemonic(widget(), caption));
     }
@@ -78,7 +79,7 @@ class CheckBoxTie : public TieOf<platform::CheckBox, QCheckBox> {
     }
     void show() override {
         showCommon(widget());
-        widget().setText(withMnemonic(widget(), words(control().caption())));
+        widget().setText(withMnemonic(widget(), inWords(control().captionWords())));
         widget().setChecked(control().ticked());
     }
 };
@@ -97,7 +98,7 @@ class OptionTie : public TieOf<platform::OptionButton, QRadioButton> {
     }
     void show() override {
         showCommon(widget());
-        widget().setText(withMnemonic(widget(), words(control().caption())));
+        widget().setText(withMnemonic(widget(), inWords(control().captionWords())));
         widget().setChecked(control().selected());
     }
 };
@@ -107,7 +108,7 @@ class ComboTie : public TieOf<platform::ComboBox, QComboBox> {
     ComboTie(platform::ComboBox& box, QComboBox& widget, const Front& front) : TieOf(box, widget, front) {
         connect(&widget, &QComboBox::activated, this, [this](int index) {
             if (index < 0 || static_cast<std::size_t>(index) >= items_.size()) return;
-            post([this, text = items_[static_cast<std::size_t>(index)].text] {
+            post([this, text = items_[static_cast<std::size_t>(index)].text.english()] {
                 control().choose(text);
                 show();
             });
@@ -120,11 +121,12 @@ class ComboTie : public TieOf<platform::ComboBox, QComboBox> {
         if (items_ != control().items()) {
             items_ = control().items();
             widget().clear();
-            for (const auto& item : items_) widget().addItem(words(item.text));
+            for (const auto& item : items_) widget().addItem(inWords(item.text));
         }
-        const auto chosen = std::ranges::find(items_, control().text(), &platform::ComboBox::Item::text);
+        const auto chosen = std::ranges::find(
+            items_, control().text(), [](const auto& item) -> const auto& { return item.text.english(); });
         widget().setCurrentIndex(chosen == items_.end() ? -1 : static_cast<int>(chosen - items_.begin()));
-        widget().setPlaceholderText(words(control().text()));  // shown when it isn't in the list
+        widget().setPlaceholderText(inWords(control().textWords()));  // shown when it isn't in the list
     }
 
   private:

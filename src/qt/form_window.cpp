@@ -79,7 +79,7 @@ void FormWindow::bind() {
 }
 
 void FormWindow::followForm() {
-    const QString title = inWords(form_.name(), form_.title());
+    const QString title = inWords(form_.titleWords());
     if (windowTitle() != title) setWindowTitle(title);
     followPlace();
     followOnTop();

@@ -26,6 +26,9 @@
 #include "qt/windows.h"
 
 namespace vantrel::qt {
+
+using platform::Words;
+
 namespace {
 
 class FolderLink : public QLabel {
@@ -460,14 +463,14 @@ QWidget* equipmentLamps() {
     line->setSpacing(2);
     const struct {
         const char* name;
-        const char* widest;
-    } all[] = {{"cmdMountStatus", "Mount failed"},
-               {"cmdCameraStatus", "Camera failed"},
-               {"cmdSolverStatus", "Solver ready"},
-               {"cmdSiteStatus", "Site set"}};
+        Words widest;
+    } all[] = {{"cmdMountStatus", Words::tr("Mount ready")},
+               {"cmdCameraStatus", Words::tr("Camera failed")},
+               {"cmdSolverStatus", Words::tr("Solver ready")},
+               {"cmdSiteStatus", Words::tr("Site set")}};
     for (const auto& [name, widest] : all) {
         auto* const lamp = named<StatusLamp>(name);
-        lamp->setMinimumWidth(lamp->widthFor(inWords("frmMain", widest)));
+        lamp->setMinimumWidth(lamp->widthFor(inWords(widest)));
         line->addWidget(lamp);
     }
     return lamps;

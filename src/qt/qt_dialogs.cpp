@@ -22,7 +22,7 @@
 namespace vantrel::qt {
 namespace {
 
-QString plain(const std::string& text) { return inWords("dialog", text).replace("\r\n", "\n"); }
+QString plain(const platform::Words& words) { return inWords(words).replace("\r\n", "\n"); }
 
 QStyle::StandardPixmap iconOf(platform::Dialogs::Icon icon) {
     switch (icon) {
@@ -116,7 +116,8 @@ QLabel* message(const QString& text) {
 
 }  // namespace
 
-void QtDialogs::messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) {
+void QtDialogs::messageBox(const std::string& title, const platform::Words& text, Icon icon,
+                           Buttons buttons) {
     QDialog dialog(QApplication::activeWindow());
     dialog.setWindowTitle(QString::fromStdString(title));
     auto* const picture = new QLabel;
@@ -150,18 +151,18 @@ void QtDialogs::messageBox(const std::string& title, const std::string& text, Ic
     dialog.exec();
 }
 
-std::string QtDialogs::chooseFolder(const std::string& title) {
+std::string QtDialogs::chooseFolder(const platform::Words& title) {
     return choosePath(title, startFolder_, QFileDialog::Directory);
 }
 
-std::string QtDialogs::chooseFile(const std::string& title) {
+std::string QtDialogs::chooseFile(const platform::Words& title) {
     const std::string file =
         choosePath(title, lastFolder_.empty() ? startFolder_ : lastFolder_, QFileDialog::ExistingFile);
     if (!file.empty()) lastFolder_ = folders_.real(file).parent_path().string();
     return file;
 }
 
-std::string QtDialogs::choosePath(const std::string& title, const std::string& begin,
+std::string QtDialogs::choosePath(const platform::Words& title, const std::string& begin,
                                   QFileDialog::FileMode mode) {
     StyleIcons icons;
     QFileDialog dialog(QApplication::activeWindow(), plain(title),
@@ -178,7 +179,7 @@ std::string QtDialogs::choosePath(const std::string& title, const std::string& b
     return folders_.text(dialog.selectedFiles().front().toStdString());
 }
 
-std::string QtDialogs::choose(const std::string& title, const std::vector<Choice>& choices,
+std::string QtDialogs::choose(const platform::Words& title, const std::vector<Choice>& choices,
                               const std::string& current) {
     QDialog dialog(QApplication::activeWindow());
     dialog.setWindowTitle(plain(title));

@@ -15,15 +15,17 @@ class QtDialogs : public platform::Dialogs {
     QtDialogs(const platform::FolderMap& folders, std::string startFolder)
         : folders_(folders), startFolder_(std::move(startFolder)) {}
 
-    void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
-    std::string chooseFolder(const std::string& title) override;
+    void messageBox(const std::string& title, const platform::Words& text, Icon icon,
+                    Buttons buttons) override;
+    std::string chooseFolder(const platform::Words& title) override;
     /// Begins where the last file was chosen.
-    std::string chooseFile(const std::string& title) override;
-    std::string choose(const std::string& title, const std::vector<Choice>& choices,
+    std::string chooseFile(const platform::Words& title) override;
+    std::string choose(const platform::Words& title, const std::vector<Choice>& choices,
                        const std::string& current) override;
 
   private:
-    std::string choosePath(const std::string& title, const std::string& begin, QFileDialog::FileMode mode);
+    std::string choosePath(const platform::Words& title, const std::string& begin,
+                           QFileDialog::FileMode mode);
 
     const platform::FolderMap& folders_;
     std::string startFolder_;

@@ -547,7 +547,7 @@ DevicesWindow::DevicesWindow(platform::Form& form, const Front& front) : FormWin
 
 OptionsWindow::OptionsWindow(platform::Form& form, const Front& front) : FormWindow(form, front) {
     auto* const brightness = named<QComboBox>("cmbNightBrightness");
-    brightness->setAccessibleName(inWords(form.name(), form.find("cmbNightBrightness")->toolTip()));
+    brightness->setAccessibleName(inWords(form.find("cmbNightBrightness")->toolTipWords()));
     auto* const pictures = new FieldGrid;
     constexpr int kNumber = 6;
     pictures->addField(Text::tr("Exposure"), field("txtPictureExposure", kNumber), "s");
@@ -704,7 +704,7 @@ PlainWindow::PlainWindow(platform::Form& form, const Front& front) : FormWindow(
         QWidget* const widget = made[control] = widgetFor(*control, front.theme);
         widget->setObjectName(name);
         if (dynamic_cast<QComboBox*>(widget) != nullptr)
-            widget->setAccessibleName(inWords(form.name(), control->toolTip()));
+            widget->setAccessibleName(inWords(control->toolTipWords()));
         const auto frame = made.find(control->frame());
         QBoxLayout* const into = frame != made.end() ? static_cast<QBoxLayout*>(frame->second->layout())
                                  : dynamic_cast<QPushButton*>(widget) != nullptr

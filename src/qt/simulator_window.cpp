@@ -11,6 +11,9 @@
 #include "qt/translation.h"
 
 namespace vantrel::qt {
+
+using platform::Words;
+
 namespace {
 
 QString numbered(const char* name, int index) { return QString("%1(%2)").arg(name).arg(index); }
@@ -72,8 +75,7 @@ QGridLayout* compass() {
     for (const auto& place : places) {
         QPushButton* const button = qt::button(place.name);
         const int side = button->fontMetrics().height() * 3;
-        button->setFixedSize(button->fontMetrics().horizontalAdvance(inWords("frmSimulator", "Halt")) + 40,
-                             side);
+        button->setFixedSize(button->fontMetrics().horizontalAdvance(inWords(Words::tr("Halt"))) + 40, side);
         button->setAutoRepeat(true);
         grid->addWidget(button, place.row, place.column);
     }
@@ -103,8 +105,7 @@ QGroupBox* mountGroup() {
     auto* const pace = new QVBoxLayout;
     auto* const state = named<QLabel>("lblState");
     scaleFont(*state, 1.1, true);
-    state->setMinimumWidth(state->fontMetrics().horizontalAdvance(inWords("frmSimulator", "Standing still")) +
-                           4);
+    state->setMinimumWidth(state->fontMetrics().horizontalAdvance(inWords(Words::tr("Standing still"))) + 4);
     pace->addWidget(state);
     pace->addWidget(listField("cmbRate", 11));
     pace->addWidget(named<QCheckBox>("chkTracking"));
@@ -157,9 +158,9 @@ QGroupBox* cameraGroup() {
     grid->addField(Text::tr("Exposure"), field("txtExposure", 8), "s");
     grid->addRow(row({named<QCheckBox>("chkMirrored")}, true));
     auto* const size = named<QLabel>("lblField");
-    size->setMinimumWidth(
-        size->fontMetrics().horizontalAdvance(inWords("frmSimulator", "00.00\" a pixel, 00.00° by 00.00°")) +
-        4);
+    size->setMinimumWidth(size->fontMetrics().horizontalAdvance(
+                              inWords(Words::tr("%1 a pixel, %2 by %3", {"00.00\"", "00.00°", "00.00°"}))) +
+                          4);
     grid->addRow(size);
     return group(Text::tr("Camera"), grid);
 }

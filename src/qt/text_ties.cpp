@@ -14,6 +14,7 @@
 #include "qt/picture_widget.h"
 #include "qt/plate_view.h"
 #include "qt/tie.h"
+#include "qt/translation.h"
 
 namespace vantrel::qt {
 
@@ -42,7 +43,7 @@ class LabelTie : public TieOf<platform::Label, QLabel> {
     void show() override {
         showCommon(widget());
         showColors(widget(), QPalette::Window, color::kButtonFace, QPalette::WindowText, color::kButtonText);
-        widget().setText(plainCaption(words(control().caption())));
+        widget().setText(plainCaption(inWords(control().captionWords())));
     }
 };
 
@@ -51,7 +52,7 @@ class FrameTie : public TieOf<platform::Frame, QGroupBox> {
     using TieOf::TieOf;
     void show() override {
         showCommon(widget());
-        widget().setTitle(words(control().caption()));
+        widget().setTitle(inWords(control().captionWords()));
     }
 };
 

@@ -21,8 +21,6 @@ Tie::Tie(platform::Control& control, const Front& front) : front_(front), contro
     changed_ = control.changed.subscribe([this] { show(); });
 }
 
-QString Tie::words(const std::string& text) const { return inWords(control_.form().name(), text); }
-
 void Tie::post(std::function<void()> action) {
     front_.loop.post([action = std::move(action)] { action(); });
 }
@@ -30,7 +28,7 @@ void Tie::post(std::function<void()> action) {
 void Tie::showCommon(QWidget& widget) const {
     widget.setEnabled(control_.enabled());
     widget.setVisible(control_.visible());
-    const QString own = words(control_.toolTip()).trimmed();
+    const QString own = inWords(control_.toolTipWords()).trimmed();
     widget.setToolTip(own.isEmpty() ? tipFor(control_.form().name(), control_.name()) : own);
 }
 

@@ -28,9 +28,6 @@ class Tie : public QObject {
     virtual void show() = 0;
 
   protected:
-    /// A caption in the operator's language.
-    QString words(const std::string& text) const;
-
     /// The operator did something that may start a procedure.
     void post(std::function<void()> action);
     /// The operator did something small that has to take effect before the next key.

@@ -52,9 +52,9 @@ void UnattendedRun::answer() {
         next_.click();
 }
 
-void UnattendedDialogs::messageBox(const std::string& title, const std::string& text, Icon /*icon*/,
+void UnattendedDialogs::messageBox(const std::string& title, const platform::Words& text, Icon /*icon*/,
                                    Buttons /*buttons*/) {
-    out_ << title << ": " << text << std::endl;
+    out_ << title << ": " << text.english() << std::endl;
 }
 
 }  // namespace vantrel::qt

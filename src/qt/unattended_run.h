@@ -42,10 +42,11 @@ class UnattendedDialogs : public platform::Dialogs {
   public:
     explicit UnattendedDialogs(std::ostream& out) : out_(out) {}
 
-    void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override;
-    std::string chooseFolder(const std::string& /*title*/) override { return {}; }
-    std::string chooseFile(const std::string& /*title*/) override { return {}; }
-    std::string choose(const std::string& /*title*/, const std::vector<Choice>& /*choices*/,
+    void messageBox(const std::string& title, const platform::Words& text, Icon icon,
+                    Buttons buttons) override;
+    std::string chooseFolder(const platform::Words& /*title*/) override { return {}; }
+    std::string chooseFile(const platform::Words& /*title*/) override { return {}; }
+    std::string choose(const platform::Words& /*title*/, const std::vector<Choice>& /*choices*/,
                        const std::string& /*current*/) override {
         return {};
     }

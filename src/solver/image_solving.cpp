@@ -38,7 +38,7 @@ class ImageSolving {
                 stars_.grain};
     }
 
-    std::string reason() const {
+    platform::Words reason() const {
         const PlateGeometry geometry = geometryOf(clues_.scales.empty() ? 0 : clues_.scales.front());
         SoughtField field{geometry, clues_.start, clues_.radiusDeg.value_or(customaryOffset(geometry)), {}};
         field.starsExpected = starsExpected(field, catalog_);

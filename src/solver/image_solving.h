@@ -4,10 +4,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "fits/fits_image.h"
+#include "platform/words.h"
 #include "sky/star_catalog.h"
 #include "solver/plate_solver.h"
 #include "solver/star_finder.h"
@@ -37,7 +37,7 @@ double customaryOffset(const PlateGeometry& geometry);
 struct SolvedImage {
     std::optional<SolvedPlate> solution;
     PlateGeometry geometry;  ///< with the scale that was found, or tried last
-    std::string whyNot;      ///< without a solution: what the image lacks (see unsolved_reason.h)
+    platform::Words whyNot;  ///< without a solution: what the image lacks (see unsolved_reason.h)
 };
 
 /// Around the start with each of the scales. When none fits and the radius reaches farther than that, or

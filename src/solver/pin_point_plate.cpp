@@ -351,7 +351,7 @@ void PinPointPlate::updateFits() {
 
 /// Of the last search. What the sky shows there is looked up in the built-in catalogue, whichever is in use:
 /// one in the network may not answer.
-std::string PinPointPlate::failureReason() {
+platform::Words PinPointPlate::failureReason() {
     const PlateGeometry plate = geometry(std::abs(scaleX_), std::abs(scaleY_));
     SoughtField field{.geometry = plate, .start = startInCatalogue()};
     field.radiusDeg = searchRadius_ > 0 ? searchRadius_ : plate.diagonalDeg() * (0.5 + catalogExpansion_);

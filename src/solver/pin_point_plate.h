@@ -54,7 +54,7 @@ class PinPointPlate : public platform::DispatchObject {
     std::vector<ImageStar> starsToMatch() const;
     void adopt(const SolvedPlate& solution);
     void updateFits();
-    std::string failureReason();
+    platform::Words failureReason();
 
     const std::shared_ptr<const fits::FitsImage>& image() const;
     std::shared_ptr<const sky::StarCatalog> catalogue();

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <string>
+#include <vector>
 
 #include "platform/text.h"
 
 namespace vantrel::solver {
+
+using platform::Words;
 
 namespace {
 
@@ -41,36 +45,47 @@ std::optional<double> starsExpected(const SoughtField& field, const sky::StarCat
     return static_cast<double>(stars.size());
 }
 
-std::string whyUnsolved(const StarList& stars, const SoughtField& field) {
+Words whyUnsolved(const StarList& stars, const SoughtField& field) {
     constexpr double kTooFew = 0.35, kTooMany = 8;  // times as many as the catalogue has
     const StarLook& look = stars.look;
     const double scale = field.geometry.scaleX;
     const auto found = static_cast<double>(stars.stars.size());
-    if (stars.stars.empty()) return "No stars were found: clouds, a cover, or far out of focus?";
+    if (stars.stars.empty()) return Words::tr("No stars were found: clouds, a cover, or far out of focus?");
     if (isTrailed(look))
-        return "The stars are trailed by " + whole(look.trail) + " pixels at " + whole(look.trailDeg) +
-               " degrees to the rows";
-    if (isDefocused(look, scale)) return "The stars are " + whole(look.width) + " pixels wide: out of focus?";
+        return Words::tr("The stars are trailed by %1 pixels at %2 degrees to the rows",
+                         {whole(look.trail), whole(look.trailDeg)});
+    if (isDefocused(look, scale))
+        return Words::tr("The stars are %1 pixels wide: out of focus?", {whole(look.width)});
     if (stars.stars.size() < kFewestStars)
-        return "Only " + whole(found) + " of the " + std::to_string(kFewestStars) +
-               " stars that a solution needs were found: clouds, or too short an exposure?";
+        return Words::tr(
+            "Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?",
+            {whole(found), std::to_string(kFewestStars)});
     if (field.starsExpected) {
         const double expected = std::round(*field.starsExpected);
-        const std::string where =
-            whole(found) +
-            (expected < kMostExpected ? " stars were found where about " + whole(expected)
-                                      : " stars were found where " + whole(expected) + " or more") +
-            " are expected at this scale: ";
-        if (found < kTooFew * expected) return where + "clouds, too short an exposure, or a wrong scale?";
-        if (found > kTooMany * std::max(10.0, expected)) return where + "hot pixels, or a wrong scale?";
+        const std::vector<Words> figures{whole(found), whole(expected)};
+        const Words counted =
+            expected < kMostExpected
+                ? Words::tr("%1 stars were found where about %2 are expected at this scale", figures)
+                : Words::tr("%1 stars were found where %2 or more are expected at this scale", figures);
+        if (found < kTooFew * expected)
+            return Words::tr("%1: clouds, too short an exposure, or a wrong scale?", {counted});
+        if (found > kTooMany * std::max(10.0, expected))
+            return Words::tr("%1: hot pixels, or a wrong scale?", {counted});
     }
-    const std::string sound = "The stars look sound, but no place ";
-    if (!(scale > 0)) return sound + "that was looked at fits them in fields 0.3 to 30 degrees wide";
-    const std::string wrongScale =
-        "its scale of " + platform::formatNumber(scale, "0.00") + "\" wrong by more than a seventh?";
-    if (!field.start || field.radiusDeg >= 180) return sound + "in the whole sky fits them: is " + wrongScale;
-    return sound + "within " + platform::formatNumber(field.radiusDeg, "0.0") +
-           " degrees of the start fits them: is the picture elsewhere, or " + wrongScale;
+    if (!(scale > 0))
+        return Words::tr(
+            "The stars look sound, but no place that was looked at fits them in fields 0.3 to 30 degrees "
+            "wide");
+    const std::string scaleText = platform::formatNumber(scale, "0.00");
+    if (!field.start || field.radiusDeg >= 180)
+        return Words::tr(
+            "The stars look sound, but no place in the whole sky fits them: is its scale of %1\" wrong by "
+            "more than a seventh?",
+            {scaleText});
+    return Words::tr(
+        "The stars look sound, but no place within %1 degrees of the start fits them: is the picture "
+        "elsewhere, or its scale of %2\" wrong by more than a seventh?",
+        {platform::formatNumber(field.radiusDeg, "0.0"), scaleText});
 }
 
 }  // namespace vantrel::solver

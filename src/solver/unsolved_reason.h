@@ -2,8 +2,8 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
+#include "platform/words.h"
 #include "sky/star_catalog.h"
 #include "solver/plate_field.h"
 #include "solver/star_finder.h"
@@ -24,6 +24,6 @@ std::optional<double> starsExpected(const SoughtField& field, const sky::StarCat
 
 /// The likeliest reason, as a sentence without a full stop: what the stars look like comes
 /// before how many there are, and that before where they were looked for.
-std::string whyUnsolved(const StarList& stars, const SoughtField& field);
+platform::Words whyUnsolved(const StarList& stars, const SoughtField& field);
 
 }  // namespace vantrel::solver

@@ -19,6 +19,7 @@ namespace vantrel::station {
 namespace {
 
 using platform::SolvedPicture;
+using platform::Words;
 
 constexpr std::size_t kMostPixels = 250'000'000;  // a gigabyte of them can be shown
 
@@ -76,7 +77,7 @@ struct FileSolver::Job {
     std::shared_ptr<const platform::ImageArray> pixels;
     std::shared_ptr<const solver::StarPatterns> patterns;
     std::optional<SolvedPicture> solution;
-    std::string failure, remark;
+    Words failure, remark;
 
     /// Whatever goes wrong becomes the failure.
     template <typename Work>
@@ -84,7 +85,7 @@ struct FileSolver::Job {
         try {
             work();
         } catch (const std::bad_alloc&) {
-            failure = file + " is too large for the memory of this machine";
+            failure = Words::tr("%1 is too large for the memory of this machine", {file});
         } catch (const std::exception& error) {
             failure = error.what();
         }
@@ -94,7 +95,7 @@ struct FileSolver::Job {
         attempt([this] {
             image.emplace(pictures::openPicture(path));
             if (image->height() > kMostPixels / image->width())
-                failure = file + " has more than 250 million pixels";
+                failure = Words::tr("%1 has more than 250 million pixels", {file});
             else
                 pixels = pixelsOf(*image);
         });
@@ -104,7 +105,7 @@ struct FileSolver::Job {
         attempt([this] {
             const solver::StarList found = solver::findStars(*image, {});
             if (found.stars.empty()) {
-                failure = "No stars were found in the picture";
+                failure = Words::tr("No stars were found in the picture");
                 remark = solver::whyUnsolved(found, {});
                 return;
             }
@@ -124,8 +125,8 @@ struct FileSolver::Job {
                                 solver::exposureStart(image->header()).has_value());
                 return;
             }
-            failure = "Not solved: " + std::to_string(found.stars.size()) +
-                      " stars were found, but no place in the sky fits them";
+            failure = Words::tr("Not solved: %1 stars were found, but no place in the sky fits them",
+                                {std::to_string(found.stars.size())});
         });
     }
 };

@@ -44,7 +44,7 @@ observatory::ObservatorySeams Station::seams() {
         const auto mount = surroundings_.settings.read("Main", "MyTelescopeID").value_or("");
         return devices_.mountIsReal() || systemPrograms_.installed.contains(platform::programOf(mount));
     };
-    seams.chooser = [&dialogs = surroundings_.dialogs](const std::string& title,
+    seams.chooser = [&dialogs = surroundings_.dialogs](const platform::Words& title,
                                                        const std::vector<helpers::DriverChoice>& drivers,
                                                        const std::string& current) {
         std::vector<platform::Dialogs::Choice> choices;

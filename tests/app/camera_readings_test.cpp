@@ -48,7 +48,7 @@ struct CameraInWindows : testing::Test, test::ProgramWorld {
     std::vector<std::string> binnings() {
         std::vector<std::string> texts;
         for (const auto& item : control<ComboBox>("frmPixelScale.cmbCamBin").items())
-            texts.push_back(item.text);
+            texts.push_back(item.text.english());
         return texts;
     }
 

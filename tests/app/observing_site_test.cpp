@@ -110,8 +110,9 @@ TEST_F(ObservingSiteTest, RefusesNonsenseAndKeepsTheFormerSite) {
         panel.txtSiteLat.leave();
         EXPECT_EQ(panel.txtSiteLat.text(), utility.DegreesToDMS(48.5)) << nonsense;
         EXPECT_EQ(memory.read("Main", "SiteLatitude"), "48.5") << nonsense;
-        EXPECT_THAT(messages.shown.back().text,
-                    StartsWith(platform::noSiteAngle(nonsense, platform::SiteAxis::kLatitude) + "\r\n"));
+        EXPECT_THAT(
+            messages.shown.back().text,
+            StartsWith(platform::noSiteAngle(nonsense, platform::SiteAxis::kLatitude).english() + "\r\n"));
         EXPECT_EQ(log.lines.back(), messages.shown.back().text);
     }
     EXPECT_EQ(memory.read("Main", "SiteLongitude"), "-11.25");

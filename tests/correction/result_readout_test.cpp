@@ -49,8 +49,8 @@ TEST(Advice, SendsTheUpperEndOfTheAxisBackToThePole) {
                                             std::sin(phi) * up + std::cos(phi) * north};
         const engine::AxisOffset offset = engine::offsetFromPole(
             engine::northernEnd(engine::writtenError(axis)), c.latitude, std::abs(c.latitude));
-        EXPECT_EQ(azimuthAdvice(offset), c.turn) << c.latitude;
-        EXPECT_EQ(elevationAdvice(offset), c.move) << c.latitude;
+        EXPECT_EQ(azimuthAdvice(offset).english(), c.turn) << c.latitude;
+        EXPECT_EQ(elevationAdvice(offset).english(), c.move) << c.latitude;
     }
 }
 
@@ -135,7 +135,7 @@ TEST(NeededTolerance, FollowsFromOpticsAndExposures) {
     };
     for (const auto& row : rows) {
         const NeededTolerance needed = neededTolerance(row.pictures);
-        EXPECT_EQ(needed.words, row.words);
+        EXPECT_EQ(needed.words.english(), row.words);
         EXPECT_EQ(needed.arcMinutes.has_value(), std::isdigit(row.words[0]) && row.pictures.exposure > 0);
     }
 }

@@ -252,6 +252,7 @@ TEST(SourceTexts, ArePutTogetherAsTheProgramDoesIt) {
         {"a wrapped literal", R"(popUp(std::string(" Connecting ") + name + "!", 5);)", {" Connecting …!"}},
         {"calls within namespaces", R"(log("try " + std::to_string(n) + " of " + x);)", {"try … of …"}},
         {"what stands before", R"(return name + " is connected";)", {"… is connected"}},
+        {"a pattern", R"(Words::tr("Plate %1 of %2", {"3", n});)", {"Plate … of …", "3"}},
     };
     for (const auto& c : cases) {
         std::vector<std::string> found;

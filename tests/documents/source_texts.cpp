@@ -72,7 +72,10 @@ class Tokens {
     std::string quoted(char quote) {
         std::string text;
         for (++at_; at_ < source_.size() && source_[at_] != quote; ++at_) {
-            if (source_[at_] != '\\') {
+            if (source_[at_] == '%' && source_[at_ + 1] >= '1' && source_[at_ + 1] <= '9') {
+                text += kEllipsis;  // of words' pattern
+                ++at_;
+            } else if (source_[at_] != '\\') {
                 text += source_[at_];
             } else {
                 const char escaped = source_[++at_];

@@ -10,7 +10,7 @@ struct SourceText {
     std::string file;
     int line = 0;
     /// Literals joined by + as one text, with "…" for everything between them: "Plate … Solved". Lines that
-    /// follow each other are parted by a blank.
+    /// follow each other are parted by a blank. A pattern's places are "…", too.
     std::string text;
     /// The functions in whose arguments it stands, the innermost last.
     std::vector<std::string> calls;

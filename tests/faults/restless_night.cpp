@@ -111,7 +111,7 @@ class Night::Restless {
             box->type(dice_.among(kTexts));
             box->leave();
         } else if (auto* list = dynamic_cast<ComboBox*>(control); list != nullptr && !list->items().empty()) {
-            list->choose(list->items()[dice_.below(list->items().size())].text);
+            list->choose(list->items()[dice_.below(list->items().size())].text.english());
         }
     }
 

@@ -30,12 +30,14 @@ class DriversTest : public testing::Test {
 
 TEST_F(DriversTest, ChooserOffersTheDriversOfTheType) {
     std::vector<std::string> shown;
-    ChooserObject chooser(classes_, [&](const std::string& title, const std::vector<DriverChoice>& drivers,
-                                        const std::string& current) {
-        shown = {title, current};
-        for (const DriverChoice& driver : drivers) shown.push_back(driver.progId + "=" + driver.description);
-        return "Two.Telescope";
-    });
+    ChooserObject chooser(classes_,
+                          [&](const platform::Words& title, const std::vector<DriverChoice>& drivers,
+                              const std::string& current) {
+                              shown = {title.english(), current};
+                              for (const DriverChoice& driver : drivers)
+                                  shown.push_back(driver.progId + "=" + driver.description);
+                              return "Two.Telescope";
+                          });
     EXPECT_EQ(chooser.call("Choose", {"One.Telescope"}).toText(), "Two.Telescope");
     EXPECT_THAT(shown, ElementsAre("Telescope Chooser", "One.Telescope", "One.Telescope=The first mount",
                                    "Two.Telescope=The second mount"));

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/automation.h"
+#include "platform/form.h"
+
 namespace vantrel::platform {
 namespace {
 
@@ -37,6 +40,33 @@ TEST(Words, ArePutTogetherInAnyLanguage) {
         EXPECT_EQ(c.words.in(loudly), c.loud) << c.why;
         EXPECT_EQ(c.words.empty(), c.words.english().empty()) << c.why;
     }
+}
+
+TEST(Words, AreReadInEnglishFromControls) {
+    Screen screen{{}};
+    Form form(screen, "frmOne", Words::tr("star"), {});
+    Label label(form, "lblOne", "star");
+    int changes = 0;
+    const Subscription changed = label.changed.subscribe([&] { ++changes; });
+    label.setCaption(Words::tr("star"));
+    label.setCaption(Words::tr("star"));
+    EXPECT_EQ(changes, 1) << "windows may show it otherwise now";
+    label.setToolTip(Words::tr("%1 of %2", {"3", "9"}));
+    EXPECT_EQ(form.title() + ", " + label.caption() + ", " + label.toolTip(), "star, star, 3 of 9");
+    ComboBox list(form, "cmbOne");
+    list.addItem(Words::tr("star"));
+    form.show();
+    EXPECT_TRUE(list.choose("star"));
+    EXPECT_EQ(list.textWords(), Words::tr("star"));
+}
+
+TEST(Words, TravelWithTheirEnglishText) {
+    const Value value = Words::tr("star");
+    EXPECT_EQ(value, Value("star"));
+    EXPECT_EQ(value.toText(), "star");
+    EXPECT_EQ(Value(value).toWords(), Words::tr("star"));
+    EXPECT_EQ(Value("star").toWords(), Words("star"));
+    EXPECT_EQ(Value(3).toWords(), Words("3"));
 }
 
 }  // namespace

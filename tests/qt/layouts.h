@@ -6,6 +6,7 @@
 #include <optional>
 #include <ostream>
 
+#include "correction/result_readout.h"
 #include "qt/forms.h"
 #include "qt/in_german.h"
 
@@ -39,6 +40,7 @@ class WithLayout {
 
 /// Everything shown and filled with the longest texts that occur.
 inline void fill(Forms& forms) {
+    using platform::Words;
     for (platform::Form* form : forms.screen.forms()) form->show();
     forms.main.run.optSlewEast.select();
     forms.main.plateSolve.framePP.setVisible(true);
@@ -48,14 +50,17 @@ inline void fill(Forms& forms) {
     forms.main.plateSolve.lblCatTest.setCaption("Test passed\r\n(see log)");
     forms.main.errorPlot.txtRARange.setText("90.0000");
     forms.main.errorPlot.txtDecError.setText("-10.1243");
-    forms.main.result.lblAzimuthAdvice.setCaption("Azimuth 118.8' too far east: turn west");
-    forms.main.result.lblElevationAdvice.setCaption("Elevation 118.8' too high: lower");
-    forms.main.result.lblTotal.setCaption("Total 118.8' ± 118.8″, measured at 22:22");
-    forms.main.result.lblVerdict.setCaption("Not yet within 10.0'");
-    forms.main.run.lblProgress.setCaption("Plate 2 of 3: exposing, 16 of 20 s; about 1 min 40 s left");
-    forms.main.status.cmdMountStatus.setCaption("Mount failed");
-    forms.main.status.cmdCameraStatus.setCaption("Camera failed");
-    forms.main.status.cmdSolverStatus.setCaption("Solver ready");
+    forms.main.result.lblAzimuthAdvice.setCaption(correction::azimuthAdvice({.azimuth = 118.8}));
+    forms.main.result.lblElevationAdvice.setCaption(correction::elevationAdvice({.elevation = 118.8}));
+    forms.main.result.lblTotal.setCaption(
+        Words::tr("Total %1, measured at %2", {"118.8' ± 118.8″", "22:22"}));
+    forms.main.result.lblVerdict.setCaption(Words::tr("Not yet within %1", {"10.0'"}));
+    const Words exposing = Words::tr("%1: exposing", {Words::tr("Plate %1 of %2", {"2", "3"})});
+    forms.main.run.lblProgress.setCaption(
+        Words::tr("%1; about %2 left", {Words::tr("%1, %2 of %3 s", {exposing, "16", "20"}), "1 min 40 s"}));
+    forms.main.status.cmdMountStatus.setCaption(Words::tr("Mount ready"));
+    forms.main.status.cmdCameraStatus.setCaption(Words::tr("Camera failed"));
+    forms.main.status.cmdSolverStatus.setCaption(Words::tr("Solver ready"));
     forms.main.guidance.lblStarToTarget.setCaption("star to target 999.9' (9999 px)");
     forms.main.guidance.setReadingsVisible(true);
     forms.main.run.cmdExpose.setCaption("Stoping Exp.");
@@ -76,15 +81,17 @@ inline void fill(Forms& forms) {
     for (platform::TextBox* box : {&mount.txtAzimuthError, &mount.txtElevationError}) box->setText("-120.00");
     for (platform::TextBox* box : {&mount.txtRA, &mount.txtHourAngle, &mount.txtAltitude})
         box->setText("23h 59m E");
-    mount.lblState.setCaption("Standing still");
-    mount.cmbStar.setText("Kaus Australis, -34°, 5h 50m east - to sync on");
-    mount.lblField.setCaption("10.00\" a pixel, 10.39° by 10.04°");
+    mount.lblState.setCaption(Words::tr("Standing still"));
+    mount.cmbStar.setText(
+        Words::tr("%1 - to sync on", {Words::tr("%1, %2, %3 east", {"Kaus Australis", "-34°", "5h 50m"})}));
+    mount.lblField.setCaption(Words::tr("%1 a pixel, %2 by %3", {"10.00\"", "10.39°", "10.04°"}));
     mount.lblStatus.setCaption("The mount can't slew to coordinates while it isn't tracking");
     plot.lblRightOfPole.setCaption(" Right of pole");
     forms.adjust.lblPhone.setCaption("http://192.168.188.188:41233/0123456789abcdef0123456789abcdef/");
     auto& plate = forms.solvePicture;
-    plate.lblOutcome.setCaption(
-        "Solved in 12.3 s by 1234 stars, off by 0.41\" on average; the picture is mirrored");
+    plate.lblOutcome.setCaption(Words::tr(
+        "%1; the picture is mirrored",
+        {Words::tr("Solved in %1 s by %2 stars, off by %3\" on average", {"12.3", "1234", "0.41"})}));
     plate.txtCentreRA.setText("23h 59m 59.999s");
     plate.txtCentreDec.setText("-89° 59' 59.99\"");
     plate.txtScale.setText("100.1234 x 100.1234");

@@ -71,7 +71,8 @@ TEST(WhyUnsolved, NamesWhatIsMissingWithFigures) {
          {{1000, 800, 0, 0, 1}, {}, 180, {}},
          "The stars look sound, but no place that"},
     };
-    for (const auto& c : cases) EXPECT_THAT(whyUnsolved(c.stars, c.field), StartsWith(c.says)) << c.why;
+    for (const auto& c : cases)
+        EXPECT_THAT(whyUnsolved(c.stars, c.field).english(), StartsWith(c.says)) << c.why;
 }
 
 TEST(StarsExpected, CountsTheFieldOrGoesByTheMean) {

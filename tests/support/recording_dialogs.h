@@ -20,14 +20,15 @@ class RecordingDialogs : public platform::Dialogs {
     std::vector<std::string> titles;  // of the dialogs for folders and files, and of choosers
     std::deque<std::string> answers;  // to the next of them; none: cancelled
 
-    void messageBox(const std::string& title, const std::string& text, Icon icon, Buttons buttons) override {
-        boxes.push_back({title, text, icon, buttons});
+    void messageBox(const std::string& title, const platform::Words& text, Icon icon,
+                    Buttons buttons) override {
+        boxes.push_back({title, text.english(), icon, buttons});
     }
-    std::string chooseFolder(const std::string& title) override { return answer(title); }
-    std::string chooseFile(const std::string& title) override { return answer(title); }
-    std::string choose(const std::string& title, const std::vector<Choice>& /*choices*/,
+    std::string chooseFolder(const platform::Words& title) override { return answer(title.english()); }
+    std::string chooseFile(const platform::Words& title) override { return answer(title.english()); }
+    std::string choose(const platform::Words& title, const std::vector<Choice>& /*choices*/,
                        const std::string& /*current*/) override {
-        return answer(title);
+        return answer(title.english());
     }
 
   private:

@@ -3,6 +3,9 @@
 #include <algorithm>
 
 namespace vantrel::observatory {
+
+using platform::Words;
+
 namespace {
 
 /// In the lower right corner, beside the window that the operator reads meanwhile.
@@ -21,13 +24,13 @@ frmSimulator::Adjuster::Adjuster(Form& form, const std::string& name)
             platform::Button(form, name + "(4)", "1'"),   platform::Button(form, name + "(5)", "10'")} {}
 
 frmSimulator::frmSimulator(platform::Screen& screen)
-    : Form(screen, "frmSimulator", "Polar Axis Simulator", firstPlace(screen.workArea())),
+    : Form(screen, "frmSimulator", Words::tr("Polar Axis Simulator"), firstPlace(screen.workArea())),
       txtAzimuthError(*this, "txtAzimuthError"),
       txtElevationError(*this, "txtElevationError"),
       azimuth(*this, "cmdAzimuth"),
       elevation(*this, "cmdElevation"),
-      chkShowError(*this, "chkShowError", "Show the error"),
-      cmdAskew(*this, "cmdAskew", "Set It Askew"),
+      chkShowError(*this, "chkShowError", Words::tr("Show the error")),
+      cmdAskew(*this, "cmdAskew", Words::tr("Set It Askew")),
       txtRA(*this, "txtRA"),
       txtDec(*this, "txtDec"),
       txtHourAngle(*this, "txtHourAngle"),
@@ -37,14 +40,14 @@ frmSimulator::frmSimulator(platform::Screen& screen)
       cmdSouth(*this, "cmdSouth", "S"),
       cmdEast(*this, "cmdEast", "E"),
       cmdWest(*this, "cmdWest", "W"),
-      cmdHalt(*this, "cmdHalt", "Halt"),
+      cmdHalt(*this, "cmdHalt", Words::tr("Halt")),
       cmbRate(*this, "cmbRate"),
-      chkTracking(*this, "chkTracking", "Tracking"),
+      chkTracking(*this, "chkTracking", Words::tr("Tracking")),
       cmbStar(*this, "cmbStar"),
       lblStarHint(*this, "lblStarHint", ""),
-      cmdGoToStar(*this, "cmdGoToStar", "Go To"),
-      cmdCenterStar(*this, "cmdCenterStar", "Center"),
-      cmdSync(*this, "cmdSync", "Sync"),
+      cmdGoToStar(*this, "cmdGoToStar", Words::tr("Go To")),
+      cmdCenterStar(*this, "cmdCenterStar", Words::tr("Center")),
+      cmdSync(*this, "cmdSync", Words::tr("Sync")),
       txtLatitude(*this, "txtLatitude"),
       txtLongitude(*this, "txtLongitude"),
       txtFocalLength(*this, "txtFocalLength"),
@@ -67,18 +70,19 @@ frmSimulator::frmSimulator(platform::Screen& screen)
       txtPeriodicError(*this, "txtPeriodicError"),
       txtWormPeriod(*this, "txtWormPeriod"),
       txtClockError(*this, "txtClockError"),
-      chkMirrored(*this, "chkMirrored", "Mirrored"),
-      chkRefraction(*this, "chkRefraction", "Refraction"),
+      chkMirrored(*this, "chkMirrored", Words::tr("Mirrored")),
+      chkRefraction(*this, "chkRefraction", Words::tr("Refraction")),
       lblField(*this, "lblField", ""),
       lblStatus(*this, "lblStatus", "") {
     for (platform::TextBox* readout : {&txtRA, &txtDec, &txtHourAngle, &txtAltitude})
         readout->setReadOnly(true);
     for (platform::TextBox* error : {&txtAzimuthError, &txtElevationError})
         error->setAlignment(platform::Alignment::kCentre);
-    txtHotPixels.setToolTip("How many, or below 1 the share of all pixels");
-    txtDeclinationJumpSlew.setToolTip("Counted from the last change of the jump; 1 is the next slew");
+    txtHotPixels.setToolTip(Words::tr("How many, or below 1 the share of all pixels"));
+    txtDeclinationJumpSlew.setToolTip(
+        Words::tr("Counted from the last change of the jump; 1 is the next slew"));
     chkShowError.setValue(1);
-    cmdAskew.setToolTip("Somewhere within two degrees, without telling where");
+    cmdAskew.setToolTip(Words::tr("Somewhere within two degrees, without telling where"));
 }
 
 }  // namespace vantrel::observatory

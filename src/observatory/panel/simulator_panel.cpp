@@ -12,16 +12,24 @@
 namespace vantrel::observatory {
 
 using platform::formatNumber;
+using platform::Words;
 using sky::kDegree;
 
 namespace {
 
-struct Rate {
-    const char* name;
-    double arcmin;  // a press
+/// What the operator wrote can't be used.
+struct Refused {
+    Words why;
 };
-constexpr std::array kRates{Rate{"15\" a press", 0.25}, Rate{"2' a press", 2}, Rate{"15' a press", 15},
-                            Rate{"2° a press", 120}};
+
+/// A press of the hand controller.
+struct Rate {
+    const char* angle;
+    double arcmin;
+
+    Words name() const { return Words::tr("%1 a press", {angle}); }
+};
+constexpr std::array kRates{Rate{"15\"", 0.25}, Rate{"2'", 2}, Rate{"15'", 15}, Rate{"2°", 120}};
 
 /// 1.5 as "1h 30m".
 std::string hoursAndMinutes(double hours) {
@@ -34,26 +42,26 @@ std::string signedDegrees(double degrees, const char* pattern) {
 }
 
 /// How far from the meridian, in steps of ten minutes, so that the list keeps still.
-std::string meridianDistance(double hourAngle) {
-    const double rounded = std::round(hourAngle * 6) / 6;
-    if (rounded == 0) return "on the meridian";
-    return hoursAndMinutes(rounded) + (rounded < 0 ? " east" : " west");
+Words whereItStands(const StarNow& star) {
+    const std::string name = brightStars()[star.index].name;
+    const std::string declination = signedDegrees(star.place.declination, "0");
+    const double rounded = std::round(star.hourAngle * 6) / 6;
+    if (rounded == 0) return Words::tr("%1, %2, on the meridian", {name, declination});
+    const std::string hours = hoursAndMinutes(rounded);
+    return rounded < 0 ? Words::tr("%1, %2, %3 east", {name, declination, hours})
+                       : Words::tr("%1, %2, %3 west", {name, declination, hours});
 }
 
-const char* verdict(Suitability suitability) {
-    switch (suitability) {
+Words entryOf(const StarNow& star) {
+    const Words where = whereItStands(star);
+    switch (star.suitability) {
         case Suitability::kBest:
-            return "best";
+            return Words::tr("%1 - best", {where});
         case Suitability::kGood:
-            return "good";
+            return Words::tr("%1 - good", {where});
         default:
-            return "to sync on";
+            return Words::tr("%1 - to sync on", {where});
     }
-}
-
-std::string entryOf(const StarNow& star) {
-    return brightStars()[star.index].name + ", " + signedDegrees(star.place.declination, "0") + ", " +
-           meridianDistance(star.hourAngle) + " - " + verdict(star.suitability);
 }
 
 }  // namespace
@@ -125,8 +133,8 @@ void SimulatorPanel::tieAdjusters() {
 }
 
 void SimulatorPanel::tieMount() {
-    for (const Rate& rate : kRates) window_.cmbRate.addItem(rate.name);
-    window_.cmbRate.setText(kRates[1].name);
+    for (const Rate& rate : kRates) window_.cmbRate.addItem(rate.name());
+    window_.cmbRate.setText(kRates[1].name());
     window_.cmdNorth.onClick = [this] { nudge(0, 1); };
     window_.cmdSouth.onClick = [this] { nudge(0, -1); };
     window_.cmdEast.onClick = [this] { nudge(1, 0); };
@@ -162,6 +170,8 @@ void SimulatorPanel::attempt(const std::function<void()>& wish) {
     try {
         wish();
         if (simulator_) refresh();
+    } catch (const Refused& refused) {
+        window_.lblStatus.setCaption(refused.why);
     } catch (const platform::OperationError& error) {
         window_.lblStatus.setCaption(error.description());
     }
@@ -193,7 +203,7 @@ void SimulatorPanel::refreshMount() {
         for (platform::TextBox* readout :
              {&window_.txtRA, &window_.txtDec, &window_.txtHourAngle, &window_.txtAltitude})
             readout->setText("");
-        window_.lblState.setCaption("Not connected");
+        window_.lblState.setCaption(Words::tr("Not connected"));
         return;
     }
     const double ra = number("RightAscension");
@@ -202,10 +212,10 @@ void SimulatorPanel::refreshMount() {
     const double hourAngle = std::remainder(number("SiderealTime") - ra, 24);
     window_.txtHourAngle.setText(hoursAndMinutes(hourAngle) + (hourAngle < 0 ? " E" : " W"));
     window_.txtAltitude.setText(signedDegrees(number("Altitude"), "0.0"));
-    window_.lblState.setCaption(simulator_->get("Slewing").toBool()    ? "Slewing"
-                                : simulator_->get("AtPark").toBool()   ? "Parked"
-                                : simulator_->get("Tracking").toBool() ? "Tracking"
-                                                                       : "Standing still");
+    window_.lblState.setCaption(simulator_->get("Slewing").toBool()    ? Words::tr("Slewing")
+                                : simulator_->get("AtPark").toBool()   ? Words::tr("Parked")
+                                : simulator_->get("Tracking").toBool() ? Words::tr("Tracking")
+                                                                       : Words::tr("Standing still"));
     followCentering();
 }
 
@@ -223,16 +233,17 @@ void SimulatorPanel::refreshStars() {
         if (star.index == star_) window_.cmbStar.setText(entryOf(star));
     for (platform::Button* button : {&window_.cmdGoToStar, &window_.cmdCenterStar, &window_.cmdSync})
         button->setEnabled(star_.has_value());
-    window_.lblStarHint.setCaption(
+    window_.lblStarHint.setCaption(Words::tr(
         "Correct on a star near the meridian and near the equator: that is what the mark is made for. The "
-        "list begins with the best.");
+        "list begins with the best."));
 }
 
 void SimulatorPanel::refreshField() {
     const double scale = std::atan(number("PixelSize") / 1000 / number("FocalLength")) / kDegree;  // degrees
-    window_.lblField.setCaption(formatNumber(scale * 3600, "0.00") + "\" a pixel, " +
-                                formatNumber(scale * number("CameraWidth"), "0.00") + "° by " +
-                                formatNumber(scale * number("CameraHeight"), "0.00") + "°");
+    window_.lblField.setCaption(Words::tr(
+        "%1 a pixel, %2 by %3",
+        {formatNumber(scale * 3600, "0.00") + "\"", formatNumber(scale * number("CameraWidth"), "0.00") + "°",
+         formatNumber(scale * number("CameraHeight"), "0.00") + "°"}));
 }
 
 // ---- what the operator does
@@ -253,18 +264,15 @@ void SimulatorPanel::put(Field& field) {
 
 double SimulatorPanel::numberIn(const Field& field) {
     const std::string& text = field.box.text();
-    const auto refuse = [](const std::string& why) {
-        return platform::OperationError(platform::error_number::kTypeMismatch, "", why);
-    };
     if (field.axis) {
         const auto angle = platform::readSiteAngle(text, *field.axis);
         if (!angle)
-            throw refuse(platform::noSiteAngle(text, *field.axis) + ". " +
-                         platform::howToWriteSiteAngle(*field.axis));
+            throw Refused{Words::tr("%1. %2", {platform::noSiteAngle(text, *field.axis),
+                                               platform::howToWriteSiteAngle(*field.axis)})};
         return angle->degrees;
     }
     const auto value = platform::parseNumber(text);
-    if (!value) throw refuse(text + " is no number");
+    if (!value) throw Refused{Words::tr("%1 is no number", {text})};
     return *value;
 }
 
@@ -301,7 +309,7 @@ void SimulatorPanel::nudge(double raStep, double decStep) {
     attempt([&] {
         double step = kRates[0].arcmin;
         for (const Rate& rate : kRates)
-            if (window_.cmbRate.text() == rate.name) step = rate.arcmin;
+            if (window_.cmbRate.text() == rate.name().english()) step = rate.arcmin;
         if (!simulator_->get("Slewing").toBool()) aim_ = {number("RightAscension"), number("Declination")};
         const double narrow = std::max(0.02, std::cos(aim_.declination * kDegree));
         slewTo(aim_.rightAscension + raStep * step / 60 / 15 / narrow,
@@ -341,13 +349,14 @@ void SimulatorPanel::followCentering() {
     const double off = 3600 * std::hypot(15 * east * std::cos(place.declination * kDegree), north);
     if (off < kNearEnough || centering_->slewsLeft == 0) {
         window_.lblStatus.setCaption(
-            star.name + (off < kNearEnough ? " is in the middle of the picture."
-                                           : " is " + formatNumber(off, "0") + "\" off the middle."));
+            off < kNearEnough
+                ? Words::tr("%1 is in the middle of the picture.", {star.name})
+                : Words::tr("%1 is %2 off the middle.", {star.name, formatNumber(off, "0") + "\""}));
         centering_.reset();
         return;
     }
     --centering_->slewsLeft;
-    window_.lblStatus.setCaption("Centering " + star.name);
+    window_.lblStatus.setCaption(Words::tr("Centering %1", {star.name}));
     slewTo(number("RightAscension") + east, number("Declination") + north);
 }
 
@@ -356,7 +365,7 @@ void SimulatorPanel::sync() {
         const BrightStar& star = brightStars()[*star_];
         const PlaceOfDate place = placeOfDate(star, loop_.clock().utc());
         simulator_->call("SyncToCoordinates", {place.rightAscension, place.declination});
-        window_.lblStatus.setCaption("Synced on " + star.name);
+        window_.lblStatus.setCaption(Words::tr("Synced on %1", {star.name}));
     });
 }
 

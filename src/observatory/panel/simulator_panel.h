@@ -66,6 +66,7 @@ class SimulatorPanel {
 
     double number(const char* member) const;
     std::string textFor(const Field& field) const;
+    /// Throws what to tell the operator when his text is none.
     static double numberIn(const Field& field);
     /// Runs the operator's wish and shows what came of it; what goes wrong becomes the status.
     void attempt(const std::function<void()>& wish);

@@ -486,10 +486,6 @@ erscheinen hier.</translation>
         <translation>Dek</translation>
     </message>
     <message>
-        <source>Hour angle</source>
-        <translation>Stundenwinkel</translation>
-    </message>
-    <message>
         <source>Altitude</source>
         <translation>Höhe</translation>
     </message>
@@ -520,10 +516,6 @@ erscheinen hier.</translation>
     <message>
         <source>pixels</source>
         <translation>Pixel</translation>
-    </message>
-    <message>
-        <source>Height</source>
-        <translation>Höhe</translation>
     </message>
     <message>
         <source>Rotation</source>
@@ -752,691 +744,6 @@ erscheinen hier.</translation>
     <message>
         <source>Opens the folder</source>
         <translation>Öffnet den Ordner</translation>
-    </message>
-</context>
-<context>
-    <name>dialog</name>
-    <message>
-        <source>This computer has no system-information viewer.</source>
-        <translation>Auf diesem Rechner gibt es kein Programm für Systeminformationen.</translation>
-    </message>
-    <message>
-        <source>Telescope Chooser</source>
-        <translation>Teleskop wählen</translation>
-    </message>
-    <message>
-        <source>Choose a picture</source>
-        <translation>Ein Bild wählen</translation>
-    </message>
-</context>
-<context>
-    <name>frmAbout</name>
-    <message>
-        <source>Measures where the polar axis of a telescope mount points and guides its correction.
-Written by the Vantrel developers.</source>
-        <translation>Misst, wohin die Polachse einer Teleskopmontierung zeigt, und leitet ihre Korrektur an.
-Geschrieben von den Vantrel-Entwicklern.</translation>
-    </message>
-    <message>
-        <source>This program moves your telescope. It comes without any warranty: watch the mount while it slews, and keep its cables and the sky around the Sun clear.</source>
-        <translation>Dieses Programm bewegt Ihr Teleskop. Es kommt ohne jede Gewährleistung: Beobachten Sie die Montierung, während sie schwenkt, achten Sie auf die Kabel und meiden Sie den Himmel um die Sonne.</translation>
-    </message>
-    <message>
-        <source>System Info...</source>
-        <translation>Systeminfo …</translation>
-    </message>
-</context>
-<context>
-    <name>frmDevices</name>
-    <message>
-        <source>Tell the mount site and time</source>
-        <translation>Der Montierung Ort und Zeit mitteilen</translation>
-    </message>
-    <message>
-        <source>Stop ends slews</source>
-        <translation>Stop beendet Schwenks</translation>
-    </message>
-    <message>
-        <source>Name and port, such as localhost:7624; blanks between several</source>
-        <translation>Name und Port, etwa localhost:7624; Leerzeichen zwischen mehreren</translation>
-    </message>
-    <message>
-        <source>Name and port, such as 192.168.4.1:11111, of servers that no search finds</source>
-        <translation>Name und Port, etwa 192.168.4.1:11111, von Servern, die keine Suche findet</translation>
-    </message>
-    <message>
-        <source>Servers are searched for at this port of the network</source>
-        <translation>An diesem Port des Netzes wird nach Servern gesucht</translation>
-    </message>
-    <message>
-        <source>An INDI mount's serial port, such as /dev/ttyUSB0; empty leaves it to the driver</source>
-        <translation>Serieller Anschluss einer INDI-Montierung, etwa /dev/ttyUSB0; leer überlässt ihn dem Treiber</translation>
-    </message>
-    <message>
-        <source>9600, say; empty leaves it to the driver</source>
-        <translation>Etwa 9600; leer überlässt sie dem Treiber</translation>
-    </message>
-    <message>
-        <source>Set an INDI mount's site and time to this program's on connecting</source>
-        <translation>Beim Verbinden Ort und Zeit einer INDI-Montierung nach diesem Programm stellen</translation>
-    </message>
-    <message>
-        <source>Stop and closing the program stop a mount that is slewing</source>
-        <translation>Stop und das Schließen des Programms halten eine schwenkende Montierung an</translation>
-    </message>
-    <message>
-        <source>Cool the camera to</source>
-        <translation>Kamera kühlen auf</translation>
-    </message>
-    <message>
-        <source>Empty leaves the gain that the camera has</source>
-        <translation>Leer lässt die Verstärkung, die die Kamera hat</translation>
-    </message>
-    <message>
-        <source>Empty leaves the offset that the camera has</source>
-        <translation>Leer lässt den Offset, den die Kamera hat</translation>
-    </message>
-    <message>
-        <source>Without it a cooler that another program has switched on goes on</source>
-        <translation>Ohne das läuft eine Kühlung weiter, die ein anderes Programm eingeschaltet hat</translation>
-    </message>
-    <message>
-        <source>The camera is not connected</source>
-        <translation>Die Kamera ist nicht verbunden</translation>
-    </message>
-    <message>
-        <source>This camera has none</source>
-        <translation>Hat diese Kamera nicht</translation>
-    </message>
-    <message>
-        <source>This camera has no cooler</source>
-        <translation>Diese Kamera hat keine Kühlung</translation>
-    </message>
-    <message>
-        <source>%1, can't be set</source>
-        <translation>%1, nicht einstellbar</translation>
-    </message>
-    <message>
-        <source>%1, takes %2 to %3</source>
-        <translation>%1, möglich %2 bis %3</translation>
-    </message>
-    <message>
-        <source>%1 °C, cooler at %2 %</source>
-        <translation>%1 °C, Kühlung bei %2 %</translation>
-    </message>
-    <message>
-        <source>%1 °C, cooler on</source>
-        <translation>%1 °C, Kühlung an</translation>
-    </message>
-    <message>
-        <source>%1 °C, cooler off</source>
-        <translation>%1 °C, Kühlung aus</translation>
-    </message>
-    <message>
-        <source>%1 °C, no cooler</source>
-        <translation>%1 °C, keine Kühlung</translation>
-    </message>
-    <message>
-        <source>cooler at %1 %</source>
-        <translation>Kühlung bei %1 %</translation>
-    </message>
-    <message>
-        <source>cooler on</source>
-        <translation>Kühlung an</translation>
-    </message>
-    <message>
-        <source>cooler off</source>
-        <translation>Kühlung aus</translation>
-    </message>
-</context>
-<context>
-    <name>frmSimulator</name>
-    <message>
-        <source>Polar Axis Simulator</source>
-        <translation>Polachsensimulator</translation>
-    </message>
-    <message>
-        <source>Show the error</source>
-        <translation>Fehler zeigen</translation>
-    </message>
-    <message>
-        <source>Set It Askew</source>
-        <translation>Verstellen</translation>
-    </message>
-    <message>
-        <source>Somewhere within two degrees, without telling where</source>
-        <translation>Irgendwohin innerhalb von zwei Grad, ohne zu sagen, wohin</translation>
-    </message>
-    <message>
-        <source>Halt</source>
-        <translation>Halt</translation>
-    </message>
-    <message>
-        <source>Tracking</source>
-        <translation>Nachführung</translation>
-    </message>
-    <message>
-        <source>Go To</source>
-        <translation>Anfahren</translation>
-    </message>
-    <message>
-        <source>Center</source>
-        <translation>Zentrieren</translation>
-    </message>
-    <message>
-        <source>Sync</source>
-        <translation>Abgleichen</translation>
-    </message>
-    <message>
-        <source>Mirrored</source>
-        <translation>Gespiegelt</translation>
-    </message>
-    <message>
-        <source>Refraction</source>
-        <translation>Refraktion</translation>
-    </message>
-    <message>
-        <source>Counted from the last change of the jump; 1 is the next slew</source>
-        <translation>Gezählt von der letzten Änderung des Sprungs an; 1 ist der nächste Schwenk</translation>
-    </message>
-    <message>
-        <source>How many, or below 1 the share of all pixels</source>
-        <translation>Wie viele, oder unter 1 der Anteil an allen Pixeln</translation>
-    </message>
-    <message>
-        <source>Not connected</source>
-        <translation>Nicht verbunden</translation>
-    </message>
-    <message>
-        <source>Slewing</source>
-        <translation>Schwenkt</translation>
-    </message>
-    <message>
-        <source>Parked</source>
-        <translation>Geparkt</translation>
-    </message>
-    <message>
-        <source>Standing still</source>
-        <translation>Steht</translation>
-    </message>
-    <message>
-        <source>%1 a press</source>
-        <translation>%1 je Druck</translation>
-    </message>
-    <message>
-        <source>Correct on a star near the meridian and near the equator: that is what the mark is made for. The list begins with the best.</source>
-        <translation>Korrigieren Sie an einem Stern nahe dem Meridian und dem Äquator: Dafür ist die Marke gemacht. Die Liste beginnt mit den besten.</translation>
-    </message>
-    <message>
-        <source>%1 a pixel, %2 by %3</source>
-        <translation>%1 je Pixel, %2 mal %3</translation>
-    </message>
-    <message>
-        <source>%1 is no number</source>
-        <translation>%1 ist keine Zahl</translation>
-    </message>
-    <message>
-        <source>%1 is no latitude. Write it like 48d 30m 15.0s, south with S or a minus sign</source>
-        <translation>%1 ist keine Breite. Zum Beispiel: 48d 30m 15.0s, Süden mit S oder Minuszeichen</translation>
-    </message>
-    <message>
-        <source>%1 is no longitude. Write it like 48d 30m 15.0s, west with W or a minus sign</source>
-        <translation>%1 ist keine Länge. Zum Beispiel: 48d 30m 15.0s, Westen mit W oder Minuszeichen</translation>
-    </message>
-    <message>
-        <source>%1 is in the middle of the picture.</source>
-        <translation>%1 steht in der Bildmitte.</translation>
-    </message>
-    <message>
-        <source>%1 is %2 off the middle.</source>
-        <translation>%1 steht %2 neben der Mitte.</translation>
-    </message>
-    <message>
-        <source>Centering %1</source>
-        <translation>%1 wird zentriert</translation>
-    </message>
-    <message>
-        <source>Synced on %1</source>
-        <translation>Auf %1 abgeglichen</translation>
-    </message>
-    <message>
-        <source>%1, on the meridian - best</source>
-        <translation>%1, im Meridian - am besten</translation>
-    </message>
-    <message>
-        <source>%1, on the meridian - good</source>
-        <translation>%1, im Meridian - gut</translation>
-    </message>
-    <message>
-        <source>%1, on the meridian - to sync on</source>
-        <translation>%1, im Meridian - zum Abgleichen</translation>
-    </message>
-    <message>
-        <source>%1 west - best</source>
-        <translation>%1 westlich - am besten</translation>
-    </message>
-    <message>
-        <source>%1 west - good</source>
-        <translation>%1 westlich - gut</translation>
-    </message>
-    <message>
-        <source>%1 west - to sync on</source>
-        <translation>%1 westlich - zum Abgleichen</translation>
-    </message>
-    <message>
-        <source>%1 east - best</source>
-        <translation>%1 östlich - am besten</translation>
-    </message>
-    <message>
-        <source>%1 east - good</source>
-        <translation>%1 östlich - gut</translation>
-    </message>
-    <message>
-        <source>%1 east - to sync on</source>
-        <translation>%1 östlich - zum Abgleichen</translation>
-    </message>
-</context>
-<context>
-    <name>frmMain</name>
-    <message>
-        <source>Azimuth %1 too far east: turn west</source>
-        <translation>Azimut %1 zu weit Ost: nach West drehen</translation>
-    </message>
-    <message>
-        <source>Azimuth %1 too far west: turn east</source>
-        <translation>Azimut %1 zu weit West: nach Ost drehen</translation>
-    </message>
-    <message>
-        <source>Azimuth is right</source>
-        <translation>Azimut stimmt</translation>
-    </message>
-    <message>
-        <source>Elevation %1 too high: lower</source>
-        <translation>Höhe %1 zu hoch: senken</translation>
-    </message>
-    <message>
-        <source>Elevation %1 too low: raise</source>
-        <translation>Höhe %1 zu tief: anheben</translation>
-    </message>
-    <message>
-        <source>Elevation is right</source>
-        <translation>Höhe stimmt</translation>
-    </message>
-    <message>
-        <source>Total %1, measured at %2</source>
-        <translation>Insgesamt %1, gemessen um %2</translation>
-    </message>
-    <message>
-        <source>Good: within %1</source>
-        <translation>Gut: innerhalb %1</translation>
-    </message>
-    <message>
-        <source>Uncertain: about %1</source>
-        <translation>Unsicher: etwa %1</translation>
-    </message>
-    <message>
-        <source>Not yet within %1</source>
-        <translation>Noch nicht innerhalb %1</translation>
-    </message>
-    <message>
-        <source>No measurement yet</source>
-        <translation>Noch keine Messung</translation>
-    </message>
-    <message>
-        <source>No valid result</source>
-        <translation>Kein gültiges Ergebnis</translation>
-    </message>
-    <message>
-        <source>Arc-minutes from the pole that are good enough for you</source>
-        <translation>So viele Bogenminuten vom Pol genügen</translation>
-    </message>
-    <message>
-        <source>%1; about %2 left</source>
-        <translation>%1; noch etwa %2</translation>
-    </message>
-    <message>
-        <source>%1: exposing, %2 of %3 s</source>
-        <translation>%1: belichtet, %2 von %3 s</translation>
-    </message>
-    <message>
-        <source>%1: settling, %2 of %3 s</source>
-        <translation>%1: kommt zur Ruhe, %2 von %3 s</translation>
-    </message>
-    <message>
-        <source>%1: exposing</source>
-        <translation>%1: belichtet</translation>
-    </message>
-    <message>
-        <source>%1: slewing</source>
-        <translation>%1: schwenkt</translation>
-    </message>
-    <message>
-        <source>%1: slewing back</source>
-        <translation>%1: schwenkt zurück</translation>
-    </message>
-    <message>
-        <source>%1: solving</source>
-        <translation>%1: wird gelöst</translation>
-    </message>
-    <message>
-        <source>Exposing, %1 of %2 s</source>
-        <translation>Belichtet, %1 von %2 s</translation>
-    </message>
-    <message>
-        <source>Exposing</source>
-        <translation>Belichtet</translation>
-    </message>
-    <message>
-        <source>Slewing back</source>
-        <translation>Schwenkt zurück</translation>
-    </message>
-    <message>
-        <source>Slewing</source>
-        <translation>Schwenkt</translation>
-    </message>
-    <message>
-        <source>Solving</source>
-        <translation>Wird gelöst</translation>
-    </message>
-    <message>
-        <source>Plate %1 of %2</source>
-        <translation>Platte %1 von %2</translation>
-    </message>
-    <message>
-        <source>Plate %1 again</source>
-        <translation>Platte %1 noch einmal</translation>
-    </message>
-    <message>
-        <source>Stopping after the slew</source>
-        <translation>Hält nach dem Schwenk an</translation>
-    </message>
-    <message>
-        <source>Stopping after the exposure</source>
-        <translation>Hält nach der Belichtung an</translation>
-    </message>
-    <message>
-        <source>Stopping after the solution</source>
-        <translation>Hält nach der Lösung an</translation>
-    </message>
-    <message>
-        <source>Stopping</source>
-        <translation>Hält an</translation>
-    </message>
-    <message>
-        <source>Stopped</source>
-        <translation>Angehalten</translation>
-    </message>
-    <message>
-        <source>Measured: Next corrects, Skip ends</source>
-        <translation>Gemessen: Next korrigiert, Skip beendet</translation>
-    </message>
-    <message>
-        <source>Waiting for you to click Next</source>
-        <translation>Wartet auf Next</translation>
-    </message>
-    <message>
-        <source>Measurement complete</source>
-        <translation>Messung vollständig</translation>
-    </message>
-    <message>
-        <source>No position found: check the solve settings</source>
-        <translation>Keine Position gefunden: Einstellungen des Lösens prüfen</translation>
-    </message>
-    <message>
-        <source>Found at %1, %2: %3 from the mount&apos;s reading</source>
-        <translation>Gefunden bei %1, %2: %3 von der Anzeige der Montierung</translation>
-    </message>
-    <message>
-        <source>Found at %1, %2</source>
-        <translation>Gefunden bei %1, %2</translation>
-    </message>
-    <message>
-        <source>No mount</source>
-        <translation>Keine Montierung</translation>
-    </message>
-    <message>
-        <source>Mount ready</source>
-        <translation>Montierung bereit</translation>
-    </message>
-    <message>
-        <source>Mount off</source>
-        <translation>Montierung aus</translation>
-    </message>
-    <message>
-        <source>No camera</source>
-        <translation>Keine Kamera</translation>
-    </message>
-    <message>
-        <source>Camera ready</source>
-        <translation>Kamera bereit</translation>
-    </message>
-    <message>
-        <source>Camera off</source>
-        <translation>Kamera aus</translation>
-    </message>
-    <message>
-        <source>Camera failed</source>
-        <translation>Kamerafehler</translation>
-    </message>
-    <message>
-        <source>No solver</source>
-        <translation>Kein Löser</translation>
-    </message>
-    <message>
-        <source>Solver ready</source>
-        <translation>Löser bereit</translation>
-    </message>
-    <message>
-        <source>No site</source>
-        <translation>Kein Ort</translation>
-    </message>
-    <message>
-        <source>Site set</source>
-        <translation>Ort bekannt</translation>
-    </message>
-    <message>
-        <source>Opens the telescope window</source>
-        <translation>Öffnet das Fenster der Montierung</translation>
-    </message>
-    <message>
-        <source>Opens the choice of the imaging software</source>
-        <translation>Öffnet die Wahl des Aufnahmeprogramms</translation>
-    </message>
-    <message>
-        <source>Opens the plate solver&apos;s settings</source>
-        <translation>Öffnet die Einstellungen des Lösens</translation>
-    </message>
-    <message>
-        <source>Opens the observing site</source>
-        <translation>Öffnet den Beobachtungsort</translation>
-    </message>
-    <message>
-        <source>The last message: a click takes it away and opens the log</source>
-        <translation>Die letzte Meldung: ein Klick nimmt sie fort und öffnet das Protokoll</translation>
-    </message>
-    <message>
-        <source>No telescope is chosen. Choose one in the telescope window.</source>
-        <translation>Kein Teleskop ist gewählt: im Fenster der Montierung eines wählen.</translation>
-    </message>
-    <message>
-        <source>%1. The mount isn&apos;t connected: connect it in the telescope window.</source>
-        <translation>%1. Die Montierung ist nicht verbunden: in ihrem Fenster verbinden.</translation>
-    </message>
-    <message>
-        <source>%1. No imaging software is chosen: choose one on the Set-up page.</source>
-        <translation>%1. Kein Aufnahmeprogramm ist gewählt: unter Einrichtung eines wählen.</translation>
-    </message>
-</context>
-<context>
-    <name>frmPolarPlot</name>
-    <message>
-        <source>The azimuth knob&apos;s %1 are %2 on the sky (× cosine of the latitude)</source>
-        <translation>%1 am Azimutknopf sind am Himmel %2 (× Kosinus der Breite)</translation>
-    </message>
-</context>
-<context>
-    <name>frmSolvePicture</name>
-    <message>
-        <source>Solve a Picture</source>
-        <translation>Ein Bild lösen</translation>
-    </message>
-    <message>
-        <source>Solve</source>
-        <translation>Lösen</translation>
-    </message>
-    <message>
-        <source>Stop</source>
-        <translation>Stopp</translation>
-    </message>
-    <message>
-        <source>A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file</source>
-        <translation>Ein Bild von irgendeiner Kamera: FITS, auch gepackt (.gz, .fz), JPEG, PNG, TIFF oder eine Rohdatei</translation>
-    </message>
-    <message>
-        <source>Choose a picture file</source>
-        <translation>Eine Bilddatei wählen</translation>
-    </message>
-    <message>
-        <source>Arc-seconds per pixel; empty: as the file tells, or any</source>
-        <translation>Bogensekunden je Pixel; leer: wie die Datei sagt, oder beliebig</translation>
-    </message>
-    <message>
-        <source>Find out where the picture points</source>
-        <translation>Herausfinden, wohin das Bild zeigt</translation>
-    </message>
-    <message>
-        <source>As the log tells it: 180 with north up and east left</source>
-        <translation>Wie im Protokoll: 180 mit Norden oben und Osten links</translation>
-    </message>
-    <message>
-        <source>Where the upper edge points: from north through east</source>
-        <translation>Wohin die Oberkante zeigt: von Norden über Osten</translation>
-    </message>
-    <message>
-        <source>Reading the picture</source>
-        <translation>Das Bild wird gelesen</translation>
-    </message>
-    <message>
-        <source>Looking for it in the sky</source>
-        <translation>Es wird am Himmel gesucht</translation>
-    </message>
-    <message>
-        <source>Choose a picture first</source>
-        <translation>Erst ein Bild wählen</translation>
-    </message>
-    <message>
-        <source>The scale must be a number from 0.01 to 1000, or left empty</source>
-        <translation>Der Maßstab muss eine Zahl von 0.01 bis 1000 sein oder leer bleiben</translation>
-    </message>
-    <message>
-        <source>Search stopped</source>
-        <translation>Suche abgebrochen</translation>
-    </message>
-    <message>
-        <source>No stars were found in the picture</source>
-        <translation>Im Bild sind keine Sterne zu finden</translation>
-    </message>
-    <message>
-        <source>Not solved: %1 stars were found, but no place in the sky fits them</source>
-        <translation>Nicht gelöst: %1 Sterne gefunden, aber keine Stelle am Himmel passt dazu</translation>
-    </message>
-    <message>
-        <source>%1 is too large for the memory of this machine</source>
-        <translation>%1 ist zu groß für den Speicher dieses Rechners</translation>
-    </message>
-    <message>
-        <source>%1 has more than 250 million pixels</source>
-        <translation>%1 hat mehr als 250 Millionen Pixel</translation>
-    </message>
-    <message>
-        <source>The file tells no date: the stars are taken where they stand today</source>
-        <translation>Die Datei nennt kein Datum: Die Sterne gelten, wie sie heute stehen</translation>
-    </message>
-    <message>
-        <source>Solved in %1 s by %2 stars, off by %3&quot; on average; the picture is mirrored</source>
-        <translation>In %1 s mit %2 Sternen gelöst, im Mittel %3&quot; daneben; das Bild ist gespiegelt</translation>
-    </message>
-    <message>
-        <source>Solved in %1 s by %2 stars, off by %3&quot; on average</source>
-        <translation>In %1 s mit %2 Sternen gelöst, im Mittel %3&quot; daneben</translation>
-    </message>
-</context>
-<context>
-    <name>frmWelcome</name>
-    <message>
-        <source>Welcome</source>
-        <translation>Willkommen</translation>
-    </message>
-    <message>
-        <source>How would you like to begin?</source>
-        <translation>Womit möchten Sie beginnen?</translation>
-    </message>
-    <message>
-        <source>Try it with the simulator</source>
-        <translation>Mit dem Simulator probieren</translation>
-    </message>
-    <message>
-        <source>A mount and a camera that are built in: measure and correct by daylight, with nothing connected.</source>
-        <translation>Montierung und Kamera sind eingebaut: messen und korrigieren bei Tageslicht, ohne dass etwas angeschlossen ist.</translation>
-    </message>
-    <message>
-        <source>My mount and camera</source>
-        <translation>Meine Montierung und Kamera</translation>
-    </message>
-    <message>
-        <source>Choose them from the INDI and Alpaca devices in your network, first the mount, then the camera.</source>
-        <translation>Aus den INDI- und Alpaca-Geräten in Ihrem Netz wählen, erst die Montierung, dann die Kamera.</translation>
-    </message>
-    <message>
-        <source>Just solve a picture</source>
-        <translation>Nur ein Bild lösen</translation>
-    </message>
-    <message>
-        <source>Where does it point? Drop a FITS file here, or choose it in the next window.</source>
-        <translation>Wohin zeigt es? Eine FITS-Datei hierher ziehen oder im nächsten Fenster wählen.</translation>
-    </message>
-</context>
-<context>
-    <name>AnyForm</name>
-    <message>
-        <source>No stars were found: clouds, a cover, or far out of focus?</source>
-        <translation>Keine Sterne gefunden: Wolken, ein Deckel oder völlig unscharf?</translation>
-    </message>
-    <message>
-        <source>The stars are trailed by %1 pixels at %2 degrees to the rows</source>
-        <translation>Die Sterne sind %1 Pixel lang verzogen, %2 Grad gegen die Zeilen</translation>
-    </message>
-    <message>
-        <source>The stars are %1 pixels wide: out of focus?</source>
-        <translation>Die Sterne sind %1 Pixel breit: unscharf?</translation>
-    </message>
-    <message>
-        <source>Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?</source>
-        <translation>Nur %1 der %2 Sterne gefunden, die eine Lösung braucht: Wolken oder zu kurz belichtet?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where about %2 are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where %2 or more are expected at this scale: clouds, too short an exposure, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab %2 oder mehr zu erwarten sind: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>%1 stars were found where about %2 are expected at this scale: hot pixels, or a wrong scale?</source>
-        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind: heiße Pixel oder ein falscher Maßstab?</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place that was looked at fits them in fields 0.3 to 30 degrees wide</source>
-        <translation>Die Sterne sehen gut aus, aber in Feldern von 0.3 bis 30 Grad Breite passt keine der abgesuchten Stellen</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place in the whole sky fits them: is its scale of %1&quot; wrong by more than a seventh?</source>
-        <translation>Die Sterne sehen gut aus, aber keine Stelle am ganzen Himmel passt dazu: Ist der Maßstab von %1&quot; um mehr als ein Siebtel falsch?</translation>
-    </message>
-    <message>
-        <source>The stars look sound, but no place within %1 degrees of the start fits them: is the picture elsewhere, or its scale of %2&quot; wrong by more than a seventh?</source>
-        <translation>Die Sterne sehen gut aus, aber im Umkreis von %1 Grad um den Anfang passt keine Stelle: Liegt das Bild woanders, oder ist sein Maßstab von %2&quot; um mehr als ein Siebtel falsch?</translation>
     </message>
 </context>
 <context>
@@ -1979,7 +1286,573 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     </message>
 </context>
 <context>
-    <name>frmOptions</name>
+    <name>Words</name>
+    <message>
+        <source>This computer has no system-information viewer.</source>
+        <translation>Auf diesem Rechner gibt es kein Programm für Systeminformationen.</translation>
+    </message>
+    <message>
+        <source>Telescope Chooser</source>
+        <translation>Teleskop wählen</translation>
+    </message>
+    <message>
+        <source>Choose a picture</source>
+        <translation>Ein Bild wählen</translation>
+    </message>
+    <message>
+        <source>Measures where the polar axis of a telescope mount points and guides its correction.
+Written by the Vantrel developers.</source>
+        <translation>Misst, wohin die Polachse einer Teleskopmontierung zeigt, und leitet ihre Korrektur an.
+Geschrieben von den Vantrel-Entwicklern.</translation>
+    </message>
+    <message>
+        <source>This program moves your telescope. It comes without any warranty: watch the mount while it slews, and keep its cables and the sky around the Sun clear.</source>
+        <translation>Dieses Programm bewegt Ihr Teleskop. Es kommt ohne jede Gewährleistung: Beobachten Sie die Montierung, während sie schwenkt, achten Sie auf die Kabel und meiden Sie den Himmel um die Sonne.</translation>
+    </message>
+    <message>
+        <source>System Info...</source>
+        <translation>Systeminfo …</translation>
+    </message>
+    <message>
+        <source>Tell the mount site and time</source>
+        <translation>Der Montierung Ort und Zeit mitteilen</translation>
+    </message>
+    <message>
+        <source>Stop ends slews</source>
+        <translation>Stop beendet Schwenks</translation>
+    </message>
+    <message>
+        <source>Name and port, such as localhost:7624; blanks between several</source>
+        <translation>Name und Port, etwa localhost:7624; Leerzeichen zwischen mehreren</translation>
+    </message>
+    <message>
+        <source>Name and port, such as 192.168.4.1:11111, of servers that no search finds</source>
+        <translation>Name und Port, etwa 192.168.4.1:11111, von Servern, die keine Suche findet</translation>
+    </message>
+    <message>
+        <source>Servers are searched for at this port of the network</source>
+        <translation>An diesem Port des Netzes wird nach Servern gesucht</translation>
+    </message>
+    <message>
+        <source>An INDI mount&apos;s serial port, such as /dev/ttyUSB0; empty leaves it to the driver</source>
+        <translation>Serieller Anschluss einer INDI-Montierung, etwa /dev/ttyUSB0; leer überlässt ihn dem Treiber</translation>
+    </message>
+    <message>
+        <source>9600, say; empty leaves it to the driver</source>
+        <translation>Etwa 9600; leer überlässt sie dem Treiber</translation>
+    </message>
+    <message>
+        <source>Set an INDI mount&apos;s site and time to this program&apos;s on connecting</source>
+        <translation>Beim Verbinden Ort und Zeit einer INDI-Montierung nach diesem Programm stellen</translation>
+    </message>
+    <message>
+        <source>Stop and closing the program stop a mount that is slewing</source>
+        <translation>Stop und das Schließen des Programms halten eine schwenkende Montierung an</translation>
+    </message>
+    <message>
+        <source>Cool the camera to</source>
+        <translation>Kamera kühlen auf</translation>
+    </message>
+    <message>
+        <source>Empty leaves the gain that the camera has</source>
+        <translation>Leer lässt die Verstärkung, die die Kamera hat</translation>
+    </message>
+    <message>
+        <source>Empty leaves the offset that the camera has</source>
+        <translation>Leer lässt den Offset, den die Kamera hat</translation>
+    </message>
+    <message>
+        <source>Without it a cooler that another program has switched on goes on</source>
+        <translation>Ohne das läuft eine Kühlung weiter, die ein anderes Programm eingeschaltet hat</translation>
+    </message>
+    <message>
+        <source>The camera is not connected</source>
+        <translation>Die Kamera ist nicht verbunden</translation>
+    </message>
+    <message>
+        <source>This camera has none</source>
+        <translation>Hat diese Kamera nicht</translation>
+    </message>
+    <message>
+        <source>This camera has no cooler</source>
+        <translation>Diese Kamera hat keine Kühlung</translation>
+    </message>
+    <message>
+        <source>%1, can&apos;t be set</source>
+        <translation>%1, nicht einstellbar</translation>
+    </message>
+    <message>
+        <source>%1, takes %2 to %3</source>
+        <translation>%1, möglich %2 bis %3</translation>
+    </message>
+    <message>
+        <source>cooler at %1 %</source>
+        <translation>Kühlung bei %1 %</translation>
+    </message>
+    <message>
+        <source>cooler on</source>
+        <translation>Kühlung an</translation>
+    </message>
+    <message>
+        <source>cooler off</source>
+        <translation>Kühlung aus</translation>
+    </message>
+    <message>
+        <source>Polar Axis Simulator</source>
+        <translation>Polachsensimulator</translation>
+    </message>
+    <message>
+        <source>Show the error</source>
+        <translation>Fehler zeigen</translation>
+    </message>
+    <message>
+        <source>Set It Askew</source>
+        <translation>Verstellen</translation>
+    </message>
+    <message>
+        <source>Somewhere within two degrees, without telling where</source>
+        <translation>Irgendwohin innerhalb von zwei Grad, ohne zu sagen, wohin</translation>
+    </message>
+    <message>
+        <source>Halt</source>
+        <translation>Halt</translation>
+    </message>
+    <message>
+        <source>Tracking</source>
+        <translation>Nachführung</translation>
+    </message>
+    <message>
+        <source>Go To</source>
+        <translation>Anfahren</translation>
+    </message>
+    <message>
+        <source>Center</source>
+        <translation>Zentrieren</translation>
+    </message>
+    <message>
+        <source>Sync</source>
+        <translation>Abgleichen</translation>
+    </message>
+    <message>
+        <source>Mirrored</source>
+        <translation>Gespiegelt</translation>
+    </message>
+    <message>
+        <source>Refraction</source>
+        <translation>Refraktion</translation>
+    </message>
+    <message>
+        <source>Counted from the last change of the jump; 1 is the next slew</source>
+        <translation>Gezählt von der letzten Änderung des Sprungs an; 1 ist der nächste Schwenk</translation>
+    </message>
+    <message>
+        <source>How many, or below 1 the share of all pixels</source>
+        <translation>Wie viele, oder unter 1 der Anteil an allen Pixeln</translation>
+    </message>
+    <message>
+        <source>Not connected</source>
+        <translation>Nicht verbunden</translation>
+    </message>
+    <message>
+        <source>Slewing</source>
+        <translation>Schwenkt</translation>
+    </message>
+    <message>
+        <source>Parked</source>
+        <translation>Geparkt</translation>
+    </message>
+    <message>
+        <source>Standing still</source>
+        <translation>Steht</translation>
+    </message>
+    <message>
+        <source>%1 a press</source>
+        <translation>%1 je Druck</translation>
+    </message>
+    <message>
+        <source>Correct on a star near the meridian and near the equator: that is what the mark is made for. The list begins with the best.</source>
+        <translation>Korrigieren Sie an einem Stern nahe dem Meridian und dem Äquator: Dafür ist die Marke gemacht. Die Liste beginnt mit den besten.</translation>
+    </message>
+    <message>
+        <source>%1 a pixel, %2 by %3</source>
+        <translation>%1 je Pixel, %2 mal %3</translation>
+    </message>
+    <message>
+        <source>%1 is no number</source>
+        <translation>%1 ist keine Zahl</translation>
+    </message>
+    <message>
+        <source>%1 is in the middle of the picture.</source>
+        <translation>%1 steht in der Bildmitte.</translation>
+    </message>
+    <message>
+        <source>%1 is %2 off the middle.</source>
+        <translation>%1 steht %2 neben der Mitte.</translation>
+    </message>
+    <message>
+        <source>Centering %1</source>
+        <translation>%1 wird zentriert</translation>
+    </message>
+    <message>
+        <source>Synced on %1</source>
+        <translation>Auf %1 abgeglichen</translation>
+    </message>
+    <message>
+        <source>Azimuth %1 too far east: turn west</source>
+        <translation>Azimut %1 zu weit Ost: nach West drehen</translation>
+    </message>
+    <message>
+        <source>Azimuth %1 too far west: turn east</source>
+        <translation>Azimut %1 zu weit West: nach Ost drehen</translation>
+    </message>
+    <message>
+        <source>Azimuth is right</source>
+        <translation>Azimut stimmt</translation>
+    </message>
+    <message>
+        <source>Elevation %1 too high: lower</source>
+        <translation>Höhe %1 zu hoch: senken</translation>
+    </message>
+    <message>
+        <source>Elevation %1 too low: raise</source>
+        <translation>Höhe %1 zu tief: anheben</translation>
+    </message>
+    <message>
+        <source>Elevation is right</source>
+        <translation>Höhe stimmt</translation>
+    </message>
+    <message>
+        <source>Total %1, measured at %2</source>
+        <translation>Insgesamt %1, gemessen um %2</translation>
+    </message>
+    <message>
+        <source>Good: within %1</source>
+        <translation>Gut: innerhalb %1</translation>
+    </message>
+    <message>
+        <source>Uncertain: about %1</source>
+        <translation>Unsicher: etwa %1</translation>
+    </message>
+    <message>
+        <source>Not yet within %1</source>
+        <translation>Noch nicht innerhalb %1</translation>
+    </message>
+    <message>
+        <source>No measurement yet</source>
+        <translation>Noch keine Messung</translation>
+    </message>
+    <message>
+        <source>No valid result</source>
+        <translation>Kein gültiges Ergebnis</translation>
+    </message>
+    <message>
+        <source>Arc-minutes from the pole that are good enough for you</source>
+        <translation>So viele Bogenminuten vom Pol genügen</translation>
+    </message>
+    <message>
+        <source>%1; about %2 left</source>
+        <translation>%1; noch etwa %2</translation>
+    </message>
+    <message>
+        <source>%1: exposing</source>
+        <translation>%1: belichtet</translation>
+    </message>
+    <message>
+        <source>%1: slewing</source>
+        <translation>%1: schwenkt</translation>
+    </message>
+    <message>
+        <source>%1: slewing back</source>
+        <translation>%1: schwenkt zurück</translation>
+    </message>
+    <message>
+        <source>%1: solving</source>
+        <translation>%1: wird gelöst</translation>
+    </message>
+    <message>
+        <source>Exposing</source>
+        <translation>Belichtet</translation>
+    </message>
+    <message>
+        <source>Slewing back</source>
+        <translation>Schwenkt zurück</translation>
+    </message>
+    <message>
+        <source>Solving</source>
+        <translation>Wird gelöst</translation>
+    </message>
+    <message>
+        <source>Plate %1 of %2</source>
+        <translation>Platte %1 von %2</translation>
+    </message>
+    <message>
+        <source>Plate %1 again</source>
+        <translation>Platte %1 noch einmal</translation>
+    </message>
+    <message>
+        <source>Stopping after the slew</source>
+        <translation>Hält nach dem Schwenk an</translation>
+    </message>
+    <message>
+        <source>Stopping after the exposure</source>
+        <translation>Hält nach der Belichtung an</translation>
+    </message>
+    <message>
+        <source>Stopping after the solution</source>
+        <translation>Hält nach der Lösung an</translation>
+    </message>
+    <message>
+        <source>Stopping</source>
+        <translation>Hält an</translation>
+    </message>
+    <message>
+        <source>Stopped</source>
+        <translation>Angehalten</translation>
+    </message>
+    <message>
+        <source>Measured: Next corrects, Skip ends</source>
+        <translation>Gemessen: Next korrigiert, Skip beendet</translation>
+    </message>
+    <message>
+        <source>Waiting for you to click Next</source>
+        <translation>Wartet auf Next</translation>
+    </message>
+    <message>
+        <source>Measurement complete</source>
+        <translation>Messung vollständig</translation>
+    </message>
+    <message>
+        <source>No position found: check the solve settings</source>
+        <translation>Keine Position gefunden: Einstellungen des Lösens prüfen</translation>
+    </message>
+    <message>
+        <source>Found at %1, %2: %3 from the mount&apos;s reading</source>
+        <translation>Gefunden bei %1, %2: %3 von der Anzeige der Montierung</translation>
+    </message>
+    <message>
+        <source>Found at %1, %2</source>
+        <translation>Gefunden bei %1, %2</translation>
+    </message>
+    <message>
+        <source>No mount</source>
+        <translation>Keine Montierung</translation>
+    </message>
+    <message>
+        <source>Mount ready</source>
+        <translation>Montierung bereit</translation>
+    </message>
+    <message>
+        <source>Mount off</source>
+        <translation>Montierung aus</translation>
+    </message>
+    <message>
+        <source>No camera</source>
+        <translation>Keine Kamera</translation>
+    </message>
+    <message>
+        <source>Camera ready</source>
+        <translation>Kamera bereit</translation>
+    </message>
+    <message>
+        <source>Camera off</source>
+        <translation>Kamera aus</translation>
+    </message>
+    <message>
+        <source>Camera failed</source>
+        <translation>Kamerafehler</translation>
+    </message>
+    <message>
+        <source>No solver</source>
+        <translation>Kein Löser</translation>
+    </message>
+    <message>
+        <source>Solver ready</source>
+        <translation>Löser bereit</translation>
+    </message>
+    <message>
+        <source>No site</source>
+        <translation>Kein Ort</translation>
+    </message>
+    <message>
+        <source>Site set</source>
+        <translation>Ort bekannt</translation>
+    </message>
+    <message>
+        <source>Opens the telescope window</source>
+        <translation>Öffnet das Fenster der Montierung</translation>
+    </message>
+    <message>
+        <source>Opens the choice of the imaging software</source>
+        <translation>Öffnet die Wahl des Aufnahmeprogramms</translation>
+    </message>
+    <message>
+        <source>Opens the plate solver&apos;s settings</source>
+        <translation>Öffnet die Einstellungen des Lösens</translation>
+    </message>
+    <message>
+        <source>Opens the observing site</source>
+        <translation>Öffnet den Beobachtungsort</translation>
+    </message>
+    <message>
+        <source>The last message: a click takes it away and opens the log</source>
+        <translation>Die letzte Meldung: ein Klick nimmt sie fort und öffnet das Protokoll</translation>
+    </message>
+    <message>
+        <source>No telescope is chosen. Choose one in the telescope window.</source>
+        <translation>Kein Teleskop ist gewählt: im Fenster der Montierung eines wählen.</translation>
+    </message>
+    <message>
+        <source>%1. The mount isn&apos;t connected: connect it in the telescope window.</source>
+        <translation>%1. Die Montierung ist nicht verbunden: in ihrem Fenster verbinden.</translation>
+    </message>
+    <message>
+        <source>%1. No imaging software is chosen: choose one on the Set-up page.</source>
+        <translation>%1. Kein Aufnahmeprogramm ist gewählt: unter Einrichtung eines wählen.</translation>
+    </message>
+    <message>
+        <source>The azimuth knob&apos;s %1 are %2 on the sky (× cosine of the latitude)</source>
+        <translation>%1 am Azimutknopf sind am Himmel %2 (× Kosinus der Breite)</translation>
+    </message>
+    <message>
+        <source>Solve a Picture</source>
+        <translation>Ein Bild lösen</translation>
+    </message>
+    <message>
+        <source>Solve</source>
+        <translation>Lösen</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Stopp</translation>
+    </message>
+    <message>
+        <source>A picture of any camera: FITS, also packed (.gz, .fz), JPEG, PNG, TIFF or a raw file</source>
+        <translation>Ein Bild von irgendeiner Kamera: FITS, auch gepackt (.gz, .fz), JPEG, PNG, TIFF oder eine Rohdatei</translation>
+    </message>
+    <message>
+        <source>Choose a picture file</source>
+        <translation>Eine Bilddatei wählen</translation>
+    </message>
+    <message>
+        <source>Arc-seconds per pixel; empty: as the file tells, or any</source>
+        <translation>Bogensekunden je Pixel; leer: wie die Datei sagt, oder beliebig</translation>
+    </message>
+    <message>
+        <source>Find out where the picture points</source>
+        <translation>Herausfinden, wohin das Bild zeigt</translation>
+    </message>
+    <message>
+        <source>As the log tells it: 180 with north up and east left</source>
+        <translation>Wie im Protokoll: 180 mit Norden oben und Osten links</translation>
+    </message>
+    <message>
+        <source>Where the upper edge points: from north through east</source>
+        <translation>Wohin die Oberkante zeigt: von Norden über Osten</translation>
+    </message>
+    <message>
+        <source>Reading the picture</source>
+        <translation>Das Bild wird gelesen</translation>
+    </message>
+    <message>
+        <source>Looking for it in the sky</source>
+        <translation>Es wird am Himmel gesucht</translation>
+    </message>
+    <message>
+        <source>Choose a picture first</source>
+        <translation>Erst ein Bild wählen</translation>
+    </message>
+    <message>
+        <source>The scale must be a number from 0.01 to 1000, or left empty</source>
+        <translation>Der Maßstab muss eine Zahl von 0.01 bis 1000 sein oder leer bleiben</translation>
+    </message>
+    <message>
+        <source>Search stopped</source>
+        <translation>Suche abgebrochen</translation>
+    </message>
+    <message>
+        <source>No stars were found in the picture</source>
+        <translation>Im Bild sind keine Sterne zu finden</translation>
+    </message>
+    <message>
+        <source>Not solved: %1 stars were found, but no place in the sky fits them</source>
+        <translation>Nicht gelöst: %1 Sterne gefunden, aber keine Stelle am Himmel passt dazu</translation>
+    </message>
+    <message>
+        <source>%1 is too large for the memory of this machine</source>
+        <translation>%1 ist zu groß für den Speicher dieses Rechners</translation>
+    </message>
+    <message>
+        <source>%1 has more than 250 million pixels</source>
+        <translation>%1 hat mehr als 250 Millionen Pixel</translation>
+    </message>
+    <message>
+        <source>The file tells no date: the stars are taken where they stand today</source>
+        <translation>Die Datei nennt kein Datum: Die Sterne gelten, wie sie heute stehen</translation>
+    </message>
+    <message>
+        <source>Solved in %1 s by %2 stars, off by %3&quot; on average</source>
+        <translation>In %1 s mit %2 Sternen gelöst, im Mittel %3&quot; daneben</translation>
+    </message>
+    <message>
+        <source>Welcome</source>
+        <translation>Willkommen</translation>
+    </message>
+    <message>
+        <source>How would you like to begin?</source>
+        <translation>Womit möchten Sie beginnen?</translation>
+    </message>
+    <message>
+        <source>Try it with the simulator</source>
+        <translation>Mit dem Simulator probieren</translation>
+    </message>
+    <message>
+        <source>A mount and a camera that are built in: measure and correct by daylight, with nothing connected.</source>
+        <translation>Montierung und Kamera sind eingebaut: messen und korrigieren bei Tageslicht, ohne dass etwas angeschlossen ist.</translation>
+    </message>
+    <message>
+        <source>My mount and camera</source>
+        <translation>Meine Montierung und Kamera</translation>
+    </message>
+    <message>
+        <source>Choose them from the INDI and Alpaca devices in your network, first the mount, then the camera.</source>
+        <translation>Aus den INDI- und Alpaca-Geräten in Ihrem Netz wählen, erst die Montierung, dann die Kamera.</translation>
+    </message>
+    <message>
+        <source>Just solve a picture</source>
+        <translation>Nur ein Bild lösen</translation>
+    </message>
+    <message>
+        <source>Where does it point? Drop a FITS file here, or choose it in the next window.</source>
+        <translation>Wohin zeigt es? Eine FITS-Datei hierher ziehen oder im nächsten Fenster wählen.</translation>
+    </message>
+    <message>
+        <source>No stars were found: clouds, a cover, or far out of focus?</source>
+        <translation>Keine Sterne gefunden: Wolken, ein Deckel oder völlig unscharf?</translation>
+    </message>
+    <message>
+        <source>The stars are trailed by %1 pixels at %2 degrees to the rows</source>
+        <translation>Die Sterne sind %1 Pixel lang verzogen, %2 Grad gegen die Zeilen</translation>
+    </message>
+    <message>
+        <source>The stars are %1 pixels wide: out of focus?</source>
+        <translation>Die Sterne sind %1 Pixel breit: unscharf?</translation>
+    </message>
+    <message>
+        <source>Only %1 of the %2 stars that a solution needs were found: clouds, or too short an exposure?</source>
+        <translation>Nur %1 der %2 Sterne gefunden, die eine Lösung braucht: Wolken oder zu kurz belichtet?</translation>
+    </message>
+    <message>
+        <source>The stars look sound, but no place that was looked at fits them in fields 0.3 to 30 degrees wide</source>
+        <translation>Die Sterne sehen gut aus, aber in Feldern von 0.3 bis 30 Grad Breite passt keine der abgesuchten Stellen</translation>
+    </message>
+    <message>
+        <source>The stars look sound, but no place in the whole sky fits them: is its scale of %1&quot; wrong by more than a seventh?</source>
+        <translation>Die Sterne sehen gut aus, aber keine Stelle am ganzen Himmel passt dazu: Ist der Maßstab von %1&quot; um mehr als ein Siebtel falsch?</translation>
+    </message>
+    <message>
+        <source>The stars look sound, but no place within %1 degrees of the start fits them: is the picture elsewhere, or its scale of %2&quot; wrong by more than a seventh?</source>
+        <translation>Die Sterne sehen gut aus, aber im Umkreis von %1 Grad um den Anfang passt keine Stelle: Liegt das Bild woanders, oder ist sein Maßstab von %2&quot; um mehr als ein Siebtel falsch?</translation>
+    </message>
     <message>
         <source>%1: %2 s unguided, a pixel (%3) of drift</source>
         <translation>%1: %2 s ohne Nachführkamera, ein Pixel (%3) Drift</translation>
@@ -2003,6 +1876,90 @@ Geschrieben von den Vantrel-Entwicklern.</translation>
     <message>
         <source>%1 as long as no exposure is given</source>
         <translation>%1, solange keine Belichtungszeit angegeben ist</translation>
+    </message>
+    <message>
+        <source>Settling</source>
+        <translation>Kommt zur Ruhe</translation>
+    </message>
+    <message>
+        <source>%1: settling</source>
+        <translation>%1: kommt zur Ruhe</translation>
+    </message>
+    <message>
+        <source>%1, %2 of %3 s</source>
+        <translation>%1, %2 von %3 s</translation>
+    </message>
+    <message>
+        <source>%1; the picture is mirrored</source>
+        <translation>%1; das Bild ist gespiegelt</translation>
+    </message>
+    <message>
+        <source>%1 stars were found where about %2 are expected at this scale</source>
+        <translation>%1 Sterne gefunden, wo bei diesem Maßstab etwa %2 zu erwarten sind</translation>
+    </message>
+    <message>
+        <source>%1 stars were found where %2 or more are expected at this scale</source>
+        <translation>%1 Sterne gefunden, wo bei diesem Maßstab %2 oder mehr zu erwarten sind</translation>
+    </message>
+    <message>
+        <source>%1: clouds, too short an exposure, or a wrong scale?</source>
+        <translation>%1: Wolken, zu kurz belichtet oder ein falscher Maßstab?</translation>
+    </message>
+    <message>
+        <source>%1: hot pixels, or a wrong scale?</source>
+        <translation>%1: heiße Pixel oder ein falscher Maßstab?</translation>
+    </message>
+    <message>
+        <source>no cooler</source>
+        <translation>keine Kühlung</translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <translation>%1, %2</translation>
+    </message>
+    <message>
+        <source>%1. %2</source>
+        <translation>%1. %2</translation>
+    </message>
+    <message>
+        <source>%1, %2, on the meridian</source>
+        <translation>%1, %2, im Meridian</translation>
+    </message>
+    <message>
+        <source>%1, %2, %3 east</source>
+        <translation>%1, %2, %3 östlich</translation>
+    </message>
+    <message>
+        <source>%1, %2, %3 west</source>
+        <translation>%1, %2, %3 westlich</translation>
+    </message>
+    <message>
+        <source>%1 - best</source>
+        <translation>%1 - am besten</translation>
+    </message>
+    <message>
+        <source>%1 - good</source>
+        <translation>%1 - gut</translation>
+    </message>
+    <message>
+        <source>%1 - to sync on</source>
+        <translation>%1 - zum Abgleichen</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no latitude</source>
+        <translation>&quot;%1&quot; ist keine Breite</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; is no longitude</source>
+        <translation>&quot;%1&quot; ist keine Länge</translation>
+    </message>
+    <message>
+        <source>Write it like 48d 30m 15.0s, south with S or a minus sign</source>
+        <translation>Zum Beispiel: 48d 30m 15.0s, Süden mit S oder Minuszeichen</translation>
+    </message>
+    <message>
+        <source>Write it like 48d 30m 15.0s, west with W or a minus sign</source>
+        <translation>Zum Beispiel: 48d 30m 15.0s, Westen mit W oder Minuszeichen</translation>
     </message>
 </context>
 </TS>

@@ -54,8 +54,8 @@ struct Panel : testing::Test {
     }
     void chooseStar(const std::string& name) {
         for (const auto& item : window.cmbStar.items())
-            if (item.text.starts_with(name)) {
-                window.cmbStar.choose(item.text);
+            if (item.text.english().starts_with(name)) {
+                window.cmbStar.choose(item.text.english());
                 return;
             }
         throw std::logic_error(name + " isn't in the list");
