@@ -15,7 +15,7 @@
 
 namespace vantrel::station {
 
-class FileSolver : public platform::PictureSolver {
+class FileSolver final : public platform::PictureSolver {
   public:
     /// What is given must outlive this; `cache` is the folder for star patterns, `data` that of a deeper
     /// catalogue.
