@@ -15,6 +15,7 @@ using platform::CameraHardware;
 using platform::CameraLevel;
 using platform::CameraRange;
 using testing::ElementsAre;
+using Lines = std::vector<std::string>;
 
 struct AdjustedCameraTest : testing::Test {
     AdjustedCameraTest() {
@@ -24,12 +25,12 @@ struct AdjustedCameraTest : testing::Test {
         plain->camera.coolingRange = CameraRange{-40, 30};
         plain->camera.cooling = false;
     }
-    std::vector<std::string> done() { return std::exchange(plain->done, {}); }
-    std::vector<std::string> told() { return std::exchange(lines, {}); }
+    Lines done() { return std::exchange(plain->done, {}); }
+    Lines told() { return std::exchange(lines, {}); }
 
     std::shared_ptr<test::PlainCamera> plain = std::make_shared<test::PlainCamera>();
     CameraWishes wishes;
-    std::vector<std::string> lines;
+    Lines lines;
     AdjustedCamera camera{plain, [this] { return wishes; },
                           [this](const std::string& line) { lines.push_back(line); }};
 };
@@ -37,40 +38,37 @@ struct AdjustedCameraTest : testing::Test {
 TEST_F(AdjustedCameraTest, FollowsWishesThatCanBeFulfilledAndTellsOfOthers) {
     const struct {
         CameraWishes wishes;
-        std::vector<std::string> done;
+        Lines done;
         std::string told;
         std::function<void(CameraFacts&)> is = {};
     } cases[] = {
-        {{}, {}, ""},
-        {{.gain = " 250 "}, {"gain 250"}, ""},
-        {{.gain = "100"}, {}, ""},
-        {{.gain = "500"}, {}, "gain of Cam is left as it is: it takes 0 to 480, not 500"},
-        {{.gain = "much"}, {}, "gain of Cam is left as it is: \"much\" is no number"},
-        {{.gain = "1"},
-         {},
-         "gain of Cam is left as it is: it has none that can be set",
+        {CameraWishes{}, Lines{}, ""},
+        {CameraWishes{.gain = " 250 "}, Lines{"gain 250"}, ""},
+        {CameraWishes{.gain = "100"}, Lines{}, ""},
+        {CameraWishes{.gain = "500"}, Lines{}, "gain of Cam is left as it is: it takes 0 to 480, not 500"},
+        {CameraWishes{.gain = "much"}, Lines{}, "gain of Cam is left as it is: \"much\" is no number"},
+        {CameraWishes{.gain = "1"}, Lines{}, "gain of Cam is left as it is: it has none that can be set",
          [](CameraFacts& facts) { facts.gain.reset(); }},
-        {{.gain = "1"},
-         {},
-         "gain of Cam is left as it is: it has none that can be set",
+        {CameraWishes{.gain = "1"}, Lines{}, "gain of Cam is left as it is: it has none that can be set",
          [](CameraFacts& facts) { facts.gain->canSet = false; }},
-        {{.offset = "iso 200"}, {"offset 1"}, ""},
-        {{.offset = "1"}, {"offset 1"}, ""},
-        {{.offset = "800"}, {}, "offset of Cam is left as it is: it takes ISO 100, ISO 200, not \"800\""},
-        {{.cool = true, .celsius = "-10"}, {"cool -10"}, ""},
-        {{.cool = true, .celsius = "-60"},
-         {},
+        {CameraWishes{.offset = "iso 200"}, Lines{"offset 1"}, ""},
+        {CameraWishes{.offset = "1"}, Lines{"offset 1"}, ""},
+        {CameraWishes{.offset = "800"}, Lines{},
+         "offset of Cam is left as it is: it takes ISO 100, ISO 200, not \"800\""},
+        {CameraWishes{.cool = true, .celsius = "-10"}, Lines{"cool -10"}, ""},
+        {CameraWishes{.cool = true, .celsius = "-60"}, Lines{},
          "cooling of Cam is left as it is: it takes -40 to 30, not -60"},
-        {{.cool = true, .celsius = ""}, {}, "cooling of Cam is left as it is: \"\" is no number"},
-        {{.cool = true, .celsius = ""}, {"cool 0"}, "", [](CameraFacts& facts) { facts.canCool = false; }},
-        {{.cool = true, .celsius = "-10"},
-         {},
+        {CameraWishes{.cool = true, .celsius = ""}, Lines{},
+         "cooling of Cam is left as it is: \"\" is no number"},
+        {CameraWishes{.cool = true, .celsius = ""}, Lines{"cool 0"}, "",
+         [](CameraFacts& facts) { facts.canCool = false; }},
+        {CameraWishes{.cool = true, .celsius = "-10"}, Lines{},
          "cooling of Cam is left as it is: it has no cooler that can be set",
          [](CameraFacts& facts) {
              facts.canCool = false;
              facts.cooling.reset();
          }},
-        {{.celsius = "-10"}, {}, "", [](CameraFacts& facts) { facts.cooling = true; }},
+        {CameraWishes{.celsius = "-10"}, Lines{}, "", [](CameraFacts& facts) { facts.cooling = true; }},
     };
     const CameraFacts usual = plain->camera;
     for (const auto& c : cases) {
@@ -79,9 +77,7 @@ TEST_F(AdjustedCameraTest, FollowsWishesThatCanBeFulfilledAndTellsOfOthers) {
         wishes = c.wishes;
         camera.connect();
         EXPECT_EQ(done(), c.done) << c.told;
-        EXPECT_EQ(testing::PrintToString(told()),
-                  testing::PrintToString(c.told.empty() ? std::vector<std::string>()
-                                                        : std::vector{"The " + c.told}));
+        EXPECT_EQ(told(), c.told.empty() ? Lines{} : Lines{"The " + c.told});
         EXPECT_TRUE(camera.connected());
     }
 }

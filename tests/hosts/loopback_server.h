@@ -6,27 +6,14 @@
 #include <string_view>
 #include <utility>
 
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "support/loopback_socket.h"
 
 namespace vantrel::test {
 
 /// Listens at a port that was free.
 class LoopbackServer {
   public:
-    LoopbackServer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto* generic = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(listener_, generic, size) != 0 || ::listen(listener_, 8) != 0 ||
-            ::getsockname(listener_, generic, &size) != 0)
-            throw std::runtime_error("no place to listen at");
-        port_ = ntohs(address.sin_port);
-    }
+    LoopbackServer() { ::listen(listener_, 8); }
     ~LoopbackServer() {
         hangUp();
         stopListening();
@@ -34,7 +21,7 @@ class LoopbackServer {
     LoopbackServer(const LoopbackServer&) = delete;
     LoopbackServer& operator=(const LoopbackServer&) = delete;
 
-    int port() const { return port_; }
+    int port() const { return bound_.port; }
 
     /// Takes the connection that somebody asks for. What comes over it is read by receive().
     void accept() {
@@ -68,9 +55,9 @@ class LoopbackServer {
     }
 
   private:
-    int listener_ = -1;
+    LoopbackSocket bound_{SOCK_STREAM};
+    int listener_ = bound_.number;
     int connection_ = -1;
-    int port_ = 0;
 };
 
 }  // namespace vantrel::test

@@ -6,9 +6,8 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+
+#include "support/loopback_socket.h"
 
 namespace vantrel::test {
 
@@ -22,16 +21,7 @@ struct Script {
 
 class ScriptedServer {
   public:
-    ScriptedServer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        ::bind(listener_, reinterpret_cast<sockaddr*>(&address), sizeof address);
-        ::listen(listener_, 16);
-        socklen_t size = sizeof address;
-        ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-        port_ = ntohs(address.sin_port);
-    }
+    ScriptedServer() { ::listen(listener_, 16); }
     ~ScriptedServer() {
         stopListening();
         for (Connection& connection : connections_) connection.close();
@@ -40,10 +30,8 @@ class ScriptedServer {
     ScriptedServer& operator=(const ScriptedServer&) = delete;
 
     std::string url(const std::string& path = "/") const {
-        return "http://127.0.0.1:" + std::to_string(port_) + path;
+        return "http://127.0.0.1:" + std::to_string(bound_.port) + path;
     }
-    int port() const { return port_; }
-
     /// From now on nobody listens.
     void stopListening() {
         if (listener_ >= 0) ::close(listener_);
@@ -121,8 +109,8 @@ class ScriptedServer {
         if (sent > 0) connection.unsent.erase(0, static_cast<std::size_t>(sent));
     }
 
-    int listener_;
-    int port_ = 0;
+    LoopbackSocket bound_{SOCK_STREAM | SOCK_NONBLOCK};
+    int listener_ = bound_.number;
     std::vector<Connection> connections_;
 };
 
