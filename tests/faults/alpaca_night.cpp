@@ -8,72 +8,44 @@ namespace vantrel::faults {
 namespace {
 
 using hosts::alpaca::DeviceRecord;
-using hosts::alpaca::Json;
 using platform::Milliseconds;
 using test::FakeReply;
 using test::FakeServer;
 using test::Fault;
+using enum test::Fault;
 using test::Request;
 
 constexpr const char* kAlpacaMount = "Alpaca:M1/telescope";
 const std::string kMount = "telescope/0/";
 const std::string kCamera = "camera/0/";
-constexpr int kWidth = 24, kHeight = 16;
 
 /// A server with a mount and a camera that do as they are told.
 class Instruments {
   public:
     explicit Instruments(platform::QueuedEventLoop& loop) : loop_(loop) {
-        server.values["management/v1/configureddevices"] =
-            Json::array({device("Telescope", "M1"), device("Camera", "C1")});
-        fill(kMount, {{"interfaceversion", 3},
-                      {"connected", false},
-                      {"equatorialsystem", 1},
-                      {"rightascension", 5},
-                      {"declination", 40},
-                      {"siderealtime", 6.5},
-                      {"sitelatitude", 50},
-                      {"sitelongitude", 10},
-                      {"slewing", false},
-                      {"tracking", true},
-                      {"canslew", true},
-                      {"canslewasync", true},
-                      {"atpark", false}});
-        fill(kCamera, {{"interfaceversion", 3},
-                       {"connected", false},
-                       {"cameraxsize", kWidth},
-                       {"cameraysize", kHeight},
-                       {"pixelsizex", 3.8},
-                       {"pixelsizey", 3.8},
-                       {"maxbinx", 4},
-                       {"maxbiny", 4},
-                       {"exposuremin", 0.001},
-                       {"exposuremax", 3600},
-                       {"sensortype", 0},
-                       {"canabortexposure", true},
-                       {"imageready", false},
-                       {"camerastate", 0},
-                       {"lastexposurestarttime", "2026-11-24T20:00:01.25"},
-                       {"lastexposureduration", 10}});
-        for (const std::string& which : {kMount, kCamera})
-            server.commands[which + "connected"] = [this, which](const Request& put) {
-                server.values[which + "connected"] = put.parameters.at("Connected") == "True";
-            };
+        server.list({{"Telescope", "Telescope", 0, "M1"}, {"Camera", "Camera", 0, "C1"}});
+        server.fill(kMount, R"({
+            "interfaceversion": 3, "connected": false, "equatorialsystem": 1, "rightascension": 5, "declination": 40,
+            "siderealtime": 6.5, "sitelatitude": 50, "sitelongitude": 10, "slewing": false, "tracking": true,
+            "canslew": true, "canslewasync": true, "atpark": false})");
+        server.fill(kCamera, R"({
+            "interfaceversion": 3, "connected": false, "cameraxsize": 24, "cameraysize": 16, "pixelsizex": 3.8,
+            "pixelsizey": 3.8, "maxbinx": 4, "maxbiny": 4, "exposuremin": 0.001, "exposuremax": 3600,
+            "sensortype": 0, "canabortexposure": true, "imageready": false, "camerastate": 0,
+            "lastexposurestarttime": "2026-11-24T20:00:01.25", "lastexposureduration": 10})");
         server.commands[kMount + "tracking"] = [this](const Request& put) {
             server.values[kMount + "tracking"] = put.parameters.at("Tracking") == "True";
         };
         server.commands[kMount + "slewtocoordinatesasync"] = [this](const Request& put) { slew(put); };
         server.commands[kMount + "abortslew"] = [this](const Request&) { stand(); };
-        for (const char* name : {"binx", "biny", "startx", "starty", "numx", "numy"})
-            server.commands[kCamera + name] = [](const Request&) {};
+        server.take(kCamera, {"binx", "biny", "startx", "starty", "numx", "numy"});
         server.commands[kCamera + "startexposure"] = [this](const Request& put) { expose(put); };
         for (const char* name : {"abortexposure", "stopexposure"})
             server.commands[kCamera + name] = [this](const Request&) { rest(); };
         server.raw[kCamera + "imagearray"] = [] {
-            std::vector<std::uint16_t> pixels(kWidth * kHeight, 100);
-            return platform::HttpAnswer{
-                200, "application/imagebytes",
-                test::imageBytes(hosts::alpaca::Element::kUInt16, kWidth, kHeight, pixels)};
+            const std::vector<std::uint16_t> pixels(24 * 16, 100);
+            return platform::HttpAnswer{200, "application/imagebytes",
+                                        test::imageBytes(hosts::alpaca::Element::kUInt16, 24, 16, pixels)};
         };
     }
 
@@ -91,12 +63,6 @@ class Instruments {
     FakeServer server;
 
   private:
-    static Json device(const char* type, const char* id) {
-        return {{"DeviceName", type}, {"DeviceType", type}, {"DeviceNumber", 0}, {"UniqueID", id}};
-    }
-    void fill(const std::string& which, const std::map<std::string, Json>& members) {
-        for (const auto& [name, value] : members) server.values[which + name] = value;
-    }
     void slew(const Request& put) {
         server.values[kMount + "slewing"] = true;
         slewing_ = loop_.after(Milliseconds{4000}, [this, put] {
@@ -157,23 +123,25 @@ class AlpacaDevices : public NetworkDevices {
 
     std::vector<NetworkFault> faultsOf(const std::string& request) override {
         std::vector<NetworkFault> faults;
-        const std::pair<const char*, Fault> kinds[] = {{"refused", Fault::kRefused},
-                                                       {"lost", Fault::kSilence},
-                                                       {"cut", Fault::kCut},
-                                                       {"answered without end", Fault::kTooMuch},
-                                                       {"not found", Fault::kNotFound},
-                                                       {"a bad request", Fault::kBadRequest},
-                                                       {"a fault of the server", Fault::kServerFault},
-                                                       {"moved", Fault::kMoved},
-                                                       {"answered by a page", Fault::kWebPage},
-                                                       {"answered by nonsense", Fault::kNoJson},
-                                                       {"answered by no object", Fault::kNoObject},
-                                                       {"answered without a value", Fault::kNoValue},
-                                                       {"answered by null", Fault::kNull},
-                                                       {"answered by another type", Fault::kWrongType},
-                                                       {"an error of the device", Fault::kDeviceError},
-                                                       {"not implemented", Fault::kNotImplemented},
-                                                       {"not connected", Fault::kNotConnected}};
+        const std::vector<std::pair<const char*, Fault>> kinds = {
+            {"refused", kRefused},
+            {"lost", kSilence},
+            {"cut", kCut},
+            {"answered without end", kTooMuch},
+            {"not found", kNotFound},
+            {"a bad request", kBadRequest},
+            {"a fault of the server", kServerFault},
+            {"moved", kMoved},
+            {"answered by a page", kWebPage},
+            {"answered by nonsense", kNoJson},
+            {"answered by no object", kNoObject},
+            {"answered without a value", kNoValue},
+            {"answered by null", kNull},
+            {"answered by another type", kWrongType},
+            {"an error of the device", kDeviceError},
+            {"not implemented", kNotImplemented},
+            {"not connected", kNotConnected},
+        };
         for (const auto& [name, kind] : kinds)
             faults.push_back({request + " " + name,
                               [this, request, kind = kind] { instruments_.server.faults[request] = kind; }});
@@ -190,13 +158,13 @@ class AlpacaDevices : public NetworkDevices {
                 {"the camera is disconnected", [this] { instruments_.disconnect(kCamera); }},
                 {"the server dies and is started again",
                  [this] {
-                     die(Fault::kRefused);
+                     die(kRefused);
                      back_ = loop_.after(Milliseconds{5000}, [this] { repair(); });
                  }},
-                {"the server dies", [this] { die(Fault::kRefused); }},
-                {"the cable is pulled", [this] { fail(Fault::kSilence); }},
+                {"the server dies", [this] { die(kRefused); }},
+                {"the cable is pulled", [this] { fail(kSilence); }},
                 {"the cable is pulled for a while", [this] {
-                     fail(Fault::kSilence);
+                     fail(kSilence);
                      back_ = loop_.after(Milliseconds{20'000}, [this] { repair(); });
                  }}};
     }

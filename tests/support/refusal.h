@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "platform/errors.h"
+
 namespace vantrel::test {
 
 /// The text of the error that the use throws; empty when it throws none. Other errors pass through.
@@ -13,6 +15,17 @@ std::string refusalOf(Use&& use) {
         return "";
     } catch (const Error& error) {
         return error.what();
+    }
+}
+
+/// The number of the failure that the use ends with; 0 when it succeeds.
+template <typename Use>
+int failureOf(Use&& use) {
+    try {
+        use();
+        return 0;
+    } catch (const platform::OperationError& error) {
+        return error.number();
     }
 }
 

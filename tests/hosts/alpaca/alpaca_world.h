@@ -1,19 +1,215 @@
-// Alpaca devices with everything around them, in virtual time.
+// Alpaca devices with everything around them, in virtual time, and a server that lies, dies and comes back as
+// a test wishes.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "hosts/alpaca/client.h"
-#include "hosts/alpaca/fake_server.h"
+#include "hosts/alpaca/device_error.h"
+#include "hosts/alpaca/json.h"
 #include "hosts/alpaca/surroundings.h"
 #include "hosts/fake_http.h"
 #include "platform/outside_call.h"
 #include "platform/queued_event_loop.h"
 
 namespace vantrel::test {
+
+/// What goes wrong with one member, or with all.
+enum class Fault {
+    kNone,
+    kRefused,      // nobody listens
+    kSilence,      // no answer at all
+    kCut,          // the connection ends in the middle
+    kTooMuch,      // a body without end
+    kNotFound,     // 404, as JSON
+    kBadRequest,   // 400 with an error number inside
+    kServerFault,  // 500
+    kMoved,        // 302
+    kWebPage,      // HTML
+    kNoJson,
+    kNoObject,
+    kNoValue,  // an object without the value
+    kNull,
+    kWrongType,    // a text in place of whatever it should be
+    kDeviceError,  // the driver's own
+    kNotImplemented,
+    kNotConnected,
+};
+
+struct Request {
+    bool isPut = false;
+    std::string path;  // "telescope/0/slewing", "management/v1/description"
+    std::map<std::string, std::string> parameters;
+
+    std::string text() const {
+        std::string line = (isPut ? "PUT " : "GET ") + path;
+        char sign = '?';
+        for (const auto& [name, value] : parameters) {
+            if (name == "ClientID" || name == "ClientTransactionID") continue;
+            line += sign + name + "=" + value;
+            sign = '&';
+        }
+        return line;
+    }
+};
+
+class FakeServer {
+  public:
+    using Json = hosts::alpaca::Json;
+
+    struct Listed {
+        std::string name, type;
+        int number;
+        std::string id;
+    };
+    /// The devices that it lists.
+    void list(const std::vector<Listed>& devices) {
+        Json& all = values["management/v1/configureddevices"] = Json::array();
+        for (const auto& [name, type, number, id] : devices)
+            all.push_back(
+                {{"DeviceName", name}, {"DeviceType", type}, {"DeviceNumber", number}, {"UniqueID", id}});
+    }
+    /// Gives a device ("camera/2/") members, as a JSON object tells them. It is connected by the property.
+    void fill(const std::string& device, const char* members) {
+        const Json given = Json::parse(members);
+        for (const auto& [name, value] : given.items()) values[device + name] = value;
+        commands[device + "connected"] = [this, device](const Request& put) {
+            values[device + "connected"] = put.parameters.at("Connected") == "True";
+        };
+    }
+    /// These commands are taken, and do nothing.
+    void take(const std::string& device, const std::vector<const char*>& names) {
+        for (const char* name : names) commands[device + name] = [](const Request&) {};
+    }
+
+    /// By path; a value that isn't here is an unknown member.
+    std::map<std::string, Json> values;
+    /// What a PUT does, beside being written down. Members that take none are unknown.
+    std::map<std::string, std::function<void(const Request&)>> commands;
+    /// By path, for commands with "PUT " before it; "" for all.
+    std::map<std::string, Fault> faults;
+    std::string refuses;  // a request as a line, whose answer is the driver's error
+    std::map<std::string, platform::Milliseconds> delays;
+    /// An answer in place of JSON, for pictures.
+    std::map<std::string, std::function<platform::HttpAnswer()>> raw;
+
+    std::vector<Request> requests;
+
+    /// The requests as lines, without the GETs when only commands matter.
+    std::vector<std::string> commandLines() const {
+        std::vector<std::string> lines;
+        for (const Request& request : requests)
+            if (request.isPut) lines.push_back(request.text());
+        return lines;
+    }
+
+    FakeReply answer(const platform::HttpRequest& http) {
+        const Request request = requestOf(http);
+        requests.push_back(request);
+        const std::string key = (request.isPut ? "PUT " : "") + request.path;
+        Fault fault = Fault::kNone;
+        if (faults.contains(key)) fault = faults[key];
+        if (faults.contains("")) fault = faults[""];
+        if (request.text() == refuses) fault = Fault::kDeviceError;
+        FakeReply reply;
+        if (delays.contains(key)) reply.after = delays[key];
+        reply.outcome = outcomeOf(request, fault);
+        reply.never = fault == Fault::kSilence;
+        return reply;
+    }
+
+  private:
+    static Request requestOf(const platform::HttpRequest& http) {
+        Request request;
+        request.isPut = http.method == platform::HttpRequest::Method::kPut;
+        std::string rest = http.url.substr(http.url.find('/', 7) + 1);
+        const auto query = rest.find('?');
+        std::string parameters = request.isPut                ? http.form
+                                 : query == std::string::npos ? ""
+                                                              : rest.substr(query + 1);
+        request.path = rest.substr(0, query);
+        if (request.path.starts_with("api/v1/")) request.path = request.path.substr(7);
+        while (!parameters.empty()) {
+            const std::string one = parameters.substr(0, parameters.find('&'));
+            parameters.erase(0, one.size() + 1);
+            request.parameters[one.substr(0, one.find('='))] = one.substr(one.find('=') + 1);
+        }
+        return request;
+    }
+
+    hosts::HttpOutcome outcomeOf(const Request& request, Fault fault) {
+        using platform::HttpAnswer;
+        using platform::HttpError;
+        using Kind = HttpError::Kind;
+        const auto error = [&](int number, const std::string& words) {
+            return whole(request, {{"ErrorNumber", number}, {"ErrorMessage", words}, {"Value", nullptr}});
+        };
+        switch (fault) {
+            case Fault::kNone:
+                break;
+            case Fault::kSilence:
+                return HttpError(Kind::kTimedOut, "silence");
+            case Fault::kRefused:
+                return HttpError(Kind::kUnreachable, "Connection refused");
+            case Fault::kCut:
+                return HttpError(Kind::kBroken, "transfer closed");
+            case Fault::kTooMuch:
+                return HttpError(Kind::kTooLarge, "too much");
+            case Fault::kNotFound:
+                return HttpAnswer{404, "application/json", R"({"detail":"Not Found"})"};
+            case Fault::kBadRequest: {
+                HttpAnswer answer = error(1025, "Unknown method");
+                answer.status = 400;
+                return answer;
+            }
+            case Fault::kServerFault:
+                return HttpAnswer{500, "text/plain", "Traceback:\nKeyError"};
+            case Fault::kMoved:
+                return HttpAnswer{302, "text/plain", ""};
+            case Fault::kWebPage:
+                return HttpAnswer{200, "text/html", "<html><body>Router</body></html>"};
+            case Fault::kNoJson:
+                return HttpAnswer{200, "application/json", "{\"Value\": tru"};
+            case Fault::kNoObject:
+                return HttpAnswer{200, "application/json", "[1, 2]"};
+            case Fault::kNoValue:
+                return whole(request, {{"ErrorNumber", 0}, {"ErrorMessage", ""}});
+            case Fault::kNull:
+                return whole(request, {{"ErrorNumber", 0}, {"ErrorMessage", ""}, {"Value", nullptr}});
+            case Fault::kWrongType:
+                return whole(request, {{"Value", "elephant"}, {"ErrorNumber", 0}});
+            case Fault::kDeviceError:
+                return error(0x512, "The gears are stuck");
+            case Fault::kNotImplemented:
+                return error(1024, "");
+            case Fault::kNotConnected:
+                return error(1031, "Not connected");
+        }
+        if (!request.isPut && raw.contains(request.path)) return raw[request.path]();
+        if (request.isPut) {
+            if (!commands.contains(request.path)) return HttpAnswer{404, "text/plain", "no such method"};
+            commands[request.path](request);
+            return whole(request, {{"ErrorNumber", 0}, {"ErrorMessage", ""}});
+        }
+        if (!values.contains(request.path)) return HttpAnswer{404, "text/plain", "no such member"};
+        return whole(request, {{"Value", values[request.path]}, {"ErrorNumber", 0}, {"ErrorMessage", ""}});
+    }
+
+    platform::HttpAnswer whole(const Request& request, Json object) {
+        const auto given = request.parameters.find("ClientTransactionID");
+        object["ClientTransactionID"] = given == request.parameters.end() ? 0 : std::stoi(given->second);
+        object["ServerTransactionID"] = ++transaction_;
+        return {200, "application/json; charset=utf-8", object.dump()};
+    }
+
+    int transaction_ = 0;
+};
+
+// ---- devices with everything around them
 
 /// Datagrams that arrive after their time, once somebody asked.
 struct FakeDatagram {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "hosts/alpaca/alpaca_world.h"
+#include "hosts/alpaca/device_error.h"
+#include "hosts/alpaca/reply.h"
 #include "support/refusal.h"
 
 namespace vantrel::hosts::alpaca {
@@ -103,6 +105,109 @@ TEST_F(ClientTest, HearsNothingOfWhatWasLetGo) {
     loop.sleep(10s);
     EXPECT_FALSE(heard);
     EXPECT_EQ(http.underWay(), 0U);
+}
+
+// ---- replies
+
+using platform::HttpAnswer;
+using platform::HttpError;
+
+constexpr std::uint32_t kTransaction = 12;
+const std::string kServer = "10.0.0.7:11111";
+
+/// The value, or the kind of error and its words.
+std::string outcomeOf(const HttpAnswer& answer, Expects expects) {
+    try {
+        return valueOf(answer, expects, kTransaction, kServer).dump();
+    } catch (const DeviceError& error) {
+        return "device " + std::to_string(error.number()) + ": " + error.what();
+    } catch (const UnknownMember& error) {
+        return std::string("unknown: ") + error.what();
+    } catch (const ServerError& error) {
+        return std::string("server: ") + error.what();
+    } catch (const std::runtime_error& error) {
+        return std::string("failed: ") + error.what();
+    }
+}
+
+TEST(Reply, IsJudgedByStatusThenContentThenErrorThenValue) {
+    const std::string ours = R"("ClientTransactionID":12)";
+    const std::string json = "application/json";
+    const std::string server = "The Alpaca server at 10.0.0.7:11111 ";
+    const std::string noServer = "server: What answers at 10.0.0.7:11111 is no Alpaca server ";
+    const struct {
+        const char* why;
+        HttpAnswer answer;
+        std::string asQuestion;
+        std::string asCommand = asQuestion;
+    } cases[] = {
+        {"all is well",
+         HttpAnswer{200, json, R"({"Value":1.5,"ErrorNumber":0,"ErrorMessage":"",)" + ours + "}"}, "1.5"},
+        {"without a value", HttpAnswer{200, json, R"({"ErrorNumber":0,)" + ours + "}"},
+         "server: " + server + "sent an answer without a value.", "null"},
+        {"null", HttpAnswer{200, json, R"({"Value":null,"ErrorNumber":0})"},
+         "server: " + server + "sent an answer without a value.", "null"},
+        {"the error comes before the value",
+         HttpAnswer{200, json, R"({"Value":3,"ErrorNumber":1035,"ErrorMessage":"Busy"})"},
+         "device 1035: Busy"},
+        {"an error without words", HttpAnswer{200, json, R"({"ErrorNumber":1032,"ErrorMessage":""})"},
+         "device 1032: The mount is parked: please unpark it."},
+        {"an unknown number without words", HttpAnswer{200, json, R"({"ErrorNumber":1300})"},
+         "device 1300: The device reports error 1300."},
+        {"words that aren't fit to be shown",
+         HttpAnswer{200, json, "{\"ErrorNumber\":1,\"ErrorMessage\":\"a\\r\\nb\\u0000c\"}"},
+         "device 1: a  b c"},
+        {"no error fields at all", HttpAnswer{200, json, R"({"Value":[1]})"}, "[1]"},
+        {"another content type", HttpAnswer{200, "text/plain", R"({"Value":true})"}, "true"},
+        {"no content type", HttpAnswer{200, "", R"({"Value":true})"}, "true"},
+        {"a web page", HttpAnswer{200, "text/html", "<html></html>"}, noServer + "(it sends a web page)."},
+        {"a web page in disguise", HttpAnswer{200, json, " <!DOCTYPE html>"},
+         noServer + "(it sends a web page)."},
+        {"no JSON", HttpAnswer{200, json, "Hello"}, noServer + "(its answer can't be read: it is no JSON)."},
+        {"cut off", HttpAnswer{200, json, R"({"Value":tr)"},
+         noServer + "(its answer can't be read: it is no JSON)."},
+        {"nested without end", HttpAnswer{200, json, std::string(100'000, '[')},
+         noServer + "(its answer can't be read: it is nested without end)."},
+        {"no object", HttpAnswer{200, json, "[]"}, noServer + "(its answer is no object)."},
+        {"404", HttpAnswer{404, json, R"({"detail":"Not Found"})"}, "unknown: Not Found"},
+        {"404 as a web page", HttpAnswer{404, "text/html", "<h1>404</h1>"},
+         "unknown: " + server + "doesn't know this device or member."},
+        {"400 in plain text", HttpAnswer{400, "text/plain", "Declination: no number"},
+         "unknown: Declination: no number"},
+        {"400 with an error number",
+         HttpAnswer{400, json, R"({"ErrorNumber":1025,"ErrorMessage":"Unknown method"})"},
+         "unknown: Unknown method"},
+        {"500", HttpAnswer{500, "text/plain", "Oops\nat line 3"},
+         "failed: " + server + "failed: Oops at line 3"},
+        {"a redirect", HttpAnswer{302, "", ""}, noServer + "(it answers 302)."},
+        {"a password is wanted", HttpAnswer{401, "", ""}, noServer + "(it answers 401)."},
+        {"an answer to an earlier request", HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":11})"},
+         "server: " + server + "answers late and out of turn."},
+        {"a transaction that we never began",
+         HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":99})"}, "1"},
+        {"no transaction", HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":0})"}, "1"},
+        {"a transaction that is no number", HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":"x"})"},
+         "1"},
+        {"an error number beyond all numbers", HttpAnswer{200, json, R"({"Value":1,"ErrorNumber":1e300})"},
+         "device 2147483647: The device reports error 2147483647."},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(outcomeOf(c.answer, Expects::kValue), c.asQuestion) << c.why;
+        EXPECT_EQ(outcomeOf(c.answer, Expects::kNothing), c.asCommand) << c.why;
+    }
+}
+
+TEST(Reply, SaysWhatIsWrongWithTheServer) {
+    using Kind = HttpError::Kind;
+    const std::pair<Kind, const char*> cases[] = {
+        {Kind::kUnreachable,
+         "The Alpaca server at 10.0.0.7:11111 can't be reached: is it running, and in this network?"},
+        {Kind::kTimedOut, "The Alpaca server at 10.0.0.7:11111 doesn't answer."},
+        {Kind::kTooLarge, "The Alpaca server at 10.0.0.7:11111 sends more than it should."},
+        {Kind::kBroken, "The Alpaca server at 10.0.0.7:11111 broke off in the middle of an answer."},
+        {Kind::kRefused, "What answers at 10.0.0.7:11111 is no Alpaca server (detail)."}};
+    for (const auto& [kind, says] : cases)
+        EXPECT_STREQ(serverError(HttpError(kind, "detail"), kServer).what(), says);
 }
 
 }  // namespace

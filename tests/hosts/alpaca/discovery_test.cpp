@@ -4,12 +4,13 @@
 #include <gtest/gtest.h>
 
 #include "hosts/alpaca/alpaca_world.h"
+#include "hosts/alpaca/device_record.h"
 
 namespace vantrel::hosts::alpaca {
 namespace {
 
 using namespace std::chrono_literals;
-using test::Fault;
+using enum test::Fault;
 using testing::ElementsAre;
 
 TEST(DiscoveryAnswer, IsAPort) {
@@ -22,15 +23,13 @@ TEST(DiscoveryAnswer, IsAPort) {
 }
 
 struct DiscoveryTest : testing::Test, test::AlpacaWorld {
-    static Json device(const std::string& type, int number, const std::string& id) {
-        return {{"DeviceName", type + " of " + id},
-                {"DeviceType", type},
-                {"DeviceNumber", number},
-                {"UniqueID", id}};
+    static test::FakeServer::Listed device(const std::string& type, int number, const std::string& id) {
+        return {type + " of " + id, type, number, id};
     }
-    test::FakeServer& serverAt(const std::string& host, const std::vector<Json>& devices) {
+    test::FakeServer& serverAt(const std::string& host,
+                               const std::vector<test::FakeServer::Listed>& devices) {
         test::FakeServer& server = servers[host + ":11111"];
-        server.values["management/v1/configureddevices"] = Json(devices);
+        server.list(devices);
         server.values["management/v1/description"] = {{"ServerName", "Server at " + host}};
         datagrams.push_back({5ms, {host, R"({"AlpacaPort":11111})"}});
         return server;
@@ -70,7 +69,7 @@ TEST_F(DiscoveryTest, ListsWhatEachServerHas) {
 }
 
 TEST_F(DiscoveryTest, TakesOneWayToADeviceThatAnswersOnSeveral) {
-    const std::vector<Json> devices = {device("Telescope", 0, "A1")};
+    const std::vector<test::FakeServer::Listed> devices = {device("Telescope", 0, "A1")};
     serverAt("fe80::7%eth0", devices);
     servers["[fe80::7%25eth0]:11111"] = servers["fe80::7%eth0:11111"];
     serverAt("10.0.0.7", devices);
@@ -82,13 +81,11 @@ TEST_F(DiscoveryTest, TakesOneWayToADeviceThatAnswersOnSeveral) {
 
 TEST_F(DiscoveryTest, SurvivesServersOfEveryKind) {
     serverAt("10.0.0.1", {device("Telescope", 0, "A1")}).values["management/v1/description"] = "A plain text";
-    serverAt("10.0.0.2", {device("Telescope", 0, "B1")}).faults["management/v1/description"] =
-        Fault::kNotFound;
-    serverAt("10.0.0.3", {device("Telescope", 0, "C1")}).faults[""] = Fault::kSilence;
+    serverAt("10.0.0.2", {device("Telescope", 0, "B1")}).faults["management/v1/description"] = kNotFound;
+    serverAt("10.0.0.3", {device("Telescope", 0, "C1")}).faults[""] = kSilence;
     serverAt("10.0.0.4", {}).values["management/v1/configureddevices"] = "no list";
-    serverAt("10.0.0.5", {device("Telescope", 0, "E1")}).faults[""] = Fault::kWebPage;
-    serverAt("10.0.0.6", {device("Telescope", 0, "F1")}).faults["management/v1/configureddevices"] =
-        Fault::kCut;
+    serverAt("10.0.0.5", {device("Telescope", 0, "E1")}).faults[""] = kWebPage;
+    serverAt("10.0.0.6", {device("Telescope", 0, "F1")}).faults["management/v1/configureddevices"] = kCut;
     datagrams.push_back({1ms, {"10.0.0.66", R"({"AlpacaPort":11111})"}});  // nobody listens there
     datagrams.push_back({1ms, {"10.0.0.67", "\xff\xfe rubbish"}});
     datagrams.push_back({10s, {"10.0.0.68", R"({"AlpacaPort":11111})"}});
@@ -122,7 +119,7 @@ TEST_F(DiscoveryTest, IsNotFloodedByAnswers) {
 }
 
 TEST_F(DiscoveryTest, CanBeGivenUp) {
-    serverAt("10.0.0.7", {device("Telescope", 0, "A1")}).faults[""] = Fault::kSilence;
+    serverAt("10.0.0.7", {device("Telescope", 0, "A1")}).faults[""] = kSilence;
     bool heard = false;
     {
         const Discovery discovery(surroundings, [&](const auto&) { heard = true; });
@@ -131,6 +128,72 @@ TEST_F(DiscoveryTest, CanBeGivenUp) {
     EXPECT_EQ(http.underWay(), 0U);
     loop.sleep(10s);
     EXPECT_FALSE(heard);
+}
+
+// ---- device records
+
+TEST(ServerAddress, IsReadAsPeopleTypeIt) {
+    const struct {
+        const char* typed;
+        ServerAddress means;
+    } cases[] = {
+        {"192.168.1.5", ServerAddress{"192.168.1.5", 11111}},
+        {" 192.168.1.5:80 ", ServerAddress{"192.168.1.5", 80}},
+        {"mount.local:32323", ServerAddress{"mount.local", 32323}},
+        {"http://mount:80/", ServerAddress{"mount", 80}},
+        {"HTTP://mount", ServerAddress{"mount", 11111}},
+        {"::1", ServerAddress{"::1", 11111}},
+        {"[::1]", ServerAddress{"::1", 11111}},
+        {"[fe80::2%eth0]:80", ServerAddress{"fe80::2%eth0", 80}},
+    };
+    for (const auto& c : cases) EXPECT_EQ(parseServerAddress(c.typed), c.means) << c.typed;
+    const std::string endless(300, 'a');
+    for (const char* none :
+         {"", ":80", "mount:", "mount:0", "mount:65536", "mount:80x", "[::1", "[::1]:", "[::1]80",
+          "[mount]:80", "user@mount", "mount/path", "https://mount", "two words", endless.c_str()})
+        EXPECT_EQ(parseServerAddress(none), std::nullopt) << none;
+}
+
+TEST(DeviceRecord, IsReadAsTyped) {
+    const struct {
+        const char* typed;
+        const char* id;
+    } cases[] = {{"10.0.0.7:80/telescope/0", "Alpaca:10.0.0.7:80/telescope/0"},
+                 {"http://mount/Camera/12", "Alpaca:mount:11111/camera/12"},
+                 {"[::1]:80/telescope/1", "Alpaca:[::1]:80/telescope/1"}};
+    for (const auto& c : cases) {
+        const auto device = parseDevice(c.typed);
+        EXPECT_EQ(device ? device->id() : "", c.id) << c.typed;
+    }
+    for (const char* none : {"mount", "mount/telescope", "/telescope/0", "telescope/0", "/", "//",
+                             "mount/telescope/x", "mount/telescope/-1", "mount/../0", "mount//0"})
+        EXPECT_FALSE(parseDevice(none)) << none;
+}
+
+TEST(DeviceRecord, TakesWhatMakesSenseOfAList) {
+    const Json list = parseJson(R"([
+        {"DeviceName":"My mount","DeviceType":"Telescope","DeviceNumber":3,"UniqueID":"7f5a-1"},
+        {"DeviceName":"","DeviceType":"camera","DeviceNumber":0,"UniqueID":""},
+        {"DeviceName":"Odd","DeviceType":"Camera","DeviceNumber":1,"UniqueID":"a/b"},
+        {"DeviceName":"No number","DeviceType":"Camera","UniqueID":"x"},
+        {"DeviceName":"Negative","DeviceType":"Camera","DeviceNumber":-1,"UniqueID":"x"},
+        {"DeviceName":"No type","DeviceNumber":1,"UniqueID":"x"},
+        {"DeviceName":"Evil","DeviceType":"../../setup","DeviceNumber":1,"UniqueID":"x"},
+        "nonsense", 7, null])");
+    std::vector<std::string> seen;
+    for (const DeviceRecord& device : devicesIn(list, {"10.0.0.7", 80}))
+        seen.push_back(device.id() + " " + device.name);
+    EXPECT_EQ(seen, (std::vector<std::string>{"Alpaca:7f5a-1/telescope My mount",
+                                              "Alpaca:10.0.0.7:80/camera/0 camera 0",
+                                              "Alpaca:10.0.0.7:80/camera/1 Odd"}));
+    for (const char* other : {"{}", "null", "\"x\"", "[]"})
+        EXPECT_TRUE(devicesIn(parseJson(other), {}).empty());
+}
+
+TEST(DeviceRecord, TakesNoEndlessList) {
+    Json list = Json::array();
+    for (int i = 0; i < 10'000; ++i) list.push_back({{"DeviceType", "camera"}, {"DeviceNumber", i}});
+    EXPECT_EQ(devicesIn(list, {"h", 1}).size(), 200U);
 }
 
 }  // namespace

@@ -19,30 +19,12 @@ struct HostTest : testing::Test, test::AlpacaWorld {
     HostTest() {
         test::FakeServer& server = servers["10.0.0.7:11111"];
         server.values["management/v1/description"] = {{"ServerName", "Observatory"}};
-        server.values["management/v1/configureddevices"] = Json::array({{{"DeviceName", "The mount"},
-                                                                         {"DeviceType", "Telescope"},
-                                                                         {"DeviceNumber", 0},
-                                                                         {"UniqueID", "A1"}},
-                                                                        {{"DeviceName", "The camera"},
-                                                                         {"DeviceType", "Camera"},
-                                                                         {"DeviceNumber", 1},
-                                                                         {"UniqueID", "C1"}},
-                                                                        {{"DeviceName", "The wheel"},
-                                                                         {"DeviceType", "FilterWheel"},
-                                                                         {"DeviceNumber", 0},
-                                                                         {"UniqueID", "F1"}}});
-        for (const auto& [path, value] :
-             std::map<std::string, Json>{{"telescope/0/connected", true},
-                                         {"telescope/0/rightascension", 5},
-                                         {"telescope/0/declination", 40},
-                                         {"camera/1/connected", true},
-                                         {"camera/1/cameraxsize", 10},
-                                         {"camera/1/cameraysize", 20},
-                                         {"filterwheel/0/connected", true},
-                                         {"filterwheel/0/names", Json::array({"R", "G"})}})
-            server.values[path] = value;
-        for (const char* path : {"telescope/0/connected", "camera/1/connected", "filterwheel/0/connected"})
-            server.commands[path] = [](const auto&) {};
+        server.list({{"The mount", "Telescope", 0, "A1"},
+                     {"The camera", "Camera", 1, "C1"},
+                     {"The wheel", "FilterWheel", 0, "F1"}});
+        server.fill("telescope/0/", R"({"connected": true, "rightascension": 5, "declination": 40})");
+        server.fill("camera/1/", R"({"connected": true, "cameraxsize": 10, "cameraysize": 20})");
+        server.fill("filterwheel/0/", R"({"connected": true, "names": ["R", "G"]})");
         datagrams.push_back({5ms, {"10.0.0.7", R"({"AlpacaPort":11111})"}});
     }
 

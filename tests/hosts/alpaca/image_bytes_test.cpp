@@ -86,27 +86,19 @@ TEST(ImageBytes, ReadsEveryTypeIntoTheNarrowestThatHoldsIt) {
 }
 
 TEST(ImageBytes, MixesTheColoursOfAPixel) {
-    ImageBytesHead head;
-    head.rank = 3;
-    head.width = 2;
-    head.height = 1;
-    head.planes = 3;
+    const ImageBytesHead head{.rank = 3, .height = 1, .planes = 3};
     const std::string message = head.bytes() + test::littleEndian(Words{10, 20, 31, 100, 100, 100});
     EXPECT_THAT(pixelsOf<Words>(parseImageBytes(message, kSensor)), ElementsAre(20, 100));
 }
 
 TEST(ImageBytes, BeginsWhereTheHeadSays) {
-    ImageBytesHead head;
-    head.start = 47;
-    head.width = 2;
-    head.height = 1;
+    const ImageBytesHead head{.start = 47, .height = 1};
     const std::string message = head.bytes() + "???" + test::littleEndian(Words{258, 772}) + "and more";
     EXPECT_THAT(pixelsOf<Words>(parseImageBytes(message, kSensor)), ElementsAre(258, 772));
 }
 
 TEST(ImageBytes, HoldsTheDevicesErrors) {
-    ImageBytesHead head;
-    head.error = 0x500;
+    ImageBytesHead head{.error = 0x500};
     try {
         parseImageBytes(head.bytes() + "The shutter is\nstuck", kSensor);
         FAIL() << "took it";
@@ -120,11 +112,7 @@ TEST(ImageBytes, HoldsTheDevicesErrors) {
 }
 
 TEST(ImageBytes, RefusesWhatItIsNot) {
-    const auto picture = [](void (*spoil)(ImageBytesHead&)) {
-        ImageBytesHead head;
-        head.width = 2;
-        head.height = 2;
-        spoil(head);
+    const auto picture = [](const ImageBytesHead& head) {
         return head.bytes() + test::littleEndian(Words{1, 2, 3, 4});
     };
     constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
@@ -135,32 +123,28 @@ TEST(ImageBytes, RefusesWhatItIsNot) {
         {"", "it is cut short"},
         {"<html>", "it is cut short"},
         {ImageBytesHead{}.bytes().substr(0, 43), "it is cut short"},
-        {picture([](auto& head) { head.version = 2; }), "its layout is unknown"},
-        {picture([](auto& head) { head.start = 43; }), "it is cut short"},
-        {picture([](auto& head) { head.start = -1; }), "it is cut short"},
-        {picture([](auto& head) { head.start = 53; }), "it is cut short"},
-        {picture([](auto& head) { head.start = 46; }), "it is cut short"},
-        {picture([](auto& head) { head.transmission = 0; }), "an unknown type"},
-        {picture([](auto& head) { head.transmission = 10; }), "an unknown type"},
-        {picture([](auto& head) { head.transmission = 2; }), "it is cut short"},
-        {picture([](auto& head) { head.rank = 1; }), "it isn't flat"},
-        {picture([](auto& head) { head.rank = 3; }), "it has no pixels"},
-        {picture([](auto& head) { head.width = 0; }), "it has no pixels"},
-        {picture([](auto& head) { head.height = -4; }), "it has no pixels"},
-        {picture([](auto& head) { head.width = 3; }), "it is cut short"},
-        {picture([](auto& head) { head.width = 101; }), "larger than the sensor"},
-        {picture([](auto& head) { head.height = kMost; }), "larger than the sensor"},
+        {picture({.version = 2}), "its layout is unknown"},
+        {picture({.start = 43}), "it is cut short"},
+        {picture({.start = -1}), "it is cut short"},
+        {picture({.start = 53}), "it is cut short"},
+        {picture({.start = 46}), "it is cut short"},
+        {picture({.transmission = 0}), "an unknown type"},
+        {picture({.transmission = 10}), "an unknown type"},
+        {picture({.transmission = 2}), "it is cut short"},
+        {picture({.rank = 1}), "it isn't flat"},
+        {picture({.rank = 3}), "it has no pixels"},
+        {picture({.width = 0}), "it has no pixels"},
+        {picture({.height = -4}), "it has no pixels"},
+        {picture({.width = 3}), "it is cut short"},
+        {picture({.width = 101}), "larger than the sensor"},
+        {picture({.height = kMost}), "larger than the sensor"},
     };
     for (const auto& c : cases)
         EXPECT_THAT(test::refusalOf<std::runtime_error>([&] { parseImageBytes(c.message, kSensor); }),
                     HasSubstr(c.says));
     // However large the sensor claims to be.
-    const std::string huge = picture([](auto& head) {
-        head.rank = 3;
-        head.width = head.height = kMost;
-        head.planes = 4;
-        head.transmission = 3;
-    });
+    const std::string huge =
+        picture({.transmission = 3, .rank = 3, .width = kMost, .height = kMost, .planes = 4});
     EXPECT_THAT(test::refusalOf<std::runtime_error>([&] {
                     parseImageBytes(huge, {std::size_t{kMost}, std::size_t{kMost}});
                 }),

@@ -27,8 +27,8 @@ struct ImageBytesHead {
     std::int32_t element = 2;
     std::int32_t transmission = 8;
     std::int32_t rank = 2;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
+    std::int32_t width = 2;
+    std::int32_t height = 2;
     std::int32_t planes = 0;
 
     std::string bytes() const {
@@ -41,10 +41,7 @@ struct ImageBytesHead {
 template <typename Number>
 std::string imageBytes(hosts::alpaca::Element element, int width, int height,
                        const std::vector<Number>& pixels) {
-    ImageBytesHead head;
-    head.transmission = static_cast<int>(element);
-    head.width = width;
-    head.height = height;
+    const ImageBytesHead head{.transmission = static_cast<int>(element), .width = width, .height = height};
     return head.bytes() + littleEndian(pixels);
 }
 

@@ -1,4 +1,4 @@
-// The test server in Python as a process of its own.
+// The tests' Alpaca server in Python as a process of its own.
 #pragma once
 
 #include <array>
@@ -9,8 +9,6 @@
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-#include "platform/http/http_transfers.h"
 
 namespace vantrel::test {
 
@@ -37,7 +35,6 @@ class AlpacaServerProcess {
         const Json ready = Json::parse(lineFrom(output[0]));
         ::close(output[0]);
         port = ready.at("port");
-        discoveryPort = ready.at("discoveryPort");
     }
     ~AlpacaServerProcess() {
         ::close(input_);
@@ -46,33 +43,13 @@ class AlpacaServerProcess {
     AlpacaServerProcess(const AlpacaServerProcess&) = delete;
     AlpacaServerProcess& operator=(const AlpacaServerProcess&) = delete;
 
-    /// Uses the server's private door: "set", "away", "restart".
-    void put(const std::string& door, const Json& what = Json::object()) {
-        use({.method = platform::HttpRequest::Method::kPut, .url = url(door), .form = what.dump()});
-    }
-    void set(const Json& settings) { put("set", settings); }
-
     int port = 0;
-    int discoveryPort = 0;
 
   private:
     static std::string lineFrom(int descriptor) {
         std::string line;
         for (char c = 0; ::read(descriptor, &c, 1) == 1 && c != '\n';) line += c;
         return line;
-    }
-
-    std::string url(const std::string& door) const {
-        return "http://127.0.0.1:" + std::to_string(port) + "/private/" + door;
-    }
-
-    static std::string use(platform::HttpRequest request) {
-        request.limits.whole = platform::Milliseconds{10'000};
-        platform::HttpTransfers transfers;
-        const auto transfer = transfers.start(request);
-        while (!transfer->isOver())
-            if (!transfers.move()) transfers.waitForMovement(platform::Milliseconds{100});
-        return transfer->take().body;
     }
 
     pid_t child_;
