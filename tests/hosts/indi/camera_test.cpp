@@ -1,7 +1,6 @@
 #include "hosts/indi/camera.h"
 
 #include <gmock/gmock.h>
-#include <malloc.h>
 
 #include "hosts/indi/indi_world.h"
 
@@ -14,10 +13,14 @@ using platform::CameraLevel;
 using platform::CameraOrder;
 using platform::FitsBytes;
 using platform::Milliseconds;
+using test::FakeConnection;
 using test::FakeNetwork;
 using test::Treatment;
-using Kind = Treatment::Kind;
+using enum Treatment::Kind;
 using Progress = platform::CameraHardware::Progress;
+
+constexpr const char* kHalfAPicture =
+    "<setBLOBVector device=\"Camera\" name=\"CCD1\"><oneBLOB name=\"CCD1\" format=\".fits\">QUJD";
 
 class CameraTest : public test::IndiWorld {
   protected:
@@ -47,7 +50,7 @@ class CameraTest : public test::IndiWorld {
         }
     }
 
-    platform::TimerHandle later;
+    platform::TimerHandle later, halted;
     Camera camera{surroundings, servers.client(address), test::FakeIndi::kCamera};
 };
 
@@ -79,6 +82,15 @@ TEST_F(CameraTest, TellsWhatItIsOnceItIsConnected) {
     EXPECT_THAT(server.commands,
                 testing::ElementsAre("CONNECTION CONNECT=On", "UPLOAD_MODE UPLOAD_CLIENT=On"));
     EXPECT_EQ(server.pictureConnections().size(), 1U);
+}
+
+TEST_F(CameraTest, IsOneBehindAllThatUseIt) {
+    IndiHost host(surroundings, {});
+    const std::string progId = "Indi:localhost:7624/Camera";
+    EXPECT_EQ(host.camera(progId)->name(), "Camera");
+    EXPECT_EQ(host.camera(progId), host.camera(progId));
+    EXPECT_EQ(problemOf([&] { host.camera("MaxIm.CCDCamera"); }),
+              "\"MaxIm.CCDCamera\" is no camera at an INDI server");
 }
 
 TEST_F(CameraTest, ExposesAsOrdered) {
@@ -117,9 +129,9 @@ TEST_F(CameraTest, ExposesAsOrdered) {
 // As the simulator of INDI 1.9 does.
 TEST_F(CameraTest, ARefusalThatADriverForgetsToTakeBackIsNone) {
     connect();
-    server.treatment["CCD_BINNING"] = {Kind::kRefuse};
+    server.treatment["CCD_BINNING"] = {kRefuse};
     EXPECT_NE(start({.binX = 3, .binY = 3, .part = CameraOrder::Part{0, 0, 10, 10}}), "");
-    server.treatment["CCD_BINNING"] = {Kind::kIgnore};
+    server.treatment["CCD_BINNING"] = {kIgnore};
     server.sayAll(
         "<setNumberVector device=\"Camera\" name=\"CCD_BINNING\" state=\"Alert\"><oneNumber "
         "name=\"HOR_BIN\">2</oneNumber><oneNumber name=\"VER_BIN\">2</oneNumber></setNumberVector>",
@@ -148,79 +160,35 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
         std::string problem;
         Milliseconds latest;
     } cases[] = {
-        {"refused",
-         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kRefuse}; },
-         {.seconds = -1},
-         "Camera refuses an exposure of -1 s: No CCD_EXPOSURE today.",
-         100ms},
-        {"refused late",
-         [&] {
-             server.treatment["CCD_EXPOSURE"] = {Kind::kRefuse, 1s};
-         },
-         {.seconds = 5},
-         "Camera refuses an exposure of 5 s: No CCD_EXPOSURE today.",
-         1100ms},
-        {"ignored",
-         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kIgnore}; },
-         {.seconds = 5},
-         "Camera takes no notice of an exposure of 5 s",
-         10010ms},
-        {"ignored with a message",
-         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kIgnoreWithMessage}; },
-         {.seconds = 5},
-         "Camera takes no notice of an exposure of 5 s: No CCD_EXPOSURE today.",
-         10010ms},
-        {"binning refused",
-         [&] { server.treatment["CCD_BINNING"] = {Kind::kRefuse}; },
-         {.binX = 3, .binY = 3, .part = CameraOrder::Part{0, 0, 10, 10}},
-         "Camera refuses binning 3 x 3: No CCD_BINNING today.",
-         100ms},
-        {"binning ignored",
-         [&] { server.treatment["CCD_BINNING"] = {Kind::kIgnore}; },
-         {.binX = 3, .binY = 3},
-         "Camera takes no notice of binning 3 x 3",
-         5s},
-        {"frame refused",
-         [&] { server.treatment["CCD_FRAME"] = {Kind::kRefuse}; },
-         {.part = CameraOrder::Part{0, 0, 10, 10}},
-         "Camera refuses a part of the sensor: No CCD_FRAME today.",
-         100ms},
-        {"filter stuck",
-         [&] { server.treatment["FILTER_SLOT"] = {Kind::kIgnore}; },
-         {.filter = 1},
-         "Camera takes no notice of filter 2",
-         60s},
-        {"frame type refused",
-         [&] { server.treatment["CCD_FRAME_TYPE"] = {Kind::kRefuse}; },
-         {.frame = CameraOrder::Frame::kFlat},
-         "Camera refuses the kind of frame: No CCD_FRAME_TYPE today.",
-         100ms},
-        {"the server ends",
-         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kHangUp}; },
-         {},
-         "Camera isn't connected any more",
-         100ms},
-        {"the cable is cut",
-         [&] { server.treatment["CCD_EXPOSURE"] = {Kind::kSilence}; },
-         {},
-         "Camera takes no notice of an exposure of 1 s",
-         10010ms},
-        {"the operator stops",
-         [&] {
-             server.treatment["CCD_EXPOSURE"] = {Kind::kIgnore};
-             loop.post([&] { givenUp = true; });
-         },
-         {},
-         "Waiting for Camera was given up: an exposure of 1 s",
-         100ms},
-        {"the operator gives it up meanwhile",
-         [&] {
-             server.treatment["CCD_EXPOSURE"] = {Kind::kIgnore};
-             loop.post([&] { camera.abort(); });
-         },
-         {},
-         "The exposure was given up",
-         200ms},
+        {"refused", treated("CCD_EXPOSURE", {kRefuse}), CameraOrder{.seconds = -1},
+         "Camera refuses an exposure of -1 s: No CCD_EXPOSURE today.", 100ms},
+        {"refused late", treated("CCD_EXPOSURE", {kRefuse, 1s}), CameraOrder{.seconds = 5},
+         "Camera refuses an exposure of 5 s: No CCD_EXPOSURE today.", 1100ms},
+        {"ignored", treated("CCD_EXPOSURE", {kIgnore}), CameraOrder{.seconds = 5},
+         "Camera takes no notice of an exposure of 5 s", 10010ms},
+        {"ignored with a message", treated("CCD_EXPOSURE", {kIgnoreWithMessage}), CameraOrder{.seconds = 5},
+         "Camera takes no notice of an exposure of 5 s: No CCD_EXPOSURE today.", 10010ms},
+        {"binning refused", treated("CCD_BINNING", {kRefuse}),
+         CameraOrder{.binX = 3, .binY = 3, .part = CameraOrder::Part{0, 0, 10, 10}},
+         "Camera refuses binning 3 x 3: No CCD_BINNING today.", 100ms},
+        {"binning ignored", treated("CCD_BINNING", {kIgnore}), CameraOrder{.binX = 3, .binY = 3},
+         "Camera takes no notice of binning 3 x 3", 5s},
+        {"frame refused", treated("CCD_FRAME", {kRefuse}),
+         CameraOrder{.part = CameraOrder::Part{0, 0, 10, 10}},
+         "Camera refuses a part of the sensor: No CCD_FRAME today.", 100ms},
+        {"filter stuck", treated("FILTER_SLOT", {kIgnore}), CameraOrder{.filter = 1},
+         "Camera takes no notice of filter 2", 60s},
+        {"frame type refused", treated("CCD_FRAME_TYPE", {kRefuse}),
+         CameraOrder{.frame = CameraOrder::Frame::kFlat},
+         "Camera refuses the kind of frame: No CCD_FRAME_TYPE today.", 100ms},
+        {"the server ends", treated("CCD_EXPOSURE", {kHangUp}), CameraOrder{},
+         "Camera isn't connected any more", 100ms},
+        {"the cable is cut", treated("CCD_EXPOSURE", {kSilence}), CameraOrder{},
+         "Camera takes no notice of an exposure of 1 s", 10010ms},
+        {"the operator stops", meanwhile("CCD_EXPOSURE", [&] { givenUp = true; }), CameraOrder{},
+         "Waiting for Camera was given up: an exposure of 1 s", 100ms},
+        {"the operator gives it up meanwhile", meanwhile("CCD_EXPOSURE", [&] { camera.abort(); }),
+         CameraOrder{}, "The exposure was given up", 200ms},
     };
     for (const auto& [why, spoil, order, problem, latest] : cases) {
         server.treatment.clear();
@@ -243,8 +211,7 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
 
 TEST_F(CameraTest, LateAndDoubledAnswersExposeAsWell) {
     connect();
-    for (const Treatment how :
-         {Treatment{Kind::kObey, 100ms}, {Kind::kObey, 1s}, {Kind::kObey, 9s}, {Kind::kObey, 0ms, true}}) {
+    for (const Treatment how : {Treatment{kObey, 100ms}, {kObey, 1s}, {kObey, 9s}, {kObey, 0ms, true}}) {
         server.treatment["CCD_EXPOSURE"] = server.treatment["CCD_BINNING"] = how;
         if (how.delay > 5s) server.treatment.erase("CCD_BINNING");
         EXPECT_EQ(start({.seconds = 1, .binX = 2, .binY = 2}), "");
@@ -258,52 +225,38 @@ TEST_F(CameraTest, LateAndDoubledAnswersExposeAsWell) {
 
 TEST_F(CameraTest, SaysWhyAnExposureGivesNoPicture) {
     const std::string exposure = "<setNumberVector device=\"Camera\" name=\"CCD_EXPOSURE\" state=";
-    const struct {
-        const char* why;
-        std::function<void()> spoil;
-        std::string problem;
-        Milliseconds latest;
-    } cases[] = {
+    const auto at = [&](Milliseconds instant, std::function<void()> what) -> std::function<void()> {
+        return [&, instant, what] { later = loop.after(instant, what); };
+    };
+    /// Half of the picture comes, and then this happens to its connection.
+    const auto half = [&](std::function<void(FakeConnection&)> then) -> std::function<void()> {
+        return [&, then] {
+            server.delivers = false;
+            later = loop.after(5100ms, [&, then] {
+                for (const auto& connection : server.pictureConnections()) {
+                    connection->send(kHalfAPicture);
+                    then(*connection);
+                }
+            });
+        };
+    };
+    const Trouble cases[] = {
         {"fails", [&] { server.sayAll(exposure + "\"Alert\" message=\"[ERROR] Readout failed\"/>", 3s); },
          "Camera has failed to expose: Readout failed", 4s},
         {"no picture", [&] { server.delivers = false; }, "No picture has come from Camera", 66s},
-        {"somebody else gives it up", [&] { later = loop.after(2s, [&] { server.giveExposureUp(); }); },
+        {"somebody else gives it up", at(2s, [&] { server.giveExposureUp(); }),
          "No picture has come from Camera", 8s},
         {"an exposure without an end", [&] { server.readout = 24h; }, "No picture has come from Camera", 66s},
-        {"the driver dies", [&] { later = loop.after(2s, [&] { server.restartDriver("Camera"); }); },
+        {"the driver dies", at(2s, [&] { server.restartDriver("Camera"); }),
          "The connection to Camera was lost", 3s},
-        {"the server dies", [&] { later = loop.after(2s, [&] { server.stop(); }); },
+        {"the server dies", at(2s, [&] { server.stop(); }), "The connection to Camera was lost", 3s},
+        {"the cable is cut", at(2s, [&] { server.cutCables(); }), "The connection to Camera was lost", 25s},
+        {"another program disconnects it", at(2s, [&] { server.disconnectByOthers("Camera"); }),
          "The connection to Camera was lost", 3s},
-        {"the cable is cut", [&] { later = loop.after(2s, [&] { server.cutCables(); }); },
-         "The connection to Camera was lost", 25s},
-        {"another program disconnects it",
-         [&] { later = loop.after(2s, [&] { server.disconnectByOthers("Camera"); }); },
-         "The connection to Camera was lost", 3s},
-        {"only half of the picture comes",
-         [&] {
-             server.delivers = false;
-             later = loop.after(5100ms, [&] {
-                 for (const auto& connection : server.pictureConnections()) {
-                     connection->send(
-                         "<setBLOBVector device=\"Camera\" name=\"CCD1\"><oneBLOB name=\"CCD1\" "
-                         "format=\".fits\">QUJD");
-                     connection->hangUp(1s);
-                 }
-             });
-         },
+        {"only half of the picture comes", half([](FakeConnection& one) { one.hangUp(1s); }),
          "The connection to Camera was lost: the server closed the connection", 7s},
         {"half of the picture, and then nothing",
-         [&] {
-             server.delivers = false;
-             later = loop.after(5100ms, [&] {
-                 for (const auto& connection : server.pictureConnections()) {
-                     connection->send(
-                         "<setBLOBVector device=\"Camera\" name=\"CCD1\"><oneBLOB name=\"CCD1\" "
-                         "format=\".fits\">QUJD");
-                     later = loop.after(10ms, [connection] { connection->cutCable(); });
-                 }
-             });
-         },
+         half([&](FakeConnection& one) { halted = loop.after(10ms, [&one] { one.cutCable(); }); }),
          "The connection to Camera was lost: it has stopped answering", 25s},
         {"a picture that is none", [&] { server.format = ".fits.z"; }, "the picture can't be unpacked", 6s},
         {"a picture beyond the sensor", [&] { server.picture = std::string(40'000'000, 'x'); },
@@ -375,10 +328,7 @@ TEST_F(CameraTest, WhatTheServerHeldBackOfAnExposureThatWasGivenUpGoesWithItsCon
     connect();
     start({.seconds = 0.1});
     const auto before = server.pictureConnections();
-    for (const auto& connection : before)
-        connection->send(
-            "<setBLOBVector device=\"Camera\" name=\"CCD1\"><oneBLOB name=\"CCD1\" format=\".fits\">QUJD",
-            50ms);
+    for (const auto& connection : before) connection->send(kHalfAPicture, 50ms);
     loop.sleep(60ms);
     camera.abort();
     for (const auto& connection : before) connection->send("QUJD</oneBLOB></setBLOBVector>", 500ms);
@@ -443,12 +393,13 @@ TEST_F(CameraTest, ABinningThatIsRefusedBecomesTheNextSmallerOne) {
 }
 
 TEST_F(CameraTest, GainAndOffsetAreSetWhereTheDriverHasThem) {
+    EXPECT_EQ(problemOf([&] { camera.set(Level::kGain, 1); }), "Camera isn't connected");
     connect();
     camera.set(Level::kGain, 50.5);
     camera.set(Level::kOffset, 10);
     EXPECT_THAT(server.commands, testing::ElementsAre("CCD_GAIN GAIN=50.5", "CCD_OFFSET OFFSET=10"));
     EXPECT_EQ(camera.facts().gain, CameraLevel{50.5});
-    server.treatment["CCD_GAIN"] = {Kind::kRefuse};
+    server.treatment["CCD_GAIN"] = {kRefuse};
     EXPECT_EQ(problemOf([&] { camera.set(Level::kGain, 1000); }),
               "Camera refuses a gain of 1000: No CCD_GAIN today.");
 
@@ -486,7 +437,7 @@ TEST_F(CameraTest, IsCooledAndWarmedUp) {
         server.commands,
         testing::ElementsAre("CCD_COOLER COOLER_ON=On", "CCD_TEMPERATURE CCD_TEMPERATURE_VALUE=-15",
                              "CCD_TEMPERATURE CCD_TEMPERATURE_VALUE=-20", "CCD_COOLER COOLER_OFF=On"));
-    server.treatment["CCD_TEMPERATURE"] = {Kind::kRefuse};
+    server.treatment["CCD_TEMPERATURE"] = {kRefuse};
     EXPECT_EQ(problemOf([&] { camera.cool(-99); }),
               "Camera refuses a temperature of -99 C: No CCD_TEMPERATURE today.");
     server.sayAll(
@@ -513,23 +464,6 @@ TEST_F(CameraTest, TellsTheMomentAtWhichAnExposureIsOver) {
     server.disconnectByOthers("Camera");
     loop.sleep(1s);
     EXPECT_THAT(moments, testing::SizeIs(2));
-}
-
-TEST_F(CameraTest, ADayOfExposuresTakesNeitherConnectionsNorMemory) {
-    connect();
-    const long connections = server.network.attempts;
-    server.picture = std::string(10'000, 'x');
-    std::size_t early = 0;
-    for (int minute = 0; minute < 24 * 60; ++minute) {
-        if (minute == 100) early = ::mallinfo2().uordblks;
-        ASSERT_EQ(start({.seconds = 55}), "");
-        ASSERT_EQ(finish(), Progress::kReady);
-        ASSERT_EQ(take(), server.picture);
-        loop.sleep(4s);
-        server.forget();
-    }
-    EXPECT_EQ(server.network.attempts, connections);
-    EXPECT_LT(::mallinfo2().uordblks, early + 20'000);
 }
 
 }  // namespace

@@ -10,7 +10,9 @@ namespace {
 
 using namespace std::chrono_literals;
 using platform::Milliseconds;
+using Lines = std::vector<std::string>;
 using test::FakeNetwork;
+using enum test::Treatment::Kind;
 
 class ClientTest : public test::IndiWorld {
   protected:
@@ -163,29 +165,16 @@ TEST_F(ClientTest, SearchingEndsSoonWhateverTheServersDo) {
     const struct {
         const char* why;
         std::function<void()> spoil;
-        std::vector<std::string> problems;
+        Lines problems;
         Milliseconds latest;
     } cases[] = {
-        {"not running",
-         [&] { server.network.answer = FakeNetwork::Answer::kRefuse; },
-         {where + "doesn't answer: is it running?"},
-         20ms},
-        {"switched off",
-         [&] { server.network.answer = FakeNetwork::Answer::kNothing; },
-         {where + "doesn't answer: is it running?"},
-         2500ms},
-        {"silent",
-         [&] {
-             server.treatment["getProperties"] = {test::Treatment::Kind::kObey, 1h};
-         },
-         {where + "has neither mount nor camera"},
+        {"not running", [&] { server.network.answer = FakeNetwork::Answer::kRefuse; },
+         Lines{where + "doesn't answer: is it running?"}, 20ms},
+        {"switched off", [&] { server.network.answer = FakeNetwork::Answer::kNothing; },
+         Lines{where + "doesn't answer: is it running?"}, 2500ms},
+        {"silent", treated("getProperties", {kObey, 1h}), Lines{where + "has neither mount nor camera"},
          1100ms},
-        {"slow",
-         [&] {
-             server.treatment["getProperties"] = {test::Treatment::Kind::kObey, 900ms};
-         },
-         {},
-         1300ms},
+        {"slow", treated("getProperties", {kObey, 900ms}), Lines{}, 1300ms},
     };
     for (const auto& [why, spoil, problems, latest] : cases) {
         server.network.answer = FakeNetwork::Answer::kAccept;

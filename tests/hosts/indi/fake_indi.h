@@ -97,11 +97,6 @@ class FakeIndi {
     /// Connections that get pictures.
     const std::vector<std::shared_ptr<FakeConnection>>& pictureConnections() const { return blobs_; }
     bool slewing() const { return slewing_; }
-    /// What came and what it was to do, which is over.
-    void forget() {
-        commands.clear();
-        tasks_.clear();
-    }
     long count(const std::string& beginning) const {
         return std::count_if(commands.begin(), commands.end(),
                              [&](const std::string& command) { return command.starts_with(beginning); });

@@ -16,8 +16,27 @@ using namespace std::chrono_literals;
 
 class IndiWorld : public testing::Test {
   protected:
+    /// What goes wrong, what is said then, and how long that takes at most.
+    struct Trouble {
+        const char* why;
+        std::function<void()> spoil;
+        std::string problem;
+        Milliseconds latest;
+    };
+
     Milliseconds now() const { return time.sinceStart(); }
 
+    /// From then on the server takes the property like this.
+    std::function<void()> treated(const char* property, const Treatment& how) {
+        return [this, property, how] { server.treatment[property] = how; };
+    }
+    /// The server takes no notice of it, and while that is waited for something happens.
+    std::function<void()> meanwhile(const char* property, std::function<void()> what) {
+        return [this, property, what = std::move(what)] {
+            server.treatment[property] = {Treatment::Kind::kIgnore};
+            loop.post(what);
+        };
+    }
     /// What goes wrong in it; empty when nothing does.
     template <typename Action>
     static std::string problemOf(Action&& action) {

@@ -10,9 +10,13 @@ namespace {
 
 using namespace std::chrono_literals;
 using platform::Milliseconds;
+using Lines = std::vector<std::string>;
 using test::FakeNetwork;
 using test::Treatment;
-using Kind = Treatment::Kind;
+using enum Treatment::Kind;
+
+const std::string kLost = "The connection to the INDI server at localhost:7624 was lost: ";
+const std::string kBack = "The INDI server at localhost:7624 is back";
 
 class MountTest : public test::IndiWorld {
   protected:
@@ -55,52 +59,28 @@ TEST_F(MountTest, ConnectsAndTellsWhereItPoints) {
 
 TEST_F(MountTest, SaysWhyItCantBeConnected) {
     const std::string where = "The INDI server at localhost:7624 ";
-    const struct {
-        const char* why;
-        std::function<void()> spoil;
-        std::string problem;
-        Milliseconds latest;
-    } cases[] = {
+    const Trouble cases[] = {
         {"no server", [&] { server.network.answer = FakeNetwork::Answer::kRefuse; },
          where + "doesn't answer (connection refused): is it running?", 300ms},
         {"a machine that is off", [&] { server.network.answer = FakeNetwork::Answer::kNothing; },
          where + "doesn't answer (no answer): is it running?", 5s},
-        {"refusal", [&] { server.treatment["CONNECTION"] = {Kind::kRefuse}; },
-         "Mount can't be connected: No CONNECTION today.", 300ms},
-        {"late refusal",
-         [&] {
-             server.treatment["CONNECTION"] = {Kind::kRefuse, 10s};
-         },
+        {"refusal", treated("CONNECTION", {kRefuse}), "Mount can't be connected: No CONNECTION today.",
+         300ms},
+        {"late refusal", treated("CONNECTION", {kRefuse, 10s}),
          "Mount can't be connected: No CONNECTION today.", 11s},
-        {"silence", [&] { server.treatment["CONNECTION"] = {Kind::kIgnore}; }, "Mount didn't connect in time",
-         31s},
-        {"only a message", [&] { server.treatment["CONNECTION"] = {Kind::kIgnoreWithMessage}; },
+        {"silence", treated("CONNECTION", {kIgnore}), "Mount didn't connect in time", 31s},
+        {"only a message", treated("CONNECTION", {kIgnoreWithMessage}),
          "Mount didn't connect in time: No CONNECTION today.", 31s},
-        {"cut in the middle", [&] { server.treatment["CONNECTION"] = {Kind::kCut}; },
-         "The connection to the INDI server at localhost:7624 was lost: the server closed the connection",
+        {"cut in the middle", treated("CONNECTION", {kCut}), kLost + "the server closed the connection",
          100ms},
-        {"the server ends", [&] { server.treatment["CONNECTION"] = {Kind::kHangUp}; },
-         "The connection to the INDI server at localhost:7624 was lost: the server closed the connection",
+        {"the server ends", treated("CONNECTION", {kHangUp}), kLost + "the server closed the connection",
          100ms},
-        {"the driver dies",
-         [&] {
-             server.treatment["CONNECTION"] = {Kind::kIgnore};
-             loop.post([&] { server.restartDriver("Mount"); });
-         },
+        {"the driver dies", meanwhile("CONNECTION", [&] { server.restartDriver("Mount"); }),
          "The driver of Mount has gone", 100ms},
-        {"the cable is cut", [&] { server.treatment["CONNECTION"] = {Kind::kSilence}; },
-         "The connection to the INDI server at localhost:7624 was lost: it has stopped answering", 21s},
-        {"the operator stops it",
-         [&] {
-             server.treatment["CONNECTION"] = {Kind::kIgnore};
-             loop.post([&] { givenUp = true; });
-         },
+        {"the cable is cut", treated("CONNECTION", {kSilence}), kLost + "it has stopped answering", 21s},
+        {"the operator stops it", meanwhile("CONNECTION", [&] { givenUp = true; }),
          "Connecting Mount was given up", 100ms},
-        {"the program ends",
-         [&] {
-             server.treatment["CONNECTION"] = {Kind::kIgnore};
-             loop.post([&] { loop.setEnding(true); });
-         },
+        {"the program ends", meanwhile("CONNECTION", [&] { loop.setEnding(true); }),
          "Connecting Mount was given up", 100ms},
     };
     for (const auto& [why, spoil, problem, latest] : cases) {
@@ -129,17 +109,6 @@ TEST_F(MountTest, SaysThatTheServerHasNoSuchDevice) {
     EXPECT_LE(now(), 6s);
 }
 
-TEST_F(MountTest, LateAndDoubledAnswersConnectAsWell) {
-    for (const Treatment how :
-         {Treatment{Kind::kObey, 100ms}, {Kind::kObey, 1s}, {Kind::kObey, 10s}, {Kind::kObey, 0ms, true}}) {
-        server.treatment["CONNECTION"] = how;
-        EXPECT_EQ(problemOf([&] { mount.connect(); }), "");
-        mount.disconnect();
-        loop.sleep(15s);
-    }
-    EXPECT_THAT(told, testing::IsEmpty());
-}
-
 TEST_F(MountTest, AMountThatNeverSaysWhereItIsIsOfNoUse) {
     server.coordinates = "HORIZONTAL_COORD";
     EXPECT_EQ(problemOf([&] { mount.connect(); }), "Mount tells no position");
@@ -159,7 +128,7 @@ TEST_F(MountTest, TheOptionsAreSetInOrder) {
 
 TEST_F(MountTest, OptionsThatTheDriverDoesNotTakeAreToldAndItConnectsAllTheSame) {
     options = {.port = {}, .baudRate = "1234567", .site = DriverSite{48.5, -71.25, 300}, .setTime = false};
-    server.treatment["GEOGRAPHIC_COORD"] = {Kind::kRefuse, 500ms};
+    server.treatment["GEOGRAPHIC_COORD"] = {kRefuse, 500ms};
     mount.connect();
     EXPECT_THAT(told, testing::ElementsAre("Mount can't be set to 1234567 baud",
                                            "Mount refuses the site: No GEOGRAPHIC_COORD today."));
@@ -170,16 +139,13 @@ TEST_F(MountTest, ReturnsByItselfWithEverythingThatWasSet) {
     const struct {
         const char* why;
         std::function<void()> spoil;
-        std::vector<std::string> told;
+        Lines told;
         bool restarted = true;  // what was connected
     } cases[] = {
-        {"the driver died",
-         [&] { server.restartDriver("Mount"); },
-         {"The driver of Mount has gone", "Mount is connected again"}},
-        {"the server was restarted",
-         [&] { server.stop(); },
-         {"The connection to the INDI server at localhost:7624 was lost: the server closed the connection",
-          "The INDI server at localhost:7624 is back", "Mount is connected again"}},
+        {"the driver died", [&] { server.restartDriver("Mount"); },
+         Lines{"The driver of Mount has gone", "Mount is connected again"}},
+        {"the server was restarted", [&] { server.stop(); },
+         Lines{kLost + "the server closed the connection", kBack, "Mount is connected again"}},
         {"the server is away for an hour",
          [&] {
              server.network.answer = FakeNetwork::Answer::kRefuse;
@@ -187,23 +153,13 @@ TEST_F(MountTest, ReturnsByItselfWithEverythingThatWasSet) {
              loop.sleep(1h);
              server.network.answer = FakeNetwork::Answer::kAccept;
          },
-         {"The connection to the INDI server at localhost:7624 was lost: the server closed the connection",
-          "The INDI server at localhost:7624 is back", "Mount is connected again"}},
-        {"the cable was cut",
-         [&] { server.cutCables(); },
-         {"The connection to the INDI server at localhost:7624 was lost: it has stopped answering",
-          "The INDI server at localhost:7624 is back", "Mount is connected again"},
-         false},
-        {"an element that never ends",
-         [&] { server.sayAll("<setNumberVector device=\"Mou"); },
-         {"The connection to the INDI server at localhost:7624 was lost: it doesn't end what it sends",
-          "The INDI server at localhost:7624 is back", "Mount is connected again"},
-         false},
-        {"nonsense",
-         [&] { server.sayAll("</html>"); },
-         {"The connection to the INDI server at localhost:7624 was lost: it sends elements that don't end",
-          "The INDI server at localhost:7624 is back", "Mount is connected again"},
-         false},
+         Lines{kLost + "the server closed the connection", kBack, "Mount is connected again"}},
+        {"the cable was cut", [&] { server.cutCables(); },
+         Lines{kLost + "it has stopped answering", kBack, "Mount is connected again"}, false},
+        {"an element that never ends", [&] { server.sayAll("<setNumberVector device=\"Mou"); },
+         Lines{kLost + "it doesn't end what it sends", kBack, "Mount is connected again"}, false},
+        {"nonsense", [&] { server.sayAll("</html>"); },
+         Lines{kLost + "it sends elements that don't end", kBack, "Mount is connected again"}, false},
     };
     for (const auto& [why, spoil, lines, restarted] : cases) {
         server.network.answer = FakeNetwork::Answer::kAccept;
@@ -225,7 +181,7 @@ TEST_F(MountTest, ReturnsByItselfWithEverythingThatWasSet) {
 
 TEST_F(MountTest, ADriverThatComesBackWithoutItsMountIsTriedAgainAndToldOnce) {
     connect();
-    server.treatment["CONNECTION"] = {Kind::kRefuse};
+    server.treatment["CONNECTION"] = {kRefuse};
     server.restartDriver("Mount");
     loop.sleep(5min);
     EXPECT_FALSE(mount.connected());
@@ -240,7 +196,7 @@ TEST_F(MountTest, ADriverThatComesBackWithoutItsMountIsTriedAgainAndToldOnce) {
 
 TEST_F(MountTest, ADriverThatDiesOfBeingConnectedIsNotKilledWithoutEnd) {
     connect();
-    server.treatment["CONNECTION"] = {Kind::kDie};
+    server.treatment["CONNECTION"] = {kDie};
     server.restartDriver("Mount");
     loop.sleep(5min);
     EXPECT_GT(server.count("CONNECTION CONNECT"), 8);
@@ -262,7 +218,11 @@ TEST_F(MountTest, WhoeverElseDisconnectsItIsRespected) {
 
 TEST_F(MountTest, ADisconnectedOneStaysSo) {
     connect();
+    server.treatment["CONNECTION"] = {kObey, 1s};
+    const Milliseconds start = now();
     mount.disconnect();
+    EXPECT_GE(now() - start, 1s) << "it is over once the driver has said so";
+    EXPECT_EQ(problemOf([&] { mount.abort(); }), "Mount isn't connected");
     server.stop();
     loop.sleep(1h);
     EXPECT_FALSE(mount.connected());
@@ -282,7 +242,7 @@ TEST_F(MountTest, ReadsFailWhenTheDriverHangsAndRecoverWithIt) {
     connect();
     loop.sleep(1h);
     EXPECT_EQ(mount.position().rightAscension, 5) << "a mount that tracks may say nothing for hours";
-    server.treatment["getProperties"] = {Kind::kIgnore};
+    server.treatment["getProperties"] = {kIgnore};
     loop.sleep(45s);
     EXPECT_EQ(problemOf([&] { mount.position(); }), "The driver of Mount has stopped answering");
     EXPECT_EQ(slew(), "The driver of Mount has stopped answering");
@@ -310,46 +270,29 @@ TEST_F(MountTest, SlewsAndIsSlewingUntilItHasSaidWhereItIs) {
 }
 
 TEST_F(MountTest, SaysWhyItDoesNotSlew) {
-    const struct {
-        const char* why;
-        std::function<void()> spoil;
-        std::string problem;
-        Milliseconds latest;
-    } cases[] = {
-        {"refused", [&] { server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kRefuse}; },
+    const Trouble cases[] = {
+        {"refused", treated("EQUATORIAL_EOD_COORD", {kRefuse}),
          "Mount refuses the slew: No EQUATORIAL_EOD_COORD today.", 100ms},
-        {"refused late",
-         [&] {
-             server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kRefuse, 1s};
-         },
+        {"refused late", treated("EQUATORIAL_EOD_COORD", {kRefuse, 1s}),
          "Mount refuses the slew: No EQUATORIAL_EOD_COORD today.", 1100ms},
-        {"ignored", [&] { server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kIgnore}; },
-         "Mount takes no notice of the slew", 3s},
-        {"ignored with a message",
-         [&] { server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kIgnoreWithMessage}; },
+        {"ignored", treated("EQUATORIAL_EOD_COORD", {kIgnore}), "Mount takes no notice of the slew", 3s},
+        {"ignored with a message", treated("EQUATORIAL_EOD_COORD", {kIgnoreWithMessage}),
          "Mount takes no notice of the slew: No EQUATORIAL_EOD_COORD today.", 3s},
-        {"taken too late",
-         [&] {
-             server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kObey, 10s};
-         },
-         "Mount takes no notice of the slew", 3s},
+        {"taken too late", treated("EQUATORIAL_EOD_COORD", {kObey, 10s}), "Mount takes no notice of the slew",
+         3s},
         {"parked",
          [&] {
              server.treatment["TELESCOPE_PARK"] = {};
              server.parked = true;
          },
          "Mount is parked: unpark it first", 0s},
-        {"a mode that isn't taken", [&] { server.treatment["ON_COORD_SET"] = {Kind::kIgnore}; },
+        {"a mode that isn't taken", treated("ON_COORD_SET", {kIgnore}),
          "Mount takes no notice of tracking after a slew", 3s},
-        {"the server ends", [&] { server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kHangUp}; },
-         "Mount isn't connected any more", 100ms},
-        {"the cable is cut", [&] { server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kSilence}; },
-         "Mount takes no notice of the slew", 3s},
-        {"the operator stops",
-         [&] {
-             server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kIgnore};
-             loop.post([&] { givenUp = true; });
-         },
+        {"the server ends", treated("EQUATORIAL_EOD_COORD", {kHangUp}), "Mount isn't connected any more",
+         100ms},
+        {"the cable is cut", treated("EQUATORIAL_EOD_COORD", {kSilence}), "Mount takes no notice of the slew",
+         3s},
+        {"the operator stops", meanwhile("EQUATORIAL_EOD_COORD", [&] { givenUp = true; }),
          "Waiting for Mount was given up: the slew", 100ms},
     };
     for (const auto& [why, spoil, problem, latest] : cases) {
@@ -372,10 +315,7 @@ TEST_F(MountTest, SaysWhyItDoesNotSlew) {
 
 TEST_F(MountTest, LateAndDoubledAnswersSlewAsWell) {
     connect();
-    for (const Treatment how : {Treatment{Kind::kObey, 100ms},
-                                {Kind::kObey, 1s},
-                                {Kind::kObey, 2900ms},
-                                {Kind::kObey, 0ms, true}}) {
+    for (const Treatment how : {Treatment{kObey, 100ms}, {kObey, 1s}, {kObey, 2900ms}, {kObey, 0ms, true}}) {
         server.treatment["EQUATORIAL_EOD_COORD"] = how;
         EXPECT_EQ(slew(), "");
         EXPECT_TRUE(mount.slewing());
@@ -386,7 +326,7 @@ TEST_F(MountTest, LateAndDoubledAnswersSlewAsWell) {
 
 TEST_F(MountTest, ASlewToWhereItIsMayBeOverBeforeItWasSeen) {
     connect();
-    server.treatment["EQUATORIAL_EOD_COORD"] = {Kind::kIgnore};
+    server.treatment["EQUATORIAL_EOD_COORD"] = {kIgnore};
     loop.post([&] {
         server.sayAll("<setNumberVector device=\"Mount\" name=\"EQUATORIAL_EOD_COORD\" state=\"Ok\"/>");
     });
@@ -406,12 +346,7 @@ TEST_F(MountTest, PositionsThatAreNoneAreNotSent) {
 }
 
 TEST_F(MountTest, ASlewThatFailsIsToldAsWhatItIs) {
-    const struct {
-        const char* why;
-        std::function<void()> spoil;
-        std::string problem;
-        Milliseconds latest;
-    } cases[] = {
+    const Trouble cases[] = {
         {"it fails on the way",
          [&] {
              server.arrives = false;
@@ -460,7 +395,7 @@ TEST_F(MountTest, StopsOnTheWay) {
     EXPECT_EQ(problemOf([&] { mount.abort(); }), "");
     loop.sleep(300ms);
     EXPECT_FALSE(mount.slewing());
-    server.treatment["TELESCOPE_ABORT_MOTION"] = {Kind::kIgnore};
+    server.treatment["TELESCOPE_ABORT_MOTION"] = {kIgnore};
     EXPECT_EQ(problemOf([&] { mount.abort(); }), "Mount takes no notice of stopping");
 }
 
@@ -539,7 +474,7 @@ TEST_F(MountTest, AnObjectThatIsReleasedInsideItsMemberLivesUntilItReturns) {
     platform::ClassRegistry registry;
     IndiHost host(surroundings, {});
     host.install(registry, "Indi:localhost:7624/Mount");
-    server.treatment["CONNECTION"] = {Kind::kObey, 2s};
+    server.treatment["CONNECTION"] = {kObey, 2s};
     auto telescope = registry.create("Indi:localhost:7624/Mount");
     auto* const object = telescope.get();
     loop.post([&] { telescope.reset(); });

@@ -1,6 +1,4 @@
 // The INDI host against Debian's server and simulators, in real time.
-#include <cstdio>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -179,55 +177,6 @@ TEST_F(RealIndiTest, ComesBackAfterDriverAndServer) {
     server.freeze(false);
     ASSERT_TRUE(comesBack({kMount, kCamera})) << server.log();
     EXPECT_TRUE(exposes());
-}
-
-TEST_F(RealIndiTest, SearchingFindsBoth) {
-    const auto client = servers.client({"localhost", server.port()});
-    const auto kept = client->keepOpen();
-    ASSERT_TRUE(comes([&] { return client->devices().size() == 2; }));
-    const Search search = searchServers(servers, {{"localhost", server.port()}});
-    ASSERT_EQ(search.devices.size(), 2U);
-    EXPECT_EQ(search.devices[0].id.progId(), progId(kCamera));
-    EXPECT_TRUE(search.devices[0].isCamera);
-    EXPECT_TRUE(search.devices[1].isMount);
-}
-
-// Tells how long a large picture takes from the exposure's end; what it may take isn't tested.
-TEST_F(RealIndiTest, ALargePictureComesWhole) {
-    const auto client = servers.client({"localhost", server.port()});
-    const auto kept = client->keepOpen();
-    ASSERT_TRUE(comes([&] { return client->find(kCamera, "SIMULATOR_SETTINGS") != nullptr; }));
-    client->setNumbers(kCamera, "SIMULATOR_SETTINGS", {{"SIM_XRES", 4096}, {"SIM_YRES", 4096}});
-    // The camera has a connection of its own, and the server may hear it first.
-    ASSERT_TRUE(
-        comes([&] { return client->find(kCamera, "SIMULATOR_SETTINGS")->number("SIM_XRES") == 4096; }));
-    const auto camera = host.camera(progId(kCamera));
-    connect(*camera);
-    ASSERT_EQ(camera->facts().width, 4096U);
-    Milliseconds over{0}, first{0};
-    const auto listening = client->events.subscribe([&](const Event& event) {
-        const Property* exposure = client->find(kCamera, "CCD_EXPOSURE");
-        if (event.property == "CCD_EXPOSURE" && exposure->number("CCD_EXPOSURE_VALUE") == 0)
-            over = over.count() > 0 ? over : time.sinceStart();
-    });
-    camera->start({.seconds = 2});
-    Milliseconds longestTurn{0}, lastTurn = time.sinceStart();
-    const auto turns = loop.every(1ms, [&] {
-        longestTurn = std::max(longestTurn, time.sinceStart() - lastTurn);
-        lastTurn = time.sinceStart();
-    });
-    ASSERT_TRUE(comes([&] {
-        const Progress progress = camera->progress();
-        if (first.count() == 0 && progress != Progress::kExposing) first = time.sinceStart();
-        return progress == Progress::kReady;
-    }));
-    const Milliseconds ready = time.sinceStart();
-    EXPECT_GT(std::get<FitsBytes>(camera->take()).bytes.size(), 33'500'000U);
-    std::printf(
-        "16 Mpixel: %ld ms from the exposure's end to the picture, %ld ms from its first byte; longest turn "
-        "%ld ms\n",
-        static_cast<long>((ready - over).count()), static_cast<long>((ready - first).count()),
-        static_cast<long>(longestTurn.count()));
 }
 
 }  // namespace
