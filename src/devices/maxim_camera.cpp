@@ -100,7 +100,6 @@ void MaxImCamera::startExposure(double seconds, bool light, int filter) {
         started = camera()->call("Expose", {seconds, light ? 1 : 0, filter}).toBool();
     } catch (...) {
         if (!program_.hasWindows) throw;  // its reasons are our own
-        started = false;
     }
     if (!started)
         throw OperationError(kExposureFailed, program_.cameraClass,

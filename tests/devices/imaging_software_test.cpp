@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "devices/imaging_world.h"
+#include "devices/device_world.h"
 #include "platform/color.h"
 
 namespace vantrel::devices {
@@ -12,6 +12,8 @@ using test::ImagingWorld;
 using testing::ElementsAre;
 
 using Shown = test::RecordingMessages::Shown;
+using Strings = std::vector<std::string>;
+using Notes = std::vector<Shown>;
 
 struct ChoiceWorld : ImagingWorld {
     /// Installs programs by their initials: "MC" is both.
@@ -143,59 +145,98 @@ TEST(ImagingSoftwareChoice, EndsASeriesOfExposuresFirst) {
 
 // ---- launching
 
-TEST(ImagingSoftwareChoice, GivesTheOperatorTimeToReadWhyNothingIsLaunched) {
+TEST(ImagingSoftwareChoice, SaysWhatItLaunchesAndGivesTimeToReadWhyNot) {
     using World = ChoiceWorld;
-    const auto goneFile = [](World& world) {
-        world.settings.SaveSetting("PolarAlign", "ImagingSWVersionCheck", "0");
-        world.installCCDSoft("", "C:\\Gone.exe");
+    using Prepare = std::function<void(World&)>;
+    const Prepare asItIs = [](World&) {};
+    const auto failing = [](const char* object, const char* member) -> Prepare {
+        return [=](World& world) { world.fail(object, member, 438); };
     };
+    const Shown maxIm{" Launching MaxIm DL \r\n Please wait ", 10}, noMaxIm{"Could not start MaxIm", 10},
+        ccdSoft{" Launching CCDSoft \r\n Please wait ", 10}, noWindow{"Could not find CCDSoft Window", 5},
+        connecting{" Conecting to Camera \r\n Please wait ", 10},
+        tooOld{"CCDSoft Version must be\r\n5.00.73 or greater\r\n\r\n CCDSoft Launch Terminated ", 10};
+    const std::string maxImLine = "MaxIm DL/CCD V 4.56 is the Imaging Software",
+                      ccdSoftLine = "CCDSoft V 5.00.73 is the Imaging Software",
+                      oldest = "CCDSoft Version must be 5.00.73 or greater",
+                      ended = "CCDSoft launch terminated",
+                      broken = "Error 438: it broke\r\nmodUtility Sub LaunchCCDSoft";
     const struct {
         const char* why;
         bool maxIm;
-        std::function<void(World&)> prepare;
-        const char* lastLine;
+        Prepare prepare;
+        Strings log;
+        Notes shown;
         double seconds;  // that it takes
     } rows[] = {
+        {"it starts", true, asItIs, Strings{maxImLine}, Notes{maxIm, connecting}, 0},
+        {"it is open", true, [](World& world) { world.openMaxIm(); }, Strings{maxImLine}, Notes{connecting},
+         0},
         {"its file is gone", true,
          [](World& world) {
              world.registry.install("MaxIm.CCDCamera", {nullptr, "C:\\Gone.exe", "", ""});
          },
-         "Could not start MaxIm", 0},
+         Strings{noMaxIm.text}, Notes{maxIm, noMaxIm}, 0},
+        {"no application", true, failing("MaxIm.Application", "create"), Strings{noMaxIm.text},
+         Notes{maxIm, noMaxIm}, 0},
+        {"no version", true, failing("MaxIm.Application", "Version"), Strings{noMaxIm.text},
+         Notes{maxIm, noMaxIm}, 0},
         {"the camera doesn't link", true,
-         [](World& world) { world.answer("MaxIm.CCDCamera", "LinkEnabled", false); },
-         "MaxIm DL/CCD V 4.56 is the Imaging Software", 3},
-        {"too old for scripting", true,
-         [](World& world) { world.fail("MaxIm.CCDCamera", "DisableAutoShutdown", 438); },
-         "MaxIm DL Camera could not be Connected", 10},
+         [](World& world) { world.answer("MaxIm.CCDCamera", "LinkEnabled", false); }, Strings{maxImLine},
+         Notes{maxIm, connecting, {"Failed to start camera!\r\nVerify camera model in MaxIm", 7}}, 3},
+        {"too old for scripting", true, failing("MaxIm.CCDCamera", "DisableAutoShutdown"),
+         Strings{maxImLine, "Your MaxIm DL Version does not support Scripting",
+                 "MaxIm DL Version must be 2.06 or greater", "MaxIm DL Camera could not be Connected"},
+         Notes{maxIm,
+               connecting,
+               {"MaxIm Version must be\r\n2.0.6 or greater\r\n\r\n MaxIm Camera Not Connected ", 10}},
+         10},
+        {"it starts", false, asItIs, Strings{ccdSoftLine, noWindow.text},
+         Notes{noWindow, ccdSoft, connecting}, 0},
         {"not installed", false, [](World& world) { world.registry.uninstall("CCDSoft.Camera"); },
-         "Could not find CCDSoft on this computer", 10},
+         Strings{"Could not find CCDSoft on this computer"}, Notes{{"Could not find CCDSoft", 10}}, 10},
+        {"too old", false, [](World& world) { world.installCCDSoft("5.00.72"); },
+         Strings{"You are using CCDSoft Version 5.00.72", oldest, ended}, Notes{tooOld}, 10},
         {"no version record", false, [](World& world) { world.installCCDSoft(std::nullopt); },
-         "CCDSoft launch terminated", 10},
-        {"its file is gone, but its class is there", false, goneFile,
-         "Unable to open C:\\Gone.exe because of error 2", 0},
+         Strings{"** Function FileVersionIsRecent error: Not a 32-bit executable! **",
+                 "You are using CCDSoft Version ", oldest, ended},
+         Notes{tooOld}, 10},
+        {"its file is gone, but any version will do", false,
+         [](World& world) {
+             world.settings.SaveSetting("PolarAlign", "ImagingSWVersionCheck", "0");
+             world.installCCDSoft("", "C:\\Gone.exe");
+         },
+         Strings{"CCDSoft V Unknown is the Imaging Software", noWindow.text,
+                 "Unable to open C:\\Gone.exe because of error 2"},
+         Notes{noWindow, ccdSoft, connecting}, 0},
         {"the camera doesn't link", false, [](World& world) { world.answer("CCDSoft.Camera", "State", 3); },
-         "Could not find CCDSoft Window", 3},
+         Strings{ccdSoftLine, noWindow.text},
+         Notes{
+             noWindow, ccdSoft, connecting, {"Failed to start camera!\r\nVerify camera model in CCDSoft", 7}},
+         3},
+        {"no camera object", false, failing("CCDSoft.Camera", "create"),
+         Strings{ccdSoftLine, noWindow.text, broken}, Notes{noWindow, ccdSoft, connecting, {broken, 5}}, 0},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.why);
         World world;
         row.prepare(world);
         (row.maxIm ? world.panel.optMaxIm : world.panel.optCCDSoft).select();
-        EXPECT_EQ(world.log.lines.back(), row.lastLine);
+        EXPECT_EQ(world.log.lines, row.log);
+        EXPECT_EQ(world.messages.shown, row.shown);
         EXPECT_NEAR(world.elapsed(), row.seconds, 0.01);
     }
 }
 
-TEST(ImagingSoftwareChoice, RefusesAnOldCCDSoft) {
-    ChoiceWorld world("C", "5.00.72");
-    world.panel.optCCDSoft.select();
-    EXPECT_THAT(world.log.lines,
-                ElementsAre("You are using CCDSoft Version 5.00.72",
-                            "CCDSoft Version must be 5.00.73 or greater", "CCDSoft launch terminated"));
-    EXPECT_THAT(world.messages.shown,
-                ElementsAre(Shown{
-                    "CCDSoft Version must be\r\n5.00.73 or greater\r\n\r\n CCDSoft Launch Terminated ", 10}));
-    EXPECT_FALSE(world.camera.linked);
+TEST(ImagingSoftwareChoice, SaysThatNoneIsInstalled) {
+    ChoiceWorld world("");
+    world.choice.startUp();
+    EXPECT_THAT(world.log.lines, ElementsAre("Neither MaxIm DL/CCD nor CCDSoft can be found",
+                                             "You must install your Imaging Software"));
+    EXPECT_EQ(
+        world.messages.shown.back().text,
+        "Neither MaxIm DL/CCD\r\n nor CCDSoft can be found \r\nYou must install your\r\nImaging Software");
+    EXPECT_EQ(world.stored(), "nothing");
 }
 
 TEST(ImagingSoftwareChoice, WaitsForTheWindowAndTheProgram) {
@@ -221,13 +262,15 @@ TEST(ImagingSoftwareChoice, WaitsForTheWindowAndTheProgram) {
 }
 
 TEST(ImagingSoftwareChoice, BringsTheLaunchedProgramForward) {
-    ChoiceWorld world;
-    world.settings.SaveSetting("PolarAlign", "EnableRestoreImagingSW", "1");
-    world.openCCDSoft();
-    world.desktop.open({"Vantrel", "Frame"});
-    world.panel.optCCDSoft.select();
-    EXPECT_EQ(world.desktop.topLevelWindows().front(), world.ccdSoftMain);
-    EXPECT_EQ(world.messages.open, std::nullopt) << "the notice is closed at the end";
+    for (const bool maxIm : {true, false}) {
+        ChoiceWorld world;
+        world.settings.SaveSetting("PolarAlign", "EnableRestoreImagingSW", "1");
+        maxIm ? world.openMaxIm() : world.openCCDSoft();
+        world.desktop.open({"Vantrel", "Frame"});
+        (maxIm ? world.panel.optMaxIm : world.panel.optCCDSoft).select();
+        EXPECT_EQ(world.desktop.topLevelWindows().front(), maxIm ? world.maxImMain : world.ccdSoftMain);
+        EXPECT_EQ(world.messages.open, std::nullopt) << "the notice is closed at the end";
+    }
 }
 
 TEST(ImagingSoftwareChoice, ComparesVersions) {

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "devices/imaging_world.h"
+#include "devices/device_world.h"
 
 namespace vantrel::devices {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "devices/telescope_world.h"
+#include "devices/device_world.h"
 
 namespace vantrel::devices {
 namespace {

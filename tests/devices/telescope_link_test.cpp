@@ -2,10 +2,17 @@
 
 #include <cmath>
 #include <functional>
+#include <memory>
 
 #include <gmock/gmock.h>
 
-#include "devices/telescope_world.h"
+#include "devices/device_world.h"
+#include "devices/utility_link.h"
+#include "platform/class_registry.h"
+#include "platform/dispatch_object.h"
+#include "platform/recording_host.h"
+#include "support/journal.h"
+#include "support/refusal.h"
 
 namespace vantrel::devices {
 namespace {
@@ -335,45 +342,27 @@ TEST(TelescopeLink, ASlewDoesntKeepTheProgramFromEnding) {
 /// Mounts stall, lose their way and say that all is well. The simulators don't.
 TEST(TelescopeLink, WatchesTheSlewsOfRealMounts) {
     constexpr const char* kReal = "Indi:localhost:7624/Mount";
+    const std::string friendly = std::string("Friendly ") + kReal;
     const struct {
         const char* why;
         const char* progId;
         int slewingReads;
         double raStep;  // hours a second
         double endsAt;  // hours
-        std::vector<std::string> lines;
+        Strings lines;
         int aborts;
         double mostSeconds;
     } cases[] = {
-        {"arrives", kReal, 20, 0.1, 5, {}, 0, 25},
-        {"arrives a little beside", kReal, 20, 0.1, 5.01, {}, 0, 25},
-        {"ends elsewhere",
-         kReal,
-         20,
-         0.1,
-         5.1,
-         {"Friendly Indi:localhost:7624/Mount stopped 1.06 degrees from where it was sent"},
-         0,
-         25},
-        {"stalls",
-         kReal,
-         10'000,
-         0,
-         3,
-         {"ASCOM Telescope: Friendly Indi:localhost:7624/Mount says that it is slewing, but hasn't moved for "
-          "a "
-          "minute"},
-         1,
-         65},
-        {"goes on for ever",
-         kReal,
-         10'000,
-         0.001,
-         3,
-         {"ASCOM Telescope: Friendly Indi:localhost:7624/Mount has been slewing for a quarter of an hour"},
-         1,
-         905},
-        {"isn't one", "ScopeSim.Telescope", 2000, 0, 3, {}, 0, 2005},
+        {"arrives", kReal, 20, 0.1, 5, Strings{}, 0, 25},
+        {"arrives a little beside", kReal, 20, 0.1, 5.01, Strings{}, 0, 25},
+        {"ends elsewhere", kReal, 20, 0.1, 5.1,
+         Strings{friendly + " stopped 1.06 degrees from where it was sent"}, 0, 25},
+        {"stalls", kReal, 10'000, 0, 3,
+         Strings{"ASCOM Telescope: " + friendly + " says that it is slewing, but hasn't moved for a minute"},
+         1, 65},
+        {"goes on for ever", kReal, 10'000, 0.001, 3,
+         Strings{"ASCOM Telescope: " + friendly + " has been slewing for a quarter of an hour"}, 1, 905},
+        {"isn't one", "ScopeSim.Telescope", 2000, 0, 3, Strings{}, 0, 2005},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
@@ -476,6 +465,50 @@ TEST(TelescopeLink, AStopIsSentToTheMountsThatAreKnownToTakeIt) {
         world.link.AbortTelescopeSlew();
         EXPECT_EQ(world.mount.aborts, c.aborts) << c.progId << " " << c.setting.value_or("unset");
     }
+}
+
+// ---- the utility object
+
+/// Answers every conversion with the member's name, every parse with 12.5.
+class EchoUtility : public platform::DispatchObject {
+  public:
+    EchoUtility() : DispatchObject("DriverHelper.Util") {
+        for (const char* member : {"HoursToHMS", "DegreesToDMS", "DegreesToHMS"})
+            method(member, [member](const platform::Arguments&) { return member; });
+        method("DMSToDegrees", [](const platform::Arguments&) { return 12.5; });
+        method("WaitForMilliseconds", [](const platform::Arguments&) { return platform::Value(); });
+    }
+};
+
+TEST(UtilityLink, PassesMarksAndDecimalsByPosition) {
+    platform::ClassRegistry registry;
+    registry.install("DriverHelper.Util", {[] { return std::make_shared<EchoUtility>(); }, "", "", ""});
+    platform::RecordingHost host(registry);
+    UtilityLink utility(host);
+    utility.create();
+
+    EXPECT_EQ(utility.HoursToHMS(1.5), "HoursToHMS");
+    EXPECT_EQ(utility.DegreesToDMS(-2.5), "DegreesToDMS");
+    EXPECT_EQ(utility.DegreesToHMS(15), "DegreesToHMS");
+    utility.HoursToHMS(1.5, " ", " ");
+    utility.DegreesToDMS(2.5, " ", ",", "");
+    utility.HoursToHMS(0, 1);
+    utility.DegreesToDMS(0, 1);
+    EXPECT_EQ(utility.DMSToDegrees("12d30m"), 12.5);
+    utility.WaitForMilliseconds(3000);
+
+    EXPECT_THAT(
+        test::actionsOn(host, "DriverHelper.Util"),
+        ElementsAre("create", "call HoursToHMS 1.5", "call DegreesToDMS -2.5", "call DegreesToHMS 15",
+                    "call HoursToHMS 1.5    ", "call DegreesToDMS 2.5   , ", "call HoursToHMS 0    1",
+                    "call DegreesToDMS 0    1", "call DMSToDegrees 12d30m", "call WaitForMilliseconds 3000"));
+}
+
+TEST(UtilityLink, FailsWithoutItsObject) {
+    platform::ClassRegistry registry;
+    UtilityLink utility(registry);
+    EXPECT_EQ(test::failureOf([&] { utility.HoursToHMS(1); }), 91);
+    EXPECT_EQ(test::failureOf([&] { utility.create(); }), 429);
 }
 
 }  // namespace
