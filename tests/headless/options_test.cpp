@@ -41,33 +41,17 @@ TEST(Options, RefusesWhatItDoesNotUnderstand) {
 }
 
 TEST(Options, SettingsThatCannotBeUsedAreToldBeforeTheStart) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"[]", "settings.json holds no JSON object"},
-        {R"({"Main": )", "settings.json holds no JSON object"},
-        {R"({"Main": 7})", "settings.json: \"Main\" is not a section with keys"},
-        {nullptr, "Can't read "},
-    };
-    for (const auto& [content, text] : cases) {
-        SCOPED_TRACE(text);
-        const vantrel::test::TempFolder home;
-        Options options;
-        options.virtualTime = true;
-        options.home = home.path();
-        options.settings = home / "settings.json";
-        if (content != nullptr) std::ofstream(*options.settings) << content;
-        platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
-        test::ListedCommands commands;
-        test::KeptReplies replies;
-        EXPECT_THAT([&] { HeadlessProgram(options, time, commands, replies); },
-                    ThrowsMessage<std::runtime_error>(HasSubstr(text)));
-    }
-}
-
-TEST(Options, SettingsThatNeverEndAreToldBeforeTheStart) {
     const vantrel::test::TempFolder home;
     ASSERT_EQ(::mkfifo((home / "pipe").c_str(), 0600), 0);
+    home.write("list", "[]");
+    home.write("cut", R"({"Main": )");
+    home.write("flat", R"({"Main": 7})");
     home.write("large", "{\"Main\": {\"Key\": \"" + std::string(5'000'000, 'x') + "\"}}");
     const std::pair<std::filesystem::path, const char*> cases[] = {
+        {home / "list", "list holds no JSON object"},
+        {home / "cut", "cut holds no JSON object"},
+        {home / "flat", "flat: \"Main\" is not a section with keys"},
+        {home / "missing", "Can't read "},
         {"/dev/zero", "Can't read /dev/zero, which is no regular file"},
         {home / "pipe", "pipe, which is no regular file"},
         {home.path(), "Is a directory"},

@@ -9,6 +9,19 @@ namespace vantrel::headless {
 namespace {
 
 using namespace test;
+using testing::ElementsAre;
+
+const Lines kBoxes = {"txtPlateScaleHoriz", "txtPlateScaleVert", "txtFL", "cmbUnits", "txtPixelSizeX"};
+
+void readBoxes(Script& script, const Lines& boxes = kBoxes) {
+    for (const std::string& box : boxes) script.read("frmPixelScale." + box);
+}
+/// What stood in them.
+Lines textsOf(const Script::Result& result, const Lines& boxes = kBoxes) {
+    Lines all;
+    for (const std::string& box : boxes) all.push_back(result.reply("frmPixelScale." + box)["text"]);
+    return all;
+}
 
 TEST(PixelScale, IsCalculatedFromWhatIsTyped) {
     const struct {
@@ -33,19 +46,14 @@ TEST(PixelScale, IsCalculatedFromWhatIsTyped) {
         script.type("frmPixelScale.txtFL", c.focalLength).choose("frmPixelScale.cmbUnits", c.unit);
         script.type("frmPixelScale.txtPixelSizeX", c.pixelX).type("frmPixelScale.txtPixelSizeY", c.pixelY);
         script.type("frmPixelScale.cmbCamBin", c.binning).click("frmPixelScale.cmdCalculate").waitIdle();
-        for (const char* control : {"txtPlateScaleHoriz", "txtPlateScaleVert", "txtFL", "cmbUnits"})
-            script.read(std::string("frmPixelScale.") + control);
+        readBoxes(script);
         for (const char* key : {"TelescopeFL", "FocalLengthUnits", "CameraPixelYSize", "CamBin", "ScaleH"})
             script.readSetting("Solve", key);
         const auto result = script.run();
-        const auto text = [&](const char* control) {
-            return result.read.at(std::string("frmPixelScale.") + control)["text"];
-        };
         const auto stored = [&](const char* key) { return result.read.at(key)["value"]; };
-        EXPECT_EQ(text("txtPlateScaleHoriz"), c.scaleX) << c.why;
-        EXPECT_EQ(text("txtPlateScaleVert"), c.scaleY) << c.why;
-        EXPECT_EQ(text("txtFL"), c.focalLengthAfter) << c.why;
-        EXPECT_EQ(text("cmbUnits"), c.unitAfter) << c.why;
+        EXPECT_THAT(textsOf(result),
+                    ElementsAre(c.scaleX, c.scaleY, c.focalLengthAfter, c.unitAfter, c.pixelX))
+            << c.why;
         EXPECT_EQ(stored("TelescopeFL"), c.focalLengthAfter) << c.why;
         EXPECT_EQ(stored("FocalLengthUnits"), c.unitAfter) << c.why;
         EXPECT_EQ(stored("CameraPixelYSize"), c.pixelY == std::string() ? json() : c.pixelY) << c.why;
@@ -73,23 +81,15 @@ TEST(PixelScale, IsRecomputedEverySecondAndLeavesAloneWhatIsTyped) {
         script.type("frmPixelScale.txtPixelSizeX", c.pixelX).type("frmPixelScale.txtPixelSizeY", "6");
         script.type("frmPixelScale.txtFL", c.focalLength).choose("frmPixelScale.cmbUnits", c.unit);
         script.advance(1.5);
-        for (const char* control :
-             {"txtPlateScaleHoriz", "txtPlateScaleVert", "txtFL", "cmbUnits", "txtPixelSizeX"})
-            script.read(std::string("frmPixelScale.") + control);
+        readBoxes(script);
         // A scale that the operator types instead stays until something changes that it is computed from.
         script.type("frmPixelScale.txtPlateScaleVert", "7.").advance(2);
         script.read("frmPixelScale.txtPlateScaleVert", "typed");
         script.type("frmPixelScale.txtFL", "1000").choose("frmPixelScale.cmbUnits", "mm").advance(1.5);
         script.read("frmPixelScale.txtPlateScaleVert", "changed");
         const auto result = script.run();
-        const auto text = [&](const char* control) {
-            return result.read.at(std::string("frmPixelScale.") + control)["text"];
-        };
-        EXPECT_EQ(text("txtPlateScaleHoriz"), c.scaleX) << c.why;
-        EXPECT_EQ(text("txtPlateScaleVert"), c.scaleY) << c.why;
-        EXPECT_EQ(text("txtFL"), c.focalLength) << c.why;
-        EXPECT_EQ(text("cmbUnits"), c.unit) << c.why;
-        EXPECT_EQ(text("txtPixelSizeX"), c.pixelX) << c.why;
+        EXPECT_THAT(textsOf(result), ElementsAre(c.scaleX, c.scaleY, c.focalLength, c.unit, c.pixelX))
+            << c.why;
         EXPECT_EQ(result.read.at("typed")["text"], "7.") << c.why;
         EXPECT_EQ(result.read.at("changed")["text"], "2.472") << c.why;
     }
@@ -104,9 +104,8 @@ TEST(PixelScale, WindowStaysOnTopAndComesBackAsItWasLeft) {
     script.type("frmPixelScale.txtPlateScaleHoriz", "9").click("frmPixelScale.mnuExit").waitIdle();
     script.send({{"id", "closed"}, {"do", "windows"}});
     script.click("frmMain.cmdGetImageScale(1)").waitIdle();
-    for (const char* control :
-         {"txtFL", "cmbUnits", "cmbCamBin", "txtUnbinnedCCDScaleVert", "txtPlateScaleHoriz"})
-        script.read(std::string("frmPixelScale.") + control);
+    const Lines boxes = {"txtFL", "cmbUnits", "cmbCamBin", "txtUnbinnedCCDScaleVert", "txtPlateScaleHoriz"};
+    readBoxes(script, boxes);
     for (const char* key : {"FocalLengthUnits", "UnbinnedCCDScaleH"}) script.readSetting("Solve", key);
     const auto result = script.run();
     for (const char* key : {"FocalLengthUnits", "UnbinnedCCDScaleH"})
@@ -120,14 +119,8 @@ TEST(PixelScale, WindowStaysOnTopAndComesBackAsItWasLeft) {
     EXPECT_EQ(window("open")["onTop"], true);
     EXPECT_EQ(window("open")["title"], "Pixel Scale Calculator");
     EXPECT_EQ(window("closed"), json());
-    const auto text = [&](const char* control) {
-        return result.read.at(std::string("frmPixelScale.") + control)["text"];
-    };
-    EXPECT_EQ(text("txtFL"), "530");
-    EXPECT_EQ(text("cmbUnits"), "mm");
-    EXPECT_EQ(text("cmbCamBin"), "4");
-    EXPECT_EQ(text("txtUnbinnedCCDScaleVert"), "1.0");
-    EXPECT_EQ(text("txtPlateScaleHoriz"), "3.6") << "of the solver";
+    EXPECT_THAT(textsOf(result, boxes), ElementsAre("530", "mm", "4", "1.0", "3.6"))
+        << "the last is the solver's";
 }
 
 }  // namespace

@@ -223,6 +223,10 @@ TEST(Session, RefusesWhatItDoesNotKnowAndGoesOn) {
         {R"~({"do":"automation","object":"Small.Mount"})~", "One of \"get\", \"put\" and \"call\" is needed"},
         {R"~({"do":"automation","object":"Small.Mount","put":"RightAscension","value":{"width":1,"height":1,"pixels":["x"]}})~",
          "\"pixels\" must hold numbers"},
+        {R"~({"do":"automation","object":"Small.Mount","put":"RightAscension","value":{"width":20000,"height":0}})~",
+         "13: Type mismatch"},
+        {R"~({"do":"automation","object":"Small.Mount","put":"RightAscension","value":{"width":20001,"height":0}})~",
+         "An image needs a sensible \"width\""},
         {R"~({"do":"image","save":"/tmp/x.fit"})~", "No imaging program shows an image"},
     };
     SmallWorld world;
@@ -240,6 +244,20 @@ TEST(Session, RefusesWhatItDoesNotKnowAndGoesOn) {
     }
     for (std::size_t i = std::size(cases); i + 1 < replies.size(); ++i) EXPECT_EQ(replies[i]["ok"], false);
     EXPECT_EQ(replies.back()["delivered"], true);
+}
+
+/// A folder text with a drive or backslashes is one of the folder map, anything else a path of the machine.
+TEST(Session, SavesTheShownImageWhereItIsTold) {
+    const std::pair<const char*, const char*> cases[] = {{R"(c:x.fit)", "/nowhere/c/x.fit"},
+                                                         {R"(\\x.fit)", "/nowhere/c/x.fit"},
+                                                         {"/nowhere/at/x.fit", "/nowhere/at/x.fit"}};
+    for (const auto& [told, path] : cases) {
+        SmallWorld world;
+        world.images.open({"Shown", std::make_shared<const ImageArray>(1, 1, std::vector<float>{0}), {}});
+        world.commands.add(std::string(R"({"do":"image","save":")") + told + "\"}");
+        EXPECT_NE(world.run().at(0)["error"].get<std::string>().find(path), std::string::npos)
+            << told << world.kept.replies;
+    }
 }
 
 TEST(Session, EndsWithTheInputAndLetsWorkReturn) {

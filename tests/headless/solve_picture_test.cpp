@@ -118,35 +118,6 @@ TEST_F(SolvePicture, FindsItByItsHeaderOrAnywhere) {
     EXPECT_TRUE(result.log.empty() && result.popups.empty()) << "a measurement's log has no part in it";
 }
 
-TEST_F(SolvePicture, SaysWhatIsWrongWithAFile) {
-    const std::string sound = vantrel::test::contentsOf(drawn("sound.fits"));
-    const auto file = [&](const char* name, std::string_view bytes) {
-        return folder_.write(name, bytes).string();
-    };
-    fits::writeFits(folder_ / "dark.fits", 640, 480, std::vector<std::uint16_t>(640 * 480, 500), {});
-    const struct {
-        const char* why;
-        std::string file;
-        const char* says;
-    } cases[] = {
-        {"missing", "/nowhere/a.fits", "/nowhere/a.fits: No such file"},
-        {"a folder", folder_.path().string(), "not a file"},
-        {"empty", file("empty.fits", ""), "empty.fits: "},
-        {"text", file("text.fits", "hello"), "text.fits: "},
-        {"cut short", file("short.fits", sound.substr(0, sound.size() / 2)), "ends before its last pixel"},
-        {"no stars", (folder_ / "dark.fits").string(), "No stars were found in the picture"},
-    };
-    Script script;
-    script.waitIdle().click("frmMain.mnuSolvePicture");
-    for (const auto& c : cases) readAll(solve(script, c.file, "6"), c.why);
-    const auto result = script.run();
-    for (const auto& c : cases) {
-        const auto read = [&](const char* box) { return result.read.at(std::string(c.why) + box); };
-        EXPECT_THAT(read("lblOutcome")["caption"].get<std::string>(), HasSubstr(c.says)) << c.why;
-        EXPECT_EQ(read("txtCentreRA")["text"], "") << c.why;
-    }
-}
-
 TEST(Welcome, LeadsToEachOfTheThreeBeginnings) {
     const struct {
         const char* button;

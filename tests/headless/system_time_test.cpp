@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "headless/descriptor_lines.h"
 #include "support/pipe.h"
 
 namespace vantrel::headless {
@@ -58,6 +59,37 @@ TEST_F(SystemTimeTest, AHandlerThatNeverReadsLeavesTimersTheirTurn) {
     const TimerHandle timer = loop_.every(1ms, [&] { ++ticks; });
     loop_.runUntil([&] { return ticks >= 3; });  // a busy machine may let several pass in one turn
     loop_.sleep(1ms);
+}
+
+// ---- descriptor lines
+
+using Kind = Incoming::Kind;
+
+TEST(DescriptorCommands, ComeWholeHoweverTheyAreCut) {
+    vantrel::test::Pipe pipe;
+    DescriptorCommands commands(pipe.descriptor(), 10);
+    EXPECT_EQ(commands.next(false).kind, Kind::kNothingYet);
+    pipe.write("one\ntw");
+    EXPECT_EQ(commands.next(true).line, "one");
+    EXPECT_EQ(commands.next(false).kind, Kind::kNothingYet);
+    pipe.write("o\n" + std::string(100, 'x'));
+    EXPECT_EQ(commands.next(true).line, "two");
+    EXPECT_EQ(commands.next(false).kind, Kind::kNothingYet);
+    pipe.write(std::string(100, 'x') + "\n" + std::string("nul\0\n", 5) + "last");
+    EXPECT_EQ(commands.next(true).kind, Kind::kTooLong);
+    EXPECT_EQ(commands.next(true).line, std::string("nul\0", 4));
+    pipe.closeInput();
+    EXPECT_EQ(commands.next(true).line, "last");
+    EXPECT_EQ(commands.next(true).kind, Kind::kEnd);
+    EXPECT_EQ(commands.next(false).kind, Kind::kEnd);
+}
+
+TEST(DescriptorReplies, AreLinesUntilNobodyListens) {
+    const vantrel::test::Pipe pipe;
+    DescriptorReplies replies(pipe.input());
+    EXPECT_TRUE(replies.send("{}"));
+    EXPECT_EQ(pipe.read(), "{}\n");
+    EXPECT_FALSE(DescriptorReplies(-1).send("{}"));
 }
 
 }  // namespace

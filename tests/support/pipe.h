@@ -25,6 +25,7 @@ class Pipe {
     Pipe& operator=(const Pipe&) = delete;
 
     int descriptor() const { return out_; }
+    int input() const { return in_; }
     void write(const std::string& text) const {
         if (::write(in_, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
             throw std::runtime_error("the pipe is full");
