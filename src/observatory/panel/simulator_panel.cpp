@@ -223,7 +223,6 @@ void SimulatorPanel::refreshStars() {
     starsDue_ = loop_.clock().sinceStart() + std::chrono::seconds{10};
     stars_ = starsUp(loop_.clock().utc(), number("SiteLatitude"), number("SiteLongitude"));
     std::vector<platform::ComboBox::Item> items;
-    items.reserve(stars_.size());
     for (const StarNow& star : stars_) items.push_back({entryOf(star), static_cast<int>(star.index)});
     window_.cmbStar.setItems(items);
     const auto chosen = std::find_if(stars_.begin(), stars_.end(),

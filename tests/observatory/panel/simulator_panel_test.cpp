@@ -109,6 +109,13 @@ TEST_F(Panel, BoxesShowAndChangeTheSimulator) {
     EXPECT_TRUE(simulator->get("CameraMirrored").toBool());
 }
 
+TEST_F(Panel, BoxesTellWhatTheirNumbersMean) {
+    for (const Control* control :
+         {static_cast<Control*>(&window.txtHotPixels), static_cast<Control*>(&window.txtDeclinationJumpSlew),
+          static_cast<Control*>(&window.cmdAskew)})
+        EXPECT_NE(control->toolTip(), "") << control->name();
+}
+
 TEST_F(Panel, WhatIsNoValueIsSaidAndTakenBack) {
     const struct {
         TextBox& box;

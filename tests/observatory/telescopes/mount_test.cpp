@@ -1,12 +1,16 @@
 #include "observatory/telescopes/mount.h"
 
+#include <functional>
 #include <limits>
+#include <numbers>
 #include <stdexcept>
 #include <utility>
 
 #include <gtest/gtest.h>
 
+#include "observatory/telescopes/mount_faults.h"
 #include "platform/queued_event_loop.h"
+#include "sky/epoch.h"
 
 namespace vantrel::observatory {
 namespace {
@@ -159,6 +163,171 @@ TEST_F(MountTest, ImpossibleWishesChangeNothing) {
     mount_.unpark();
     mount_.setTracking(true);
     EXPECT_NO_THROW(mount_.startSlew(before));
+}
+
+// ---- what each mechanical fault does to where the camera truly points, by formulas of its own
+
+using sky::kArcsecond;
+using sky::kDegree;
+
+constexpr double kLatitude = 50;
+
+/// Arcsec on the sky, of a mount that is aligned; roll from north through east.
+struct Shift {
+    double east = 0, north = 0, roll = 0;
+};
+
+class MountFaultsTest : public MountTest {
+  protected:
+    /// Arrives near this hour angle (degrees).
+    void slew(double hourAngle, double declination) { MountTest::slew(hourAngle / 15, declination); }
+    /// From the pointing without faults to the one with them, seen by an observer who knows only the pole.
+    static Shift shift(const TubeAttitude& sound, const TubeAttitude& faulty) {
+        const auto rollOf = [](const TubeAttitude& p) {
+            const sky::Vector3 east = sky::normalized(sky::cross({0, 0, 1}, p.ahead));
+            return std::atan2(sky::dot(p.up, east), sky::dot(p.up, sky::cross(p.ahead, east)));
+        };
+        const HaDec from = haDecOf(sound.ahead);
+        const HaDec to = haDecOf(faulty.ahead);
+        return {-(to.hourAngle - from.hourAngle) * 3600 * std::cos(from.declination * kDegree),
+                (to.declination - from.declination) * 3600, (rollOf(faulty) - rollOf(sound)) / kArcsecond};
+    }
+    TubeAttitude sound() {
+        const MountFaults faults = std::exchange(mount_.settings().faults, {});
+        const DeclinationJump jump = mount_.declinationJump();
+        mount_.setDeclinationJump({});
+        const TubeAttitude pointing = mount_.pointing();
+        mount_.settings().faults = faults;
+        mount_.setDeclinationJump(jump);
+        return pointing;
+    }
+};
+
+TEST_F(MountFaultsTest, MoveThePointingByTheirFormulas) {
+    mount_.settings().latitude = kLatitude;
+    const double sinPhi = std::sin(kLatitude * kDegree);
+    const double cosPhi = std::cos(kLatitude * kDegree);
+    const struct {
+        const char* fault;
+        std::function<void(Mount&)> set;
+        std::function<Shift(double h, double d)> expected;  // radians
+    } cases[] = {
+        {"flexure 30\"", [](Mount& m) { m.settings().faults.flexure = 30; },
+         [&](double h, double d) {
+             // The zenith's direction by spherical trigonometry, the tube falls away from it; 7 times its
+             // eastern part twists the camera.
+             const double north = sinPhi * std::cos(d) - cosPhi * std::sin(d) * std::cos(h);
+             const double east = cosPhi * std::sin(h);
+             // As the place moves east its meridian turns.
+             const double meridian = -30 * east * std::tan(d);  // turns as the place moves
+             return Shift{-30 * east, -30 * north, -7 * 30 * east + meridian};
+         }},
+        {"periodic error 20\" in 480 s", [](Mount& m) { m.settings().faults.periodicError = 20; },
+         [](double h, double d) {
+             return Shift{-20 * std::sin(2 * std::numbers::pi * (h / kDegree * 240) / 480) * std::cos(d), 0,
+                          0};
+         }},
+        {"declination jump 45\"",
+         [](Mount& m) {
+             m.setDeclinationJump({45, 1});
+         },
+         [](double, double) {
+             return Shift{0, 45, 0};
+         }},
+        {"clock 10 s ahead", [](Mount& m) { m.settings().faults.clockError = 10; },
+         [](double, double) { return Shift{}; }},
+    };
+    for (const auto& c : cases)
+        for (const double hourAngle : {-40.0, 0.3, 25.0})
+            for (const double declination : {-10.0, 35.0, 70.0}) {
+                SCOPED_TRACE(testing::Message() << c.fault << " at " << hourAngle << ", " << declination);
+                mount_.settings().faults = {};
+                mount_.setDeclinationJump({});
+                c.set(mount_);
+                slew(hourAngle, declination);
+                const TubeAttitude faulty = mount_.pointing();
+                const TubeAttitude before = sound();
+                const HaDec there = haDecOf(before.ahead);
+                const Shift expected = c.expected(there.hourAngle * kDegree, there.declination * kDegree);
+                const Shift got = shift(before, faulty);
+                EXPECT_NEAR(got.east, expected.east, 0.02);
+                EXPECT_NEAR(got.north, expected.north, 0.02);
+                EXPECT_NEAR(got.roll, expected.roll, 0.02);
+            }
+}
+
+TEST_F(MountFaultsTest, FlexureLowersTheAltitudeByItsCosineInEitherHemisphere) {
+    for (const double latitude : {60.0, -35.0}) {
+        mount_.settings().latitude = latitude;
+        mount_.settings().axisError = {20, -30};
+        mount_.settings().faults.flexure = 30;
+        slew(-50, latitude / 3);
+        const AltAz level = altAzOf(sound().ahead, latitude);
+        const AltAz bent = altAzOf(mount_.pointing().ahead, latitude);
+        EXPECT_NEAR((bent.altitude - level.altitude) * 3600, -30 * std::cos(level.altitude * kDegree), 0.01);
+        EXPECT_NEAR((bent.azimuth - level.azimuth) * 3600, 0, 0.01);
+    }
+}
+
+TEST_F(MountFaultsTest, TheJumpComesAtItsSlewAndStaysUntilItIsSetAgain) {
+    mount_.setDeclinationJump({-5, 2});
+    const auto after = [this](double hourAngle) {
+        slew(hourAngle, 30);
+        return haDecOf(mount_.pointing().ahead).declination;
+    };
+    EXPECT_NEAR(after(10), 30, 1e-9);
+    EXPECT_NEAR((after(20) - 30) * 3600, -5, 1e-6);
+    EXPECT_NEAR((after(30) - 30) * 3600, -5, 1e-6);
+    EXPECT_NEAR(mount_.reading().declination, 30, 1e-9) << "the mount doesn't know";
+    mount_.setDeclinationJump({-5, 2});
+    EXPECT_NEAR(haDecOf(mount_.pointing().ahead).declination, 30, 1e-9);
+    EXPECT_NEAR(after(10), 30, 1e-9) << "counted anew";
+}
+
+TEST_F(MountFaultsTest, TheRollScattersFromSlewToSlewAndNotBetween) {
+    mount_.settings().faults.rollNoise = 20;
+    constexpr int kSlews = 400;
+    double squares = 0;
+    for (int i = 0; i < kSlews; ++i) {
+        slew(i % 2 == 0 ? 10 : 11, 30);
+        const TubeAttitude now = mount_.pointing();
+        const sky::Vector3 east = sky::normalized(sky::cross({0, 0, 1}, now.ahead));
+        const double roll = std::atan2(sky::dot(now.up, east), sky::dot(now.up, sky::cross(now.ahead, east)));
+        squares += std::pow(roll / kArcsecond, 2);
+        pass(5);
+        const TubeAttitude later = mount_.pointing();
+        ASSERT_NEAR(shift(now, later).roll, 0, 1e-6);
+        ASSERT_NEAR(haDecOf(later.ahead).declination, 30, 1e-9);
+    }
+    EXPECT_NEAR(std::sqrt(squares / kSlews), 20, 2);  // 400 slews: 3.5 % standard error, seed fixed
+}
+
+/// A slew to the same reading ends at the same hour angle of the mount's own, which is the sky's less the
+/// error.
+TEST_F(MountFaultsTest, AWrongClockTurnsReadingsAboutThePole) {
+    slew(20, 30);
+    const double from = haDecOf(mount_.pointing().ahead).hourAngle;
+    const double trueTime = mount_.siderealTime();
+    const double trueReading = mount_.reading().rightAscension;
+    mount_.settings().faults.clockError = 10;
+    EXPECT_NEAR((mount_.siderealTime() - trueTime) * 15 * 3600, 150.4, 0.1);
+    EXPECT_NEAR((mount_.reading().rightAscension - trueReading) * 15 * 3600, 150.4, 0.1);
+    mount_.settings().slewRate = 3600;
+    mount_.startSlew({trueReading, 30});
+    pass(0.2);
+    const double to = haDecOf(mount_.pointing().ahead).hourAngle;
+    EXPECT_NEAR((to - from) * 3600, 150.4 + 0.2 * 15.04, 0.1) << "an early clock sends it too far west";
+}
+
+TEST(Faults, DrawNothingWhenTheyAreOff) {
+    platform::VirtualTime time{platform::parseInstant("2026-11-24T20:00:00Z").value()};
+    NoiseSource noise{1};
+    Mount mount(time, noise);
+    mount.startSlew({1, 20});
+    NoiseSource same{1};
+    same.gaussian();
+    same.gaussian();
+    EXPECT_EQ(noise.bits(), same.bits()) << "pictures after a slew have the noise that they always had";
 }
 
 }  // namespace
