@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "page/own_address.h"
+#include "page/png.h"
 #include "page/qr_code.h"
 
 namespace vantrel::page {
@@ -96,6 +97,12 @@ TEST(QrCode, HasItsCornersAndRoomForAnAddress) {
     }
     EXPECT_EQ(qrCodeOf("").side, 0);
     EXPECT_EQ(qrCodeOf(std::string(10'000, 'x')).side, 0);
+}
+
+TEST(Png, IsGreyAndAsLargeAsItsPixels) {
+    using namespace std::literals;
+    EXPECT_THAT(pngOf(3, 2, {0, 0, 255, 255, 0, 0}),
+                testing::StartsWith("\x89PNG\r\n\x1A\n\0\0\0\rIHDR\0\0\0\3\0\0\0\2\b\0"s));
 }
 
 }  // namespace

@@ -1,13 +1,20 @@
 #include "platform/automation.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/class_registry.h"
+#include "platform/desktop_windows.h"
 #include "platform/dispatch_object.h"
+#include "platform/errors.h"
 #include "platform/image_array.h"
+#include "platform/recording_host.h"
+#include "support/refusal.h"
 
 namespace vantrel::platform {
 namespace {
+
+using test::failureOf;
 
 class Dome : public DispatchObject {
   public:
@@ -19,7 +26,8 @@ class Dome : public DispatchObject {
         method("Turn",
                [this](const Arguments& arguments) { return azimuth_ += argument(arguments, 0).toDouble(); });
         indexedProperty(
-            "Slot", [](const Arguments& a) { return Value(a.at(0).toInt() * 2); }, nullptr);
+            "Slot", [this](const Arguments& a) { return Value(azimuth_ * a.at(0).toInt()); },
+            [this](const Value& value, const Arguments& a) { azimuth_ = value.toInt() + a.at(0).toInt(); });
     }
 
   private:
@@ -67,19 +75,16 @@ TEST(Value, TellsNoObjectFromNotAnObject) {
     EXPECT_EQ(Value().toObject(), nullptr);
     EXPECT_THROW(Value(1).toObject(), OperationError);
     EXPECT_THROW(Value("x").toImage(), OperationError);
-    try {
-        required(nullptr);
-        FAIL();
-    } catch (const OperationError& error) {
-        EXPECT_EQ(error.number(), error_number::kNoObject);
-    }
+    EXPECT_EQ(failureOf([] { required(nullptr); }), error_number::kNoObject);
 }
 
 TEST(DispatchObject, ReportsWhatGoesWrongByNumber) {
     Dome dome;
     dome.put("AZIMUTH", "90");
     EXPECT_EQ(dome.call("turn", {Value(10)}).toDouble(), 100);
-    EXPECT_EQ(dome.get("Slot", {Value(4)}).toInt(), 8);
+    EXPECT_EQ(dome.get("Slot", {Value(4)}).toInt(), 400);
+    dome.put("Slot", 7, {Value(2)});
+    EXPECT_EQ(dome.get("Azimuth").toInt(), 9);
     const struct {
         const char* why;
         std::function<void()> use;
@@ -120,12 +125,160 @@ TEST(ClassRegistry, KnowsClassesWithoutRegardToCase) {
     EXPECT_EQ(classes.installed("Telescope"), std::vector<std::string>{});
     classes.uninstall("test.DOME");
     EXPECT_EQ(classes.serverPath("Test.Dome"), "");
-    try {
-        classes.create("Test.Dome");
-        FAIL();
-    } catch (const OperationError& error) {
-        EXPECT_EQ(error.number(), error_number::kCannotCreateObject);
+    EXPECT_EQ(failureOf([&] { classes.create("Test.Dome"); }), error_number::kCannotCreateObject);
+}
+
+// ---- recording host
+
+class Shelf : public DispatchObject {
+  public:
+    explicit Shelf(const std::string& name = "Test.Shelf") : DispatchObject(name) {
+        property(
+            "Level", [this] { return Value(level_); }, [this](const Value& v) { level_ = v.toInt(); });
+        property("Book", [] { return Value(ObjectRef(std::make_shared<Shelf>("Test.Book"))); });
+        method("Lift", [this](const Arguments&) { return Value(++level_); });
     }
+
+  private:
+    int level_ = 1;
+};
+
+struct RecordingHostTest : testing::Test {
+    RecordingHostTest() {
+        classes.install("Test.Shelf", {[] { return std::make_shared<Shelf>(); }, "", "", ""});
+    }
+
+    /// "put Level(3)"
+    std::vector<std::string> journal(const std::string& object) {
+        std::vector<std::string> lines;
+        for (const JournalEntry& entry : host.takeJournal(object)) {
+            std::string line = entry.kind + " " + entry.member;
+            for (const Value& argument : entry.arguments) line += "(" + argument.toText() + ")";
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
+    ClassRegistry classes;
+    RecordingHost host{classes};
+};
+
+TEST_F(RecordingHostTest, WritesDownEveryUseAlsoOfInnerObjects) {
+    const ObjectRef shelf = host.create("test.shelf");
+    shelf->put("Level", 3);
+    shelf->get("level");
+    const ObjectRef book = shelf->get("Book").toObject();
+    book->call("Lift", {Value("high")});
+    EXPECT_EQ(journal("TEST.SHELF"),
+              (std::vector<std::string>{"create create", "put Level(3)", "get level", "get Book"}));
+    EXPECT_EQ(journal("Test.Shelf"), std::vector<std::string>{});
+    EXPECT_EQ(journal("*"), std::vector<std::string>{"call Lift(high)"});
+}
+
+TEST_F(RecordingHostTest, FaultsStrikeWhenAndAsOftenAsTheyShould) {
+    const struct {
+        const char* why;
+        MemberFault fault;
+        std::vector<int> numbers;  // of five reads of Level
+    } cases[] = {
+        {"for ever", {"Test.Shelf", "Level", {7, "", ""}, {}, 0, -1}, {7, 7, 7, 7, 7}},
+        {"later", {"Test.Shelf", "Level", {7, "", ""}, {}, 2, -1}, {0, 0, 7, 7, 7}},
+        {"twice", {"test.SHELF", "LEVEL", {7, "", ""}, {}, 1, 2}, {0, 7, 7, 0, 0}},
+        {"every class", {"*", "Level", {7, "", ""}, {}, 0, 1}, {7, 0, 0, 0, 0}},
+        {"another class", {"Test.Other", "Level", {7, "", ""}, {}, 0, -1}, {0, 0, 0, 0, 0}},
+        {"another member", {"Test.Shelf", "Lift", {7, "", ""}, {}, 0, -1}, {0, 0, 0, 0, 0}},
+    };
+    for (const auto& c : cases) {
+        RecordingHost fresh(classes);
+        fresh.inject(c.fault);
+        const ObjectRef shelf = fresh.create("Test.Shelf");
+        std::vector<int> numbers;
+        numbers.reserve(5);
+        for (int i = 0; i < 5; ++i) numbers.push_back(failureOf([&] { shelf->get("Level"); }));
+        EXPECT_EQ(numbers, c.numbers) << c.why;
+    }
+}
+
+TEST_F(RecordingHostTest, AFaultWithAValueReturnsItInstead) {
+    host.inject({"Test.Shelf", "Level", {0, "", ""}, Value(42), 0, 2});
+    const ObjectRef shelf = host.create("Test.Shelf");
+    EXPECT_EQ(shelf->get("Level").toInt(), 42);
+    shelf->put("Level", 9);  // swallowed
+    EXPECT_EQ(shelf->get("Level").toInt(), 1);
+}
+
+TEST_F(RecordingHostTest, CreationCanFail) {
+    host.inject({"Test.Shelf", "create", {error_number::kCannotCreateObject, "", ""}, {}, 0, 1});
+    EXPECT_EQ(failureOf([&] { host.create("Test.Shelf"); }), error_number::kCannotCreateObject);
+    EXPECT_NE(host.create("Test.Shelf"), nullptr);
+}
+
+TEST_F(RecordingHostTest, FindsTheNewestObjectStillHeld) {
+    EXPECT_EQ(host.newest("Test.Shelf"), nullptr);
+    const ObjectRef first = host.create("Test.Shelf");
+    first->put("Level", 1);
+    {
+        const ObjectRef second = host.create("Test.Shelf");
+        second->put("Level", 2);
+        EXPECT_EQ(host.newest("test.shelf")->get("Level").toInt(), 2);
+    }
+    EXPECT_EQ(host.newest("Test.Shelf")->get("Level").toInt(), 1);
+    journal("*");
+    host.newest("Test.Shelf")->get("Level");
+    EXPECT_EQ(journal("*"), std::vector<std::string>{});
+}
+
+// ---- desktop windows
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(DesktopWindows, KeepsWindowsInTheirOrderAndPlace) {
+    //  main ── tabs, button        dialog belongs to main, other stands alone
+    DesktopWindows desktop;
+    const WindowId main = desktop.open({"Main", "Frame"});
+    const WindowId tabs = desktop.open({"", "SysTabControl32", main});
+    const WindowId button = desktop.open({"&Connect", "Button", main});
+    const WindowId dialog = desktop.open({"Dialog", "#32770", 0, main});
+    const WindowId other = desktop.open({"Other", "Frame"});
+
+    EXPECT_THAT(desktop.topLevelWindows(), ElementsAre(other, dialog, main));
+    EXPECT_THAT(desktop.childrenOf(main), ElementsAre(tabs, button));
+    EXPECT_EQ(desktop.parentOf(button), main);
+    EXPECT_EQ(desktop.parentOf(dialog), main);
+    EXPECT_EQ(desktop.parentOf(main), 0U);
+    EXPECT_EQ(desktop.classOf(dialog), "#32770");
+
+    desktop.bringToTop(main);
+    EXPECT_THAT(desktop.topLevelWindows(), ElementsAre(main, other, dialog));
+
+    desktop.close(main);
+    EXPECT_THAT(desktop.topLevelWindows(), ElementsAre(other)) << "its dialog goes with it";
+    EXPECT_THAT(desktop.childrenOf(main), IsEmpty());
+    EXPECT_EQ(desktop.titleOf(dialog) + desktop.classOf(dialog), "");
+    desktop.bringToTop(main);
+    desktop.restore(main);
+    desktop.selectTab(tabs, 1);
+    EXPECT_THAT(desktop.topLevelWindows(), ElementsAre(other)) << "wishes for a closed window are ignored";
+}
+
+TEST(DesktopWindows, StartsInstalledProgramsOnly) {
+    DesktopWindows desktop;
+    bool idle = false;
+    desktop.installProgram("C:\\Programs\\Camera.exe", {[&] {
+                                                            desktop.open({"Camera", "Frame"});
+                                                        },
+                                                        "5.0.1", [&] { return idle; }});
+
+    EXPECT_GT(desktop.shellOpen("c:\\programs\\CAMERA.EXE", "c:\\programs"), 32);
+    desktop.startProgram("C:\\Programs\\Camera.exe");
+    EXPECT_EQ(desktop.topLevelWindows().size(), 2U);
+    EXPECT_EQ(desktop.fileVersion("C:\\Programs\\Camera.exe"), "5.0.1");
+    EXPECT_FALSE(desktop.programIsIdle("C:\\Programs\\Camera.exe"));
+
+    EXPECT_LE(desktop.shellOpen("C:\\Programs\\Other.exe", ""), 32);
+    EXPECT_THROW(desktop.startProgram("C:\\Programs\\Other.exe"), OperationError);
+    EXPECT_EQ(desktop.fileVersion("C:\\Programs\\Other.exe"), std::nullopt);
 }
 
 }  // namespace

@@ -6,24 +6,16 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/errors.h"
+#include "platform/folder_map.h"
 #include "platform/sexagesimal.h"
 #include "platform/sidereal.h"
 #include "platform/site_angle.h"
+#include "support/refusal.h"
 
 namespace vantrel::platform {
 namespace {
 
-/// The number of the failure that the call ends with; 0 when it succeeds.
-template <typename Call>
-int failureOf(Call call) {
-    try {
-        call();
-        return 0;
-    } catch (const OperationError& error) {
-        return error.number();
-    }
-}
+using test::failureOf;
 
 TEST(Text, FormatsNumbersInFixedPatterns) {
     const double inf = std::numeric_limits<double>::infinity();
@@ -163,36 +155,36 @@ TEST(SiteAngle, ReadsWhatOperatorsWrite) {
         SiteAxis axis;
         const char* text;
         double degrees;
-        const char* unlettered;
+        const char* unlettered = text;
     } rows[] = {
-        {kLat, "48.5", 48.5, "48.5"},
-        {kLat, "-48,5", -48.5, "-48,5"},
+        {kLat, "48.5", 48.5},
+        {kLat, "-48,5", -48.5},
         {kLat, " +48.5 ", 48.5, "+48.5"},
         {kLat, "\u221248.5", -48.5, "-48.5"},
-        {kLat, ".5", 0.5, ".5"},
-        {kLat, "0", 0, "0"},
-        {kLat, "90", 90, "90"},
-        {kLat, "48 30", 48.5, "48 30"},
-        {kLat, "48d 30m 15.5s", kExact, "48d 30m 15.5s"},
-        {kLat, "48D30M15.5S", kExact, "48D30M15.5S"},
-        {kLat, "48\u00B0 30' 15.5\"", kExact, "48\u00B0 30' 15.5\""},
-        {kLat, "48:30:15.5", kExact, "48:30:15.5"},
-        {kLat, "48-30-15.5", kExact, "48-30-15.5"},
-        {kLat, "48 deg 30 min 15.5 sec", kExact, "48 deg 30 min 15.5 sec"},
-        {kLat, "-00d 30m", -0.5, "-00d 30m"},
+        {kLat, ".5", 0.5},
+        {kLat, "0", 0},
+        {kLat, "90", 90},
+        {kLat, "48 30", 48.5},
+        {kLat, "48d 30m 15.5s", kExact},
+        {kLat, "48D30M15.5S", kExact},
+        {kLat, "48\u00B0 30' 15.5\"", kExact},
+        {kLat, "48:30:15.5", kExact},
+        {kLat, "48-30-15.5", kExact},
+        {kLat, "48 deg 30 min 15.5 sec", kExact},
+        {kLat, "-00d 30m", -0.5},
         {kLat, "48.5 S", -48.5, "48.5"},
         {kLat, "48.5s", -48.5, "48.5"},
         {kLat, "S48.5", -48.5, "48.5"},
         {kLat, "n 48 30", 48.5, "48 30"},
         {kLat, "+48.5 N", 48.5, "+48.5"},
-        {kLat, "48 30 15.5s", kExact, "48 30 15.5s"},
+        {kLat, "48 30 15.5s", kExact},
         {kLat, "48 30 15.5S", -kExact, "48 30 15.5"},
         {kLat, "48d 30m 15.5s S", -kExact, "48d 30m 15.5s"},
         {kLat, "48\u00B030'15.5\"S", -kExact, "48\u00B030'15.5\""},
         {kLon, "11 15 W", -11.25, "11 15"},
         {kLon, "E 11.25", 11.25, "11.25"},
-        {kLon, "151d 30m 00.0s", 151.5, "151d 30m 00.0s"},
-        {kLon, "-360", -360, "-360"},
+        {kLon, "151d 30m 00.0s", 151.5},
+        {kLon, "-360", -360},
     };
     for (const auto& row : rows) {
         const auto angle = readSiteAngle(row.text, row.axis);
@@ -238,6 +230,49 @@ TEST(LocalMeanSiderealTime, AgreesWithPublishedValues) {
 TEST(LocalMeanSiderealTime, HasNoValueWithoutALongitude) {
     const double nowhere = std::numeric_limits<double>::infinity();
     EXPECT_TRUE(std::isnan(localMeanSiderealTime(*parseInstant("2026-11-24T20:00:00Z"), nowhere)));
+}
+
+// ---- folder texts
+
+TEST(FolderMap, TurnsFolderTextsIntoPathsThatStayInside) {
+    FolderMap folders("/data/drives");
+    folders.map(R"(C:\Users\me\Documents\)", "/home/me/Papers");
+    const struct {
+        const char* why;
+        const char* text;
+        const char* path;
+    } cases[] = {
+        {"drive", R"(C:\Images\a.fit)", "/data/drives/c/Images/a.fit"},
+        {"drive alone", "D:", "/data/drives/d"},
+        {"drive relative", "c:Images", "/data/drives/c/Images"},
+        {"no drive", R"(\Images)", "/data/drives/c/Images"},
+        {"forward slashes", "C:/Images/x", "/data/drives/c/Images/x"},
+        {"mapped", R"(C:\Users\me\Documents)", "/home/me/Papers"},
+        {"mapped, other case", R"(c:\USERS\Me\documents\Log)", "/home/me/Papers/Log"},
+        {"only the beginning of a name", R"(C:\Users\me\Documents2)", "/data/drives/c/Users/me/Documents2"},
+        {"up and out", R"(C:\..\..\etc\passwd)", "/data/drives/c/etc/passwd"},
+        {"doubled", R"(C:\\Images\\.\x)", "/data/drives/c/Images/x"},
+        {"a real path", "/tmp/x", "/tmp/x"},
+        {"empty", "", "/data/drives/c"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(folders.real(c.text), c.path) << c.why;
+}
+
+TEST(FolderMap, NamesPathsByTheirFolders) {
+    FolderMap folders("/data/drives");
+    folders.map(R"(C:\Users\me\Documents)", "/home/me/Papers/");
+    const std::pair<const char*, const char*> cases[] = {
+        {"/data/drives/c/Images/a.fit", R"(C:\Images\a.fit)"},   {"/data/drives/d", R"(D:\)"},
+        {"/home/me/Papers/Log", R"(C:\Users\me\Documents\Log)"}, {"/home/me/Papers2", "/home/me/Papers2"},
+        {"/data/drives/long/x", "/data/drives/long/x"},
+    };
+    for (const auto& [path, text] : cases) EXPECT_EQ(folders.text(path), text);
+}
+
+TEST(FolderMap, JoinsWithOneBackslash) {
+    EXPECT_EQ(joinFolder("C:", "a.fit"), R"(C:\a.fit)");
+    EXPECT_EQ(joinFolder(R"(C:\)", "a.fit"), R"(C:\a.fit)");
+    EXPECT_EQ(joinFolder("", "a.fit"), R"(\a.fit)");
 }
 
 }  // namespace
