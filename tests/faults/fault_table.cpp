@@ -9,8 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <iostream>
 #include <set>
 
 #include "faults/night.h"
@@ -66,9 +64,9 @@ bool maySayLess(const std::vector<std::string>& missing) {
 /// Waits that only the mount's or the desktop's answer ends, or closing the program.
 bool mayWaitForEver(const Member& member) { return member.name == "slewing" || member.object == "desktop"; }
 
-class Table {
+class Table : public TableReport {
   public:
-    explicit Table(TableOptions options) : options_(std::move(options)) {}
+    using TableReport::TableReport;
 
     void run() {
         for (const Equipment& equipment : kSetUps)
@@ -82,10 +80,13 @@ class Table {
             }
     }
 
-    int report() const {
-        if (options_.has("--summary")) printSummary();
-        std::cout << cases_ << " cases, " << defects_ << " defects\n";
-        return defects_ == 0 && cases_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    void printSummary() const {
+        if (!options_.has("--summary")) return;
+        std::printf("%-50s %7s %9s %9s %9s %9s %9s\n", "member", "cases", "untouched", "unharmed", "reported",
+                    "stopped", "defects");
+        for (const auto& [member, t] : tallies_)
+            std::printf("%-50s %7ld %9ld %9ld %9ld %9ld %9ld\n", member.c_str(), t.cases, t.untouched,
+                        t.unharmed, t.reported, t.stopped, t.defects);
     }
 
   private:
@@ -134,25 +135,9 @@ class Table {
         else
             ++tally.reported;
         for (const std::string& defect : defects) complain(name, defect);
-        if (!options_.only.empty())
-            for (const std::string& line : outcome.said) std::cout << "    " << line << '\n';
+        tell(outcome.said);
     }
 
-    void complain(const std::string& name, const std::string& defect) {
-        ++defects_;
-        std::cout << name << ":\n  " << defect << std::endl;
-    }
-
-    void printSummary() const {
-        std::printf("%-50s %7s %9s %9s %9s %9s %9s\n", "member", "cases", "untouched", "unharmed", "reported",
-                    "stopped", "defects");
-        for (const auto& [member, t] : tallies_)
-            std::printf("%-50s %7ld %9ld %9ld %9ld %9ld %9ld\n", member.c_str(), t.cases, t.untouched,
-                        t.unharmed, t.reported, t.stopped, t.defects);
-    }
-
-    TableOptions options_;
-    long cases_ = 0, defects_ = 0;
     std::map<std::string, Tally> tallies_;
 };
 
@@ -161,5 +146,6 @@ class Table {
 int main(int argc, char** argv) {
     Table table(TableOptions(argc, argv));
     table.run();
+    table.printSummary();
     return table.report();
 }

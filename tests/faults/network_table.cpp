@@ -7,10 +7,6 @@
 // --part takes one share of the table, --every only each K-th case, --only the cases whose name contains the
 // text, with what the program said.
 
-#include <cstdio>
-#include <cstdlib>
-#include <iostream>
-
 #include "faults/network_night.h"
 #include "faults/table_options.h"
 
@@ -25,9 +21,9 @@ constexpr Activity kActivities[] = {Activity::kStart,   Activity::kMeasurement, 
 /// As long as the program may take to notice that all is well again.
 constexpr double kLongestAbsence = 60;  // seconds
 
-class Table {
+class Table : public TableReport {
   public:
-    explicit Table(TableOptions options) : options_(std::move(options)) {}
+    using TableReport::TableReport;
 
     void run(const NetworkEquipment& equipment) {
         for (const Activity activity : kActivities) {
@@ -46,11 +42,6 @@ class Table {
                                 return fault;
                             });
         }
-    }
-
-    int report() const {
-        std::cout << cases_ << " cases, " << defects_ << " defects\n";
-        return defects_ == 0 && cases_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
     }
 
   private:
@@ -114,17 +105,8 @@ class Table {
         ++cases_;
         for (const std::string& defect : outcome.defects) complain(name, defect);
         if (outcome.hung) complain(name, "hangs, even after Stop");
-        if (!options_.only.empty())
-            for (const std::string& line : outcome.said) std::cout << "    " << line << '\n';
+        tell(outcome.said);
     }
-
-    void complain(const std::string& name, const std::string& defect) {
-        ++defects_;
-        std::cout << name << ":\n  " << defect << std::endl;
-    }
-
-    TableOptions options_;
-    long cases_ = 0, defects_ = 0;
 };
 
 }  // namespace

@@ -1,9 +1,11 @@
-// Which cases of a table of faults are run, and how much is told of them.
+// Which cases of a table of faults are run, and what is told of them.
 #pragma once
 
 #include <algorithm>
 #include <cstdlib>
+#include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vantrel::faults {
@@ -41,6 +43,31 @@ class TableOptions {
   private:
     std::vector<std::string> words_;
     long part_ = 0, parts_ = 1, every_ = 1, number_ = 0;
+};
+
+/// What is found, as it is found, and what comes of it all.
+class TableReport {
+  public:
+    explicit TableReport(TableOptions options) : options_(std::move(options)) {}
+
+    /// How the program ends.
+    int report() const {
+        std::cout << cases_ << " cases, " << defects_ << " defects\n";
+        return defects_ == 0 && cases_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+
+  protected:
+    void complain(const std::string& name, const std::string& defect) {
+        ++defects_;
+        std::cout << name << ":\n  " << defect << std::endl;
+    }
+    void tell(const std::vector<std::string>& said) const {
+        if (options_.only.empty()) return;
+        for (const std::string& line : said) std::cout << "    " << line << '\n';
+    }
+
+    TableOptions options_;
+    long cases_ = 0, defects_ = 0;
 };
 
 }  // namespace vantrel::faults

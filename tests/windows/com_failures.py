@@ -24,46 +24,35 @@ WINE = os.path.join(com_night.HERE, "..", "..", "scripts", "wine.sh")
 HOW = ("fails", "slow", "dies", "hangs")
 # What the log has to say first beside the usual lines when a member fails; others may fail unnoticed.
 ERROR = "Error -2147220479: It is out of order "
-PINPOINT_ERROR = "** PinPoint Error - Please Verify Settngs **"
+# By what it says, with the name of the class before it where that is told.
+SAID = {
+    "{} modComponents Function GetTelescopeDec": "TestMount.Telescope.Declination",
+    "modComponents Function GetTelescopeRA": "TestMount.Telescope.RightAscension",
+    "{} Module modComponents Property Let camLinkEnabled": "MaxIm.CCDCamera.LinkEnabled CCDSoft.Camera.Connect",
+    "{} Module modComponents Property Get camLinkEnabled": "CCDSoft.Camera.State",
+    "{} Module modComponents Sub AcquireImage": "MaxIm.CCDCamera.BinX MaxIm.CCDCamera.BinY MaxIm.CCDCamera.SetFullFrame "
+    "MaxIm.CCDCamera.MaxBinX MaxIm.CCDCamera.MaxBinY CCDSoft.Camera.BinX CCDSoft.Camera.BinY",
+    "Module modComponents sub TakePicture": "MaxIm.CCDCamera.ImageReady",
+    "{} Module modComponents sub TakeCCDSoftImage": "CCDSoft.Camera.Subframe CCDSoft.Camera.Frame "
+    "CCDSoft.Camera.ExposureTime CCDSoft.Camera.TakeImage CCDSoft.Camera.IsExposureComplete",
+    "{} Module modComponents Sub AttachCCDSoftImageToActiveImager": "CCDSoft.Image.AttachToActiveImager",
+    "{} modUtilities Sub SaveImageToFile": "MaxIm.CCDCamera.SaveImage CCDSoft.Image.path CCDSoft.Image.Save",
+}
 MESSAGES = {
-    "TestMount.Telescope.Declination": "TestMount.Telescope " + ERROR + "modComponents Function GetTelescopeDec",
-    "TestMount.Telescope.RightAscension": ERROR + "modComponents Function GetTelescopeRA",
     "TestMount.Telescope.SlewToCoordinatesAsync": "Telescope Slew failed on Trial 1",
-    "MaxIm.CCDCamera.LinkEnabled": "MaxIm.CCDCamera " + ERROR + "Module modComponents Property Let camLinkEnabled",
-    "MaxIm.CCDCamera.BinX": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
-    "MaxIm.CCDCamera.BinY": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
-    "MaxIm.CCDCamera.SetFullFrame": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
-    "MaxIm.CCDCamera.MaxBinX": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
-    "MaxIm.CCDCamera.MaxBinY": "MaxIm.CCDCamera " + ERROR + "Module modComponents Sub AcquireImage",
     "MaxIm.CCDCamera.Expose": "Error 32768: MaxIm DL Failed to start the exposure",
-    "MaxIm.CCDCamera.ImageReady": ERROR + "Module modComponents sub TakePicture",
-    "MaxIm.CCDCamera.SaveImage": "MaxIm.CCDCamera " + ERROR + "modUtilities Sub SaveImageToFile",
-    "CCDSoft.Camera.Connect": "CCDSoft.Camera " + ERROR + "Module modComponents Property Let camLinkEnabled",
-    "CCDSoft.Camera.State": "CCDSoft.Camera " + ERROR + "Module modComponents Property Get camLinkEnabled",
-    "CCDSoft.Camera.Subframe": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
-    "CCDSoft.Camera.BinX": "CCDSoft.Camera " + ERROR + "Module modComponents Sub AcquireImage",
-    "CCDSoft.Camera.BinY": "CCDSoft.Camera " + ERROR + "Module modComponents Sub AcquireImage",
-    "CCDSoft.Camera.Frame": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
-    "CCDSoft.Camera.ExposureTime": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
-    "CCDSoft.Camera.TakeImage": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
-    "CCDSoft.Camera.IsExposureComplete": "CCDSoft.Camera " + ERROR + "Module modComponents sub TakeCCDSoftImage",
-    "CCDSoft.Image.AttachToActiveImager": "CCDSoft.Image " + ERROR + "Module modComponents Sub AttachCCDSoftImageToActiveImager",
-    "CCDSoft.Image.path": "CCDSoft.Image " + ERROR + "modUtilities Sub SaveImageToFile",
-    "CCDSoft.Image.Save": "CCDSoft.Image " + ERROR + "modUtilities Sub SaveImageToFile",
-    "PinPoint.Plate.Catalog": PINPOINT_ERROR,
-    "PinPoint.Plate.CatalogExpansion": PINPOINT_ERROR,
-    "PinPoint.Plate.CatalogMaximumMagnitude": PINPOINT_ERROR,
-    "PinPoint.Plate.CatalogPath": PINPOINT_ERROR,
-    "PinPoint.Plate.MinimumBrightness": PINPOINT_ERROR,
-    "PinPoint.Plate.MinimumStarSize": PINPOINT_ERROR,
-    "PinPoint.Plate.SigmaAboveMean": PINPOINT_ERROR,
-    "PinPoint.Plate.ExclusionBorder": PINPOINT_ERROR,
-    "PinPoint.Plate.MaxSolveStars": PINPOINT_ERROR,
     "PinPoint.Plate.AttachFITS": "AttachFITS Failed",
     "PinPoint.Plate.FindImageStars": "Polar Align Aborted !!",
     "PinPoint.Plate.FindCatalogStars": "Polar Align Aborted !!",
     "PinPoint.Plate.Solve": "Initiating spiral search",
 }
+for text, members in SAID.items():
+    for member in members.split():
+        before = member.rpartition(".")[0] + " " if text.startswith("{} ") else ""
+        MESSAGES[member] = before + ERROR + text.removeprefix("{} ")
+for parameter in ("Catalog CatalogExpansion CatalogMaximumMagnitude CatalogPath MinimumBrightness MinimumStarSize "
+                  "SigmaAboveMean ExclusionBorder MaxSolveStars").split():
+    MESSAGES["PinPoint.Plate." + parameter] = "** PinPoint Error - Please Verify Settngs **"
 LONGEST_ANSWER = 2.0  # seconds until the window has to answer
 PATIENCE = 240  # seconds after which the operator presses Stop: more than three members that don't answer take
 RARELY_SENT = {"Filter": "2", "MaxRes": "3"}  # parameters of the solver that are only sent when they aren't 0
