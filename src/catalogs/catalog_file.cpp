@@ -30,13 +30,11 @@ CatalogFile::CatalogFile(std::filesystem::path path) : path_(std::move(path)), f
 }
 
 void CatalogFile::read(std::uint64_t offset, std::span<unsigned char> into) const {
-    std::size_t got = 0;
     try {
-        got = file_.read(offset, std::as_writable_bytes(into));
+        if (file_.read(offset, std::as_writable_bytes(into)) < into.size()) damaged("it is cut short");
     } catch (const std::system_error& error) {
         unreadable(path_, error.code());
     }
-    if (got < into.size()) damaged("it is cut short");
 }
 
 std::string CatalogFile::text(std::uint64_t offset, std::size_t length) const {

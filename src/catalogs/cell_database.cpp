@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 #include <numeric>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -121,8 +122,7 @@ class CellDatabase : public sky::StarCatalog {
         const std::size_t blockBytes = kBytesAtATime / size * size;
         int decHigh = 0;
         double magnitude = 0;
-        bool grouped = false;
-        bool wanted = true;
+        std::optional<bool> wanted;  // of the group
         for (std::uint64_t at = kHeaderBytes; at < file.size(); at += blockBytes) {
             const std::string block = file.text(at, std::min<std::uint64_t>(blockBytes, file.size() - at));
             for (std::size_t i = 0; i + size <= block.size(); i += size) {
@@ -132,14 +132,13 @@ class CellDatabase : public sky::StarCatalog {
                 if (ra == kGroup) {
                     decHigh = byte(3) - 128;
                     magnitude = (byte(4) - 16) / 10.0;
-                    grouped = true;
                     wanted = stars.wants(magnitude) &&
                              decHigh * kGroupSteps * kDecStep <= query.decDeg + query.radiusDeg &&
                              (decHigh + 1) * kGroupSteps * kDecStep >= query.decDeg - query.radiusDeg;
                     continue;
                 }
-                if (!grouped) file.damaged("its first star has no magnitude");
-                if (!wanted) continue;
+                if (!wanted) file.damaged("its first star has no magnitude");
+                if (!*wanted) continue;
                 const double dec = (decHigh * kGroupSteps + byte(4) * 256 + byte(3)) * kDecStep;
                 stars.offer({ra * kRaStep, dec, magnitude}, 2000);  // no motions: any epoch
             }
