@@ -8,6 +8,8 @@
 
 #include "axis/simulated_mount.h"
 #include "engine/angles.h"
+#include "engine/manual_exposures.h"
+#include "engine/simulator_exposure.h"
 #include "platform/color.h"
 #include "support/engine_world.h"
 
@@ -20,34 +22,25 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-/// A mount with an axis that is off, an operator who answers the prompts, and one who notes what would be
-/// corrected.
-struct MeasurementWorld : CorrectionPort, test::EngineWorld {
-    MeasurementWorld() : EngineWorld(static_cast<CorrectionPort&>(*this)) {
+/// A mount with an axis that is off, and an operator who answers the prompts.
+struct MeasurementWorld : test::EngineWorld {
+    MeasurementWorld() {
         mountOfSky.azimuth = 20;
         mountOfSky.elevation = -15;
         mountOfSky.site.latitude = mount.SiteLatitude();
         mountOfSky.declination = mount.dec;
         solver.sky = [this](const EquatorialPosition& sentTo) { return lookingFrom(sentTo); };
-        for (platform::TextBox* box : {&panel.txtDeltaRA}) box->setText("20");
+        panel.txtDeltaRA.setText("20");
         loop.setAttendant([this] { attend(); });
     }
 
     PlateSolution lookingFrom(const EquatorialPosition& sentTo) {
-        const Plate seen = mountOfSky.plate(mount.lst - sentTo.RA, test::SimulatedAir(standardAir(0)));
-        const double angle = engine::degreesToRadians(*seen.positionAngle);
         state.PlateRAError = 0;
-        return {.ra = mount.lst - seen.hourAngle + (seen.hourAngle > mount.lst ? 24 : 0),
-                .dec = seen.declination + jumps[static_cast<int>(solver.solved.size())] / 3600,
-                .CD1_1 = std::sin(angle) / 1000,
-                .CD1_2 = std::cos(angle) / 1000,
-                .CD2_1 = std::cos(angle) / 1000,
-                .CD2_2 = -std::sin(angle) / 1000,
-                .quality =
-                    SolutionQuality{.matched = 60, .meanResidual = 0.5, .fieldWidth = 1.4, .fieldHeight = 1}};
+        PlateSolution seen = test::solutionOf(
+            mountOfSky.plate(mount.lst - sentTo.RA, test::SimulatedAir(standardAir(0))), mount.lst);
+        seen.dec += jumps[static_cast<int>(solver.solved.size())] / 3600;
+        return seen;
     }
-
-    void CorrectMisAlignment(double amplitude, double angle) override { corrected = {{amplitude, angle}}; }
 
     /// Runs; answers each prompt in turn, and clicks Skip or Next where there are no more answers.
     void measure(std::vector<std::function<void()>> answersOfOperator = {}) {
@@ -56,13 +49,6 @@ struct MeasurementWorld : CorrectionPort, test::EngineWorld {
         panel.cmdRun.click();
     }
 
-    std::string enabledButtons() const {
-        std::string names;
-        for (const platform::Button* button :
-             {&panel.cmdRun, &panel.cmdStop, &panel.cmdNext, &panel.cmdSkip, &panel.cmdExpose})
-            if (button->enabled()) names += (names.empty() ? "" : " ") + button->name().substr(3);
-        return names;
-    }
     bool anythingLit() const {
         const auto lit = [](const platform::Label* light) {
             return light->backColor() != platform::color::kIndicatorOffBack;
@@ -81,7 +67,6 @@ struct MeasurementWorld : CorrectionPort, test::EngineWorld {
 
     test::SimulatedMount mountOfSky;
     std::map<int, double> jumps;  // arc-seconds in declination at the solve of this number
-    std::optional<std::pair<double, double>> corrected;
     std::vector<std::function<void()>> answers;
     std::string whenAsked;  // buttons and instructions at the last prompt
 
@@ -117,31 +102,34 @@ TEST(MeasurementRun, TakesPlatesComparesThemAndGoesBack) {
     world.measure();
     EXPECT_EQ(world.whenAsked, kOffer);
     EXPECT_THAT(world.log.lines, Contains("Alignment Run Complete"));
+    EXPECT_THAT(world.lines("Theta = "),
+                ElementsAre(testing::MatchesRegex("A = -?0\\.00..  C = 1\\.0000  Theta = .\\.....")));
     ASSERT_EQ(world.mount.slews.size(), 3u);
     EXPECT_NEAR(world.mount.slews[1].RA, 2.5 + 40. / 15, 1e-9) << "eastward";
     EXPECT_NEAR(world.mount.slews[2].RA, 2.5, 1e-9) << "back";
     EXPECT_EQ(world.panel.txtInstructions.text(), kStart);
     EXPECT_EQ(world.enabledButtons(), "Run Expose");
     EXPECT_FALSE(world.anythingLit());
+    for (const platform::Label* light : {&world.panel.lblSlew, &world.panel.lblExpose, &world.panel.lblSolve})
+        EXPECT_EQ(light->foreColor(), platform::color::kIndicatorOffFore) << light->name();
+    EXPECT_EQ(world.state.ExposureDec, 20);
     EXPECT_NEAR(world.display.amplitude * 60, std::hypot(20 * std::cos(45 * test::kDegree), 15), 1.5)
         << "without air, which the written calculation doesn't know";
 }
 
-TEST(MeasurementRun, LogsTheNumbersOfTheWrittenCalculation) {
-    MeasurementWorld world;
-    world.measure();
-    EXPECT_THAT(world.lines("Theta = "),
-                ElementsAre(testing::MatchesRegex("A = -?0\\.00..  C = 1\\.0000  Theta = .\\.....")));
-}
-
 TEST(MeasurementRun, StopIsLitUntilItHasHadItsEffect) {
-    MeasurementWorld world;
-    bool wasLit = false;
-    const auto looking = world.panel.cmdStop.changed.subscribe(
-        [&] { wasLit = wasLit || Indicators::isLit(world.panel.cmdStop); });
-    world.measure({[&] { world.panel.cmdStop.click(); }});
-    EXPECT_TRUE(wasLit);
-    EXPECT_FALSE(Indicators::isLit(world.panel.cmdStop));
+    for (const auto& [stored, lit] : {std::pair{"", platform::color::kRed},
+                                      {"0", platform::color::kRed},
+                                      {"1", platform::color::kDarkGreen}}) {
+        MeasurementWorld world;
+        world.settings.SaveSetting("PolarAlign", "GreenColors", stored);
+        bool wasLit = false;
+        const auto looking = world.panel.cmdStop.changed.subscribe(
+            [&, lit = lit] { wasLit = wasLit || world.panel.cmdStop.backColor() == lit; });
+        world.measure({[&] { world.panel.cmdStop.click(); }});
+        EXPECT_TRUE(wasLit) << stored;
+        EXPECT_FALSE(Indicators::isLit(world.panel.cmdStop));
+    }
 }
 
 TEST(MeasurementRun, TellsHowFarItIs) {
@@ -166,50 +154,38 @@ TEST(MeasurementRun, RefusesPlansAndPlatesWithTheTextForEach) {
         return joinLines({"Stop Next", "***ERROR***ERROR***", what + " must be ", limits, "",
                           "Enter a new value, click Next"});
     };
+    const std::string kSlew = between("Telescope Slew", "between 1 and 45 degrees!");
+    const std::string kPlates = between("Plates", "between 3 and 9!");
+    const std::string kExposures = between("Exposures per Plate", "between 1 and 5!");
+    const std::string kUnsolved =
+        joinLines({"Stop Next", "Plate Solve Failed !!", "1. Is Scope is Synced to Star?",
+                   "2. Check Plate Solve Settings", "", "Click Next to try again"});
+    const auto cloudsOver = [](const std::set<int>& plates, const char* ofSoMany = "3") {
+        return [=](MeasurementWorld& world) {
+            world.panel.txtPlates.setText(ofSoMany);
+            world.solver.clouds = plates;
+        };
+    };
     const struct {
         const char* why;
         std::function<void(MeasurementWorld&)> prepare;
         std::string asked;
     } cases[] = {
-        {"slew too small", [](auto& w) { w.panel.txtDeltaRA.setText("0"); },
-         between("Telescope Slew", "between 1 and 45 degrees!")},
-        {"slew too large", [](auto& w) { w.panel.txtDeltaRA.setText("46"); },
-         between("Telescope Slew", "between 1 and 45 degrees!")},
-        {"two plates", [](auto& w) { w.panel.txtPlates.setText("2"); },
-         between("Plates", "between 3 and 9!")},
-        {"ten plates", [](auto& w) { w.panel.txtPlates.setText("10"); },
-         between("Plates", "between 3 and 9!")},
-        {"half an exposure", [](auto& w) { w.panel.txtPlateExposures.setText("1.5"); },
-         between("Exposures per Plate", "between 1 and 5!")},
+        {"slew too small", [](auto& w) { w.panel.txtDeltaRA.setText("0"); }, kSlew},
+        {"slew too large", [](auto& w) { w.panel.txtDeltaRA.setText("46"); }, kSlew},
+        {"two plates", [](auto& w) { w.panel.txtPlates.setText("2"); }, kPlates},
+        {"ten plates", [](auto& w) { w.panel.txtPlates.setText("10"); }, kPlates},
+        {"half an exposure", [](auto& w) { w.panel.txtPlateExposures.setText("1.5"); }, kExposures},
         {"plates that don't lie on one circle",
-         [](auto& w) {
-             w.panel.txtDeltaRA.setText("1");
-             w.jumps[2] = 7200;
-         },
+         [](auto& w) { w.panel.txtDeltaRA.setText("1"), w.jumps[2] = 7200; },
          joinLines({"Stop Next", "***ERROR***ERROR***", "Polar Align Error ", "Calculation Failed!", "",
                     "Try new conditions, click Next"})},
-        {"no first plate", [](auto& w) { w.solver.clouds = {1}; },
-         joinLines({"Stop Next", "Plate Solve Failed !!", "1. Is Scope is Synced to Star?",
-                    "2. Check Plate Solve Settings", "", "Click Next to try again"})},
-        {"no second plate, nor at half the slew",
-         [](auto& w) {
-             w.solver.clouds = {2, 3};
-         },
+        {"no first plate", cloudsOver({1}), kUnsolved},
+        {"no second plate, nor at half the slew", cloudsOver({2, 3}),
          refusal("Second Plate Solve Failed !!")},
-        {"no third plate", [](auto& w) { w.solver.clouds = {3}; }, refusal("Third Plate Solve Failed !!")},
-        {"too many of five",
-         [](auto& w) {
-             w.panel.txtPlates.setText("5");
-             w.solver.clouds = {2, 3, 5};
-         },
-         refusal("Fifth Plate Solve Failed !!")},
-        {"none of the first two of five",
-         [](auto& w) {
-             w.panel.txtPlates.setText("5");
-             w.solver.clouds = {1, 2};
-         },
-         joinLines({"Stop Next", "Plate Solve Failed !!", "1. Is Scope is Synced to Star?",
-                    "2. Check Plate Solve Settings", "", "Click Next to try again"})},
+        {"no third plate", cloudsOver({3}), refusal("Third Plate Solve Failed !!")},
+        {"too many of five", cloudsOver({2, 3, 5}, "5"), refusal("Fifth Plate Solve Failed !!")},
+        {"none of the first two of five", cloudsOver({1, 2}, "5"), kUnsolved},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
@@ -221,7 +197,7 @@ TEST(MeasurementRun, RefusesPlansAndPlatesWithTheTextForEach) {
         EXPECT_EQ(world.panel.txtInstructions.text(), kStart);
         EXPECT_EQ(world.enabledButtons(), "Run Expose");
         EXPECT_FALSE(world.anythingLit());
-        EXPECT_FALSE(world.corrected);
+        EXPECT_FALSE(world.corrected.noted);
     }
 }
 
@@ -275,11 +251,12 @@ TEST(MeasurementRun, MoreThanThreePlatesCanSpareSome) {
 }
 
 TEST(MeasurementRun, PlatesWeighByTheSolversOwnErrorsWhereItTellsThem) {
-    const auto toldFor = [](std::optional<SolutionErrors> errors) {
+    const auto toldFor = [](std::optional<SolutionErrors> errors, bool quality = true) {
         MeasurementWorld world;
-        world.solver.sky = [&world, errors](const EquatorialPosition& sentTo) {
+        world.solver.sky = [&world, errors, quality](const EquatorialPosition& sentTo) {
             PlateSolution solution = world.lookingFrom(sentTo);
             solution.errors = errors;
+            if (!quality) solution.quality.reset();
             return solution;
         };
         world.measure();
@@ -287,6 +264,7 @@ TEST(MeasurementRun, PlatesWeighByTheSolversOwnErrorsWhereItTellsThem) {
     };
     EXPECT_NE(toldFor(SolutionErrors{.centre = 3, .roll = 60}), toldFor(std::nullopt));
     EXPECT_EQ(toldFor(SolutionErrors{.centre = 0, .roll = 60}), toldFor(std::nullopt));
+    EXPECT_EQ(toldFor(std::nullopt, false), toldFor(SolutionErrors{.centre = 1, .roll = 60})) << "as assumed";
 }
 
 TEST(MeasurementRun, APlateLeftOutOrRedoneChangesTheResult) {
@@ -316,9 +294,9 @@ TEST(MeasurementRun, APlateLeftOutOrRedoneChangesTheResult) {
     EXPECT_NEAR(elevations[2], -15, 0.05) << "taken again";
     EXPECT_EQ(world.history.records[2].note, "plate 3 counts again");
     EXPECT_EQ(world.history.records[3].note, "plate 3 redone");
-    ASSERT_TRUE(world.corrected);
-    EXPECT_NEAR(world.corrected->first, world.history.records.back().check.estimate.written.ErrorAmplitude,
-                1e-12)
+    ASSERT_TRUE(world.corrected.noted);
+    EXPECT_NEAR(world.corrected.noted->first,
+                world.history.records.back().check.estimate.written.ErrorAmplitude, 1e-12)
         << "the estimate counts";
     EXPECT_FALSE(world.plates.chkEstimate.reachable()) << "nothing changes under the correction's feet";
 }
@@ -440,6 +418,35 @@ TEST(MeasurementRun, SlewsToThePlaceThatIsProposed) {
     EXPECT_EQ(duringTheSlew, "Stop");
     ASSERT_EQ(world.mount.slews.size(), 1u);
     EXPECT_EQ(world.enabledButtons(), "Run Expose");
+}
+
+/// Counts the cross hairs.
+struct Marks : OverlayPort {
+    void CrossHair(const std::optional<PixelPosition>& /*centre*/) override { ++crosses; }
+    double DrawCenteredRectangles(double fraction) override { return fraction; }
+    void DrawLineOnImage(int, int, int, int) override {}
+    int crosses = 0;
+};
+
+TEST(ManualExposures, MarkASeriesAndSolveWhatTheySave) {
+    MeasurementWorld world;
+    ExposurePanel panel(world.form);
+    Marks marks;
+    ManualExposures exposures(panel, world.panel, world.state, world.services, marks);
+    panel.txtContinuousExposeInterval.setText("1");
+    world.panel.txtExposeInterval.setText("2");
+    panel.chkExposeContinuousEnable.setValue(1);
+    panel.chkCrossHairEnable.setValue(1);
+    const auto end = world.loop.after(std::chrono::seconds{10}, [&] { exposures.cmdExpose_Click(); });
+    exposures.cmdExpose_Click();
+    EXPECT_GT(marks.crosses, 3);
+    EXPECT_EQ(static_cast<std::size_t>(marks.crosses), world.camera.exposures.size());
+    exposures.cmdExposeSolve_Click();
+    EXPECT_EQ(world.camera.saved, kSavedImage);
+    world.state.UsingAxisSimulator = true;
+    exposures.cmdExposeSolve_Click();
+    EXPECT_EQ(world.mount.saved, std::string("C:\\") + kSavedImage + ".fit");
+    EXPECT_THAT(world.solver.solved, ElementsAre(kSavedImage, kSavedImage));
 }
 
 }  // namespace

@@ -135,8 +135,15 @@ struct RecordingDisplay : engine::ResultDisplayPort {
     std::size_t plates = 0;
 };
 
-/// A measurement is ready to begin; who corrects is told from outside.
+/// What would be corrected: amplitude and angle in degrees.
+struct NotedCorrection : engine::CorrectionPort {
+    void CorrectMisAlignment(double amplitude, double angle) override { noted = {{amplitude, angle}}; }
+    std::optional<std::pair<double, double>> noted;
+};
+
+/// A measurement is ready to begin; who corrects may be told from outside.
 struct EngineWorld {
+    NotedCorrection corrected;
     platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{1}};
     QueuedEventLoop loop{time};
     platform::Screen screen{{0, 0, 1920, 1040}};
@@ -164,6 +171,7 @@ struct EngineWorld {
     engine::PlateReview review{plates, services};
     engine::MeasurementRun run{panel, state, prompt, preflight, review, services};
 
+    EngineWorld() : EngineWorld(corrected) {}
     explicit EngineWorld(engine::CorrectionPort& correction)
         : services{loop,  settings, log,        messages,  mount,   camera,  solver,
                    texts, display,  correction, interlock, history, progress} {
@@ -176,6 +184,13 @@ struct EngineWorld {
         return file == files.end() ? std::nullopt : std::optional(file->second);
     }
     void pass(double seconds) { loop.sleep(platform::Milliseconds(static_cast<long>(seconds * 1000))); }
+    std::string enabledButtons() const {
+        std::string names;
+        for (const platform::Button* button :
+             {&panel.cmdRun, &panel.cmdStop, &panel.cmdNext, &panel.cmdSkip, &panel.cmdExpose})
+            if (button->enabled()) names += (names.empty() ? "" : " ") + button->name().substr(3);
+        return names;
+    }
 };
 
 }  // namespace vantrel::test

@@ -66,26 +66,42 @@ const SkyPlace kSkyPlaces[] = {
     {"southern hemisphere", -35, 5, -1.5, kNoAir},     {"southern, in the north", -35, 10, 1, standardAir(0)},
     {"southern pole", -40, -75, -3, standardAir(300)}};
 
-TEST(LiveAxis, TellsWhatRemainsOfBothAtOnce) {
-    for (const SkyPlace& place : kSkyPlaces) {
-        SCOPED_TRACE(place.name);
-        Night night(place.latitude, place.declination, place.hourAngle, place.air);
-        night.measure();
-        EXPECT_NEAR(night.look().remaining.azimuth, 40, 1e-3);
-        night.mount.azimuth = 12;
-        night.look();
-        night.mount.elevation = 6;
-        for (int plate = 0; plate < 30; ++plate) night.look();
-        const LiveReading reading = night.look();
-        EXPECT_EQ(reading.state, LiveState::kFollowing);
-        EXPECT_TRUE(reading.still);
-        // Tracking about an axis that was corrected meanwhile, through air.
-        EXPECT_NEAR(reading.remaining.azimuth, 12, 0.05);
-        EXPECT_NEAR(reading.remaining.elevation, 6, 0.05);
-        EXPECT_NEAR(reading.distance, std::hypot(12 * std::cos(place.latitude * test::kDegree), 6), 0.1);
-        EXPECT_GT(reading.azimuthSigma, 1);
-        EXPECT_LT(reading.sigma, 15);
-    }
+TEST(LiveAxis, TellsWhatRemainsOfBothAtOnceWithADriveAndWithout) {
+    for (const SkyPlace& place : kSkyPlaces)
+        for (const bool driven : {true, false}) {
+            SCOPED_TRACE(testing::Message() << place.name << (driven ? "" : ", without a drive"));
+            Night night(place.latitude, place.declination, place.hourAngle, place.air);
+            night.tracking = driven;
+            night.measure();
+            if (!driven) night.look(), night.look();
+            const LiveReading first = night.look();
+            EXPECT_EQ(first.state, LiveState::kFollowing);
+            EXPECT_NEAR(first.remaining.azimuth, 40, driven ? 1e-3 : 0.05);
+            night.mount.azimuth = 12;
+            night.look();
+            night.mount.elevation = 6;
+            for (int plate = 0; plate < 30; ++plate) night.look();
+            const LiveReading reading = night.look();
+            EXPECT_EQ(reading.driven, driven);
+            EXPECT_EQ(reading.state, LiveState::kFollowing);
+            EXPECT_TRUE(reading.still);
+            // Tracking about an axis that was corrected meanwhile, through air.
+            EXPECT_NEAR(reading.remaining.azimuth, 12, 0.05);
+            EXPECT_NEAR(reading.remaining.elevation, 6, 0.05);
+            EXPECT_NEAR(reading.distance, std::hypot(12 * std::cos(place.latitude * test::kDegree), 6), 0.1);
+            EXPECT_GT(reading.azimuthSigma, 1);
+            EXPECT_LT(reading.sigma, 15);
+            if (driven) continue;
+            night.tracking = true;  // somebody switches the drive on
+            night.look(), night.look();
+            night.mount.elevation = 1;
+            night.look();
+            const LiveReading tracking = night.look();
+            EXPECT_TRUE(tracking.driven);
+            EXPECT_EQ(tracking.state, LiveState::kFollowing);
+            EXPECT_NEAR(tracking.remaining.azimuth, 12, 0.1);
+            EXPECT_NEAR(tracking.remaining.elevation, 1, 0.1);
+        }
 }
 
 TEST(LiveAxis, SaysWhereTheAdjustersLookAlike) {
@@ -149,38 +165,6 @@ TEST(LiveAxis, NoticesThatTrackingStopped) {
         if (turnedMeanwhile == 0) {
             EXPECT_NEAR(again.remaining.elevation, -25, 0.02);
         }
-    }
-}
-
-TEST(LiveAxis, AMountWithoutADriveIsFollowedOverTheGround) {
-    for (const SkyPlace& place : kSkyPlaces) {
-        SCOPED_TRACE(place.name);
-        Night night(place.latitude, place.declination, place.hourAngle, place.air);
-        night.tracking = false;
-        night.measure();
-        night.look();
-        night.look();
-        EXPECT_EQ(night.look().state, LiveState::kFollowing);
-        night.mount.azimuth = 12;
-        night.look();
-        night.mount.elevation = 6;
-        for (int plate = 0; plate < 30; ++plate) night.look();
-        const LiveReading still = night.look();
-        EXPECT_FALSE(still.driven);
-        EXPECT_EQ(still.state, LiveState::kFollowing);
-        EXPECT_NEAR(still.remaining.azimuth, 12, 0.05);
-        EXPECT_NEAR(still.remaining.elevation, 6, 0.05);
-        // Somebody switches the drive on.
-        night.tracking = true;
-        night.look();
-        night.look();
-        night.mount.elevation = 1;
-        night.look();
-        const LiveReading tracking = night.look();
-        EXPECT_TRUE(tracking.driven);
-        EXPECT_EQ(tracking.state, LiveState::kFollowing);
-        EXPECT_NEAR(tracking.remaining.azimuth, 12, 0.1);
-        EXPECT_NEAR(tracking.remaining.elevation, 1, 0.1);
     }
 }
 

@@ -5,9 +5,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "engine/axis/least_squares.h"
+#include "engine/axis/prospect.h"
+#include "simulated_mount.h"
+
 namespace vantrel::engine {
 namespace {
 
+using test::arc;
+using test::kDegree;
+using test::SimulatedMount;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -34,38 +41,24 @@ TEST(Preflight, SeesTheWholeArc) {
     const struct {
         const char* why;
         double hourAngle, declination, slew;
-        Site site;
-        std::vector<std::string> warnings;
-        bool meridian = false;
-        std::optional<double> hoursToSix = {};
+        const Site& site;
+        bool meridian;
+        std::optional<double> hoursToSix;
+        const char* warning = "";
     } cases[] = {
-        {"east of the meridian", -1, 30, -20, north, {}, false, 7},
-        {"over it, westward", -1, 30, 20, north, {}, true, 4 + 1 / 3.},
-        {"into the horizon",
-         1,
-         0,
-         20,
-         north,
-         {"Plate 3 will stand 22 degrees high, below the horizon"},
-         false,
-         2 + 1 / 3.},
-        {"soon at six hours",
-         3.2,
-         60,
-         20,
-         north,
-         {"The last plate reaches hour angle six in 8 minutes"},
-         false,
-         2 / 15.},
-        {"astride six hours", 4, 60, 20, north, {"The plates will lie on both sides of hour angle six"}},
-        {"in the south", 1, -50, -15, south, {}, true, 5},
+        {"east of the meridian", -1, 30, -20, north, false, 7},
+        {"over it, westward", -1, 30, 20, north, true, 13 / 3.},
+        {"low", 1, 0, 20, north, false, 7 / 3., "Plate 3 will stand 22 degrees high, below the horizon"},
+        {"late", 3.2, 60, 20, north, false, 2 / 15., "The last plate reaches hour angle six in 8 minutes"},
+        {"astride", 4, 60, 20, north, false, {}, "The plates will lie on both sides of hour angle six"},
+        {"in the south", 1, -50, -15, south, true, 5},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         const Plan plan{
             .hourAngle = c.hourAngle, .declination = c.declination, .slew = c.slew, .rollSigma = 20};
         const Preflight ahead = lookAhead(plan, c.site, Horizon(25));
-        EXPECT_EQ(ahead.warnings(), c.warnings);
+        EXPECT_EQ(ahead.warnings(), std::vector<std::string>(*c.warning == '\0' ? 0 : 1, c.warning));
         EXPECT_EQ(ahead.crossesMeridian, c.meridian);
         ASSERT_EQ(ahead.hoursToSix.has_value(), c.hoursToSix.has_value());
         EXPECT_NEAR(ahead.hoursToSix.value_or(0), c.hoursToSix.value_or(0), 1e-9);
@@ -124,6 +117,114 @@ TEST(Preflight, ProposesWhereAllOfTheArcCanBeSeen) {
     ASSERT_TRUE(best);
     EXPECT_GE(best->separability, 0.5);
     EXPECT_FALSE(bestOf(startingPlaces(plan, site, Horizon(88))));
+}
+
+// ---- prospect
+
+const Site kAirless{50, kNoAir};
+const FitSettings kNoFloors{.centreFloor = 0, .rollFloor = 0, .sagSigma = 0};
+
+/// Around the meridian, where up is along the radius of the arc and east across.
+Plan planned(double slew, int plates, double declination) {
+    return {.hourAngle = -slew * (plates - 1) / 2 / 15,
+            .declination = declination,
+            .slew = slew,
+            .exposures = std::vector<int>(static_cast<std::size_t>(plates), 1),
+            .centreSigma = 1,
+            .rollSigma = std::nullopt,
+            .readings = false};
+}
+
+double east(const Prospect& prospect) { return std::sqrt(prospect.covariance.eastEast); }
+double up(const Prospect& prospect) { return std::sqrt(prospect.covariance.upUp); }
+
+/// Through three points it is what textbooks say: 1 / (√2 sin(arc/2)) east, √1.5 / (1 - cos(arc/2)) up.
+TEST(Prospect, TakesAllPointsOfTheArc) {
+    for (const double declination : {0.0, 20.0, 75.0})
+        for (const auto& [plates, slew] :
+             {std::pair{3, 5.0}, {3, 20.0}, {3, 45.0}, {4, 6.0}, {7, 6.0}, {12, 6.0}}) {
+            const Prospect prospect = foresee(planned(slew, plates, declination), kAirless, kNoFloors);
+            ASSERT_EQ(prospect.validity, Validity::kValid);
+            double sines = 0, cosines = 0, squares = 0;
+            for (const double hours : arc(0, slew, plates)) {
+                const double angle = hours * 15 * kDegree;
+                sines += std::sin(angle) * std::sin(angle);
+                cosines += std::cos(angle) / plates;
+                squares += std::cos(angle) * std::cos(angle);
+            }
+            EXPECT_NEAR(east(prospect) * std::sqrt(sines), 1, 1e-3) << plates << " of " << slew;
+            EXPECT_NEAR(up(prospect) * std::sqrt(squares - plates * cosines * cosines), 1, 1e-3)
+                << plates << " of " << slew;
+            EXPECT_EQ(prospect.degreesOfFreedom, plates - 3);
+        }
+}
+
+TEST(Prospect, CountsExposuresWhereTheyAre) {
+    Plan plan = planned(20, 3, 30);
+    const double single = up(foresee(plan, kAirless, kNoFloors));
+    plan.exposures = {4, 4, 4};
+    EXPECT_NEAR(up(foresee(plan, kAirless, kNoFloors)), single / 2, 1e-3);
+    // Half of all exposures in the middle are the best that twelve can do along the radius.
+    const double evenly = up(foresee(plan, kAirless, kNoFloors));
+    plan.exposures = {3, 6, 3};
+    const double middle = up(foresee(plan, kAirless, kNoFloors));
+    EXPECT_NEAR(middle / evenly, std::sqrt(2 / 2.25), 1e-3);
+    plan.exposures = {2, 8, 2};
+    EXPECT_GT(up(foresee(plan, kAirless, kNoFloors)), middle);
+}
+
+TEST(Prospect, AddsWhatTheRollTells) {
+    for (const double declination : {0.0, 30.0, 60.0}) {
+        Plan plan = planned(10, 3, declination);
+        const double centresOnly = up(foresee(plan, kAirless, kNoFloors));
+        plan.rollSigma = 15;
+        const Prospect prospect = foresee(plan, kAirless, kNoFloors);
+        const double byRoll = 15 * std::cos(declination * kDegree) / (std::sqrt(2) * std::sin(10 * kDegree));
+        EXPECT_NEAR(std::pow(up(prospect), -2) / (std::pow(centresOnly, -2) + std::pow(byRoll, -2)), 1, 0.02)
+            << declination;
+        EXPECT_EQ(prospect.degreesOfFreedom, 2);
+        EXPECT_TRUE(prospect.visibleJump);
+    }
+}
+
+TEST(Prospect, IsWhatTheEstimateSaysAfterwards) {
+    const struct {
+        double latitude, hourAngle, declination, slew;
+    } rows[] = {{50, -2, 30, 15}, {-40, 4, -20, 12}, {60, 5, 60, 10}};
+    for (const auto& row : rows) {
+        SimulatedMount mount{.site = {row.latitude, standardAir(0)}, .azimuth = 5, .elevation = 5};
+        mount.declination = row.declination;
+        auto plates =
+            mount.plates({row.hourAngle, row.hourAngle + row.slew / 15, row.hourAngle + 2 * row.slew / 15});
+        for (Plate& plate : plates) plate.covariance = PlateCovariance::ofSigmas(0.5, 12);
+        const AxisEstimate estimate = LeastSquares().estimate(plates, mount.site);
+        const Prospect prospect = foresee({.hourAngle = row.hourAngle,
+                                           .declination = row.declination,
+                                           .slew = row.slew,
+                                           .centreSigma = 0.5,
+                                           .rollSigma = 12},
+                                          mount.site);
+        const ErrorEllipse before = prospect.covariance.ellipse();
+        const ErrorEllipse after = estimate.covariance->ellipse();
+        EXPECT_NEAR(before.major / after.major, 1, 0.02) << row.latitude;
+        EXPECT_NEAR(before.minor / after.minor, 1, 0.02) << row.latitude;
+        EXPECT_NEAR(std::remainder(before.direction - after.direction, 180), 0, 2) << row.latitude;
+    }
+}
+
+TEST(Prospect, TellsBadPlaces) {
+    Plan plan = planned(20, 3, 40);
+    EXPECT_NEAR(foresee(plan, kAirless).lowestAltitude, 72.77, 0.01);
+    EXPECT_FALSE(foresee(plan, kAirless).astrideSixHours);
+    EXPECT_FALSE(foresee(plan, kAirless).visibleJump) << "three centres have none to spare";
+    plan.hourAngle = 4;
+    EXPECT_TRUE(foresee(plan, kAirless).astrideSixHours);
+    plan.slew = 0;
+    EXPECT_EQ(foresee(plan, kAirless).validity, Validity::kUndetermined);
+    plan.exposures = {1, 0, 1};
+    EXPECT_EQ(foresee(plan, kAirless).validity, Validity::kUnusableInput);
+    plan.exposures = {1};
+    EXPECT_EQ(foresee(plan, kAirless).validity, Validity::kWrongNumber);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "engine/axis/axis_position.h"
 #include "engine/axis/plate.h"
+#include "engine/ports.h"
 #include "support/vectors.h"
 
 namespace vantrel::test {
@@ -100,6 +101,20 @@ struct SimulatedMount {
         return result;
     }
 };
+
+/// The plate as a solver tells of it that fits sixty stars, in pixels of 3.6".
+inline engine::PlateSolution solutionOf(const engine::Plate& seen, double siderealTime) {
+    const double angle = *seen.positionAngle * kDegree;
+    const engine::SolutionQuality quality{
+        .matched = 60, .meanResidual = 0.5, .fieldWidth = 1.4, .fieldHeight = 1};
+    return {.ra = std::fmod(siderealTime - seen.hourAngle + 24, 24),
+            .dec = seen.declination,
+            .CD1_1 = std::sin(angle) / 1000,
+            .CD1_2 = std::cos(angle) / 1000,
+            .CD2_1 = std::cos(angle) / 1000,
+            .CD2_2 = -std::sin(angle) / 1000,
+            .quality = quality};
+}
 
 /// Sigmas in arc-seconds.
 struct Errors {
