@@ -79,13 +79,6 @@ struct Evening : CorrectionWorld {
     }
     bool looked() const { return part_ == Part::kAfter || part_ == Part::kStopped; }
 
-    std::string enabledButtons() {
-        std::string names;
-        for (const Button* button :
-             {&panel.cmdRun, &panel.cmdStop, &panel.cmdNext, &panel.cmdSkip, &panel.cmdExpose})
-            if (button->enabled()) names += (names.empty() ? "" : " ") + button->name().substr(3);
-        return names;
-    }
     std::string lights() {
         std::string names;
         for (const Label* light :
@@ -186,11 +179,7 @@ std::vector<Case> casesOfBothCameras() {
     using enum Event;
     std::vector<Case> cases = {
         {"success", kNext, "start", "Run Expose", {"Alignment Run Complete"}},
-        {"success",
-         kStop,
-         "start",
-         "Run Expose",
-         {"Operation stopped by operator", "Alignment Run Complete"}},
+        {"success", kStop, "start", "Run Expose", {kStopped[0], kStopped[2]}},
         {"success", kSkip, "success", "Stop Next"},
         {"success", kNoExposure, "success", "Stop Next"},
         {"success", kNoSolve, "success", "Stop Next"},
@@ -237,52 +226,46 @@ std::vector<Case> failuresOfTheCamera() {
 
 std::vector<Case> failuresOfTheSimulator() {
     std::vector<Case> cases;
+    const Lines stuck = {"Error 5: Shutter stuck\r\nmod cmdRun"};
     for (const Adjuster& a : kAdjusters)
         for (const char* stage : {" placing", " pointing", " centring"})
-            cases.push_back({a.name + stage,
-                             Event::kNoExposure,
-                             "start",
-                             "Run Expose",
-                             {"Error 5: Shutter stuck\r\nmod cmdRun"}});
+            cases.push_back({a.name + stage, Event::kNoExposure, "start", "Run Expose", stuck});
     return cases;
 }
 
 /// Nothing is left over, and a new run comes as far as its offer.
-void expectAnotherRun(Evening& evening, const std::string& why) {
-    EXPECT_EQ(evening.stage(), "start") << why;
-    EXPECT_EQ(evening.enabledButtons(), "Run Expose") << why;
-    EXPECT_EQ(evening.lights(), "") << why;
-    EXPECT_EQ(evening.panel.lblMeasure.caption(), "Measure") << why;
-    EXPECT_FALSE(evening.panel.lblAz.visible() || evening.panel.lblAlt.visible()) << why;
-    EXPECT_TRUE(evening.panel.lblFrame1.visible()) << why;
+void expectAnotherRun(Evening& evening) {
+    EXPECT_EQ(evening.stage(), "start");
+    EXPECT_EQ(evening.enabledButtons(), "Run Expose");
+    EXPECT_EQ(evening.lights(), "");
+    EXPECT_EQ(evening.panel.lblMeasure.caption(), "Measure");
+    EXPECT_FALSE(evening.panel.lblAz.visible() || evening.panel.lblAlt.visible());
+    EXPECT_TRUE(evening.panel.lblFrame1.visible());
     evening.mount.shutterStuck = false;
     evening.solver.fails = false;
     evening.live(
         "offer", [&] { evening.panel.cmdSkip.click(); }, [] {});
-    EXPECT_EQ(evening.log.lines.back(), "Alignment Run Complete") << why;
+    EXPECT_EQ(evening.log.lines.back(), "Alignment Run Complete");
 }
 
 void expectCases(const std::vector<Case>& cases, bool simulator) {
     for (const Case& c : cases) {
         Evening evening(simulator);
-        const std::string why = c.stage + ", event " + std::to_string(static_cast<int>(c.event));
+        SCOPED_TRACE(c.stage + ", event " + std::to_string(static_cast<int>(c.event)));
         std::size_t from = 0;
         const auto look = [&] {
-            EXPECT_EQ(evening.stage(), c.next) << why;
-            EXPECT_EQ(evening.enabledButtons(), c.buttons) << why;
-            EXPECT_EQ(evening.outcome(from), c.lines) << why;
+            EXPECT_EQ(evening.stage(), c.next);
+            EXPECT_EQ(evening.enabledButtons(), c.buttons);
+            EXPECT_EQ(evening.outcome(from), c.lines);
             const bool correcting = evening.stage() != "start";
-            EXPECT_EQ(evening.panel.lblAz.visible() && evening.panel.lblAlt.visible(), correcting) << why;
+            EXPECT_EQ(evening.panel.lblAz.visible() && evening.panel.lblAlt.visible(), correcting);
             const bool centred = evening.stage().ends_with("pointing") || evening.stage() == "success";
             EXPECT_TRUE(!correcting ||
-                        (evening.panel.txtInstructions.alignment() == Alignment::kCentre) == centred)
-                << why;
+                        (evening.panel.txtInstructions.alignment() == Alignment::kCentre) == centred);
             const std::string lights = evening.lights();
-            EXPECT_EQ(lights.find("lblAz") != std::string::npos, evening.stage().starts_with("azimuth"))
-                << why;
+            EXPECT_EQ(lights.find("lblAz") != std::string::npos, evening.stage().starts_with("azimuth"));
             EXPECT_EQ(lights.find("lblAlt") != std::string::npos,
-                      evening.stage().starts_with("elevation") || evening.stage() == "success")
-                << why;
+                      evening.stage().starts_with("elevation") || evening.stage() == "success");
         };
         evening.live(
             c.stage,
@@ -292,7 +275,7 @@ void expectCases(const std::vector<Case>& cases, bool simulator) {
             },
             look);
         if (!evening.looked()) look();  // the event ended everything at once
-        expectAnotherRun(evening, why);
+        expectAnotherRun(evening);
     }
 }
 
@@ -366,7 +349,7 @@ TEST(CorrectionDialogue, SkippingBothAdjustersEndsWithoutAWord) {
             evening.panel.cmdSkip.click();
         });
     EXPECT_EQ(evening.outcome(0), Lines{"Alignment Run Complete"});
-    expectAnotherRun(evening, "both skipped");
+    expectAnotherRun(evening);
 }
 
 TEST(CorrectionDialogue, TheDelayBetweenExposuresIsTheLeadingNumberOfItsField) {

@@ -46,6 +46,7 @@ TEST(HistoryChart, PointsByNightOverDecades) {
                                             measured("2026-11-25T01:00:00Z", 10),
                                             measured("2026-11-25T20:00:00Z", 0.5, 24)};
     const Drawing drawing = historyChart(all3, 1);
+    EXPECT_EQ(drawing.scale.right, 9) << "few points crowd in the room of ten";
     const auto dots = all<Circle>(drawing);
     ASSERT_EQ(dots.size(), 3u);
     EXPECT_EQ(dots[1].x - dots[0].x, 1);

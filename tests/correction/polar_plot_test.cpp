@@ -5,14 +5,22 @@
 
 #include <gmock/gmock.h>
 
+#include "correction/plot_export.h"
 #include "correction/polar_chart.h"
 #include "correction_world.h"
+#include "platform/queued_event_loop.h"
+#include "platform/user_desktop.h"
+#include "support/memory_settings_port.h"
+#include "support/recording_log.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::correction {
 namespace {
 
 using namespace platform;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 /// "circle 0 0 0.8", "dot 1 2 0.05 255" with its colour, "line 0 -1 0 1", "text 0.5 0.9 Up".
 std::vector<std::string> shapesOf(const Drawing& drawing) {
@@ -123,46 +131,29 @@ TEST(PolarChartTest, TheEstimateIsACrossWithItsEllipse) {
     const ChartRange oneRing = chartRange(0.5), tenRings = chartRange(9.5), coarse = chartRange(20);
     const struct {
         const char* why;
-        ChartRange range;
-        engine::AxisEstimate estimate;
-        std::vector<std::string> shapes;
+        const ChartRange& range;
+        double amplitude, angle;  // arc-minutes, degrees
+        double eastEast, eastUp, upUp;
+        const char* shapes;
     } cases[] = {
-        {"round and above",
-         oneRing,
-         axisAt(0.5, 0, {900, 0, 900}),
-         {"cross 0 0.4 0.09", "ellipse 0 0.4 0.4 0.4 0"}},
-        {"east, uncertain in its elevation",
-         oneRing,
-         axisAt(0.5, 90, {100, 0, 900}),
-         {"cross 0.4 0 0.09", "ellipse 0.4 0 0.4 0.133333 0"}},
-        {"west, uncertain in its azimuth",
-         oneRing,
-         axisAt(0.5, 270, {900, 0, 100}),
-         {"cross -0.4 0 0.09", "ellipse -0.4 0 0.4 0.133333 90"}},
-        {"leaning to the east",
-         oneRing,
-         axisAt(0.5, 180, {500, 400, 500}),
-         {"cross 0 -0.4 0.09", "ellipse 0 -0.4 0.4 0.133333 45"}},
-        {"leaning to the west",
-         oneRing,
-         axisAt(0.5, 180, {500, -400, 500}),
-         {"cross 0 -0.4 0.09", "ellipse 0 -0.4 0.4 0.133333 135"}},
-        {"an ellipse that the dot would cover", tenRings, axisAt(5, 90, {100, 0, 900}), {"cross 4 0 0.9"}},
-        {"a larger one",
-         tenRings,
-         axisAt(5, 90, {100, 0, 3600}),
-         {"cross 4 0 0.9", "ellipse 4 0 0.8 0.133333 0"}},
-        {"rings of ten",
-         coarse,
-         axisAt(20, 0, {90000, 0, 90000}),
-         {"cross 0 1.6 0.27", "ellipse 0 1.6 0.4 0.4 0"}},
-        {"beyond the chart",
-         oneRing,
-         axisAt(42, 90, {1, 0, 1}),
-         {"line 0.82 0 0.95 0", "text -0.98 -0.89 Least squares: 42.0'"}},
-        {"no estimate", oneRing, {}, {}},
+        {"round and above", oneRing, 0.5, 0, 900, 0, 900, "cross 0 0.4 0.09, ellipse 0 0.4 0.4 0.4 0"},
+        {"uncertain up", oneRing, 0.5, 90, 100, 0, 900, "cross 0.4 0 0.09, ellipse 0.4 0 0.4 0.133333 0"},
+        {"sideways", oneRing, 0.5, 270, 900, 0, 100, "cross -0.4 0 0.09, ellipse -0.4 0 0.4 0.133333 90"},
+        {"east", oneRing, 0.5, 180, 500, 400, 500, "cross 0 -0.4 0.09, ellipse 0 -0.4 0.4 0.133333 45"},
+        {"west", oneRing, 0.5, 180, 500, -400, 500, "cross 0 -0.4 0.09, ellipse 0 -0.4 0.4 0.133333 135"},
+        {"an ellipse that the dot would cover", tenRings, 5, 90, 100, 0, 900, "cross 4 0 0.9"},
+        {"a larger one", tenRings, 5, 90, 100, 0, 3600, "cross 4 0 0.9, ellipse 4 0 0.8 0.133333 0"},
+        {"tens", coarse, 20, 0, 90000, 0, 90000, "cross 0 1.6 0.27, ellipse 0 1.6 0.4 0.4 0"},
+        {"off", oneRing, 42, 90, 1, 0, 1, "line 0.82 0 0.95 0, text -0.98 -0.89 Least squares: 42.0'"},
     };
-    for (const auto& c : cases) EXPECT_EQ(shapesOf(estimateMarks(c.range, c.estimate)), c.shapes) << c.why;
+    for (const auto& c : cases) {
+        const auto axis = axisAt(c.amplitude, c.angle, {c.eastEast, c.eastUp, c.upUp});
+        std::string shapes;
+        for (const std::string& shape : shapesOf(estimateMarks(c.range, axis)))
+            shapes += (shapes.empty() ? "" : ", ") + shape;
+        EXPECT_EQ(shapes, c.shapes) << c.why;
+    }
+    EXPECT_TRUE(estimateMarks(oneRing, {}).empty()) << "no estimate";
 }
 
 // At latitude 45 the air lifts the pole by 58", of which 0.8 units an arc-minute are 0.77. In the south it
@@ -236,24 +227,49 @@ TEST(PolarChartTest, TheToleranceIsARingWhereItCanBeSeen) {
 //           Up (0)
 //   W (270)   +   E (90)
 //         Down (180)
-TEST_F(Plot, FourDirections) {
-    struct Case {
-        double angle;
-        double x, y;  // in arc-minutes
-        double elevation, azimuth;
-    };
-    // At altitude 45° an azimuth of 30' of arc on the sky is 30' / cos 45° = 42.43'; the shift sideways
-    // lowers the axis by 30'² / 2 · tan 45° in radians = 0.13'.
-    const Case cases[] = {
-        {0, 0, 30, 30, 0}, {90, 30, 0, -0.13, 42.43}, {180, 0, -30, -30, 0}, {270, -30, 0, -0.13, -42.43}};
-    for (const Case& c : cases) {
-        plot.PlotPolar(0.5, c.angle);
-        const Circle dot = dotOf(window.picPolarPlot.drawing());
-        EXPECT_NEAR(dot.x * 10 / 0.8, c.x, 1e-9) << c.angle;
-        EXPECT_NEAR(dot.y * 10 / 0.8, c.y, 1e-9) << c.angle;
-        EXPECT_NEAR(toNumber(window.txtAltitudeError.text()), c.elevation, 0.011) << c.angle;
-        EXPECT_NEAR(toNumber(window.txtAzimuthError.text()), c.azimuth, 0.011) << c.angle;
+//
+// At altitude 45° an azimuth of 30' of arc on the sky is 30' / cos 45° = 42.43'; the shift sideways lowers
+// the axis by 30'² / 2 · tan 45° in radians = 0.13'.
+TEST_F(Plot, TellsBothErrorsInEveryDirectionAndByNight) {
+    const struct {
+        double amplitude, angle;  // arc-minutes, degrees
+        const char *night, *elevation, *azimuth;
+        double x, y;  // of the dot, in arc-minutes
+    } cases[] = {{30, 90, "1", "-0.1309", "42.43", 30, 0},
+                 {30, 270, "1", "-0.1309", "-42.43", -30, 0},
+                 {30, 0, "0", "30.00", "0.0000", 0, 30},
+                 {30, 180, "0", "-30.00", "0.0000", 0, -30},
+                 {0, 123.4, "0", "0.0000", "0.0000", 0, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.angle);
+        log.lines.clear();
+        settings.SaveSetting("PolarAlign", "GreenColors", c.night);
+        plot.PlotPolar(c.amplitude / 60, c.angle);
+        const Drawing& drawing = window.picPolarPlot.drawing();
+        const double unit = chartRange(c.amplitude).step / 0.8;
+        EXPECT_NEAR(dotOf(drawing).x * unit, c.x, 1e-9);
+        EXPECT_NEAR(dotOf(drawing).y * unit, c.y, 1e-9);
+        const bool night = *c.night == '1';
+        EXPECT_EQ(dotOf(drawing).color, night ? color::kDarkGreen : color::kRed);
+        for (const Label* unitLabel : units()) EXPECT_EQ(unitLabel->foreColor() == color::kRed, !night);
+        EXPECT_EQ(window.txtAltitudeError.text(), c.elevation);
+        EXPECT_EQ(window.txtAzimuthError.text(), c.azimuth);
+        EXPECT_THAT(log.lines, ElementsAre(std::string("Elevation error: ") + c.elevation + " arc-min",
+                                           std::string("Azimuth error: ") + c.azimuth + " arc-min"));
     }
+    EXPECT_FALSE(window.shown()) << "the window follows, also while it is closed";
+    plot.PlotPolar(0.2, 0);
+    EXPECT_EQ(window.txtMagnitude.text() + ", " + window.txtAngle.text(), "12.00, 0.00");
+    EXPECT_EQ(window.lblFromPole.caption() + window.lblUpFromPole.caption() + window.lblRightOfPole.caption(),
+              " from pole Up from pole Right of pole");
+    for (const Label* unit : {&window.lblRA_Unit, &window.lblElevation_Unit, &window.lblAzimuth_Unit})
+        EXPECT_EQ(unit->caption(), "arc-min");
+    plot.showOffsets("0.1000", "-0.2500");
+    EXPECT_EQ(window.txtOffsetRA.text() + ", " + window.txtOffsetDec.text(), "0.1000, -0.2500");
+    plot.showBadSolution();
+    EXPECT_EQ(window.txtOffsetRA.text() + ", " + window.txtOffsetDec.text(), "0.1000, Bad Solution");
+    plot.clearPolarPlot();
+    EXPECT_TRUE(window.picPolarPlot.drawing().shapes.empty());
 }
 
 TEST(RingFigures, NameAtMostThreeInnerRings) {
@@ -286,53 +302,6 @@ TEST_F(Plot, SaysOnTheMainWindowWhatToDo) {
     EXPECT_TRUE(result.picDial.drawing().shapes.empty());
     plot.clearPolarPlot();
     EXPECT_EQ(result.lblVerdict.caption(), "No measurement yet");
-}
-
-TEST_F(Plot, FillsBoxesAndLog) {
-    plot.PlotPolar(0.2, 0);
-    EXPECT_EQ(window.txtMagnitude.text(), "12.00");
-    EXPECT_EQ(window.lblRA_Unit.caption(), "arc-min");
-    EXPECT_EQ(window.lblFromPole.caption(), " from pole");
-    EXPECT_EQ(window.txtAngle.text(), "0.00");
-    EXPECT_EQ(window.txtAltitudeError.text(), "12.00");
-    EXPECT_EQ(window.lblElevation_Unit.caption(), "arc-min");
-    EXPECT_EQ(window.lblUpFromPole.caption(), " Up from pole");
-    EXPECT_EQ(window.txtAzimuthError.text(), "0.0000");
-    EXPECT_EQ(window.lblAzimuth_Unit.caption(), "arc-min");
-    EXPECT_EQ(window.lblRightOfPole.caption(), " Right of pole");
-    EXPECT_THAT(log.lines, ElementsAre("Elevation error: 12.00 arc-min", "Azimuth error: 0.0000 arc-min"));
-    EXPECT_FALSE(window.shown()) << "the window follows, also while it is closed";
-}
-
-TEST_F(Plot, WithoutAnErrorTheDotIsAtTheCentre) {
-    plot.PlotPolar(0, 123.4);
-    EXPECT_NEAR(dotOf(window.picPolarPlot.drawing()).x, 0, 1e-12);
-    EXPECT_NEAR(dotOf(window.picPolarPlot.drawing()).y, 0, 1e-12);
-    EXPECT_THAT(log.lines, ElementsAre("Elevation error: 0.0000 arc-min", "Azimuth error: 0.0000 arc-min"));
-}
-
-TEST_F(Plot, ColoursOfTheNight) {
-    settings.SaveSetting("PolarAlign", "GreenColors", "1");
-    plot.PlotPolar(0.5, 30);
-    EXPECT_EQ(dotOf(window.picPolarPlot.drawing()).color, color::kDarkGreen);
-    for (const Label* unit : units()) EXPECT_NE(unit->foreColor(), color::kRed) << unit->name();
-
-    settings.SaveSetting("PolarAlign", "GreenColors", "0");
-    plot.PlotPolar(0.5, 30);
-    EXPECT_EQ(dotOf(window.picPolarPlot.drawing()).color, color::kRed);
-    for (const Label* unit : units()) EXPECT_EQ(unit->foreColor(), color::kRed) << unit->name();
-}
-
-TEST_F(Plot, OffsetsAndClearing) {
-    plot.showOffsets("0.1000", "-0.2500");
-    EXPECT_EQ(window.txtOffsetRA.text(), "0.1000");
-    EXPECT_EQ(window.txtOffsetDec.text(), "-0.2500");
-    plot.showBadSolution();
-    EXPECT_EQ(window.txtOffsetRA.text(), "0.1000");
-    EXPECT_EQ(window.txtOffsetDec.text(), "Bad Solution");
-    plot.PlotPolar(0.5, 30);
-    plot.clearPolarPlot();
-    EXPECT_TRUE(window.picPolarPlot.drawing().shapes.empty());
 }
 
 /// The written result is 60' above the pole with 20" in elevation and 30" of sky in azimuth, which are 60"
@@ -443,22 +412,16 @@ TEST_F(Plot, EarlierMeasurementsOfTheSiteAreShownWhenWanted) {
     EXPECT_EQ(settings.root.read("PolarAlign", "ShowHistory"), "0");
 }
 
-TEST_F(Plot, WindowKeepsItsPlace) {
-    const Rectangle initial = window.place();
+TEST_F(Plot, WindowComesBackOntoTheScreen) {
     EXPECT_TRUE(panel.cmdPolarPlot.click());
     EXPECT_TRUE(window.shown());
-    EXPECT_EQ(window.place(), initial);
     EXPECT_FALSE(plot.Timer1().enabled());
-
-    window.placeByOperator({300, 200, initial.width, initial.height});
+    window.placeByOperator({300, 200, window.place().width, window.place().height});
     window.closeByOperator();
-    EXPECT_EQ(settings.root.read("PolarAlign", "PolarPlotTop"), "200");
     EXPECT_EQ(settings.root.read("PolarAlign", "PolarPlotLeft"), "300");
-
-    settings.SaveSetting("PolarAlign", "PolarPlotTop", "250");
     settings.SaveSetting("PolarAlign", "PolarPlotLeft", "50000");  // of a screen that is gone
     panel.cmdPolarPlot.click();
-    EXPECT_EQ(window.place().top, 250);
+    EXPECT_EQ(window.place().top, 200);
     EXPECT_LT(window.place().left, screen.workArea().width);
 }
 
@@ -486,16 +449,100 @@ TEST_F(Plot, ErrorPlotOverThePlates) {
     EXPECT_DOUBLE_EQ(drawing.scale.bottom, -0.115);
     EXPECT_THAT(shapesOf(drawing), ElementsAre("line 5 0.05 7 0.05", "dot 5 -0.1 0.05 0", "dot 6 0.2 0.05 0",
                                                "dot 7 0.1 0.05 0"));
+    for (const auto& [plates, range] :
+         {std::pair{std::vector{5., 6., 7.}, "30.0000"}, {{5, 5, 5}, "0.0000"}}) {
+        const bool level = plates[0] != plates[1];
+        plot.PlotError(plates, level ? std::vector{0.2, 0.2, 0.2} : std::vector{0.1, 0.2, 0.3});
+        EXPECT_EQ(panel.txtRARange.text(), range);
+        EXPECT_EQ(panel.txtDecError.text(), level ? "0.0000" : "0.2000");
+        EXPECT_TRUE(panel.picErrorPlot.drawing().shapes.empty()) << "no extent";
+    }
 }
 
-TEST_F(Plot, ErrorPlotWithoutAnExtentStaysEmpty) {
-    plot.PlotError({5, 6, 7}, {0.2, 0.2, 0.2});
-    EXPECT_EQ(panel.txtRARange.text(), "30.0000");
-    EXPECT_EQ(panel.txtDecError.text(), "0.0000");
-    EXPECT_TRUE(panel.picErrorPlot.drawing().shapes.empty());
-    plot.PlotError({5, 5, 5}, {0.1, 0.2, 0.3});
-    EXPECT_EQ(panel.txtRARange.text(), "0.0000");
-    EXPECT_TRUE(panel.picErrorPlot.drawing().shapes.empty());
+// ---- export
+
+/// A desktop with a clipboard, unless it is taken away.
+struct Clipboard : UserDesktop {
+    using UserDesktop::UserDesktop;
+    bool open(const std::string& /*file*/) override { return false; }
+    bool copyText(const std::string& copied) override {
+        text = copied;
+        return there;
+    }
+    bool copyDial(const Drawing& drawing) override {
+        shapes = drawing.shapes.size();
+        return there;
+    }
+    bool there = true;
+    std::string text;
+    std::size_t shapes = 0;
+};
+
+class Export : public testing::Test {
+  protected:
+    Export() {
+        window.show();
+        folders.map("C:\\pictures", folder.path());
+        settings.SaveSetting("PolarAlign", "ImagePath", "C:\\pictures");
+        window.txtMagnitude.setText("21.07");
+        window.lblRA_Unit.setCaption("arc-min");
+        window.txtAltitudeError.setText("-11.07");
+        window.txtElevationSigma.setText("3.1");
+        window.lblElevation_Unit.setCaption("arc-min");
+    }
+
+    void draw() {
+        window.picPolarPlot.setDrawing({.scale = {-2, 2, 2, -2},
+                                        .shapes = {Circle{0, 0, 0.8}, Circle{1, -1, 0.1, true, color::kRed},
+                                                   DrawnText{-0.1, 1.9, "Up & <away>"}, Line{-1, 0, 1, 0},
+                                                   Ellipse{1, 1, 0.4, 0.2, 30}, Cross{1, 1, 0.1}}});
+    }
+
+    std::string told() const { return window.lblExport.caption(); }
+
+    vantrel::test::TempFolder folder;
+    FolderMap folders{folder.path()};
+    Clipboard desktop{folders, ""};
+    VirtualTime time{*parseInstant("2026-11-24T20:00:10Z"), std::chrono::hours{0}};
+    vantrel::test::MemorySettingsPort settings;
+    vantrel::test::RecordingLog log;
+    Screen screen{{0, 0, 1920, 1040}};
+    frmPolarPlot window{screen};
+    PlotExport plotExport{window, desktop, folders, time, settings, log};
+};
+
+TEST_F(Export, CopiesPictureAndFigures) {
+    draw();
+    window.mnuCopyPicture.click();
+    EXPECT_EQ(desktop.shapes, 6u);
+    EXPECT_EQ(told(), "The picture is copied");
+    window.mnuCopyValues.click();
+    EXPECT_THAT(desktop.text,
+                AllOf(HasSubstr("Distance from the pole: 21.07 arc-min\r\n"),
+                      HasSubstr("Elevation: -11.07 arc-min ± 3.1″\r\n"), HasSubstr("Azimuth:  \r\n")));
+    EXPECT_TRUE(log.has("The values are copied"));
+    desktop.there = false;
+    window.mnuCopyValues.click();
+    EXPECT_EQ(told(), "There is no clipboard here");
+}
+
+TEST_F(Export, SavesIntoTheImageFolder) {
+    window.mnuSaveSvg.click();
+    EXPECT_EQ(told(), "There is no measurement to save");
+    draw();
+    window.mnuSavePng.click();
+    EXPECT_EQ(told(), "Pictures of this kind can't be made here") << "nothing paints";
+    window.mnuSaveSvg.click();
+    EXPECT_EQ(told(), "Saved as C:\\pictures\\PolarPlot_2026-11-24_20_00_10.svg");
+    const std::string svg = vantrel::test::contentsOf(folder.path() / "PolarPlot_2026-11-24_20_00_10.svg");
+    EXPECT_THAT(svg, AllOf(HasSubstr(R"(width="600.00" height="600.00")"),
+                           HasSubstr(R"(<circle cx="300.00" cy="300.00" r="120.00" fill="none")"),
+                           HasSubstr(R"(cx="450.00" cy="450.00" r="15.00" fill="#ff0000")"),
+                           HasSubstr("Up &amp; &lt;away>"), HasSubstr("rotate(30.00)"),
+                           HasSubstr(R"(<line x1="435.00" y1="150.00" x2="465.00" y2="150.00")")));
+    settings.SaveSetting("PolarAlign", "ImagePath", "C:\\nowhere");
+    window.mnuSaveSvg.click();
+    EXPECT_EQ(told(), "C:\\nowhere\\PolarPlot_2026-11-24_20_00_10.svg can't be written");
 }
 
 }  // namespace

@@ -102,41 +102,32 @@ TEST_F(Readout, GoesByThePicturesWhereNoToleranceIsTyped) {
 }
 
 TEST(NeededTolerance, FollowsFromOpticsAndExposures) {
+    constexpr double kUnknown = 0;
     const struct {
-        PlannedPictures pictures;
+        double exposure;
+        bool guided;
+        double declination, fromGuideStar;
+        double focalLength, pixel;
         const char* words;
     } rows[] = {
-        {{.exposure = 30}, "7.6': 30 s unguided, 1.0″ of drift"},
-        {{.exposure = 120}, "1.9': 120 s unguided, 1.0″ of drift"},
-        {{.exposure = 300}, "46″: 300 s unguided, 1.0″ of drift"},
-        {{.exposure = 120, .focalLength = 500, .pixel = 3.76},
-         "3.0': 120 s unguided, a pixel (1.6″) of drift"},
-        {{.exposure = 600, .guided = true, .fromGuideStar = 1, .focalLength = 1000, .pixel = 5},
-         "22.5': 600 s guided, a pixel of trail 1° from the guide star"},
-        {{.exposure = 600,
-          .guided = true,
-          .declination = -60,
-          .fromGuideStar = 1,
-          .focalLength = 1000,
-          .pixel = 5},
-         "11.3': 600 s guided, a pixel of trail 1° from the guide star"},
-        {{.exposure = 600,
-          .guided = true,
-          .declination = 90,
-          .fromGuideStar = 1,
-          .focalLength = 1000,
-          .pixel = 5},
-         "24″: 600 s guided, a pixel of trail 1° from the guide star"},
-        {{.exposure = 600, .guided = true, .fromGuideStar = 1},
+        {30, false, 0, 0, kUnknown, kUnknown, "7.6': 30 s unguided, 1.0″ of drift"},
+        {120, false, 0, 0, kUnknown, kUnknown, "1.9': 120 s unguided, 1.0″ of drift"},
+        {300, false, 0, 0, kUnknown, kUnknown, "46″: 300 s unguided, 1.0″ of drift"},
+        {120, false, 0, 0, 500, 3.76, "3.0': 120 s unguided, a pixel (1.6″) of drift"},
+        {600, true, 0, 1, 1000, 5, "22.5': 600 s guided, a pixel of trail 1° from the guide star"},
+        {600, true, -60, 1, 1000, 5, "11.3': 600 s guided, a pixel of trail 1° from the guide star"},
+        {600, true, 90, 1, 1000, 5, "24″: 600 s guided, a pixel of trail 1° from the guide star"},
+        {600, true, 0, 1, kUnknown, kUnknown,
          "Guided: the pixel scale calculator wants focal length and pixel size"},
-        {{.exposure = 600, .guided = true, .focalLength = 1000, .pixel = 5},
-         "Guided: how far is the guide star from the farthest corner?"},
-        {{}, "2.0' as long as no exposure is given"},
+        {600, true, 0, 0, 1000, 5, "Guided: how far is the guide star from the farthest corner?"},
+        {0, false, 0, 0, kUnknown, kUnknown, "2.0' as long as no exposure is given"},
     };
     for (const auto& row : rows) {
-        const NeededTolerance needed = neededTolerance(row.pictures);
+        PlannedPictures pictures{row.exposure, row.guided, row.declination, row.fromGuideStar};
+        if (row.focalLength != kUnknown) pictures.focalLength = row.focalLength, pictures.pixel = row.pixel;
+        const NeededTolerance needed = neededTolerance(pictures);
         EXPECT_EQ(needed.words.english(), row.words);
-        EXPECT_EQ(needed.arcMinutes.has_value(), std::isdigit(row.words[0]) && row.pictures.exposure > 0);
+        EXPECT_EQ(needed.arcMinutes.has_value(), std::isdigit(row.words[0]) && row.exposure > 0);
     }
 }
 

@@ -1,9 +1,15 @@
 #include "correction/stars/star_light.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <limits>
+#include <vector>
 
 #include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
+#include "correction/stars/coarse_image.h"
 #include "correction/stars/defective_lines.h"
 #include "support/star_frames.h"
 
@@ -100,40 +106,21 @@ TEST(DefectiveLines, areFilledInFromBesideThem) {
 
 /// Shared pixels, not equal ones: nothing was copied either.
 TEST(DefectiveLines, areNotSeenWhereThereAreNone) {
-    const struct {
-        const char* what;
-        void (*change)(FrameRecipe&);
-    } rows[] = {
-        {"stars",
-         [](FrameRecipe& r) {
-             r.stars = {{200, 150, 8, 200'000}, {60, 60, 4, 20'000}};
-         }},
-        {"a star that trails along a column",
-         [](FrameRecipe& r) {
-             r.trails = {{200, 120, 200, 170, 3, 20'000}};
-         }},
-        {"a star out of focus",
-         [](FrameRecipe& r) {
-             r.discs = {{200, 150, 80, 20, 5000}};
-         }},
-        {"a nebula",
-         [](FrameRecipe& r) {
-             r.nebula = {200, 150, 70, 3000};
-         }},
-        {"a mosaic of colours", [](FrameRecipe& r) { r.mosaic = true; }},
-        {"hot pixels", [](FrameRecipe& r) { r.wrongPixels = 1e-3; }},
-        {"a gradient without noise",
-         [](FrameRecipe& r) {
-             r.gradientX = r.gradientY = 570;
-             r.noiseFree = true;
-         }},
-    };
-    for (const auto& row : rows) {
-        FrameRecipe recipe = frame();
-        row.change(recipe);
+    std::map<std::string, FrameRecipe> frames;
+    const auto with = [&](const char* what) -> FrameRecipe& { return frames[what] = frame(); };
+    with("stars").stars = {{200, 150, 8, 200'000}, {60, 60, 4, 20'000}};
+    with("a star that trails along a column").trails = {{200, 120, 200, 170, 3, 20'000}};
+    with("a star out of focus").discs = {{200, 150, 80, 20, 5000}};
+    with("a nebula").nebula = {200, 150, 70, 3000};
+    with("a mosaic of colours").mosaic = true;
+    with("hot pixels").wrongPixels = 1e-3;
+    FrameRecipe& still = with("a gradient without noise");
+    still.gradientX = still.gradientY = 570;
+    still.noiseFree = true;
+    for (const auto& [what, recipe] : frames) {
         const platform::ImageArray image = FramePainter(3).paint(recipe);
         const platform::ImageArray same = mended(image);
-        EXPECT_EQ(&same.pixels(), &image.pixels()) << row.what;
+        EXPECT_EQ(&same.pixels(), &image.pixels()) << what;
     }
 }
 
@@ -154,6 +141,42 @@ TEST(DefectiveLines, surviveStripesEverywhere) {
     EXPECT_EQ(mended(image).width(), 120U);
     for (const std::size_t side : {1U, 8U, 20U, 40U, 71U})
         EXPECT_EQ(mended({side, side, std::vector<float>(side * side, 1)}).width(), side);
+}
+
+// ---- coarse images
+
+/// 10 x 9: two columns and a row are left over.
+template <typename Pixel>
+std::vector<Pixel> slope() {
+    std::vector<Pixel> pixels;
+    for (int y = 0; y < 9; ++y)
+        for (int x = 0; x < 10; ++x) pixels.push_back(static_cast<Pixel>(100 + 16 * x + 160 * y));
+    return pixels;
+}
+
+TEST(CoarseImage, HasTheMeansOfSquaresInEveryTypeOfPixels) {
+    for (const platform::ImageArray& fine :
+         {platform::ImageArray(10, 9, slope<std::uint16_t>()), platform::ImageArray(10, 9, slope<float>())}) {
+        const platform::ImageArray coarse = coarseImage(fine);
+        ASSERT_EQ(coarse.width(), 2U);
+        ASSERT_EQ(coarse.height(), 2U);
+        EXPECT_EQ(coarse.at(0, 0), 100 + 24 + 240);
+        EXPECT_EQ(coarse.at(1, 0), 100 + 88 + 240);
+        EXPECT_EQ(coarse.at(0, 1), 100 + 24 + 880);
+    }
+}
+
+TEST(CoarseImage, PassesOverPixelsWithoutAValue) {
+    std::vector<float> pixels = slope<float>();
+    for (std::size_t row = 0; row < 40; row += 10) {
+        std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(row), 2, std::nanf(""));
+        std::fill_n(pixels.begin() + static_cast<std::ptrdiff_t>(row) + 4, 3,
+                    std::numeric_limits<float>::infinity());
+    }
+    const platform::ImageArray coarse = coarseImage(platform::ImageArray(10, 9, pixels));
+    EXPECT_EQ(coarse.at(0, 0), 100 + 40 + 240) << "the right half";
+    EXPECT_TRUE(std::isnan(coarse.at(1, 0))) << "a quarter is left";
+    EXPECT_EQ(coarse.at(1, 1), 100 + 88 + 880);
 }
 
 }  // namespace
