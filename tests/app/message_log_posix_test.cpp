@@ -137,7 +137,7 @@ TEST_F(FoldersTest, DataFoldersFollowTheSettingsAndTheOperatingSystem) {
     const std::string profile = "C:\\Users\\me";
     const std::string old = profile + "\\My Documents\\Vantrel";
     const std::string vista = profile + "\\Documents\\Vantrel";
-    const std::string programFiles = "C:\\Program Files\\Vantrel\\Message Logs";
+    const char* const ours = "C:\\Program Files\\Vantrel\\Message Logs";  // the program's folder
     const struct {
         const char* why;
         bool vista;
@@ -151,15 +151,11 @@ TEST_F(FoldersTest, DataFoldersFollowTheSettingsAndTheOperatingSystem) {
         {"one can't be written", false, "C:\\Good", "C:\\Gone", {old + "\\Message Logs", old}},
         {"both are good", false, "C:\\Good", "C:\\Good", {"C:\\Good", "C:\\Good"}},
         {"both are good, Vista", true, "C:\\Good", "C:\\Good", {"C:\\Good", "C:\\Good"}},
-        {"Vista doesn't log into the program's folder",
-         true,
-         programFiles.c_str(),
-         "C:\\Good",
-         {vista + "\\Message Logs", vista}},
-        {"others may", false, programFiles.c_str(), "C:\\Good", {programFiles, "C:\\Good"}},
+        {"Vista doesn't log into its folder", true, ours, "C:\\Good", {vista + "\\Message Logs", vista}},
+        {"others may", false, ours, "C:\\Good", {ours, "C:\\Good"}},
     };
     MakeFolderPath(folders, "C:\\Good", messages);
-    MakeFolderPath(folders, programFiles, messages);
+    MakeFolderPath(folders, ours, messages);
     for (const auto& row : rows) {
         settings.SaveSetting("PolarAlign", "LogPath", row.log);
         settings.SaveSetting("PolarAlign", "ImagePath", row.images);
@@ -172,10 +168,9 @@ TEST_F(FoldersTest, DataFoldersFollowTheSettingsAndTheOperatingSystem) {
     EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST(IsVista, LooksForTheWordInAnyCase) {
-    EXPECT_TRUE(isVista("Windows Vista Home Basic Edition"));
-    EXPECT_FALSE(isVista("Error"));
-    EXPECT_FALSE(isVista(""));
+TEST(IsVista, LooksForTheWord) {
+    for (const char* name : {"Windows Vista Home Basic Edition", "Error", ""})
+        EXPECT_EQ(isVista(name), *name == 'W') << name;
 }
 
 }  // namespace
