@@ -1,6 +1,4 @@
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 #include <memory>
 
 #include <gmock/gmock.h>
@@ -102,19 +100,6 @@ TEST_F(QtEventLoopTest, StillWaitsAfterTheToolkitWasToldToQuit) {
     const Milliseconds before = loop.clock().sinceStart();
     loop.sleep(Milliseconds{25});
     EXPECT_GE(loop.clock().sinceStart() - before, Milliseconds{24});
-}
-
-TEST(NestedLoops, StandInTwoFilesOnly) {
-    for (const QString& file : QDir(VANTREL_QT_SOURCES).entryList({"*.cpp", "*.h"})) {
-        QFile source(QString(VANTREL_QT_SOURCES) + "/" + file);
-        ASSERT_TRUE(source.open(QIODevice::ReadOnly));
-        const QString text = source.readAll();
-        for (const char* wait : {"QEventLoop loop", "processEvents(", "exec(", "msleep", "sleep_for"})
-            if (text.contains(wait)) {
-                EXPECT_TRUE(file == "qt_event_loop.cpp" || file == "qt_dialogs.cpp")
-                    << file.toStdString() << " has " << wait;
-            }
-    }
 }
 
 }  // namespace

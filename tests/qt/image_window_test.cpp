@@ -146,17 +146,6 @@ TEST_F(ImageWindowTest, ShowsEveryKindOfImage) {
     window.grab();
 }
 
-TEST_F(ImageWindowTest, ASixtyMegapixelFrameShowsItsOnePixelLine) {
-    std::vector<std::uint16_t> pixels(9576UL * 6388UL, 500);
-    for (std::size_t x = 0; x < 9576; ++x) pixels[3000 * 9576 + x] = 40'000;
-    show(share(ImageArray(9576, 6388, std::move(pixels))));
-    EXPECT_EQ(qRed(shownAt(4000, 3000)), 255);
-    EXPECT_LT(qRed(shownAt(4000, 2000)), 120);
-    QTest::mouseDClick(&view(), Qt::LeftButton);
-    EXPECT_EQ(text("scale"), "1:1");
-    window.grab();
-}
-
 TEST_F(ImageWindowTest, MarksAreTheBrightestThingAtEveryZoomByDayAndByNight) {
     const auto field = starField();
     std::vector<std::int32_t> pixels;
@@ -181,14 +170,6 @@ TEST_F(ImageWindowTest, MarksAreTheBrightestThingAtEveryZoomByDayAndByNight) {
             action("zoomIn").trigger();
         }
     }
-    // The other program's marks have the value that shows white.
-    theme.setNight(false);
-    show(field);
-    const double white = documents.current()->shownStretch().max;
-    documents.setPixels(documents.current(), share(field->withPixels(line, white)));
-    settle();
-    action("fit").trigger();
-    EXPECT_GE(qRed(shownAt(300, 200)), 250);
 }
 
 TEST_F(ImageWindowTest, ADrawnMarkCostsNoCopyOfTheFrame) {
@@ -270,10 +251,6 @@ TEST_F(ImageWindowTest, AChosenStretchStaysUntilItIsAutomaticAgain) {
     QTest::mouseDClick(&histogram(), Qt::LeftButton);
     EXPECT_TRUE(action("automatic").isChecked());
     EXPECT_EQ(documents.current()->shownStretch().max, automatic.max);
-
-    action("automatic").trigger();
-    show(filled<std::uint16_t>(600, 400, 30'000));
-    EXPECT_EQ(documents.current()->shownStretch().max, automatic.max) << "kept for the next image";
 }
 
 TEST_F(ImageWindowTest, HandlesMoveByKeysAndNeverPassEachOther) {
@@ -422,26 +399,23 @@ TEST_F(ImageWindowTest, RemembersWhereItStoodAndComesBackOntoTheScreen) {
 
 TEST(ImageWindowOfTheProgram, ShowsThePicturesOfARunAndMayBeClosedMeanwhile) {
     Night night;
-    bool opened = false, back = false;
-    QWidget& window = night.program.imageWindow();
+    ImageWindow& window = night.program.imageWindow();
     night.pass({
         {[&] { return night.started(); }, [&] { night.click("cmdRun"); }},
         {[&] { return night.isLit("lblFrame2") && night.isLit("lblExpose"); },
          [&] {
-             opened = window.isVisible();
+             EXPECT_TRUE(window.isVisible());
              window.close();
          }},
         {[&] { return night.enabled("cmdNext"); },
          [&] {
              EXPECT_FALSE(window.isVisible());
-             night.program.imageWindow().showByOperator();
-             back = window.isVisible();
+             window.showByOperator();
+             EXPECT_TRUE(window.isVisible());
              night.click("cmdSkip");
          }},
         {[&] { return night.enabled("cmdRun"); }, [] {}},
     });
-    EXPECT_TRUE(opened);
-    EXPECT_TRUE(back);
     EXPECT_EQ(night.failures, "");
 }
 

@@ -238,16 +238,23 @@ TEST(Keyboard, TurnsAndSlewsTheSimulatedMount) {
         {Qt::Key_W, Qt::NoModifier, "cmdWest"},
         {Qt::Key_Left, Qt::ShiftModifier, "cmdAzimuth(0)"},
         {Qt::Key_Left, Qt::NoModifier, "cmdAzimuth(1)"},
+        {Qt::Key_Left, Qt::ControlModifier, "cmdAzimuth(2)"},
         {Qt::Key_Right, Qt::ControlModifier, "cmdAzimuth(3)"},
         {Qt::Key_Up, Qt::NoModifier, "cmdElevation(4)"},
+        {Qt::Key_Up, Qt::ShiftModifier, "cmdElevation(5)"},
         {Qt::Key_Down, Qt::ControlModifier, "cmdElevation(2)"},
     };
-    for (const auto& one : keys) {
+    const auto pressedBy = [&](QWidget& receiver, const auto& one) {
         pressed.clear();
-        QTest::keyClick(simulator->get(), one.key, one.modifier);
+        QTest::keyClick(&receiver, one.key, one.modifier);
         forms.settle();
-        EXPECT_EQ(pressed, std::vector<std::string>{one.button});
-    }
+        return pressed;
+    };
+    for (const auto& one : keys) EXPECT_EQ(pressedBy(**simulator, one), std::vector<std::string>{one.button});
+    auto& field = widgetOf<QLineEdit>(**simulator, "txtAzimuthError");
+    field.setFocus();
+    for (const auto& one : {keys[4], keys[5], keys[7]})
+        EXPECT_TRUE(pressedBy(field, one).empty()) << "they move the caret";
 }
 
 TEST(Keyboard, ReadersHearANameForEveryControl) {

@@ -1,13 +1,20 @@
 // The windows of a first start and of pictures from anywhere.
+#include <QAction>
+#include <QCheckBox>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QLabel>
 #include <QMimeData>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
 #include <QUrl>
+#include <cmath>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/message_log.h"
 #include "fits/fits_writing.h"
 #include "qt/image_colors.h"
 #include "qt/image_view.h"
@@ -19,6 +26,9 @@
 
 namespace vantrel::qt {
 namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
 
 /// A picture with two stars that are told as matched.
 platform::Drawing markedField() {
@@ -64,6 +74,17 @@ TEST(SolvePictureWindow, CirclesTheMatchedStarsWhereTheyAre) {
         EXPECT_GT(shareOfLine(picture, centre, radius, line), 0.9) << x;
         EXPECT_LT(shareOfLine(picture, centre, radius / 2, line), 0.1) << "the star itself is free";
     }
+    // More marks leave the view of their picture as it is, another picture is shown as a whole.
+    QTest::mouseDClick(plate.findChild<ImageView*>(), Qt::LeftButton);
+    const double scale = viewport.scale();
+    EXPECT_FALSE(viewport.fitted());
+    forms.solvePicture.picPlate.setDrawing(forms.solvePicture.picPlate.drawing());
+    platform::Drawing more = forms.solvePicture.picPlate.drawing();
+    more.shapes.emplace_back(platform::Circle{300, 200, 12});
+    forms.solvePicture.picPlate.setDrawing(more);
+    EXPECT_EQ(viewport.scale(), scale);
+    forms.solvePicture.picPlate.setDrawing(markedField());
+    EXPECT_TRUE(viewport.fitted());
     forms.solvePicture.picPlate.clear();
     EXPECT_FALSE(plate.view().pixelUnderCursor());
 
@@ -123,6 +144,59 @@ TEST(FirstStart, IsOverOnceSettingsExist) {
     EXPECT_FALSE(again.screen().find("frmWelcome")->shown());
     again.application().close();
     night.loop.runUntil([&] { return again.application().ended(); });
+}
+
+// ---- the main window drives a measurement
+
+TEST(Measurement, OfAFreshStartFindsTheSimulatorsAxis) {
+    Night night;
+    night.turnAxis(20, -12);
+    const auto figure = [&](const char* name) {
+        return widgetOf<QLabel>(night.program.window("frmPolarPlot"), name).text().toDouble();
+    };
+    const auto expectStart = [&] {
+        EXPECT_THAT(night.instructions(), StartsWith("Polar Align Measurement Start"));
+    };
+    night.pass({
+        {[&] { return night.started(); },
+         [&] {
+             expectStart();
+             night.typeInto("txtDeltaRA", "15");
+             night.click("cmdRun");
+         }},
+        {[&] { return night.enabled("cmdNext"); },
+         [&] {
+             EXPECT_THAT(night.instructions(), HasSubstr("Completed Successfully !!"))
+                 << testing::PrintToString(night.program.application().log().lines());
+             night.click("cmdPolarPlot");
+         }},
+        {[&] { return night.program.window("frmPolarPlot").isVisible(); },
+         [&] {
+             // What the simulator was set to, within what one measurement of this slew can tell.
+             EXPECT_NEAR(figure("txtAltitudeError"), -12, 0.5);
+             EXPECT_NEAR(std::abs(figure("txtAzimuthError")), 20, 0.7);
+             night.click(night.enabled("cmdSkip") ? "cmdSkip" : "cmdNext");
+         }},
+        {[&] { return night.enabled("cmdRun"); }, expectStart},
+    });
+    EXPECT_EQ(night.boxes.str(), "") << "no questions on a fresh machine";
+    EXPECT_FALSE(night.main().isVisible());
+    EXPECT_EQ(night.failures, "");
+}
+
+TEST(Measurement, NeedsNoOperator) {
+    for (const char* slew : {"15", "0"}) {  // degrees; none is refused by a question
+        Night night;
+        night.user.settings.write("PolarAlign", "DeltaRA", slew);
+        std::ostringstream out;
+        UnattendedRun run(night.program, night.loop, out);
+        night.loop.post([&] { run.begin(); });
+        night.loop.runUntil([&] { return run.over(); });
+        EXPECT_EQ(run.measured(), slew == std::string("15")) << out.str();
+        EXPECT_THAT(out.str(), HasSubstr(run.measured() ? "Alignment Run Complete" : "Align Aborted"));
+        night.program.application().close();
+        night.loop.runUntil([&] { return night.program.application().ended(); });
+    }
 }
 
 }  // namespace

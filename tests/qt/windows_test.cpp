@@ -1,20 +1,39 @@
+#include <QAbstractButton>
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QFileDialog>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
 #include <QTest>
+#include <QTextBrowser>
+#include <QTimer>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "qt/arrangement.h"
 #include "qt/forms.h"
+#include "qt/light.h"
 #include "qt/night.h"
+#include "qt/qt_desktop.h"
+#include "qt/qt_dialogs.h"
+#include "qt/temporary_home.h"
+#include "qt/theme.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::qt {
 namespace {
@@ -405,90 +424,236 @@ TEST(Tips, StandOnEveryField) {
         }
 }
 
-// ---- simulator window
-
-TEST(SimulatorWindow, KeysTurnTheAdjustersUnlessTheyAreTyped) {
-    Night night;
-    FormWindow& window = night.program.window("frmSimulator");
-    const auto simulator = night.program.automation().create("AxisSimulator.Telescope");
-    const struct {
-        Qt::Key key;
-        Qt::KeyboardModifiers with;
-        double azimuth, elevation;  // turned by, arc-minutes
-    } keys[] = {{Qt::Key_Right, Qt::NoModifier, 1, 0},        {Qt::Key_Left, Qt::ShiftModifier, -10, 0},
-                {Qt::Key_Left, Qt::ControlModifier, -0.1, 0}, {Qt::Key_Up, Qt::NoModifier, 0, 1},
-                {Qt::Key_Down, Qt::ShiftModifier, 0, -10},    {Qt::Key_Up, Qt::ControlModifier, 0, 0.1}};
-    std::vector<Step> steps = {{[&] { return night.started(); },
-                                [&] { night.main().findChild<QAction*>("mnuSimulator")->trigger(); }},
-                               {[&] { return window.isVisible(); }, [&] { night.turnAxis(0, 0); }}};
-    for (const auto& key : keys) {
-        steps.push_back({[] { return true; }, [&] { QTest::keyClick(&window, key.key, key.with); }});
-        steps.push_back(
-            {[] { return true; },
-             [&] {
-                 EXPECT_NEAR(simulator->get("PolarAzimuthError").toDouble(), key.azimuth, 1e-9) << key.key;
-                 EXPECT_NEAR(simulator->get("PolarElevationError").toDouble(), key.elevation, 1e-9)
-                     << key.key;
-                 night.turnAxis(0, 0);
-             }});
-    }
-    auto& field = widgetOf<QLineEdit>(window, "txtAzimuthError");
-    steps.push_back({[] { return true; },
-                     [&] {
-                         field.setFocus();
-                         QTest::keyClick(&field, Qt::Key_Left);
-                     }});
-    steps.push_back(
-        {[] { return true; }, [&] { EXPECT_EQ(simulator->get("PolarAzimuthError").toDouble(), 0); }});
-    night.pass(std::move(steps));
-    EXPECT_EQ(night.failures, "");
-}
-
-TEST(SimulatorWindow, IsTheDriversSetupDialog) {
-    Night night;
-    FormWindow& window = night.program.window("frmSimulator");
-    bool before = true;
-    night.pass({{[&] { return night.started(); },
-                 [&] {
-                     before = window.isVisible();
-                     night.program.automation().create("AxisSimulator.Telescope")->call("SetupDialog");
-                 }},
-                {[&] { return window.isVisible(); }, [] {}}});
-    EXPECT_FALSE(before);
-}
-
 // ---- program
 
-TEST(NightVision, SwitchesWhenTheOptionsAreClosed) {
+TEST(WindowsOfTheProgram, StandWhereTheyCanBeSeenAndFollowDriverAndOptions) {
+    constexpr int kTitleBar = 20;
     Night night;
-    FormWindow& options = night.program.window("frmOptions");
-    bool before = true, after = false;
+    FormWindow &options = night.program.window("frmOptions"),
+               &simulator = night.program.window("frmSimulator");
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    const auto now = [] { return true; };
     night.pass({
         {[&] { return night.started(); },
+         [&] {
+             const QRect telescope = night.program.window("frmTelescope").geometry();
+             EXPECT_LE(telescope.bottom(), room.bottom() - kTitleBar);
+             EXPECT_LE(telescope.right(), room.right());
+             EXPECT_GT(telescope.bottom(), room.bottom() - 3 * kTitleBar) << "in the corner all the same";
+             EXPECT_FALSE(simulator.isVisible());
+             night.program.automation().create("AxisSimulator.Telescope")->call("SetupDialog");
+         }},
+        {[&] { return simulator.isVisible(); },
          [&] { widgetOf<QAction>(night.main(), "mnuSetOptions").trigger(); }},
         {[&] { return options.isVisible(); },
          [&] { widgetOf<QCheckBox>(options, "chkGreenColors").click(); }},
-        {[] { return true; },
-         [&] {
-             before = night.theme.night();
-             options.close();
-         }},
-        {[&] { return !options.isVisible(); }, [&] { after = night.theme.night(); }},
+        {now, [&] { EXPECT_FALSE(night.theme.night()) << "not before the window is closed"; }},
+        {now, [&] { options.close(); }},
+        {[&] { return !options.isVisible(); }, [&] { EXPECT_TRUE(night.theme.night()); }},
     });
-    EXPECT_FALSE(before);
-    EXPECT_TRUE(after);
+    EXPECT_EQ(night.failures, "");
 }
 
-TEST(PlacesOfWindows, LeaveRoomForTheirTitleBars) {
-    constexpr int kTitleBar = 20;
-    Night night;
-    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
-    QRect telescope;
-    night.pass({{[&] { return night.started(); },
-                 [&] { telescope = night.program.window("frmTelescope").geometry(); }}});
-    EXPECT_LE(telescope.bottom(), room.bottom() - kTitleBar);
-    EXPECT_LE(telescope.right(), room.right());
-    EXPECT_GT(telescope.bottom(), room.bottom() - 3 * kTitleBar) << "in the corner all the same";
+// ---- arrangement
+
+constexpr WindowSizes kSizes{.main = {782, 690},
+                             .mainLeast = {700, 320},
+                             .imageLeast = {310, 280},
+                             .log = {640, 420},
+                             .logLeast = {220, 140},
+                             .simulator = {830, 700},
+                             .simulatorLeast = {240, 160}};
+
+struct Desk {
+    const char* name;
+    QVector<QRect> screens;
+    bool logApart;  // not below the simulator
+};
+
+TEST(Arrangement, CoversNothingThatHasToBeWatched) {
+    const Desk desks[] = {{"netbook", {{0, 0, 1024, 600}}, false},
+                          {"netbook with a panel", {{0, 28, 1024, 572}}, false},
+                          {"small laptop", {{0, 0, 1366, 768}}, false},
+                          {"old monitor", {{0, 0, 1280, 1024}}, true},
+                          {"monitor", {{0, 0, 1920, 1080}}, true},
+                          {"large monitor", {{0, 0, 2560, 1440}}, true},
+                          {"two screens", {{0, 0, 1920, 1080}, {1920, 0, 1920, 1080}}, true},
+                          {"laptop and monitor", {{0, 0, 1366, 768}, {-1920, 0, 1920, 1080}}, true}};
+    for (const Desk& desk : desks) {
+        SCOPED_TRACE(desk.name);
+        const Arrangement places = arranged(desk.screens, kSizes);
+        for (const QRect& place : {places.main, places.image, places.log, places.simulator}) {
+            bool onOneScreen = false;
+            for (const QRect& screen : desk.screens) onOneScreen = onOneScreen || screen.contains(place);
+            EXPECT_TRUE(onOneScreen);
+        }
+        EXPECT_FALSE(places.main.intersects(places.image));
+        for (const QRect& other : {places.log, places.simulator}) {
+            EXPECT_FALSE(other.intersects(places.main));
+            EXPECT_FALSE(other.intersects(places.image));
+        }
+        EXPECT_EQ(places.log.intersects(places.simulator), !desk.logApart);
+        const auto holds = [](const QRect& place, const QSize& least) {
+            return place.width() >= least.width() && place.height() >= least.height();
+        };
+        EXPECT_TRUE(holds(places.main, kSizes.mainLeast));
+        EXPECT_TRUE(holds(places.image, kSizes.imageLeast));
+        EXPECT_TRUE(holds(places.log, kSizes.logLeast));
+        EXPECT_TRUE(holds(places.simulator, kSizes.simulatorLeast));
+    }
+}
+
+TEST(Arrangement, GivesTheImageTheSecondScreen) {
+    const QRect second(1920, 0, 2560, 1440);
+    EXPECT_EQ(arranged({{0, 0, 1920, 1080}, second}, kSizes).image, second);
+}
+
+// ---- dialogs and desktop
+
+/// Does something to the dialog that the next call opens, which waits for it.
+void inTheDialog(const std::function<void(QDialog&)>& act) {
+    QTimer::singleShot(0, [act] {
+        auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        ASSERT_NE(dialog, nullptr);
+        act(*dialog);
+    });
+}
+
+class DialogsTest : public testing::Test {
+  protected:
+    DialogsTest() {
+        std::filesystem::create_directories(home.paths().drives / "C" / "Images" / "Tonight");
+        user.folders.map("C:\\Images", home.paths().drives / "C" / "Images");
+    }
+
+    TemporaryHome home;
+    platform::UserMachine user{home.paths()};
+    Theme theme;
+    QtDialogs dialogs{user.folders, "C:\\Images"};
+    const std::vector<platform::Dialogs::Choice> drivers{{"A.Telescope", "First mount"},
+                                                         {"B.Telescope", "Second mount"}};
+};
+
+TEST_F(DialogsTest, AChosenFolderComesBackAsAFolderText) {
+    inTheDialog([&](QDialog& dialog) {
+        auto& chooser = dynamic_cast<QFileDialog&>(dialog);
+        chooser.selectFile(QString::fromStdString((user.folders.real("C:\\Images") / "Tonight").string()));
+        dialog.accept();
+    });
+    EXPECT_EQ(dialogs.chooseFolder("Set Image Path"), "C:\\Images\\Tonight");
+    inTheDialog([](QDialog& dialog) { dialog.reject(); });
+    EXPECT_EQ(dialogs.chooseFolder("Set Image Path"), "");
+}
+
+TEST_F(DialogsTest, AFileComesBackAsItsPathAndTheNextBeginsThere) {
+    const auto folder = user.folders.real("C:\\Images") / "Tonight";
+    test::writeFile(folder / "M31.fits", "x");
+    inTheDialog([&](QDialog& dialog) {
+        dynamic_cast<QFileDialog&>(dialog).selectFile(QString::fromStdString((folder / "M31.fits").string()));
+        dialog.accept();
+    });
+    EXPECT_EQ(dialogs.chooseFile("Choose a picture"), "C:\\Images\\Tonight\\M31.fits");
+    inTheDialog([&](QDialog& dialog) {
+        EXPECT_EQ(dynamic_cast<QFileDialog&>(dialog).directory().absolutePath().toStdString(),
+                  folder.string());
+        dialog.reject();
+    });
+    EXPECT_EQ(dialogs.chooseFile("Choose a picture"), "");
+}
+
+TEST_F(DialogsTest, AChoiceBeginsWithTheCurrentOneAndComesBackById) {
+    std::string first;
+    inTheDialog([&](QDialog& dialog) {
+        auto& list = *dialog.findChild<QListWidget*>();
+        first = list.currentItem()->text().toStdString();
+        list.setCurrentRow(0);
+        dialog.accept();
+    });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "A.Telescope");
+    EXPECT_EQ(first, "Second mount");
+    inTheDialog([](QDialog& dialog) {
+        auto& list = *dialog.findChild<QListWidget*>();
+        list.setCurrentRow(0);
+        Q_EMIT list.itemActivated(list.item(0));  // a double click
+    });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "A.Telescope");
+    inTheDialog([](QDialog& dialog) { dialog.reject(); });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "B.Telescope"), "");
+    inTheDialog([](QDialog& dialog) { dialog.accept(); });
+    EXPECT_EQ(dialogs.choose("Telescope Chooser", drivers, "C.Telescope"), "") << "nothing was chosen";
+}
+
+TEST_F(DialogsTest, GiveNothingButRedLightByNight) {
+    theme.setNight(true);
+    const auto check = [](QDialog& dialog) {
+        QApplication::processEvents();
+        EXPECT_LE(foreignLight(dialog.grab().toImage()), 0) << dialog.windowTitle().toStdString();
+        dialog.reject();
+    };
+    inTheDialog(check);
+    dialogs.chooseFolder("Set Image Path");
+    test::writeFile(user.folders.real("C:\\Images") / "M31.fits", "");
+    inTheDialog(check);
+    dialogs.chooseFile("Choose a picture");
+    inTheDialog(check);
+    dialogs.choose("Telescope Chooser", drivers, "A.Telescope");
+    for (const auto icon : {platform::Dialogs::Icon::kInformation, platform::Dialogs::Icon::kExclamation,
+                            platform::Dialogs::Icon::kCritical}) {
+        inTheDialog(check);
+        dialogs.messageBox("Vantrel", "Vantrel is already running", icon,
+                           platform::Dialogs::Buttons::kOkCancel);
+    }
+}
+
+struct QtDesktopTest : testing::Test {
+    QtDesktopTest() {
+        for (const char* scheme : {"file", "https"})
+            QDesktopServices::setUrlHandler(scheme, &browser, "setSource");
+        qputenv("PATH", "/nowhere");  // no program to ask which files the desktop shows
+    }
+    ~QtDesktopTest() override {
+        qputenv("PATH", path);
+        for (const char* scheme : {"file", "https"}) QDesktopServices::unsetUrlHandler(scheme);
+    }
+    void put(const char* file) const {
+        const std::filesystem::path whole = home.folder() / file;
+        std::filesystem::create_directories(whole.parent_path());
+        std::ofstream(whole) << "text";
+    }
+
+    QTextBrowser browser;  // has a slot for addresses
+    const QByteArray path = qgetenv("PATH");
+    const TemporaryHome home;
+    platform::UserMachine user{home.paths()};
+};
+
+TEST_F(QtDesktopTest, OpensFilesAndPages) {
+    QtDesktop desktop(user.folders, {});
+    const std::string file = (home.folder() / "Log.txt").string();
+    for (const std::string& address : {std::string("https://example.org/help"), "file://" + file}) {
+        desktop.open(address.starts_with("file") ? file : address);
+        EXPECT_EQ(browser.source().toString().toStdString(), address);
+    }
+}
+
+TEST_F(QtDesktopTest, ShowsTheManualsPagesInPlaceOfHelpThatIsMissingOrThatNothingShows) {
+    platform::FolderMap folders(home.folder());
+    folders.map("C:\\Program Files\\Vantrel", home.folder());
+    const QtDesktop desktop(folders, {});
+    const std::string help = desktop.programFolder() + "\\Vantrel Help.chm";
+    EXPECT_EQ(desktop.shownFor(help), home.folder() / "Vantrel Help.chm") << "neither is there";
+    put("manual/index.html");
+    EXPECT_EQ(desktop.shownFor(help), home.folder() / "manual/index.html");
+    put("Vantrel Help.chm");
+    EXPECT_EQ(desktop.shownFor(help), home.folder() / "manual/index.html");
+    EXPECT_EQ(desktop.shownFor("C:\\Other\\Vantrel.chm"), home.folder() / "c/Other/Vantrel.chm");
+}
+
+/// From the folder that the programs are built into, where there is something to build it with.
+TEST_F(QtDesktopTest, TheManualIsBuiltWithTheProgram) {
+    const QtDesktop desktop(user.folders, {});
+    EXPECT_EQ(std::filesystem::exists(desktop.shownFor(desktop.programFolder() + "\\Vantrel Help.chm")),
+              VANTREL_MANUAL != 0);
 }
 
 }  // namespace
