@@ -37,6 +37,7 @@ class Arrivals : public QObject {
     int count_ = 0;
 };
 
+/// Told to both kinds of hands.
 struct Walk : qt::Night {
     Walk() { firstStart = true; }
 
@@ -74,15 +75,76 @@ struct Walk : qt::Night {
                inSimulator<QLabel>("lblStarHint").text().contains(QStringLiteral("middle"));
     }
 
-    void expectCorrected() {
+    using Deed = std::function<void()>;
+    std::vector<Step> measure(Deed welcome, Deed run, Deed goOn) {
+        return {{[this] { return program.window("frmWelcome").isVisible(); }, std::move(welcome)},
+                {[this] { return standsStill() && enabled("cmdRun"); }, std::move(run)},
+                {[this] { return told("Completed Successfully") && enabled("cmdNext"); }, std::move(goOn)}};
+    }
+    /// A measurement of these deeds, and both corrections.
+    void passAll(std::vector<Step> steps) {
+        for (const auto& part :
+             {place("Azimuth Correction"), turnBack("Azimuth Correction", "cmdAzimuth", 1, 8),
+              place("Elevation Correction"), turnBack("Elevation Correction", "cmdElevation", 1, 1)})
+            steps.insert(steps.end(), part.begin(), part.end());
+        steps.push_back({[this] { return told("was Successful"); }, [] {}});
+        pass(steps);
         EXPECT_LT(std::abs(error("PolarAzimuthError")), 2);
         EXPECT_LT(std::abs(error("PolarElevationError")), 2);
         EXPECT_EQ(failures, "");
         EXPECT_EQ(boxes.str(), "");
     }
 
+    virtual void openSimulator() = 0;
+    virtual void press(const char* nameInSimulator) = 0;
+    /// By tens and single arc-minutes towards the pole.
+    virtual void turn(const char* adjuster, int tens, int ones) = 0;
+    virtual void goOn() = 0;
+
+    std::vector<Step> place(const char* task) {
+        return {
+            {[this, task] { return told(task) && enabled("cmdNext"); },
+             [this] {
+                 openSimulator();
+                 press("cmdGoToStar");
+             }},
+            {[this] { return hasSlewed(); }, [this] { press("cmdCenterStar"); }},
+            {[this] { return isCentred() && standsStill(); },
+             [this] {
+                 press("cmdSync");
+                 slewed_ = false;
+             }},
+            {[this] { return inSimulator<QLabel>("lblStatus").text().startsWith("Synced"); },
+             [this] { goOn(); }},
+        };
+    }
+    std::vector<Step> turnBack(const char* task, const char* adjuster, int tens, int ones) {
+        const auto both = [this] { return error("PolarAzimuthError") + error("PolarElevationError"); };
+        return {
+            {[this, task] { return told(task) && told("Center Star") && enabled("cmdNext"); },
+             [=, this] {
+                 before_ = both();
+                 openSimulator();
+                 turn(adjuster, tens, ones);
+             }},
+            {[=, this] { return std::abs(both() - before_) > 10 * tens + ones - 0.5; }, [this] { goOn(); }},
+        };
+    }
+
+    /// The simulator's mount went somewhere and has arrived. To be asked all the while.
+    bool hasSlewed() {
+        const bool still = standsStill();
+        slewed_ = slewed_ || (still && !wasStill_);
+        wasStill_ = still;
+        return slewed_;
+    }
+
     XOperator hands;
     Arrivals arrivals;
+
+  private:
+    bool wasStill_ = true, slewed_ = false;
+    double before_ = 0;
 };
 
 struct KeyboardWalk : Walk {
@@ -102,77 +164,40 @@ struct KeyboardWalk : Walk {
         }
         FAIL() << name << " can't be reached";
     }
-    void openSimulator() {
+    void openSimulator() override {
         ASSERT_TRUE(becomesActive("frmMain"));
         strike(kM, {kControl});
         ASSERT_TRUE(becomesActive("frmSimulator"));
     }
     /// Out of the simulator's window, and Next.
-    void goOn() {
+    void goOn() override {
         strike(kEscape);
         ASSERT_TRUE(becomesActive("frmMain"));
         strike(kEnter);
     }
-    void press(const char* name) {
+    void press(const char* name) override {
         tabTo(name);
         strike(kSpace);
     }
-    void turn(unsigned arrow, int tens, int ones) {
+    void turn(const char* adjuster, int tens, int ones) override {
+        const unsigned arrow = std::string(adjuster) == "cmdAzimuth" ? kLeft : kUp;
         for (int i = 0; i < tens; ++i) strike(arrow, {kShift});
         for (int i = 0; i < ones; ++i) strike(arrow);
-    }
-
-    std::vector<Step> place(const char* task) {
-        return {
-            {[this, task] { return told(task) && enabled("cmdNext"); },
-             [this] {
-                 openSimulator();
-                 press("cmdGoToStar");
-             }},
-            {[this] { return standsStill(); }, [this] { press("cmdCenterStar"); }},
-            {[this] { return isCentred() && standsStill(); },
-             [this] {
-                 press("cmdSync");
-                 goOn();
-             }},
-        };
-    }
-    std::vector<Step> turnBack(const char* task, unsigned arrow, int tens, int ones) {
-        return {
-            {[this, task] { return told(task) && told("Center Star") && enabled("cmdNext"); },
-             [this, arrow, tens, ones] {
-                 openSimulator();
-                 turn(arrow, tens, ones);
-                 goOn();
-             }},
-        };
     }
 };
 
 TEST(FirstNight, IsSpentWithTheKeyboardAlone) {
     KeyboardWalk walk;
-    std::vector<Step> steps{{[&] { return walk.program.window("frmWelcome").isVisible(); },
-                             [&] {
-                                 ASSERT_TRUE(walk.becomesActive("frmWelcome"));
-                                 walk.strike(kEnter);
-                             }},
-                            {[&] { return walk.standsStill() && walk.enabled("cmdRun"); },
-                             [&] {
-                                 ASSERT_TRUE(walk.becomesActive("frmMain"));
-                                 walk.strike(kF5);
-                             }},
-                            {[&] { return walk.told("Completed Successfully") && walk.enabled("cmdNext"); },
-                             [&] { walk.strike(kEnter); }}};
-    const auto add = [&](const std::vector<Step>& more) {
-        steps.insert(steps.end(), more.begin(), more.end());
-    };
-    add(walk.place("Azimuth Correction"));
-    add(walk.turnBack("Azimuth Correction", kLeft, 1, 8));
-    add(walk.place("Elevation Correction"));
-    add(walk.turnBack("Elevation Correction", kUp, 1, 1));
-    steps.push_back({[&] { return walk.told("was Successful"); }, [] {}});
-    walk.pass(steps);
-    walk.expectCorrected();
+    walk.passAll(walk.measure(
+        [&] {
+            ASSERT_TRUE(walk.becomesActive("frmWelcome"));
+            walk.strike(kEnter);
+        },
+        [&] {
+            ASSERT_TRUE(walk.becomesActive("frmMain"));
+            walk.strike(kF5);
+        },
+        [&] { walk.strike(kEnter); }));
 }
 
 struct MouseWalk : Walk {
@@ -209,51 +234,17 @@ struct MouseWalk : Walk {
         FAIL() << title;
     }
 
-    std::vector<Step> place(const char* task) {
-        return {
-            {[this, task] { return told(task) && enabled("cmdNext"); },
-             [this] {
-                 choose("Instruments", "mnuSimulator");
-                 ASSERT_TRUE(becomesActive("frmSimulator"));
-                 click(inSimulator("cmdGoToStar"));
-             }},
-            {[this] { return hasSlewed(); }, [this] { click(inSimulator("cmdCenterStar")); }},
-            {[this] { return isCentred() && standsStill(); },
-             [this] {
-                 click(inSimulator("cmdSync"));
-                 slewed_ = false;
-             }},
-            {[this] { return inSimulator<QLabel>("lblStatus").text().startsWith("Synced"); },
-             [this] { click("cmdNext"); }},
-        };
+    void openSimulator() override {
+        choose("Instruments", "mnuSimulator");
+        ASSERT_TRUE(becomesActive("frmSimulator"));
     }
-    std::vector<Step> turnBack(const char* task, const char* tens, const char* ones, int count) {
-        return {
-            {[this, task] { return told(task) && told("Center Star") && enabled("cmdNext"); },
-             [this, tens, ones, count] {
-                 before_ = error("PolarAzimuthError") + error("PolarElevationError");
-                 click(inSimulator(tens));
-                 click(inSimulator(ones), count);
-             }},
-            {[this, count] {
-                 const double now = error("PolarAzimuthError") + error("PolarElevationError");
-                 return std::abs(now - before_) > 10 + count - 0.5;
-             },
-             [this] { click("cmdNext"); }},
-        };
+    void press(const char* name) override { click(inSimulator(name)); }
+    void turn(const char* adjuster, int tens, int ones) override {
+        const bool azimuth = std::string(adjuster) == "cmdAzimuth";  // back westwards, and up
+        click(inSimulator((std::string(adjuster) + (azimuth ? "(0)" : "(5)")).c_str()), tens);
+        click(inSimulator((std::string(adjuster) + (azimuth ? "(1)" : "(4)")).c_str()), ones);
     }
-
-    /// The simulator's mount went somewhere and has arrived. To be asked all the while.
-    bool hasSlewed() {
-        const bool still = standsStill();
-        slewed_ = slewed_ || (still && !wasStill_);
-        wasStill_ = still;
-        return slewed_;
-    }
-
-  private:
-    bool wasStill_ = true, slewed_ = false;
-    double before_ = 0;
+    void goOn() override { click("cmdNext"); }
 };
 
 TEST(FirstNight, IsSpentWithTheMouseAlone) {
@@ -261,33 +252,18 @@ TEST(FirstNight, IsSpentWithTheMouseAlone) {
     const auto inWelcome = [&](const char* name) -> QPushButton& {
         return qt::widgetOf<QPushButton>(walk.program.window("frmWelcome"), name);
     };
-    std::vector<Step> steps{{[&] { return walk.program.window("frmWelcome").isVisible(); },
-                             [&] {
-                                 ASSERT_TRUE(walk.becomesActive("frmWelcome"));
-                                 walk.click(inWelcome("cmdTrySimulator"));
-                             }},
-                            {[&] { return walk.standsStill() && walk.enabled("cmdRun"); },
-                             [&] {
-                                 // Both may have one place only.
-                                 const QWidget& log = walk.program.window("frmLog");
-                                 const QWidget& telescope = walk.program.window("frmTelescope");
-                                 EXPECT_TRUE(walk.comes([&] {
-                                     return telescope.isVisible() && walk.hands.isAbove(log, telescope);
-                                 }));
-                                 walk.click("cmdRun");
-                             }},
-                            {[&] { return walk.told("Completed Successfully") && walk.enabled("cmdNext"); },
-                             [&] { walk.click("cmdNext"); }}};
-    const auto add = [&](const std::vector<Step>& more) {
-        steps.insert(steps.end(), more.begin(), more.end());
+    const auto run = [&] {
+        // Both may have one place only.
+        const QWidget &log = walk.program.window("frmLog"), &telescope = walk.program.window("frmTelescope");
+        EXPECT_TRUE(walk.comes([&] { return telescope.isVisible() && walk.hands.isAbove(log, telescope); }));
+        walk.click("cmdRun");
     };
-    add(walk.place("Azimuth Correction"));
-    add(walk.turnBack("Azimuth Correction", "cmdAzimuth(0)", "cmdAzimuth(1)", 8));
-    add(walk.place("Elevation Correction"));
-    add(walk.turnBack("Elevation Correction", "cmdElevation(5)", "cmdElevation(4)", 1));
-    steps.push_back({[&] { return walk.told("was Successful"); }, [] {}});
-    walk.pass(steps);
-    walk.expectCorrected();
+    walk.passAll(walk.measure(
+        [&] {
+            ASSERT_TRUE(walk.becomesActive("frmWelcome"));
+            walk.click(inWelcome("cmdTrySimulator"));
+        },
+        run, [&] { walk.click("cmdNext"); }));
 }
 
 }  // namespace

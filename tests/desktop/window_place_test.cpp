@@ -1,32 +1,34 @@
 // Where windows stand beside a window manager, and what the program takes for the operator's doing.
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QWindow>
 #include <cstdlib>
 #include <ostream>
+#include <sstream>
 #include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/frm_main.h"
 #include "app/popup_messages.h"
-#include "desktop/session.h"
+#include "desktop/desk.h"
 #include "observatory/simulator_setup.h"
 #include "qt/forms.h"
+#include "qt/program.h"
+#include "qt/temporary_home.h"
+#include "qt/unattended_run.h"
+#include "qt/windows.h"
 #include "support/memory_settings_port.h"
 #include "support/recording_log.h"
-
-namespace vantrel::desktop {
-namespace {
-
-using platform::Rectangle;
-
-}  // namespace
-}  // namespace vantrel::desktop
 
 // For the messages of failures.
 static void PrintTo(const QPoint& point, std::ostream* out) { *out << point.x() << ", " << point.y(); }
 
 namespace vantrel::desktop {
 namespace {
+
+using platform::Rectangle;
 
 /// The corner of the window with its frame, in the program's units.
 QPoint cornerOf(const XOperator& eyes, const QWidget& window) {
@@ -36,6 +38,31 @@ QPoint cornerOf(const XOperator& eyes, const QWidget& window) {
 bool isShown(const XOperator& eyes, const QWidget& window) {
     return window.isVisible() && !eyes.frameOf(window).isEmpty();
 }
+
+/// The whole program on the desk, from one start to its end.
+struct Session {
+    Desk desk;
+    platform::UserMachine user;
+    std::ostringstream boxes;
+    qt::UnattendedDialogs dialogs{boxes};
+    qt::Program program;
+
+    explicit Session(const qt::TemporaryHome& home)
+        : user(home.paths()), program(desk.front, user, dialogs, 1) {
+        program.openWindows();
+        desk.loop.post([this] { program.application().start(); });
+    }
+
+    qt::FormWindow& window(const char* form) const { return program.window(form); }
+
+    bool isStarted() {
+        return comesTrue([&] { return window("frmMain").isVisible() && !program.application().busy(); });
+    }
+    bool ends() {
+        program.application().close();
+        return comesTrue([&] { return program.application().ended(); });
+    }
+};
 
 // The telescope's window is placed while it opens, the pop-up before each message.
 TEST(WindowPlaces, StayOverManyStarts) {
@@ -202,6 +229,40 @@ TEST_F(WindowOnDesktop, TellsADragOnceWhenItEnds) {
     open();
     EXPECT_EQ(log.place(), dragged);
     EXPECT_EQ(QPoint(dragged.left, dragged.top), cornerOf(hands, window));
+}
+
+// ---- repainting
+
+// Nothing but the procedure itself is there to wake the toolkit: no timer, no hand on the mouse.
+TEST(Repaint, ComesWhileAProcedureWaits) {
+    Desk desk;
+    platform::Screen screen({0, 0, 1000, 800});
+    app::frmMain main(screen);
+    qt::MainWindow window(main, desk.front);
+    main.show();
+    auto& instructions = *window.findChild<QPlainTextEdit*>("txtInstructions");
+    ASSERT_TRUE(comesTrue([&] { return isPainted(desk.hands, instructions); }));
+
+    bool over = false, seen = false;
+    main.run.cmdRun.onClick = [&] {
+        main.run.cmdRun.setEnabled(false);
+        main.run.txtInstructions.setText(main.run.txtInstructions.text() + "Please Wait ");
+        const auto limit = desk.loop.clock().sinceStart() + std::chrono::seconds{10};
+        while (!seen && desk.loop.clock().sinceStart() < limit) {
+            desk.loop.yield();
+            desk.loop.sleep(std::chrono::milliseconds{10});
+            seen = isPainted(desk.hands, instructions);
+        }
+        main.run.cmdRun.setEnabled(true);
+        over = true;
+    };
+    // What lies behind a click in the toolkit's queue differs from one to the next.
+    for (int click = 1; click <= 10; ++click) {
+        over = seen = false;
+        desk.hands.click(onScreen(*window.findChild<QPushButton*>("cmdRun")).center());
+        desk.loop.runUntil([&] { return over; });
+        ASSERT_TRUE(seen) << "after click " << click;
+    }
 }
 
 }  // namespace
