@@ -5,10 +5,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "fits/fits_image.h"
 #include "sky/compact_catalog.h"
+#include "solver/star_centroids.h"
+#include "solver/unsolved_reason.h"
 #include "support/star_field.h"
 
 namespace vantrel::solver {
@@ -17,6 +20,8 @@ namespace {
 using fits::FitsImage;
 using sky::fromTangentPlane;
 using sky::SkyPosition;
+using testing::HasSubstr;
+using testing::StartsWith;
 
 const sky::CompactCatalog& stars() {
     static const auto catalog = sky::CompactCatalog::openBuiltIn();
@@ -34,13 +39,16 @@ struct Start {
     double offset = 1.5;
 };
 
-std::optional<SolvedPlate> solve(const test::StarField& field, const Start& start) {
-    const auto image = imageOf(field);
+std::optional<SolvedPlate> solve(const FitsImage& image, const Start& start) {
     const StarList found = findStars(image, {});
-    const PlateGeometry geometry{static_cast<double>(field.width), static_cast<double>(field.height),
+    const PlateGeometry geometry{static_cast<double>(image.width()), static_cast<double>(image.height()),
                                  start.scale, start.scale, found.grain};
     const SearchArea area = searchArea(geometry, start.place, start.offset, found.stars.size());
     return solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
+}
+
+std::optional<SolvedPlate> solve(const test::StarField& field, const Start& start) {
+    return solve(imageOf(field), start);
 }
 
 double offPixels(const test::StarField& field, const SolvedPlate& solution) {
@@ -104,6 +112,20 @@ TEST(SolvePlate, FindsCentreRollAndScalesOfRandomFields) {
     }
 }
 
+/// Where the catalogue's stars stand in an image of these world coordinates, brightest first.
+std::vector<ImageStar> starsOf(const sky::TangentWcs& wcs, int width, int height) {
+    std::vector<ImageStar> seen;
+    for (const auto& star : stars().cone({.raDeg = wcs.reference.ra,
+                            .decDeg = wcs.reference.dec,
+                            .radiusDeg = 0.9,
+                            .brightestFirst = true})) {
+        const auto at = wcs.toPixel({star.raDeg, star.decDeg});
+        if (at && at->x >= 0 && at->y >= 0 && at->x <= width - 1 && at->y <= height - 1)
+            seen.push_back({at->x, at->y});
+    }
+    return seen;
+}
+
 // A corner of the field is fitted as well by a model that is turned and stretched: chance didn't make that,
 // and still it isn't the plate. Where the scale is told wrong by a fifth or more, that corner may even be all
 // that is in reach.
@@ -115,16 +137,8 @@ TEST(SolvePlate, TakesNoCornerForTheWholeField) {
         std::normal_distribution<double> normal(0, 0.1);
         const double turn = 180 * unit(random);
         const auto field = test::wcsFor(1392, 1040, test::anywhere(random), 3.596, turn, seed % 2 == 0);
-        const auto around = stars().cone({.raDeg = field.reference.ra,
-                                          .decDeg = field.reference.dec,
-                                          .radiusDeg = 0.9,
-                                          .brightestFirst = true});
-        std::vector<ImageStar> seen;
-        for (const sky::CatalogStar& star : around) {
-            const auto at = field.toPixel({star.raDeg, star.decDeg});
-            if (!at || at->x < 0 || at->y < 0 || at->x > 1391 || at->y > 1039) continue;
-            seen.push_back({at->x + normal(random), at->y + normal(random)});
-        }
+        std::vector<ImageStar> seen = starsOf(field, 1392, 1040);
+        for (ImageStar& star : seen) star.x += normal(random), star.y += normal(random);
         const PlateGeometry geometry{1392, 1040, 3.0, 3.0, 3};
         const SkyPosition start =
             fromTangentPlane({0.15 * unit(random), 0.15 * unit(random)}, field.reference);
@@ -142,18 +156,13 @@ TEST(SolvePlate, IsNotDrawnAsideByBlendedStars) {
         std::mt19937 random(seed);
         std::uniform_real_distribution<double> unit(-1, 1);
         const auto field = test::wcsFor(4656, 3520, test::anywhere(random), 1.1, 180 * unit(random), false);
-        std::vector<ImageStar> seen;
-        for (const sky::CatalogStar& star : stars().cone({.raDeg = field.reference.ra,
-                                            .decDeg = field.reference.dec,
-                                            .radiusDeg = 0.9,
-                                            .brightestFirst = true})) {
-            const auto at = field.toPixel({star.raDeg, star.decDeg});
-            if (!at || at->x < 0 || at->y < 0 || at->x > 4655 || at->y > 3519) continue;
+        std::vector<ImageStar> seen = starsOf(field, 4656, 3520);
+        for (ImageStar& star : seen) {
             const bool blended = unit(random) > 0.5;
             const double away = blended ? 6 + 2 * unit(random) : 0.1 * unit(random);
             const double bearing = 3.14 * unit(random);
-            seen.push_back({at->x + away * std::cos(bearing), at->y + away * std::sin(bearing), 1e5,
-                            blended ? 0.1 : 0.05});
+            star = {star.x + away * std::cos(bearing), star.y + away * std::sin(bearing), 1e5,
+                    blended ? 0.1 : 0.05};
         }
         const PlateGeometry geometry{4656, 3520, 1.1, 1.1, 5};
         const SearchArea area = searchArea(geometry, field.reference, 1, seen.size());
@@ -168,14 +177,15 @@ TEST(SolvePlate, IsNotDrawnAsideByBlendedStars) {
 TEST(SolvePlate, TellsADistortionThatTheStarsProve) {
     int falseOnes = 0;
     for (int i = 0; i < 7; ++i)
-        for (const double radial : {0.0, 0.004, -0.02}) {
-            SCOPED_TRACE(std::to_string(radial) + " in field " + std::to_string(i));
+        for (const auto& [radial, skew] : {std::pair{0.0, 0.0}, {0.004, 0.0}, {-0.02, 0.0}, {0.0, 0.01}}) {
+            SCOPED_TRACE(testing::Message() << radial << ", " << skew << " in field " << i);
             auto field = fieldOf({45.0 * i, 60.0 - 15 * i}, 12, 30.0 * i, i % 2 == 0);
             field.radial = radial;
+            field.skew = skew;
             field.seed = static_cast<unsigned>(i);
             const auto solution = solve(field, {field.wcs.reference, 12});
             ASSERT_TRUE(solution);
-            if (radial == 0) {
+            if (radial == 0 && skew == 0) {
                 falseOnes += solution->distortion.has_value();
                 continue;
             }
@@ -210,10 +220,7 @@ TEST(SolvePlate, TellsNoDistortionOfAnImageThatIsHalfCovered) {
     std::vector<float> pixels(counts.begin(), counts.end());
     for (std::size_t i = 0; i < pixels.size(); ++i)
         if (i % field.width > 480) pixels[i] = 300;
-    const StarList found = findStars({field.width, field.height, pixels}, {});
-    const PlateGeometry geometry{900, 680, 12, 12, found.grain};
-    const SearchArea area = searchArea(geometry, {290, 10}, 1.5, found.stars.size());
-    const auto solution = solvePlate(geometry, found.stars, area, stars().cone(area.query(2000, 99)), {});
+    const auto solution = solve(FitsImage(field.width, field.height, pixels), {{290, 10}, 12});
     ASSERT_TRUE(solution);
     EXPECT_GT(solution->matched, 60U);
     EXPECT_FALSE(solution->distortion);
@@ -419,6 +426,112 @@ TEST(FindStars, FindsNoStarsInPlainImages) {
     for (std::size_t i = 0; i < chequered.size(); ++i)
         chequered[i] = (i / 4 + i / 1600) % 2 == 0 ? 0.0F : 60000.0F;
     findStars(FitsImage(400, 400, chequered), {});
+}
+
+TEST(StarCentroids, MeasureOnlySoManyOfTheBrightest) {
+    const auto image = imageOf(fieldOf({300, 40}, 5, 0, false));
+    const auto found = findStars(image, {.atMost = 9}).stars;
+    const CentroidSettings settings{.foundError = 7, .atMost = 4};
+    const auto measured = measuredStars(image, found, settings);
+    EXPECT_EQ(std::ranges::count(measured, settings.foundError, &ImageStar::error), 5);
+}
+
+// ---- why there is no solution
+
+constexpr StarLook kSharp{.width = 3}, kTrailed{3, 14.2, 35};
+
+TEST(WhyUnsolved, NamesWhatIsMissingWithFigures) {
+    const struct {
+        const char* why;
+        std::size_t found;
+        StarLook look;
+        double scale, radius;  // arc-seconds a pixel, degrees
+        std::optional<double> expected;
+        const char* says;
+    } cases[] = {
+        {"nothing at all", 0, kSharp, 2, 180, 40., "No stars were found"},
+        {"trailed", 30, kTrailed, 2, 180, 40.,
+         "The stars are trailed by 14 pixels at 35 degrees to the rows"},
+        {"hardly drawn out", 30, {5, 6, 35}, 2, 180, 40., "The stars look sound"},
+        {"out of focus", 30, {18, 0, 0}, 2, 180, 40., "The stars are 18 pixels wide: out of focus?"},
+        {"fine pixels in bad air are no fault", 30, {18, 0, 0}, 0.3, 180, 40., "The stars look sound"},
+        {"too few for any field", 3, kSharp, 2, 180, 5., "Only 3 of the 6 stars"},
+        {"clouds", 12, kSharp, 2, 180, 80.2,
+         "12 stars were found where about 80 are expected at this scale: clouds"},
+        {"a wide field", 12, kSharp, 40, 180, 300., "12 stars were found where 300 or more are expected"},
+        {"hot", 900, kSharp, 2, 180, 40.,
+         "900 stars were found where about 40 are expected at this scale: hot pixels"},
+        {"nowhere", 40, kSharp, 2, 180, 40., "The stars look sound, but no place in the whole sky"},
+        {"of no scale", 40, kSharp, 0, 180, {}, "The stars look sound, but no place that"},
+        {"elsewhere", 40, kSharp, 2, 1.5, 40.,
+         "The stars look sound, but no place within 1.5 degrees of the start fits them: is the picture "
+         "elsewhere, or its scale of 2.00\""},
+    };
+    for (const auto& c : cases) {
+        StarList list;
+        list.stars.resize(c.found);
+        list.look = c.look;
+        SoughtField field{{1000, 800, c.scale, c.scale, 1}, {}, c.radius, c.expected};
+        if (c.radius < 180) field.start = sky::SkyPosition{10, 20};
+        EXPECT_THAT(whyUnsolved(list, field).english(), StartsWith(c.says)) << c.why;
+    }
+}
+
+TEST(StarsExpected, CountsTheFieldOrGoesByTheMean) {
+    const auto catalog = sky::CompactCatalog::openBuiltIn();
+    const PlateGeometry degree{1000, 1000, 3.6, 3.6, 1};
+    EXPECT_NEAR(starsExpected({degree, {}, 180, {}}, *catalog).value(), 62, 1);
+    const double crowded = starsExpected({degree, sky::SkyPosition{300, 35}, 1, {}}, *catalog).value();
+    const double empty = starsExpected({degree, sky::SkyPosition{192, 27}, 1, {}}, *catalog).value();
+    EXPECT_GT(crowded, 100) << "in the Milky Way";
+    EXPECT_LT(empty, 45) << "at its pole";
+    EXPECT_FALSE(starsExpected({{1000, 1000, 0, 0, 1}, {}, 180, {}}, *catalog));
+}
+
+/// What spoils a night: the stars are found all the same, and what they look like is told.
+TEST(FindStars, TellsTrailsAndFocus) {
+    constexpr int kWidth = 1000, kHeight = 800;
+    const struct {
+        const char* why;
+        double trail, disc;
+        int hotColumns;
+        double width, widthError, length, lengthError;
+    } cases[] = {
+        {"sharp", 0, 0, 0, 3, 1, 0, 0},
+        {"a short trail", 12, 0, 0, 3, 1.5, 12, 3},
+        {"a long one, which the noise breaks", 60, 0, 0, 8, 6, 50, 20},
+        {"out of focus: as wide as the light spreads", 0, 16, 0, 20, 4, 0, 0},
+        {"hot columns are no trails", 0, 0, 40, 3, 1, 0, 0},
+    };
+    test::FramePainter painter(3);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        test::FrameRecipe recipe;
+        recipe.width = kWidth;
+        recipe.height = kHeight;
+        recipe.sky = 300;
+        for (int i = 0; i < 40; ++i) {
+            const double x = 60 + i % 8 * 120.0 + i * 3 % 11, y = 70 + i / 8 * 155.0 + i * 7 % 13;
+            const double light = 60'000 + 4000 * i;
+            if (c.trail > 0)
+                recipe.trails.push_back(
+                    {x, y, x + 0.8 * c.trail, y + 0.6 * c.trail, 3, light / (3.2 * c.trail), 0, 0});
+            else if (c.disc > 0)
+                recipe.discs.push_back({x, y, c.disc, 0.4 * c.disc, light / (2.64 * c.disc * c.disc), 1.5});
+            else
+                recipe.stars.push_back({x, y, 3, light / 10});
+        }
+        for (int i = 0; i < c.hotColumns; ++i)
+            recipe.defects.push_back({11 + i * 23, 0, 12 + i * 23, i % 2 == 0 ? kHeight : 500, 3000, false});
+        painter.startAt(1);
+        const StarList list = findStars(fits::FitsImage::of(painter.paint(recipe)), {});
+        EXPECT_GE(list.stars.size(), 36U);
+        EXPECT_LE(list.stars.size(), 48U);
+        EXPECT_NEAR(list.look.width, c.width, c.widthError);
+        EXPECT_NEAR(list.look.trail, c.length, c.lengthError);
+        EXPECT_GE(list.grain * 3.01, c.length) << "their middles aren't known better";
+        EXPECT_NEAR(list.look.trailDeg, c.length > 0 ? 36.9 : 0, 5);
+    }
 }
 
 }  // namespace

@@ -24,6 +24,7 @@ struct StarField {
     double readNoise = 8;          ///< electrons
     double hotShare = 0;           ///< of all pixels
     double radial = 0;             ///< share by which offsets from the centre grow at half the width
+    double skew = 0;               ///< the same for offsets along the rows, with their sign
     bool mosaic = false;           ///< a colour sensor: levels of red, green and blue differ
     unsigned seed = 1;
 };
@@ -34,7 +35,7 @@ inline sky::PixelPosition distorted(const StarField& field, sky::PixelPosition a
     const double dy = at.y - (static_cast<double>(field.height) - 1) / 2;
     const double reach = static_cast<double>(field.width) / 2;
     const double growth = field.radial * (dx * dx + dy * dy) / (reach * reach);
-    return {at.x + dx * growth, at.y + dy * growth};
+    return {at.x + dx * (growth + field.skew * dx / reach), at.y + dy * growth};
 }
 
 /// World coordinates of an image of this size: centre, arcseconds per pixel, turn of the sky against the
