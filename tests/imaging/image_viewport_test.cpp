@@ -1,5 +1,7 @@
 #include "imaging/image_viewport.h"
 
+#include <array>
+
 #include <gtest/gtest.h>
 
 #include "imaging/shown_image.h"
@@ -34,10 +36,8 @@ TEST(ImageViewport, FitsImagesOfAllSizes) {
         const ImageViewport view = viewOf(row.imageWidth, row.imageHeight, row.width, row.height);
         const ViewWindow window = view.window();
         EXPECT_DOUBLE_EQ(view.scale(), row.scale);
-        EXPECT_EQ(window.x, row.x);
-        EXPECT_EQ(window.y, row.y);
-        EXPECT_EQ(window.width, row.shownWidth);
-        EXPECT_EQ(window.height, row.shownHeight);
+        EXPECT_EQ((std::array{window.x, window.y, window.width, window.height}),
+                  (std::array{row.x, row.y, row.shownWidth, row.shownHeight}));
     }
     EXPECT_EQ(viewOf(0, 0, 100, 100).window().width, 0) << "nothing to show";
     EXPECT_EQ(viewOf(100, 100, 0, 0).window().width, 0) << "nowhere to show it";
