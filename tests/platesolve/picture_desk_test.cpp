@@ -127,14 +127,15 @@ TEST_F(PictureDeskTest, CirclesTheMatchedStarsOnThePicture) {
 }
 
 TEST_F(PictureDeskTest, RefusesWhatCanNotBeSolved) {
+    const char* const noScale = "The scale must be a number from 0.01 to 1000, or left empty";
     const struct {
         const char *why, *file, *scale;
         const char* outcome;
     } cases[] = {
         {"no file", "  ", "", "Choose a picture first"},
-        {"no number", "a.fits", "wide", "The scale must be a number from 0.01 to 1000, or left empty"},
-        {"no scale", "a.fits", "0", "The scale must be a number from 0.01 to 1000, or left empty"},
-        {"too coarse", "a.fits", "1001", "The scale must be a number from 0.01 to 1000, or left empty"},
+        {"no number", "a.fits", "wide", noScale},
+        {"no scale", "a.fits", "0", noScale},
+        {"too coarse", "a.fits", "1001", noScale},
     };
     for (const auto& c : cases) {
         window.txtScaleHint.type(c.scale);
