@@ -117,10 +117,13 @@ TEST_F(FitsImageTest, ReadsEveryTypeOfPixelsOnEveryWay) {
     const Encode asFloat = [](float v) { return bigEndian(std::bit_cast<std::uint32_t>(v)); };
     const Encode asDouble = [](float v) { return bigEndian(std::bit_cast<std::uint64_t>(double{v})); };
     constexpr float kInfinite = std::numeric_limits<float>::infinity();
+    using Cards = std::vector<std::string>;
+    const Cards unsignedCards = {"BZERO   = 32768", "BSCALE  = 1", "BLANK   = -32768"};
+    const Cards scaledCards = {"BSCALE  = 2.5D-1", "BZERO   = -1.0", "BLANK   = 99."};
     const struct {
         const char* why;
         int bitpix;
-        std::vector<std::string> cards;
+        Cards cards;
         Encode encode;
         std::string blank = {};  // a pixel without a value
         float scale = 1, zero = 0;
@@ -129,19 +132,9 @@ TEST_F(FitsImageTest, ReadsEveryTypeOfPixelsOnEveryWay) {
         {"8-bit, BLANK", 8, {"BLANK   = 255"}, as8, "\xFF"},
         {"16-bit", 16, {}, as16},
         {"16-bit, BLANK", 16, {"BLANK   = -32768"}, as16, bigEndian(std::uint16_t{0x8000})},
-        {"16-bit unsigned by offset, BLANK",
-         16,
-         {"BZERO   = 32768", "BSCALE  = 1", "BLANK   = -32768"},
-         as16,
-         bigEndian(std::uint16_t{0x8000}),
-         1,
+        {"16-bit unsigned by offset, BLANK", 16, unsignedCards, as16, bigEndian(std::uint16_t{0x8000}), 1,
          32768},
-        {"16-bit scaled, exponent D, BLANK as a real",
-         16,
-         {"BSCALE  = 2.5D-1", "BZERO   = -1.0", "BLANK   = 99."},
-         as16,
-         bigEndian(std::uint16_t{99}),
-         0.25F,
+        {"16-bit scaled, exponent D, BLANK real", 16, scaledCards, as16, bigEndian(std::uint16_t{99}), 0.25F,
          -1},
         {"16-bit, BLANK beyond them", 16, {"BLANK   = 65635"}, as16},
         {"32-bit, BLANK", 32, {"BLANK   = -2147483648"}, as32, bigEndian(0x8000'0000U)},
@@ -404,41 +397,33 @@ TEST_F(FitsImageTest, RefusesTilesThatAskForTooMuch) {
     }
 }
 
-TEST(WriteFits, ReplacesTheFileOnlyWhenComplete) {
+TEST(WriteFits, FailuresNameTheFileThatIsAtFaultAndLeaveWhatWasThere) {
     const test::TempFolder folder;
     const std::vector<std::uint16_t> values = {0, 1, 32768, 65535};
-    writeFits(folder / "written.fits", 2, 2, values, {});
-    EXPECT_THROW(writeFits(folder / "written.fits", 2, 2, values, {{"EXPTIME", std::nan("")}}), FitsError);
-    EXPECT_EQ(pixelsOf(FitsImage::open(folder / "written.fits")), (std::vector<float>{0, 1, 32768, 65535}));
-    EXPECT_THROW(writeFits(folder / "no such folder/x.fits", 2, 2, values, {}), FitsError);
-    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-        EXPECT_EQ(entry.path().filename(), "written.fits");
-}
-
-TEST(WriteFits, FailuresNameTheFileThatIsAtFault) {
-    const test::TempFolder folder;
-    const std::vector<std::uint16_t> values(4, 7);
-    const std::string text(5000, 'x');
-    std::ofstream(folder / "text") << text;
-    const TangentWcs wcs{{0, 0}, {0, 0}, {1, 0, 0, 1}};
+    const auto written = folder / "written.fits", text = folder.write("text", std::string(5000, 'x'));
+    writeFits(written, 2, 2, values, {});
     const struct {
         const char* why;
-        std::filesystem::path target;
-        std::function<void(const std::filesystem::path&)> write;
+        std::filesystem::path named;
+        std::function<void()> write;
     } cases[] = {
-        {"a value that FITS has no text for", folder / "image.fits",
-         [&](const auto& target) {
-             writeFits(target, 2, 2, values, {{"EXPTIME", std::nan("")}});
+        {"a value that FITS has no text for", written,
+         [&] {
+             writeFits(written, 2, 2, values, {{"EXPTIME", std::nan("")}});
          }},
         {"no such folder", folder / "none/image.fits",
-         [&](const auto& target) { writeFits(target, 2, 2, values, {}); }},
-        {"the source is no image, and is what is named", folder / "text",
-         [&](const auto& source) { writeWcs(source, folder / "solved.fits", wcs); }},
+         [&] { writeFits(folder / "none/image.fits", 2, 2, values, {}); }},
+        {"the source is no image, and is what is named", text,
+         [&] {
+             writeWcs(text, folder / "solved.fits", TangentWcs{{0, 0}, {0, 0}, {1, 0, 0, 1}});
+         }},
     };
     for (const auto& c : cases) {
-        const std::string error = test::refusalOf<FitsError>([&] { c.write(c.target); });
-        EXPECT_TRUE(error.starts_with(c.target.string() + ": ")) << c.why << ": " << error;
+        const std::string error = test::refusalOf<FitsError>(c.write);
+        EXPECT_TRUE(error.starts_with(c.named.string() + ": ")) << c.why << ": " << error;
     }
+    EXPECT_EQ(pixelsOf(FitsImage::open(written)), (std::vector<float>{0, 1, 32768, 65535}));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 2);
 }
 
 TEST(WriteWcs, IsReadBackInArrayPixelsForBothRowOrders) {
@@ -534,6 +519,15 @@ TEST(WcsFromHeader, UnderstandsTheThreeWaysAndRefusesTheRest) {
         EXPECT_NEAR(scaled->cd[i], matrix->cd[i], 1e-15) << i;
     }
     EXPECT_EQ(matrix->referencePixel.x, 50);
+}
+
+TEST(FitsHeader, TakesWholeNumbersThatAreWrittenAsReals) {
+    FitsHeader header;
+    for (const char* card : {"MOST    = 9.0E15", "MORE    = 9.1E15", "PART    = 2.5", "TEXT    = '-7'"})
+        header.addCardImage(card);
+    EXPECT_EQ(header.integer("MOST"), 9'000'000'000'000'000);
+    EXPECT_EQ(header.integer("TEXT"), -7);
+    for (const char* none : {"MORE", "PART", "NONE"}) EXPECT_FALSE(header.integer(none)) << none;
 }
 
 }  // namespace

@@ -66,8 +66,9 @@ struct TiffKind {
     std::uint16_t bits, samples, format, planes, packing;
 };
 
-template <typename Sample>
-void writeTiff(const std::filesystem::path& path, const TiffKind& kind) {
+/// With what every one needs.
+TIFF* newTiff(const std::filesystem::path& path, const TiffKind& kind, unsigned rowsInStrip,
+              int photometric) {
     TIFF* const tiff = TIFFOpen(path.c_str(), "w");
     TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(kWidth));
     TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(kHeight));
@@ -76,8 +77,14 @@ void writeTiff(const std::filesystem::path& path, const TiffKind& kind) {
     TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, kind.format);
     TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, kind.planes);
     TIFFSetField(tiff, TIFFTAG_COMPRESSION, kind.packing);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 7U);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsInStrip);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);
+    return tiff;
+}
+
+template <typename Sample>
+void writeTiff(const std::filesystem::path& path, const TiffKind& kind) {
+    TIFF* const tiff = newTiff(path, kind, 7, kind.samples >= 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
     const bool apart = kind.planes == PLANARCONFIG_SEPARATE;
     const std::size_t inLine = apart ? 1 : kind.samples;
     std::vector<Sample> line(kWidth * inLine);
@@ -93,19 +100,12 @@ void writeTiff(const std::filesystem::path& path, const TiffKind& kind) {
 
 /// The sensor's pixels behind a colour filter array, as cameras write them.
 void writeDng(const std::filesystem::path& path) {
-    TIFF* const tiff = TIFFOpen(path.c_str(), "w");
-    constexpr std::uint16_t kFilterArray = 32803;
+    constexpr int kFilterArray = 32803;
+    const TiffKind plain{"", 16, 1, SAMPLEFORMAT_UINT, PLANARCONFIG_CONTIG, COMPRESSION_NONE};
+    TIFF* const tiff = newTiff(path, plain, kHeight, kFilterArray);
     const std::uint8_t version[] = {1, 4, 0, 0}, filters[] = {0, 1, 1, 2};
     const std::uint16_t twoByTwo[] = {2, 2};
     TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, 0U);
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(kWidth));
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(kHeight));
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 16);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kFilterArray);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, static_cast<std::uint32_t>(kHeight));
     TIFFSetField(tiff, TIFFTAG_MAKE, "Maker");
     TIFFSetField(tiff, TIFFTAG_MODEL, "Camera");
     TIFFSetField(tiff, TIFFTAG_UNIQUECAMERAMODEL, "Maker Camera");
@@ -151,6 +151,7 @@ TEST_F(OpenPicture, ReadsEveryKindOfTiff) {
         {"16", 16, 1, kWhole, kTogether, COMPRESSION_LZW},
         {"colour", 16, 3, kWhole, kTogether, COMPRESSION_NONE},
         {"apart", 16, 3, kWhole, kApart, COMPRESSION_LZW},
+        {"one plane", 16, 1, kWhole, kApart, COMPRESSION_NONE},
         {"alpha", 8, 4, kWhole, kTogether, COMPRESSION_NONE},
         {"float", 32, 1, kFloat, kTogether, COMPRESSION_NONE},
         {"wide", 64, 1, kFloat, kTogether, COMPRESSION_NONE},
