@@ -14,7 +14,6 @@ PlateView::PlateView(const Front& front, const QString& name, const QString& emp
     auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins({});
     layout->addWidget(view_);
-    setFocusProxy(view_);
     setSizePolicy(view_->sizePolicy());
     look_ = front_.theme.changed.subscribe([this] { applyLook(); });
     applyLook();

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include "axis/simulated_mount.h"
-#include "engine/angles.h"
 #include "engine/manual_exposures.h"
 #include "engine/simulator_exposure.h"
 #include "platform/color.h"

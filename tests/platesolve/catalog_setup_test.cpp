@@ -67,7 +67,7 @@ class Fields : public testing::Test, protected test::SolvingWorld {};
 
 TEST_F(Fields, ExpansionIsHeldBetween0And80WhenTheBoxIsLeft) {
     panel.framePP.setVisible(true);
-    const std::pair<const char*, const char*> texts[] = {{"95", "80"},     {"-3", "0"}, {"80", "80"},
+    const std::pair<const char*, const char*> texts[] = {{"80.5", "80"},   {"-3", "0"}, {"80", "80"},
                                                          {"30.5", "30.5"}, {"0", "0"},  {"", ""}};
     for (const auto& [typed, left] : texts) {
         panel.txtCatExp.type(typed);
