@@ -223,6 +223,8 @@ TEST_F(ObservingSiteTest, AUtilityThatFailsIsNamed) {
 }
 
 TEST_F(ObservingSiteTest, StoresWhatTheOperatorWritesOnBothHemispheres) {
+    for (const platform::TextBox* box : {&panel.txtSiteLat, &panel.txtSiteLong})
+        EXPECT_NE(box->toolTip(), "") << "tells how it is written";
     const struct {
         const char *latitude, *longitude;
         std::optional<std::string> storedLatitude, storedLongitude;
