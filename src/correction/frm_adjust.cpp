@@ -8,9 +8,7 @@ frmAdjust::Adjuster::Adjuster(platform::Form& form, const std::string& name)
       lblSigma(form, "lbl" + name + "Sigma", ""),
       lblBolt(form, "lbl" + name + "Bolt", ""),
       txtPerTurn(form, "txt" + name + "PerTurn", ""),
-      chkOtherWay(form, "chk" + name + "OtherWay", "Other way") {
-    txtPerTurn.setToolTip("Arc-minutes that a whole turn of the bolt moves the axis; empty: not known");
-}
+      chkOtherWay(form, "chk" + name + "OtherWay", "Other way") {}
 
 frmAdjust::frmAdjust(platform::Screen& screen)
     : Form(screen, "frmAdjust", "Adjust", {200, 100, 720, 460}),

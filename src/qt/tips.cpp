@@ -200,9 +200,11 @@ const std::map<Field, const char*>& tips() {
         {{"frmMain", "cmdAdjust"},
          QT_TRANSLATE_NOOP("Tip", "Both adjusters at once, by pictures taken while you turn them")},
         {{"frmAdjust", "txtAzimuthPerTurn"},
-         QT_TRANSLATE_NOOP("Tip", "Arc-minutes that a whole turn of the azimuth bolt moves the axis")},
+         QT_TRANSLATE_NOOP(
+             "Tip", "Arc-minutes that a whole turn of the azimuth bolt moves the axis; empty: not known")},
         {{"frmAdjust", "txtElevationPerTurn"},
-         QT_TRANSLATE_NOOP("Tip", "Arc-minutes that a whole turn of the elevation bolt moves the axis")},
+         QT_TRANSLATE_NOOP(
+             "Tip", "Arc-minutes that a whole turn of the elevation bolt moves the axis; empty: not known")},
         {{"frmAdjust", "chkAzimuthOtherWay"},
          QT_TRANSLATE_NOOP("Tip", "The bolt goes the other way than the program says")},
         {{"frmAdjust", "chkElevationOtherWay"},

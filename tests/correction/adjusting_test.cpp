@@ -99,7 +99,6 @@ TEST(Adjusting, TellsBothAdjustersUntilDoneAndWatchesTheLock) {
         seen.push_back(shop.window.azimuth.lblMove.caption() + ", " +
                        shop.window.elevation.lblMove.caption());
     };
-    EXPECT_NE(shop.window.azimuth.txtPerTurn.toolTip(), "") << "tells what is asked for";
     shop.window.azimuth.txtPerTurn.setText("12");
     std::string bolt, arrow, done, shifted;
     shop.at(2, [&] {

@@ -785,12 +785,12 @@ erscheinen hier.</translation>
         <translation>Beide Einstellschrauben zugleich, nach Aufnahmen, während Sie drehen</translation>
     </message>
     <message>
-        <source>Arc-minutes that a whole turn of the azimuth bolt moves the axis</source>
-        <translation>Bogenminuten, um die eine Umdrehung der Azimutschraube die Achse bewegt</translation>
+        <source>Arc-minutes that a whole turn of the azimuth bolt moves the axis; empty: not known</source>
+        <translation>Bogenminuten, um die eine Umdrehung der Azimutschraube die Achse bewegt; leer: unbekannt</translation>
     </message>
     <message>
-        <source>Arc-minutes that a whole turn of the elevation bolt moves the axis</source>
-        <translation>Bogenminuten, um die eine Umdrehung der Höhenschraube die Achse bewegt</translation>
+        <source>Arc-minutes that a whole turn of the elevation bolt moves the axis; empty: not known</source>
+        <translation>Bogenminuten, um die eine Umdrehung der Höhenschraube die Achse bewegt; leer: unbekannt</translation>
     </message>
     <message>
         <source>The bolt goes the other way than the program says</source>
