@@ -36,8 +36,7 @@ void imageJson(benchmark::State& state) {
     for (int x = 0; x < kWidth; ++x) {
         message += x == 0 ? "[" : ",[";
         for (int y = 0; y < kHeight; ++y)
-            message +=
-                (y == 0 ? "" : ",") + std::to_string(pixels[static_cast<std::size_t>(x * kHeight + y)]);
+            message += (y == 0 ? "" : ",") + std::to_string(pixels.data()[x * kHeight + y]);
         message += "]";
     }
     message += R"(],"ErrorNumber":0,"ErrorMessage":""})";

@@ -44,7 +44,7 @@ void wholeExposure(benchmark::State& state) {
     platform::VirtualTime time{tonight()};
     NoiseSource noise(1);
     Mount mount(time, noise);
-    const std::shared_ptr<const sky::StarCatalog> catalog = sky::CompactCatalog::openBuiltIn();
+    std::shared_ptr<const sky::StarCatalog> catalog = sky::CompactCatalog::openBuiltIn();
     Camera camera(mount, noise, [&catalog] { return catalog; });
     for (auto _ : state) benchmark::DoNotOptimize(camera.expose(time.utc(), "bench")());
 }

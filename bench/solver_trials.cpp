@@ -234,6 +234,7 @@ void run(const Unfindable& campaign, int count, const StarCatalog& catalog) {
 std::vector<ImageStar> pointsByChance(Dice& dice) {
     std::vector<ImageStar> points;
     const auto count = static_cast<int>(dice.between(5, 400));
+    points.reserve(static_cast<std::size_t>(count));
     for (int s = 0; s < count; ++s)
         points.push_back({dice.between(0, 1023), dice.between(0, 767), 1e5 / (s + 1.0)});
     return points;

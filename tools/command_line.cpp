@@ -21,8 +21,8 @@ double numberIn(const std::string& option, const std::string& text, double least
 }
 
 CLI::Option* addText(CLI::App& line, const std::string& option, const std::string& valueName,
-                     const std::string& text, std::function<void(const std::string&)> take) {
-    return line.add_option_function<std::string>(option, std::move(take), text)->type_name(valueName);
+                     const std::string& text, const std::function<void(const std::string&)>& take) {
+    return line.add_option_function<std::string>(option, take, text)->type_name(valueName);
 }
 
 CLI::Option* addNumber(CLI::App& line, const std::string& option, const std::string& valueName,

@@ -25,7 +25,7 @@ double numberIn(const std::string& option, const std::string& text, double least
 /// Adds an option whose value is handed over as it stands; the name of the value and the option's text are
 /// for the help.
 CLI::Option* addText(CLI::App& line, const std::string& option, const std::string& valueName,
-                     const std::string& text, std::function<void(const std::string&)> take);
+                     const std::string& text, const std::function<void(const std::string&)>& take);
 
 /// Adds an option whose value is a number within bounds. Another value is BadInput.
 CLI::Option* addNumber(CLI::App& line, const std::string& option, const std::string& valueName,

@@ -81,7 +81,7 @@ std::string PlateTaker::expose() {
         platform::leadingNumber(services_.settings.GetSetting("PolarAlign", "SaveImages", "0")) == 1;
     const auto now = platform::civilLocal(services_.loop.clock().utc());
     const std::string name = ownName ? platform::formatTime(now, "HH_mm_ss") + "_Image" : kSavedImage;
-    const std::string imageFileName = name + ".fit";
+    std::string imageFileName = name + ".fit";
     const Progress::UnderWay exposing(services_.progress,
                                       {Stage::kExpose, state_.UsingAxisSimulator ? 0 : exposureSeconds()});
     if (state_.UsingAxisSimulator) {

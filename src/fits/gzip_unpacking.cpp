@@ -29,10 +29,10 @@ int descriptorOf(const std::filesystem::path& path, const RawFile& packed) {
     }
 }
 
-gzFile opened(const std::filesystem::path& path, const RawFile& packed) {
+gzFile_s* opened(const std::filesystem::path& path, const RawFile& packed) {
     // Without memory for its own part the library leaves the descriptor open; nothing else goes on then
     // either.
-    const gzFile stream = ::gzdopen(descriptorOf(path, packed), "rb");
+    gzFile_s* const stream = ::gzdopen(descriptorOf(path, packed), "rb");
     if (stream == nullptr) fail(path, ENOMEM);
     ::gzbuffer(stream, kPiece);
     return stream;

@@ -53,7 +53,8 @@ void saveDocument(ImageDocument& document, const platform::FolderMap& folders, c
     document.modified = false;
 }
 
-void saveInBackground(OpenDocuments::Ref document, const ImagingBench& bench, const std::string& path) {
+void saveInBackground(const OpenDocuments::Ref& document, const ImagingBench& bench,
+                      const std::string& path) {
     const ImageDocument asked = *document;
     bench.background.await([&] { write(asked, bench.folders, path); });
     if (document->pixels == asked.pixels) document->modified = false;

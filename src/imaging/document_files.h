@@ -11,7 +11,7 @@ namespace vantrel::imaging {
 /// without an ending gets ".fit". Throws std::runtime_error that names the path. saveInBackground lets the
 /// window live on meanwhile.
 void saveDocument(ImageDocument& document, const platform::FolderMap& folders, const std::string& path);
-void saveInBackground(OpenDocuments::Ref document, const ImagingBench& bench, const std::string& path);
+void saveInBackground(const OpenDocuments::Ref& document, const ImagingBench& bench, const std::string& path);
 
 /// The header's value under the keyword; empty when there is none.
 platform::Value headerValue(const ImageDocument& document, const std::string& keyword);

@@ -189,10 +189,10 @@ std::size_t indexIn(const ViewRaster& raster, int x, int y) {
 
 void showMarks(ViewRaster& raster, const platform::ImageArray& image, const ViewWindow& window) {
     for (const auto& mark : image.setPixels()) {
+        const auto column = mark.place % image.width(), row = mark.place / image.width();
         const auto [left, right] =
-            shownAt(static_cast<double>(mark.place % image.width()), window.left, window.scale, raster.width);
-        const auto [top, bottom] =
-            shownAt(static_cast<double>(mark.place / image.width()), window.top, window.scale, raster.height);
+            shownAt(static_cast<double>(column), window.left, window.scale, raster.width);
+        const auto [top, bottom] = shownAt(static_cast<double>(row), window.top, window.scale, raster.height);
         for (int y = top; y < bottom; ++y)
             for (int x = left; x < right; ++x)
                 raster.values[indexIn(raster, x, y)] = static_cast<float>(kMarkValue);

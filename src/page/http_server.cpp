@@ -1,7 +1,7 @@
 #include "page/http_server.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <list>
 #include <stdexcept>
 
@@ -96,9 +96,11 @@ class HttpServer::Daemon {
     }
 
     /// Called once with the headers, when only a refusal may be said, and again when the request is whole.
-    static MHD_Result onRequest(void* closure, MHD_Connection* connection, const char* path,
-                                const char* method, const char* /*version*/, const char* /*upload*/,
-                                std::size_t* uploaded, void** context) {
+    static MHD_Result onRequest(
+        void* closure, MHD_Connection* connection, const char* path, const char* method,
+        const char* /*version*/, const char* /*upload*/,
+        std::size_t* uploaded,  // NOLINT(readability-non-const-parameter): as C calls it
+        void** context) {
         static char headersSeen;
         auto& self = *static_cast<Daemon*>(closure);
         try {
@@ -166,7 +168,7 @@ class HttpServer::Daemon {
             MHD_suspend_connection(stream.connection);
             return 0;
         }
-        std::memcpy(room, stream.event.data() + stream.sent, part);
+        std::copy_n(stream.event.data() + stream.sent, part, room);
         stream.sent += part;
         return static_cast<ssize_t>(part);
     }

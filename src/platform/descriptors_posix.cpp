@@ -9,6 +9,7 @@ namespace vantrel::platform {
 
 std::vector<int> waitForInput(const std::vector<int>& descriptors, Milliseconds longest) {
     std::vector<pollfd> watched;
+    watched.reserve(descriptors.size());
     for (const int descriptor : descriptors) watched.push_back({descriptor, POLLIN, 0});
     const int ready = ::poll(watched.data(), watched.size(), static_cast<int>(longest.count()));
     std::vector<int> found;

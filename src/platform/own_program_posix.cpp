@@ -1,6 +1,6 @@
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <system_error>
 
 #include <malloc.h>
@@ -31,9 +31,10 @@ void takeMemoryAtOnce() {
     mallopt(M_TRIM_THRESHOLD, kNeverGivenBack);
     void* const memory = std::malloc(kSize);
     if (memory == nullptr) return;
-    const auto begin = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t aligned = (begin + kLargePage - 1) / kLargePage * kLargePage;
-    madvise(reinterpret_cast<void*>(aligned), kSize - (aligned - begin), MADV_HUGEPAGE);
+    void* aligned = memory;
+    std::size_t room = kSize;
+    std::align(kLargePage, kLargePage, aligned, room);
+    madvise(aligned, room, MADV_HUGEPAGE);
     std::free(memory);
 #endif
 }

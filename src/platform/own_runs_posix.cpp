@@ -26,6 +26,7 @@ void OwnRuns::start(std::size_t number, const std::vector<std::string>& argument
     std::vector<std::string> all = {"vantrel-solve"};
     all.insert(all.end(), arguments.begin(), arguments.end());
     std::vector<char*> texts;
+    texts.reserve(all.size() + 1);
     for (std::string& argument : all) texts.push_back(argument.data());
     texts.push_back(nullptr);
     posix_spawn_file_actions_t actions;

@@ -121,8 +121,9 @@ bool QueuedEventLoop::runReadable() {
 void QueuedEventLoop::tellWatched() {
     std::erase_if(watches_, [](const Watch& watch) { return watch.handler.expired(); });
     std::vector<int> descriptors;
+    descriptors.reserve(watches_.size());
     for (const Watch& watch : watches_) descriptors.push_back(watch.descriptor);
-    time_.watch(std::move(descriptors));
+    time_.watch(descriptors);
 }
 
 void QueuedEventLoop::attend() {

@@ -34,7 +34,7 @@ std::string prettyName(const std::filesystem::path& file) {
 
 std::string systemName(const std::filesystem::path& root) {
     for (const char* file : {"etc/os-release", "usr/lib/os-release"})
-        if (const std::string name = prettyName(root / file); !name.empty()) return name;
+        if (std::string name = prettyName(root / file); !name.empty()) return name;
     utsname names{};
     if (::uname(&names) != 0) return {};
     return std::string(names.sysname) + " " + names.release;

@@ -66,7 +66,7 @@ std::vector<Item> itemsOn(QWidget& window, const QTabWidget* tabs, const QWidget
             items.push_back({widget, caption, std::move(letters)});
     }
     // Fields may share a letter, which then goes from one to the next; buttons should not.
-    std::ranges::stable_partition(items, isButton);
+    std::stable_partition(items.begin(), items.end(), isButton);
     return items;
 }
 

@@ -38,7 +38,7 @@ void QrView::paintEvent(QPaintEvent* /*event*/) {
     const int left = (width() - field * code_.side) / 2, top = (height() - field * code_.side) / 2;
     for (int y = 0; y < code_.side; ++y)
         for (int x = 0; x < code_.side; ++x)
-            if (code_.dark[static_cast<std::size_t>(y * code_.side + x)])
+            if (code_.isDark(x, y))
                 painter.fillRect(left + x * field, top + y * field, field, field, Qt::black);
 }
 

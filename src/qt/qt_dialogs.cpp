@@ -156,7 +156,7 @@ std::string QtDialogs::chooseFolder(const platform::Words& title) {
 }
 
 std::string QtDialogs::chooseFile(const platform::Words& title) {
-    const std::string file =
+    std::string file =
         choosePath(title, lastFolder_.empty() ? startFolder_ : lastFolder_, QFileDialog::ExistingFile);
     if (!file.empty()) lastFolder_ = folders_.real(file).parent_path().string();
     return file;

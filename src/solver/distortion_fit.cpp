@@ -87,8 +87,9 @@ void addInverse(sky::SipDistortion& distortion, const PlateGeometry& geometry) {
     Eigen::MatrixXd terms(kGrid * kGrid, (order + 1) * (order + 2) / 2);
     Eigen::MatrixXd back(kGrid * kGrid, 2);
     for (int i = 0; i < kGrid * kGrid; ++i) {
-        const double u = (i % kGrid / (kGrid - 1.0) - 0.5) * (geometry.width - 1);
-        const double v = (i / kGrid / (kGrid - 1.0) - 0.5) * (geometry.height - 1);
+        const int column = i % kGrid, row = i / kGrid;
+        const double u = (column / (kGrid - 1.0) - 0.5) * (geometry.width - 1);
+        const double v = (row / (kGrid - 1.0) - 0.5) * (geometry.height - 1);
         back(i, 0) = -distortion.a.value(u, v);
         back(i, 1) = -distortion.b.value(u, v);
         const double linearU = (u - back(i, 0)) / unit;

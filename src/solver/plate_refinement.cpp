@@ -173,6 +173,7 @@ class Refiner {
 
     PlateErrors errorsOf(const PlateModel& model, const std::vector<Match>& matches) const {
         std::vector<StarPair> pairs;
+        pairs.reserve(matches.size());
         for (const Match& m : matches) pairs.push_back(m.pair);
         return model.errors(pairs);
     }

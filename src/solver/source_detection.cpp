@@ -26,8 +26,9 @@ std::vector<float> smoothedRow(const DetectionTask& task, int y) {
         const int row = y + ky - half;
         if (row < 0 || row >= static_cast<int>(task.height)) continue;
         const float* const from = task.pixels.data() + static_cast<std::size_t>(row) * task.width;
+        const float* const weights = task.kernel.data() + ky * task.kernelSide;
         for (int kx = 0; kx < task.kernelSide; ++kx) {
-            const float weight = task.kernel[static_cast<std::size_t>(ky * task.kernelSide + kx)];
+            const float weight = weights[kx];
             const int shift = kx - half;
             const int first = std::max(0, -shift);
             const int end = std::min(width, width - shift);
@@ -190,6 +191,7 @@ class Parting {
         std::vector<Pixels> parts = connected(brighterThan(pixels, at));
         std::erase_if(parts, [&](const Pixels& one) { return one.size() < fewest_; });
         std::vector<bool> parted;
+        parted.reserve(parts.size());
         for (const Pixels& one : parts) parted.push_back(part(one, step + 1));
         const bool any = std::find(parted.begin(), parted.end(), true) != parted.end();
         const auto strong =

@@ -41,6 +41,7 @@ std::vector<Source> shapedOnes(std::span<const Source> sources) {
 /// In bins.
 double typicalSigma(const std::vector<Source>& shaped) {
     std::vector<double> sigmas;
+    sigmas.reserve(shaped.size());
     for (const Source& source : shaped) sigmas.push_back(source.sigma);
     return shaped.empty() ? 1 : middleOf(sigmas);
 }
@@ -147,7 +148,8 @@ StarList findStars(const fits::FitsImage& image, const StarSettings& settings) {
         std::vector<Source> telling = whole;
         std::erase_if(telling, isFaint);
         const bool drawnOut = lookOf(shapedOnes(telling)).trail > 0;
-        if (drawnOut || arePieces(sources, telling, static_cast<double>(coarse.binning / reduced.binning))) {
+        const auto coarser = coarse.binning / reduced.binning;
+        if (drawnOut || arePieces(sources, telling, static_cast<double>(coarser))) {
             reduced = std::move(coarse);
             sources = std::move(whole);
         }

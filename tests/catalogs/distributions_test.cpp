@@ -236,7 +236,9 @@ TEST_P(Distribution, BecomesACompactCatalogueOfTheSameStars) {
         EXPECT_TRUE(compact.verify());
         const auto inStrip = [&](const sky::StarCatalog& from, double year) {
             auto found = from.cone({.raDeg = 0, .decDeg = 0, .radiusDeg = 180, .epochYear = year});
-            std::erase_if(found, [&](const CatalogStar& s) { return s.decDeg < south || s.decDeg >= north; });
+            std::erase_if(found, [&](const CatalogStar& s) {
+                return s.decDeg < selection.southDeg || s.decDeg >= selection.northDeg;
+            });
             return found;
         };
         const auto expected = inStrip(*catalog, 2026.5);

@@ -193,6 +193,7 @@ TEST(PolarChartTest, BothPolesWhereTheyCanBeToldApart) {
 
 TEST(PolarChartTest, EarlierMeasurementsFadeWithAge) {
     std::vector<engine::PolarError> earlier;
+    earlier.reserve(32);
     for (int i = 0; i < 30; ++i) earlier.push_back({.ErrorAmplitude = 0.5 / 60, .ErrorAngle = 12.0 * i});
     earlier.push_back({.ErrorAmplitude = 3.0 / 60, .ErrorAngle = 0});  // beyond the chart
     earlier.push_back({.ErrorAmplitude = 0.5 / 60, .ErrorAngle = 90});

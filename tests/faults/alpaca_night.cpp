@@ -142,6 +142,7 @@ class AlpacaDevices : public NetworkDevices {
             {"not implemented", kNotImplemented},
             {"not connected", kNotConnected},
         };
+        faults.reserve(kinds.size());
         for (const auto& [name, kind] : kinds)
             faults.push_back({request + " " + name,
                               [this, request, kind = kind] { instruments_.server.faults[request] = kind; }});

@@ -56,6 +56,7 @@ constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
 /// The same texts for the same values, in eighths; "-" where there is none.
 std::vector<std::string> told(const std::vector<float>& pixels) {
     std::vector<std::string> texts;
+    texts.reserve(pixels.size());
     for (const float pixel : pixels)
         texts.push_back(std::isnan(pixel) ? "-" : std::to_string(std::lround(pixel * 8)));
     return texts;

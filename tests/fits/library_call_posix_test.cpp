@@ -49,7 +49,12 @@ TEST(GuardedCall, IsGivenNoMoreThanItsLimits) {
                               return std::to_string(time.rlim_cur);
                           }),
               "7");
-    EXPECT_EQ(refusalOf<GuardedCallFailed>([] { return std::string(80'000'000, 'x'); }), "std::bad_alloc");
+    EXPECT_EQ(refusalOf<GuardedCallFailed>([] {
+                  std::string large;
+                  large.resize(80'000'000, 'x');
+                  return large;
+              }),
+              "std::bad_alloc");
 }
 
 TEST(GuardedLibraryCall, TellsInOneLineWhatHappenedToTheFile) {

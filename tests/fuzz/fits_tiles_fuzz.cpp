@@ -29,7 +29,8 @@ class Recipe {
         return value;
     }
     /// So many bytes, over and over again what is left.
-    std::string bytes(std::size_t count) const {
+    std::string bytes(int wanted) const {
+        const auto count = static_cast<std::size_t>(wanted);
         std::string filled;
         while (filled.size() < count) filled += rest_.empty() ? std::string_view("\0", 1) : rest_;
         filled.resize(count);
@@ -54,7 +55,7 @@ struct Drawn {
         if (bitpix > 0 && recipe.upTo(2) == 1)
             cards.push_back("BLANK   = " + std::to_string(recipe.upTo(128)));
         if (recipe.upTo(2) == 1) cards.insert(cards.end(), {"BZERO   = 32768", "BSCALE  = 0.5"});
-        pixels = recipe.bytes(static_cast<std::size_t>(sides[0] * sides[1] * sides[2] * bytesPerPixel()));
+        pixels = recipe.bytes(sides[0] * sides[1] * sides[2] * bytesPerPixel());
     }
 
     int bytesPerPixel() const { return std::abs(bitpix) / 8; }
@@ -68,9 +69,9 @@ struct Drawn {
 };
 
 std::vector<std::string> axesCards(const std::string& keyword, const int (&sides)[3]) {
-    std::vector<std::string> cards;
-    for (int axis = 0; axis < 3; ++axis)
-        cards.push_back(keyword + std::to_string(axis + 1) + " = " + std::to_string(sides[axis]));
+    std::vector<std::string> cards(3);
+    for (std::size_t axis = 0; axis < cards.size(); ++axis)
+        cards[axis] = keyword + std::to_string(axis + 1) + " = " + std::to_string(sides[axis]);
     for (std::string& card : cards) card.insert(card.find(' '), 8 - card.find(' '), ' ');
     for (std::string& card : cards) card.erase(8, card.find('=') - 8);
     return cards;
@@ -177,8 +178,8 @@ std::string tiledFile(const Drawn& image) {
                 for (int z = z0; z < std::min(z0 + image.tile[2], image.sides[2]); ++z)
                     for (int y = y0; y < std::min(y0 + image.tile[1], image.sides[1]); ++y) {
                         const int first = (z * image.sides[1] + y) * image.sides[0] + x0;
-                        bytes += image.pixels.substr(static_cast<std::size_t>(first * size),
-                                                     static_cast<std::size_t>(width * size));
+                        bytes.append(image.pixels.data() + first * size,
+                                     image.pixels.data() + (first + width) * size);
                     }
                 const std::string packed = image.rice ? riceCoded(bytes, size, image.split) : gzipped(bytes);
                 table += test::bigEndian(static_cast<std::uint32_t>(packed.size()));

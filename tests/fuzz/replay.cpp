@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace fs = std::filesystem;
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     std::vector<fs::path> files;
     for (int i = 1; i < argc; ++i) {
         if (fs::is_directory(argv[i])) {
@@ -36,4 +36,7 @@ int main(int argc, char** argv) {
     }
     if (files.empty()) std::fputs("no corpus\n", stderr);
     return files.empty() ? 1 : 0;
+} catch (const fs::filesystem_error& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
 }

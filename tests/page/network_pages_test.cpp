@@ -17,6 +17,7 @@
 namespace vantrel::page {
 namespace {
 
+using namespace std::string_literals;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
@@ -96,8 +97,8 @@ class NetworkPagesTest : public testing::Test {
         NetworkSeams seams;
         seams.secret = [this] {
             Secret secret{};
-            for (std::uint8_t i = 0; i < secret.size(); ++i)
-                secret[i] = static_cast<std::uint8_t>(i + 16 * secrets_);
+            for (std::size_t i = 0; i < secret.size(); ++i)
+                secret[i] = static_cast<std::uint8_t>(i + 16U * static_cast<unsigned>(secrets_));
             ++secrets_;
             return secret;
         };
@@ -209,7 +210,7 @@ TEST_F(NetworkPagesTest, BadClientsCostNobodyElseAnything) {
         const char* why;
         std::string text;
     } cases[] = {
-        {"garbage", std::string("\0\xff\x16\x03\x01 \r\n\r\nGET\r\n\r\n", 19)},
+        {"garbage", "\0\xff\x16\x03\x01 \r\n\r\nGET\r\n\r\n"s},
         {"a request that never ends", "GET " + base + "/ HTTP/1.1\r\nHost: "},
         {"a huge path", "GET /" + std::string(100'000, 'x')},
         {"huge headers", "GET / HTTP/1.1\r\n" + std::string(100'000, 'h') + ": x\r\n\r\n"},

@@ -88,9 +88,10 @@ TEST(OwnAddress, IsOneThatATelephoneCanReachAndTheWorldCannot) {
 /// The three large squares in the corners, by which telephones find a code.
 TEST(QrCode, HasItsCornersAndRoomForAnAddress) {
     const QrCode code = qrCodeOf("http://192.168.100.100:41233/0123456789abcdef0123456789abcdef/");
-    ASSERT_EQ(code.dark.size(), static_cast<std::size_t>(code.side * code.side));
+    const auto side = static_cast<std::size_t>(code.side);
+    ASSERT_EQ(code.dark.size(), side * side);
     EXPECT_GE(code.side, 33);
-    const auto dark = [&](int x, int y) { return code.dark[static_cast<std::size_t>(y * code.side + x)]; };
+    const auto dark = [&](int x, int y) { return code.isDark(x, y); };
     for (const auto& [left, top] : {std::pair{0, 0}, {code.side - 7, 0}, {0, code.side - 7}}) {
         EXPECT_TRUE(dark(left, top) && dark(left + 6, top + 6) && dark(left + 3, top + 3));
         EXPECT_FALSE(dark(left + 1, top + 1) || dark(left + 5, top + 5));

@@ -290,9 +290,10 @@ TEST(FindStars, SeesPastPixelsWithoutAValue) {
                                      static_cast<std::size_t>(y) / scale);
                 };
                 std::vector<float> holed = pixels;
-                for (std::size_t i = 0; i < holed.size(); ++i)
-                    if (isBlank(static_cast<double>(i % field.width), static_cast<double>(i / field.width)))
-                        holed[i] = blank;
+                for (std::size_t i = 0; i < holed.size(); ++i) {
+                    const std::size_t x = i % field.width, y = i / field.width;
+                    if (isBlank(static_cast<double>(x), static_cast<double>(y))) holed[i] = blank;
+                }
                 const auto found = findStars(FitsImage(field.width, field.height, holed), {}).stars;
                 const auto isIn = [&](const ImageStar& star, const std::vector<ImageStar>& list) {
                     return std::any_of(list.begin(), list.end(), [&](const ImageStar& other) {
@@ -511,7 +512,7 @@ TEST(FindStars, TellsTrailsAndFocus) {
         recipe.height = kHeight;
         recipe.sky = 300;
         for (int i = 0; i < 40; ++i) {
-            const double x = 60 + i % 8 * 120.0 + i * 3 % 11, y = 70 + i / 8 * 155.0 + i * 7 % 13;
+            const double x = 60 + i % 8 * 120.0 + i * 3 % 11, y = 70 + (i - i % 8) * 155.0 / 8 + i * 7 % 13;
             const double light = 60'000 + 4000 * i;
             if (c.trail > 0)
                 recipe.trails.push_back(

@@ -68,7 +68,7 @@ std::vector<DeviceRecord> Host::devicesAt(const ServerAddress& server) {
 // ---- remembering
 
 std::string Host::remember(const DeviceRecord& device) {
-    const std::string id = device.id();
+    std::string id = device.id();
     std::erase_if(known_, [&](const DeviceRecord& other) { return other.id() == id; });
     known_.insert(known_.begin(), device);
     if (known_.size() > kMostKnown) forget(known_.back().id());
@@ -155,7 +155,7 @@ std::optional<DeviceRecord> Host::wheelAt(const ServerAddress& server) {
             if (device.type == "filterwheel" && device.server == server) return device;
         return std::nullopt;
     };
-    if (const auto wheel = firstOf(known_)) return wheel;
+    if (auto wheel = firstOf(known_)) return wheel;
     try {
         return firstOf(devicesAt(server));
     } catch (const UnknownMember&) {

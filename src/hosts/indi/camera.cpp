@@ -71,7 +71,7 @@ const char* frameElement(CameraOrder::Frame frame) {
 
 }  // namespace
 
-Camera::Camera(Surroundings surroundings, std::shared_ptr<Client> client, const std::string& name)
+Camera::Camera(Surroundings surroundings, const std::shared_ptr<Client>& client, const std::string& name)
     : surroundings_(std::move(surroundings)),
       device_(client, name, surroundings_.wait, surroundings_.tell,
               {.complete = [this] { return complete(); },

@@ -21,7 +21,7 @@ namespace vantrel::hosts::indi {
 
 class Camera : public platform::CameraHardware {
   public:
-    Camera(Surroundings surroundings, std::shared_ptr<Client> client, const std::string& name);
+    Camera(Surroundings surroundings, const std::shared_ptr<Client>& client, const std::string& name);
 
     std::string name() const override { return device_.name(); }
     void connect() override;

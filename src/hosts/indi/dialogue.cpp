@@ -7,19 +7,19 @@ namespace vantrel::hosts::indi {
 using platform::Milliseconds;
 
 Request Dialogue::setNumbers(const std::string& property, const NumberValues& values, std::string what) {
-    const Request request{property, std::move(what), client_->serial()};
+    Request request{property, std::move(what), client_->serial()};
     client_->setNumbers(name_, property, values);
     return request;
 }
 
 Request Dialogue::setTexts(const std::string& property, const TextValues& values, std::string what) {
-    const Request request{property, std::move(what), client_->serial()};
+    Request request{property, std::move(what), client_->serial()};
     client_->setTexts(name_, property, values);
     return request;
 }
 
 Request Dialogue::setSwitch(const std::string& property, const std::string& element, std::string what) {
-    const Request request{property, std::move(what), client_->serial()};
+    Request request{property, std::move(what), client_->serial()};
     client_->setSwitch(name_, property, element);
     return request;
 }

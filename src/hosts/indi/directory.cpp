@@ -75,6 +75,7 @@ class Inquiry {
 Search searchServers(Servers& servers, const std::vector<ServerAddress>& addresses) {
     const Surroundings& surroundings = servers.surroundings();
     std::vector<std::unique_ptr<Inquiry>> inquiries;
+    inquiries.reserve(addresses.size());
     for (const ServerAddress& address : addresses)
         inquiries.push_back(std::make_unique<Inquiry>(surroundings.loop.clock(), servers.client(address)));
     surroundings.wait.until(

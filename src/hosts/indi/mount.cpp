@@ -36,7 +36,7 @@ std::string utcText(platform::Instant utc) {
 
 }  // namespace
 
-Mount::Mount(Surroundings surroundings, std::shared_ptr<Client> client, const std::string& name,
+Mount::Mount(Surroundings surroundings, const std::shared_ptr<Client>& client, const std::string& name,
              std::function<MountOptions()> options)
     : surroundings_(std::move(surroundings)),
       options_(std::move(options)),

@@ -32,7 +32,7 @@ struct MountOptions {
 class Mount {
   public:
     /// `options` is asked at every connecting.
-    Mount(Surroundings surroundings, std::shared_ptr<Client> client, const std::string& name,
+    Mount(Surroundings surroundings, const std::shared_ptr<Client>& client, const std::string& name,
           std::function<MountOptions()> options);
 
     const std::string& name() const { return device_.name(); }

@@ -139,7 +139,7 @@ class HttpTransfers::CurlTransfer : public HttpTransfer {
     void addHeader(const std::string& line) {
         curl_slist* longer = curl_slist_append(headers_.get(), line.c_str());
         if (longer == nullptr) throw std::bad_alloc();
-        headers_.release();  // the longer list holds it
+        static_cast<void>(headers_.release());  // the longer list holds it
         headers_.reset(longer);
     }
 

@@ -135,8 +135,9 @@ TEST(DefectiveLines, leaveWhatTracksCross) {
 
 /// Every line differs from those it is compared with.
 TEST(DefectiveLines, surviveStripesEverywhere) {
-    std::vector<std::uint16_t> pixels;
-    for (int i = 0; i < 120 * 90; ++i) pixels.push_back(i % 120 % 4 < 2 ? 1000 : 3000);
+    std::vector<std::uint16_t> pixels(120 * 90, 1000);
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+        if (i % 120 % 4 >= 2) pixels[i] = 3000;
     const platform::ImageArray image(120, 90, pixels);
     EXPECT_EQ(mended(image).width(), 120U);
     for (const std::size_t side : {1U, 8U, 20U, 40U, 71U})

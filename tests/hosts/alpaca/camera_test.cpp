@@ -346,7 +346,9 @@ TEST_F(CameraTest, PrefersBytesButReadsWhatComes) {
                                      {"application/octet-stream", bytes},
                                      {"text/plain", json},
                                      {"", bytes}}) {
-        server.raw["camera/2/imagearray"] = [=] { return HttpAnswer{200, type, body}; };
+        server.raw["camera/2/imagearray"] = [type = type, body = body] {
+            return HttpAnswer{200, type, body};
+        };
         EXPECT_EQ(expose(), Progress::kReady) << type;
         EXPECT_EQ(picture().image.pixels(), platform::ImageArray::Pixels(std::vector<std::uint16_t>{7, 8}))
             << type;

@@ -225,11 +225,11 @@ TEST_F(CameraTest, LateAndDoubledAnswersExposeAsWell) {
 
 TEST_F(CameraTest, SaysWhyAnExposureGivesNoPicture) {
     const std::string exposure = "<setNumberVector device=\"Camera\" name=\"CCD_EXPOSURE\" state=";
-    const auto at = [&](Milliseconds instant, std::function<void()> what) -> std::function<void()> {
+    const auto at = [&](Milliseconds instant, const std::function<void()>& what) -> std::function<void()> {
         return [&, instant, what] { later = loop.after(instant, what); };
     };
     /// Half of the picture comes, and then this happens to its connection.
-    const auto half = [&](std::function<void(FakeConnection&)> then) -> std::function<void()> {
+    const auto half = [&](const std::function<void(FakeConnection&)>& then) -> std::function<void()> {
         return [&, then] {
             server.delivers = false;
             later = loop.after(5100ms, [&, then] {
@@ -259,7 +259,7 @@ TEST_F(CameraTest, SaysWhyAnExposureGivesNoPicture) {
          half([&](FakeConnection& one) { halted = loop.after(10ms, [&one] { one.cutCable(); }); }),
          "The connection to Camera was lost: it has stopped answering", 25s},
         {"a picture that is none", [&] { server.format = ".fits.z"; }, "the picture can't be unpacked", 6s},
-        {"a picture beyond the sensor", [&] { server.picture = std::string(40'000'000, 'x'); },
+        {"a picture beyond the sensor", [&] { server.picture.resize(40'000'000, 'x'); },
          "the picture is larger than the camera's sensor allows", 6s},
     };
     for (const auto& [why, spoil, problem, latest] : cases) {

@@ -129,7 +129,7 @@ class FakeIndi {
     using XmlElement = hosts::indi::XmlElement;
     using XmlStream = hosts::indi::XmlStream;
 
-    void take(std::shared_ptr<FakeConnection> connection) {
+    void take(const std::shared_ptr<FakeConnection>& connection) {
         connections_.push_back(connection);
         const std::weak_ptr<FakeConnection> weak = connection;
         const auto stream = std::make_shared<XmlStream>(

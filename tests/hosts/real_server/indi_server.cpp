@@ -41,6 +41,7 @@ void IndiServer::run() const {
     std::vector<std::string> words = {"indiserver", "-p", std::to_string(port_), "-u", folder_ / "socket"};
     words.insert(words.end(), drivers_.begin(), drivers_.end());
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     ::execvp("indiserver", arguments.data());
