@@ -7,6 +7,8 @@ TREE is a checkout of its own with a configured build, whose sources are spoiled
 
     git worktree add --detach ../mutants && cmake -S ../mutants --preset dev && scripts/mutate.py ../mutants engine
 
+Commit nothing from TREE while it runs: the mutants would go with it.
+
 A mutant that runs for ever is known by the processor's time that it takes, so a busy machine doesn't count as a kill.
 """
 
