@@ -220,7 +220,7 @@ def measured(operator):
     deadline = time.monotonic() + 150
     while "Completed Successfully" not in operator.read("frmMain.txtInstructions")["text"]:
         if time.monotonic() > deadline or any("Aborted" in line for line in operator.log()):
-            raise Failure("the run didn't come to its end")
+            raise Failure(f"the run didn't come to its end: {operator.read('frmMain.txtInstructions')['text']}")
         operator.do("advance", seconds=0.5)
     log = "\n".join(operator.log())
     return [float(re.search(rf"{name} error: *(-?[0-9.]+)", log).group(1)) for name in ("Azimuth", "Elevation")]
