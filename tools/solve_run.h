@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "command_line.h"
+#include "exit_status.h"
 #include "fits/fits_header.h"
 #include "platform/clock.h"
 #include "solver/image_solving.h"

@@ -13,6 +13,7 @@
 
 #include "fits/fits_error.h"
 #include "pictures/picture_file.h"
+#include "platform/command_line.h"
 #include "platform/paths.h"
 #include "platform/sexagesimal.h"
 #include "platform/text.h"
@@ -87,13 +88,13 @@ IniFront iniFrontOf(const std::vector<std::string>& all) {
         if (name == "-f") {
             front.options.file = arguments.value();
         } else if (name == "-r") {
-            front.options.radius = numberIn(name, arguments.value(), 0, kWholeSky);
+            front.options.radius = platform::numberIn(name, arguments.value(), 0, kWholeSky);
         } else if (name == "-ra") {
-            front.options.raHours = numberIn(name, arguments.value(), 0, 24);
+            front.options.raHours = platform::numberIn(name, arguments.value(), 0, 24);
         } else if (name == "-spd") {
-            front.options.dec = numberIn(name, arguments.value(), 0, 180) - 90;
+            front.options.dec = platform::numberIn(name, arguments.value(), 0, 180) - 90;
         } else if (name == "-fov") {
-            const double height = numberIn(name, arguments.value(), 0, 120);
+            const double height = platform::numberIn(name, arguments.value(), 0, 120);
             if (height > 0) front.options.heightDeg = height;
         } else if (name == "-o") {
             front.base = platform::pathOf(arguments.value());
@@ -181,12 +182,12 @@ struct FieldFront {
 
 /// Degrees, or hours or degrees, minutes and seconds with colons.
 double angleIn(const std::string& option, const std::string& text, double ofColons) {
-    if (text.find(':') == std::string::npos) return numberIn(option, text, -360, 360);
+    if (text.find(':') == std::string::npos) return platform::numberIn(option, text, -360, 360);
     double value = 0, unit = 1;
     const bool negative = text.front() == '-';
     for (std::size_t at = negative || text.front() == '+' ? 1 : 0; at <= text.size(); unit /= 60) {
         const std::size_t end = std::min(text.find(':', at), text.size());
-        value += unit * numberIn(option, text.substr(at, end - at), 0, 360);
+        value += unit * platform::numberIn(option, text.substr(at, end - at), 0, 360);
         at = end + 1;
     }
     return (negative ? -value : value) * ofColons;
@@ -286,11 +287,11 @@ FieldFront fieldFrontOf(const std::vector<std::string>& all) {
         } else if (name == "--dec") {
             front.options.dec = angleIn(name, value(), 1);
         } else if (name == "--radius") {
-            front.options.radius = numberIn(name, value(), 0, 360);
+            front.options.radius = platform::numberIn(name, value(), 0, 360);
         } else if (name == "--scale-low") {
-            front.low = numberIn(name, value(), 0, 1e6);
+            front.low = platform::numberIn(name, value(), 0, 1e6);
         } else if (name == "--scale-high") {
-            front.high = numberIn(name, value(), 0, 1e6);
+            front.high = platform::numberIn(name, value(), 0, 1e6);
         } else if (name == "--scale-units") {
             front.unit = value();
         } else if (kPassedOver.contains(name)) {

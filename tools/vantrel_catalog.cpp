@@ -12,13 +12,12 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "catalogs/catalog_file.h"
 #include "catalogs/deep_catalog.h"
 #include "catalogs/distributions.h"
 #include "catalogs/star_table.h"
-#include "command_line.h"
+#include "exit_status.h"
+#include "platform/command_line.h"
 #include "platform/own_program.h"
 #include "platform/own_runs.h"
 #include "platform/paths.h"
@@ -49,7 +48,7 @@ struct Options {
 };
 
 double wholeIn(const std::string& option, const std::string& text, double least, double most) {
-    const double value = numberIn(option, text, least, most);
+    const double value = platform::numberIn(option, text, least, most);
     if (value != std::floor(value)) throw BadInput(option + " must be a whole number");
     return value;
 }
@@ -82,47 +81,48 @@ std::optional<Options> optionsOf(const std::vector<std::string>& arguments) {
     DeepSelection& selection = options.selection;
     std::vector<std::string> sources, declinations;
     std::optional<double> epoch;
-    CLI::App line(
+    platform::CommandLine line(
+        "vantrel-catalog",
         "Makes one compact file of a star catalogue that you own. The program and vantrel-solve use it by\n"
-        "themselves for fields in which the built-in Tycho-2 has too few stars.",
-        "vantrel-catalog");
-    line.add_option("SOURCE", sources,
-                    "the folder of UCAC4, UCAC2, USNO-B, USNO-A or SA2.0, Tycho-2,\n"
-                    "GSC or GSC-ACT, or of .290 or .1476 files; or a table as text,\n"
-                    "as the VizieR service saves it, or parted by commas,\n"
-                    "semicolons or tabs; or another compact file")
-        ->type_name("");
-    addText(line, "--out", "FILE",
-            "where the file goes (default: deep_stars.bin in your data\n"
-            "folder, where it is looked for); a file there goes, if it is\n"
-            "such a catalogue",
-            [&](const std::string& text) { options.out = text; });
-    addText(line, "--faintest", "MAGNITUDE", "of the faintest stars", [&](const std::string& text) {
-        selection.faintestMagnitude = numberIn("--faintest", text, -2, 30);
+        "themselves for fields in which the built-in Tycho-2 has too few stars.");
+    line.addOperands("SOURCE",
+                     "the folder of UCAC4, UCAC2, USNO-B, USNO-A or SA2.0, Tycho-2,\n"
+                     "GSC or GSC-ACT, or of .290 or .1476 files; or a table as text,\n"
+                     "as the VizieR service saves it, or parted by commas,\n"
+                     "semicolons or tabs; or another compact file",
+                     sources);
+    line.addText("--out", "FILE",
+                 "where the file goes (default: deep_stars.bin in your data\n"
+                 "folder, where it is looked for); a file there goes, if it is\n"
+                 "such a catalogue",
+                 [&](const std::string& text) { options.out = text; });
+    line.addText("--faintest", "MAGNITUDE", "of the faintest stars", [&](const std::string& text) {
+        selection.faintestMagnitude = platform::numberIn("--faintest", text, -2, 30);
     });
-    line.add_option("--dec", declinations, "southern and northern, in whole degrees, -90 to 90")
-        ->type_name("DEG")
-        ->expected(2);
-    addText(line, "--most", "STARS",
-            "in a cell of a tenth of a degree, 1 to 255 (default); of more\n"
-            "the brightest are kept",
-            [&](const std::string& text) {
-                selection.mostInCell = static_cast<std::uint32_t>(wholeIn("--most", text, 1, 255));
-            });
-    addNumber(line, "--epoch", "YEAR", "that the stars' own motions are applied to (default: today)",
-              kFirstYear, kLastYear, epoch);
-    addText(line, "--columns", "NAME=COLUMN,...",
-            "names of a table's columns: ra, dec, mag, pmra, pmdec; left\n"
-            "out, those of VizieR, Gaia's archive and others are known",
-            [&](const std::string& text) {
-                options.columns = columnsIn(text);
-                options.hasColumns = true;
-            });
-    addNumber(line, "--table-epoch", "YEAR", "that a table's positions stand for (default 2000)", kFirstYear,
-              kLastYear, options.tableEpoch);
-    addText(line, "--check", "FILE", "tells what a compact file holds, and whether it is as it was\nwritten",
-            [&](const std::string& text) { options.check = text; });
-    if (!parsed(line, arguments)) return std::nullopt;
+    line.addTexts("--dec", "DEG", "southern and northern, in whole degrees, -90 to 90", 2, declinations);
+    line.addText("--most", "STARS",
+                 "in a cell of a tenth of a degree, 1 to 255 (default); of more\n"
+                 "the brightest are kept",
+                 [&](const std::string& text) {
+                     selection.mostInCell = static_cast<std::uint32_t>(wholeIn("--most", text, 1, 255));
+                 });
+    line.addNumber("--epoch", "YEAR", "that the stars' own motions are applied to (default: today)",
+                   kFirstYear, kLastYear, epoch);
+    line.addText("--columns", "NAME=COLUMN,...",
+                 "names of a table's columns: ra, dec, mag, pmra, pmdec; left\n"
+                 "out, those of VizieR, Gaia's archive and others are known",
+                 [&](const std::string& text) {
+                     options.columns = columnsIn(text);
+                     options.hasColumns = true;
+                 });
+    line.addNumber("--table-epoch", "YEAR", "that a table's positions stand for (default 2000)", kFirstYear,
+                   kLastYear, options.tableEpoch);
+    line.addText("--check", "FILE", "tells what a compact file holds, and whether it is as it was\nwritten",
+                 [&](const std::string& text) { options.check = text; });
+    if (!line.parse(arguments)) {
+        std::fputs(line.help().c_str(), stdout);
+        return std::nullopt;
+    }
 
     if (sources.size() > 1)
         throw BadInput("one catalogue at a time, not " + sources[0] + " and " + sources[1]);

@@ -10,12 +10,12 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
-#include "command_line.h"
+#include "exit_status.h"
 #include "many_files.h"
 #include "pictures/picture_file.h"
+#include "platform/command_line.h"
 #include "platform/own_program.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -42,72 +42,64 @@ platform::Instant dateIn(const std::string& option, const std::string& text) {
     return *instant;
 }
 
-/// The options that mean the same for each of several files, as they were given.
-std::vector<std::string> optionsIn(const CLI::App& line) {
-    std::vector<std::string> given;
-    for (const CLI::Option* option : line.get_options()) {
-        if (option->get_positional() || option->count() == 0) continue;
-        given.push_back(option->get_name());
-        if (option->get_expected_min() > 0)
-            for (const std::string& value : option->results()) given.push_back(value);
-    }
-    return given;
-}
-
 /// Nothing when help was asked for. Line ends in the texts are where the help breaks them.
 std::optional<Options> optionsOf(const std::vector<std::string>& arguments) {
     Options options;
-    CLI::App line("Tells where an image points.", "vantrel-solve");
-    line.add_option("FILE", options.files, "FITS, JPEG, PNG, TIFF or raw files")->type_name("");
-    addNumber(line, "--ra", "HOURS", "about where the image points, J2000; left out, the header must", 0, 24,
-              options.raHours);
-    addNumber(line, "--dec", "DEG", "tell, unless the radius is 180", -90, 90, options.dec);
-    addNumber(line, "--scale", "ARCSEC",
-              "per pixel, within 15 %; left out, the header must tell, or the\n"
-              "radius is wide: then fields 0.3 to 30 degrees wide are tried",
-              0.01, 1000, options.scale);
-    addNumber(line, "--radius", "DEG",
-              "how far off the position may be (default: the image's\n"
-              "diagonal, at least 1.5); a wider one, 180 being all the sky,\n"
-              "uses star patterns that the first such search makes and keeps\n"
-              "in the user's cache folder",
-              0, 180, options.radius);
-    addText(line, "--date", "YYYY-MM-DD",
-            "of the exposure, for the stars' own motions; left out, the\n"
-            "header must tell, or today's is taken, which the program then\n"
-            "says",
-            [&](const std::string& text) { options.date = dateIn("--date", text); });
-    addText(line, "--catalog", "FOLDER",
-            "of another star catalogue, with its number; UCAC4, .290 and\n"
-            ".1476 files and those of vantrel-catalog are found under any\n"
-            "number, the last also by the file's name. \"Internet\" in place\n"
-            "of a folder asks the VizieR service for 8 USNO-B or 9 NOMAD;\n"
-            "answers are kept in the user's cache folder. Left out, it is\n"
-            "the built-in Tycho-2 and, where that has too few stars, the\n"
-            "deeper one that vantrel-catalog has made",
-            [&](const std::string& text) { options.catalog = text; });
-    addText(line, "--catalog-number", "N",
-            "0 GSC-1.1, 1 USNO-SA2.0, 3 GSC-ACT, 4 Tycho-2, 5 USNO-A2.0,\n"
-            "6 UCAC2, 7 USNO-B",
-            [&](const std::string& text) {
-                options.catalogNumber = static_cast<int>(numberIn("--catalog-number", text, 0, 99));
-            });
-    line.add_flag("--json", options.json, "print the solution as one JSON object; of many files, one a line");
-    addText(line, "--wcs", "OUT.fits",
-            "write a copy of the image, a FITS file, with the solution in\n"
-            "its header; where the stars prove a distortion, with its SIP\n"
-            "polynomials",
-            [&](const std::string& text) { options.wcs = text; });
-    addText(line, "--annotate", "OUT.png",
-            "write the image as a PNG file with the matched stars circled,\n"
-            "bright stars and deep-sky objects named, and lines of right\n"
-            "ascension and declination",
-            [&](const std::string& text) { options.annotated = text; });
-    if (!parsed(line, arguments)) return std::nullopt;
+    platform::CommandLine line("vantrel-solve", "Tells where an image points.");
+    line.addOperands("FILE", "FITS, JPEG, PNG, TIFF or raw files", options.files);
+    line.addNumber("--ra", "HOURS", "about where the image points, J2000; left out, the header must", 0, 24,
+                   options.raHours);
+    line.addNumber("--dec", "DEG", "tell, unless the radius is 180", -90, 90, options.dec);
+    line.addNumber("--scale", "ARCSEC",
+                   "per pixel, within 15 %; left out, the header must tell, or the\n"
+                   "radius is wide: then fields 0.3 to 30 degrees wide are tried",
+                   0.01, 1000, options.scale);
+    line.addNumber("--radius", "DEG",
+                   "how far off the position may be (default: the image's\n"
+                   "diagonal, at least 1.5); a wider one, 180 being all the sky,\n"
+                   "uses star patterns that the first such search makes and keeps\n"
+                   "in the user's cache folder",
+                   0, 180, options.radius);
+    line.addText("--date", "YYYY-MM-DD",
+                 "of the exposure, for the stars' own motions; left out, the\n"
+                 "header must tell, or today's is taken, which the program then\n"
+                 "says",
+                 [&](const std::string& text) { options.date = dateIn("--date", text); });
+    line.addText("--catalog", "FOLDER",
+                 "of another star catalogue, with its number; UCAC4, .290 and\n"
+                 ".1476 files and those of vantrel-catalog are found under any\n"
+                 "number, the last also by the file's name. \"Internet\" in place\n"
+                 "of a folder asks the VizieR service for 8 USNO-B or 9 NOMAD;\n"
+                 "answers are kept in the user's cache folder. Left out, it is\n"
+                 "the built-in Tycho-2 and, where that has too few stars, the\n"
+                 "deeper one that vantrel-catalog has made",
+                 [&](const std::string& text) { options.catalog = text; });
+    line.addText("--catalog-number", "N",
+                 "0 GSC-1.1, 1 USNO-SA2.0, 3 GSC-ACT, 4 Tycho-2, 5 USNO-A2.0,\n"
+                 "6 UCAC2, 7 USNO-B",
+                 [&](const std::string& text) {
+                     options.catalogNumber =
+                         static_cast<int>(platform::numberIn("--catalog-number", text, 0, 99));
+                 });
+    line.addFlag("--json", "print the solution as one JSON object; of many files, one a line", options.json);
+    line.addText("--wcs", "OUT.fits",
+                 "write a copy of the image, a FITS file, with the solution in\n"
+                 "its header; where the stars prove a distortion, with its SIP\n"
+                 "polynomials",
+                 [&](const std::string& text) { options.wcs = text; });
+    line.addText("--annotate", "OUT.png",
+                 "write the image as a PNG file with the matched stars circled,\n"
+                 "bright stars and deep-sky objects named, and lines of right\n"
+                 "ascension and declination",
+                 [&](const std::string& text) { options.annotated = text; });
+    if (!line.parse(arguments)) {
+        std::fputs(line.help().c_str(), stdout);
+        return std::nullopt;
+    }
     if (options.files.empty()) throw BadInput("no file given (--help tells how)");
     if (options.raHours.has_value() != options.dec.has_value()) throw BadInput("--ra and --dec go together");
     options.file = options.files.front();
-    options.others = optionsIn(line);
+    options.others = line.given();
     return options;
 }
 

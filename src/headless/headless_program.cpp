@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/message_log.h"
+#include "platform/command_line.h"
 #include "platform/text.h"
 #include "platform/whole_file.h"
 
@@ -91,7 +92,7 @@ void HeadlessProgram::keepInstalled(const std::vector<std::string>& progIds) {
     try {
         station_.keepInstalled(progIds);
     } catch (const std::invalid_argument& unknown) {
-        throw UsageError(std::string("--installed names an unknown class: ") + unknown.what());
+        throw platform::UsageError(std::string("--installed names an unknown class: ") + unknown.what());
     }
 }
 

@@ -8,6 +8,7 @@
 #include "headless/headless_program.h"
 #include "headless/options.h"
 #include "headless/system_time.h"
+#include "platform/command_line.h"
 #include "platform/descriptors.h"
 #include "platform/own_program.h"
 #include "platform/termination.h"
@@ -58,7 +59,7 @@ int main(int argc, char** argv) {
         headless::DescriptorReplies replies(platform::kStandardOutput);
         return options.virtualTime ? runVirtual(options, commands, replies, termination)
                                    : runReal(options, commands, replies, termination);
-    } catch (const headless::UsageError& error) {
+    } catch (const platform::UsageError& error) {
         std::cerr << "vantrel-headless: " << error.what() << "\n(--help shows the options)\n";
         return kUsage;
     } catch (const std::exception& error) {

@@ -1,9 +1,10 @@
 #include "headless/options.h"
 
 #include <charconv>
+#include <sstream>
+#include <utility>
 
-#include <CLI/CLI.hpp>
-
+#include "platform/command_line.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -28,60 +29,50 @@ Instant parseStart(const std::string& text) {
 
 std::vector<std::string> parseList(const std::string& text) {
     std::vector<std::string> names;
-    for (const std::string& part : CLI::detail::split(text, ','))
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, ',');)
         if (const std::string name = trimmed(part); !name.empty()) names.push_back(name);
     return names;
 }
 
-/// Line ends in the texts are where the help breaks them.
-void describe(CLI::App& line, Options& options) {
-    line.name("vantrel-headless");
-    line.allow_windows_style_options(false);
-    line.description(
-        "Runs Vantrel without windows. A script operates it: one JSON object a line on standard input,\n"
-        "one JSON object a line on standard output. The end of the input closes the program.");
-    const auto add = [&line](const char* name, const char* value, const std::string& text, auto take) {
-        line.add_option_function<std::string>(name, take, text)->type_name(value);
-    };
-    line.add_flag("--virtual-time", options.virtualTime,
-                  "waits cost no time: the clock jumps to whatever is due next");
-    add("--start", "INSTANT",
-        "when the program's clock starts, such as " + std::string(kVirtualStart) +
-            "\n(that instant is the default with --virtual-time, else now)",
-        [&options](const std::string& text) { options.start = parseStart(text); });
-    add("--home", "DIR",
-        "keeps settings, drives and documents below DIR instead of in\nthe user's directories",
-        [&options](const std::string& text) { options.home = pathOf(text); });
-    add("--seed", "N", "the seed of all simulated noise (default 1)",
-        [&options](const std::string& text) { options.seed = parseSeed(text); });
-    add("--installed", "PROGID,...", "the outside programs that exist (default: all that are built in)",
-        [&options](const std::string& text) { options.installed = parseList(text); });
-    add("--settings", "FILE",
-        "stores the settings of a JSON file first:\n{\"PolarAlign\": {\"DeltaRA\": \"15\"}}",
-        [&options](const std::string& text) { options.settings = pathOf(text); });
-    line.set_help_flag("-h,--help", "this text");
+constexpr const char* kProgram = "vantrel-headless";
+constexpr const char* kPurpose =
+    "Runs Vantrel without windows. A script operates it: one JSON object a line on standard input,\n"
+    "one JSON object a line on standard output. The end of the input closes the program.";
+
+void describe(CommandLine& line, Options& options) {
+    line.addFlag("--virtual-time", "waits cost no time: the clock jumps to whatever is due next",
+                 options.virtualTime);
+    line.addText("--start", "INSTANT",
+                 "when the program's clock starts, such as " + std::string(kVirtualStart) +
+                     "\n(that instant is the default with --virtual-time, else now)",
+                 [&options](const std::string& text) { options.start = parseStart(text); });
+    line.addText("--home", "DIR",
+                 "keeps settings, drives and documents below DIR instead of in\nthe user's directories",
+                 [&options](const std::string& text) { options.home = pathOf(text); });
+    line.addText("--seed", "N", "the seed of all simulated noise (default 1)",
+                 [&options](const std::string& text) { options.seed = parseSeed(text); });
+    line.addText("--installed", "PROGID,...",
+                 "the outside programs that exist (default: all that are built in)",
+                 [&options](const std::string& text) { options.installed = parseList(text); });
+    line.addText("--settings", "FILE",
+                 "stores the settings of a JSON file first:\n{\"PolarAlign\": {\"DeltaRA\": \"15\"}}",
+                 [&options](const std::string& text) { options.settings = pathOf(text); });
 }
 
 }  // namespace
 
 Options parseOptions(std::vector<std::string> arguments) {
     Options options;
-    CLI::App line;
+    CommandLine line(kProgram, kPurpose);
     describe(line, options);
-    std::ranges::reverse(arguments);  // as the library takes them
-    try {
-        line.parse(std::move(arguments));
-    } catch (const CLI::CallForHelp&) {
-        options.help = true;
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(error.what());
-    }
+    options.help = !line.parse(std::move(arguments));
     return options;
 }
 
 std::string usage() {
     Options none;
-    CLI::App line;
+    CommandLine line(kProgram, kPurpose);
     describe(line, none);
     return line.help();
 }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -29,14 +28,7 @@ struct Options {
 /// When virtual time starts, unless the command line says otherwise.
 inline constexpr const char* kVirtualStart = "2026-11-24T20:00:00Z";
 
-/// What is wrong with the command line.
-class UsageError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
-
-/// Takes the arguments without the program's name. An option's value may follow it or stand behind "=".
-/// Throws UsageError.
+/// Takes the arguments without the program's name. Throws platform::UsageError.
 Options parseOptions(std::vector<std::string> arguments);
 
 std::string usage();

@@ -37,7 +37,7 @@ TEST(Options, RefusesWhatItDoesNotUnderstand) {
         {{"--start", "tonight"}, "--start needs an instant such as 2026-11-24T20:00:00Z"},
     };
     for (const auto& c : cases)
-        EXPECT_THAT([&] { parseOptions(c.first); }, ThrowsMessage<UsageError>(c.second));
+        EXPECT_THAT([&] { parseOptions(c.first); }, ThrowsMessage<platform::UsageError>(c.second));
 }
 
 TEST(Options, SettingsThatCannotBeUsedAreToldBeforeTheStart) {
