@@ -125,9 +125,10 @@ std::set<QChar> assignTo(const std::vector<Item>& items, const std::set<QChar>& 
 
 /// The buttons that choose first, then the others.
 std::set<QChar> assign(std::vector<Item> items, const std::set<QChar>& taken) {
-    const auto others = std::ranges::stable_partition(
-        items, [](const Item& item) { return item.widget->property(kChoosesLetterFirst).toBool(); });
-    return assignTo({others.begin(), others.end()}, assignTo({items.begin(), others.begin()}, taken));
+    const auto others = std::stable_partition(items.begin(), items.end(), [](const Item& item) {
+        return item.widget->property(kChoosesLetterFirst).toBool();
+    });
+    return assignTo({others, items.end()}, assignTo({items.begin(), others}, taken));
 }
 
 /// Tells the application when Alt is pressed and released, and has every widget drawn anew.
