@@ -34,9 +34,6 @@ class TcpStreamTest : public testing::Test {
         server_.accept();
         return stream;
     }
-    void runUntilHeard(const std::string& text) {
-        loop_.runUntil([&] { return heard_ == text; });
-    }
     void runUntilEnded() {
         loop_.runUntil([&] { return !ends_.empty(); });
     }
@@ -58,13 +55,9 @@ TEST_F(TcpStreamTest, CarriesBytesBothWays) {
     server_.accept();
     stream->send("late");
     std::string got;
-    loop_.runUntil([&] {
-        got += server_.receive();
-        return got.size() == 10;
-    });
-    EXPECT_EQ(got, "early late");
+    loop_.runUntil([&] { return (got += server_.receive()) == "early late"; });
     server_.send("answer");
-    runUntilHeard("answer");
+    loop_.runUntil([&] { return heard_ == "answer"; });
     EXPECT_EQ(ends_, std::vector<std::string>{});
 }
 
@@ -121,7 +114,7 @@ TEST_F(TcpStreamTest, WhoClosesItHearsNothingMore) {
     loop_.runUntil([&] { return open_; });
     server_.accept();
     server_.send("once");
-    runUntilHeard("once");
+    loop_.runUntil([&] { return heard_ == "once"; });
     server_.send("twice");
     server_.hangUp();
     loop_.yield();
@@ -213,30 +206,7 @@ struct NetworkClientTest : testing::Test {
     std::unique_ptr<NetworkClient> client = std::make_unique<NetworkClient>(loop);
 };
 
-TEST_F(NetworkClientTest, TellsFromTheLoop) {
-    server.scripts = {{{httpAnswer("hello")}}};
-    std::string heard;
-    const HttpExchange exchange =
-        client->send(request(), [&](const HttpOutcome& outcome) { heard = seen(outcome); });
-    EXPECT_EQ(heard, "");
-    runUntil([&] { return !heard.empty(); });
-    EXPECT_EQ(heard, "hello");
-}
-
-TEST_F(NetworkClientTest, MovesBytesForWhoeverWaitsForThem) {
-    server.scripts = {{{httpAnswer("hello")}}};
-    std::string heard;
-    HttpExchange exchange =
-        client->send(request(), [&](const HttpOutcome& outcome) { heard = seen(outcome); });
-    while (heard.empty()) {
-        EXPECT_TRUE(client->serve(1ms));
-        server.serve();
-    }
-    EXPECT_EQ(heard, "hello");
-    EXPECT_FALSE(client->serve(1ms)) << "nothing is under way any more";
-}
-
-TEST_F(NetworkClientTest, AsksTheNextFromInsideAnAnswer) {
+TEST_F(NetworkClientTest, MovesBytesForWhoeverWaitsAndAsksTheNextFromInsideAnAnswer) {
     server.scripts = {{{httpAnswer("one")}}, {{httpAnswer("two")}}};
     std::string heard;
     HttpExchange second;
@@ -245,8 +215,12 @@ TEST_F(NetworkClientTest, AsksTheNextFromInsideAnAnswer) {
         heard = seen(outcome);
         second = client->send(request(), [&](const HttpOutcome& next) { heard += seen(next); });
     });
-    runUntil([&] { return heard.size() >= 6; });
+    while (heard.size() < 6) {
+        ASSERT_TRUE(client->serve(1ms));
+        server.serve();
+    }
     EXPECT_EQ(heard, "onetwo");
+    EXPECT_FALSE(client->serve(1ms)) << "nothing is under way any more";
 }
 
 TEST_F(NetworkClientTest, KeepsTheWindowAliveDuringALargeDownload) {
@@ -262,22 +236,15 @@ TEST_F(NetworkClientTest, KeepsTheWindowAliveDuringALargeDownload) {
 }
 
 TEST_F(NetworkClientTest, SaysNothingToWhoeverLetGo) {
-    server.scripts = {{{httpAnswer("hello")}}, {{httpAnswer("other")}}};
+    server.scripts = {{{httpAnswer("hello")}}, {{httpAnswer("other")}}, {{}, "", false}};
     std::string heard;
-    {
-        const HttpExchange exchange =
-            client->send(request(), [&](const HttpOutcome&) { heard = "the first"; });
-    }
+    client->send(request(), [&](const HttpOutcome&) { heard = "the first"; });
     const HttpExchange other = client->send(request(), [&](const HttpOutcome&) { heard += "the second"; });
     runUntil([&] { return !heard.empty(); });
     EXPECT_EQ(heard, "the second");
-}
-
-TEST_F(NetworkClientTest, MayGoBeforeItsExchanges) {
-    server.scripts = {{{}, "", false}};
-    const HttpExchange exchange = client->send(request(), [](const HttpOutcome&) {});
+    const HttpExchange last = client->send(request(), [&](const HttpOutcome&) { heard += "the last"; });
     client.reset();
-    EXPECT_NE(exchange, nullptr);
+    EXPECT_NE(last, nullptr) << "outlives the client";
 }
 
 // ---- searches
@@ -288,7 +255,7 @@ class Answerer {
     ~Answerer() { ::close(bound_.number); }
     int port() const { return bound_.port; }
 
-    std::string answer(const std::string& words, int times = 1) {
+    std::string answer(const std::string& words, int times) {
         char question[2000] = "";
         sockaddr_storage from{};
         socklen_t size = sizeof from;
@@ -305,29 +272,16 @@ class Answerer {
     test::LoopbackSocket bound_{SOCK_DGRAM};
 };
 
-TEST(UdpSearch, AsksThisMachine) {
+TEST(UdpSearch, AsksThisMachineAndCutsLongAnswers) {
     Answerer answerer;
     const auto search = searchNetwork({answerer.port(), "ff12::a1:9aca", "who is there"});
     EXPECT_TRUE(search->answers().empty());
-    EXPECT_EQ(answerer.answer("I am"), "who is there");
+    EXPECT_EQ(answerer.answer(std::string(5000, 'x'), 120), "who is there");
     const auto answers = search->answers();
-    ASSERT_EQ(answers.size(), 1U);
-    EXPECT_EQ(answers[0].host, "127.0.0.1");
-    EXPECT_EQ(answers[0].words, "I am");
-    EXPECT_TRUE(search->answers().empty());
-}
-
-TEST(UdpSearch, CutsLongAnswersAndTakesSomeAtATime) {
-    Answerer answerer;
-    const auto search = searchNetwork({answerer.port(), "ff12::a1:9aca", "who is there"});
-    answerer.answer(std::string(5000, 'x'), 120);
-    const auto answers = search->answers();
-    EXPECT_GT(answers.size(), 0U);
+    ASSERT_GT(answers.size(), 0U);
     EXPECT_LE(answers.size(), 100U);
-    EXPECT_EQ(answers[0].words.size(), 1024U);
-}
-
-TEST(UdpSearch, AsksNobodyAtAnImpossibleAddress) {
+    EXPECT_EQ(answers[0].host, "127.0.0.1");
+    EXPECT_EQ(answers[0].words, std::string(1024, 'x'));
     EXPECT_TRUE(searchNetwork({1, "no group", "who is there"})->answers().empty());
 }
 
@@ -337,11 +291,9 @@ TEST(OneLine, KeepsSoundCharactersAlone) {
     const struct {
         std::string words, line;
     } rows[] = {
-        {"plain", "plain"},
         {" two\r\nlines\x7f. ", "two  lines ."},
         {"\xC3\xA9 \xE2\x84\x96 \xF0\x9F\x94\xAD.", "\xC3\xA9 \xE2\x84\x96 \xF0\x9F\x94\xAD."},
         {"cut \xF0\x9F\x94", "cut ???"},
-        {"cut \xC3", "cut ?"},
         {"Latin \xE9t\xE9", "Latin ?t?"},
         {"too long \xC0\xAF \xE0\x80\xAF \xF0\x80\x80\xAF", "too long ?? ??? ????"},
         {"surrogate \xED\xA0\x80", "surrogate ???"},
@@ -353,8 +305,7 @@ TEST(OneLine, KeepsSoundCharactersAlone) {
 }
 
 TEST(ParsePort, TakesPortsAlone) {
-    EXPECT_EQ(parsePort("1"), 1);
-    EXPECT_EQ(parsePort("65535"), 65535);
+    for (const int port : {1, 65535}) EXPECT_EQ(parsePort(std::to_string(port)), port);
     for (const char* text : {"", "0", "65536", "-1", " 80", "80 ", "7624x", "99999999999"})
         EXPECT_EQ(parsePort(text), std::nullopt) << text;
 }

