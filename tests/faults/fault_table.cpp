@@ -2,13 +2,12 @@
 // program is at each of its activities: it reports, can be used afterwards, leaves the mount at rest, and
 // loses no line of its log. Which members there are is seen in a night in which nothing goes wrong.
 //
-//   fault_table [--part N/M] [--every K] [--summary] [--only TEXT]
+//   fault_table [--part N/M] [--only TEXT]
 //
-// --part takes one share of the table, --every only each K-th case, --only the cases whose name contains the
-// text, with what the program said. --summary prints what came of each member.
+// --part takes one share of the table, --only the cases whose name contains the text, with what the program
+// said.
 
 #include <algorithm>
-#include <cstdio>
 #include <set>
 
 #include "faults/night.h"
@@ -31,10 +30,6 @@ struct Course {
     bool once;
 };
 constexpr Course kCourses[] = {{"always", false, false}, {"later", true, false}, {"once", true, true}};
-
-struct Tally {
-    long cases = 0, untouched = 0, unharmed = 0, reported = 0, stopped = 0, defects = 0;
-};
 
 /// The text without its numbers, which differ from night to night.
 std::string withoutNumbers(const std::string& text) {
@@ -80,15 +75,6 @@ class Table : public TableReport {
             }
     }
 
-    void printSummary() const {
-        if (!options_.has("--summary")) return;
-        std::printf("%-50s %7s %9s %9s %9s %9s %9s\n", "member", "cases", "untouched", "unharmed", "reported",
-                    "stopped", "defects");
-        for (const auto& [member, t] : tallies_)
-            std::printf("%-50s %7ld %9ld %9ld %9ld %9ld %9ld\n", member.c_str(), t.cases, t.untouched,
-                        t.unharmed, t.reported, t.stopped, t.defects);
-    }
-
   private:
     void runMember(const Equipment& equipment, Activity activity, const Outcome& calm, const Member& member,
                    const Sighting& seen) {
@@ -111,8 +97,6 @@ class Table : public TableReport {
 
     void judge(const std::string& name, const Member& member, const Outcome& calm, const Outcome& outcome) {
         ++cases_;
-        Tally& tally = tallies_[member.object + "." + member.name];
-        ++tally.cases;
         const auto expected = comparable(calm.said);
         const auto said = comparable(outcome.said);
         std::vector<std::string> missing, added;
@@ -120,25 +104,12 @@ class Table : public TableReport {
                             std::back_inserter(missing));
         std::set_difference(said.begin(), said.end(), expected.begin(), expected.end(),
                             std::back_inserter(added));
-        std::vector<std::string> defects = outcome.defects;
+        for (const std::string& defect : outcome.defects) complain(name, defect);
         if (outcome.struck > 0 && !missing.empty() && added.empty() && !maySayLess(missing))
-            defects.push_back("says nothing, though it leaves out \"" + missing.front() + "\"");
-        if (outcome.hung && !mayWaitForEver(member)) defects.push_back("hangs, even after Stop");
-        if (!defects.empty())
-            ++tally.defects;
-        else if (outcome.struck == 0)
-            ++tally.untouched;
-        else if (outcome.neededStop || outcome.hung)
-            ++tally.stopped;
-        else if (added.empty())
-            ++tally.unharmed;
-        else
-            ++tally.reported;
-        for (const std::string& defect : defects) complain(name, defect);
+            complain(name, "says nothing, though it leaves out \"" + missing.front() + "\"");
+        if (outcome.hung && !mayWaitForEver(member)) complain(name, "hangs, even after Stop");
         tell(outcome.said);
     }
-
-    std::map<std::string, Tally> tallies_;
 };
 
 }  // namespace
@@ -146,6 +117,5 @@ class Table : public TableReport {
 int main(int argc, char** argv) {
     Table table(TableOptions(argc, argv));
     table.run();
-    table.printSummary();
     return table.report();
 }

@@ -2,10 +2,10 @@
 // and camera is at each of its activities: it reports, its window answers, it can be used afterwards, and no
 // line of its log is lost. Which requests there are is seen in a night in which nothing goes wrong.
 //
-//   network_table [--part N/M] [--every K] [--only TEXT]
+//   network_table [--part N/M] [--only TEXT]
 //
-// --part takes one share of the table, --every only each K-th case, --only the cases whose name contains the
-// text, with what the program said.
+// --part takes one share of the table, --only the cases whose name contains the text, with what the program
+// said.
 
 #include "faults/network_night.h"
 #include "faults/table_options.h"

@@ -7,31 +7,23 @@
 // --nights random nights for each set-up from that seed on, --stops as many places to stop for each activity.
 
 #include <cstdlib>
-#include <iostream>
 #include <string>
 
 #include "faults/night.h"
+#include "faults/table_options.h"
 
 namespace {
 
 using namespace vantrel::faults;
 
-class Report {
+class Report : public TableReport {
   public:
-    void add(const std::string& name, const Outcome& outcome) {
-        ++nights_;
-        for (const std::string& defect : outcome.defects) {
-            ++defects_;
-            std::cout << name << ": " << defect << std::endl;
-        }
-    }
-    int result() const {
-        std::cout << nights_ << " nights, " << defects_ << " defects\n";
-        return defects_ == 0 && nights_ > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
-    }
+    using TableReport::TableReport;
 
-  private:
-    long nights_ = 0, defects_ = 0;
+    void add(const std::string& name, const Outcome& outcome) {
+        ++cases_;
+        for (const std::string& defect : outcome.defects) complain(name, defect);
+    }
 };
 
 void spendNights(Report& report, long nights, long first) {
@@ -71,8 +63,8 @@ int main(int argc, char** argv) {
         if (option == "--seed") first = value;
         if (option == "--stops") stops = value;
     }
-    Report report;
+    Report report(TableOptions(0, nullptr));
     spendNights(report, nights, first);
     stopEverywhere(report, stops);
-    return report.result();
+    return report.report();
 }

@@ -12,15 +12,12 @@ namespace vantrel::faults {
 
 class TableOptions {
   public:
-    /// --part N/M takes one share of the table, --every K only each K-th case, --only TEXT the cases whose
-    /// name contains the text.
-    TableOptions(int argc, char** argv) : words_(argv + 1, argv + argc) {
-        const std::vector<std::string>& arguments = words_;
-        for (std::size_t i = 0; i < arguments.size(); ++i) {
-            const std::string value = i + 1 < arguments.size() ? arguments[i + 1] : "";
-            if (arguments[i] == "--only") only = value;
-            if (arguments[i] == "--every") every_ = std::max(1L, std::atol(value.c_str()));
-            if (arguments[i] == "--part" && value.find('/') != std::string::npos) {
+    /// --part N/M takes one share of the table, --only TEXT the cases whose name contains the text.
+    TableOptions(int argc, char** argv) {
+        for (int i = 1; i + 1 < argc; i += 2) {
+            const std::string option = argv[i], value = argv[i + 1];
+            if (option == "--only") only = value;
+            if (option == "--part" && value.find('/') != std::string::npos) {
                 part_ = std::atol(value.c_str());
                 parts_ = std::max(1L, std::atol(value.c_str() + value.find('/') + 1));
             }
@@ -30,19 +27,13 @@ class TableOptions {
     /// Asked once for each case, in the order of the table.
     bool chooses(const std::string& name) {
         if (!only.empty()) return name.find(only) != std::string::npos;
-        const long number = number_++;
-        return number % every_ == 0 && number / every_ % parts_ == part_;
-    }
-
-    bool has(const std::string& word) const {
-        return std::find(words_.begin(), words_.end(), word) != words_.end();
+        return number_++ % parts_ == part_;
     }
 
     std::string only;
 
   private:
-    std::vector<std::string> words_;
-    long part_ = 0, parts_ = 1, every_ = 1, number_ = 0;
+    long part_ = 0, parts_ = 1, number_ = 0;
 };
 
 /// What is found, as it is found, and what comes of it all.
