@@ -22,24 +22,14 @@ struct EventLoopTest : testing::Test {
 
 using Story = std::vector<std::string>;
 
-TEST_F(EventLoopTest, AWaitInsideAWaitEndsFirst) {
-    loop.post([&] {
-        tell("inner begins");
-        loop.sleep(550ms);
-        tell("inner ends");
-    });
-    loop.sleep(100ms);
-    tell("outer ends");
-    EXPECT_EQ(story, (Story{"0 inner begins", "550 inner ends", "550 outer ends"}));
-}
-
-TEST_F(EventLoopTest, TimersTickInTheOrderTheyAreDue) {
+TEST_F(EventLoopTest, TimersTickInTheOrderTheyAreDueAndGoWithTheirHandle) {
     const TimerHandle slow = loop.every(200ms, [&] { tell("slow"); });
     TimerHandle fast = loop.every(100ms, [&] { tell("fast"); });
+    const TimerHandle once = loop.after(60ms, [&] { tell("once"); });
     loop.sleep(200ms);
     fast.reset();
     loop.sleep(200ms);
-    EXPECT_EQ(story, (Story{"100 fast", "200 slow", "200 fast", "400 slow"}));
+    EXPECT_EQ(story, (Story{"60 once", "100 fast", "200 slow", "200 fast", "400 slow"}));
 }
 
 TEST_F(EventLoopTest, ATimerTicksInsideItsOwnWaitingHandler) {
@@ -52,35 +42,17 @@ TEST_F(EventLoopTest, ATimerTicksInsideItsOwnWaitingHandler) {
     EXPECT_EQ(story, (Story{"100 tick", "200 tick", "200 tock", "300 tick", "300 tock", "350 tock"}));
 }
 
-TEST_F(EventLoopTest, OneShotTimersGoWithTheirHandle) {
-    TimerHandle dropped = loop.after(50ms, [&] { tell("dropped"); });
-    const TimerHandle kept = loop.after(60ms, [&] { tell("kept"); });
-    dropped.reset();
-    loop.sleep(1s);
-    EXPECT_EQ(story, Story{"60 kept"});
-}
-
 TEST_F(EventLoopTest, YieldRunsWhatIsQueuedAndLetsNoTimePass) {
-    loop.post([&] {
-        tell("first");
-        loop.post([&] { tell("posted meanwhile"); });
-    });
-    loop.post([&] { tell("second"); });
-    loop.yield();
-    loop.yield();
-    EXPECT_EQ(story, (Story{"0 first", "0 second", "0 posted meanwhile"}));
-}
-
-TEST_F(EventLoopTest, AHandlerThatPostsItselfDoesNotHoldAYield) {
-    int runs = 0;
     std::function<void()> again = [&] {
-        ++runs;
+        tell("again");
         loop.post(again);
     };
     loop.post(again);
+    loop.post([&] { tell("second"); });
     loop.yield();
-    EXPECT_GE(runs, 1);
-    EXPECT_LE(runs, 2);
+    ASSERT_GE(story.size(), 2U);
+    EXPECT_EQ(story[1], "0 second");
+    EXPECT_LE(story.size(), 3U) << "a handler that posts itself holds nobody";
 }
 
 TEST_F(EventLoopTest, TheAttendantSeesWhatHisDoingsLedToBeforeTimePasses) {
@@ -114,12 +86,6 @@ TEST_F(EventLoopTest, AHandlersExceptionIsReportedAndTheNextOneRuns) {
     EXPECT_TRUE(loop.idle());
 }
 
-TEST_F(EventLoopTest, RunUntilStopsAsSoonAsItIsDone) {
-    const TimerHandle timer = loop.every(1s, [&] { tell("tick"); });
-    loop.runUntil([&] { return story.size() == 3; });
-    EXPECT_EQ(time.sinceStart(), 3s);
-}
-
 TEST(VirtualTime, TurnsAnEndlessWaitIntoAnException) {
     VirtualTime brief(Instant{}, 1min, 100);
     QueuedEventLoop loop(brief);
@@ -129,9 +95,10 @@ TEST(VirtualTime, TurnsAnEndlessWaitIntoAnException) {
 
 TEST(Clock, ReadsInstants) {
     const std::pair<const char*, bool> cases[] = {
-        {"2026-11-24T20:00:00Z", true},    {"2026-11-24T20:00:00.5", true}, {"2024-02-29T00:00:00Z", true},
-        {"2026-02-29T00:00:00Z", false},   {"2026-11-24 20:00:00", false},  {"2026-11-24T24:00:00Z", false},
-        {"2026-11-24T20:00:00+01", false}, {"2026-11-24T20:60:00Z", false}, {"", false},
+        {"2026-11-24T20:00:00.5", true}, {"2024-02-29T00:00:00Z", true},
+        {"2026-02-29T00:00:00Z", false}, {"2026-11-24 20:00:00", false},
+        {"2026-11-24T24:00:00Z", false}, {"2026-11-24T20:00:00+01", false},
+        {"2026-11-24T20:60:00Z", false}, {"", false},
     };
     for (const auto& [text, good] : cases) EXPECT_EQ(parseInstant(text).has_value(), good) << text;
     const Instant instant = parseInstant("2026-11-24T20:03:04.250Z").value();

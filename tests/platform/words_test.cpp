@@ -31,9 +31,7 @@ TEST(Words, ArePutTogetherInAnyLanguage) {
         {"parts that look like places", Words::tr("%1 of %2", {"%2", "%1"}), "%2 of %1", "%1 HAS %2"},
         {"a pattern that isn't known", Words::tr("%2%1%2", {"a", star}), "starastar", "STARaSTAR"},
         {"a part too few", Words::tr("%1 of %2", {"3"}), "3 of %2", "%2 HAS 3"},
-        {"a part too many", Words::tr("star", {"3"}), "star", "STAR"},
         {"no places", Words::tr("%0 %a 100 % %", {"3"}), "%0 %a 100 % %", "%0 %a 100 % %"},
-        {"no pattern", Words::tr("", {"3"}), "", ""},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(c.words.english(), c.english) << c.why;
