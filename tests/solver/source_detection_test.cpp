@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <numbers>
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -36,11 +35,6 @@ struct Field {
             }
     }
 
-    void addNoise(std::mt19937& random) {
-        std::normal_distribution<double> noise;
-        for (float& pixel : pixels) pixel += static_cast<float>(noise(random));
-    }
-
     void fill(std::size_t left, std::size_t top, std::size_t columns, std::size_t rows, float value) {
         for (std::size_t y = top; y < top + rows; ++y)
             for (std::size_t x = left; x < left + columns; ++x) pixels[y * width + x] = value;
@@ -60,31 +54,6 @@ const Source* nearest(const std::vector<Source>& sources, const Star& star) {
     const auto found = std::ranges::min_element(
         sources, {}, [&](const Source& source) { return std::hypot(source.x - star.x, source.y - star.y); });
     return found != sources.end() && std::hypot(found->x - star.x, found->y - star.y) < 1 ? &*found : nullptr;
-}
-
-TEST(SourceDetection, LoneStarsAreWhereTheyWereDrawn) {
-    for (const unsigned seed : {1U, 2U, 3U}) {
-        std::mt19937 random(seed);
-        std::uniform_real_distribution<double> unit(0, 1);
-        Field field;
-        constexpr double kRoom = 80;  // pixels
-        for (double y = kRoom / 2; y < static_cast<double>(field.height); y += kRoom)
-            for (double x = kRoom / 2; x < static_cast<double>(field.width); x += kRoom)
-                field.add({x + 20 * unit(random) - 10, y + 20 * unit(random) - 10,
-                           300 * std::pow(300, unit(random)), 0.8 + 1.5 * unit(random)});
-        field.addNoise(random);
-        const auto found = *detected(field);
-        for (const Star& star : field.stars) {
-            const Source* const source = nearest(found, star);
-            ASSERT_NE(source, nullptr) << star.x << ' ' << star.y;
-            // Noise of 1 in each pixel, and pixels at the edge that are half in.
-            const double error = 50 * star.sigma * star.sigma / star.light + 0.03;
-            EXPECT_NEAR(source->x, star.x, error) << star.light << ' ' << star.sigma;
-            EXPECT_NEAR(source->y, star.y, error) << star.light << ' ' << star.sigma;
-            EXPECT_NEAR(source->flux, star.light, 0.05 * star.light + 100);
-            EXPECT_FALSE(source->cut);
-        }
-    }
 }
 
 TEST(SourceDetection, SumsAndMomentsAreThoseOfThePixels) {

@@ -222,30 +222,6 @@ std::vector<CatalogStar> randomStars(std::size_t count, unsigned seed) {
     return stars;
 }
 
-// Against looking through all stars, which needs no tree.
-TEST(StarPatterns, JoinEachStarWithTheNearestThatOutshineIt) {
-    const auto patterns = StarPatterns::build(test::ListCatalog(randomStars(600, 5)), kId, 100);
-    const auto stars = patterns->stars();
-    ASSERT_EQ(stars.size(), 600U);
-    for (std::uint32_t i = 0; i < stars.size(); ++i) {
-        std::vector<std::pair<double, std::uint32_t>> brighter;
-        for (std::uint32_t k = 0; k < stars.size(); ++k) {
-            if (stars[k].tenths < stars[i].tenths)
-                brighter.emplace_back(separation(patterns->directionOf(i), patterns->directionOf(k)), k);
-        }
-        if (brighter.empty()) continue;
-        std::sort(brighter.begin(), brighter.end());
-        // Stars of the same tenth of a magnitude may stand on either side of the order.
-        const double farthest = brighter[std::min<std::size_t>(3, brighter.size() - 1)].first;
-        for (const std::uint32_t neighbour : stars[i].brighter) {
-            if (neighbour == PatternStar::kNone) continue;
-            EXPECT_LE(stars[neighbour].tenths, stars[i].tenths);
-            EXPECT_LE(separation(patterns->directionOf(i), patterns->directionOf(neighbour)),
-                      brighter.size() < 4 ? 180 : farthest + 1e-4);
-        }
-    }
-}
-
 TEST(StarPatterns, TakeTheBrightestOfEachCellOfSky) {
     std::vector<CatalogStar> crowd;
     crowd.reserve(50);
