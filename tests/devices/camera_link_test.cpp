@@ -77,17 +77,6 @@ TEST(CameraLink, AsksTheProgramForWhatIsSet) {
     }
 }
 
-TEST(CameraLink, KeepsTheGraceOfTheSecondProgramAsAPauseOfTheFirst) {
-    CameraWorld world("CCDSoft");
-    world.txtPostExpDelay.setText("3.5");
-    world.link.AcquireImage(5);
-    world.programs.ImagingSoftware = "MaxIm";
-    world.programs.maxImCamera = world.host.create(kMaxIm);
-    const double before = world.elapsed();
-    world.link.AcquireImage(5);
-    EXPECT_NEAR(world.elapsed() - before, 3.5 + 5, 0.11);
-}
-
 /// A minute beyond the exposure's five seconds, and the time of grace.
 TEST(CameraLink, WaitsForAnImageThatComesLate) {
     const Strings maxIm = {
@@ -274,17 +263,6 @@ TEST(CameraLink, ExposesNothingWithoutAProgram) {
     EXPECT_EQ(world.elapsed(), 0);
 }
 
-TEST(CameraLink, BringsTheProgramBackWhenAskedTo) {
-    for (const bool asked : {true, false}) {
-        CameraWorld world("CCDSoft");
-        world.openCCDSoft();
-        world.desktop.find(world.ccdSoftMain)->minimised = true;
-        if (asked) world.settings.SaveSetting("PolarAlign", "EnableRestoreImagingSW", "1");
-        world.link.AcquireImage(1);
-        EXPECT_EQ(world.desktop.minimised(world.ccdSoftMain), !asked);
-    }
-}
-
 // ---- one camera, two programs
 
 TEST(CameraLink, FreesTheCameraFromTheOtherProgram) {
@@ -333,35 +311,6 @@ TEST(CameraLink, FreesTheCameraFromTheOtherProgram) {
                   row.says.empty()
                       ? Strings{}
                       : Strings{"Fake.Source Error 7: it broke\r\nModule modComponents " + row.says});
-    }
-}
-
-TEST(CameraLink, KeepsQuietAboutTheWayOfExposing) {
-    CameraWorld world("CCDSoft");
-    double delay = 0;
-    CCDSoftCamera camera({world.services,
-                          world.programs,
-                          world.windows,
-                          {world.txtPostExpDelay, world.panel.chkUseCCDSoftSubFrame},
-                          delay});
-    world.fail(kCCDSoft, "Asynchronous", 438);
-    camera.setCCDSoftIsAsynchronous(true);
-    EXPECT_EQ(world.state.LastMessage,
-              "Fake.Source Error 438: it broke\r\nmodComponents Property Let CCDSoftIsAsynchronous");
-    EXPECT_FALSE(camera.CCDSoftIsAsynchronous());
-    EXPECT_EQ(world.state.LastMessage,
-              "Fake.Source Error 438: it broke\r\nmodComponents Property Get CCDSoftIsAsynchronous");
-    EXPECT_THAT(world.log.lines, IsEmpty());
-    EXPECT_THAT(world.messages.shown, IsEmpty());
-}
-
-TEST(CameraLink, LeavesTheProgramThatIsNotInUseAlone) {
-    CameraWorld maxIm("MaxIm"), ccdSoft("CCDSoft");
-    maxIm.link.abortExposure();
-    ccdSoft.link.setCamDisableAutoShutdown(true);
-    for (CameraWorld* world : {&maxIm, &ccdSoft}) {
-        EXPECT_THAT(world->host.takeJournal("*"), IsEmpty());
-        EXPECT_THAT(world->log.lines, IsEmpty());
     }
 }
 

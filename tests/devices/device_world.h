@@ -72,8 +72,6 @@ struct Mount {
     bool connects = true;  // accepts a put of Connected
     int connections = 0;   // drivers connected at the same time, now
     int mostConnections = 0;
-    int drivers = 0;  // driver objects, now
-    int mostDrivers = 0;
     double ra = 3, dec = 45;
     int slewingReads = 0;  // how often Slewing still reads True
     double siderealTime = 6, latitude = 48.25, longitude = 11.5;
@@ -93,7 +91,6 @@ struct Mount {
 class FakeDriver : public platform::DispatchObject {
   public:
     FakeDriver(std::string progId, Mount& mount) : DispatchObject(std::move(progId)), mount_(mount) {
-        mount_.mostDrivers = std::max(mount_.mostDrivers, ++mount_.drivers);
         property(
             "Connected",
             [this] {
@@ -118,10 +115,7 @@ class FakeDriver : public platform::DispatchObject {
         for (const char* member : {"SlewToCoordinatesAsync", "SetupDialog", "Expose", "SaveImageToFile"})
             method(member, [](const platform::Arguments&) { return platform::Value(); });
     }
-    ~FakeDriver() override {
-        connect(false);
-        --mount_.drivers;
-    }
+    ~FakeDriver() override { connect(false); }
 
   private:
     void connect(bool on) {
@@ -135,7 +129,7 @@ class FakeDriver : public platform::DispatchObject {
     bool connected_ = false;
 };
 
-/// The utility object; its wait lets the program's time pass.
+/// The utility object: its wait lets the program's time pass, and it answers conversions with their names.
 class FakeUtility : public platform::DispatchObject {
   public:
     explicit FakeUtility(platform::EventLoop& loop) : DispatchObject("DriverHelper.Util") {
@@ -143,6 +137,9 @@ class FakeUtility : public platform::DispatchObject {
             loop.sleep(platform::Milliseconds{argument(arguments, 0).toInt()});
             return platform::Value();
         });
+        for (const char* member : {"HoursToHMS", "DegreesToDMS", "DegreesToHMS"})
+            method(member, [member](const platform::Arguments&) { return member; });
+        method("DMSToDegrees", [](const platform::Arguments&) { return 12.5; });
     }
 };
 
@@ -193,17 +190,12 @@ struct Camera {
     bool linked = false;
 };
 
-/// A desktop that remembers which tabs were turned to, and may refuse to tell of buttons.
-struct TabbedDesktop : platform::DesktopWindows {
-    void selectTab(platform::WindowId tabControl, int tab) override {
-        turnedTo.push_back(tab);
-        DesktopWindows::selectTab(tabControl, tab);
-    }
+/// A desktop that may refuse to tell of buttons.
+struct SilentDesktop : platform::DesktopWindows {
     int buttonState(platform::WindowId button) const override {
         if (refuses) throw platform::runTimeError(platform::error_number::kInvalidProcedureCall);
         return DesktopWindows::buttonState(button);
     }
-    std::vector<int> turnedTo;
     bool refuses = false;
 };
 
@@ -237,10 +229,12 @@ class FakeProgram : public platform::DispatchObject {
     platform::Milliseconds readyAt_{0};
 };
 
-class FakeMaxImCamera : public FakeProgram {
+/// Its camera, which is its application as well.
+class FakeMaxIm : public FakeProgram {
   public:
-    FakeMaxImCamera(platform::EventLoop& loop, Camera& camera)
-        : FakeProgram("MaxIm.CCDCamera", loop, camera) {
+    FakeMaxIm(const char* progId, platform::EventLoop& loop, Camera& camera, double version)
+        : FakeProgram(progId, loop, camera) {
+        property("Version", [version] { return version; });
         values({"BinX", "BinY", "DisableAutoShutdown"});
         actions({"SetFullFrame", "SaveImage"});
         for (const char* member : {"MaxBinX", "MaxBinY"}) property(member, [] { return 4; });
@@ -256,13 +250,14 @@ class FakeMaxImCamera : public FakeProgram {
     }
 };
 
-class FakeCCDSoftCamera : public FakeProgram {
+/// Its camera, which is its image as well.
+class FakeCCDSoft : public FakeProgram {
   public:
-    FakeCCDSoftCamera(platform::EventLoop& loop, Camera& camera)
-        : FakeProgram("CCDSoft.Camera", loop, camera) {
+    FakeCCDSoft(const char* progId, platform::EventLoop& loop, Camera& camera)
+        : FakeProgram(progId, loop, camera) {
         values({"BinX", "BinY", "Frame", "Subframe", "ExposureTime", "AutoSaveOn", "ScreenShutter",
-                "ToNewWindow", "AutoSaveFileFormat", "Series", "ImageReduction"});
-        actions({"abort"});
+                "ToNewWindow", "AutoSaveFileFormat", "Series", "ImageReduction", "path"});
+        actions({"abort", "AttachToActiveImager", "Save"});
         method("Connect", [&camera](const platform::Arguments&) { return camera.linked = true; });
         method("Disconnect", [&camera](const platform::Arguments&) { return camera.linked = false; });
         property("State", [&camera] { return camera.linked ? 0 : 1; });
@@ -278,45 +273,25 @@ class FakeCCDSoftCamera : public FakeProgram {
     }
 };
 
-class FakeCCDSoftImage : public FakeProgram {
-  public:
-    FakeCCDSoftImage(platform::EventLoop& loop, Camera& camera) : FakeProgram("CCDSoft.Image", loop, camera) {
-        values({"path"});
-        actions({"AttachToActiveImager", "Save"});
-    }
-};
-
-class FakeMaxImApplication : public FakeProgram {
-  public:
-    FakeMaxImApplication(platform::EventLoop& loop, Camera& camera, double version)
-        : FakeProgram("MaxIm.Application", loop, camera) {
-        property("Version", [version] { return version; });
-    }
-};
-
 struct ImagingWorld : DeviceWorld {
     static constexpr const char* kMaxImPath = "C:\\MaxIm\\MaxIm_DL.exe";
     static constexpr const char* kCCDSoftPath = "C:\\CCDSoft\\CCDSoft.exe";
 
     void installMaxIm() {
-        registry.install(
-            "MaxIm.CCDCamera",
-            {[this] { return std::make_shared<FakeMaxImCamera>(loop, camera); }, kMaxImPath, "", ""});
-        registry.install(
-            "MaxIm.Application",
-            {[this] { return std::make_shared<FakeMaxImApplication>(loop, camera, maxImVersion); },
-             kMaxImPath, "", ""});
+        for (const char* progId : {"MaxIm.CCDCamera", "MaxIm.Application"})
+            registry.install(
+                progId,
+                {[this, progId] { return std::make_shared<FakeMaxIm>(progId, loop, camera, maxImVersion); },
+                 kMaxImPath, "", ""});
         desktop.installProgram(kMaxImPath, {[this] { openMaxIm(); }, "4.56"});
     }
     /// The classes may be registered with another file.
     void installCCDSoft(const std::optional<std::string>& fileVersion = "5.00.73",
                         const char* registered = kCCDSoftPath) {
-        registry.install(
-            "CCDSoft.Camera",
-            {[this] { return std::make_shared<FakeCCDSoftCamera>(loop, camera); }, registered, "", ""});
-        registry.install(
-            "CCDSoft.Image",
-            {[this] { return std::make_shared<FakeCCDSoftImage>(loop, camera); }, registered, "", ""});
+        for (const char* progId : {"CCDSoft.Camera", "CCDSoft.Image"})
+            registry.install(progId,
+                             {[this, progId] { return std::make_shared<FakeCCDSoft>(progId, loop, camera); },
+                              registered, "", ""});
         desktop.installProgram(kCCDSoftPath, {[this] { openCCDSoft(); }, fileVersion});
     }
 
@@ -332,7 +307,7 @@ struct ImagingWorld : DeviceWorld {
 
     Camera camera;
     double maxImVersion = 4.56;
-    TabbedDesktop desktop;
+    SilentDesktop desktop;
     platform::WindowId maxImMain = 0, cameraDialog = 0, tabs = 0, setupTab = 0, connectButton = 0,
                        ccdSoftMain = 0;
 
