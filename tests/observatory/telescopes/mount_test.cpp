@@ -256,19 +256,6 @@ TEST_F(MountFaultsTest, MoveThePointingByTheirFormulas) {
             }
 }
 
-TEST_F(MountFaultsTest, FlexureLowersTheAltitudeByItsCosineInEitherHemisphere) {
-    for (const double latitude : {60.0, -35.0}) {
-        mount_.settings().latitude = latitude;
-        mount_.settings().axisError = {20, -30};
-        mount_.settings().faults.flexure = 30;
-        slew(-50, latitude / 3);
-        const AltAz level = altAzOf(sound().ahead, latitude);
-        const AltAz bent = altAzOf(mount_.pointing().ahead, latitude);
-        EXPECT_NEAR((bent.altitude - level.altitude) * 3600, -30 * std::cos(level.altitude * kDegree), 0.01);
-        EXPECT_NEAR((bent.azimuth - level.azimuth) * 3600, 0, 0.01);
-    }
-}
-
 TEST_F(MountFaultsTest, TheJumpComesAtItsSlewAndStaysUntilItIsSetAgain) {
     mount_.setDeclinationJump({-5, 2});
     const auto after = [this](double hourAngle) {
@@ -282,24 +269,6 @@ TEST_F(MountFaultsTest, TheJumpComesAtItsSlewAndStaysUntilItIsSetAgain) {
     mount_.setDeclinationJump({-5, 2});
     EXPECT_NEAR(haDecOf(mount_.pointing().ahead).declination, 30, 1e-9);
     EXPECT_NEAR(after(10), 30, 1e-9) << "counted anew";
-}
-
-TEST_F(MountFaultsTest, TheRollScattersFromSlewToSlewAndNotBetween) {
-    mount_.settings().faults.rollNoise = 20;
-    constexpr int kSlews = 400;
-    double squares = 0;
-    for (int i = 0; i < kSlews; ++i) {
-        slew(i % 2 == 0 ? 10 : 11, 30);
-        const TubeAttitude now = mount_.pointing();
-        const sky::Vector3 east = sky::normalized(sky::cross({0, 0, 1}, now.ahead));
-        const double roll = std::atan2(sky::dot(now.up, east), sky::dot(now.up, sky::cross(now.ahead, east)));
-        squares += std::pow(roll / kArcsecond, 2);
-        pass(5);
-        const TubeAttitude later = mount_.pointing();
-        ASSERT_NEAR(shift(now, later).roll, 0, 1e-6);
-        ASSERT_NEAR(haDecOf(later.ahead).declination, 30, 1e-9);
-    }
-    EXPECT_NEAR(std::sqrt(squares / kSlews), 20, 2);  // 400 slews: 3.5 % standard error, seed fixed
 }
 
 /// A slew to the same reading ends at the same hour angle of the mount's own, which is the sky's less the
@@ -317,17 +286,6 @@ TEST_F(MountFaultsTest, AWrongClockTurnsReadingsAboutThePole) {
     pass(0.2);
     const double to = haDecOf(mount_.pointing().ahead).hourAngle;
     EXPECT_NEAR((to - from) * 3600, 150.4 + 0.2 * 15.04, 0.1) << "an early clock sends it too far west";
-}
-
-TEST(Faults, DrawNothingWhenTheyAreOff) {
-    platform::VirtualTime time{platform::parseInstant("2026-11-24T20:00:00Z").value()};
-    NoiseSource noise{1};
-    Mount mount(time, noise);
-    mount.startSlew({1, 20});
-    NoiseSource same{1};
-    same.gaussian();
-    same.gaussian();
-    EXPECT_EQ(noise.bits(), same.bits()) << "pictures after a slew have the noise that they always had";
 }
 
 }  // namespace
