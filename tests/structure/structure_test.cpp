@@ -216,12 +216,5 @@ TEST(Structure, WaitsClocksAndChanceHaveOnePlace) {
         }
 }
 
-TEST(Structure, HeadersGuardThemselves) {
-    std::map<std::string, bool> guarded;
-    for (const Line& line : sources())
-        if (line.file.ends_with(".h")) guarded[line.file] = guarded[line.file] || line.text == "#pragma once";
-    for (const auto& [file, good] : guarded) EXPECT_TRUE(good) << file;
-}
-
 }  // namespace
 }  // namespace vantrel
