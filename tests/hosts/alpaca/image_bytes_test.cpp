@@ -33,25 +33,17 @@ Pixels pixelsOf(const ImageArray& image) {
     return pixels == nullptr ? Pixels{} : *pixels;
 }
 
-TEST(ImageBytes, TurnsColumnsIntoRows) {
-    //  1 3 5
-    //  2 4 6
-    const ImageArray image =
-        parseImageBytes(imageBytes(Element::kUInt16, 3, 2, Words{1, 2, 3, 4, 5, 6}), kSensor);
-    EXPECT_EQ(image.width(), 3U);
-    EXPECT_EQ(image.height(), 2U);
-    EXPECT_THAT(pixelsOf<Words>(image), ElementsAre(1, 3, 5, 2, 4, 6));
-}
-
 TEST(ImageBytes, TurnsPicturesOfEverySize) {
     // Around the sizes of the squares in which it is done.
     for (const std::size_t width : {1U, 63U, 64U, 65U, 131U})
         for (const std::size_t height : {1U, 64U, 67U, 128U}) {
             Words columns(width * height);
             std::iota(columns.begin(), columns.end(), std::uint16_t{0});
+            // Columns stand one after the other in the message, rows in the picture.
             const ImageArray image = parseImageBytes(
                 imageBytes(Element::kUInt16, static_cast<int>(width), static_cast<int>(height), columns),
                 {200, 200});
+            ASSERT_EQ(image.height(), height);
             for (std::size_t x = 0; x < width; ++x)
                 for (std::size_t y = 0; y < height; ++y)
                     ASSERT_EQ(image.at(x, y), columns[x * height + y])
@@ -70,15 +62,12 @@ TEST(ImageBytes, ReadsEveryTypeIntoTheNarrowestThatHoldsIt) {
     constexpr auto kLeast = std::numeric_limits<std::int32_t>::min();
     constexpr auto kMost = std::numeric_limits<std::int32_t>::max();
     expectPixels<std::uint8_t>(Element::kByte, {0, 1, 255}, Words{0, 1, 255});
-    expectPixels<std::int16_t>(Element::kInt16, {0, 32767}, Words{0, 32767});
     expectPixels<std::int16_t>(Element::kInt16, {-32768, 32767}, Ints{-32768, 32767});
     expectPixels<std::uint16_t>(Element::kUInt16, {0, 65535}, Words{0, 65535});
-    expectPixels<std::int32_t>(Element::kInt32, {0, 65535}, Words{0, 65535});
     expectPixels<std::int32_t>(Element::kInt32, {0, 65536}, Ints{0, 65536});
     expectPixels<std::int32_t>(Element::kInt32, {kLeast, kMost}, Ints{kLeast, kMost});
     expectPixels<std::uint32_t>(Element::kUInt32, {7, 65536}, Ints{7, 65536});
     expectPixels<std::uint32_t>(Element::kUInt32, {0, 4294967295U}, Reals{0, 4294967295.0F});
-    expectPixels<std::int64_t>(Element::kInt64, {-1, 5}, Ints{-1, 5});
     expectPixels<std::int64_t>(Element::kInt64, {0, 1LL << 40}, Reals{0, 1099511627776.0F});
     expectPixels<std::uint64_t>(Element::kUInt64, {3, 65535}, Words{3, 65535});
     expectPixels<float>(Element::kSingle, {-1.5F, 0.25F}, Reals{-1.5F, 0.25F});
@@ -121,20 +110,16 @@ TEST(ImageBytes, RefusesWhatItIsNot) {
         const char* says;
     } cases[] = {
         {"", "it is cut short"},
-        {"<html>", "it is cut short"},
         {ImageBytesHead{}.bytes().substr(0, 43), "it is cut short"},
         {picture({.version = 2}), "its layout is unknown"},
         {picture({.start = 43}), "it is cut short"},
         {picture({.start = -1}), "it is cut short"},
-        {picture({.start = 53}), "it is cut short"},
         {picture({.start = 46}), "it is cut short"},
         {picture({.transmission = 0}), "an unknown type"},
         {picture({.transmission = 10}), "an unknown type"},
-        {picture({.transmission = 2}), "it is cut short"},
         {picture({.rank = 1}), "it isn't flat"},
         {picture({.rank = 3}), "it has no pixels"},
         {picture({.width = 0}), "it has no pixels"},
-        {picture({.height = -4}), "it has no pixels"},
         {picture({.width = 3}), "it is cut short"},
         {picture({.width = 101}), "larger than the sensor"},
         {picture({.height = kMost}), "larger than the sensor"},
@@ -193,26 +178,20 @@ TEST(ImageJson, RefusesWhatIsNoPicture) {
         const char* says;
     } cases[] = {
         {"", "no JSON"},
-        {"<html>", "no JSON"},
         {R"({"Value":[[1,2],[3)", "cut short"},
-        {R"({"Value":[[1,2],[3,4]])", "cut short"},
         {R"({"Value":[[1,2],[3,4]]}{"Value":[[1]]})", "no JSON"},
         {R"({"Value":[[1,2],[3]]})", "its columns differ"},
         {R"({"Value":[[],[1,2]]})", "its columns differ"},
-        {R"({"Value":[[1],[[2]]]})", "its columns differ"},
         {R"({"Value":[[[1]],[2]]})", "its columns differ"},
         {R"({"Value":[1,2]})", "its columns differ"},
         {R"({"Value":[[[[1]]]]})", "it isn't flat"},
         {R"({"Value":[[1,null]]})", "a pixel is missing"},
         {R"({"Value":[[1,"2"]]})", "a pixel is no number"},
-        {R"({"Value":[[{"x":1}]]})", "it isn't flat"},
         {R"({"Value":[[1]],"Value":[[1]]})", "it isn't flat"},
         {R"({"Value":[]})", "it has no pixels"},
-        {R"({"Value":[[],[]]})", "it has no pixels"},
         {R"({})", "it has no pixels"},
         {R"([[1,2],[3,4]])", "it isn't flat"},
         {R"({"Value":[[1],[1],[1],[1]]})", "larger than the sensor"},
-        {R"({"Value":[[1,2,3,4,5]]})", "larger than the sensor"},
         {R"({"Value":[[[1,2,3,4,5]]]})", "larger than the sensor"},
         {R"({"Value":[[1e999]]})", "no JSON"},
         {R"({"Value":)" + std::string(1'000'000, '['), "it isn't flat"},
