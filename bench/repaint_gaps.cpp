@@ -19,8 +19,8 @@
 #include "platform/user_machine.h"
 #include "qt/program.h"
 #include "qt/qt_event_loop.h"
-#include "qt/temporary_home.h"
 #include "qt/unattended_run.h"
+#include "support/temp_folder.h"
 
 namespace {
 
@@ -71,8 +71,8 @@ class Pulse : public QWidget {
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     const double width = argc > 2 ? std::atof(argv[1]) : 6248, height = argc > 2 ? std::atof(argv[2]) : 4176;
-    const qt::TemporaryHome home;
-    platform::UserMachine user(home.paths());
+    const test::TempFolder home;
+    platform::UserMachine user(platform::pathsBelow(home.path()));
     const qt::Barrier barrier([](const std::string& text) { std::fprintf(stderr, "%s\n", text.c_str()); });
     qt::QtEventLoop loop(barrier);
     qt::Theme theme;

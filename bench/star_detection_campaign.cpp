@@ -26,7 +26,20 @@ using vantrel::test::FramePainter;
 using vantrel::test::FrameRecipe;
 using vantrel::test::FrameStar;
 using vantrel::test::FrameTrail;
-using vantrel::test::withBlanks;
+
+/// The same image in floats, without a value ("not a number") in these rectangles.
+vantrel::platform::ImageArray withBlanks(const vantrel::platform::ImageArray& image,
+                                         const std::vector<FrameDefect>& blanks) {
+    const auto& counts = std::get<std::vector<std::uint16_t>>(image.pixels());
+    std::vector<float> floats(counts.begin(), counts.end());
+    for (const FrameDefect& blank : blanks)
+        for (int y = std::max(0, blank.top); y < std::min(blank.bottom, static_cast<int>(image.height()));
+             ++y)
+            for (int x = std::max(0, blank.left); x < std::min(blank.right, static_cast<int>(image.width()));
+                 ++x)
+                floats[static_cast<std::size_t>(y) * image.width() + static_cast<std::size_t>(x)] = NAN;
+    return {image.width(), image.height(), std::move(floats)};
+}
 
 constexpr double kFaint = 80;  // signal to noise below which size errors follow from noise
 

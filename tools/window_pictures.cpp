@@ -295,7 +295,7 @@ void takeFirstPictures(const QString& folder, bool byNight) {
     field.height = 900;
     field.wcs = test::wcsFor(1200, 900, {56.9, 24.1}, 9, 172, false);
     field.tenthMagnitude = 20'000;
-    const auto file = night.home.folder() / "Pleiades.fits";
+    const auto file = night.home.path() / "Pleiades.fits";
     fits::writeFits(file, 1200, 900, test::drawField(sky::CompactCatalog::openBuiltIn().get(), field),
                     {{"OBJCTRA", std::string("03 48 00")},
                      {"OBJCTDEC", std::string("+24 06 00")},

@@ -19,11 +19,10 @@
 #include <gtest/gtest.h>
 
 #include "desktop/desk.h"
-#include "qt/image_window.h"
 #include "qt/layouts.h"
 #include "qt/picture_widget.h"
 #include "qt/qt_dialogs.h"
-#include "qt/temporary_home.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::desktop {
 namespace {
@@ -118,8 +117,8 @@ TEST_P(SmallScreenTest, KeepsWhatHasTheKeysInView) {
 
 TEST_P(SmallScreenTest, HasRoomForDialogs) {
     const qt::WithLayout layout(GetParam());
-    const qt::TemporaryHome home;
-    const platform::UserMachine user(home.paths());
+    const test::TempFolder home;
+    const platform::UserMachine user(platform::pathsBelow(home.path()));
     const qt::Theme theme;
     qt::QtDialogs dialogs(user.folders, "C:\\");
     const XOperator eyes;
@@ -145,26 +144,6 @@ TEST_P(SmallScreenTest, HasRoomForDialogs) {
         });
         open();
     }
-}
-
-TEST(SmallScreen, ScrollsALongMessageByKeys) {
-    const platform::FolderMap noFolders("/nowhere");
-    const qt::Theme theme;
-    std::string lines;
-    for (int line = 0; line < 100; ++line) lines += "The settings can't be read\r\n";
-    QTimer::singleShot(0, [] {
-        QWidget& dialog = *QApplication::activeModalWidget();
-        EXPECT_TRUE(comesTrue([&] { return dialog.isActiveWindow(); }));
-        const auto& words = *dialog.findChild<QScrollArea*>();
-        const QScrollBar& bar = *words.verticalScrollBar();
-        EXPECT_GT(bar.maximum(), 0);
-        EXPECT_EQ(words.horizontalScrollBar()->maximum(), 0);
-        for (int page = 0; page < 100; ++page) QTest::keyClick(dialog.focusWidget(), Qt::Key_PageDown);
-        EXPECT_EQ(bar.value(), bar.maximum());
-        dialog.close();
-    });
-    qt::QtDialogs(noFolders, "C:\\")
-        .messageBox("Vantrel", lines, platform::Dialogs::Icon::kCritical, platform::Dialogs::Buttons::kOk);
 }
 
 // What is watched while the adjusters are turned.
@@ -215,22 +194,6 @@ TEST(SmallScreen, LeavesWhatIsClickedUnderTheMouse) {
         forms.settle();
         return box.isChecked() != before;
     }));
-}
-
-TEST(SmallScreen, HasRoomForThePicture) {
-    qt::Forms forms(qt::workArea());
-    const XOperator eyes;
-    imaging::OpenDocuments documents;
-    for (const char* size : {"300", "5000"}) {
-        forms.stored.write("ImageWindow", "Width", size);
-        forms.stored.write("ImageWindow", "Height", size);
-        qt::ImageWindow window(documents, forms.stored, forms.front);
-        window.showByOperator();
-        EXPECT_TRUE(comesTrue([&] {
-            forms.rest();
-            return isOnScreen(eyes, window);
-        })) << size;
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(FontSizes, SmallScreenTest, testing::ValuesIn(qt::kLayouts));

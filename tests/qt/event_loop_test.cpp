@@ -1,5 +1,4 @@
 #include <QCoreApplication>
-#include <memory>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,18 +25,6 @@ TEST_F(QtEventLoopTest, RunsPostedHandlersInOrderAndNotBefore) {
     EXPECT_EQ(order, "");
     loop.yield();
     EXPECT_EQ(order, "ab");
-}
-
-TEST_F(QtEventLoopTest, AWaitInsideAWaitEndsFirst) {
-    std::string order;
-    loop.post([&] {
-        order += "[";
-        loop.sleep(Milliseconds{30});
-        order += "]";
-    });
-    loop.sleep(Milliseconds{1});
-    order += ".";
-    EXPECT_EQ(order, "[].");
 }
 
 // The toolkit sends what was posted in batches, and a wait may begin in the middle of one.

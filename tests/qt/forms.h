@@ -1,9 +1,11 @@
-// The program's forms without the program, and their windows.
+// The program's forms without the program, their windows, and the light that these give off.
 #pragma once
 
 #include <QApplication>
+#include <QImage>
 #include <QMouseEvent>
 #include <QTabWidget>
+#include <algorithm>
 #include <chrono>
 #include <sstream>
 #include <stdexcept>
@@ -106,6 +108,19 @@ void onEveryPage(const QWidget& window, Look&& look) {
         QApplication::processEvents();
         look();
     }
+}
+
+/// The most that the other two colours exceed what the night's reds (or greens) hold, over all pixels.
+inline int foreignLight(const QImage& image, bool green = false) {
+    int most = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x) {
+            const QRgb pixel = image.pixel(x, y);
+            const int own = green ? qGreen(pixel) : qRed(pixel);
+            const int other = green ? qRed(pixel) : qGreen(pixel);
+            most = std::max(most, std::max(other, qBlue(pixel)) - own / 3 - 2);
+        }
+    return most;
 }
 
 }  // namespace vantrel::qt

@@ -6,7 +6,6 @@
 #include <QTest>
 #include <QToolButton>
 #include <QWheelEvent>
-#include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -15,8 +14,6 @@
 #include "qt/forms.h"
 #include "qt/histogram_bar.h"
 #include "qt/image_view.h"
-#include "qt/light.h"
-#include "qt/night.h"
 #include "support/star_frames.h"
 
 namespace vantrel::qt {
@@ -170,18 +167,6 @@ TEST_F(ImageWindowTest, MarksAreTheBrightestThingAtEveryZoomByDayAndByNight) {
             action("zoomIn").trigger();
         }
     }
-}
-
-TEST_F(ImageWindowTest, ADrawnMarkCostsNoCopyOfTheFrame) {
-    show(starField());
-    window.grab();
-    auto read = documents.current()->pixels;
-    const auto* const before = std::get<std::vector<std::uint16_t>>(read->pixels()).data();
-    documents.setPixels(documents.current(), share(read->withPixels({100}, 60'000)));
-    read.reset();
-    settle();
-    window.grab();
-    EXPECT_EQ(std::get<std::vector<std::uint16_t>>(documents.current()->pixels->pixels()).data(), before);
 }
 
 TEST_F(ImageWindowTest, TheNextExposureKeepsTheViewAnotherFormatDoesNot) {
@@ -391,32 +376,11 @@ TEST_F(ImageWindowTest, RemembersWhereItStoodAndComesBackOntoTheScreen) {
     }
     stored.write("ImageWindow", "Left", "900000");
     stored.write("ImageWindow", "Top", "-5000");
+    stored.write("ImageWindow", "Height", "5000");
     stored.write("ImageWindow", "Width", "nonsense");
     ImageWindow lost(documents, stored, front);
     const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
     EXPECT_TRUE(room.contains(QRect(lost.pos(), lost.size())));
-}
-
-TEST(ImageWindowOfTheProgram, ShowsThePicturesOfARunAndMayBeClosedMeanwhile) {
-    Night night;
-    ImageWindow& window = night.program.imageWindow();
-    night.pass({
-        {[&] { return night.started(); }, [&] { night.click("cmdRun"); }},
-        {[&] { return night.isLit("lblFrame2") && night.isLit("lblExpose"); },
-         [&] {
-             EXPECT_TRUE(window.isVisible());
-             window.close();
-         }},
-        {[&] { return night.enabled("cmdNext"); },
-         [&] {
-             EXPECT_FALSE(window.isVisible());
-             window.showByOperator();
-             EXPECT_TRUE(window.isVisible());
-             night.click("cmdSkip");
-         }},
-        {[&] { return night.enabled("cmdRun"); }, [] {}},
-    });
-    EXPECT_EQ(night.failures, "");
 }
 
 }  // namespace

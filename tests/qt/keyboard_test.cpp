@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <set>
 #include <sstream>
 #include <utility>
 #include <vector>
@@ -78,18 +77,6 @@ void withEveryPage(Forms& forms, Look&& look) {
     forms.settle();
     look(image);
     withTheChooser(forms, look);
-}
-
-TEST(Keyboard, TabReachesEveryControl) {
-    Forms forms;
-    withEveryPage(forms, [](const QWidget& window) {
-        std::set<const QWidget*> reached;
-        const QWidget* widget = window.nextInFocusChain();
-        for (; reached.insert(widget).second; widget = widget->nextInFocusChain()) {
-        }
-        for (const QWidget* child : window.findChildren<QWidget*>())
-            EXPECT_TRUE(!canHaveKeyboard(*child) || reached.contains(child)) << nameOf(*child);
-    });
 }
 
 /// Down a column, and along a row.

@@ -3,14 +3,33 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QTranslator>
 #include <optional>
 #include <ostream>
+#include <stdexcept>
 
 #include "correction/result_readout.h"
+#include "platform/user_machine.h"
 #include "qt/forms.h"
-#include "qt/in_german.h"
 
 namespace vantrel::qt {
+
+/// The windows in German, as long as it lives.
+class InGerman {
+  public:
+    InGerman() {
+        const auto folder = platform::sharedDataFolder() / "translations";
+        if (!german_.load("vantrel_de", QString::fromStdString(folder.string())))
+            throw std::runtime_error("no translation in " + folder.string());
+        QCoreApplication::installTranslator(&german_);
+    }
+    ~InGerman() { QCoreApplication::removeTranslator(&german_); }
+    InGerman(const InGerman&) = delete;
+    InGerman& operator=(const InGerman&) = delete;
+
+  private:
+    QTranslator german_;
+};
 
 struct Layout {
     int points;

@@ -14,8 +14,8 @@
 #include "platform/queued_event_loop.h"
 #include "qt/forms.h"
 #include "qt/program.h"
-#include "qt/temporary_home.h"
 #include "qt/unattended_run.h"
+#include "support/temp_folder.h"
 
 namespace vantrel::qt {
 
@@ -26,8 +26,8 @@ struct Step {
 };
 
 struct Night {
-    TemporaryHome home;
-    platform::UserMachine user{home.paths()};
+    test::TempFolder home;
+    platform::UserMachine user{platform::pathsBelow(home.path())};
     // An endless wait fails the test instead of hanging it.
     platform::VirtualTime time{*platform::parseInstant("2026-11-24T20:00:00Z"), std::chrono::hours{1},
                                1'000'000};

@@ -1,12 +1,8 @@
 // The windows of a first start and of pictures from anywhere.
-#include <QAction>
-#include <QCheckBox>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QLabel>
 #include <QMimeData>
-#include <QPlainTextEdit>
-#include <QPushButton>
 #include <QTest>
 #include <QUrl>
 #include <cmath>
@@ -18,7 +14,7 @@
 #include "fits/fits_writing.h"
 #include "qt/image_colors.h"
 #include "qt/image_view.h"
-#include "qt/light.h"
+#include "qt/image_window.h"
 #include "qt/night.h"
 #include "qt/plate_view.h"
 #include "sky/compact_catalog.h"
@@ -108,7 +104,7 @@ void drop(QWidget& window, const QString& file) {
 
 TEST(FirstStart, ShowsTheThreeWaysOnceAndSolvesWhatIsDroppedOnThem) {
     Night night;
-    const auto file = night.home.folder() / "field.fits";
+    const auto file = night.home.path() / "field.fits";
     test::StarField field;
     field.width = 640;
     field.height = 480;
@@ -168,6 +164,7 @@ TEST(Measurement, OfAFreshStartFindsTheSimulatorsAxis) {
          [&] {
              EXPECT_THAT(night.instructions(), HasSubstr("Completed Successfully !!"))
                  << testing::PrintToString(night.program.application().log().lines());
+             EXPECT_TRUE(night.program.imageWindow().isVisible()) << "with the pictures";
              night.click("cmdPolarPlot");
          }},
         {[&] { return night.program.window("frmPolarPlot").isVisible(); },

@@ -15,8 +15,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/user_machine.h"
-#include "qt/forms.h"
-#include "qt/in_german.h"
+#include "qt/layouts.h"
 #include "qt/windows.h"
 
 namespace vantrel::qt {

@@ -1,4 +1,3 @@
-#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
@@ -17,7 +16,6 @@
 #include <QTest>
 #include <QTextBrowser>
 #include <QTimer>
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -27,11 +25,9 @@
 
 #include "qt/arrangement.h"
 #include "qt/forms.h"
-#include "qt/light.h"
 #include "qt/night.h"
 #include "qt/qt_desktop.h"
 #include "qt/qt_dialogs.h"
-#include "qt/temporary_home.h"
 #include "qt/theme.h"
 #include "support/temp_folder.h"
 
@@ -78,19 +74,6 @@ TEST(Windows, MismatchedNamesFailAtOnce) {
     auto* const wrongKind = new QLineEdit(&window);
     wrongKind->setObjectName("cmdOdd");
     EXPECT_THROW(Binding(form, window, forms.front), std::logic_error) << "a widget of the wrong kind";
-}
-
-TEST(Windows, AWindowOfNoSpecialKindHoldsTheFormsControlsToo) {
-    Forms forms;
-    platform::Form form(forms.screen, "frmNew", "New", {});
-    platform::Frame frame(form, "fraInner", "Inner");
-    platform::TextBox inner(form, "txtInner");
-    inner.placeIn(frame);
-    const platform::Button button(form, "cmdOK", "OK");
-    const platform::MenuItem item(form, "mnuExit", "Exit");
-    PlainWindow window(form, forms.front);
-    EXPECT_EQ(widgetOf<QLineEdit>(window, "txtInner").parentWidget()->objectName(), "fraInner");
-    EXPECT_EQ(widgetOf<QPushButton>(window, "cmdOK").text(), "&OK");
 }
 
 TEST_F(MainWindowTest, AClickRunsFromTheEventLoopAndOnlyWhenTheControlIsReachable) {
@@ -296,7 +279,7 @@ TEST_F(MainWindowTest, ClosingAsksTheForm) {
     EXPECT_FALSE(window.isVisible());
 }
 
-TEST_F(MainWindowTest, PlaceGoesBothWays) {
+TEST_F(MainWindowTest, PlaceGoesBothWaysAndALongMovingIsToldWhenItEnds) {
     main.setPlace({200, 150, 900, 700});
     EXPECT_EQ(window.pos(), QPoint(200, 150));
     EXPECT_EQ(window.size(), QSize(900, 700));
@@ -306,26 +289,15 @@ TEST_F(MainWindowTest, PlaceGoesBothWays) {
     window.move(220, 160);
     rest();
     EXPECT_EQ(main.place(), (platform::Rectangle{220, 160, 900, 700}));
-    EXPECT_EQ(resized, 0);
-    window.resize(950, 720);
-    rest();
-    EXPECT_EQ(main.place().width, 950);
-    EXPECT_EQ(resized, 1);
-}
-
-TEST_F(MainWindowTest, ALongMovingIsToldWhenItEnds) {
-    rest();
-    int told = 0;
-    main.onResize = [&] { ++told; };
-    for (int width = 800; width < 850; ++width) {
-        window.resize(width, 700);
+    for (int width = 900; width <= 950; ++width) {
+        window.resize(width, 720);
         settle();
         loop.sleep(std::chrono::milliseconds{20});
     }
-    EXPECT_EQ(told, 0);
+    EXPECT_EQ(resized, 0);
     rest();
-    EXPECT_EQ(told, 1);
-    EXPECT_EQ(main.place().width, 849);
+    EXPECT_EQ(main.place().width, 950);
+    EXPECT_EQ(resized, 1);
     window.resize(900, 700);
     window.close();  // at once
     EXPECT_EQ(main.place().width, 900);
@@ -522,12 +494,13 @@ void inTheDialog(const std::function<void(QDialog&)>& act) {
 class DialogsTest : public testing::Test {
   protected:
     DialogsTest() {
-        std::filesystem::create_directories(home.paths().drives / "C" / "Images" / "Tonight");
-        user.folders.map("C:\\Images", home.paths().drives / "C" / "Images");
+        std::filesystem::create_directories(platform::pathsBelow(home.path()).drives / "C" / "Images" /
+                                            "Tonight");
+        user.folders.map("C:\\Images", platform::pathsBelow(home.path()).drives / "C" / "Images");
     }
 
-    TemporaryHome home;
-    platform::UserMachine user{home.paths()};
+    test::TempFolder home;
+    platform::UserMachine user{platform::pathsBelow(home.path())};
     Theme theme;
     QtDialogs dialogs{user.folders, "C:\\Images"};
     const std::vector<platform::Dialogs::Choice> drivers{{"A.Telescope", "First mount"},
@@ -616,20 +589,20 @@ struct QtDesktopTest : testing::Test {
         for (const char* scheme : {"file", "https"}) QDesktopServices::unsetUrlHandler(scheme);
     }
     void put(const char* file) const {
-        const std::filesystem::path whole = home.folder() / file;
+        const std::filesystem::path whole = home.path() / file;
         std::filesystem::create_directories(whole.parent_path());
         std::ofstream(whole) << "text";
     }
 
     QTextBrowser browser;  // has a slot for addresses
     const QByteArray path = qgetenv("PATH");
-    const TemporaryHome home;
-    platform::UserMachine user{home.paths()};
+    const test::TempFolder home;
+    platform::UserMachine user{platform::pathsBelow(home.path())};
 };
 
 TEST_F(QtDesktopTest, OpensFilesAndPages) {
     QtDesktop desktop(user.folders, {});
-    const std::string file = (home.folder() / "Log.txt").string();
+    const std::string file = (home.path() / "Log.txt").string();
     for (const std::string& address : {std::string("https://example.org/help"), "file://" + file}) {
         desktop.open(address.starts_with("file") ? file : address);
         EXPECT_EQ(browser.source().toString().toStdString(), address);
@@ -637,16 +610,16 @@ TEST_F(QtDesktopTest, OpensFilesAndPages) {
 }
 
 TEST_F(QtDesktopTest, ShowsTheManualsPagesInPlaceOfHelpThatIsMissingOrThatNothingShows) {
-    platform::FolderMap folders(home.folder());
-    folders.map("C:\\Program Files\\Vantrel", home.folder());
+    platform::FolderMap folders(home.path());
+    folders.map("C:\\Program Files\\Vantrel", home.path());
     const QtDesktop desktop(folders, {});
     const std::string help = desktop.programFolder() + "\\Vantrel Help.chm";
-    EXPECT_EQ(desktop.shownFor(help), home.folder() / "Vantrel Help.chm") << "neither is there";
+    EXPECT_EQ(desktop.shownFor(help), home.path() / "Vantrel Help.chm") << "neither is there";
     put("manual/index.html");
-    EXPECT_EQ(desktop.shownFor(help), home.folder() / "manual/index.html");
+    EXPECT_EQ(desktop.shownFor(help), home.path() / "manual/index.html");
     put("Vantrel Help.chm");
-    EXPECT_EQ(desktop.shownFor(help), home.folder() / "manual/index.html");
-    EXPECT_EQ(desktop.shownFor("C:\\Other\\Vantrel.chm"), home.folder() / "c/Other/Vantrel.chm");
+    EXPECT_EQ(desktop.shownFor(help), home.path() / "manual/index.html");
+    EXPECT_EQ(desktop.shownFor("C:\\Other\\Vantrel.chm"), home.path() / "c/Other/Vantrel.chm");
 }
 
 /// From the folder that the programs are built into, where there is something to build it with.

@@ -229,20 +229,6 @@ class FramePainter {
         deviates_;  // of gaussian noise; each row of a frame takes a run of them from a random place
 };
 
-/// The same image in floats, without a value ("not a number") in these rectangles.
-inline platform::ImageArray withBlanks(const platform::ImageArray& image,
-                                       const std::vector<FrameDefect>& blanks) {
-    const auto& counts = std::get<std::vector<std::uint16_t>>(image.pixels());
-    std::vector<float> floats(counts.begin(), counts.end());
-    for (const FrameDefect& blank : blanks)
-        for (int y = std::max(0, blank.top); y < std::min(blank.bottom, static_cast<int>(image.height()));
-             ++y)
-            for (int x = std::max(0, blank.left); x < std::min(blank.right, static_cast<int>(image.width()));
-                 ++x)
-                floats[static_cast<std::size_t>(y) * image.width() + static_cast<std::size_t>(x)] = NAN;
-    return {image.width(), image.height(), std::move(floats)};
-}
-
 /// The half-flux diameter of the star's light as far as the frame can hold it: the star's width, unless it is
 /// cut off at 65,535.
 inline double trueHalfFluxDiameter(const FrameStar& star, double sky) {
