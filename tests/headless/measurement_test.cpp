@@ -18,45 +18,61 @@ using testing::HasSubstr;
 constexpr const char* kAxisSimulator = "AxisSimulator.Telescope";
 constexpr const char* kPinPoint = "PinPoint.Plate";
 
-TEST(Measurement, FailuresOfOutsideProgramsAreReportedLetterForLetter) {
+TEST(Measurement, FailuresAreReportedLetterForLetter) {
+    const char* const run = "frmMain.cmdRun";
+    const char* const exposeAndSolve = "frmMain.cmdExposeSolve";
+    const std::string mismatch = "Error 13: Type mismatch\r\n";
+    const auto onScopeSim = [](const char* control) -> Prepare {  // which has no camera of its own
+        return
+            [=](Script& s) { s.setting("Main", "MyTelescopeID", "ScopeSim.Telescope").type(control, "abc"); };
+    };
+    const std::vector<std::string> unsolved{"Plate Solve failed", "Check Plate Solve Settings"};
     const struct {
         const char* why;
+        const char* button;
         Prepare prepare;
-        Lines logged;
-        Lines shown = {};  // pop-ups
+        std::vector<std::string> logged, shown = {};  // lines, and pop-ups
     } cases[] = {
-        {"a slew refused once", failing(kAxisSimulator, "SlewToCoordinatesAsync", -2147352567, 0, 1),
-         texts("Telescope Slew failed on Trial 1", "Alignment Run Complete")},
-        {"sidereal time from the clock", failing(kAxisSimulator, "SiderealTime", 438),
-         texts("Alignment Run Complete")},
-        {"no image", failing(kAxisSimulator, "Expose"), texts("Error 7: Broken\r\nmod cmdRun"),
-         texts("Error 7: Broken\r\nmod cmdRun")},
-        {"an image that isn't there", answering(kAxisSimulator, "SaveImageToFile", true),
-         texts("Failed to Solve Plate!!", "Polar Align Aborted !!")},
-        {"a folder without a catalogue", storing("Solve", "ppCatPath3", "D:\\Stars"),
-         texts("** PinPoint Error - Please Verify Settngs **", "Polar Align Aborted !!")},
-        {"the largest slew", typing("frmMain.txtDeltaRA", "45"), texts("Telescope Slew is 45 degrees")},
-        {"a slew that is no number", typing("frmMain.txtDeltaRA", "five"),
-         texts("Error 13: Type mismatch\r\nmod cmdRun")},
-        {"a utility object that fails", failing("DriverHelper.Util", "HoursToHMS", 440, 0, 1),
-         texts("Error 440: Broken\r\nmod cmdRun")},
+        {"no image",
+         run,
+         failing(kAxisSimulator, "Expose"),
+         {"Error 7: Broken\r\nmod cmdRun"},
+         {"Error 7: Broken\r\nmod cmdRun"}},
+        {"the largest slew", run, typing("frmMain.txtDeltaRA", "45"), {"Telescope Slew is 45 degrees"}},
+        {"a slew that is no number", run, typing("frmMain.txtDeltaRA", "five"), {mismatch + "mod cmdRun"}},
         {"no method to solve with",  // which MaxIm DL would choose
-         both(storing("PolarAlign", "PlateSolveMethod", ""),
-              storing("PolarAlign", "ImagingSoftware", "CCDSoft")),
-         texts("No Plate solve method selected", "Align Aborted")},
+         run,
+         [](Script& s) {
+             s.setting("PolarAlign", "PlateSolveMethod", "")
+                 .setting("PolarAlign", "ImagingSoftware", "CCDSoft");
+         },
+         {"No Plate solve method selected", "Align Aborted"}},
+        {"no number to expose",
+         "frmMain.cmdExpose",
+         onScopeSim("frmMain.txtContinuousExposeInterval"),
+         {mismatch + "mod cmdRun"},
+         {mismatch + "mod cmdRun"}},
+        {"no number to expose and solve",
+         exposeAndSolve,
+         onScopeSim("frmMain.txtExposeInterval"),
+         {"", "** Expose & Plate Solve **", mismatch + "mod cmdExposeSolve"},
+         {mismatch + "mod cmdExposeSolve"}},
+        {"the plate isn't solved", exposeAndSolve, [](Script& s) { s.giveBack(kPinPoint, "Solve", false); },
+         unsolved},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         Script script;
         script.waitIdle();
         c.prepare(script);
-        script.click("frmMain.cmdRun").advance(400);
+        script.click(c.button).advance(400);
         // Whatever the run asks now is answered; a disabled button ignores its click.
         script.click("frmMain.cmdSkip").advance(1).click("frmMain.cmdNext").waitIdle();
-        const auto result = script.read("frmMain.cmdRun").run();
+        const auto result = script.read(run).read("frmMain.cmdExpose").run();
         for (const std::string& line : c.logged) EXPECT_THAT(result.log, Contains(line));
         for (const std::string& text : c.shown) EXPECT_THAT(result.popups, Contains(text));
-        EXPECT_EQ(result.read.at("frmMain.cmdRun")["enabled"], true) << "the window is usable again";
+        EXPECT_EQ(result.read.at(run)["enabled"], true) << "the window is usable again";
+        EXPECT_EQ(result.read.at("frmMain.cmdExpose")["caption"], "Expose");
     }
 }
 
@@ -100,7 +116,7 @@ TEST(Measurement, KnowsWhenItIsWrongAndWhatIsRight) {
             .put(kAxisSimulator, "PolarAzimuthError", 40)
             .put(kAxisSimulator, "PolarElevationError", -25);
         script.type("frmMain.txtDeltaRA", "20");
-        if (leastSquares) storing("PolarAlign", "LeastSquares", "1")(script);
+        if (leastSquares) script.setting("PolarAlign", "LeastSquares", "1");
         pointTo(script, 6.5, 40);
         const auto result =
             script.click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
@@ -125,12 +141,19 @@ TEST(Measurement, KnowsWhenItIsWrongAndWhatIsRight) {
 /// What a measurement relies on is out of reach while it is under way, and back afterwards; its own buttons,
 /// the exposures of a correction and what only shows aren't touched.
 TEST(Measurement, WhatItReliesOnIsOutOfReachWhileItIsUnderWay) {
-    const Lines held = texts("frmMain.txtDeltaRA", "frmMain.optSlewWest", "frmMain.cmdExposeSolve",
-                             "frmMain.txtImagePath", "frmMain.txtSiteLat", "frmMain.optImagingSoftware(0)",
-                             "frmMain.optPlateSolveMethod(1)", "frmMain.cmdTestCatPath",
-                             "frmTelescope.cmdPickTelescope", "frmTelescope.cmdDisconnectTelescope");
-    const Lines free = texts("frmMain.cmdStop", "frmMain.txtContinuousExposeInterval", "frmMain.cmdLog",
-                             "frmMain.chkCrossHairEnable", "frmMain.mnuSetOptions");
+    const std::vector<std::string> held{"frmMain.txtDeltaRA",
+                                        "frmMain.optSlewWest",
+                                        "frmMain.cmdExposeSolve",
+                                        "frmMain.txtImagePath",
+                                        "frmMain.txtSiteLat",
+                                        "frmMain.optImagingSoftware(0)",
+                                        "frmMain.optPlateSolveMethod(1)",
+                                        "frmMain.cmdTestCatPath",
+                                        "frmTelescope.cmdPickTelescope",
+                                        "frmTelescope.cmdDisconnectTelescope"};
+    const std::vector<std::string> free{"frmMain.cmdStop", "frmMain.txtContinuousExposeInterval",
+                                        "frmMain.cmdLog", "frmMain.chkCrossHairEnable",
+                                        "frmMain.mnuSetOptions"};
     const auto look = [&](Script& script, const std::string& moment) {
         for (const auto& list : {held, free})
             for (const std::string& control : list) script.read(control, moment + control);
@@ -206,6 +229,20 @@ TEST(Measurement, ImagesOfTheirOwnNamesAreSavedAndSolved) {
         const auto result =
             script.waitIdle().click("frmMain.cmdRun").waitForNext().click("frmMain.cmdSkip").waitIdle().run();
         EXPECT_THAT(result.log, Contains("Alignment Run Complete")) << mount;
+    }
+}
+
+/// In both editions: the second one takes images as files only.
+TEST(PathTest, PassesWithTheBuiltInSolver) {
+    for (const bool files : {false, true}) {
+        Script script;
+        if (files) failing(kPinPoint, "ImageArray")(script);
+        script.waitIdle().startLog().click("frmMain.cmdTestCatPath").waitIdle();
+        const auto result = script.read("frmMain.lblCatTest").run();
+        EXPECT_EQ(result.read.at("frmMain.lblCatTest")["caption"], "Test passed\r\n(see log)");
+        const char* const passed =
+            files ? " RA = 11h 05m (35.9|36.0)[0-9]+s" : "PinPoint test passed with [1-9][0-9]+ stars found";
+        EXPECT_THAT(result.log, Contains(testing::MatchesRegex(passed)));
     }
 }
 

@@ -71,11 +71,5 @@ TEST(Options, SettingsThatCannotBeUsedAreToldBeforeTheStart) {
     }
 }
 
-TEST(Options, HelpNamesEveryOption) {
-    for (const char* option :
-         {"--virtual-time", "--start", "--home", "--seed", "--installed", "--settings", "--help"})
-        EXPECT_NE(usage().find(option), std::string::npos) << option;
-}
-
 }  // namespace
 }  // namespace vantrel::headless

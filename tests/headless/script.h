@@ -19,27 +19,13 @@ namespace vantrel::headless::test {
 
 using nlohmann::json;
 
-/// Lines of the log. Sums put one behind the other.
-struct Lines : std::vector<std::string> {
-    using std::vector<std::string>::vector;
-    friend Lines operator+(Lines first, const Lines& second) {
-        first.insert(first.end(), second.begin(), second.end());
-        return first;
-    }
-};
-
-/// Some texts, written in a row of a table.
-template <typename... Texts>
-Lines texts(const Texts&... all) {
-    return {all...};
-}
+using Lines = std::vector<std::string>;
 
 /// What a script saw. Replies stand in the order of the commands.
 struct ScriptResult {
     std::vector<json> replies;
     Lines log;                         // without times, from startLog() on
-    std::vector<std::string> popups;   // likewise
-    std::vector<double> popupSeconds;  // that each was shown for
+    Lines popups;                      // likewise
     std::map<std::string, json> read;  // the last reply about each control and setting, by its name
 
     json reply(const std::string& name) const {
@@ -47,20 +33,16 @@ struct ScriptResult {
         ADD_FAILURE() << "no reply " << name;
         return {};
     }
-    /// The journal with this name as "put BinX 2", "call Expose 1.0 1 0".
-    Lines uses(const std::string& name) const {
-        Lines texts;
+    /// Of the journal with this name, as "put BinX 2", "call Expose 1.0 1 0".
+    long times(const std::string& name, const std::string& wanted) const {
+        long count = 0;
         const json found = reply(name);
         for (const json& use : found["journal"]) {
             std::string text = use["kind"].get<std::string>() + " " + use["member"].get<std::string>();
             for (const json& argument : use["args"]) text += " " + argument.dump();
-            texts.push_back(text);
+            count += text == wanted;
         }
-        return texts;
-    }
-    long times(const std::string& name, const std::string& use) const {
-        const Lines all = uses(name);
-        return std::count(all.begin(), all.end(), use);
+        return count;
     }
 };
 
@@ -76,11 +58,6 @@ class Script {
         settings_[section][key] = value;
         return *this;
     }
-    /// The outside programs that exist; all that there are, unless said.
-    Script& installed(std::vector<std::string> progIds) {
-        installed_ = std::move(progIds);
-        return *this;
-    }
     Script& send(const json& command) {
         commands_.add(command.dump());
         return *this;
@@ -89,10 +66,6 @@ class Script {
         return send({{"do", "type"}, {"control", control}, {"text", text}});
     }
     Script& click(const char* control) { return send({{"do", "click"}, {"control", control}}); }
-    Script& leave(const char* control) { return send({{"do", "leave"}, {"control", control}}); }
-    Script& choose(const char* control, const char* item) {
-        return send({{"do", "choose"}, {"control", control}, {"item", item}});
-    }
     Script& check(const char* control, int value) {
         return send({{"do", "check"}, {"control", control}, {"value", value}});
     }
@@ -120,25 +93,19 @@ class Script {
     Script& startLog() {
         return send({{"id", "log"}, {"do", "log"}}).send({{"id", "popups"}, {"do", "popups"}});
     }
-    Script& fail(const char* object, const char* member, int number, const char* source,
-                 const char* description, int after = 0, int times = -1) {
+    /// From now on.
+    Script& fail(const char* object, const char* member) {
         return send({{"do", "fault"},
                      {"object", object},
                      {"member", member},
-                     {"number", number},
-                     {"source", source},
-                     {"description", description},
-                     {"after", after},
-                     {"times", times}});
+                     {"number", 7},
+                     {"source", "Src"},
+                     {"description", "Broken"},
+                     {"times", -1}});
     }
-    Script& giveBack(const char* object, const char* member, const json& value, int after = 0,
-                     int times = -1) {
-        return send({{"do", "fault"},
-                     {"object", object},
-                     {"member", member},
-                     {"returns", value},
-                     {"after", after},
-                     {"times", times}});
+    Script& giveBack(const char* object, const char* member, const json& value) {
+        return send(
+            {{"do", "fault"}, {"object", object}, {"member", member}, {"returns", value}, {"times", -1}});
     }
     Script& advance(double seconds) { return send({{"do", "advance"}, {"seconds", seconds}}); }
     Script& waitIdle() { return send({{"do", "wait"}, {"for", {{"idle", true}}}, {"seconds", 600}}); }
@@ -160,7 +127,6 @@ class Script {
         options.virtualTime = true;
         options.home = home.path();
         options.settings = home / "settings.json";
-        options.installed = installed_;
         platform::VirtualTime time(*platform::parseInstant(kVirtualStart), std::chrono::hours{3});
         KeptReplies replies;
         EXPECT_TRUE(HeadlessProgram(options, time, commands_, replies).run([] { return false; }));
@@ -183,43 +149,25 @@ class Script {
             result.log.push_back(lines[i].get<std::string>().substr(kTime));
         const json& popups = (last - 1)->at("popups");
         for (std::size_t i = result.read.contains("popups") ? result.read["popups"]["popups"].size() : 0;
-             i < popups.size(); ++i) {
+             i < popups.size(); ++i)
             result.popups.push_back(popups[i]["text"]);
-            result.popupSeconds.push_back(popups[i]["seconds"]);
-        }
         return result;
     }
 
     json settings_ = {{"Main", {{"MyTelescopeID", "AxisSimulator.Telescope"}}},
                       {"PolarAlign", {{"PlateSolveMethod", "0"}}},
                       {"Solve", {{"ScaleH", "3.6"}, {"ScaleV", "3.6"}}}};
-    std::optional<std::vector<std::string>> installed_;
     ListedCommands commands_;
 };
 
-/// What makes a situation; the outside programs' part in it is one function.
+/// What makes a situation.
 using Prepare = std::function<void(Script&)>;
 
-inline void asItIs(Script& /*script*/) {}
-inline Prepare failing(const char* object, const char* member, int number = 7, int after = 0,
-                       int times = -1) {
-    return [=](Script& s) { s.fail(object, member, number, "Src", "Broken", after, times); };
-}
-inline Prepare answering(const char* object, const char* member, const json& value, int after = 0,
-                         int times = -1) {
-    return [=](Script& s) { s.giveBack(object, member, value, after, times); };
+inline Prepare failing(const char* object, const char* member) {
+    return [=](Script& s) { s.fail(object, member); };
 }
 inline Prepare typing(const char* control, const char* text) {
     return [=](Script& s) { s.type(control, text); };
-}
-inline Prepare storing(const char* section, const char* key, const char* value) {
-    return [=](Script& s) { s.setting(section, key, value); };
-}
-inline Prepare both(const Prepare& first, const Prepare& second) {
-    return [=](Script& s) {
-        first(s);
-        second(s);
-    };
 }
 
 }  // namespace vantrel::headless::test

@@ -13,6 +13,10 @@
 namespace vantrel::platesolve {
 namespace {
 
+using test::answeringNo;
+using test::failing;
+using test::logOf;
+using test::Prepare;
 using testing::ElementsAre;
 using testing::Not;
 
@@ -130,31 +134,94 @@ TEST_F(PinPointSolving, SearchesNorthAndSouthInFieldHeights) {
     EXPECT_EQ(std::count(actions.begin(), actions.end(), "call FindImageStars"), 1);
     EXPECT_THAT(actions, Not(testing::Contains("call UpdateFITS")));
     EXPECT_EQ(actions.back(), "call DetachFITS");
+    EXPECT_EQ(log.lines.back(), "  Plate solve attempt 10 of 10 failed");
 }
 
-TEST_F(PinPointSolving, TriesOnceWhereTheCallerAllowsNoSearch) {
-    engine.failingSolves = 1000;
-    state.SpiralSearchAllowed = false;
-    EXPECT_FALSE(solve());
-    EXPECT_EQ(engine.triedDecs.size(), 1U);
-    EXPECT_EQ(log.lines.back(), "Step 3: Solve the plate...");
-}
-
-TEST_F(PinPointSolving, EndsSilentlyWhileTheProgramCloses) {
-    engine.whileIn = [&](const std::string& member) {
-        if (member == "FindCatalogStars") state.AppUnloading = state.StopRequested = true;
+/// What else happens while the solver is in the member.
+Prepare during(const char* member, const Prepare& happening) {
+    return [=](auto& world) {
+        world.engine.whileIn = [&world, member, happening](const std::string& called) {
+            if (called == member) happening(world);
+        };
     };
-    EXPECT_FALSE(solve());
-    EXPECT_EQ(log.lines.back(), "Step 2: Found 57 catalog stars in area.");
-    EXPECT_EQ(test::actionsOn(host, kPlate).back(), "call FindCatalogStars");
+}
+void stop(test::SolvingWorld& world) { world.state.StopRequested = true; }
+void close(test::SolvingWorld& world) { world.state.AppUnloading = world.state.StopRequested = true; }
+
+TEST(PinPointSolves, SayEveryStepAndEveryFailure) {
+    const std::string found = "Step 1: Found 41 objects in image.\n";
+    const auto aimed = [](const char* dec) {
+        return std::string("Plate Solve Attempt at RA = hms 5.5  Dec = dms ") + dec +
+               "\nStep 2: Look up catalog stars for area...\n";
+    };
+    const std::string lookedUp = "Step 2: Found 57 catalog stars in area.\n";
+    const std::string solving = lookedUp + "Step 3: Solve the plate...\n";
+    const auto solved = [](const char* binning) {
+        return std::string(
+                   " Solved using 33 stars, average residual is 0.40 arcsec, order =4\n"
+                   " Solution took 0.0 seconds\n RA = 05h 30m 36.000s  5.51000000\n"
+                   " Dec = 20° 15' 00.00\"  20.250000\n"
+                   " Roll = 30.000 HScale = 2.500 VScale = 2.400 Binning = ") +
+               binning + "\n RA Error = 0.010000\n Dec Error = 0.250000\n";
+    };
+    const std::string failed = "Failed to Solve Plate!!\n";
+    const struct {
+        const char* why;
+        Prepare prepare;
+        std::string logged;
+    } cases[] = {
+        {"solved with the stored binning, which is only told",
+         [](auto& world) { world.settings.SaveSetting("Solve", "CamBin", "2"); },
+         found + aimed("20") + solving + solved("2")},
+        {"solved at the second attempt", [](auto& world) { world.engine.failingSolves = 1; },
+         found + aimed("20") + solving + " Initiating spiral search \n" + aimed("21") + solving +
+             solved("3")},
+        {"a solve that raises an error is one that failed, and no search is wanted",
+         [](auto& world) {
+             world.fail(kPlate, "Solve");
+             world.panel.chkSpiralSearch.setValue(0);
+         },
+         found + aimed("20") + solving},
+        {"the caller allows no search",
+         [](auto& world) {
+             world.engine.failingSolves = 1;
+             world.state.SpiralSearchAllowed = false;
+         },
+         found + aimed("20") + solving},
+        {"no file", [](auto& world) { std::filesystem::remove(world.folders.real("C:\\SavedImage.fit")); },
+         "Could not attach to C:\\SavedImage.fit\n" + failed},
+        {"attached at the second try", answeringNo("AttachFITS", 1),
+         found + aimed("20") + solving + solved("3")},
+        {"never attached", answeringNo("AttachFITS"), "AttachFITS Failed\n" + failed},
+        {"no image stars", answeringNo("FindImageStars"), ""},
+        {"no catalogue stars", answeringNo("FindCatalogStars"), found + aimed("20")},
+        {"stopped before", stop, failed},
+        {"stopped at the image's stars", during("FindImageStars", stop), found + aimed("20") + failed},
+        {"stopped at the look-up", during("FindCatalogStars", stop), found + aimed("20") + lookedUp + failed},
+        {"closed at the look-up", during("FindCatalogStars", close), found + aimed("20") + lookedUp},
+        {"a number that is none", [](auto& world) { world.panel.txtMaxSolveStars.setText("1e12"); },
+         "** PinPoint Error - Please Verify Settngs **\nCatalog = 3  pp = 3\n"
+         "CatalogExpansion = 0.3  pp = 0.3\nCatalogMaximumMagnitude = 20  pp = 20\n"
+         "CatalogPath = C:\\Stars  pp = C:\\Stars\nMinimumBrightness = 200  pp = 200\n"
+         "MinimumStarSize = 2  pp = 2\nSigmaAboveMean = 4 pp = 4\nSetMaxSolveStars =1e12  pp = \n"
+         "ArcsecPerPixelHoriz = 3.6  pp = 1\nArcsecPerPixelVert = 3.6 pp = 1\nMinMatchStars = 0  pp = \n"
+         "camBin = 3\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        test::SolvingWorld world;
+        world.preparePinPoint();
+        world.panel.txtSolveScaleH.setText("3.6");
+        world.panel.txtSolveScaleV.setText("3.6");
+        c.prepare(world);
+        const bool plate = world.solver.SolvePlate("SavedImage.fit", 0, 0).has_value();
+        EXPECT_EQ(logOf(world), c.logged);
+        EXPECT_EQ(plate, c.logged.find(" Solved using") != std::string::npos);
+        EXPECT_EQ(world.state.PlateSolved, plate);
+    }
 }
 
-TEST_F(PinPointSolving, ReportsUnusableNumbersAndAMissingObjectToo) {
-    panel.txtMaxSolveStars.setText("1e12");
-    EXPECT_FALSE(solve());
-    EXPECT_TRUE(log.has("SetMaxSolveStars =1e12  pp = "));
-
-    log.lines.clear();
+TEST_F(PinPointSolving, ReportsAMissingObjectToo) {
     pinPoint.releasePinPointPlate();
     EXPECT_FALSE(solve());
     EXPECT_EQ(log.lines.front(), "** PinPoint Error - Please Verify Settngs **");
@@ -207,8 +274,7 @@ TEST_F(PinPointSolving, KeepsItsObjectWhenTheOperatorChoosesAnewMeanwhile) {
 
 // ---- image link
 
-class ImageLink : public testing::Test, protected test::SolvingWorld {
-  protected:
+struct ImageLink : testing::Test, test::SolvingWorld {
     ImageLink() {
         panel.optAutoAstrometry.select();
         state.ExposureRA = 23.75;
@@ -229,6 +295,7 @@ class ImageLink : public testing::Test, protected test::SolvingWorld {
     }
 
     std::optional<engine::PlateSolution> solve() { return solver.SolvePlate("ignored", 0.5, 0.25); }
+    void TestBody() override {}
 };
 
 TEST_F(ImageLink, SolvesTheOpenImage) {
@@ -268,11 +335,51 @@ TEST_F(ImageLink, ShowsTheErrorInRightAscensionWithItsSign) {
     }
 }
 
-TEST_F(ImageLink, FailsSilentlyWhileTheProgramCloses) {
-    state.AppUnloading = true;
-    fail("CCDsoft.Image", "InsertWCS");
-    EXPECT_FALSE(solve());
-    EXPECT_EQ(log.lines.size(), 1U);
+TEST(ImageLinks, SayWhatFailsUnlessTheProgramCloses) {
+    const char* const kImage = "CCDsoft.Image";
+    const std::string noLink = "Error when performing image link\n";
+    const std::string noResult = "Error while getting image link results\n";
+    const std::string place =
+        " RA = 00h 06m 00.000s\n Dec = 10° 30' 00.00\"\n RA Error = 0.350000\n"
+        " Dec Error = 0.500000\n";
+    constexpr long kStart = 2;  // uses of the header that write the start position
+    const struct {
+        const char* why;
+        Prepare prepare;
+        std::string logged;
+    } cases[] = {
+        {"solved", [](auto&) {}, place},
+        {"no link", failing(kImage, "InsertWCS"), noLink},
+        {"no link while the program closes",
+         [&](auto& world) {
+             world.state.AppUnloading = true;
+             world.fail(kImage, "InsertWCS");
+         },
+         ""},
+        {"a scale that is no number", [](auto& world) { world.panel.txtTheSkyImageScale.setText("fine"); },
+         noLink},
+        {"no right ascension", failing(kImage, "FITSKeyword", kStart), noResult},
+        {"one that is no number", [](auto& world) { world.image->put("FITSKeyword", "unknown", {"CRVAL1"}); },
+         noResult},
+        {"an empty declination",
+         [](auto& world) { world.image->put("FITSKeyword", platform::Value(), {"CRVAL2"}); }, noResult},
+        {"no matrix, after the rest was told", failing(kImage, "FITSKeyword", kStart + 3), place + noResult},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        ImageLink world;
+        c.prepare(world);
+        EXPECT_EQ(world.solve().has_value(), c.logged == place);
+        EXPECT_EQ(world.state.PlateSolved, c.logged == place);
+        EXPECT_EQ(logOf(world), "Plate Solve Attempt at RA = deg-hms 3.75  Dec = dms 10.25\n" + c.logged);
+    }
+}
+
+TEST_F(ImageLink, ErrorsBeforeItAreTheCallersToReport) {
+    fail("CCDsoft.Image", "FITSKeyword");
+    EXPECT_THROW(solve(), platform::OperationError);
+    image.reset();
+    EXPECT_THROW(solve(), platform::OperationError);
 }
 
 // ---- method selection
@@ -297,16 +404,43 @@ TEST(ImageLinkThroughCCDSoft, IsTheOperatorsChoice) {
 
 TEST(MethodSelection, ShowsItsFrameAndIsStored) {
     test::SolvingWorld world;
+    const auto stored = [&] { return world.settings.root.read("PolarAlign", "PlateSolveMethod"); };
     world.selection.save();
-    EXPECT_FALSE(world.settings.root.read("PolarAlign", "PlateSolveMethod")) << "none is chosen yet";
+    EXPECT_FALSE(stored()) << "none is chosen yet";
     for (const bool pinPoint : {true, false, true}) {
         (pinPoint ? world.panel.optPinPoint : world.panel.optAutoAstrometry).select();
         EXPECT_EQ(world.panel.framePP.visible(), pinPoint);
         EXPECT_EQ(world.panel.frameTheSky.visible(), !pinPoint);
+        EXPECT_EQ(stored(), pinPoint ? "0" : "1");
+        EXPECT_EQ(world.log.lines.back(), pinPoint ? "PinPoint is connected" : "Plate solve using TheSky");
         world.settings.root.remove("PolarAlign", "PlateSolveMethod");
         world.selection.save();
-        EXPECT_EQ(world.settings.root.read("PolarAlign", "PlateSolveMethod"), pinPoint ? "0" : "1");
+        EXPECT_EQ(stored(), pinPoint ? "0" : "1");
     }
+    for (const auto& [before, frame] : {std::pair{"x", ""}, {"", ""}, {"0", "PP"}, {"1", "TheSky"}}) {
+        test::SolvingWorld again;
+        again.settings.SaveSetting("PolarAlign", "PlateSolveMethod", before);
+        again.selection.restore();
+        EXPECT_EQ(again.state.PlateSolveMethod, frame) << before;
+    }
+}
+
+TEST(MethodSelection, PinPointThatCantBeHadIsTold) {
+    const std::string error = "Error creating PinPoint.Plate";
+    test::SolvingWorld world;
+    world.panel.optAutoAstrometry.select();
+    world.fail(kPlate, "create", 1);
+    world.panel.optPinPoint.select();
+    EXPECT_THAT(world.messages.shown, ElementsAre(test::RecordingMessages::Shown{error, 3}));
+    EXPECT_EQ(world.log.lines.back(), error);
+    world.registry.uninstall(kPlate);
+    world.panel.optAutoAstrometry.select();
+    world.forget();
+    world.panel.optPinPoint.select();
+    EXPECT_EQ(logOf(world), "PinPoint is not connected\n" + error + "\n");
+    EXPECT_TRUE(world.messages.shown.empty());
+    EXPECT_EQ(world.settings.root.read("PolarAlign", "PlateSolveMethod"), "1");
+    EXPECT_TRUE(world.panel.frameTheSky.visible());
 }
 
 }  // namespace

@@ -102,6 +102,7 @@ class FakePinPoint : public WillingObject {
                 {"CatalogStars", stars(57)},
                 {"MatchedStars", stars(33)},
                 {"MatchAvgResidual", 0.4},
+                {"MatchFitOrder", 4},
                 {"WCSValid", world.wcsValid}};
     }
 
@@ -195,5 +196,25 @@ struct SolvingWorld {
     platesolve::SolverFields fields{panel, settings};
     platesolve::SolverTests tests{services, panel, catalogs};
 };
+
+/// What makes a situation.
+using Prepare = std::function<void(SolvingWorld&)>;
+
+inline Prepare failing(const char* progId, const char* member, long after = 0) {
+    return [=](SolvingWorld& world) { world.fail(progId, member, after); };
+}
+/// PinPoint's call doesn't succeed.
+inline Prepare answeringNo(const char* member, long times = -1) {
+    return [=](SolvingWorld& world) {
+        world.host.inject({"PinPoint.Plate", member, {0, "", ""}, false, 0, times});
+    };
+}
+
+/// Each line with its end.
+inline std::string logOf(const SolvingWorld& world) {
+    std::string text;
+    for (const std::string& line : world.log.lines) text += line + "\n";
+    return text;
+}
 
 }  // namespace vantrel::test
