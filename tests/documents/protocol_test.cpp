@@ -14,7 +14,6 @@
 #include "headless/options.h"
 #include "headless/script_lines.h"
 #include "headless/small_program.h"
-#include "markdown.h"
 #include "observatory/observatory.h"
 #include "platform/text.h"
 #include "support/temp_folder.h"
@@ -31,10 +30,60 @@ using headless::test::SmallWorld;
 using nlohmann::json;
 using Names = std::set<std::string>;
 
-const Document& protocol() {
-    static const Document document("docs/protocol.md");
-    return document;
+const std::filesystem::path sourceFolder = VANTREL_SOURCE_DIR;
+
+using Cells = std::vector<std::string>;
+
+/// The texts between ` signs, in their order.
+std::vector<std::string> codesOf(const std::string& text) {
+    static const std::regex kCode("`([^`]+)`");
+    return {std::sregex_token_iterator(text.begin(), text.end(), kCode, 1), {}};
 }
+
+/// What stands below a heading, up to the next one that is no deeper.
+class Section {
+  public:
+    explicit Section(const std::string& heading) {
+        std::istringstream file(vantrel::test::contentsOf(sourceFolder / "docs/protocol.md"));
+        std::size_t level = 0;
+        bool inBlock = false;
+        for (std::string line; std::getline(file, line);) {
+            const bool fence = line.starts_with("```");
+            if (fence) inBlock = !inBlock;
+            const std::size_t here = inBlock || line[0] != '#' ? 0 : line.find_first_not_of('#');
+            if (level > 0 && here > 0 && here <= level) break;
+            if (level > 0 && fence && inBlock) blocks.emplace_back();
+            if (level > 0 && !fence) (inBlock ? blocks.back() : text) += line + "\n";
+            if (here > 0 && line.substr(here + 1) == heading) level = here;
+        }
+        EXPECT_GT(level, 0U) << "docs/protocol.md has no heading \"" << heading << "\"";
+    }
+
+    /// Of every table, without the heads.
+    std::vector<Cells> rows() const {
+        std::vector<Cells> found;
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) {
+            if (!line.starts_with('|')) continue;
+            if (line.find_first_not_of("|-: ") == std::string::npos) {
+                found.pop_back();  // it was the head
+                continue;
+            }
+            found.emplace_back();
+            std::istringstream cells(line.substr(1));
+            for (std::string cell; std::getline(cells, cell, '|');)
+                found.back().push_back(platform::trimmed(cell));
+        }
+        return found;
+    }
+    Names codes() const {
+        const auto all = codesOf(text);
+        return {all.begin(), all.end()};
+    }
+
+    std::string text;                 // without the blocks
+    std::vector<std::string> blocks;  // between ``` lines
+};
 
 Names namesIn(const std::string& cell) {
     const auto codes = codesOf(cell);
@@ -61,7 +110,7 @@ void expectTold(const Names& told, const Names& real, const std::string& place) 
 /// The row of each command.
 std::map<std::string, Cells> commandRows() {
     std::map<std::string, Cells> rows;
-    for (const Cells& row : protocol().section("The commands").rows()) {
+    for (const Cells& row : Section("The commands").rows()) {
         const auto names = codesOf(row[0]);
         EXPECT_EQ(names.size(), 1U) << row[0];
         EXPECT_TRUE(rows.emplace(names.at(0), row).second) << row[0] << " stands there twice";
@@ -100,13 +149,13 @@ struct Example {
 };
 
 Example workedExample() {
-    const std::string commandLine = protocol().section("Starting it").blocks().at(0);
+    const std::string commandLine = Section("Starting it").blocks.at(0);
     std::istringstream words(commandLine);
     std::vector<std::string> arguments;
     for (std::string word; words >> word;) arguments.push_back(word);
     EXPECT_EQ(arguments.at(0), "vantrel-headless");
     arguments.erase(arguments.begin());
-    return {parseOptions(arguments), Dialogue(protocol().section("A worked example").blocks().at(0))};
+    return {parseOptions(arguments), Dialogue(Section("A worked example").blocks.at(0))};
 }
 
 // What the worked example leaves out, so that every answer is seen with every member that it can have.
@@ -195,17 +244,15 @@ TEST(Protocol, TellsOfEveryMemberOfAnAnswer) {
     }
     bad.erase("ok");
     Names failures;
-    for (const Cells& row : protocol().section("Commands and answers").rows())
-        failures.merge(namesIn(row[0]));
+    for (const Cells& row : Section("Commands and answers").rows()) failures.merge(namesIn(row[0]));
     expectTold(failures, bad, "Commands and answers");
 
     Names properties;
-    for (const Cells& row : protocol().section("Properties of a control").rows())
-        properties.merge(namesIn(row[0]));
+    for (const Cells& row : Section("Properties of a control").rows()) properties.merge(namesIn(row[0]));
     expectTold(properties, good["read"], "Properties of a control");
 
     Names shapes = {"drawing", "scale", "left", "top", "right", "bottom", "kind"};
-    for (const Cells& row : protocol().section("Shapes of a drawing").rows()) shapes.merge(namesIn(row[1]));
+    for (const Cells& row : Section("Shapes of a drawing").rows()) shapes.merge(namesIn(row[1]));
     expectTold(shapes, good["drawing"], "Shapes of a drawing");
 }
 
@@ -215,7 +262,7 @@ TEST(Protocol, TellsOfEveryOption) {
         return Names(std::sregex_token_iterator(text.begin(), text.end(), kOption), {});
     };
     Names told;
-    for (const Cells& row : protocol().section("Starting it").rows()) {
+    for (const Cells& row : Section("Starting it").rows()) {
         const auto names = optionsOf(row[0]);
         told.insert(names.begin(), names.end());
     }
@@ -228,7 +275,7 @@ TEST(Protocol, TellsOfEveryCondition) {
         return Names(std::sregex_token_iterator(text.begin(), text.end(), kQuoted, 1), {});
     };
     std::string conditions;
-    for (const Cells& row : protocol().section("What wait waits for").rows()) conditions += row[0];
+    for (const Cells& row : Section("What wait waits for").rows()) conditions += row[0];
     Names told = quoted(conditions);
     told.insert("for");
     const auto answers = answersTo({R"({"do":"wait","for":{}})"}, virtualTime());
@@ -268,7 +315,7 @@ TEST(Protocol, TheWorkedExampleRunsAsPrinted) {
 Names membersDefinedIn(const std::string& file) {
     static const std::regex kDefinition(
         R"re((?:property|setting|method|reading|text|addAdjuster|addPixelCount)\(\s*"(\w+)"|"(Can\w+)")re");
-    const std::string source = vantrel::test::contentsOf(sourceFolder() / file);
+    const std::string source = vantrel::test::contentsOf(sourceFolder / file);
     Names found;
     for (std::sregex_iterator match(source.begin(), source.end(), kDefinition), end; match != end; ++match)
         found.insert((*match)[1].matched ? (*match)[1] : (*match)[2]);
@@ -276,13 +323,12 @@ Names membersDefinedIn(const std::string& file) {
 }
 
 TEST(Protocol, TellsOfEveryMemberOfTheMounts) {
-    const Document both = protocol().section("Both mounts");
-    Names told = both.codes();
+    Names told = Section("Both mounts").codes();
     for (const char* progId : {"AxisSimulator.Telescope", "ScopeSim.Telescope"}) told.erase(progId);
     expectTold(told, membersDefinedIn("src/observatory/telescopes/telescope_driver.cpp"), "Both mounts");
 
     Names simulators;
-    for (const Cells& row : protocol().section("The simulator of a polar axis").rows())
+    for (const Cells& row : Section("The simulator of a polar axis").rows())
         simulators.merge(namesIn(row[0]));
     expectTold(simulators, membersDefinedIn("src/observatory/telescopes/axis_simulator.cpp"),
                "The simulator of a polar axis");
@@ -330,7 +376,7 @@ TEST(Protocol, TheMountsMembersAreUsedAsToldWithinTheirRanges) {
     };
     int ranges = 0;
     for (const auto& [heading, progId] : tables)
-        for (const Cells& row : protocol().section(heading).rows()) {
+        for (const Cells& row : Section(heading).rows()) {
             const std::string member = codesOf(row[0]).at(0);
             SCOPED_TRACE(std::string(progId) + " " + member);
             const auto mount = mounts.connected(progId);
