@@ -7,7 +7,7 @@ log can be compared with it byte by byte.
 """
 
 import argparse
-import collections
+import contextlib
 import json
 import pathlib
 import random
@@ -23,6 +23,7 @@ SIMULATOR = {
     "Solve": {"ScaleH": "3.0", "ScaleV": "3.0"},
 }
 NOT_IN_FILE = 2  # the first lines come before the log file
+LOGS = "Documents/Vantrel/Message Logs"
 AFTERWARDS = "2026-11-25T20:00:00Z"
 
 
@@ -30,21 +31,17 @@ def wait(**condition):
     return {"do": "wait", "for": condition, "seconds": 36000}
 
 
-def line_waits(count):
-    """Each is answered when one more line was logged."""
-    return [dict(wait(log=""), id="line")] * count
-
-
 UP = [wait(window="frmMain"), wait(idle=True)]
+LINE = dict(wait(log=""), id="line")  # is answered when one more line was logged
 STARTED = UP + [{"do": "time", "id": "begin"}]
 PHASES = {
-    "start-up": [{"do": "time", "id": "begin"}] + line_waits(6) + [wait(idle=True)],
+    "start-up": [{"do": "time", "id": "begin"}] + [LINE] * 6 + [wait(idle=True)],
     "run": STARTED
     + [
         {"do": "type", "control": "frmMain.txtDeltaRA", "text": "15"},
         {"do": "click", "control": "frmMain.cmdRun"},
     ]
-    + line_waits(40)
+    + [LINE] * 40
     + [
         wait(control="frmMain.cmdSkip", property="enabled", **{"is": True}),
         {"do": "click", "control": "frmMain.cmdSkip"},
@@ -81,12 +78,9 @@ class Life:
             stderr=subprocess.DEVNULL,
             text=True,
         )
-        text = "".join(json.dumps(command) + "\n" for command in commands)
-        try:
-            self.process.stdin.write(text)
+        with contextlib.suppress(BrokenPipeError):
+            self.process.stdin.write("".join(json.dumps(command) + "\n" for command in commands))
             self.process.stdin.close()
-        except BrokenPipeError:
-            pass
         self.begin = None  # when the phase began, seconds after the start
         self.replies = []
 
@@ -119,7 +113,7 @@ class Life:
         return sum(1 for reply in self.replies if reply.get("id") == "line" and reply["ok"])
 
     def log(self):
-        files = sorted((self.home / "Documents" / "Vantrel" / "Message Logs").glob("*.log"))
+        files = sorted((self.home / LOGS).glob("*.log"))
         return files[-1].read_bytes() if files else b""
 
 
@@ -128,11 +122,8 @@ def settings_of(home):
     text = (pathlib.Path(home) / "settings").read_bytes().decode()
     if not text.endswith("\n"):
         raise ValueError("the settings end in the middle of a line")
-    values = {}
-    for line in text.splitlines():
-        section, key, value = line.split("\t")
-        values[section.lower(), key.lower()] = value
-    return values
+    lines = [line.split("\t") for line in text.splitlines()]
+    return {(section.lower(), key.lower()): value for section, key, value in lines}
 
 
 def faults_of(life, undisturbed, keys, program):
@@ -170,16 +161,14 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     arguments = parser.parse_args()
     chance = random.Random(arguments.seed)
-    counts = collections.Counter()
-    bad = 0
+    killed = bad = 0
     with tempfile.TemporaryDirectory() as folder:
         folder = pathlib.Path(folder)
         preset = folder / "preset.json"
         preset.write_text(json.dumps(SIMULATOR))
         Life(arguments.program, folder / "usual", UP, "--settings", str(preset)).finish()
-        # The first life's log has the name that the others' will have.
-        shutil.rmtree(folder / "usual" / "Documents" / "Vantrel" / "Message Logs")
-        (folder / "usual" / "Documents" / "Vantrel" / "Message Logs").mkdir()
+        for log in (folder / "usual" / LOGS).iterdir():
+            log.unlink()  # it has the name that the others' will have
         keys = settings_of(folder / "usual").keys()
 
         undisturbed, lasts = {}, {}
@@ -192,25 +181,19 @@ def main():
 
         for number in range(arguments.kills):
             phase = list(PHASES)[number % len(PHASES)]
-            usual = undisturbed[phase]
             home = folder / "killed"
             shutil.copytree(folder / "usual", home)
             life = Life(arguments.program, home, PHASES[phase])
-            hit = life.kill_in_phase(chance.uniform(0, lasts[phase]))
-            counts[phase, "killed" if hit else "had ended"] += 1
-            if not hit:
+            if life.kill_in_phase(chance.uniform(0, lasts[phase])):
+                killed += 1
+            else:
                 lasts[phase] *= 0.8  # the machine is faster than it was
-            for fault in faults_of(life, usual, keys, arguments.program):
+            for fault in faults_of(life, undisturbed[phase], keys, arguments.program):
                 bad += 1
                 print(f"{phase}, kill {number}: {fault}")
             shutil.rmtree(home)
 
-    for phase, usual in undisturbed.items():
-        print(
-            f"{phase:9} {usual.begin:6.2f} to {usual.seconds:6.2f} s: {counts[phase, 'killed']:3} killed, "
-            f"{counts[phase, 'had ended']:3} had ended before"
-        )
-    print(f"{bad} faults")
+    print(f"{killed} were killed, {arguments.kills - killed} had ended before: {bad} faults")
     return 1 if bad else 0
 
 
