@@ -92,14 +92,6 @@ TEST_F(Fields, ExpansionIsHeldBetween0And80WhenTheBoxIsLeft) {
     }
 }
 
-TEST_F(Fields, TheSpiralSearchIsOnUnlessItWasSwitchedOff) {
-    for (const auto& [stored, value] : {std::pair{"True", 1}, {"False", 0}}) {
-        settings.SaveSetting("Solve", "SpiralSearch", stored);
-        fields.restore();
-        EXPECT_EQ(panel.chkSpiralSearch.value(), value);
-    }
-}
-
 // ---- tests of the catalogue's folder
 
 constexpr const char* kPlateProgram = "PinPoint.Plate";
