@@ -180,10 +180,7 @@ std::vector<Case> casesOfBothCameras() {
     std::vector<Case> cases = {
         {"success", kNext, "start", "Run Expose", {"Alignment Run Complete"}},
         {"success", kStop, "start", "Run Expose", {kStopped[0], kStopped[2]}},
-        {"success", kSkip, "success", "Stop Next"},
         {"success", kNoExposure, "success", "Stop Next"},
-        {"success", kNoSolve, "success", "Stop Next"},
-        {"success", kOffImage, "success", "Stop Next"},
     };
     for (const Adjuster& a : kAdjusters) {
         const std::string placing = a.name + " placing", pointing = a.name + " pointing";
@@ -196,7 +193,6 @@ std::vector<Case> casesOfBothCameras() {
                       {placing, kSkip, a.next, "Stop Next Skip"},
                       {placing, kStop, "start", "Run Expose", kStopped},
                       {placing, kNoSolve, placing, "Stop Next Skip"},
-                      {placing, kOffImage, placing, "Stop Next Skip"},
                       {pointing, kNext, centring, "Stop Next", {solved, "Star is on Plate"}},
                       {pointing, kSkip, centring, "Stop Next", {solved, "Star is on Plate"}},
                       {pointing, kStop, "start", "Run Expose", stopped},
@@ -205,8 +201,7 @@ std::vector<Case> casesOfBothCameras() {
                       {centring, kNext, a.next, a.buttonsAfterStar},
                       {centring, kSkip, centring, "Stop Next"},
                       {centring, kStop, "start", "Run Expose", kStopped},
-                      {centring, kNoSolve, centring, "Stop Next"},
-                      {centring, kOffImage, centring, "Stop Next"}});
+                      {centring, kNoSolve, centring, "Stop Next"}});
     }
     return cases;
 }

@@ -50,6 +50,21 @@ struct Program {
 };
 const Program kPrograms[] = {{"MaxIm", 50'000}, {"CCDSoft", 2'147'483'000}};
 
+using MakesMark = std::function<void(ImageOverlays&)>;
+
+/// In either program, without a word.
+void expectDrawn(int columns, int rows, int width, const MakesMark& mark, const IsMarked& reference) {
+    for (const auto& program : kPrograms) {
+        SCOPED_TRACE(testing::Message() << program.name << ", " << width << " wide, " << columns);
+        World world(program.name);
+        world.setWidth(std::to_string(width));
+        world.show(darkImage(columns, rows));
+        mark(world.overlays);
+        expectMarked(*world.picture.pixels, program.mark, reference);
+        EXPECT_THAT(world.log.lines, IsEmpty());
+    }
+}
+
 // The reference asks of each pixel whether it is marked, in whole numbers; the overlays walk along the mark.
 
 bool within(long value, long first, long last) { return value >= first && value <= last; }
@@ -95,18 +110,13 @@ TEST(ImageOverlays, drawsLinesOfAllSlopesAndWidths) {
         {11, 2, 12, 29},  // nearly upright
         {3, 20, 38, 21},  // nearly level
     };
-    for (const auto& program : kPrograms)
-        for (const int width : {1, 2, 3, 6}) {
-            World world(program.name);
-            world.setWidth(std::to_string(width));
-            for (const auto& [x1, y1, x2, y2] : lines) {
-                SCOPED_TRACE(testing::Message() << program.name << ", " << width << " pixels wide, from "
-                                                << x1 << ", " << y1 << " to " << x2 << ", " << y2);
-                world.show(darkImage(45, 36));
-                world.overlays.DrawLineOnImage(x1, y1, x2, y2);
-                expectMarked(*world.picture.pixels, program.mark, lineReference(x1, y1, x2, y2, width));
-                EXPECT_THAT(world.log.lines, IsEmpty());
-            }
+    for (const int width : {1, 2, 3, 6})
+        for (const auto& line : lines) {
+            const int x1 = line[0], y1 = line[1], x2 = line[2], y2 = line[3];
+            SCOPED_TRACE(testing::Message() << x1 << ", " << y1 << " to " << x2 << ", " << y2);
+            expectDrawn(
+                45, 36, width, [&](ImageOverlays& overlays) { overlays.DrawLineOnImage(x1, y1, x2, y2); },
+                lineReference(x1, y1, x2, y2, width));
         }
 }
 
@@ -123,18 +133,13 @@ TEST(ImageOverlays, drawsCrossHairsFromTheirCentreToTheRightAndDown) {
         {60, 40, {{58.6, 0.4}}, 1, 59, 0}, {60, 40, {{55, 35}}, 5, 55, 35},  // up to the last column and row
         {60, 40, {{10, 10}}, 0, 0, 0},                                       // no width, no mark
     };
-    for (const auto& program : kPrograms)
-        for (const auto& row : rows) {
-            SCOPED_TRACE(testing::Message() << program.name << ", " << row.cx << ", " << row.cy);
-            World world(program.name);
-            world.setWidth(std::to_string(row.width));
-            world.show(darkImage(row.columns, row.rows));
-            world.overlays.CrossHair(row.centre);
-            expectMarked(*world.picture.pixels, program.mark, [&](long x, long y) {
+    for (const auto& row : rows)
+        expectDrawn(
+            row.columns, row.rows, row.width,
+            [&](ImageOverlays& overlays) { overlays.CrossHair(row.centre); },
+            [&](long x, long y) {
                 return within(x, row.cx, row.cx + row.width - 1) || within(y, row.cy, row.cy + row.width - 1);
             });
-            EXPECT_THAT(world.log.lines, IsEmpty());
-        }
 }
 
 TEST(ImageOverlays, drawsRectanglesWithAClosedCorner) {
@@ -149,36 +154,32 @@ TEST(ImageOverlays, drawsRectanglesWithAClosedCorner) {
         {101, 63, 0, 3, 50, 32, 50, 32},    // 50.5 and 31.5: a point
         {80, 60, -0.3, 1, 40, 30, 40, 30},  // as little as 0
     };
-    for (const auto& program : kPrograms)
-        for (const auto& row : rows) {
-            SCOPED_TRACE(testing::Message() << program.name << ", " << row.fraction << " of " << row.columns);
-            World world(program.name);
-            world.setWidth(std::to_string(row.width));
-            world.show(darkImage(row.columns, row.rows));
-            EXPECT_EQ(world.overlays.DrawCenteredRectangles(row.fraction), std::max(0.0, row.fraction));
-            const long thick = row.width - 1;
-            expectMarked(*world.picture.pixels, program.mark, [&](long x, long y) {
+    for (const auto& row : rows)
+        expectDrawn(
+            row.columns, row.rows, row.width,
+            [&](ImageOverlays& overlays) {
+                EXPECT_EQ(overlays.DrawCenteredRectangles(row.fraction), std::max(0.0, row.fraction));
+            },
+            [&](long x, long y) {
+                const long thick = row.width - 1;
                 if (!within(x, row.x1, row.x2 + thick) || !within(y, row.y1, row.y2 + thick)) return false;
                 return x <= row.x1 + thick || x >= row.x2 || y <= row.y1 + thick || y >= row.y2;
             });
-            EXPECT_THAT(world.log.lines, IsEmpty());
-        }
 }
 
 TEST(ImageOverlays, drawNothingOfAMarkThatLeavesTheImage) {
-    using Mark = std::function<void(ImageOverlays&)>;
-    const auto crossHairAt = [](double x, double y) -> Mark {
+    const auto crossHairAt = [](double x, double y) -> MakesMark {
         return [=](ImageOverlays& overlays) { overlays.CrossHair(engine::PixelPosition{x, y}); };
     };
-    const auto line = [](int x1, int y1, int x2, int y2) -> Mark {
+    const auto line = [](int x1, int y1, int x2, int y2) -> MakesMark {
         return [=](ImageOverlays& overlays) { overlays.DrawLineOnImage(x1, y1, x2, y2); };
     };
-    const Mark wholeImage = [](ImageOverlays& overlays) {
+    const MakesMark wholeImage = [](ImageOverlays& overlays) {
         EXPECT_EQ(overlays.DrawCenteredRectangles(1.5), 1);
     };
     const struct {
         const char* what;
-        Mark mark;
+        MakesMark mark;
         const char* label;
         std::size_t ofMaxIm, ofCCDSoft;  // their reports
     } rows[] = {
@@ -210,27 +211,6 @@ TEST(ImageOverlays, drawNothingOfAMarkThatLeavesTheImage) {
         }
 }
 
-TEST(ImageOverlays, drawTheEdgesOfARectangleOneByOne) {
-    // Its lower right corner is thicker than the image: the lengthened edge towards it is passed over without
-    // a word, the one along the image's end reported.
-    const struct {
-        int columns, rows;
-        long x1, y1, x2, y2;
-    } rows[] = {{200, 20, 6, 1, 194, 19}, {20, 200, 1, 6, 19, 194}};
-    for (const auto& row : rows) {
-        World world;
-        world.setWidth("3");
-        world.show(darkImage(row.columns, row.rows));
-        world.overlays.DrawCenteredRectangles(0.94);
-        EXPECT_THAT(world.log.lines, ElementsAre(kSubscript + "DrawLineOnImage"));
-        expectMarked(*world.picture.pixels, 50'000, [&](long x, long y) {
-            const bool left = within(x, row.x1, row.x1 + 2) && within(y, row.y1, row.y2);
-            const bool top = within(y, row.y1, row.y1 + 2) && within(x, row.x1, row.x2);
-            return left || top;
-        });
-    }
-}
-
 TEST(ImageOverlays, reportFailuresOfTheProgramAndOfTheWidth) {
     const struct {
         const char* label;
@@ -260,6 +240,10 @@ TEST(ImageOverlays, reportFailuresOfTheProgramAndOfTheWidth) {
         world.setWidth("1");  // read anew for every mark
         row.mark(world.overlays);
         EXPECT_THAT(world.log.lines, IsEmpty());
+        World none("NeedToSelect");
+        none.setWidth("broad");
+        row.mark(none.overlays);
+        EXPECT_TRUE(none.uses().empty() && none.log.lines.empty());
     }
 }
 
@@ -289,16 +273,6 @@ TEST(ImageOverlays, handTheImageOverOnceEachWay) {
     EXPECT_EQ(std::count(again.begin(), again.end(), "get ImageArray"), 1);
     EXPECT_EQ(std::count(again.begin(), again.end(), "put ImageArray"), 1);
     EXPECT_THAT(again, testing::Not(testing::Contains("create MaxIm.Application")));
-}
-
-TEST(ImageOverlays, doNothingWithoutAnImagingProgram) {
-    World world("NeedToSelect");
-    world.setWidth("broad");
-    world.overlays.CrossHair(std::nullopt);
-    world.overlays.DrawLineOnImage(1, 2, 30, 20);
-    EXPECT_EQ(world.overlays.DrawCenteredRectangles(2), 1);
-    EXPECT_THAT(world.uses(), IsEmpty());
-    EXPECT_THAT(world.log.lines, IsEmpty());
 }
 
 }  // namespace

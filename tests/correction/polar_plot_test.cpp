@@ -492,13 +492,6 @@ class Export : public testing::Test {
         window.lblElevation_Unit.setCaption("arc-min");
     }
 
-    void draw() {
-        window.picPolarPlot.setDrawing({.scale = {-2, 2, 2, -2},
-                                        .shapes = {Circle{0, 0, 0.8}, Circle{1, -1, 0.1, true, color::kRed},
-                                                   DrawnText{-0.1, 1.9, "Up & <away>"}, Line{-1, 0, 1, 0},
-                                                   Ellipse{1, 1, 0.4, 0.2, 30}, Cross{1, 1, 0.1}}});
-    }
-
     std::string told() const { return window.lblExport.caption(); }
 
     vantrel::test::TempFolder folder;
@@ -512,8 +505,13 @@ class Export : public testing::Test {
     PlotExport plotExport{window, desktop, folders, time, settings, log};
 };
 
-TEST_F(Export, CopiesPictureAndFigures) {
-    draw();
+TEST_F(Export, CopiesPictureAndFiguresAndSavesIntoTheImageFolder) {
+    window.mnuSaveSvg.click();
+    EXPECT_EQ(told(), "There is no measurement to save");
+    window.picPolarPlot.setDrawing({.scale = {-2, 2, 2, -2},
+                                    .shapes = {Circle{0, 0, 0.8}, Circle{1, -1, 0.1, true, color::kRed},
+                                               DrawnText{-0.1, 1.9, "Up & <away>"}, Line{-1, 0, 1, 0},
+                                               Ellipse{1, 1, 0.4, 0.2, 30}, Cross{1, 1, 0.1}}});
     window.mnuCopyPicture.click();
     EXPECT_EQ(desktop.shapes, 6u);
     EXPECT_EQ(told(), "The picture is copied");
@@ -525,12 +523,7 @@ TEST_F(Export, CopiesPictureAndFigures) {
     desktop.there = false;
     window.mnuCopyValues.click();
     EXPECT_EQ(told(), "There is no clipboard here");
-}
 
-TEST_F(Export, SavesIntoTheImageFolder) {
-    window.mnuSaveSvg.click();
-    EXPECT_EQ(told(), "There is no measurement to save");
-    draw();
     window.mnuSavePng.click();
     EXPECT_EQ(told(), "Pictures of this kind can't be made here") << "nothing paints";
     window.mnuSaveSvg.click();
