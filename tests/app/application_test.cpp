@@ -97,16 +97,6 @@ TEST_F(ApplicationTest, ClosingDuringAnExposureAbortsIt) {
     EXPECT_THAT(test::actionsOn(host, "CCDSoft.Camera"), Contains("call abort"));
 }
 
-TEST_F(ApplicationTest, ClosingDuringTheStartLeavesTheRestOut) {
-    settings.write("Main", "MyTelescopeID", "TheSky.Telescope");  // isn't there: the attempts take a while
-    const auto later = loop.after(platform::Milliseconds{2000}, [&] { program->close(); });
-    start();
-    EXPECT_FALSE(form("frmMain").shown());
-    pass(1);
-    EXPECT_TRUE(program->ended());
-    EXPECT_EQ(host.takeJournal("DriverHelper.Profile").size(), 0u);
-}
-
 TEST_F(ApplicationTest, SettingsThatFailEndTheProgram) {
     start();
     settings.full = true;
@@ -341,29 +331,21 @@ TEST(GetOSName, NamesEverySystemOfTheTable) {
     const std::pair<SystemVersion, const char*> rows[] = {
         {home(0), "Windows 95"},
         {home(0, " C "), "Windows 95 OSR2"},
-        {home(0, "B"), "Windows 95 OSR2"},
         {home(10), "Windows 98"},
         {home(10, " A "), "Windows 98 SE"},
         {home(90), "Windows ME"},
         {{.platformId = 1, .major = 3}, ""},
         {professional(5, 0, 1, 2), "Windows 2000 Advanced"},
-        {professional(5, 0, 1, 128), "Windows 2000 Data center"},
         {professional(5, 0, 1), "Windows 2000"},
         {withPack(professional(5, 0, 3), 4), ""},
-        {withPack(professional(5, 1, 1), 2), "Windows XP Professional Service Pack 2"},
         {withPack(professional(5, 1, 1), 2, 1), "Windows XP Professional Service Pack 2.1"},
         {withPack(professional(5, 1, 1), 0, 1), "Windows XP Professional"},
         {professional(5, 1, 1, 512), "Windows XP Home"},
-        {professional(5, 1, 1, 1), "Windows XP"},
         {professional(5, 2, 3), "Windows Server 2003 Standard"},
-        {professional(5, 2, 3, 2), "Windows Server 2003 Enterprise"},
-        {professional(5, 2, 3, 128), "Windows Server 2003 Data center"},
         {professional(5, 2, 3, 1024), "Windows Server 2003 Web Edition"},
-        {professional(5, 2, 3, 1), "Windows Server 2003"},
         {professional(5, 2, 1), ""},
         {withPack(professional(6, 0, 1), 1), "Windows Vista Ultimate Edition Service Pack 1"},
         {professional(6, 0, 3), "Windows Server 2008 Home Premium Edition"},
-        {professional(6, 0, 28), "Windows Vista Ultimate Edition (N)"},
         {professional(6, 0, 0xABCDABCD), "Windows Vista Not activated product"},
         {professional(6, 0, 11), "Windows Vista "},
         {professional(6, 1, 1), ""},

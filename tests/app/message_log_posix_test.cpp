@@ -168,10 +168,5 @@ TEST_F(FoldersTest, DataFoldersFollowTheSettingsAndTheOperatingSystem) {
     EXPECT_TRUE(messages.shown.empty());
 }
 
-TEST(IsVista, LooksForTheWord) {
-    for (const char* name : {"Windows Vista Home Basic Edition", "Error", ""})
-        EXPECT_EQ(isVista(name), *name == 'W') << name;
-}
-
 }  // namespace
 }  // namespace vantrel::app

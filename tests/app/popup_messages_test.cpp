@@ -108,15 +108,6 @@ TEST_F(PopupMessagesTest, FitsItsTextAndStandsInTheMiddleTheFirstTime) {
     EXPECT_GT(window.place().height, place.height);
 }
 
-TEST_F(PopupMessagesTest, RemembersWhereItStoodWhenAnotherWindowComesToTheFront) {
-    popups.ShowPopupMessage("text", 5);
-    platform::Rectangle place = window.place();
-    place.top = 7;
-    window.placeByOperator(place);
-    main.activate();
-    EXPECT_EQ(memory.read("Main", "PopupMsgTop"), "7");
-}
-
 // ---- status strip
 
 TEST(PlainSentence, LeavesOutNumbersAndProcedures) {

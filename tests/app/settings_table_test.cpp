@@ -246,8 +246,7 @@ TEST(Settings, TheRestHasItsKeysToo) {
     EXPECT_EQ(stored(kMain, "MainHeight"), std::to_string(world.form("frmMain").place().height));
     EXPECT_EQ(stored(kRun, "LogPath"), "C:\\Users\\me\\My Documents\\Vantrel\\Message Logs");
     EXPECT_EQ(stored(kRun, "ImagingSoftware"), "(nothing)") << "none is installed";
-    for (const char* key : {"PopupMsgTop", "PopupMsgLeft", "LogTop", "LogLeft", "LogHeight", "LogWidth",
-                            "TelescopeTop", "TelescopeLeft", "MainTop", "MainLeft", "MainScaleHeight"})
+    for (const char* key : {"PopupMsgTop", "PopupMsgLeft", "LogHeight", "LogWidth", "MainScaleHeight"})
         EXPECT_NE(stored(kMain, key), "(nothing)") << key;
     world.close();
     EXPECT_EQ(stored(kSolve, "SolveMode"), "0");
