@@ -25,7 +25,6 @@ using engine::AxisEstimate;
 using engine::AxisEstimator;
 using engine::LeastSquares;
 using engine::Plate;
-using engine::Validity;
 using Plates = std::vector<Plate>;
 
 int trials = 2000;

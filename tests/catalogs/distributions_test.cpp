@@ -292,8 +292,8 @@ DeepResult write(const fs::path& file, const std::vector<MovingStar>& stars, con
 }
 
 TEST(DeepCatalog, KeepsTheBrightestOfAFullCellAndWhatIsWithinTheLimits) {
-    std::vector<MovingStar> stars;
-    for (int i = 0; i < 300; ++i) stars.push_back({100.05, 20.05, 18 - 0.01 * i});
+    std::vector<MovingStar> stars(300);
+    for (int i = 0; i < 300; ++i) stars[static_cast<std::size_t>(i)] = {100.05, 20.05, 18 - 0.01 * i};
     stars.push_back({10, -35, 12});
     stars.push_back({10, 90, 12.5});
     stars.push_back({10, 20.5, 22});

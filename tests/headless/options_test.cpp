@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "platform/command_line.h"
 #include "script.h"
 
 namespace vantrel::headless {

@@ -31,6 +31,7 @@ struct HostTest : testing::Test, test::AlpacaWorld {
     Host host() { return {surroundings, settings, classes}; }
     static std::vector<std::string> idsOf(const std::vector<DeviceRecord>& devices) {
         std::vector<std::string> ids;
+        ids.reserve(devices.size());
         for (const DeviceRecord& device : devices) ids.push_back(device.id());
         return ids;
     }

@@ -27,8 +27,8 @@ class FakeIndi {
   public:
     FakeIndi(platform::VirtualTime& time, platform::QueuedEventLoop& loop)
         : network(time, loop), time_(time), loop_(loop) {
-        network.onConnection = [this](std::shared_ptr<FakeConnection> connection) {
-            take(std::move(connection));
+        network.onConnection = [this](const std::shared_ptr<FakeConnection>& connection) {
+            take(connection);
         };
     }
 
