@@ -165,7 +165,7 @@ void TelescopeDesk::look() {
 void TelescopeDesk::showLinkDown() {
     showNotConnected();
     link_.clearDisconnectRequest();
-    link_.releaseDriver();
+    if (!link_.reachesRealMount()) link_.releaseDriver();
 }
 
 void TelescopeDesk::showNotConnected() {

@@ -82,6 +82,8 @@ class TelescopeLink : public engine::TelescopePort {
 
     /// The driver's own word; throws OperationError, number 91 when there is no driver.
     bool driverIsConnected();
+    /// The mount is reached over a network, and found again after a trouble, as long as its driver is held.
+    bool reachesRealMount() const;
     /// True while an operation is in the middle of linking the driver or letting it go.
     bool linking() const { return linking_ > 0; }
     /// Lets go of the driver, unless an operation is in the middle of linking it.
@@ -95,7 +97,6 @@ class TelescopeLink : public engine::TelescopePort {
 
     void adopt(const std::string& progId);
     void link();
-    bool reachesRealMount() const;
     bool abortsSlews() const;
     void awaitEndOfSlew();
     void watchSlew(double ra, double dec);

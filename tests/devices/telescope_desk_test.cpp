@@ -136,6 +136,22 @@ TEST(TelescopeDesk, WatchesTheConnection) {
     }
 }
 
+TEST(TelescopeDesk, AMountOverTheNetworkIsConnectedAgainByItself) {
+    constexpr const char* kMount = "Indi:localhost:7624/Mount";
+    WindowWorld world;
+    world.settings.SaveMainSetting("MyTelescopeID", kMount);
+    world.open();
+    ASSERT_EQ(world.look(), " Connected -SD");
+    const auto driver = world.host.newest(kMount);
+    driver->put("Connected", false);
+    world.pass(1);
+    EXPECT_EQ(world.look(), " Not Connected CS-");
+    driver->put("Connected", true);
+    world.pass(1);
+    EXPECT_EQ(world.look(), " Connected -SD");
+    EXPECT_EQ(world.link.GetTelescopeDec(), world.mount.dec);
+}
+
 TEST(TelescopeDesk, ButtonsConnectAndDisconnect) {
     WindowWorld world;
     world.open();

@@ -87,6 +87,7 @@ def indi_server(stars, loopback_only, sensor=None):
                 "camera": f"Indi:{where}/CCD Simulator",
                 "offered": ["Telescope Simulator at the INDI server"],
                 "exposure": "6",  # it sees fainter stars than ten only slowly
+                "trouble": lambda operator: fall_silent(operator, server.pid),
             }
         finally:
             os.killpg(server.pid, signal.SIGKILL)
@@ -123,6 +124,19 @@ def prepare_indi(port, sensor):
         talk.switch("Telescope Simulator", "ON_COORD_SET", "SYNC")
         talk.numbers("Telescope Simulator", "EQUATORIAL_EOD_COORD", RA=FIRST_RIGHT_ASCENSION, DEC=45)
         talk.hear('setNumberVector device="Telescope Simulator" name="EQUATORIAL_EOD_COORD"')
+
+
+def fall_silent(operator, server):
+    """The server is connected, and says nothing. Mount and camera have a connection each, and both come back."""
+    os.killpg(server, signal.SIGSTOP)
+    operator.wait(log="it has stopped answering", seconds=60)
+    os.killpg(server, signal.SIGCONT)
+    deadline = time.monotonic() + 60
+    while sum(line.endswith("is connected again") for line in operator.log()) < 2:
+        if time.monotonic() > deadline:
+            raise Failure("mount or camera didn't come back")
+        operator.do("advance", seconds=0.5)
+    operator.do("advance", seconds=2)  # the program looks at the mount once a second
 
 
 class IndiTalk:
@@ -250,6 +264,7 @@ def measure(program, devices):
                 operator.wait(log=text, seconds=20)
             operator.type("frmMain.txtExposeInterval", devices["exposure"])
             choose_devices(operator, devices["mount"], devices["camera"])
+            devices.get("trouble", lambda operator: None)(operator)
             result = measured(operator)
             look_at_header(next(pathlib.Path(home).glob("home/**/SavedImage.fit")))
             return result
