@@ -397,8 +397,8 @@ def reference_tells_of_every_message():
     for text in messages:
         expect(any(tells_of(code, text) for code in told),
                f"docs/reference.md, \"{place_of(text.file)}\": add a row (or add to one) for "
-               f"`{' '.join(text.text.split())}` ({text.file}:{text.line}): the text between ` signs on the left, what it means on the right. If nobody is "
-               "shown it, name it in UNSEEN of this script.")
+               f"`{' '.join(text.text.split())}` ({text.file}:{text.line}): the text between ` signs on the left, what it "
+               "means on the right. If nobody is shown it, name it in UNSEEN of this script.")
     expect(len(messages) > 250, f"only {len(messages)} messages were seen")
 
 
