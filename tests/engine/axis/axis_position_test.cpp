@@ -76,6 +76,7 @@ TEST(AxisCovariance, EllipsesAndSigmas) {
     EXPECT_NEAR(covariance.sigma(), 4.123, 1e-3);
     EXPECT_NEAR(covariance.chiSquareOf(5 * 0.5, 5 * 0.8660254), 1, 1e-6) << "along the long side";
     EXPECT_NEAR(covariance.chiSquareOf(-6 * 0.8660254, 6 * 0.5), 4, 1e-5) << "across";
+    EXPECT_NEAR((AxisCovariance{0.04, 0, 0.04}.chiSquareOf(0.2, 0)), 1, 1e-9) << "well known";
     EXPECT_TRUE(std::isinf(AxisCovariance{}.chiSquareOf(1, 0)));
 }
 

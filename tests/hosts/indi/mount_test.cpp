@@ -387,7 +387,9 @@ TEST_F(MountTest, IsDrivenByTheMembersOfATelescope) {
     EXPECT_FALSE(host.install(registry, "ScopeSim.Telescope"));
     EXPECT_EQ(problemOf([&] { host.camera("MaxIm.CCDCamera"); }),
               "\"MaxIm.CCDCamera\" is no camera at an INDI server");
-    EXPECT_EQ(host.camera("Indi:localhost:7624/Camera"), host.camera("Indi:localhost:7624/Camera"));
+    const auto camera = host.camera("Indi:localhost:7624/Camera");
+    EXPECT_NE(camera, nullptr);
+    EXPECT_EQ(host.camera("Indi:localhost:7624/Camera"), camera);
     EXPECT_EQ(registry.profileDescription("Telescope", progId), "Mount (INDI, localhost:7624)");
     auto telescope = registry.create(progId);
     EXPECT_FALSE(telescope->get("Connected").toBool());
