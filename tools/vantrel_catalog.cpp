@@ -119,10 +119,7 @@ std::optional<Options> optionsOf(const std::vector<std::string>& arguments) {
                    kLastYear, options.tableEpoch);
     line.addText("--check", "FILE", "tells what a compact file holds, and whether it is as it was\nwritten",
                  [&](const std::string& text) { options.check = text; });
-    if (!line.parse(arguments)) {
-        std::fputs(line.help().c_str(), stdout);
-        return std::nullopt;
-    }
+    if (!line.parse(arguments)) return std::nullopt;
 
     if (sources.size() > 1)
         throw BadInput("one catalogue at a time, not " + sources[0] + " and " + sources[1]);

@@ -92,10 +92,7 @@ std::optional<Options> optionsOf(const std::vector<std::string>& arguments) {
                  "bright stars and deep-sky objects named, and lines of right\n"
                  "ascension and declination",
                  [&](const std::string& text) { options.annotated = text; });
-    if (!line.parse(arguments)) {
-        std::fputs(line.help().c_str(), stdout);
-        return std::nullopt;
-    }
+    if (!line.parse(arguments)) return std::nullopt;
     if (options.files.empty()) throw BadInput("no file given (--help tells how)");
     if (options.raHours.has_value() != options.dec.has_value()) throw BadInput("--ra and --dec go together");
     options.file = options.files.front();

@@ -50,15 +50,12 @@ int main(int argc, char** argv) {
     platform::outliveReaders();  // one that went away is the end of the input
     try {
         const auto options = headless::parseOptions(platform::programArguments(argc, argv));
-        if (options.help) {
-            std::cout << headless::usage();
-            return kSuccess;
-        }
+        if (!options) return kSuccess;
         const platform::TerminationWatch termination;
         headless::DescriptorCommands commands(platform::kStandardInput);
         headless::DescriptorReplies replies(platform::kStandardOutput);
-        return options.virtualTime ? runVirtual(options, commands, replies, termination)
-                                   : runReal(options, commands, replies, termination);
+        return options->virtualTime ? runVirtual(*options, commands, replies, termination)
+                                    : runReal(*options, commands, replies, termination);
     } catch (const platform::UsageError& error) {
         std::cerr << "vantrel-headless: " << error.what() << "\n(--help shows the options)\n";
         return kUsage;

@@ -35,12 +35,14 @@ std::vector<std::string> parseList(const std::string& text) {
     return names;
 }
 
-constexpr const char* kProgram = "vantrel-headless";
-constexpr const char* kPurpose =
-    "Runs Vantrel without windows. A script operates it: one JSON object a line on standard input,\n"
-    "one JSON object a line on standard output. The end of the input closes the program.";
+}  // namespace
 
-void describe(CommandLine& line, Options& options) {
+std::optional<Options> parseOptions(std::vector<std::string> arguments) {
+    Options options;
+    CommandLine line(
+        "vantrel-headless",
+        "Runs Vantrel without windows. A script operates it: one JSON object a line on standard input,\n"
+        "one JSON object a line on standard output. The end of the input closes the program.");
     line.addFlag("--virtual-time", "waits cost no time: the clock jumps to whatever is due next",
                  options.virtualTime);
     line.addText("--start", "INSTANT",
@@ -58,23 +60,8 @@ void describe(CommandLine& line, Options& options) {
     line.addText("--settings", "FILE",
                  "stores the settings of a JSON file first:\n{\"PolarAlign\": {\"DeltaRA\": \"15\"}}",
                  [&options](const std::string& text) { options.settings = pathOf(text); });
-}
-
-}  // namespace
-
-Options parseOptions(std::vector<std::string> arguments) {
-    Options options;
-    CommandLine line(kProgram, kPurpose);
-    describe(line, options);
-    options.help = !line.parse(std::move(arguments));
+    if (!line.parse(std::move(arguments))) return std::nullopt;
     return options;
-}
-
-std::string usage() {
-    Options none;
-    CommandLine line(kProgram, kPurpose);
-    describe(line, none);
-    return line.help();
 }
 
 }  // namespace vantrel::headless

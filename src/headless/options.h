@@ -12,7 +12,6 @@
 namespace vantrel::headless {
 
 struct Options {
-    bool help = false;
     bool virtualTime = false;
     /// Where the program's time starts; by default kVirtualStart with virtual time, else the machine's time.
     std::optional<platform::Instant> start;
@@ -28,9 +27,8 @@ struct Options {
 /// When virtual time starts, unless the command line says otherwise.
 inline constexpr const char* kVirtualStart = "2026-11-24T20:00:00Z";
 
-/// Takes the arguments without the program's name. Throws platform::UsageError.
-Options parseOptions(std::vector<std::string> arguments);
-
-std::string usage();
+/// Takes the arguments without the program's name; nothing when they asked for help, which has been printed
+/// then. Throws platform::UsageError.
+std::optional<Options> parseOptions(std::vector<std::string> arguments);
 
 }  // namespace vantrel::headless

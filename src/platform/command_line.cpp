@@ -1,6 +1,7 @@
 #include "platform/command_line.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -48,14 +49,13 @@ bool CommandLine::parse(std::vector<std::string> arguments) {
     try {
         line_->parse(std::move(arguments));
     } catch (const CLI::CallForHelp&) {
+        std::fputs(line_->help().c_str(), stdout);
         return false;
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
     }
     return true;
 }
-
-std::string CommandLine::help() const { return line_->help(); }
 
 std::vector<std::string> CommandLine::given() const {
     std::vector<std::string> given;

@@ -41,10 +41,9 @@ class CommandLine {
     /// What is given beside the options.
     void addOperands(const std::string& name, const std::string& text, std::vector<std::string>& values);
 
-    /// Takes the arguments without the program's name. False when they ask for help: there is nothing else to
-    /// do then. Throws UsageError.
+    /// Takes the arguments without the program's name. False when they ask for help, which is printed then:
+    /// there is nothing else to do. Throws UsageError.
     bool parse(std::vector<std::string> arguments);
-    std::string help() const;
     /// The options as they were given, with their values, in the order in which they were added.
     std::vector<std::string> given() const;
 

@@ -15,16 +15,16 @@ using testing::ThrowsMessage;
 
 TEST(Options, AreTakenWithTheirValuesBehindOrBeside) {
     const Options options =
-        parseOptions({"--virtual-time", "--start=2026-03-01T04:05:06Z", "--home", "/tmp/x", "--seed", "77",
-                      "--installed", "ScopeSim.Telescope, MaxIm.CCDCamera,", "--settings", "s.json"});
+        *parseOptions({"--virtual-time", "--start=2026-03-01T04:05:06Z", "--home", "/tmp/x", "--seed", "77",
+                       "--installed", "ScopeSim.Telescope, MaxIm.CCDCamera,", "--settings", "s.json"});
     EXPECT_TRUE(options.virtualTime);
     EXPECT_EQ(options.start, platform::parseInstant("2026-03-01T04:05:06Z"));
     EXPECT_EQ(options.home, "/tmp/x");
     EXPECT_EQ(options.seed, 77U);
     EXPECT_EQ(options.installed, (std::vector<std::string>{"ScopeSim.Telescope", "MaxIm.CCDCamera"}));
     EXPECT_EQ(options.settings, "s.json");
-    EXPECT_EQ(parseOptions({"--installed", ""}).installed, std::vector<std::string>{});
-    EXPECT_EQ(parseOptions({}).installed, std::nullopt);
+    EXPECT_EQ(parseOptions({"--installed", ""})->installed, std::vector<std::string>{});
+    EXPECT_EQ(parseOptions({})->installed, std::nullopt);
 }
 
 TEST(Options, RefusesWhatItDoesNotUnderstand) {
