@@ -19,6 +19,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop/desk.h"
+#include "qt/image_window.h"
 #include "qt/layouts.h"
 #include "qt/picture_widget.h"
 #include "qt/qt_dialogs.h"
@@ -146,10 +147,31 @@ TEST_P(SmallScreenTest, HasRoomForDialogs) {
     }
 }
 
+TEST(SmallScreen, ScrollsALongMessageByKeys) {
+    const platform::FolderMap noFolders("/nowhere");
+    const qt::Theme theme;
+    std::string lines;
+    for (int line = 0; line < 100; ++line) lines += "The settings can't be read\r\n";
+    QTimer::singleShot(0, [] {
+        QWidget& dialog = *QApplication::activeModalWidget();
+        EXPECT_TRUE(comesTrue([&] { return dialog.isActiveWindow(); }));
+        const auto& words = *dialog.findChild<QScrollArea*>();
+        const QScrollBar& bar = *words.verticalScrollBar();
+        EXPECT_GT(bar.maximum(), 0);
+        EXPECT_EQ(words.horizontalScrollBar()->maximum(), 0);
+        for (int page = 0; page < 100; ++page) QTest::keyClick(dialog.focusWidget(), Qt::Key_PageDown);
+        EXPECT_EQ(bar.value(), bar.maximum());
+        dialog.close();
+    });
+    qt::QtDialogs(noFolders, "C:\\")
+        .messageBox("Vantrel", lines, platform::Dialogs::Icon::kCritical, platform::Dialogs::Buttons::kOk);
+}
+
+/// On screens of 600 lines and more; on lower ones, and with larger letters, it takes scrolling.
+class SmallScreenResultTest : public SmallScreenTest {};
+
 // What is watched while the adjusters are turned.
-TEST_P(SmallScreenTest, ShowsTheResultWithoutScrolling) {
-    if (QGuiApplication::primaryScreen()->size().height() < 600 || GetParam().points > 9)
-        GTEST_SKIP() << "too low for letters of this size";
+TEST_P(SmallScreenResultTest, IsInViewWithoutScrolling) {
     const qt::WithLayout layout(GetParam());
     qt::Forms forms(qt::workArea());
     const auto windows = qt::windowsFor(forms.screen, forms.front);
@@ -196,7 +218,25 @@ TEST(SmallScreen, LeavesWhatIsClickedUnderTheMouse) {
     }));
 }
 
+TEST(SmallScreen, HasRoomForThePicture) {
+    qt::Forms forms(qt::workArea());
+    const XOperator eyes;
+    imaging::OpenDocuments documents;
+    for (const char* size : {"300", "5000"}) {
+        forms.stored.write("ImageWindow", "Width", size);
+        forms.stored.write("ImageWindow", "Height", size);
+        qt::ImageWindow window(documents, forms.stored, forms.front);
+        window.showByOperator();
+        EXPECT_TRUE(comesTrue([&] {
+            forms.rest();
+            return isOnScreen(eyes, window);
+        })) << size;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(FontSizes, SmallScreenTest, testing::ValuesIn(qt::kLayouts));
+INSTANTIATE_TEST_SUITE_P(SmallLetters, SmallScreenResultTest,
+                         testing::Values(qt::Layout{9}, qt::Layout{9, true}));
 
 }  // namespace
 }  // namespace vantrel::desktop

@@ -64,7 +64,7 @@ struct Session {
     }
 };
 
-// The telescope's window is placed while it opens.
+// The telescope's window is placed while it opens, the pop-up before each message.
 TEST(WindowPlaces, StayOverManyStarts) {
     const struct {
         const char *form, *left, *top;
@@ -72,7 +72,7 @@ TEST(WindowPlaces, StayOverManyStarts) {
     } windows[] = {{"frmMain", "MainLeft", "MainTop", {20, 0}},
                    {"frmLog", "LogLeft", "LogTop", {230, 90}},
                    {"frmTelescope", "TelescopeLeft", "TelescopeTop", {410, 140}}};
-    const QPoint image(64, 76);
+    const QPoint popup(120, 210), image(64, 76);
     const test::TempFolder home;
     {
         platform::UserMachine user(platform::pathsBelow(home.path()));
@@ -84,6 +84,8 @@ TEST(WindowPlaces, StayOverManyStarts) {
             store("Main", window.left, window.corner.x());
             store("Main", window.top, window.corner.y());
         }
+        store("Main", "PopupMsgLeft", popup.x());
+        store("Main", "PopupMsgTop", popup.y());
         store("ImageWindow", "Left", image.x());
         store("ImageWindow", "Top", image.y());
     }
@@ -92,6 +94,10 @@ TEST(WindowPlaces, StayOverManyStarts) {
         Session session(home);
         ASSERT_TRUE(session.isStarted());
         session.program.imageWindow().showByOperator();
+        session.program.application().popups().ShowPopupMessage("Please wait", 5);
+        const QWidget& message = session.window("frmPopupMsg");
+        EXPECT_TRUE(comesTrue([&] { return isShown(session.desk.hands, message); }));
+        EXPECT_EQ(cornerOf(session.desk.hands, message), popup);
         EXPECT_TRUE(comesTrue([&] { return isShown(session.desk.hands, session.program.imageWindow()); }));
         EXPECT_EQ(cornerOf(session.desk.hands, session.program.imageWindow()), image);
         for (const auto& window : windows)
@@ -104,6 +110,7 @@ TEST(WindowPlaces, StayOverManyStarts) {
         };
         for (const auto& window : windows)
             EXPECT_EQ(stored("Main", window.left, window.top), window.corner) << window.form;
+        EXPECT_EQ(stored("Main", "PopupMsgLeft", "PopupMsgTop"), popup);
         EXPECT_EQ(stored("ImageWindow", "Left", "Top"), image);
     }
 }
@@ -146,6 +153,19 @@ class WindowOnDesktop : public testing::Test, protected qt::Forms {
     XOperator hands;
     qt::LogWindow window{log, front};
 };
+
+TEST_F(WindowOnDesktop, StaysWhenItIsClosedAndOpenedAgain) {
+    const Rectangle place = log.place();
+    for (int opening = 1; opening <= 8; ++opening) {
+        open();
+        EXPECT_EQ(cornerOf(hands, window), QPoint(60, 50)) << opening;
+        EXPECT_EQ(log.place(), place) << opening;
+        log.unload();
+        EXPECT_TRUE(comesTrue([&] { return !isShown(hands, window); }));
+        rest();
+        EXPECT_EQ(log.place(), place) << opening;
+    }
+}
 
 // Another window that comes forward lets the message store where it stands.
 TEST_F(WindowOnDesktop, OfMessagesStaysHoweverFastTheyCome) {
