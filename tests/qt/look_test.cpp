@@ -152,6 +152,20 @@ TEST(NightLook, HoldsNothingButRed) {
     }
 }
 
+TEST(NightLook, GoesWithoutATrace) {
+    Forms forms;
+    const auto windows = windowsFor(forms.screen, forms.front);
+    fill(forms);
+    forms.settle();
+    QWidget& window = *windows.front();
+    const QImage day = window.grab().toImage();
+    for (const bool night : {true, false}) {
+        forms.theme.setNight(night);
+        forms.settle();
+    }
+    EXPECT_EQ(window.grab().toImage(), day);
+}
+
 TEST(NightLook, TheBigDigitsAreRedFillTheirWindowAndGoByEsc) {
     Forms forms;
     forms.theme.setNight(true);
