@@ -71,7 +71,7 @@ class AlpacaDevices : public NetworkDevices {
             {"answered without a value", kNoValue},
             {"answered by another type", kWrongType},
             {"an error of the device", kDeviceError},
-            {"not implemented", kNotImplemented},
+            {"told not to exist", kNotImplemented},
             {"not connected", kNotConnected},
         };
         faults.reserve(kinds.size());
