@@ -48,8 +48,8 @@ class OperatedApplication : public OperatedProgram {
 /// Everything that one run needs, from the files of its user to the session.
 class HeadlessProgram {
   public:
-    /// The clock, the commands and the replies must outlive this. Throws platform::UsageError for classes that don't
-    /// exist, std::runtime_error when a file can't be used.
+    /// The clock, the commands and the replies must outlive this. Throws platform::UsageError for classes
+    /// that don't exist, std::runtime_error when a file can't be used.
     HeadlessProgram(const Options& options, platform::TimeKeeper& time, CommandSource& commands,
                     ReplySink& replies);
 

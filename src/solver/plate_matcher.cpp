@@ -33,8 +33,8 @@ constexpr std::size_t kTestedStars = 40;
 constexpr std::size_t kHopelessStars = 14;  // a hypothesis without a hit among so many stars is dropped
 // What a search spends is counted, not timed, so that it comes to the same on any machine. The unit is a
 // hypothesis, two microseconds or so.
-constexpr double kTriangle = 0.04;   // looked up among the catalogue's, without a hypothesis yet
-constexpr double kRefinement = 300;  // of a hypothesis to a plate: fits and matches in turn
+constexpr double kTriangle = 0.04;           // looked up among the catalogue's, without a hypothesis yet
+constexpr double kRefinement = 300;          // of a hypothesis to a plate: fits and matches in turn
 constexpr double kTrianglesSpent = 100'000;  // plates that can be solved need a fiftieth
 // Of the stars on the side that has fewer, true plates fit nine of ten; some only half, under clouds or among
 // hot pixels. A plate that fits fewer may sit beside its place: a corner of the field that a turned and
