@@ -19,7 +19,6 @@
 #include "engine/axis/live_finish.h"
 #include "engine/axis/preflight.h"
 #include "engine/axis/simulated_mount.h"
-#include "support/least_at.h"
 
 namespace {
 
@@ -47,6 +46,23 @@ struct Told {
 };
 
 double degrees(double arcseconds) { return arcseconds / 3600; }
+
+/// The place near `start` where a function without other hollows is least, within a thousandth of its unit.
+template <typename Function>
+double leastAt(double start, Function&& function) {
+    double at = start;
+    for (double step = 100; step > 1e-3; step /= 2)
+        while (true) {
+            const double here = function(at);
+            if (function(at + step) < here)
+                at += step;
+            else if (function(at - step) < here)
+                at -= step;
+            else
+                break;
+        }
+    return at;
+}
 
 /// Sky, mount and camera, and the clock on the wall.
 class Night {
@@ -336,7 +352,7 @@ class Guided {
             return start - whole;
         }
         const test::Vector star = shown({0, 0}, kPixel);
-        const double best = test::leastAt(start, [&](double position) {
+        const double best = leastAt(start, [&](double position) {
             adjuster = position;
             const test::Vector off = shown(*mark, kPixel) + -1 * star;
             return test::dot(off, off);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 
+#include "catalogs/vizier_table.h"
 #include "platform/text.h"
 #include "sky/field_number.h"
 #include "sky/star_catalog.h"
@@ -89,11 +90,6 @@ char separatorOf(std::string_view heading) {
     for (const char separator : {'\t', ';', ','})
         if (heading.find(separator) != std::string_view::npos) return separator;
     return '\0';
-}
-
-bool isRule(std::string_view line) {
-    return line.find('-') != std::string_view::npos &&
-           line.find_first_not_of("-\t;, ") == std::string_view::npos;
 }
 
 class Heading {

@@ -30,10 +30,6 @@ std::string_view nextLine(std::string_view& text) {
 
 bool isBeside(std::string_view line) { return line.starts_with('#') || withoutBlanks(line).empty(); }
 
-bool isRule(std::string_view line) {
-    return !withoutBlanks(line).empty() && line.find_first_not_of("-\t ") == std::string_view::npos;
-}
-
 std::vector<std::string_view> fieldsOf(std::string_view line) {
     std::vector<std::string_view> fields;
     for (;;) {
@@ -55,6 +51,11 @@ std::vector<std::string_view> fieldsOf(std::string_view line) {
 }
 
 }  // namespace
+
+bool isRule(std::string_view line) {
+    return line.find('-') != std::string_view::npos &&
+           line.find_first_not_of("-\t;, ") == std::string_view::npos;
+}
 
 VizierTable::VizierTable(std::string_view answer) {
     std::string_view last;  // of the comments that say something

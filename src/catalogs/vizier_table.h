@@ -9,6 +9,9 @@
 
 namespace vantrel::catalogs {
 
+/// True for the line of dashes that follows names and units, whatever separates its columns.
+bool isRule(std::string_view line);
+
 /// The first table of an answer. Comment lines begin with "#"; the table begins with lines of column names,
 /// units and dashes and ends with an empty line, a comment or the text.
 class VizierTable {

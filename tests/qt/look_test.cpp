@@ -8,6 +8,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolTip>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -124,6 +125,35 @@ TEST(Look, CanBeReadByDayAndByNight) {
         EXPECT_GE(contrast(c.dim, c.base), kUnlit);
         for (const platform::Color lamp : {platform::color::kRed, platform::color::kDarkGreen})
             EXPECT_GE(contrast(look.ink(platform::color::kBlack), look.surface(lamp)), kText) << lamp;
+    }
+}
+
+TEST(Look, GivesControlsAndTipsTextThatStandsOutInEveryState) {
+    constexpr double kLegible = 2;  // controls that can't be used are dim on purpose
+    constexpr std::pair<QPalette::ColorRole, QPalette::ColorRole> kTextOnGround[] = {
+        {QPalette::WindowText, QPalette::Window},
+        {QPalette::Text, QPalette::Base},
+        {QPalette::Text, QPalette::AlternateBase},
+        {QPalette::PlaceholderText, QPalette::Base},
+        {QPalette::ButtonText, QPalette::Button},
+        {QPalette::BrightText, QPalette::Button},
+        {QPalette::HighlightedText, QPalette::Highlight},
+        {QPalette::ToolTipText, QPalette::ToolTipBase},
+        {QPalette::Link, QPalette::Base},
+        {QPalette::LinkVisited, QPalette::Base},
+    };
+    Theme theme;
+    for (const bool night : {false, true}) {
+        theme.setNight(night);
+        for (const QPalette& palette : {QApplication::palette(), QToolTip::palette()})
+            for (const auto state : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+                for (const auto& [text, ground] : kTextOnGround) {
+                    const QColor ink = palette.color(state, text), paper = palette.color(state, ground);
+                    EXPECT_GE(contrast(ink, paper), kLegible) << text << " on " << ground << ", state "
+                                                              << state << (night ? " by night" : " by day");
+                    EXPECT_TRUE(ground == QPalette::Highlight || night == (paper.lightness() < 40))
+                        << ground << " is " << paper.name().toStdString();
+                }
     }
 }
 

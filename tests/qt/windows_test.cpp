@@ -415,6 +415,10 @@ TEST(WindowsOfTheProgram, StandWhereTheyCanBeSeenAndFollowDriverAndOptions) {
              EXPECT_FALSE(simulator.isVisible());
              night.program.automation().create("AxisSimulator.Telescope")->call("SetupDialog");
          }},
+        {[&] { return simulator.isVisible(); }, [&] { simulator.close(); }},
+        {[&] { return !simulator.isVisible(); }, [&] { night.main().activateWindow(); }},
+        {[&] { return night.main().isActiveWindow(); },
+         [&] { QTest::keyClick(&night.main(), Qt::Key_M, Qt::ControlModifier); }},
         {[&] { return simulator.isVisible(); },
          [&] { widgetOf<QAction>(night.main(), "mnuSetOptions").trigger(); }},
         {[&] { return options.isVisible(); },

@@ -28,18 +28,20 @@ std::ostream& operator<<(std::ostream& out, const Line& line) {
     return out << line.file << ":" << line.number << ": " << line.text;
 }
 
+std::vector<Line> sourcesIn(const char* folder) {
+    std::vector<Line> all;
+    for (const auto& entry : fs::recursive_directory_iterator(kRoot / folder)) {
+        if (entry.path().extension() != ".h" && entry.path().extension() != ".cpp") continue;
+        std::ifstream stream(entry.path());
+        int number = 0;
+        for (std::string text; std::getline(stream, text);)
+            all.push_back({fs::relative(entry.path(), kRoot).generic_string(), ++number, text});
+    }
+    return all;
+}
+
 const std::vector<Line>& sources() {
-    static const std::vector<Line> lines = [] {
-        std::vector<Line> all;
-        for (const auto& entry : fs::recursive_directory_iterator(kRoot / "src")) {
-            if (entry.path().extension() != ".h" && entry.path().extension() != ".cpp") continue;
-            std::ifstream stream(entry.path());
-            int number = 0;
-            for (std::string text; std::getline(stream, text);)
-                all.push_back({fs::relative(entry.path(), kRoot).generic_string(), ++number, text});
-        }
-        return all;
-    }();
+    static const std::vector<Line> lines = sourcesIn("src");
     return lines;
 }
 
@@ -50,12 +52,13 @@ struct Include {
     std::string header;
 };
 
-std::vector<Include> includes() {
+std::vector<Include> includes(const std::vector<Line>& lines = sources()) {
     const std::regex include(R"-(^\s*#\s*include\s*(["<])([^">]+)[">])-");
     std::vector<Include> found;
     std::smatch match;
-    for (const Line& line : sources())
-        if (std::regex_search(line.text, match, include)) found.push_back({line, match[1] == "\"", match[2]});
+    for (const Line& line : lines)
+        if (line.text.find('#') != std::string::npos && std::regex_search(line.text, match, include))
+            found.push_back({line, match[1] == "\"", match[2]});
     return found;
 }
 
@@ -133,6 +136,21 @@ TEST(Structure, RoomsIncludeOnlyWhatTheirRowAllows) {
         EXPECT_TRUE(row->second.contains(header.substr(0, header.find('/')))) << line;
     }
     EXPECT_GT(seen, 100);
+}
+
+/// Benchmarks are built by hand: nobody else would miss a header that they share with the tests.
+TEST(Structure, WhatIsIncludedIsThere) {
+    int seen = 0;
+    for (const char* folder : {"bench", "tools", "library", "tests"})
+        for (const auto& [line, own, header] : includes(sourcesIn(folder))) {
+            if (!own) continue;
+            ++seen;
+            const fs::path beside = (kRoot / line.file).parent_path();
+            EXPECT_TRUE(fs::exists(kRoot / "src" / header) || fs::exists(kRoot / "tests" / header) ||
+                        fs::exists(kRoot / "include" / header) || fs::exists(beside / header))
+                << line;
+        }
+    EXPECT_GT(seen, 500);
 }
 
 TEST(Structure, LibrariesStayInTheirRooms) {
