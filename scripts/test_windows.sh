@@ -8,13 +8,18 @@ lap() {
 }
 libraries=$(scripts/windows_dependencies.sh)
 lap "Libraries"
-if WINEDLLPATH=$(scripts/wine_32bit.sh); then
-    export WINEDLLPATH
+# runs_32_bits: whether Wine starts the least of programs of 32 bits; not every system lets it.
+runs_32_bits() {
+    mkdir -p build
+    echo 'int main(void) { return 0; }' | i686-w64-mingw32-gcc-posix -x c - -o build/least32.exe &&
+        VANTREL_WINE_PREFIX="$PWD/build/wine32" scripts/wine.sh build/least32.exe >/dev/null 2>&1
+}
+if WINEDLLPATH=$(scripts/wine_32bit.sh) && export WINEDLLPATH && runs_32_bits; then
     wine32=ON
 else
     unset WINEDLLPATH
     wine32=OFF
-    echo "Wine has no libraries of 32 bits: such drivers aren't tried"
+    echo "Wine runs no programs of 32 bits here: such drivers aren't tried"
 fi
 # What the compiler has made is kept beside the libraries.
 export CCACHE_DIR="$libraries/../compiled" CCACHE_BASEDIR="$PWD" CCACHE_NOHASHDIR=1 CCACHE_MAXSIZE=2G
