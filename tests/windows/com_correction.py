@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """A measurement and a correction through the calls of COM, guided by the pictures of a program that isn't ours.
 
-The robot that corrects the built-in simulator works the same windows here. Takes some minutes: time is real.
+The robot that corrects the built-in simulator works the same windows here. Time is real, and each mark takes the
+whole picture through COM and back: the camera's pixels are few and large, in the usual field.
 """
 
 import argparse
@@ -13,6 +14,9 @@ import tempfile
 
 import com_night
 import robot_operator
+
+CAMERA = {"PixelSize": 12.9, "CameraWidth": 696, "CameraHeight": 520}
+SCALE = "7.192"  # arc-seconds a pixel
 
 
 class Robot(robot_operator.Robot):
@@ -49,7 +53,10 @@ def main():
     robot_operator.SIMULATOR = com_night.MOUNT
     subprocess.run([options.observatory, "/register", "program"], check=True)
     subprocess.run([options.observatory, "/program", "MaxIm"], check=True)
-    with tempfile.TemporaryDirectory() as folder, com_night.Night(options.program, com_night.MOUNT, "MaxIm") as night:
+    with tempfile.TemporaryDirectory() as folder, \
+            com_night.Night(options.program, com_night.MOUNT, "MaxIm", ScaleH=SCALE, ScaleV=SCALE) as night:
+        for member, value in CAMERA.items():
+            night.vantrel.put(com_night.MOUNT, member, value)
         night.set_axis(com_night.AZIMUTH, com_night.ELEVATION)
         robot = Robot(night.vantrel, folder, talk=print)
         print(f"set up: {robot_operator.axis_error(night.vantrel):.2f}' from the pole")
