@@ -2,7 +2,7 @@
 """A measurement and a correction through the calls of COM, guided by the pictures of a program that isn't ours.
 
 The robot that corrects the built-in simulator works the same windows here. Time is real, and each mark takes the
-whole picture through COM and back: the camera's pixels are few and large, in the usual field.
+whole picture through COM and back: the camera's pixels are few and large, in the usual field, and so are its stars.
 """
 
 import argparse
@@ -15,7 +15,7 @@ import tempfile
 import com_night
 import robot_operator
 
-CAMERA = {"PixelSize": 12.9, "CameraWidth": 696, "CameraHeight": 520}
+CAMERA = {"PixelSize": 12.9, "CameraWidth": 696, "CameraHeight": 520, "Seeing": 6}
 SCALE = "7.192"  # arc-seconds a pixel
 
 
