@@ -101,7 +101,7 @@ TEST_F(RealIndiTest, CameraGivesPicturesAndRefuses) {
     const auto camera = host.camera(progId(kCamera));
     connect(*camera);
     EXPECT_EQ(camera->facts().width, 1280U);
-    EXPECT_GT(camera->facts().filters.size(), 3U);
+    EXPECT_TRUE(comes([&] { return camera->facts().filters.size() > 3; })) << "its wheel may be told later";
     FitsBytes picture = expose(*camera, {.seconds = 1});
     EXPECT_EQ(beginning(picture), "SIMPLE  =                    T");
     EXPECT_FALSE(picture.tileCompressed);
