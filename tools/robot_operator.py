@@ -444,11 +444,15 @@ def main():
     return 0 if left <= options.demand else 1
 
 
+def camera(binning):
+    """The simulator's members of a camera with fewer and larger pixels in the same field, which saves time."""
+    return {"PixelSize": 6.45 * binning, "CameraWidth": 1392 // binning, "CameraHeight": 1040 // binning}
+
+
 def start_program(program, home, setup, start="2026-11-24T20:00:00Z", seed=1, binning=1, exact=False):
     """A program in virtual time whose simulator stands as the set-up's attributes say.
 
-    Binning gives its camera fewer and larger pixels in the same field, which saves time. `exact`:
-    marks by full rotations instead of the written ones.
+    `binning`: of its camera. `exact`: marks by full rotations instead of the written ones.
     """
     settings = os.path.join(home, "settings.json")
     with open(settings, "w", encoding="utf-8") as stream:
@@ -462,8 +466,7 @@ def start_program(program, home, setup, start="2026-11-24T20:00:00Z", seed=1, bi
     for member, value in (("SiteLatitude", setup.latitude), ("SiteLongitude", setup.longitude),
                           ("PolarAzimuthError", setup.azimuth),
                           ("PolarElevationError", setup.elevation), ("CameraRotation", setup.rotation),
-                          ("CameraMirrored", setup.mirrored), ("PixelSize", 6.45 * binning),
-                          ("CameraWidth", 1392 // binning), ("CameraHeight", 1040 // binning)):
+                          ("CameraMirrored", setup.mirrored), *camera(binning).items()):
         operator.put(SIMULATOR, member, value)
     return operator
 

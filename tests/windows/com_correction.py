@@ -15,7 +15,7 @@ import tempfile
 import com_night
 import robot_operator
 
-CAMERA = {"PixelSize": 12.9, "CameraWidth": 696, "CameraHeight": 520, "Seeing": 6}
+CAMERA = {**robot_operator.camera(2), "Seeing": 6}
 SCALE = "7.192"  # arc-seconds a pixel
 
 
